@@ -31,32 +31,26 @@ constexpr time_t kWaitBudget = 10000;  // seconds, for all waits of a run togeth
 
 /// Prints the usage text and ends the process with status 0, also for a rejected command line: rigs start the
 /// harness from scripts that stop at any other.
+// clang-format off
 [[noreturn]] void usage() {
-    std::cerr
-        << "\n"
-           "Usage: velloran\n"
-           "       [-c OR --close num]    Close early after handling num events (to test DONE "
-           "duration)(num>0)\n"
-           "       [-d OR --duration num] Set DONE message duration to num minutes (num>0)\n"
-           "       [-p OR --protocol 1|2] Set messaging protocol (default=1) \n"
-           "       [-r OR --rehash]       Set rehash=true in all GET_FILE messages (default=false) \n"
-           "       [-e OR --event]        Verify INVALID_EVENT message in response to bad event "
-           "(default=false) \n"
-           "       [-f OR --file]         Verify INVALID_EVENT message in response to bad file "
-           "(default=false) \n"
-           "       [-t OR --transport]    Verify TRANSPORT_EXCEPTION message from DVR (default=false) \n"
-           "       [-u OR --upgrade]      Upgrade to /mnt/hd/connectionmgr/upgrade.zip\n"
-           "       [-x OR --xfer]         Verify XFER_IN_PROGRESS message from DVR (default=false) \n"
-           "       [-s OR --sleep]        Sleep (in seconds) incurred on each GET_FILE exchange (to slow "
-           "down "
-           "export) \n"
-           "       [-z OR --size]         Force header size error of size-10 (help test message parser on "
-           "DVR) \n"
-           "       [-g OR --config]       Send config update only (bogus config, but it tests the protocol) "
-           "\n"
+    std::cerr << "\n"
+        "Usage: velloran\n"
+        "       [-c OR --close num]    Close early after handling num events (to test DONE duration)(num>0)\n"
+        "       [-d OR --duration num] Set DONE message duration to num minutes (num>0)\n"
+        "       [-p OR --protocol 1|2] Set messaging protocol (default=1) \n"
+        "       [-r OR --rehash]       Set rehash=true in all GET_FILE messages (default=false) \n"
+        "       [-e OR --event]        Verify INVALID_EVENT message in response to bad event (default=false) \n"
+        "       [-f OR --file]         Verify INVALID_EVENT message in response to bad file (default=false) \n"
+        "       [-t OR --transport]    Verify TRANSPORT_EXCEPTION message from DVR (default=false) \n"
+        "       [-u OR --upgrade]      Upgrade to /mnt/hd/connectionmgr/upgrade.zip\n"
+        "       [-x OR --xfer]         Verify XFER_IN_PROGRESS message from DVR (default=false) \n"
+        "       [-s OR --sleep]        Sleep (in seconds) incurred on each GET_FILE exchange (to slow down export) \n"
+        "       [-z OR --size]         Force header size error of size-10 (help test message parser on DVR) \n"
+        "       [-g OR --config]       Send config update only (bogus config, but it tests the protocol) \n"
         << std::endl;
     std::exit(0);
 }
+// clang-format on
 
 /// Converts an argument as strtol does in base 0, within 32 bits on every target. No text counts as 0.
 int ToNumber(const char* text) {
