@@ -1,0 +1,107 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "rig/dvr/Digest.h"
+#include "rig/dvr/Message.h"
+#include "rig/dvr/MessageRules.h"
+#include "rig/dvr/Recordings.h"
+
+namespace rig {
+
+/// What an honest DVR answers, as pure logic: messages in, messages out, no socket and no clock. This base
+/// knows what both dialects have in common.
+///
+/// A transfer takes time: Handle only starts it, and whoever drives the dialogue calls FinishTransfer when
+/// that time is over. Requests that come in between are handled like all others.
+class Dialogue {
+ public:
+    /// How much was exported.
+    struct Tally {
+        std::size_t events = 0;
+        std::size_t files = 0;
+        std::uint64_t bytes = 0;
+    };
+
+    virtual ~Dialogue() = default;
+    Dialogue(const Dialogue&) = delete;
+    Dialogue& operator=(const Dialogue&) = delete;
+
+    /// @return the message that opens the dialogue, OK. The DVR speaks first.
+    Message Open() const;
+
+    /// Takes one message of the harness. @return the answers that are due at once, often none
+    /// Throws Breach when the message is not one of the dialect, not well made or out of place here, and
+    /// Failure (UsageError) when a recording cannot be read.
+    std::vector<Message> Handle(const Message& message);
+
+    bool IsTransferring() const { return transfer_.has_value(); }
+
+    /// Ends the transfer that Handle started. @return its FILE_COMPLETE
+    Message FinishTransfer();
+
+    /// @return whether nothing more is to come from either side
+    bool IsDone() const { return done_; }
+
+    /// @return the messages that are in place now, for people: "NEXT_EVENT or DONE"
+    std::string Expected() const;
+
+    /// @return what the dialogue is at, for people: "while 2 files are still to be transferred"
+    virtual std::string Standing() const = 0;
+
+    /// @return what was exported, for people, in one line
+    std::string Summary() const;
+
+    const Tally& Exported() const { return tally_; }
+
+ protected:
+    using FileId = std::pair<std::string, std::string>;  // event and file name
+
+    /// @param recordings  must outlive the dialogue
+    Dialogue(const Recordings& recordings, const MessageRules& rules);
+
+    /// @return the names of the messages that may come now
+    virtual std::vector<std::string> InPlace() const = 0;
+
+    /// Answers a message that keeps the dialect's rules and is in place.
+    virtual std::vector<Message> React(const Message& message) = 0;
+
+    /// @return a message of ours with what every message of the dialect carries
+    Message NewMessage(const std::string& name) const;
+
+    /// Starts the transfer of a file that exists. Its digest is kept; `rehash` computes it anew all the same.
+    void StartTransfer(const FileId& file, bool rehash);
+
+    /// Answers an UPDATE_CONFIGURATION, which no DVR accepts, and ends the dialogue: the harness asks for
+    /// nothing more.
+    /// @param configuration  the attribute that carries it; throws Breach unless its value is an XML document
+    Message RefuseConfiguration(const Message& message, const char* configuration);
+
+    /// @return "while 'E1'/'a.ts' is in transfer"; to be called during one
+    std::string TransferStanding() const;
+
+    const Recordings& recordings_;
+    std::set<FileId> outstanding_;    // described to the harness and not yet transferred
+    std::optional<FileId> transfer_;  // the file in transfer
+    Tally tally_;
+    bool done_ = false;
+
+ private:
+    const MessageRules& rules_;
+    Digest digest_;                   // of the file that was asked for last
+    std::optional<FileId> digested_;  // that file
+    bool configurationRefused_ = false;
+};
+
+/// @return a file for people: 'event'/'file'
+std::string FileName(const std::pair<std::string, std::string>& file);
+
+/// @return "while 1 file is still to be transferred", "while 2 files are still to be transferred"
+std::string OutstandingStanding(std::size_t files);
+
+}  // namespace rig

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "rig/dvr/Recordings.h"
+
+namespace rig {
+
+/// Recordings in a folder: one folder for each event, named as the event; whatever files lie in it, at any
+/// depth, are the event's files. Files beside the events' folders are left out.
+class FolderRecordings : public Recordings {
+ public:
+    /// Looks through the folder once. Throws Failure (UsageError) when it or an event cannot be read, when it
+    /// has no event and when an event has no file: nothing of such an export could be shown.
+    explicit FolderRecordings(const std::filesystem::path& folder);
+
+    const std::vector<std::string>& Events() const override { return events_; }
+    Event Find(const std::string& event) const override;
+    void Read(const std::string& event, const std::string& file, const Sink& sink) const override;
+    std::string Origin() const override { return folder_.string(); }
+
+ private:
+    std::vector<std::string> ListFiles(const std::string& event) const;
+
+    std::filesystem::path folder_;
+    std::vector<std::string> events_;  // sorted
+};
+
+}  // namespace rig

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <optional>
+#include <pugixml.hpp>
+#include <string>
+
+namespace rig {
+
+/// One message of the protocol: an XML document with one top-level element `msg`, whose attribute `req` names
+/// it.
+///
+/// Kept as a document until it is sent, so that whoever sends it can still change it.
+class Message {
+ public:
+    /// Starts a message of ours that has nothing but its name.
+    explicit Message(const std::string& name);
+
+    /// Reads the text of one frame. Throws Breach unless it is one well-formed document with nothing before
+    /// or after it, its top-level element is `msg` and that has `req`.
+    static Message Parse(const std::string& text);
+
+    std::string Name() const;
+
+    /// Adds an attribute behind those that are there. @return this message
+    Message& Set(const char* attribute, const std::string& value);
+
+    /// @return the attribute's value; nothing where it is missing
+    std::optional<std::string> Find(const char* attribute) const;
+
+    /// @return the attribute's value, empty where it is missing
+    std::string Get(const char* attribute) const;
+
+    /// The element `msg`, for the children of a message. It belongs to this message.
+    pugi::xml_node Root() const;
+
+    /// @return the text as it goes into a frame
+    std::string Text() const;
+
+ private:
+    Message() = default;
+
+    pugi::xml_document document_;
+};
+
+/// @return the document printed without indentation, line breaks or declaration. Blanks that a reader may
+/// merge or
+///         trim (leading, trailing or in a row) are written as references, so that names keep them.
+std::string Print(const pugi::xml_document& document);
+
+/// Parses a document that travels inside a message as escaped text.
+/// @return whether it is one well-formed document with exactly one top-level element
+bool IsDocument(const std::string& text);
+
+}  // namespace rig

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace rig {
+
+/// @return the text as it may stand in one line of output: a backslash is written `\\`, a newline `\n`, a
+/// carriage
+///         return `\r`, a tab `\t`, every other byte below 0x20 and 0x7f `\xHH`; bytes from 0x80 on pass as
+///         they are. What a peer sends can so neither forge a line nor steer a terminal.
+std::string Printable(const std::string& text);
+
+/// @return at most `limit` bytes of the text, printable, with "..." where some were left out
+std::string Excerpt(const std::string& text, std::size_t limit);
+
+/// @return the text printable and in single quotes
+std::string Quoted(const std::string& text);
+
+}  // namespace rig

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "rig/dvr/Recordings.h"
+
+namespace rig {
+
+/// Three small events for who has no recordings at hand: one with two streams, one with one, one with its
+/// metadata alone, which gets no file fault. Held in memory; names and contents are the same in every run.
+class SyntheticRecordings : public Recordings {
+ public:
+    SyntheticRecordings();
+
+    const std::vector<std::string>& Events() const override { return events_; }
+    Event Find(const std::string& event) const override;
+    void Read(const std::string& event, const std::string& file, const Sink& sink) const override;
+    std::string Origin() const override { return "synthetic recordings"; }
+
+ private:
+    void Add(const Event& event);
+
+    std::vector<std::string> events_;
+    std::map<std::string, Event> descriptions_;                            // by event
+    std::map<std::pair<std::string, std::string>, std::string> contents_;  // by event and file
+};
+
+}  // namespace rig

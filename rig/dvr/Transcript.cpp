@@ -1,0 +1,75 @@
+#include "rig/dvr/Transcript.h"
+
+#include <iomanip>
+#include <sstream>
+
+#include "rig/dvr/Printable.h"
+
+namespace rig {
+namespace {
+
+constexpr std::size_t kValueBytes = 100;
+constexpr const char* kSentColour = "\033[36m";      // cyan
+constexpr const char* kReceivedColour = "\033[33m";  // yellow
+constexpr const char* kNoteColour = "\033[1m";       // bold
+constexpr const char* kPlain = "\033[0m";
+
+bool GoesWithoutSaying(const Message& message, const pugi::xml_attribute& attribute) {
+    const std::string name = attribute.name();
+    return name == "req" || name == "protocolVersion" ||
+           (name == "path" && message.Find("reid") == std::string(attribute.value()));
+}
+
+/// @return what a child of `msg` holds: the number of its entries, or of the bytes of its text
+std::string SummarizeChild(const pugi::xml_node& child) {
+    std::size_t entries = 0;
+    for (const pugi::xml_node entry : child.children()) {
+        entries += entry.type() == pugi::node_element ? 1U : 0U;
+    }
+    const std::string name = Printable(child.name());
+    if (entries > 0) {
+        return name + ": " + std::to_string(entries);
+    }
+    return name + ": " + std::to_string(std::string(child.text().get()).size()) + " bytes";
+}
+
+}  // namespace
+
+Transcript::Transcript(std::ostream& out, bool coloured)
+    : out_(out), coloured_(coloured), start_(std::chrono::steady_clock::now()) {}
+
+void Transcript::Sent(const Message& message) {
+    Print(kSentColour, "-> " + Summarize(message));
+}
+
+void Transcript::Received(const Message& message) {
+    Print(kReceivedColour, "<- " + Summarize(message));
+}
+
+void Transcript::Note(const std::string& text) {
+    Print(kNoteColour, Printable(text));
+}
+
+void Transcript::Print(const char* colour, const std::string& text) {
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start_;
+    std::ostringstream line;
+    line << std::fixed << std::setprecision(3) << std::setw(9) << elapsed.count() << " ";
+    line << (coloured_ ? colour : "") << text << (coloured_ ? kPlain : "") << "\n";
+    out_ << line.str() << std::flush;
+}
+
+std::string Summarize(const Message& message) {
+    std::string text = Printable(message.Name());
+    for (const pugi::xml_attribute attribute : message.Root().attributes()) {
+        if (!GoesWithoutSaying(message, attribute)) {
+            text +=
+                " " + Printable(attribute.name()) + "=\"" + Excerpt(attribute.value(), kValueBytes) + "\"";
+        }
+    }
+    for (const pugi::xml_node child : message.Root().children()) {
+        text += " (" + SummarizeChild(child) + ")";
+    }
+    return text;
+}
+
+}  // namespace rig

@@ -1,0 +1,45 @@
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <exception>
+#include <iostream>
+#include <string>
+
+#include "rig/dvr/DvrCommand.h"
+#include "rig/dvr/Failure.h"
+#include "rig/dvr/Printable.h"
+
+namespace {
+
+/// Reads the command line and runs the subcommand that it asks for. @return the exit status
+int Run(int argc, char** argv) {
+    CLI::App app("Companion tools of the velloran test harness", "velloran-rig");
+    app.set_version_flag("--version", "velloran-rig " VELLORAN_VERSION);
+    int status = 0;
+    rig::AddDvrCommand(app, status);
+    try {
+        app.parse(argc, argv);
+        if (app.get_subcommands().empty()) {
+            throw CLI::ParseError("expected a subcommand: dvr", CLI::ExitCodes::RequiredError);
+        }
+    } catch (const CLI::Success& asked) {  // --help and --version
+        return app.exit(asked);
+    }
+    return status;
+}
+
+}  // namespace
+
+// velloran-rig: what stands beside the harness. Each subcommand adds itself to the command line and says
+// there what its exit statuses mean; whatever is wrong with the command line itself ends with status 2 and
+// one line.
+int main(int argc, char** argv) {
+    // A reader of our output who leaves (`| head`) must not end an export in the middle.
+    std::signal(SIGPIPE, SIG_IGN);
+    try {
+        return Run(argc, argv);
+    } catch (const std::exception& error) {
+        std::cerr << "velloran-rig: " << rig::Printable(error.what())
+                  << " (velloran-rig --help tells more)\n";
+        return static_cast<int>(rig::ExitStatus::UsageError);
+    }
+}

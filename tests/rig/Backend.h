@@ -1,0 +1,60 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <thread>
+
+#include "rig/dvr/Descriptor.h"
+
+/// @return a local TCP port at which nobody listens
+int UnusedPort();
+
+/// The backend's end of one connection, for a script to speak. Every wait ends after 20 seconds with an
+/// exception.
+class BackendConnection {
+ public:
+    explicit BackendConnection(rig::Descriptor socket);
+
+    /// @return the text of the next frame; throws std::runtime_error when there is none
+    std::string Read();
+
+    /// Waits until the peer has closed the connection. @return whether it sent nothing more before
+    bool IsClosedByPeer();
+
+    /// Sends the text as one frame, its prefix and itself apart, as the harness does.
+    void Send(const std::string& text);
+
+    /// Sends bytes as they are.
+    void SendBytes(const std::string& bytes);
+
+    void Close() { socket_.Close(); }
+
+ private:
+    std::string ReadBytes(std::size_t count);
+
+    rig::Descriptor socket_;
+};
+
+/// A backend that listens at a local port of its own and plays a script with the first client that connects.
+class Backend {
+ public:
+    using Script = std::function<void(BackendConnection&)>;
+
+    /// Listens at once, and plays the script in a thread. What the script throws fails the test.
+    explicit Backend(Script script);
+    ~Backend();
+    Backend(const Backend&) = delete;
+    Backend& operator=(const Backend&) = delete;
+
+    int Port() const { return port_; }
+
+    /// Waits until the script is over.
+    void Join();
+
+ private:
+    void Play(const Script& script) const;
+
+    rig::Descriptor listener_;
+    int port_ = 0;
+    std::thread thread_;
+};

@@ -1,0 +1,98 @@
+#include "Program.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+
+#include "rig/dvr/Descriptor.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kLongestRun(30);
+
+struct Pipe {
+    Pipe() {
+        int ends[2] = {-1, -1};
+        EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
+        read = rig::Descriptor(ends[0]);
+        write = rig::Descriptor(ends[1]);
+    }
+    rig::Descriptor read;
+    rig::Descriptor write;
+};
+
+[[noreturn]] void BecomeRig(const std::vector<std::string>& arguments, int output, int errors) {
+    std::vector<char*> words{const_cast<char*>("velloran-rig")};
+    for (const std::string& argument : arguments) {
+        words.push_back(const_cast<char*>(argument.c_str()));
+    }
+    words.push_back(nullptr);
+    dup2(open("/dev/null", O_RDONLY | O_CLOEXEC), STDIN_FILENO);
+    dup2(output, STDOUT_FILENO);
+    dup2(errors, STDERR_FILENO);
+    execv(VELLORAN_RIG, words.data());
+    _exit(127);
+}
+
+/// Appends what can be read. @return whether more may come
+bool ReadSome(const pollfd& ready, std::string& text) {
+    if (ready.revents == 0) {
+        return true;
+    }
+    char bytes[4096];
+    const ssize_t count = read(ready.fd, bytes, sizeof bytes);
+    text.append(bytes, count > 0 ? static_cast<std::size_t>(count) : 0);
+    return count > 0;
+}
+
+/// Collects both streams until both end. @return whether they did in time
+bool Collect(const Pipe& output, const Pipe& errors, ProgramResult& result) {
+    const auto deadline = Clock::now() + kLongestRun;
+    pollfd waited[2] = {{output.read.Number(), POLLIN, 0}, {errors.read.Number(), POLLIN, 0}};
+    while (waited[0].fd != -1 || waited[1].fd != -1) {
+        if (Clock::now() >= deadline || poll(waited, 2, 1000) == -1) {
+            return false;
+        }
+        if (waited[0].fd != -1 && !ReadSome(waited[0], result.output)) {
+            waited[0].fd = -1;
+        }
+        if (waited[1].fd != -1 && !ReadSome(waited[1], result.errors)) {
+            waited[1].fd = -1;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+ProgramResult RunRig(const std::vector<std::string>& arguments) {
+    Pipe output;
+    Pipe errors;
+    const pid_t child = fork();
+    if (child == 0) {
+        BecomeRig(arguments, output.write.Number(), errors.write.Number());
+    }
+    output.write.Close();
+    errors.write.Close();
+    ProgramResult result;
+    if (!Collect(output, errors, result)) {
+        ADD_FAILURE() << "velloran-rig did not end in time; its output: " << result.output;
+        kill(child, SIGKILL);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return result;
+}
+
+std::size_t CountLines(const std::string& text) {
+    return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+
+/// A fresh folder that goes away with its contents.
+class TemporaryFolder {
+ public:
+    TemporaryFolder() {
+        std::string name = (std::filesystem::temp_directory_path() / "velloran-rig-XXXXXX").string();
+        if (mkdtemp(name.data()) == nullptr) {
+            throw std::runtime_error("mkdtemp failed");
+        }
+        path_ = name;
+    }
+    ~TemporaryFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    const std::filesystem::path& Path() const { return path_; }
+
+    /// Writes a file, and the folders that it lies in.
+    void Write(const std::string& name, const std::string& content) const {
+        std::filesystem::create_directories((path_ / name).parent_path());
+        std::ofstream(path_ / name, std::ios::binary) << content;
+    }
+
+ private:
+    std::filesystem::path path_;
+};
