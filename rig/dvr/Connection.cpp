@@ -153,6 +153,16 @@ void Connection::Send(const std::string& bytes, Milliseconds patience) {
     }
 }
 
+void Connection::Close() {
+    socket_ = Descriptor();
+}
+
+void Connection::Reset() {
+    const linger atOnce{1, 0};
+    setsockopt(socket_.Number(), SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+    Close();
+}
+
 std::optional<std::string> Connection::Receive(Clock::time_point deadline, Milliseconds framePatience) {
     for (;;) {
         if (std::optional<std::string> text = decoder_.Next()) {

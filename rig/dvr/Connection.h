@@ -47,6 +47,10 @@ class Connection {
     /// takes no byte for `patience`.
     void Send(const std::string& bytes, Milliseconds patience);
 
+    /// Ends the connection: in order, or at once and with what is unsent lost.
+    void Close();
+    void Reset();
+
     /// Waits for one frame. A frame that has begun by the deadline is waited for beyond it, for as long as no
     /// pause between its bytes exceeds `framePatience`.
     /// @return the frame's text; nothing when no frame began before the deadline

@@ -19,9 +19,22 @@ std::vector<Message> Dialogue::Handle(const Message& message) {
     CheckMessage(message, rules_);
     const std::vector<std::string> inPlace = InPlace();
     if (std::find(inPlace.begin(), inPlace.end(), message.Name()) == inPlace.end()) {
-        throw Breach(message.Name() + " " + Standing());
+        Object(message.Name() + " " + Standing());
     }
     return React(message);
+}
+
+std::vector<std::string> Dialogue::TakeRemarks() {
+    std::vector<std::string> remarks;
+    remarks.swap(remarks_);
+    return remarks;
+}
+
+void Dialogue::Object(const std::string& text) {
+    if (!tolerant_) {
+        throw Breach(text);
+    }
+    remarks_.push_back(text);
 }
 
 Message Dialogue::FinishTransfer() {
@@ -74,6 +87,14 @@ void Dialogue::StartTransfer(const FileId& file, bool rehash) {
         digested_ = file;
     }
     transfer_ = file;
+}
+
+bool Dialogue::Exists(const FileId& file) const {
+    if (!recordings_.Has(file.first)) {
+        return false;
+    }
+    const std::vector<std::string> files = recordings_.Find(file.first).Files();
+    return std::find(files.begin(), files.end(), file.second) != files.end();
 }
 
 Message Dialogue::RefuseConfiguration(const Message& message, const char* configuration) {

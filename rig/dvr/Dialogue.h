@@ -35,10 +35,17 @@ class Dialogue {
     /// @return the message that opens the dialogue, OK. The DVR speaks first.
     Message Open() const;
 
+    /// From now on a well-made message that is out of place is remarked on and answered as well as it can be:
+    /// what a defect of ours provokes is not the harness's fault.
+    void Tolerate() { tolerant_ = true; }
+
     /// Takes one message of the harness. @return the answers that are due at once, often none
     /// Throws Breach when the message is not one of the dialect, not well made or out of place here, and
     /// Failure (UsageError) when a recording cannot be read.
     std::vector<Message> Handle(const Message& message);
+
+    /// @return what was found out of place since this was last asked, for people
+    std::vector<std::string> TakeRemarks();
 
     bool IsTransferring() const { return transfer_.has_value(); }
 
@@ -74,8 +81,14 @@ class Dialogue {
     /// @return a message of ours with what every message of the dialect carries
     Message NewMessage(const std::string& name) const;
 
+    /// Throws Breach, or keeps the text as a remark while the dialogue is tolerant.
+    void Object(const std::string& text);
+
     /// Starts the transfer of a file that exists. Its digest is kept; `rehash` computes it anew all the same.
     void StartTransfer(const FileId& file, bool rehash);
+
+    /// @return whether there is such a file
+    bool Exists(const FileId& file) const;
 
     /// Answers an UPDATE_CONFIGURATION, which no DVR accepts, and ends the dialogue: the harness asks for
     /// nothing more.
@@ -96,6 +109,8 @@ class Dialogue {
     Digest digest_;                   // of the file that was asked for last
     std::optional<FileId> digested_;  // that file
     bool configurationRefused_ = false;
+    bool tolerant_ = false;
+    std::vector<std::string> remarks_;
 };
 
 /// @return a file for people: 'event'/'file'

@@ -75,8 +75,10 @@ Message Dialogue_1_0::DescribeAll() {
 void Dialogue_1_0::StartFile(const Message& request) {
     const FileId file(request.Get("path"), request.Get("file"));  // `path` carries the event
     if (outstanding_.count(file) == 0) {
-        throw Breach("GET_FILE for " + FileName(file) +
-                     ", which is not a file that is still to be transferred");
+        Object("GET_FILE for " + FileName(file) + ", which is not a file that is still to be transferred");
+        if (!Exists(file)) {
+            return;  // this dialect has no word for it
+        }
     }
     StartTransfer(file, false);
 }
@@ -90,9 +92,8 @@ void Dialogue_1_0::Complete(const Message& list) {
     }
     const std::vector<std::string>& events = recordings_.Events();
     if (listed.size() < events.size() || !std::equal(events.rbegin(), events.rend(), listed.rbegin())) {
-        throw Breach("EVENT_XFER_COMPLETE with a list of " + std::to_string(listed.size()) +
-                     " events that does not end with the " + std::to_string(events.size()) +
-                     " of this export");
+        Object("EVENT_XFER_COMPLETE with a list of " + std::to_string(listed.size()) +
+               " events that does not end with the " + std::to_string(events.size()) + " of this export");
     }
     tally_.events = events.size();
     phase_ = Phase::Completed;

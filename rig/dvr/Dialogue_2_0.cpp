@@ -1,7 +1,5 @@
 #include "rig/dvr/Dialogue_2_0.h"
 
-#include <algorithm>
-
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/Printable.h"
 
@@ -121,7 +119,8 @@ std::vector<Message> Dialogue_2_0::RequestFile(const Message& request) {
         throw Breach("GET_FILE with rehash " + Quoted(*rehash) + " instead of 'true'");
     }
     if (transfer_ && *transfer_ != file) {
-        throw Breach("GET_FILE for " + FileName(file) + " " + TransferStanding());
+        Object("GET_FILE for " + FileName(file) + " " + TransferStanding());
+        transfer_.reset();
     }
     std::vector<Message> answers;
     if (transfer_) {
@@ -143,8 +142,7 @@ Message Dialogue_2_0::ReportFile(const char* name, const FileId& file) const {
 
 /// What is not a file of the event in progress is refused, even if another event should have it.
 bool Dialogue_2_0::IsFileInProgress(const FileId& file) const {
-    const std::vector<std::string> files = event_.Files();
-    return file.first == event_.id && std::find(files.begin(), files.end(), file.second) != files.end();
+    return file.first == event_.id && Exists(file);
 }
 
 bool Dialogue_2_0::IsFailureWanted() const {
@@ -154,8 +152,7 @@ bool Dialogue_2_0::IsFailureWanted() const {
 
 Message Dialogue_2_0::AcknowledgeEvent(const std::string& reid) {
     if (reid != event_.id) {
-        throw Breach("EVENT_XFER_COMPLETE for " + Quoted(reid) + " while " + Quoted(event_.id) +
-                     " is in progress");
+        Object("EVENT_XFER_COMPLETE for " + Quoted(reid) + " while " + Quoted(event_.id) + " is in progress");
     }
     acknowledged_.insert(reid);
     tally_.events = acknowledged_.size();

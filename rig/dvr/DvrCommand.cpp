@@ -9,6 +9,7 @@
 #include <iomanip>
 #include <iostream>
 #include <memory>
+#include <random>
 #include <sstream>
 
 #include "rig/dvr/Connection.h"
@@ -16,6 +17,7 @@
 #include "rig/dvr/Dialogue_2_0.h"
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/FolderRecordings.h"
+#include "rig/dvr/Injector.h"
 #include "rig/dvr/Printable.h"
 #include "rig/dvr/Session.h"
 #include "rig/dvr/SyntheticRecordings.h"
@@ -80,27 +82,81 @@ bool WantsColour() {
            std::string(terminal) != "dumb";
 }
 
-/// Connects and plays; throws Failure for every end but the good one.
-void Play(const DvrOptions& options) {
-    const std::unique_ptr<Recordings> recordings = OpenRecordings(options);
-    const std::unique_ptr<Dialogue> dialogue = NewDialogue(options, *recordings);
-    const Endpoint endpoint(options.host, options.port);
-    Transcript transcript(std::cout, WantsColour());
-    transcript.Note("protocol " + std::to_string(options.protocol) + ".0, " +
-                    std::to_string(recordings->Events().size()) + " events in " + recordings->Origin() +
-                    ", waiting for the harness at " + endpoint.Name());
+/// @return the site that --on and --at name. Throws Failure (UsageError) when they do not make one.
+DefectSite SiteOf(const DefectOption& option, const Recordings& recordings) {
+    DefectSite site;
+    const std::size_t colon = option.on.find(':');
+    site.message = option.on.substr(0, colon);
+    if (colon != std::string::npos) {
+        const std::string number = option.on.substr(colon + 1);
+        if (!CLI::detail::lexical_cast(number, site.occurrence) || site.occurrence == 0) {
+            throw Failure(ExitStatus::UsageError,
+                          "--on: expected MESSAGE or MESSAGE:N with N above 0, found " + Quoted(option.on));
+        }
+    }
+    if (option.at.empty() || recordings.Has(option.at)) {
+        site.event = option.at;
+        return site;
+    }
+    // Identifiers may hold colons: the first one that parts an event from a file of it counts.
+    for (std::size_t part = option.at.find(':'); part != std::string::npos;
+         part = option.at.find(':', part + 1)) {
+        site.event = option.at.substr(0, part);
+        site.file = option.at.substr(part + 1);
+        if (recordings.Has(site.event)) {
+            return site;
+        }
+    }
+    throw Failure(ExitStatus::UsageError, "--at: expected EVENT or EVENT:FILE with an event in " +
+                                              recordings.Origin() + ", found " + Quoted(option.at));
+}
+
+Injector NewInjector(const DvrOptions& options, const Recordings& recordings, std::uint32_t seed) {
+    Injector injector(recordings, options.protocol, seed);
+    for (const DefectOption& option : options.defects) {
+        injector.Add(option.defect, SiteOf(option, recordings));
+    }
+    return injector;
+}
+
+/// Holds one dialogue on a connection of its own. @return whether a defect asks for another
+bool PlayOnce(const DvrOptions& options, const Recordings& recordings, const Endpoint& endpoint,
+              Injector& injector, Transcript& transcript) {
+    const std::unique_ptr<Dialogue> dialogue = NewDialogue(options, recordings);
     Connection connection = Connection::Open(endpoint, FromSeconds(options.wait));
     transcript.Note("connected; -> is sent by the DVR, <- by the harness");
     Session session(connection, *dialogue, transcript,
                     {FromSeconds(options.timeout), FromSeconds(options.frameTimeout),
                      Milliseconds(options.transferTime)});
+    if (injector.HasDefects()) {
+        session.Misbehave(injector, endpoint);
+    }
     try {
         session.Run();
     } catch (const Failure&) {
         transcript.Note("not finished: " + dialogue->Summary());
         throw;
     }
-    transcript.Note(dialogue->Summary());
+    transcript.Note((dialogue->IsDone() ? "" : "not finished: ") + dialogue->Summary());
+    return session.Reconnects();
+}
+
+/// Connects and plays; throws Failure for every end but the good one.
+void Play(const DvrOptions& options) {
+    const std::unique_ptr<Recordings> recordings = OpenRecordings(options);
+    const std::uint32_t seed = options.seed.value_or(std::random_device()());
+    Injector injector = NewInjector(options, *recordings, seed);
+    const Endpoint endpoint(options.host, options.port);
+    Transcript transcript(std::cout, WantsColour());
+    transcript.Note("protocol " + std::to_string(options.protocol) + ".0, " +
+                    std::to_string(recordings->Events().size()) + " events in " + recordings->Origin() +
+                    ", waiting for the harness at " + endpoint.Name());
+    if (injector.HasDefects()) {
+        transcript.Note("seed " + std::to_string(seed));
+    }
+    while (PlayOnce(options, *recordings, endpoint, injector, transcript)) {
+        transcript.Note("connecting again, as told");
+    }
     if (!std::cout) {
         throw Failure(ExitStatus::UsageError,
                       "expected standard output to take the transcript, found that it did not");
@@ -150,6 +206,41 @@ void AddDvrCommand(CLI::App& app, int& status) {
         ->check(Between(0, kLongestTransfer))
         ->type_name("MS")
         ->capture_default_str();
+    // In the order of the command line: a place belongs to the defect before it.
+    const auto lastDefect = [options](const char* option) -> DefectOption& {
+        if (options->defects.empty()) {
+            throw CLI::ValidationError(option, "expected a --defect before it, found none");
+        }
+        return options->defects.back();
+    };
+    dvr->add_option_function<std::string>(
+           "--defect",
+           [options](const std::string& defect) {
+               options->defects.push_back({defect, "", ""});
+           },
+           "A way in which to be wrong (see --list-defects); may be given several times")
+        ->type_name("NAME[=VALUE]")
+        ->trigger_on_parse();
+    dvr->add_option_function<std::string>(
+           "--on", [lastDefect](const std::string& site) { lastDefect("--on").on = site; },
+           "The defect before it acts on each MESSAGE of the DVR, or only on the Nth (default: the first it "
+           "can "
+           "change)")
+        ->type_name("MESSAGE[:N]")
+        ->trigger_on_parse();
+    dvr->add_option_function<std::string>(
+           "--at", [lastDefect](const std::string& site) { lastDefect("--at").at = site; },
+           "The defect before it acts only on messages about this event, or this file of it")
+        ->type_name("EVENT[:FILE]")
+        ->trigger_on_parse();
+    dvr->add_option("--seed", options->seed, "Repeats the random choices of an earlier run")->type_name("N");
+    dvr->add_flag_callback(
+        "--list-defects",
+        [] {
+            std::cout << ListDefects();
+            throw CLI::Success();
+        },
+        "Print the table of defects and exit");
     dvr->callback([options, recordings, &status] {
         options->hasRecordings = recordings->count() > 0;
         status = RunDvr(*options);

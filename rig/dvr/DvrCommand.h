@@ -1,12 +1,22 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
 }
 
 namespace rig {
+
+/// One --defect with the --on and --at behind it.
+struct DefectOption {
+    std::string defect;  // NAME or NAME=VALUE
+    std::string on;      // MESSAGE or MESSAGE:N; empty where not given
+    std::string at;      // EVENT or EVENT:FILE; empty where not given
+};
 
 /// What the command line of `velloran-rig dvr` says, with its defaults.
 struct DvrOptions {
@@ -19,6 +29,8 @@ struct DvrOptions {
     double timeout = 30;      // seconds
     double frameTimeout = 5;  // seconds
     int transferTime = 200;   // milliseconds
+    std::vector<DefectOption> defects;
+    std::optional<std::uint32_t> seed;  // of everything random; a new one each run where none is given
 };
 
 /// Adds the subcommand `dvr`. When the command line asks for it, parsing runs it and leaves its exit status

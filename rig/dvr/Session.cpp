@@ -8,9 +8,15 @@ Session::Session(Connection& connection, Dialogue& dialogue, Transcript& transcr
                  const SessionTimes& times)
     : connection_(connection), dialogue_(dialogue), transcript_(transcript), times_(times) {}
 
+void Session::Misbehave(Injector& injector, const Endpoint& endpoint) {
+    injector_ = &injector;
+    endpoint_ = &endpoint;
+    dialogue_.Tolerate();
+}
+
 void Session::Run() {
     Send(dialogue_.Open());
-    while (!dialogue_.IsDone()) {
+    while (!dialogue_.IsDone() && !ended_) {
         const std::string expected = dialogue_.Expected();
         try {
             Step();
@@ -38,18 +44,72 @@ void Session::Step() {
 void Session::Answer(const std::string& text) {
     const Message message = Message::Parse(text);
     transcript_.Received(message);
-    for (const Message& answer : dialogue_.Handle(message)) {
-        Send(answer);
+    std::vector<Message> answers = dialogue_.Handle(message);
+    for (const std::string& remark : dialogue_.TakeRemarks()) {
+        transcript_.Note("out of place: " + remark);
+    }
+    for (Message& answer : answers) {
+        Send(std::move(answer));
     }
     if (dialogue_.IsTransferring() && !transferEnd_) {
         transferEnd_ = Clock::now() + times_.transfer;
     }
 }
 
-void Session::Send(const Message& message) {
-    const std::string frame = EncodeFrame(message.Text());
+void Session::Send(Message message) {
+    if (silent_ || ended_) {
+        return;
+    }
+    if (injector_ == nullptr) {
+        SendHonest(message);
+    } else {
+        SendDefective(std::move(message));
+    }
+}
+
+void Session::SendHonest(const Message& message) {
     transcript_.Sent(message);
-    connection_.Send(frame, times_.silence);
+    connection_.Send(EncodeFrame(message.Text()), times_.silence);
+}
+
+void Session::SendDefective(Message message) {
+    const std::string honest = Summarize(message);
+    const Outgoing outgoing = injector_->Prepare(std::move(message));
+    reconnects_ = reconnects_ || outgoing.reconnects;
+    if (outgoing.dropped) {
+        transcript_.Note("not sent: " + honest);
+        return;
+    }
+    for (const Message& extra : outgoing.before) {
+        transcript_.Sent(extra, outgoing.defects);
+        connection_.Send(EncodeFrame(extra.Text()), times_.silence);
+    }
+    transcript_.Sent(outgoing.message, outgoing.defects);
+    connection_.Send(injector_->Frame(outgoing), times_.silence);
+    for (const Message& extra : outgoing.after) {
+        transcript_.Sent(extra, outgoing.defects);
+        connection_.Send(EncodeFrame(extra.Text()), times_.silence);
+    }
+    silent_ = outgoing.silent;
+    if (outgoing.knocks) {
+        second_ = Connection::Open(*endpoint_, times_.frame);
+        transcript_.Note("opened a second connection");
+    }
+    EndAsTold(outgoing.end);
+}
+
+void Session::EndAsTold(Outgoing::End end) {
+    if (end == Outgoing::End::Keep) {
+        return;
+    }
+    if (end == Outgoing::End::Close) {
+        connection_.Close();
+    } else {
+        connection_.Reset();
+    }
+    ended_ = true;
+    transcript_.Note(end == Outgoing::End::Close ? "closed the connection, as told"
+                                                 : "reset the connection, as told");
 }
 
 }  // namespace rig

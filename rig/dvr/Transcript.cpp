@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::size_t kValueBytes = 100;
 constexpr const char* kSentColour = "\033[36m";      // cyan
+constexpr const char* kDefectColour = "\033[31m";    // red
 constexpr const char* kReceivedColour = "\033[33m";  // yellow
 constexpr const char* kNoteColour = "\033[1m";       // bold
 constexpr const char* kPlain = "\033[0m";
@@ -38,8 +39,13 @@ std::string SummarizeChild(const pugi::xml_node& child) {
 Transcript::Transcript(std::ostream& out, bool coloured)
     : out_(out), coloured_(coloured), start_(std::chrono::steady_clock::now()) {}
 
-void Transcript::Sent(const Message& message) {
-    Print(kSentColour, "-> " + Summarize(message));
+void Transcript::Sent(const Message& message, const std::vector<std::string>& defects) {
+    std::string marks;
+    for (const std::string& defect : defects) {
+        marks += (marks.empty() ? "  [" : ", ") + defect;
+    }
+    Print(marks.empty() ? kSentColour : kDefectColour,
+          "-> " + Summarize(message) + (marks.empty() ? "" : marks + "]"));
 }
 
 void Transcript::Received(const Message& message) {

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "rig/dvr/Message.h"
 
@@ -21,7 +22,8 @@ class Transcript {
     /// @param coloured  whether to colour them
     Transcript(std::ostream& out, bool coloured);
 
-    void Sent(const Message& message);
+    /// @param defects  that were at work on it; none for an honest message
+    void Sent(const Message& message, const std::vector<std::string>& defects = {});
     void Received(const Message& message);
     void Note(const std::string& text);
 
