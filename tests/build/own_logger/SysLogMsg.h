@@ -1,0 +1,8 @@
+#pragma once
+
+#include "LogMsg.h"
+
+class SysLogMsg : public LogMsg {
+ public:
+    ~SysLogMsg();
+};
