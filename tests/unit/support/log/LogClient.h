@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+/// A platform logger of the unit tests' own, with no part of ours in it: its lines go to the journal. That
+/// the harness builds with it also shows that a rig's own logger can take the place of ours. It gives what
+/// any such logger must give, and no more: the name comes as a copy, and each use clears errno.
+class LogClient {
+ public:
+    static LogClient* Instance();
+
+    void ProcessName(const std::string& name);
+    std::string ProcessName() const;
+
+    void Level(unsigned int mask);
+    unsigned int Level() const;
+
+ private:
+    std::string name_;
+    unsigned int mask_ = 0;
+};
