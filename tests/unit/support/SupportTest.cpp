@@ -1,6 +1,9 @@
+#include <sys/socket.h>
+#include <tinyxml.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 
 #include "support/HarnessTest.h"
 
@@ -66,6 +69,31 @@ TEST_F(Support, KnowsPrefixes) {
     EXPECT_EQ(Prefix(127), "\x7f");
     EXPECT_EQ(Prefix(300), "\xac\x02");
     EXPECT_EQ(Prefix(0xFFFFFFFF), "\xff\xff\xff\xff\x0f");
+}
+
+TEST_F(Support, KeepsSavedDocumentsOffTheDisk) {
+    TiXmlDocument document;
+    document.Parse("<a><b/></a>");
+    NextSaveFails();
+    EXPECT_FALSE(document.SaveFile("/mnt/hd/saved"));
+    EXPECT_TRUE(document.SaveFile(std::string("/mnt/hd/saved")));
+    EXPECT_NE(access("/mnt/hd/saved", F_OK), 0);
+    EXPECT_JOURNAL(Saved("/mnt/hd/saved", "<a>\n    <b />\n</a>\n"),
+                   Saved("/mnt/hd/saved", "<a>\n    <b />\n</a>\n"));
+}
+
+TEST_F(Support, RecordsCommandsAndPausesWithoutThem) {
+    NextSystemReturns(256);
+    EXPECT_EQ(system("exit 3"), 256);
+    EXPECT_EQ(system("exit 3"), 0);
+    EXPECT_EQ(sleep(1000), 0U);
+    EXPECT_EQ(usleep(999999), 0);
+    EXPECT_JOURNAL(Ran("exit 3"), Ran("exit 3"), Slept(1000), Paused(999999));
+}
+
+TEST_F(Support, ACallOfTheListenerWithoutAScriptEndsTheProcess) {
+    EXPECT_ABORT(static_cast<void>(listen(70, 5)), ListenCalled(70, 5),
+                 Printed("listen: nothing is scripted"));
 }
 
 }  // namespace
