@@ -45,8 +45,8 @@ const char* const kGetEventList = R"(<msg req="GET_EVENT_LIST" protocolVersion="
 const char* const kUpdateSoftware =
     R"(<msg req="UPDATE_SOFTWARE" path="/mnt/hd/connectionmgr" file="upgrade.zip" protocolVersion="2.0" />)";
 const char* const kUpdateConfiguration =
-    R"(<msg req="UPDATE_CONFIGURATION" protocolVersion="2.0" message="&lt;FakeConfig info=&quot;)"
-    R"(This is a bogus config used for protocol 2.0 testing&quot; /&gt;" />)";
+    R"(<msg req="UPDATE_CONFIGURATION" protocolVersion="2.0" message='&lt;FakeConfig info=&quot;)"
+    R"(This is a bogus config used for protocol 2.0 testing&quot; /&gt;' />)";
 const char* const kDone = R"(<msg req="DONE" protocolVersion="2.0" />)";
 
 Dialogue::Dialogue() : protocol(Options(), kSocket) {}

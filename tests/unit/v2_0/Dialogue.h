@@ -1,5 +1,8 @@
 #pragma once
 
+#include <tinyxml.h>
+
+#include <list>
 #include <string>
 
 #include "protocol/v2_0/VelProtocol_2_0.h"

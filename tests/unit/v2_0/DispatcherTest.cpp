@@ -188,7 +188,7 @@ TEST_F(InvalidMessage, ThatIsNoXmlEndsTheProcessAfterSayingWhere) {
         LogMask(mask);
         Feed(text);
         EXPECT_ABORT(protocol.HandleMessage(), Received(text), Logged(1, "error: 1:Error reading end tag."),
-                     Logged(1, "row: 2:3"), AssertionFailed(kHandleMessage, "not incomingMessage.Error()"));
+                     Logged(1, "row: 3:1"), AssertionFailed(kHandleMessage, "not incomingMessage.Error()"));
     }
 }
 
@@ -201,15 +201,15 @@ TEST_F(InvalidMessage, ThatIsEmptyEndsTheProcess) {
 TEST_F(InvalidMessage, ThatBreaksOffEndsTheProcess) {
     const std::string text = R"(<msg req="OK")";
     Feed(text);
-    EXPECT_ABORT(protocol.HandleMessage(), Received(text), Logged(1, "error: 1:Error reading Attributes."),
-                 Logged(1, "row: 1:1"), AssertionFailed(kHandleMessage, "not incomingMessage.Error()"));
+    EXPECT_ABORT(protocol.HandleMessage(), Received(text), Logged(1, "error: 1:Error parsing Element."),
+                 Logged(1, "row: 1:6"), AssertionFailed(kHandleMessage, "not incomingMessage.Error()"));
 }
 
 TEST_F(InvalidMessage, IsNotExcusedByAMsgAheadOfTheFault) {
     const std::string text = Msg("OK") + "<open>";
     Feed(text);
-    EXPECT_ABORT(protocol.HandleMessage(), Received(text), Logged(1, "error: 1:Error reading end tag."),
-                 Logged(1, "row: 1:21"), AssertionFailed(kHandleMessage, "not incomingMessage.Error()"));
+    EXPECT_ABORT(protocol.HandleMessage(), Received(text), Logged(1, "error: 1:Error reading Element value."),
+                 Logged(1, "row: 0:0"), AssertionFailed(kHandleMessage, "not incomingMessage.Error()"));
 }
 
 }  // namespace

@@ -198,7 +198,7 @@ TEST_F(NEXT_EVENT, CarriesAnEmptyIdentifier) {
 TEST_F(NEXT_EVENT, EscapesTheIdentifier) {
     protocol.SendNextEvent("<a&\"b\">");
     EXPECT_JOURNAL(
-        Sent(R"(<msg req="NEXT_EVENT" reid="&lt;a&amp;&quot;b&quot;&gt;" protocolVersion="2.0" />)"));
+        Sent(R"(<msg req="NEXT_EVENT" reid='&lt;a&amp;&quot;b&quot;&gt;' protocolVersion="2.0" />)"));
 }
 
 }  // namespace

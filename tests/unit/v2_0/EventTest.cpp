@@ -10,21 +10,6 @@ class EVENT : public Dialogue {
         protocol.eventRequestPending = true;
     }
 
-    /// An event E7 whose description holds `children` in its `video`.
-    static std::string EventWithVideo(const std::string& children) {
-        return Event("E7", R"(<recording-event reid="E7"><video>)" + children + "</video></recording-event>");
-    }
-
-    /// Takes in EventWithVideo, whose saved copy is no matter of the test.
-    /// @return the files that it queued
-    Files FilesOf(const std::string& children) {
-        TiXmlDocument document;
-        document.Parse(EventWithVideo(children).c_str());
-        protocol.Handle_EVENT_msg(document);
-        TakeJournal();
-        return protocol.filesToReceive;
-    }
-
     static Entry Reid(const std::string& reid) {
         return Logged(16, "'reid' attribute in EVENT msg = '" + reid + "'");
     }
@@ -193,7 +178,7 @@ TEST_F(EVENT, WithADescriptionThatIsNoXmlEndsTheProcessAfterSayingWhere) {
         Feed(text);
         EXPECT_ABORT(
             protocol.HandleMessage(), Received(text), Reid("E7"),
-            Logged(1, "error: 1:Error reading end tag."), Logged(1, "row: 1:28"),
+            Logged(1, "error: 1:Error reading end tag."), Logged(1, "row: 1:35"),
             AssertionFailed("void VelProtocol_2_0::Handle_EVENT_msg(TiXmlDocument&)", "not embmsg.Error()"));
     }
 }
@@ -203,7 +188,7 @@ TEST_F(EVENT, WithADescriptionThatIsPlainTextEndsTheProcess) {
     Feed(text);
     EXPECT_ABORT(
         protocol.HandleMessage(), Received(text), Reid("E7"), Logged(1, "error: 1:Error document empty."),
-        Logged(1, "row: 1:1"),
+        Logged(1, "row: 0:0"),
         AssertionFailed("void VelProtocol_2_0::Handle_EVENT_msg(TiXmlDocument&)", "not embmsg.Error()"));
 }
 
@@ -282,118 +267,6 @@ TEST_F(EVENT, IsSavedWithAllThatItsDescriptionHolds) {
               "<!-- c -->\n"
               "<recording-event reid=\"E7\" x=\"&lt;\">text</recording-event>\n"),
         NoFiles());
-}
-
-TEST_F(EVENT, WithoutVideoHasNoFiles) {
-    EXPECT_REACTION(Event("E7", R"(<recording-event reid="E7"><metadata name="m"/></recording-event>)"),
-                    Reid("E7"),
-                    Saved("/mnt/hd/incoming_E7",
-                          "<recording-event reid=\"E7\">\n"
-                          "    <metadata name=\"m\" />\n"
-                          "</recording-event>\n"),
-                    NoFiles());
-}
-
-TEST_F(EVENT, WithoutMetadataHasTheFilesOfItsStreams) {
-    EXPECT_EQ(FilesOf(R"(<streams><stream><a name="1"/></stream></streams>)"), (Files{{"E7", "1"}}));
-}
-
-TEST_F(EVENT, WithoutStreamsHasItsMetadataAlone) {
-    EXPECT_EQ(FilesOf(R"(<metadata name="m"/>)"), (Files{{"E7", "m"}}));
-}
-
-TEST_F(EVENT, HasItsMetadataFirstWhereverItStands) {
-    EXPECT_EQ(FilesOf(R"(<streams><stream><a name="1"/></stream></streams><metadata name="m"/>)"),
-              (Files{{"E7", "m"}, {"E7", "1"}}));
-}
-
-TEST_F(EVENT, HasOneMetadataFile) {
-    EXPECT_EQ(FilesOf(R"(<metadata name="m"/><metadata name="n"/>)"), (Files{{"E7", "m"}}));
-}
-
-TEST_F(EVENT, HasTheFilesOfEveryStreamInOrder) {
-    EXPECT_EQ(
-        FilesOf(
-            R"(<streams><stream><a name="1"/><b name="2"/></stream><stream><c name="3"/></stream></streams>)"),
-        (Files{{"E7", "1"}, {"E7", "2"}, {"E7", "3"}}));
-}
-
-TEST_F(EVENT, HasNoFileOfAStreamWithoutChildrenWhateverItsName) {
-    EXPECT_EQ(FilesOf(R"(<streams><stream name="no file"/><stream><a name="1"/></stream></streams>)"),
-              (Files{{"E7", "1"}}));
-}
-
-TEST_F(EVENT, TakesEverySiblingOfAStreamForAStream) {
-    EXPECT_EQ(FilesOf(R"(<streams><stream><a name="1"/></stream><audio><b name="2"/></audio></streams>)"),
-              (Files{{"E7", "1"}, {"E7", "2"}}));
-}
-
-TEST_F(EVENT, StartsAtItsFirstStream) {
-    EXPECT_EQ(FilesOf(R"(<streams><audio><b name="2"/></audio><stream><a name="1"/></stream></streams>)"),
-              (Files{{"E7", "1"}}));
-}
-
-TEST_F(EVENT, PassesOverCommentsAndTextBesideAStream) {
-    EXPECT_EQ(
-        FilesOf(
-            R"(<streams><!-- c --><stream><a name="1"/></stream>text<!-- c --><stream><b name="2"/></stream></streams>)"),
-        (Files{{"E7", "1"}, {"E7", "2"}}));
-}
-
-TEST_F(EVENT, HasNoFileBelowTheChildrenOfAStream) {
-    EXPECT_EQ(FilesOf(R"(<streams><stream><a name="1"><b name="2"/></a></stream></streams>)"),
-              (Files{{"E7", "1"}}));
-}
-
-TEST_F(EVENT, TakesTheNamesOfItsFilesAsTheyAre) {
-    EXPECT_EQ(FilesOf(R"(<metadata name=""/><streams><stream><a name="x &amp; y"/></stream></streams>)"),
-              (Files{{"E7", ""}, {"E7", "x & y"}}));
-}
-
-/// An EVENT whose description names a file badly ends the process, after the copy has been saved.
-class EVENT_WithABadFile : public EVENT {
- protected:
-    static Entries NoName() {
-        return Uncaught("std::logic_error", "basic_string::_M_construct null not valid");
-    }
-
-    static Entry SavedVideo(const std::string& video) {
-        return Saved("/mnt/hd/incoming_E7", "<recording-event reid=\"E7\">\n    <video>\n" + video +
-                                                "    </video>\n</recording-event>\n");
-    }
-
-    static Entry SavedStream(const std::string& file) {
-        return SavedVideo("        <streams>\n            <stream>\n" + file +
-                          "            </stream>\n        </streams>\n");
-    }
-};
-
-TEST_F(EVENT_WithABadFile, EndsTheProcessForMetadataWithoutName) {
-    const std::string text = EventWithVideo("<metadata />");
-    Feed(text);
-    EXPECT_ABORT(protocol.HandleMessage(), Received(text), Reid("E7"), SavedVideo("        <metadata />\n"),
-                 NoName());
-}
-
-TEST_F(EVENT_WithABadFile, EndsTheProcessForAFileWithoutName) {
-    const std::string text = EventWithVideo("<streams><stream><a /></stream></streams>");
-    Feed(text);
-    EXPECT_ABORT(protocol.HandleMessage(), Received(text), Reid("E7"), SavedStream("                <a />\n"),
-                 NoName());
-}
-
-TEST_F(EVENT_WithABadFile, EndsTheProcessForACommentInAStream) {
-    const std::string text = EventWithVideo("<streams><stream><!-- c --></stream></streams>");
-    Feed(text);
-    EXPECT_ABORT(protocol.HandleMessage(), Received(text), Reid("E7"),
-                 SavedStream("                <!-- c -->\n"), NoName());
-}
-
-TEST_F(EVENT_WithABadFile, EndsTheProcessForTextInAStream) {
-    const std::string text = EventWithVideo(R"(<streams><stream><a name="1"/>text</stream></streams>)");
-    Feed(text);
-    EXPECT_ABORT(protocol.HandleMessage(), Received(text), Reid("E7"),
-                 SavedStream("                <a name=\"1\" />text</stream>\n"), NoName());
 }
 
 }  // namespace

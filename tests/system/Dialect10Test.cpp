@@ -1,0 +1,221 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "Dialogue.h"
+
+namespace {
+
+using Protocol10 = Dialect10;
+
+TEST_F(Protocol10, LogsAWholeExportLineByLine) {
+    const std::string xml =
+        "<msg req=\"XML\"><xmlFile><string>&lt;recording-event reid=\"E1\"&gt;&lt;video&gt;&lt;metadata "
+        "name=\"m1\"/&gt;&lt;/video&gt;&lt;/recording-event&gt;</string></xmlFile></msg>";
+    harness.emplace();
+    harness->Listens();
+    dvr.emplace();
+    dvr->Sends("<msg req=\"OK\"/>");
+    dvr->Receives("<msg req=\"GET_XML\" />");
+    dvr->Sends(xml);
+    dvr->Receives("<msg req=\"GET_FILE\" path=\"E1\" file=\"m1\" />");
+    dvr->Sends("<msg req=\"FILE_COMPLETE\" reid=\"E1\" file=\"m1\"/>");
+    dvr->Receives("<msg req=\"EVENT_XFER_COMPLETE\"><events><string>E1</string></events></msg>");
+    dvr->Receives("<msg req=\"DONE\" />");
+    dvr->ReceivesEnd();
+    harness->LogsInFull({{16, "Connected to: fam=2  127.0.0.1:" + std::to_string(dvr->Port())},
+                         {1, "expecting a message of 15 bytes"},
+                         {1, "read success:15"},
+                         {32, "GetMessage:incoming message, bytes 1 to 15:<msg req=\"OK\"/>"},
+                         {1, "got an OK, sending GET_XML"},
+                         {64, "hdr[0]= 15"},
+                         {1, "expecting a message of 168 bytes"},
+                         {1, "read success:168"},
+                         {32, "GetMessage:incoming message, bytes 1 to 168:" + xml},
+                         {32, "Found event E1"},
+                         {64, "hdr[0]= 2a"},
+                         {1, "expecting a message of 46 bytes"},
+                         {1, "read success:46"},
+                         {32,
+                          "GetMessage:incoming message, bytes 1 to 46:<msg req=\"FILE_COMPLETE\" reid=\"E1\" "
+                          "file=\"m1\"/>"},
+                         {64, "Got FILE_COMPLETE for: reid=E1  file=m1"},
+                         {16, "Sending EVENT_XFER_COMPLETE"},
+                         {16, "HandleMessage: event = 'E1'"},
+                         {64, "hdr[0]= 49"},
+                         {16, "Sending DONE"},
+                         {64, "hdr[0]= 12"},
+                         {16, "Closing client socket..."}});
+    harness->StopsOnInterrupt();
+}
+
+TEST_F(Protocol10, IsSpokenWithoutASwitch) {
+    Connect();
+    Opens();
+    Ends();
+}
+
+TEST_F(Protocol10, IsSpokenOnDemand) {
+    Connect({"-p", "1"});
+    Opens();
+    Ends();
+}
+
+TEST_F(Protocol10, IsSpokenWhenItIsTheLastChoice) {
+    Connect({"-p", "2", "-p", "1"});
+    Opens();
+    Ends();
+}
+
+TEST_F(Protocol10, RequestsTheFilesOfAllEventsInOrder) {
+    Connect();
+    Opens();
+    dvr->Sends(Xml({Description("E1", {"m1", "a", "b"}), Description("E2", {"m2"})}));
+    harness->Logs(32, "Found event E1");
+    harness->Logs(32, "Found event E2");
+    dvr->Receives(v1::GetFile("E1", "m1"));
+    Completes("E1", "m1");
+    dvr->Receives(v1::GetFile("E1", "a"));
+    Completes("E1", "a");
+    dvr->Receives(v1::GetFile("E1", "b"));
+    Completes("E1", "b");
+    dvr->Receives(v1::GetFile("E2", "m2"));
+    Completes("E2", "m2");
+    IsDone({"E1", "E2"});
+    harness->StopsOnInterrupt();
+}
+
+TEST_F(Protocol10, SavesWhatItReportsComplete) {
+    Connect();
+    Opens();
+    dvr->Sends(Xml({Description("E1", {"m1"}), Description("E2", {})}));
+    harness->Logs(32, "Found event E1");
+    harness->Logs(32, "Found event E2");
+    dvr->Receives(v1::GetFile("E1", "m1"));
+    Completes("E1", "m1");
+    IsDone({"E1", "E2"});
+    EXPECT_EQ(
+        "<msg req=\"EVENT_XFER_COMPLETE\">\n"
+        "    <events>\n"
+        "        <string>E1</string>\n"
+        "        <string>E2</string>\n"
+        "    </events>\n"
+        "</msg>\n",
+        ReadFile("/mnt/hd/outgoingETCstring"));
+    EXPECT_FALSE(FileExists("/mnt/hd/incoming_E1"));
+    harness->StopsOnInterrupt();
+}
+
+TEST_F(Protocol10, OverwritesWhatItSavedWithTheNextReport) {
+    Connect();
+    Opens();
+    Describes("E1", {"m1"});
+    Completes("E1", "m1");
+    IsDone({"E1"});
+    Reconnect();
+    Opens();
+    Describes("E2", {"m2"});
+    Completes("E2", "m2");
+    IsDone({"E1", "E2"});
+    const std::string saved = ReadFile("/mnt/hd/outgoingETCstring");
+    EXPECT_NE(std::string::npos, saved.find("<string>E2</string>"));
+    EXPECT_EQ(0u, saved.rfind("<msg ")) << saved;
+    harness->StopsOnInterrupt();
+}
+
+TEST_F(Protocol10, ExportsWithoutADisk) {
+    ASSERT_EQ(0, rmdir("/mnt/hd"));
+    Connect();
+    Opens();
+    Describes("E1", {"m1"});
+    Completes("E1", "m1");
+    IsDone({"E1"});
+    harness->StopsOnInterrupt();
+}
+
+TEST_F(Protocol10, ListsTheEarlierEventsAgainInTheNextExport) {
+    Connect();
+    Opens();
+    dvr->Sends(Xml({Description("E1", {"m1"}), Description("E2", {})}));
+    harness->Logs(32, "Found event E1");
+    harness->Logs(32, "Found event E2");
+    dvr->Receives(v1::GetFile("E1", "m1"));
+    Completes("E1", "m1");
+    IsDone({"E1", "E2"});
+    Reconnect();
+    Opens();
+    Describes("E3", {"m3"});
+    Completes("E3", "m3");
+    IsDone({"E1", "E2", "E3"});
+    harness->StopsOnInterrupt();
+}
+
+TEST_F(Protocol10, IgnoresTheSwitchesOf20) {
+    Connect({"-c", "1", "-d", "30", "-s", "60", "-r", "-e", "-f", "-t", "-x", "-u"});
+    Opens();
+    dvr->Sends(Xml({Description("ABC123", {"m1", "a"}), Description("E2", {"m2"})}));
+    harness->Logs(32, "Found event ABC123");
+    harness->Logs(32, "Found event E2");
+    dvr->Receives(v1::GetFile("ABC123", "m1"));
+    Completes("ABC123", "m1");
+    dvr->Receives(v1::GetFile("ABC123", "a"));
+    Completes("ABC123", "a");
+    dvr->Receives(v1::GetFile("E2", "m2"));
+    Completes("E2", "m2");
+    IsDone({"ABC123", "E2"});
+    EXPECT_FALSE(FileExists("/mnt/hd/velloranFail"));
+    harness->StopsOnInterrupt();
+}
+
+TEST_F(Protocol10, AnswersEveryOk) {
+    Connect();
+    Opens();
+    Opens();
+    Ends();
+}
+
+TEST_F(Protocol10, AppendsASecondXmlToTheFirst) {
+    Connect();
+    Opens();
+    Describes("E1", {"m1"});
+    dvr->Sends(Xml({Description("E2", {"m2"})}));
+    harness->Logs(32, "Found event E2");
+    dvr->Receives(v1::GetFile("E1", "m1"));
+    Completes("E1", "m1");
+    dvr->Receives(v1::GetFile("E2", "m2"));
+    Completes("E2", "m2");
+    IsDone({"E1", "E2"});
+    harness->StopsOnInterrupt();
+}
+
+TEST_F(Protocol10, EscapesWhatItSendsBack) {
+    Connect();
+    Opens();
+    dvr->Sends(
+        Xml({"<recording-event reid=\"&lt;E&amp;1\"><video><metadata "
+             "name='\"\xc3\xbc\"'/></video></recording-event>"}));
+    harness->Logs(32, "Found event <E&1");
+    dvr->Receives("<msg req=\"GET_FILE\" path=\"&lt;E&amp;1\" file='&quot;\xc3\xbc&quot;' />");
+    Ends();
+}
+
+TEST_F(Protocol10, SendsABogusConfigurationOnDemand) {
+    Connect({"-g"});
+    dvr->Sends(Ok());
+    harness->Logs(1, "got an OK, sending CONFIGURATION_UPDATE");
+    dvr->Receives(v1::kUpdateConfiguration);
+    dvr->Sends(Message("CONFIGURATION_UPDATE_ERROR"));
+    harness->Logs(16, "Got CONFIGURATION_UPDATE_ERROR");
+    Ends();
+}
+
+TEST_F(Protocol10, DoesNotExpectAConfigurationErrorUnprovoked) {
+    Connect();
+    dvr->Sends(Message("CONFIGURATION_UPDATE_ERROR"));
+    harness->Logs(2, "Unexpected CONFIGURATION_UPDATE_ERROR");
+    Opens();
+    Ends();
+}
+
+}  // namespace

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "Dialogue.h"
+
+/// An export of the event EVENT1 with the files meta.xml and video1, where the first has been delivered and
+/// the last is next: there the faults of files act.
+class FaultsOfTheLastFile : public Dialect20 {
+ protected:
+    /// Goes there. What happens with the last file is the test's to see.
+    void ReachLastFile(const std::vector<std::string>& switches);
+
+    /// The last file is requested without a fault; with rehash="true" or not.
+    void RequestsTheLastFile(bool rehash = false, Here here = Here::current());
+
+    /// The last file is delivered, which completes the event.
+    void CompletesTheLastFile(Here here = Here::current());
+
+    /// A second event is exported as if there were no faults, and the dialogue ends.
+    void ExportsASecondEventWithoutAFault(Here here = Here::current());
+};

@@ -1,0 +1,188 @@
+#include "Process.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+
+#include "Until.h"
+
+namespace {
+
+void Pipe(std::array<int, 2>& ends) {
+    if (pipe2(ends.data(), O_CLOEXEC) == -1) {
+        throw std::runtime_error("no pipe for the program's output");
+    }
+    // Room for a long log, so that the program does not wait for a test that is busy with its peer.
+    fcntl(ends[1], F_SETPIPE_SZ, 1 << 20);
+}
+
+/// In the child, before the program takes over.
+void Prepare(pid_t parent, const Launch& launch) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() not_eq parent) {
+        _exit(126);
+    }
+    const rlimit none = {0, 0};
+    setrlimit(RLIMIT_CORE, &none);
+    signal(SIGPIPE, SIG_DFL);
+    signal(SIGINT, launch.interruptIgnored ? SIG_IGN : SIG_DFL);
+    close_range(STDERR_FILENO + 1, ~0U, 0);
+    for (const int fd : launch.closedDescriptors) {
+        close(fd);
+    }
+    if (launch.descriptorLimit not_eq 0) {
+        const rlimit limit = {launch.descriptorLimit, launch.descriptorLimit};
+        setrlimit(RLIMIT_NOFILE, &limit);
+    }
+}
+
+[[noreturn]] void Run(std::vector<std::string> words) {
+    std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
+    for (std::string& word : words) {
+        arguments.push_back(word.data());
+    }
+    arguments.push_back(nullptr);
+    execv(VELLORAN_PROGRAM, arguments.data());
+    _exit(127);
+}
+
+}  // namespace
+
+Process::Process(const std::vector<std::string>& switches, const Launch& launch) {
+    std::vector<std::string> words = {"velloran"};
+    words.insert(words.end(), switches.begin(), switches.end());
+    std::array<int, 2> out = {};
+    std::array<int, 2> err = {};
+    Pipe(out);
+    Pipe(err);
+    const pid_t parent = getpid();
+    pid_ = fork();
+    if (pid_ == 0) {
+        dup2(open("/dev/null", O_RDONLY | O_CLOEXEC), STDIN_FILENO);
+        dup2(out[1], STDOUT_FILENO);
+        dup2(err[1], STDERR_FILENO);
+        Prepare(parent, launch);
+        Run(words);
+    }
+    close(out[1]);
+    close(err[1]);
+    output_.fd = out[0];
+    error_.fd = err[0];
+    pidFd_ = static_cast<int>(syscall(SYS_pidfd_open, pid_, 0));
+}
+
+Process::~Process() {
+    if (not ended_) {
+        kill(pid_, SIGKILL);
+        waitpid(pid_, nullptr, 0);
+    }
+    close(output_.fd);
+    close(error_.fd);
+    close(pidFd_);
+}
+
+bool Process::Await(const std::function<bool()>& fact) {
+    const Clock::time_point deadline = Clock::now() + kPatience;
+    while (not fact()) {
+        pollfd waiting[] = {{output_.ended ? -1 : output_.fd, POLLIN, 0},
+                            {error_.ended ? -1 : error_.fd, POLLIN, 0},
+                            {ended_ ? -1 : pidFd_, POLLIN, 0}};
+        if (HasEnded() or poll(waiting, 3, MillisecondsUntil(deadline)) == 0) {
+            return false;
+        }
+        if (waiting[0].revents not_eq 0) {
+            Read(output_, rest_);
+            TakeWholeLines();
+        }
+        if (waiting[1].revents not_eq 0) {
+            Read(error_, error);
+        }
+        if (waiting[2].revents not_eq 0) {
+            waitpid(pid_, &status_, 0);
+            ended_ = true;
+        }
+    }
+    return true;
+}
+
+void Process::Read(Stream& stream, std::string& text) {
+    char bytes[65536];
+    const ssize_t count = read(stream.fd, bytes, sizeof bytes);
+    if (count > 0) {
+        text.append(bytes, static_cast<std::size_t>(count));
+    } else {
+        stream.ended = true;
+    }
+}
+
+void Process::TakeWholeLines() {
+    std::size_t start = 0;
+    for (std::size_t end = 0; (end = rest_.find('\n', start)) not_eq std::string::npos; start = end + 1) {
+        lines.push_back(rest_.substr(start, end - start));
+    }
+    output.append(rest_, 0, start);
+    rest_.erase(0, start);
+    if (output_.ended and not rest_.empty()) {
+        lines.push_back(rest_ + " (without a newline)");
+        rest_.clear();
+    }
+}
+
+bool Process::HasEnded() const {
+    return ended_ and output_.ended and error_.ended;
+}
+
+int Process::ExitStatus() const {
+    return ended_ and WIFEXITED(status_) ? WEXITSTATUS(status_) : -1;
+}
+
+int Process::EndingSignal() const {
+    return ended_ and WIFSIGNALED(status_) ? WTERMSIG(status_) : -1;
+}
+
+std::string Process::Ending() const {
+    if (not ended_) {
+        return "still running";
+    }
+    return WIFEXITED(status_) ? "exit status " + std::to_string(ExitStatus())
+                              : "signal " + std::to_string(EndingSignal());
+}
+
+bool Process::IsRunning() const {
+    pollfd process = {pidFd_, POLLIN, 0};
+    return not ended_ and poll(&process, 1, 0) == 0;
+}
+
+std::chrono::milliseconds Process::ProcessorTime() const {
+    // Fields 14 and 15, in ticks. The name, field 2, has no blanks.
+    std::ifstream fields("/proc/" + std::to_string(pid_) + "/stat");
+    std::string skipped;
+    for (int field = 1; field < 14; ++field) {
+        fields >> skipped;
+    }
+    long user = 0;
+    long system = 0;
+    fields >> user >> system;
+    return std::chrono::milliseconds((user + system) * 1000 / sysconf(_SC_CLK_TCK));
+}
+
+std::vector<int> Process::Descriptors() const {
+    std::vector<int> numbers;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/" + std::to_string(pid_) + "/fd")) {
+        numbers.push_back(std::stoi(entry.path().filename()));
+    }
+    std::sort(numbers.begin(), numbers.end());
+    return numbers;
+}

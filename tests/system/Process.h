@@ -1,0 +1,73 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <deque>
+#include <functional>
+#include <string>
+#include <vector>
+
+/// How to start the program, where it is not the usual way.
+struct Launch {
+    std::vector<int> closedDescriptors = {};  // of 0, 1 and 2
+    unsigned int descriptorLimit = 0;         // RLIMIT_NOFILE; 0: as it is
+    bool interruptIgnored = false;            // as a shell starts a background job
+};
+
+/// The real program as a child process, with what it writes. It reads /dev/null, has no other descriptors
+/// than the standard ones, dumps no core, and does not outlive this object or this process.
+class Process {
+ public:
+    Process(const std::vector<std::string>& switches, const Launch& launch);
+    ~Process();
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
+    /// Reads what the program writes until the fact has come about.
+    /// @return false if it has not within kPatience, or cannot any more because the program has ended
+    bool Await(const std::function<bool()>& fact);
+
+    /// Whether it has ended and all that it wrote has been read. Becomes true in Await only.
+    bool HasEnded() const;
+
+    /// How it ended: these are -1 unless it ended by itself, or by a signal.
+    int ExitStatus() const;
+    int EndingSignal() const;
+
+    /// The same in words, for reports.
+    std::string Ending() const;
+
+    /// Whether it runs at this moment.
+    bool IsRunning() const;
+
+    pid_t Id() const { return pid_; }
+
+    /// Processor time that it has used.
+    std::chrono::milliseconds ProcessorTime() const;
+
+    /// Numbers of its open descriptors, lowest first.
+    std::vector<int> Descriptors() const;
+
+    std::deque<std::string>
+        lines;           // of standard output, without newlines; the reader takes them from the front
+    std::string output;  // whole lines so far, for reports
+    std::string error;   // standard error so far
+
+ private:
+    struct Stream {
+        int fd = -1;
+        bool ended = false;
+    };
+
+    void Read(Stream& stream, std::string& text);
+    void TakeWholeLines();
+
+    pid_t pid_ = -1;
+    int pidFd_ = -1;
+    int status_ = 0;  // as waitpid gives it, once the process has ended
+    bool ended_ = false;
+    Stream output_;
+    Stream error_;
+    std::string rest_;  // of standard output, after the last newline
+};

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "Here.h"
+#include "Until.h"
+
+/// The text's frame: its length in groups of 7 bits, least significant first, bit 7 set on all but the last;
+/// then the text.
+std::string Frame(const std::string& text);
+
+/// The length alone.
+std::string Prefix(std::uint32_t length);
+
+/// The harness's peer: a TCP client that does what the test says, step by step, right or wrong.
+class ScriptedDvr {
+ public:
+    /// Connects to the harness. With an address and a port, from there; they must be the world's. Fails the
+    /// test if the harness does not listen.
+    explicit ScriptedDvr(const std::string& address = "127.0.0.1", std::uint16_t port = 0,
+                         Here here = Here::current());
+    ~ScriptedDvr();
+    ScriptedDvr(const ScriptedDvr&) = delete;
+    ScriptedDvr& operator=(const ScriptedDvr&) = delete;
+
+    std::uint16_t Port() const;
+
+    /// Sends one frame, in one piece.
+    void Sends(const std::string& text, Here here = Here::current());
+
+    /// Sends bytes as they are, in one piece.
+    void SendsBytes(const std::string& bytes, Here here = Here::current());
+
+    /// Sends the bytes and waits until the harness has read them all.
+    void SendsAndSeesRead(const std::string& bytes, Here here = Here::current());
+
+    /// Sends one byte of urgent data.
+    void SendsUrgentByte();
+
+    /// The next frame has this text, and its prefix is its length.
+    void Receives(const std::string& text, Here here = Here::current());
+
+    /// The next bytes are these.
+    void ReceivesBytes(const std::string& bytes, Here here = Here::current());
+
+    /// Nothing more comes; the harness closes the connection.
+    void ReceivesEnd(Here here = Here::current());
+
+    /// Whether bytes or the end have arrived.
+    bool HasSomethingToRead() const;
+
+    /// Sends no more, but still receives.
+    void EndsSending();
+
+    /// Closes the connection in good order.
+    void HangsUp();
+
+    /// Breaks the connection off; what the harness writes or reads then fails.
+    void Resets();
+
+    /// Is gone as if its power had failed: the harness learns it from the answer to the next bytes it sends.
+    void Vanishes();
+
+ private:
+    std::string Read(std::size_t count);
+
+    int fd_;
+};

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// What the world's kernel says of its IPv4 TCP sockets.
+namespace sockets {
+
+struct Socket {
+    std::uint32_t localAddress = 0;  // host byte order
+    std::uint16_t localPort = 0;
+    std::uint16_t remotePort = 0;
+    unsigned int state = 0;   // as in <netinet/tcp.h>: TCP_ESTABLISHED ...
+    unsigned int unread = 0;  // bytes received and not yet read by the owner
+};
+
+std::vector<Socket> All();
+
+/// Whether a socket listens on the port, and on which address, all zeroes included.
+bool IsListening(std::uint16_t port, std::uint32_t address = 0);
+
+/// Bytes that wait for the owner of the socket (local port, remote port); 0 also if there is no such socket.
+unsigned int Unread(std::uint16_t localPort, std::uint16_t remotePort);
+
+}  // namespace sockets

@@ -1,0 +1,119 @@
+#include <gtest/gtest.h>
+
+#include "LastFile.h"
+
+namespace {
+
+const char* const kMarker = "/mnt/hd/velloranFail";
+
+// -t: a transport failure.
+
+TEST_F(FaultsOfTheLastFile, MarkTheTransportAsFailedUntilItIsReported) {
+    ReachLastFile({"-t"});
+    harness->Logs(32, "processing 'transportException' option");
+    dvr->Receives(v2::GetFile("EVENT1", "video1"));
+    EXPECT_TRUE(FileExists(kMarker)) << "requested ahead of the marker";
+    dvr->Sends(TransportException("EVENT1"));
+    harness->Logs(16, "TRANSPORT_EXCEPTION 'reid' attribute = 'EVENT1'");
+    harness->Logs(32, "filesToReceive size = 1");
+    EXPECT_FALSE(FileExists(kMarker));
+    RequestsTheLastFile();
+    CompletesTheLastFile();
+    ExportsASecondEventWithoutAFault();
+    EXPECT_FALSE(FileExists(kMarker));
+}
+
+TEST_F(FaultsOfTheLastFile, MarkTheTransportAgainWhenTheFileIsDelivered) {
+    ReachLastFile({"-t"});
+    harness->Logs(32, "processing 'transportException' option");
+    dvr->Receives(v2::GetFile("EVENT1", "video1"));
+    Completes("EVENT1", "video1", 1);
+    harness->Logs(32, "processing 'transportException' option");
+    dvr->Receives(v2::GetFile("EVENT1", "video1"));
+    EXPECT_TRUE(FileExists(kMarker));
+    Ends();
+    EXPECT_TRUE(FileExists(kMarker)) << "nobody reported the failure";
+}
+
+TEST_F(FaultsOfTheLastFile, CallAnotherEventsTransportFailureMissingAndUnexpected) {
+    ReachLastFile({"-t"});
+    harness->Logs(32, "processing 'transportException' option");
+    dvr->Receives(v2::GetFile("EVENT1", "video1"));
+    dvr->Sends(TransportException("E9"));
+    harness->Logs(16, "TRANSPORT_EXCEPTION 'reid' attribute = 'E9'");
+    harness->Logs(2, "'reid' attribute missing from TRANSPORT_EXCEPTION message");
+    harness->Logs(2, "'reid' attribute does not match expected: 'EVENT1'");
+    harness->Logs(32, "filesToReceive size = 1");
+    EXPECT_FALSE(FileExists(kMarker));
+    RequestsTheLastFile();
+    Ends();
+}
+
+TEST_F(FaultsOfTheLastFile, MissTheReidOfATransportFailure) {
+    ReachLastFile({"-t"});
+    harness->Logs(32, "processing 'transportException' option");
+    dvr->Receives(v2::GetFile("EVENT1", "video1"));
+    dvr->Sends(Message("TRANSPORT_EXCEPTION"));
+    harness->Logs(2, "'reid' attribute missing from TRANSPORT_EXCEPTION message");
+    harness->Logs(32, "filesToReceive size = 1");
+    EXPECT_FALSE(FileExists(kMarker));
+    RequestsTheLastFile();
+    Ends();
+}
+
+class FaultsReportedUnprovoked : public Dialect20 {
+ protected:
+    /// The marker is removed whether or not it is there, and the command complains when it is not.
+    void EndsWithAComplaintOfRm(Here here = Here::current()) {
+        harness->StopsOnInterrupt(here);
+        dvr->ReceivesEnd(here);
+        EXPECT_EQ(0u, harness->StandardError().find("rm: "));
+        EXPECT_NE(std::string::npos, harness->StandardError().find(kMarker));
+    }
+};
+
+TEST_F(FaultsReportedUnprovoked, TransportFailureDropsTheFile) {
+    Start();
+    ReachesFirstFile("EVENT1", {"meta.xml", "video1"});
+    dvr->Sends(TransportException("EVENT1"));
+    harness->Logs(16, "TRANSPORT_EXCEPTION 'reid' attribute = 'EVENT1'");
+    harness->Logs(32, "filesToReceive size = 1");
+    harness->Logs(32, "calling SendFileRequest(EVENT1/video1, false)");
+    dvr->Receives(v2::GetFile("EVENT1", "video1"));
+    EndsWithAComplaintOfRm();
+}
+
+TEST_F(FaultsReportedUnprovoked, TransportFailureCancelsTheFaultAhead) {
+    Start({"-t"});
+    ReachesFirstFile("EVENT1", {"meta.xml", "video1"});
+    dvr->Sends(TransportException("EVENT1"));
+    harness->Logs(16, "TRANSPORT_EXCEPTION 'reid' attribute = 'EVENT1'");
+    harness->Logs(32, "filesToReceive size = 1");
+    harness->Logs(32, "calling SendFileRequest(EVENT1/video1, false)");
+    dvr->Receives(v2::GetFile("EVENT1", "video1"));
+    EndsWithAComplaintOfRm();
+}
+
+TEST_F(FaultsReportedUnprovoked, TransportFailureCompletesTheEventWhenNoFileIsAwaited) {
+    Start();
+    Lists({"E1"});
+    dvr->Receives(v2::NextEvent("E1"));
+    dvr->Sends(TransportException("E1"));
+    harness->Logs(16, "TRANSPORT_EXCEPTION 'reid' attribute = 'E1'");
+    harness->Logs(2, "'reid' attribute missing from TRANSPORT_EXCEPTION message");
+    harness->Logs(2, "'reid' attribute does not match expected: ''");
+    harness->Logs(32, "filesToReceive size = 0");
+    ReceivesEventXferComplete("E1");
+    EndsWithAComplaintOfRm();
+}
+
+TEST_F(FaultsReportedUnprovoked, TransportFailureCompletesTheEmptyEventWhenThereIsNone) {
+    Start();
+    dvr->Sends(TransportException(""));
+    harness->Logs(16, "TRANSPORT_EXCEPTION 'reid' attribute = ''");
+    harness->Logs(32, "filesToReceive size = 0");
+    ReceivesEventXferComplete("");
+    EndsWithAComplaintOfRm();
+}
+
+}  // namespace
