@@ -1,5 +1,5 @@
-// For coverage builds only: the harness ends by _exit in its signal handler and by abort in its assertions, and neither
-// writes the line counts. This writes them first.
+// For coverage builds only: the harness ends by _exit in its signal handler and by abort in its assertions,
+// and neither writes the line counts. This writes them first.
 
 #include <csignal>
 
