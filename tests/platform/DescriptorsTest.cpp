@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <array>
@@ -106,34 +107,62 @@ TEST(Errno, IsKeptWhenStandardOutputFails) {
     EXPECT_EQ(outcome.report, "98");
 }
 
-/// Runs `code` in a process whose standard output is a pipe that is full most of the time, as its reader
-/// takes a little at a time and interrupts the process after each piece.
+int handlerRan[2];  // a pipe with a byte for each signal handled
+
+/// Interrupts a process so often that it is hit in the middle of a write that has not written anything yet.
+void Interrupt(pid_t writer) {
+    for (int time = 0; time < 100; ++time) {
+        char byte = 0;
+        kill(writer, SIGUSR1);
+        if (read(handlerRan[0], &byte, 1) not_eq 1) {
+            Report("no signal was handled");
+        }
+    }
+}
+
+void WaitUntilFull(int pipe) {
+    int held = 0;
+    while (held < fcntl(pipe, F_GETPIPE_SZ)) {
+        ioctl(pipe, FIONREAD, &held);
+    }
+}
+
+/// Starts a process that runs `code` with standard output at a pipe. @return its id
+pid_t StartWriter(const std::array<int, 2>& pipe, const std::function<void()>& code) {
+    const pid_t writer = fork();
+    if (writer == 0) {
+        alarm(60);
+        dup2(pipe[1], STDOUT_FILENO);
+        close(pipe[1]);
+        LogClient::Instance()->ProcessName("velloran");
+        code();
+        _exit(0);
+    }
+    close(pipe[1]);
+    return writer;
+}
+
+/// Runs `code` in a process whose standard output is a pipe. Nobody reads it until it is full and the process
+/// has been interrupted.
 /// @return what came out of the pipe
 std::string OutputThroughFullPipe(int pipeFlags, const std::function<void()>& code) {
     const Outcome outcome = RunSubject([pipeFlags, &code] {
         std::array<int, 2> ends{};
-        if (pipe2(ends.data(), pipeFlags) not_eq 0) {
+        if (pipe(handlerRan) not_eq 0 or pipe2(ends.data(), pipeFlags) not_eq 0) {
             Report("no pipe");
         }
-        struct sigaction interrupt = {};
-        interrupt.sa_handler = [](int) {};
-        sigaction(SIGUSR1, &interrupt, nullptr);
-        const pid_t writer = fork();
-        if (writer == 0) {
-            dup2(ends[1], STDOUT_FILENO);
-            close(ends[1]);
-            LogClient::Instance()->ProcessName("velloran");
-            code();
-            _exit(0);
-        }
-        close(ends[1]);
+        struct sigaction action = {};
+        action.sa_handler = [](int) { [[maybe_unused]] const ssize_t size = write(handlerRan[1], "x", 1); };
+        sigaction(SIGUSR1, &action, nullptr);
+        const pid_t writer = StartWriter(ends, code);
+        WaitUntilFull(ends[0]);
+        Interrupt(writer);
         fcntl(ends[0], F_SETFL, 0);
         std::string text;
         std::array<char, 1000> piece{};
         ssize_t size = 0;
         while ((size = read(ends[0], piece.data(), piece.size())) > 0) {
             text.append(piece.data(), static_cast<std::size_t>(size));
-            kill(writer, SIGUSR1);
         }
         Report(text);
     });
