@@ -138,8 +138,6 @@ TestOptions ParseCommandLine(int argc, char** argv) {
             case '?':
             case 'h':
                 usage();
-            default:
-                break;
         }
     }
     return options;
