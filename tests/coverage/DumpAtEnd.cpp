@@ -1,6 +1,8 @@
 // For coverage builds only: the harness ends by _exit in its signal handler and by abort in its assertions,
 // and neither writes the line counts. This writes them first.
 
+#include <unistd.h>
+
 #include <csignal>
 
 extern "C" {
@@ -16,6 +18,7 @@ void __gcov_dump();
 namespace {
 
 void DumpAndAbort(int) {
+    close(STDIN_FILENO);  // a test may have left none free for the counts' files
     __gcov_dump();
     std::signal(SIGABRT, SIG_DFL);
     std::raise(SIGABRT);
