@@ -1,0 +1,75 @@
+#include "rig/judge/Judge.h"
+
+#include <algorithm>
+
+namespace rig::judge {
+namespace {
+
+constexpr std::size_t kEvidenceText = 300;  // bytes
+
+/// The library's message, on standard error: "velloran: FILE:LINE: FUNCTION: Assertion `...' failed."
+bool IsAssertion(std::string_view line) {
+    return line.size() > 9 && line.find("velloran: ") != std::string_view::npos &&
+           line.find(": Assertion `") != std::string_view::npos;
+}
+
+report::RunResult Judged(const Run& run, const Limits& limits) {
+    report::RunResult result;
+    result.name = run.begin.file + ":" + std::to_string(run.begin.line);
+    result.switches = run.Switches();
+    result.begin = run.beginTime;
+    result.end = run.endTime;
+    result.checks = JudgeRun(run, limits);
+    for (const auto& [request, times] : run.reactions) {
+        result.timings.push_back({request, times.Count(), times.Percentile(0.5), times.Percentile(0.95),
+                                  times.Percentile(0.99), times.Longest()});
+    }
+    result.steps = run.steps;
+    return result;
+}
+
+}  // namespace
+
+void Judge::Add(const std::string& file, std::uint64_t number, std::string_view line) {
+    const auto parsed = ParseLogLine(line);
+    if (!parsed) {
+        const auto run = open_.find(last_);
+        if (run != open_.end() && IsAssertion(line)) {
+            run->second->AddAssertion({file, number, std::string(line.substr(0, kEvidenceText))});
+        }
+        return;
+    }
+    const Sign sign = SignOf(parsed->text);
+    const report::Evidence evidence{file, number, std::string(parsed->text.substr(0, kEvidenceText))};
+    last_ = parsed->process.value_or(-1);
+    const auto run = open_.find(last_);
+    if (run != open_.end() && run->second->IsStartOfAnother(sign)) {
+        Close(last_);
+    }
+    auto& model = open_[last_];
+    if (model == nullptr) {
+        model = std::make_unique<RunModel>(evidence, keepSteps_);
+    }
+    model->Add(*parsed, sign, evidence);
+}
+
+bool Judge::IsOver() const {
+    const bool allOver =
+        std::all_of(open_.begin(), open_.end(), [](const auto& run) { return run.second->IsOver(); });
+    return allOver && !(open_.empty() && result_.runs.empty());
+}
+
+void Judge::Close(int process) {
+    const auto run = open_.find(process);
+    result_.runs.push_back(Judged(run->second->Facts(), limits_));
+    open_.erase(run);
+}
+
+report::Result Judge::Finish() {
+    while (!open_.empty()) {
+        Close(open_.begin()->first);
+    }
+    return std::move(result_);
+}
+
+}  // namespace rig::judge

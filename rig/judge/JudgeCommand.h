@@ -1,0 +1,36 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace rig {
+
+/// What the command line of `velloran-rig judge` says, with its defaults.
+struct JudgeOptions {
+    std::vector<std::string> logs;  // "-" is standard input
+    bool follow = false;
+    bool timeline = false;
+    double patience = 3;                // seconds
+    std::optional<double> maxReaction;  // milliseconds
+    std::string known;                  // list of known failures; empty where not given
+    std::string json;                   // files; empty where not given
+    std::string junit;
+    std::string tap;
+};
+
+/// Adds the subcommand `judge`. When the command line asks for it, parsing runs it and leaves its exit status
+/// in `status`, which must live until then.
+void AddJudgeCommand(CLI::App& app, int& status);
+
+/// Reads the logs, prints the report on standard output, writes the files asked for; where something goes
+/// wrong, one line on standard error.
+/// @return the exit status: 0 all pass, 1 a check failed, 2 inconclusive, 3 environment, 64 usage,
+///         66 a log that cannot be read or is none of the harness
+int RunJudge(const JudgeOptions& options);
+
+}  // namespace rig

@@ -1,0 +1,63 @@
+#include "rig/judge/KnownFailures.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "rig/judge/Checks.h"
+#include "rig/judge/LogReader.h"
+
+namespace rig::judge {
+namespace {
+
+using report::CheckResult;
+using report::Verdict;
+
+bool IsCheck(const std::string& id) {
+    return std::any_of(AllChecks().begin(), AllChecks().end(),
+                       [&id](const Check& check) { return id == check.id; });
+}
+
+}  // namespace
+
+KnownFailures ReadKnownFailures(const std::string& path) {
+    KnownFailures known;
+    ReadLog(path, [&known, &path](std::uint64_t number, std::string_view line) {
+        if (line.empty() || line.front() == '#') {
+            return true;
+        }
+        const std::size_t blank = std::min(line.find(' '), line.size());
+        const std::string id(line.substr(0, blank));
+        const std::string reason(line.substr(std::min(blank + 1, line.size())));
+        if (!IsCheck(id) || reason.empty()) {
+            throw std::runtime_error(
+                fmt::format("{}:{}: expected the id of a check, a blank and a reason, found "
+                            "\"{}\"",
+                            path, number, line));
+        }
+        known[id] = reason;
+        return true;
+    });
+    return known;
+}
+
+void Apply(const KnownFailures& known, report::Result& result) {
+    for (report::RunResult& run : result.runs) {
+        for (CheckResult& check : run.checks) {
+            const auto entry = known.find(check.id);
+            if (entry == known.end()) {
+                continue;
+            }
+            if (check.verdict == Verdict::Fail && check.found == entry->second) {
+                check.verdict = Verdict::KnownFailure;
+            } else if (check.verdict == Verdict::Pass) {
+                check.verdict = Verdict::Fail;
+                check.expected = "the known failure: " + entry->second;
+                check.found = "it passes now: the list of known failures is to be mended";
+            }
+        }
+    }
+}
+
+}  // namespace rig::judge

@@ -1,0 +1,194 @@
+#include "rig/judge/LogLine.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+namespace rig::judge {
+namespace {
+
+constexpr std::string_view kSource = "velloran:";
+constexpr std::string_view kProcess = "velloran[";
+constexpr std::string_view kName = "velloran ";
+
+bool IsDigit(char byte) {
+    return byte >= '0' && byte <= '9';
+}
+
+/// @return the number that the digits at `at` make, where there are exactly `count` of them
+std::optional<int> Digits(std::string_view text, std::size_t at, std::size_t count) {
+    if (at + count > text.size()) {
+        return std::nullopt;
+    }
+    int number = 0;
+    for (const char byte : text.substr(at, count)) {
+        if (!IsDigit(byte)) {
+            return std::nullopt;
+        }
+        number = number * 10 + (byte - '0');
+    }
+    return number;
+}
+
+/// @return where "velloran:N " begins and its text, where the line has it
+std::optional<std::pair<std::size_t, std::size_t>> FindSource(std::string_view line) {
+    for (std::size_t at = line.find(kSource); at != std::string_view::npos; at = line.find(kSource, at + 1)) {
+        std::size_t end = at + kSource.size();
+        while (end < line.size() && IsDigit(line[end])) {
+            ++end;
+        }
+        const bool isWord = at == 0 || line[at - 1] == ' ' || line[at - 1] == '\t' || line[at - 1] == ':';
+        if (isWord && end > at + kSource.size() && end < line.size() && line[end] == ' ') {
+            return std::make_pair(at, end + 1);
+        }
+    }
+    return std::nullopt;
+}
+
+/// @return the days from 1970-01-01 to a day of the Gregorian calendar
+std::int64_t DaysSinceEpoch(int year, int month, int day) {
+    const int shifted = month <= 2 ? year - 1 : year;  // years begin in March here: leap days stand last
+    const int era = shifted / 400;
+    const int yearOfEra = shifted - era * 400;
+    const int dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
+    const int dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
+    return static_cast<std::int64_t>(era) * 146097 + dayOfEra - 719468;
+}
+
+constexpr std::int64_t kSecond = 1'000'000;
+
+/// @return the time of day "HH:MM:SS" at `at`, with a fraction behind it where there is one, in microseconds
+std::optional<std::int64_t> TimeOfDay(std::string_view text, std::size_t at) {
+    const auto hours = Digits(text, at, 2);
+    const auto minutes = Digits(text, at + 3, 2);
+    const auto seconds = Digits(text, at + 6, 2);
+    if (!hours || !minutes || !seconds || text[at + 2] != ':' || text[at + 5] != ':') {
+        return std::nullopt;
+    }
+    std::int64_t time = ((*hours * 60 + *minutes) * 60 + *seconds) * kSecond;
+    std::int64_t unit = kSecond / 10;
+    if (at + 8 < text.size() && text[at + 8] == '.') {
+        for (std::size_t digit = at + 9; digit < text.size() && IsDigit(text[digit]); ++digit, unit /= 10) {
+            time += (text[digit] - '0') * unit;
+        }
+    }
+    return time;
+}
+
+/// Reads "2026-11-20T14:03:07.123456Z"; an offset from UTC is left out: only differences are used.
+std::optional<std::int64_t> IsoTime(std::string_view prefix) {
+    const auto year = Digits(prefix, 0, 4);
+    const auto month = Digits(prefix, 5, 2);
+    const auto day = Digits(prefix, 8, 2);
+    if (!year || !month || !day || *month < 1 || *month > 12) {
+        return std::nullopt;
+    }
+    const auto time = TimeOfDay(prefix, 11);
+    if (!time) {
+        return std::nullopt;
+    }
+    return DaysSinceEpoch(*year, *month, *day) * 24 * 3600 * kSecond + *time;
+}
+
+/// Reads "Nov 20 14:03:07".
+std::optional<std::int64_t> SyslogTime(std::string_view prefix) {
+    static constexpr std::array<std::string_view, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                                                 "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+    const auto* const month = std::find(kMonths.begin(), kMonths.end(), prefix.substr(0, 3));
+    if (month == kMonths.end() || prefix.size() < 15) {
+        return std::nullopt;
+    }
+    const auto day = prefix[4] == ' ' ? Digits(prefix, 5, 1) : Digits(prefix, 4, 2);
+    const auto time = TimeOfDay(prefix, 7);
+    if (!day || !time) {
+        return std::nullopt;
+    }
+    const int number = static_cast<int>(month - kMonths.begin()) + 1;
+    return DaysSinceEpoch(1970, number, *day) * 24 * 3600 * kSecond + *time;
+}
+
+/// @return the number behind the last `word` of the prefix
+std::optional<int> NumberBehind(std::string_view prefix, std::string_view word) {
+    const std::size_t at = prefix.rfind(word);
+    if (at == std::string_view::npos) {
+        return std::nullopt;
+    }
+    const std::string_view digits = prefix.substr(at + word.size());
+    int number = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    if (error != std::errc() || end == digits.data()) {
+        return std::nullopt;
+    }
+    return number;
+}
+
+int HexDigit(char byte) {
+    if (IsDigit(byte)) {
+        return byte - '0';
+    }
+    return byte >= 'a' && byte <= 'f' ? byte - 'a' + 10 : -1;
+}
+
+/// Appends what the escape at `at` stands for. @return how many bytes it has
+std::size_t AppendUnescaped(std::string& plain, std::string_view text, std::size_t at) {
+    const char kind = at + 1 < text.size() ? text[at + 1] : ' ';
+    switch (kind) {
+        case '\\':
+            plain += '\\';
+            return 2;
+        case 'n':
+            plain += '\n';
+            return 2;
+        case 'r':
+            plain += '\r';
+            return 2;
+        case 't':
+            plain += '\t';
+            return 2;
+        default:
+            break;
+    }
+    if (kind == 'x' && at + 3 < text.size() && HexDigit(text[at + 2]) >= 0 && HexDigit(text[at + 3]) >= 0) {
+        plain += static_cast<char>(HexDigit(text[at + 2]) * 16 + HexDigit(text[at + 3]));
+        return 4;
+    }
+    plain += text[at];
+    return 1;
+}
+
+}  // namespace
+
+std::optional<LogLine> ParseLogLine(std::string_view line) {
+    if (!line.empty() && line.back() == '\r') {
+        line.remove_suffix(1);
+    }
+    const auto source = FindSource(line);
+    if (!source) {
+        return std::nullopt;
+    }
+    const std::string_view prefix = line.substr(0, source->first);
+    LogLine parsed;
+    parsed.text = line.substr(source->second);
+    parsed.time = IsoTime(prefix);
+    if (!parsed.time) {
+        parsed.time = SyslogTime(prefix);
+    }
+    parsed.process = NumberBehind(prefix, kProcess);
+    parsed.level = NumberBehind(prefix, kName);
+    return parsed;
+}
+
+std::string Unescaped(std::string_view text) {
+    std::string plain;
+    plain.reserve(text.size());
+    for (std::size_t at = 0; at < text.size();) {
+        if (text[at] == '\\') {
+            at += AppendUnescaped(plain, text, at);
+        } else {
+            plain += text[at++];
+        }
+    }
+    return plain;
+}
+
+}  // namespace rig::judge

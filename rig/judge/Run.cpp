@@ -1,0 +1,74 @@
+#include "rig/judge/Run.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace rig::judge {
+namespace {
+
+constexpr std::size_t kEvidenceLines = 4;
+constexpr double kBucketsPerDoubling = 24;  // 2^(1/24) is 1.029
+
+struct Flag {
+    Sign sign;
+    const char* text;
+};
+
+constexpr std::array kFlags = {Flag{Sign::EventSwitch, " -e"},     Flag{Sign::FileSwitch, " -f"},
+                               Flag{Sign::TransportSwitch, " -t"}, Flag{Sign::RehashSwitch, " -r"},
+                               Flag{Sign::XferSwitch, " -x"},      Flag{Sign::UpgradeSwitch, " -u"},
+                               Flag{Sign::SizeSwitch, " -z"},      Flag{Sign::ConfigSwitch, " -g"}};
+
+}  // namespace
+
+void Tally::Add(const report::Evidence& evidence) {
+    ++count_;
+    if (lines_.size() < kEvidenceLines) {
+        lines_.push_back(evidence);
+    }
+}
+
+void ReactionTimes::Add(std::int64_t microseconds) {
+    const std::int64_t time = std::max<std::int64_t>(microseconds, 0);
+    longest_ = std::max(longest_, time);
+    ++count_;
+    ++buckets_[static_cast<int>(std::ceil(std::log2(static_cast<double>(time) + 1) * kBucketsPerDoubling))];
+}
+
+double ReactionTimes::Percentile(double part) const {
+    const auto rank = static_cast<std::uint64_t>(std::ceil(part * static_cast<double>(count_)));
+    std::uint64_t seen = 0;
+    for (const auto& [bucket, count] : buckets_) {
+        seen += count;
+        if (seen >= rank) {
+            return std::min((std::exp2(bucket / kBucketsPerDoubling) - 1) / 1000, Longest());
+        }
+    }
+    return Longest();
+}
+
+std::uint64_t Run::Received(const std::string& message) const {
+    const auto found = received.find(message);
+    return found == received.end() ? 0 : found->second.Count();
+}
+
+std::string Run::Switches() const {
+    std::string switches = "-p " + std::to_string(protocol);
+    for (const Flag& flag : kFlags) {
+        if (Saw(flag.sign)) {
+            switches += flag.text;
+        }
+    }
+    if (Saw(Sign::CloseSwitch)) {
+        switches += " -c " + std::to_string(closeEarly);
+    }
+    if (Saw(Sign::DurationSwitch)) {
+        switches += " -d " + std::to_string(doneDuration);
+    }
+    if (hasSleep) {
+        switches += " -s " + std::to_string(sleepSeconds);
+    }
+    return switches;
+}
+
+}  // namespace rig::judge

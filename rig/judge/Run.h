@@ -1,0 +1,116 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "rig/judge/Signs.h"
+#include "rig/report/Result.h"
+
+namespace rig::judge {
+
+/// How often something happened, and the first few lines that prove it: bounded, however long the log is.
+class Tally {
+ public:
+    void Add(const report::Evidence& evidence);
+    std::uint64_t Count() const { return count_; }
+    bool Any() const { return count_ > 0; }
+    const std::vector<report::Evidence>& Lines() const { return lines_; }
+
+ private:
+    std::uint64_t count_ = 0;
+    std::vector<report::Evidence> lines_;
+};
+
+/// What the harness does wrong on purpose in a request.
+enum class Fault : std::size_t { None, Event, FileEvent, FileName, Transport, Rehash, Xfer, Pause, Count };
+
+/// How the requests that carry one kind of fault went.
+struct FaultRecord {
+    Tally fired;
+    Tally answered;  // as it must be
+    Tally wrong;     // by something else
+};
+
+/// A request of the harness that waits for its answer.
+struct Request {
+    std::string name;     // GET_FILE
+    std::string expects;  // FILE_COMPLETE
+    std::string reid;
+    std::string file;
+    Fault fault = Fault::None;
+    std::optional<std::int64_t> time;  // when it went out, microseconds
+    std::int64_t pause = 0;            // microseconds that the harness sleeps behind it
+    report::Evidence evidence;
+};
+
+/// Reaction times in a bounded space, each exact to 3 %.
+class ReactionTimes {
+ public:
+    void Add(std::int64_t microseconds);
+    std::uint64_t Count() const { return count_; }
+    /// @return the time in ms that the given part (0 to 1) of all reactions did not exceed
+    double Percentile(double part) const;
+    double Longest() const { return static_cast<double>(longest_) / 1000; }
+
+ private:
+    std::map<int, std::uint64_t> buckets_;
+    std::uint64_t count_ = 0;
+    std::int64_t longest_ = 0;
+};
+
+/// What the log of one run tells, gathered while it is read: facts, no verdicts.
+struct Run {
+    report::Evidence begin;
+    std::optional<std::int64_t> beginTime;
+    std::optional<std::int64_t> endTime;
+
+    // Switches, as the harness echoed them.
+    int protocol = 1;
+    std::int64_t closeEarly = 0;
+    std::int64_t doneDuration = 0;
+    std::int64_t sleepSeconds = 1;
+    bool hasSleep = false;
+
+    bool hasStart = false;    // the log holds the run's first lines
+    bool openedByOk = false;  // the first message was OK
+    std::array<Tally, static_cast<std::size_t>(Sign::Count)> signs;
+    std::array<FaultRecord, static_cast<std::size_t>(Fault::Count)> faults;
+    std::map<std::string, Tally> received;  // by message; those of no dialect under ""
+    std::map<std::string, ReactionTimes> reactions;
+
+    // What the model found beyond the harness's own lines.
+    Tally notAsked;                // messages of the DVR that answer nothing
+    Tally noMessage;               // documents without `msg`
+    Tally doubledEvents;           // identifiers that stand twice in one list
+    Tally noEvent;                 // descriptions that are empty, or of something else than an event
+    Tally namelessFiles;           // files of a description without `name`
+    Tally noFiles;                 // descriptions (1.0: lists) that name no file
+    Tally otherReid;               // reports about another event than the one of the fault
+    Tally answeredWrong;           // answers to a frame with a wrong prefix (-z), as if it were whole
+    Tally afterDone;               // messages of the DVR behind DONE, other than the OK of the next export
+    Tally badLength;               // announced lengths that no message has
+    Tally damaged;                 // messages of which the log holds a part only
+    Tally assertions;              // failed assertions, where the log holds standard error as well
+    Tally doneSent;                // DONE
+    std::uint64_t files = 0;       // requested whole
+    std::uint64_t acksAtDone = 0;  // acknowledgements when the first DONE went out
+    bool hasLargeEvent = false;    // an event of at least two files came
+    std::deque<Request> pending;   // still without an answer
+
+    std::vector<report::Step> steps;  // only when they are asked for
+
+    const Tally& Of(Sign sign) const { return signs[static_cast<std::size_t>(sign)]; }
+    bool Saw(Sign sign) const { return Of(sign).Any(); }
+    const FaultRecord& Of(Fault fault) const { return faults[static_cast<std::size_t>(fault)]; }
+    FaultRecord& Of(Fault fault) { return faults[static_cast<std::size_t>(fault)]; }
+    std::uint64_t Received(const std::string& message) const;
+    /// @return the switches as on the harness's command line
+    std::string Switches() const;
+};
+
+}  // namespace rig::judge

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace rig::report {
+
+/// What is known about one thing that is required of the DVR.
+enum class Verdict {
+    Pass,
+    KnownFailure,  // failed exactly as the list of known failures says
+    NotReached,    // the dialogue ended before it came to this
+    Inconclusive,  // the log cannot tell; the finding says why
+    Environment,   // the harness or the rig failed, not the DVR
+    Fail
+};
+
+/// @return the verdict as reports print it, in capitals: "PASS", "NOT REACHED" ...
+const char* NameOf(Verdict verdict);
+
+/// One line of a log that proves a finding.
+struct Evidence {
+    std::string file;        // as given on the command line; "-" is standard input
+    std::uint64_t line = 0;  // counting from 1
+    std::string text;        // the log's text, without its prefix, as it stands there (escaped)
+};
+
+struct CheckResult {
+    std::string id;           // stable: "event-list.source"
+    std::string requirement;  // one sentence: what is required of the DVR
+    Verdict verdict = Verdict::NotReached;
+    std::string expected;
+    std::string found;
+    std::vector<Evidence> evidence;  // at most a handful
+};
+
+/// One rung of the dialogue's ladder.
+struct Step {
+    enum class Kind { FromDvr, FromHarness, Fault, Note };
+    Kind kind = Kind::Note;
+    std::optional<std::int64_t> time;  // microseconds since 1970-01-01 UTC
+    std::string text;
+    std::uint64_t line = 0;  // of the log
+};
+
+/// How long the DVR took to answer one kind of request, net of the harness's own pauses; milliseconds.
+struct Timing {
+    std::string request;
+    std::uint64_t count = 0;
+    double median = 0;
+    double percentile95 = 0;
+    double percentile99 = 0;
+    double longest = 0;
+};
+
+/// The verdict on one run of the harness.
+struct RunResult {
+    std::string name;      // where its first line stands: "run.log:1"
+    std::string switches;  // as on the harness's command line: "-p 2 -e -c 3"
+    std::optional<std::int64_t> begin;
+    std::optional<std::int64_t> end;  // microseconds since 1970-01-01 UTC
+    std::vector<CheckResult> checks;
+    std::vector<Timing> timings;
+    std::vector<Step> steps;  // empty unless asked for
+};
+
+struct Result {
+    std::vector<RunResult> runs;
+};
+
+/// @return the verdict that decides for the run: the worst of its checks
+Verdict WorstOf(const RunResult& run);
+
+/// @return the verdict that decides for all runs
+Verdict WorstOf(const Result& result);
+
+/// @return the exit status that says the verdict: 0 pass, 1 fail, 2 inconclusive or not reached, 3
+/// environment
+int ExitStatusOf(Verdict verdict);
+
+}  // namespace rig::report

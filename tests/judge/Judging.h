@@ -1,0 +1,37 @@
+#pragma once
+
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "rig/judge/Judge.h"
+
+/// @return the content of a log of a real run, kept beside the tests
+inline std::string RealLog(const std::string& name) {
+    std::ifstream file(std::string(VELLORAN_LOGS) + "/" + name + ".log", std::ios::binary);
+    std::ostringstream content;
+    content << file.rdbuf();
+    return content.str();
+}
+
+/// @return the verdicts on the runs of a log that holds this text
+inline rig::report::Result Judged(const std::string& text, const rig::judge::Limits& limits = {}) {
+    rig::judge::Judge judge(limits, true);
+    std::istringstream lines(text);
+    std::uint64_t number = 0;
+    for (std::string line; std::getline(lines, line);) {
+        judge.Add("test.log", ++number, line);
+    }
+    return judge.Finish();
+}
+
+/// @return the ids of the run's checks with this verdict, parted by blanks
+inline std::string With(rig::report::Verdict verdict, const rig::report::RunResult& run) {
+    std::string ids;
+    for (const rig::report::CheckResult& check : run.checks) {
+        if (check.verdict == verdict) {
+            ids += (ids.empty() ? "" : " ") + check.id;
+        }
+    }
+    return ids;
+}

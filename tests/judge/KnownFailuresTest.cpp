@@ -1,0 +1,46 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <stdexcept>
+
+#include "Judging.h"
+#include "rig/judge/KnownFailures.h"
+
+namespace rig::judge {
+namespace {
+
+using report::Verdict;
+
+TEST(KnownFailures, DoNotFailTheRunForTheSameReason) {
+    auto result = Judged(RealLog("d2-missing-source"));
+    Apply({{"event-list.source", "EVENT_LIST without source (1x)"}}, result);
+    EXPECT_EQ(With(Verdict::KnownFailure, result.runs.at(0)), "event-list.source");
+    EXPECT_EQ(report::ExitStatusOf(report::WorstOf(result)), 0);
+}
+
+TEST(KnownFailures, FailForAnotherReason) {
+    auto result = Judged(RealLog("d2-missing-source"));
+    Apply({{"event-list.source", "another reason"}}, result);
+    EXPECT_EQ(With(Verdict::Fail, result.runs.at(0)), "event-list.source");
+}
+
+TEST(KnownFailures, FailWhenTheyPass) {
+    auto result = Judged(RealLog("clean-2.0"));
+    Apply({{"event-list.source", "EVENT_LIST without source (1x)"}}, result);
+    EXPECT_EQ(With(Verdict::Fail, result.runs.at(0)), "event-list.source");
+}
+
+TEST(KnownFailures, AreReadFromAFile) {
+    const std::string path = testing::TempDir() + "velloran-known-failures";
+    std::ofstream(path) << "# firmware 7\n\nevent-list.source EVENT_LIST without source (1x)\n";
+    EXPECT_EQ(ReadKnownFailures(path),
+              (KnownFailures{{"event-list.source", "EVENT_LIST without source (1x)"}}));
+    std::ofstream(path) << "no.such-check reason\n";
+    EXPECT_THROW(ReadKnownFailures(path), std::runtime_error);
+    std::ofstream(path) << "event-list.source\n";
+    EXPECT_THROW(ReadKnownFailures(path), std::runtime_error);
+    std::remove(path.c_str());
+}
+
+}  // namespace
+}  // namespace rig::judge

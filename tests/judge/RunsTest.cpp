@@ -1,0 +1,105 @@
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "Judging.h"
+#include "rig/judge/Checks.h"
+
+namespace {
+
+using rig::report::Verdict;
+
+std::string At(int second, const std::string& text) {
+    return "2026-11-20T14:00:0" + std::to_string(second) + ".000000Z velloran 1 velloran:1 " + text + "\n";
+}
+
+TEST(Runs, BeginAnewWithASwitchOrAConnection) {
+    const std::string run = RealLog("clean-2.0");
+    EXPECT_EQ(Judged(run + RealLog("clean-1.0") + run).runs.size(), 3U);
+}
+
+TEST(Runs, GoOnInARotatedFile) {
+    const std::string run = RealLog("clean-2.0");
+    rig::judge::Judge judge({}, false);
+    std::istringstream lines(run);
+    std::uint64_t number = 0;
+    for (std::string line; std::getline(lines, line); ++number) {
+        judge.Add(number < 20 ? "run.log.1" : "run.log", number, line);
+    }
+    const auto result = judge.Finish();
+    ASSERT_EQ(result.runs.size(), 1U);
+    EXPECT_EQ(rig::report::WorstOf(result), Verdict::Pass);
+}
+
+TEST(Runs, ThatCannotListenAreTheEnvironments) {
+    const auto result = Judged(At(1, "bind failed: 98") + At(1, "bind failed: Address already in use"));
+    EXPECT_EQ(With(Verdict::Environment, result.runs.at(0)), "harness.ran");
+    EXPECT_EQ(rig::report::ExitStatusOf(rig::report::WorstOf(result)), 3);
+}
+
+TEST(Runs, WithoutConnectionFailOnceTheHarnessWaitedLongEnough) {
+    const std::string start = At(1, "'protocol' option set to 2");
+    EXPECT_EQ(With(Verdict::Fail, Judged(start + At(9, "shutting down")).runs.at(0)), "connection.made");
+    EXPECT_EQ(With(Verdict::Fail, Judged(start + At(2, "shutting down")).runs.at(0)), "");
+}
+
+TEST(Runs, WithoutTheirStartAreInconclusive) {
+    const std::string log = RealLog("clean-2.0");
+    const auto result = Judged(log.substr(log.find("expecting")));
+    EXPECT_NE(With(Verdict::Inconclusive, result.runs.at(0)).find("log.start"), std::string::npos);
+}
+
+TEST(Runs, InterruptedSoonAfterARequestAreInconclusive) {
+    const auto result = Judged(RealLog("d2-no-answer-on-EVENT_XFER_ACK"), {60, {}});
+    EXPECT_EQ(With(Verdict::Fail, result.runs.at(0)), "");
+    EXPECT_EQ(With(Verdict::Inconclusive, result.runs.at(0)), "requests.answered");
+}
+
+TEST(Runs, FailWhereAnAnswerTookLongerThanTheLimit) {
+    EXPECT_EQ(With(Verdict::Fail, Judged(RealLog("clean-2.0"), {3, 50.0}).runs.at(0)), "reaction.time");
+    EXPECT_EQ(With(Verdict::Fail, Judged(RealLog("clean-2.0"), {3, 5000.0}).runs.at(0)), "");
+}
+
+TEST(Runs, TellThatASwitchMeansNothingToProtocolOne) {
+    const auto result = Judged(At(1, "'invalidEvent' flag set") + RealLog("clean-1.0"));
+    EXPECT_EQ(With(Verdict::Inconclusive, result.runs.at(0)), "invalid-event.fired");
+}
+
+// A DVR that answers the request behind a wrong prefix as if the frame had been whole.
+TEST(Runs, FailWhereAFrameThatIsTooShortIsAnswered) {
+    std::string log = At(1, "'sizeError' flag set") + RealLog("clean-1.0");
+    log.insert(log.rfind('\n', log.find("hdr[")) + 1, At(2, "sent: size= 1/30/20  'TEXT'"));
+    EXPECT_EQ(With(Verdict::Fail, Judged(log).runs.at(0)), "size.answer");
+}
+
+TEST(Runs, SurviveRandomBytes) {
+    std::mt19937 random(20261120);
+    const std::string log = RealLog("all-faults-2.0");
+    for (int round = 0; round < 300; ++round) {
+        std::string garbled = log;
+        for (int change = 0; change < 40; ++change) {
+            garbled[random() % garbled.size()] = static_cast<char>(random());
+        }
+        garbled.erase(random() % garbled.size(), random() % 200);
+        EXPECT_FALSE(Judged(garbled).runs.empty());
+    }
+}
+
+TEST(Checks, HaveIdsOfTheirOwn) {
+    std::map<std::string, int> ids;
+    for (const auto& check : rig::judge::AllChecks()) {
+        EXPECT_EQ(++ids[check.id], 1) << check.id;
+    }
+}
+
+TEST(ReactionTimes, GivePercentilesToAFewPercent) {
+    rig::judge::ReactionTimes times;
+    for (int millisecond = 1; millisecond <= 1000; ++millisecond) {
+        times.Add(std::int64_t{millisecond} * 1000);
+    }
+    EXPECT_NEAR(times.Percentile(0.5), 500, 15);
+    EXPECT_NEAR(times.Percentile(0.99), 990, 30);
+    EXPECT_EQ(times.Longest(), 1000);
+}
+
+}  // namespace
