@@ -7,6 +7,7 @@
 #include "rig/dvr/DvrCommand.h"
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/Printable.h"
+#include "rig/judge/JudgeCommand.h"
 
 namespace {
 
@@ -16,10 +17,11 @@ int Run(int argc, char** argv) {
     app.set_version_flag("--version", "velloran-rig " VELLORAN_VERSION);
     int status = 0;
     rig::AddDvrCommand(app, status);
+    rig::AddJudgeCommand(app, status);
     try {
         app.parse(argc, argv);
         if (app.get_subcommands().empty()) {
-            throw CLI::ParseError("expected a subcommand: dvr", CLI::ExitCodes::RequiredError);
+            throw CLI::ParseError("expected a subcommand: dvr or judge", CLI::ExitCodes::RequiredError);
         }
     } catch (const CLI::Success& asked) {  // --help and --version
         return app.exit(asked);

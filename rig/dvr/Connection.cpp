@@ -131,10 +131,27 @@ Connection::Connection(Descriptor socket) : socket_(std::move(socket)), chunk_(k
     setsockopt(socket_.Number(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
 }
 
+void Connection::SendInPieces(std::size_t bytes, Milliseconds pause) {
+    pieceBytes_ = bytes;
+    pause_ = pause;
+}
+
 void Connection::Send(const std::string& bytes, Milliseconds patience) {
-    std::size_t sent = 0;
-    while (sent < bytes.size()) {
-        const ssize_t count = send(socket_.Number(), bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+    for (std::size_t start = 0; start < bytes.size();) {
+        const std::size_t end = start + std::min(pieceBytes_, bytes.size() - start);
+        SendPart(bytes, start, end, patience);
+        if (end < bytes.size()) {
+            WaitFor(socket_.Number(), 0, Clock::now() + pause_);  // or until the connection has failed
+        }
+        start = end;
+    }
+}
+
+void Connection::SendPart(const std::string& bytes, std::size_t start, std::size_t end,
+                          Milliseconds patience) {
+    std::size_t sent = start;
+    while (sent < end) {
+        const ssize_t count = send(socket_.Number(), bytes.data() + sent, end - sent, MSG_NOSIGNAL);
         if (count >= 0) {
             sent += static_cast<std::size_t>(count);
         } else if (errno == EPIPE || errno == ECONNRESET) {
@@ -169,32 +186,35 @@ std::optional<std::string> Connection::Receive(Clock::time_point deadline, Milli
             return text;
         }
         const bool inside = decoder_.InsideFrame();
-        if (WaitFor(socket_.Number(), POLLIN, inside ? Clock::now() + framePatience : deadline)) {
-            ReadSome();
-        } else if (inside) {
+        const bool came = WaitFor(socket_.Number(), POLLIN, inside ? Clock::now() + framePatience : deadline);
+        if (came && ReadSome()) {
+            continue;
+        }
+        if (std::optional<std::string> text = decoder_.GiveUp()) {
+            return text;
+        }
+        if (came) {
+            throw Breach("the end of the connection " +
+                         (inside ? "inside a message: " + decoder_.Progress() : "between two messages"));
+        }
+        if (inside) {
             throw Breach("a message that stays unfinished for " + std::to_string(framePatience.count()) +
                          " ms: " + decoder_.Progress());
-        } else {
-            return std::nullopt;
         }
+        return std::nullopt;
     }
 }
 
-void Connection::ReadSome() {
+/// @return whether the connection goes on
+bool Connection::ReadSome() {
     const ssize_t count = recv(socket_.Number(), chunk_.data(), chunk_.size(), 0);
     if (count > 0) {
         decoder_.Append(chunk_.data(), static_cast<std::size_t>(count));
-        return;
-    }
-    if (count == -1 && (errno == EAGAIN || errno == EINTR)) {
-        return;
-    }
-    if (count == -1 && errno != ECONNRESET) {
+    } else if (count == -1 && errno != EAGAIN && errno != EINTR && errno != ECONNRESET) {
         ThrowSystemError("recv");
     }
-    throw Breach("the end of the connection " + (decoder_.InsideFrame()
-                                                     ? "inside a message: " + decoder_.Progress()
-                                                     : "between two messages"));
+    ended_ = count == 0 || (count == -1 && errno == ECONNRESET);
+    return !ended_;
 }
 
 }  // namespace rig

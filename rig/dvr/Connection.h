@@ -1,6 +1,8 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -42,9 +44,14 @@ class Connection {
     /// Takes over a connected stream socket.
     explicit Connection(Descriptor socket);
 
-    /// Sends all bytes, in one piece where the system takes them so: the harness pauses after each piece it
-    /// reads. Throws Breach when the harness has closed the connection, and Failure (NothingCame) when it
-    /// takes no byte for `patience`.
+    /// From now on whatever is sent is sent in pieces of so many bytes, the last one shorter, with a pause
+    /// between them; it takes the pauses to send it.
+    /// @param bytes  above 0
+    void SendInPieces(std::size_t bytes, Milliseconds pause);
+
+    /// Sends all bytes, in one piece where the system takes them so and no pieces are asked for: the harness
+    /// pauses after each piece it reads. Throws Breach when the harness has closed the connection, and
+    /// Failure (NothingCame) when it takes no byte for `patience`.
     void Send(const std::string& bytes, Milliseconds patience);
 
     /// Ends the connection: in order, or at once and with what is unsent lost.
@@ -55,14 +62,25 @@ class Connection {
     /// pause between its bytes exceeds `framePatience`.
     /// @return the frame's text; nothing when no frame began before the deadline
     /// Throws Breach when the frame stays unfinished, when its prefix is bad and when the connection ends.
+    /// Once size errors are accepted, what has come of a frame that stays unfinished is handed out instead.
     std::optional<std::string> Receive(Clock::time_point deadline, Milliseconds framePatience);
 
+    /// How the bytes become frames, for what is to be said or asked about that.
+    FrameDecoder& Decoder() { return decoder_; }
+
+    /// @return whether the harness has ended the connection, as far as was received
+    bool HasEnded() const { return ended_; }
+
  private:
-    void ReadSome();
+    void SendPart(const std::string& bytes, std::size_t start, std::size_t end, Milliseconds patience);
+    bool ReadSome();
 
     Descriptor socket_;
     FrameDecoder decoder_;
     std::vector<char> chunk_;  // what one read takes in
+    std::size_t pieceBytes_ = SIZE_MAX;
+    Milliseconds pause_{0};  // between pieces
+    bool ended_ = false;
 };
 
 }  // namespace rig

@@ -69,8 +69,8 @@ std::string Dialogue::Summary() const {
         return "exported nothing: the configuration update is refused, and nothing more is due";
     }
     return "exported " + std::to_string(tally_.events) + " of " +
-           std::to_string(recordings_.Events().size()) + " events, " + std::to_string(tally_.files) +
-           " files, " + std::to_string(tally_.bytes) + " bytes";
+           Counted(recordings_.Events().size(), "event") + ", " + Counted(tally_.files, "file") + ", " +
+           Counted(tally_.bytes, "byte");
 }
 
 Message Dialogue::NewMessage(const std::string& name) const {
@@ -87,14 +87,6 @@ void Dialogue::StartTransfer(const FileId& file, bool rehash) {
         digested_ = file;
     }
     transfer_ = file;
-}
-
-bool Dialogue::Exists(const FileId& file) const {
-    if (!recordings_.Has(file.first)) {
-        return false;
-    }
-    const std::vector<std::string> files = recordings_.Find(file.first).Files();
-    return std::find(files.begin(), files.end(), file.second) != files.end();
 }
 
 Message Dialogue::RefuseConfiguration(const Message& message, const char* configuration) {
@@ -117,8 +109,7 @@ std::string FileName(const std::pair<std::string, std::string>& file) {
 }
 
 std::string OutstandingStanding(std::size_t files) {
-    return "while " + std::to_string(files) + (files == 1 ? " file is" : " files are") +
-           " still to be transferred";
+    return "while " + Counted(files, "file") + (files == 1 ? " is" : " are") + " still to be transferred";
 }
 
 }  // namespace rig

@@ -47,7 +47,15 @@ class Dialogue {
     /// @return what was found out of place since this was last asked, for people
     std::vector<std::string> TakeRemarks();
 
+    using FileId = std::pair<std::string, std::string>;  // event and file name
+
     bool IsTransferring() const { return transfer_.has_value(); }
+
+    /// @return the file in transfer; nothing where there is none
+    const std::optional<FileId>& InTransfer() const { return transfer_; }
+
+    /// @return the length of the file in transfer, in bytes; to be called during one
+    std::uint64_t TransferLength() const { return digest_.length; }
 
     /// Ends the transfer that Handle started. @return its FILE_COMPLETE
     Message FinishTransfer();
@@ -67,8 +75,6 @@ class Dialogue {
     const Tally& Exported() const { return tally_; }
 
  protected:
-    using FileId = std::pair<std::string, std::string>;  // event and file name
-
     /// @param recordings  must outlive the dialogue
     Dialogue(const Recordings& recordings, const MessageRules& rules);
 
@@ -86,9 +92,6 @@ class Dialogue {
 
     /// Starts the transfer of a file that exists. Its digest is kept; `rehash` computes it anew all the same.
     void StartTransfer(const FileId& file, bool rehash);
-
-    /// @return whether there is such a file
-    bool Exists(const FileId& file) const;
 
     /// Answers an UPDATE_CONFIGURATION, which no DVR accepts, and ends the dialogue: the harness asks for
     /// nothing more.

@@ -83,6 +83,14 @@ void Dialogue_1_0::StartFile(const Message& request) {
     StartTransfer(file, false);
 }
 
+bool Dialogue_1_0::Exists(const FileId& file) const {
+    if (!recordings_.Has(file.first)) {
+        return false;
+    }
+    const std::vector<std::string> files = recordings_.Find(file.first).Files();
+    return std::find(files.begin(), files.end(), file.second) != files.end();
+}
+
 /// The list may start with events of exports that the same harness ran before this one: it never forgets
 /// them.
 void Dialogue_1_0::Complete(const Message& list) {
@@ -92,8 +100,8 @@ void Dialogue_1_0::Complete(const Message& list) {
     }
     const std::vector<std::string>& events = recordings_.Events();
     if (listed.size() < events.size() || !std::equal(events.rbegin(), events.rend(), listed.rbegin())) {
-        Object("EVENT_XFER_COMPLETE with a list of " + std::to_string(listed.size()) +
-               " events that does not end with the " + std::to_string(events.size()) + " of this export");
+        Object("EVENT_XFER_COMPLETE with a list of " + Counted(listed.size(), "event") +
+               " that does not end with the " + std::to_string(events.size()) + " of this export");
     }
     tally_.events = events.size();
     phase_ = Phase::Completed;

@@ -27,6 +27,9 @@ class Dialogue_1_0 : public Dialogue {
     void StartFile(const Message& request);
     void Complete(const Message& list);
 
+    /// @return whether there is such a file
+    bool Exists(const FileId& file) const;
+
     Phase phase_ = Phase::Opening;
 };
 

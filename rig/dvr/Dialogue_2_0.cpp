@@ -98,7 +98,9 @@ Message Dialogue_2_0::DescribeEvent(const std::string& reid) {
         return std::move(NewMessage("INVALID_EVENT").Set("reid", reid));
     }
     event_ = recordings_.Find(reid);
+    files_.clear();
     for (const std::string& file : event_.Files()) {
+        files_.insert(file);
         outstanding_.emplace(reid, file);
     }
     phase_ = Phase::Exporting;
@@ -142,7 +144,7 @@ Message Dialogue_2_0::ReportFile(const char* name, const FileId& file) const {
 
 /// What is not a file of the event in progress is refused, even if another event should have it.
 bool Dialogue_2_0::IsFileInProgress(const FileId& file) const {
-    return file.first == event_.id && Exists(file);
+    return file.first == event_.id && files_.count(file.second) == 1;
 }
 
 bool Dialogue_2_0::IsFailureWanted() const {

@@ -39,6 +39,7 @@ class Dialogue_2_0 : public Dialogue {
     std::filesystem::path failureMarker_;
     Phase phase_ = Phase::Opening;
     Event event_;                         // the event in progress, while exporting
+    std::set<std::string> files_;         // of that event
     std::set<std::string> acknowledged_;  // events
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -20,15 +21,24 @@ struct DefectOption {
 
 /// What the command line of `velloran-rig dvr` says, with its defaults.
 struct DvrOptions {
-    int protocol = 1;  // dialect, 1 or 2; 1 is also the harness's default
+    int protocol = 1;          // dialect, 1 or 2; 1 is also the harness's default
+    bool hasProtocol = false;  // it was given
     std::string host = "127.0.0.1";
     int port = 5001;
     std::string recordings;  // folder; only heeded when given
     bool hasRecordings = false;
-    double wait = 10;         // seconds
-    double timeout = 30;      // seconds
-    double frameTimeout = 5;  // seconds
-    int transferTime = 200;   // milliseconds
+    double wait = 10;                    // seconds
+    double timeout = 30;                 // seconds
+    double frameTimeout = 5;             // seconds
+    int transferTime = 200;              // milliseconds
+    std::uint64_t rate = 0;              // of transfers, in bytes a second, instead of that time; 0: none
+    std::optional<std::size_t> segment;  // bytes in which to send; all at once where not given
+    int gap = 10;                        // milliseconds between them
+    std::optional<std::string> deliver;  // folder for copies
+    std::optional<std::string> replay;   // log of an earlier run
+    std::string replaySpeed = "full";    // or "recorded"
+    std::string onSizeError = "close";   // or "continue"
+    bool wireCheck = false;
     std::vector<DefectOption> defects;
     std::optional<std::uint32_t> seed;  // of everything random; a new one each run where none is given
 };

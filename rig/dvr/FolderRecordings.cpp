@@ -1,11 +1,10 @@
 #include "rig/dvr/FolderRecordings.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <memory>
 
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/Printable.h"
@@ -15,17 +14,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kPieceBytes = std::size_t{256} * 1024;
-
 [[noreturn]] void ThrowUnusable(const std::string& expected, const fs::path& found, const std::string& why) {
     throw Failure(ExitStatus::UsageError,
                   "--recordings: expected " + expected + ", found " + Quoted(found.string()) + ": " + why);
-}
-
-void CheckReadable(const fs::path& file) {
-    if (access(file.c_str(), R_OK) != 0) {
-        ThrowUnusable("files that can be read", file, std::strerror(errno));
-    }
 }
 
 }  // namespace
@@ -46,53 +37,61 @@ FolderRecordings::FolderRecordings(const fs::path& folder) : folder_(folder) {
     }
     std::sort(events_.begin(), events_.end());
     for (const std::string& event : events_) {
-        const std::vector<std::string> files = ListFiles(event);
-        if (files.empty()) {
+        bool empty = true;
+        VisitFiles(event, [&empty](const fs::path&) { empty = false; });
+        if (empty) {
             ThrowUnusable("at least one file in each event's folder", folder_ / event, "it has none");
-        }
-        for (const std::string& file : files) {
-            CheckReadable(folder_ / event / file);
         }
     }
 }
 
 Event FolderRecordings::Find(const std::string& event) const {
-    const std::vector<std::string> files = ListFiles(event);
+    const std::size_t start = (folder_ / event / "").native().size();
+    std::vector<std::string> files;
+    VisitFiles(event, [&](const fs::path& path) { files.push_back(path.native().substr(start)); });
     if (files.empty()) {
         ThrowUnusable("at least one file in each event's folder", folder_ / event, "it has none any more");
     }
+    std::sort(files.begin(), files.end());
     return Event::FromFiles(event, files);
 }
 
-std::vector<std::string> FolderRecordings::ListFiles(const std::string& event) const {
-    std::vector<std::string> files;
-    try {
-        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder_ / event)) {
-            if (entry.is_regular_file()) {
-                files.push_back(entry.path().lexically_relative(folder_ / event).string());
-            }
-        }
-    } catch (const fs::filesystem_error& error) {
-        ThrowUnusable("a folder that can be read", error.path1(), error.code().message());
-    }
-    std::sort(files.begin(), files.end());
-    return files;
+bool FolderRecordings::Has(const std::string& event) const {
+    return std::binary_search(events_.begin(), events_.end(), event);
 }
 
-void FolderRecordings::Read(const std::string& event, const std::string& file, const Sink& sink) const {
+void FolderRecordings::VisitFiles(const std::string& event,
+                                  const std::function<void(const fs::path&)>& visit) const {
+    std::error_code error;
+    std::error_code ignored;             // what cannot be looked at is no file
+    fs::path entered = folder_ / event;  // what an error is about
+    fs::recursive_directory_iterator entry(entered, error);
+    while (!error && entry != fs::recursive_directory_iterator()) {
+        if (entry->is_directory(ignored)) {
+            entered = entry->path();
+        } else if (entry->is_regular_file(ignored)) {
+            visit(entry->path());
+        }
+        entry.increment(error);
+    }
+    if (error) {
+        ThrowUnusable("a folder that can be read", entered, error.message());
+    }
+}
+
+Recordings::Source FolderRecordings::Open(const std::string& event, const std::string& file) const {
     const fs::path path = folder_ / event / file;
-    std::ifstream stream(path, std::ios::binary);
-    if (!stream) {
+    const auto stream = std::make_shared<std::ifstream>(path, std::ios::binary);
+    if (!*stream) {
         ThrowUnusable("a file that can be read", path, std::strerror(errno));
     }
-    std::vector<char> piece(kPieceBytes);
-    while (stream) {
-        stream.read(piece.data(), static_cast<std::streamsize>(piece.size()));
-        sink(piece.data(), static_cast<std::size_t>(stream.gcount()));
-    }
-    if (stream.bad()) {
-        ThrowUnusable("a file that can be read", path, std::strerror(errno));
-    }
+    return [path, stream](char* buffer, std::size_t capacity) {
+        stream->read(buffer, static_cast<std::streamsize>(capacity));
+        if (stream->bad()) {
+            ThrowUnusable("a file that can be read", path, std::strerror(errno));
+        }
+        return static_cast<std::size_t>(stream->gcount());
+    };
 }
 
 }  // namespace rig

@@ -2,9 +2,19 @@
 
 #include <stdexcept>
 
+#include "rig/dvr/DocumentEnd.h"
 #include "rig/dvr/Failure.h"
 
 namespace rig {
+namespace {
+
+/// @return how much of the text is its document. Blanks behind that are no frame's beginning.
+std::size_t SizeOfDocument(const std::string& text) {
+    const std::optional<std::size_t> end = DocumentEnd(text);
+    return end && text.find_first_not_of(" \t\r\n", *end) != std::string::npos ? *end : text.size();
+}
+
+}  // namespace
 
 std::string EncodePrefix(std::uint32_t length) {
     std::string prefix;
@@ -31,12 +41,26 @@ std::optional<std::string> FrameDecoder::Next() {
     if (!announced_ && !ReadPrefix()) {
         return std::nullopt;
     }
-    if (bytes_.size() < *announced_) {
+    const std::size_t size = expected_ && expected_->announced == *announced_ ? expected_->size : *announced_;
+    if (bytes_.size() < size) {
         return std::nullopt;
     }
-    std::string text = bytes_.substr(0, *announced_);
-    bytes_.erase(0, *announced_);
+    return Take(acceptsSizeErrors_ ? SizeOfDocument(bytes_.substr(0, size)) : size);
+}
+
+std::optional<std::string> FrameDecoder::GiveUp() {
+    if (!acceptsSizeErrors_ || !announced_) {
+        return std::nullopt;
+    }
+    return Take(SizeOfDocument(bytes_));
+}
+
+std::string FrameDecoder::Take(std::size_t size) {
+    std::string text = bytes_.substr(0, size);
+    bytes_.erase(0, size);
+    last_ = {prefix_, *announced_};
     announced_.reset();
+    expected_.reset();
     return text;
 }
 
@@ -50,6 +74,7 @@ bool FrameDecoder::ReadPrefix() {
                 throw Breach("a length prefix that announces " + std::to_string(length) + " bytes (at most " +
                              std::to_string(kMaxTextBytes) + " are taken)");
             }
+            prefix_ = bytes_.substr(0, index + 1);
             bytes_.erase(0, index + 1);
             announced_ = static_cast<std::size_t>(length);
             return true;
@@ -69,7 +94,10 @@ std::string FrameDecoder::Progress() const {
     if (!announced_) {
         return "an unfinished length prefix of " + std::to_string(bytes_.size()) + " bytes";
     }
-    return "announced " + std::to_string(*announced_) + ", got " + std::to_string(bytes_.size());
+    const std::size_t size = SizeOfDocument(bytes_);
+    const std::size_t rest = bytes_.size() - size;
+    return "announced " + std::to_string(*announced_) + ", got " + std::to_string(size) +
+           (rest > 0 ? " and " + std::to_string(rest) + " bytes behind the document's end" : "");
 }
 
 }  // namespace rig

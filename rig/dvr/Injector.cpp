@@ -14,12 +14,36 @@ bool CanActOn(const DefectKind& kind, const std::string& message) {
            std::find(kind.messages.begin(), kind.messages.end(), message) != kind.messages.end();
 }
 
-std::string Names(const std::vector<const char*>& messages) {
-    std::string names;
-    for (const char* message : messages) {
-        names += (names.empty() ? "" : ", ") + std::string(message);
+/// @return the messages of this dialect's DVR
+const std::vector<const char*>& MessagesOf(int dialect) {
+    static const std::vector<const char*> one = {"OK", "XML", "FILE_COMPLETE", "CONFIGURATION_UPDATE_ERROR"};
+    static const std::vector<const char*> two = {"OK",
+                                                 "EVENT_LIST",
+                                                 "EVENT",
+                                                 "FILE_COMPLETE",
+                                                 "EVENT_XFER_ACK",
+                                                 "INVALID_EVENT",
+                                                 "TRANSPORT_EXCEPTION",
+                                                 "XFER_IN_PROGRESS",
+                                                 "SOFTWARE_UPDATE_CONFIRM",
+                                                 "CONFIGURATION_UPDATE_ERROR"};
+    return dialect == 1 ? one : two;
+}
+
+/// Throws Failure (UsageError) unless the defect can act on a message of that name in the dialect.
+void CheckMessageName(const DefectKind& kind, int dialect, const std::string& name) {
+    std::string choices;
+    for (const char* message : MessagesOf(dialect)) {
+        if (!CanActOn(kind, message)) {
+            continue;
+        }
+        if (message == name) {
+            return;
+        }
+        choices += (choices.empty() ? "" : ", ") + std::string(message);
     }
-    return names;
+    throw Failure(ExitStatus::UsageError, "--defect " + std::string(kind.name) + ": expected one of " +
+                                              choices + " with --on, found " + Quoted(name));
 }
 
 }  // namespace
@@ -32,15 +56,13 @@ void Injector::Add(const std::string& defect, const DefectSite& site) {
     const DefectKind& kind = FindDefectKind(defect.substr(0, equals));
     const std::string value = equals == std::string::npos ? kind.standard : defect.substr(equals + 1);
     CheckDefectValue(kind, value);
-    const std::string option = "--defect " + std::string(kind.name) + ": expected ";
     if (std::string(kind.dialects).find(std::to_string(dialect_)) == std::string::npos) {
-        throw Failure(ExitStatus::UsageError, option + "protocol " + kind.dialects +
-                                                  ".0, which alone can show it, found protocol " +
-                                                  std::to_string(dialect_) + ".0");
+        throw Failure(ExitStatus::UsageError,
+                      "--defect " + std::string(kind.name) + ": expected protocol " + kind.dialects +
+                          ".0, which alone can show it, found protocol " + std::to_string(dialect_) + ".0");
     }
-    if (!site.message.empty() && !CanActOn(kind, site.message)) {
-        throw Failure(ExitStatus::UsageError, option + "one of " + Names(kind.messages) +
-                                                  " with --on, found " + Quoted(site.message));
+    if (!site.message.empty()) {
+        CheckMessageName(kind, dialect_, site.message);
     }
     defects_.push_back({&kind, value, site});
 }

@@ -79,6 +79,12 @@ Message Message::Parse(const std::string& text) {
     return message;
 }
 
+Message Message::Copy() const {
+    Message copy;
+    copy.document_.reset(document_);
+    return copy;
+}
+
 std::string Message::Name() const {
     return Get("req");
 }

@@ -19,6 +19,9 @@ class Message {
     /// or after it, its top-level element is `msg` and that has `req`.
     static Message Parse(const std::string& text);
 
+    /// @return the same message once more, whatever was done to it
+    Message Copy() const;
+
     std::string Name() const;
 
     /// Adds an attribute behind those that are there. @return this message

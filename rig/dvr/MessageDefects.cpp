@@ -44,6 +44,11 @@ bool SendFirst(Outgoing& outgoing, const char* name) {
     return true;
 }
 
+/// @return the files of an event; none where there is no such event
+std::vector<std::string> FilesOf(const Recordings& recordings, const std::string& event) {
+    return recordings.Has(event) ? recordings.Find(event).Files() : std::vector<std::string>();
+}
+
 void CompleteInstead(Outgoing& outgoing, const Digest& digest) {
     Message complete = Sibling(outgoing.message, "FILE_COMPLETE");
     complete.Set("file", outgoing.message.Get("file"))
@@ -79,11 +84,7 @@ bool CaseFile(Outgoing& outgoing, const DefectContext&) {
 }
 
 bool OtherFile(Outgoing& outgoing, const DefectContext& context) {
-    const std::string event = outgoing.message.Get("reid");
-    if (!context.recordings.Has(event)) {
-        return false;
-    }
-    const std::vector<std::string> files = context.recordings.Find(event).Files();
+    const std::vector<std::string> files = FilesOf(context.recordings, outgoing.message.Get("reid"));
     const auto asked = std::find(files.begin(), files.end(), outgoing.message.Get("file"));
     if (asked == files.end() || files.size() == 1) {
         return false;
@@ -133,8 +134,13 @@ bool AcceptFile(Outgoing& outgoing, const DefectContext&) {
 }
 
 bool NoException(Outgoing& outgoing, const DefectContext& context) {
-    CompleteInstead(outgoing,
-                    DigestOf(context.recordings, outgoing.message.Get("reid"), outgoing.message.Get("file")));
+    const std::string event = outgoing.message.Get("reid");
+    const std::string file = outgoing.message.Get("file");
+    const std::vector<std::string> files = FilesOf(context.recordings, event);
+    if (std::find(files.begin(), files.end(), file) == files.end()) {
+        return false;  // another defect has made it one that cannot be read
+    }
+    CompleteInstead(outgoing, DigestOf(context.recordings, event, file));
     return true;
 }
 
@@ -144,7 +150,7 @@ bool NoAnswer(Outgoing& outgoing, const DefectContext&) {
 }
 
 bool Double(Outgoing& outgoing, const DefectContext&) {
-    outgoing.after.push_back(Message::Parse(outgoing.message.Text()));
+    outgoing.after.push_back(outgoing.message.Copy());
     return true;
 }
 

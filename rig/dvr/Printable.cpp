@@ -48,6 +48,10 @@ std::string Excerpt(const std::string& text, std::size_t limit) {
     return Printable(text.substr(0, limit)) + "...";
 }
 
+std::string Counted(std::uint64_t number, const char* thing) {
+    return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
+}
+
 std::string Quoted(const std::string& text) {
     return "'" + Printable(text) + "'";
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 namespace rig {
@@ -13,6 +14,10 @@ std::string Printable(const std::string& text);
 
 /// @return at most `limit` bytes of the text, printable, with "..." where some were left out
 std::string Excerpt(const std::string& text, std::size_t limit);
+
+/// @return a number of things: "1 file", "2 files"
+/// @param thing  one of them, a noun with a regular plural
+std::string Counted(std::uint64_t number, const char* thing);
 
 /// @return the text printable and in single quotes
 std::string Quoted(const std::string& text);

@@ -8,6 +8,8 @@
 namespace rig {
 namespace {
 
+constexpr std::size_t kPieceBytes = std::size_t{64} * 1024;
+
 bool EndsWith(const std::string& text, const std::string& end) {
     return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
@@ -60,6 +62,22 @@ std::string Event::Describe() const {
 
 bool Recordings::Has(const std::string& event) const {
     return std::find(Events().begin(), Events().end(), event) != Events().end();
+}
+
+void Recordings::Read(const std::string& event, const std::string& file, const Sink& sink) const {
+    const Source source = Open(event, file);
+    std::vector<char> piece(kPieceBytes);
+    while (const std::size_t count = source(piece.data(), piece.size())) {
+        sink(piece.data(), count);
+    }
+}
+
+Recordings::Source SourceOf(const std::string& bytes) {
+    return [&bytes, position = std::size_t{0}](char* buffer, std::size_t capacity) mutable {
+        const std::size_t count = bytes.copy(buffer, capacity, position);
+        position += count;
+        return count;
+    };
 }
 
 }  // namespace rig

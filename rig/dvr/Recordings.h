@@ -1,7 +1,7 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -32,6 +32,10 @@ class Recordings {
  public:
     using Sink = std::function<void(const char* bytes, std::size_t count)>;
 
+    /// Reads on in a file: puts `capacity` bytes into the buffer, fewer only at the file's end. @return how
+    /// many Throws Failure (UsageError) when the file cannot be read.
+    using Source = std::function<std::size_t(char* buffer, std::size_t capacity)>;
+
     virtual ~Recordings() = default;
 
     /// @return the events in the order in which they are exported; never empty
@@ -40,14 +44,22 @@ class Recordings {
     /// @return the files of an event of Events()
     virtual Event Find(const std::string& event) const = 0;
 
-    /// Hands out a file's bytes, piece by piece. The names must be ones that Events and Find gave.
-    /// Throws Failure (UsageError) when the file cannot be read.
-    virtual void Read(const std::string& event, const std::string& file, const Sink& sink) const = 0;
+    /// Opens a file, to be read from its beginning. The names must be ones that Events and Find gave. The
+    /// source may not outlive the recordings. Throws Failure (UsageError) when the file cannot be opened.
+    virtual Source Open(const std::string& event, const std::string& file) const = 0;
 
     /// @return where the recordings are, for people
     virtual std::string Origin() const = 0;
 
-    bool Has(const std::string& event) const;
+    /// @return whether there is such an event
+    virtual bool Has(const std::string& event) const;
+
+    /// Hands out a whole file, piece by piece, in constant memory. Throws Failure (UsageError) when it cannot
+    /// be read.
+    void Read(const std::string& event, const std::string& file, const Sink& sink) const;
 };
+
+/// @return a source of these bytes, which must outlive it
+Recordings::Source SourceOf(const std::string& bytes);
 
 }  // namespace rig

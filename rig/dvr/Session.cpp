@@ -1,6 +1,7 @@
 #include "rig/dvr/Session.h"
 
 #include "rig/dvr/Failure.h"
+#include "rig/dvr/Printable.h"
 
 namespace rig {
 
@@ -27,13 +28,12 @@ void Session::Run() {
 }
 
 void Session::Step() {
-    const auto deadline = transferEnd_.value_or(Clock::now() + times_.silence);
+    const auto deadline = transfer_ ? transfer_->NextLook() : Clock::now() + times_.silence;
     const std::optional<std::string> text = connection_.Receive(deadline, times_.frame);
     if (text) {
         Answer(*text);
-    } else if (transferEnd_) {
-        transferEnd_.reset();
-        Send(dialogue_.FinishTransfer());
+    } else if (transfer_) {
+        CarryOnTransfer();
     } else {
         throw Failure(ExitStatus::NothingCame,
                       "expected " + dialogue_.Expected() + ", found nothing within " +
@@ -41,7 +41,24 @@ void Session::Step() {
     }
 }
 
+void Session::Inspect(const std::string& text) {
+    const ReceivedFrame& frame = connection_.Decoder().LastFrame();
+    sizeErrors_ += frame.announced == text.size() ? 0U : 1U;
+    if (wireCheck_ != nullptr) {
+        wireCheck_->Inspect(frame, text, transcript_);
+    } else if (frame.announced != text.size()) {
+        transcript_.Note("size error: announced " + std::to_string(frame.announced) + ", got " +
+                         std::to_string(text.size()));
+    }
+}
+
+std::string Session::WireSummary() const {
+    return (sizeErrors_ == 0 ? "" : "; " + Counted(sizeErrors_, "size error")) +
+           (wireCheck_ == nullptr ? "" : "; " + wireCheck_->Summary());
+}
+
 void Session::Answer(const std::string& text) {
+    Inspect(text);
     const Message message = Message::Parse(text);
     transcript_.Received(message);
     std::vector<Message> answers = dialogue_.Handle(message);
@@ -51,8 +68,28 @@ void Session::Answer(const std::string& text) {
     for (Message& answer : answers) {
         Send(std::move(answer));
     }
-    if (dialogue_.IsTransferring() && !transferEnd_) {
-        transferEnd_ = Clock::now() + times_.transfer;
+    FollowTransfer();
+}
+
+/// Starts the transfer that the dialogue has started, and abandons one that it has abandoned.
+void Session::FollowTransfer() {
+    const auto& file = dialogue_.InTransfer();
+    if (transfer_ && file != transfer_->File()) {
+        transfer_.reset();
+    }
+    if (file && !transfer_) {
+        transfer_.emplace(*file, dialogue_.TransferLength(), times_.transfer, deliveryFolder_, Clock::now());
+    }
+}
+
+void Session::CarryOnTransfer() {
+    const auto now = Clock::now();
+    transfer_->Advance(now);
+    if (transfer_->IsOver()) {
+        transfer_.reset();
+        Send(dialogue_.FinishTransfer());
+    } else if (transfer_->IsLong(now)) {
+        transcript_.Progress(transfer_->File().second, transfer_->Done(), transfer_->Length());
     }
 }
 

@@ -7,6 +7,8 @@
 #include "rig/dvr/Dialogue.h"
 #include "rig/dvr/Injector.h"
 #include "rig/dvr/Transcript.h"
+#include "rig/dvr/Transfer.h"
+#include "rig/dvr/WireCheck.h"
 
 namespace rig {
 
@@ -14,14 +16,14 @@ namespace rig {
 struct SessionTimes {
     Milliseconds silence{30'000};  // for the harness's next message, and for it to take one of ours
     Milliseconds frame{5'000};     // for the next bytes of a message that has begun
-    Milliseconds transfer{200};    // that the transfer of each file takes
+    TransferPace transfer;         // of each file
 };
 
 /// Drives one dialogue over one connection, and prints it.
 ///
 /// A second request for a file in transfer is told from a later one by the transfer's time alone. The harness
 /// writes prefix and text apart and sets no socket option, so its second request can come some 40 ms after
-/// the first; SessionTimes::transfer must be well above that.
+/// the first; the transfer must take well more than that.
 class Session {
  public:
     /// All of them must outlive the session.
@@ -32,17 +34,35 @@ class Session {
     /// @param endpoint  where a second connection goes, if a defect opens one
     void Misbehave(Injector& injector, const Endpoint& endpoint);
 
+    /// Copies each file as it is transferred.
+    /// @param folder  must outlive the session
+    void Deliver(const DeliveryFolder& folder) { deliveryFolder_ = &folder; }
+
+    /// Lives with a message that is shorter than announced: what has come of it is answered.
+    void AcceptSizeErrors() { connection_.Decoder().AcceptSizeErrors(); }
+
+    /// Has the harness's frames inspected. It must outlive the session.
+    void Check(WireCheck& check) { wireCheck_ = &check; }
+
     /// Opens the dialogue and answers until it is done, or until a defect has ended the connection.
     /// Throws Breach when the harness breaks the protocol or leaves early, with a text that says what was
-    /// expected and what was found, and Failure (NothingCame) when it stays silent.
+    /// expected and what was found, Failure (NothingCame) when it stays silent, and Failure (UsageError) when
+    /// a file cannot be read or copied.
     void Run();
+
+    /// @return what was noticed about the harness's frames, for people, behind a summary of something else;
+    /// empty where nothing was looked for and nothing noticed
+    std::string WireSummary() const;
 
     /// @return whether a defect asks for the dialogue to be held once more, on a connection of its own
     bool Reconnects() const { return reconnects_; }
 
  private:
     void Step();
+    void Inspect(const std::string& text);
     void Answer(const std::string& text);
+    void FollowTransfer();
+    void CarryOnTransfer();
 
     /// Every message of ours goes out here, and here alone.
     void Send(Message message);
@@ -54,9 +74,12 @@ class Session {
     Dialogue& dialogue_;
     Transcript& transcript_;
     SessionTimes times_;
-    std::optional<Clock::time_point> transferEnd_;  // while a file is in transfer
+    const DeliveryFolder* deliveryFolder_ = nullptr;
+    std::optional<Transfer> transfer_;  // of the file that the dialogue has in transfer
     Injector* injector_ = nullptr;
     const Endpoint* endpoint_ = nullptr;
+    WireCheck* wireCheck_ = nullptr;
+    std::size_t sizeErrors_ = 0;  // messages that were not as long as announced
     std::optional<Connection> second_;
     bool silent_ = false;      // a defect forbids every further message
     bool ended_ = false;       // a defect has ended the connection

@@ -47,9 +47,8 @@ Event SyntheticRecordings::Find(const std::string& event) const {
     return descriptions_.at(event);
 }
 
-void SyntheticRecordings::Read(const std::string& event, const std::string& file, const Sink& sink) const {
-    const std::string& content = contents_.at({event, file});
-    sink(content.data(), content.size());
+Recordings::Source SyntheticRecordings::Open(const std::string& event, const std::string& file) const {
+    return SourceOf(contents_.at({event, file}));
 }
 
 }  // namespace rig

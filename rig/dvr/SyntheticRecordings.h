@@ -16,7 +16,7 @@ class SyntheticRecordings : public Recordings {
 
     const std::vector<std::string>& Events() const override { return events_; }
     Event Find(const std::string& event) const override;
-    void Read(const std::string& event, const std::string& file, const Sink& sink) const override;
+    Source Open(const std::string& event, const std::string& file) const override;
     std::string Origin() const override { return "synthetic recordings"; }
 
  private:

@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "rig/dvr/Printable.h"
+#include "rig/dvr/ProgressBar.h"
 
 namespace rig {
 namespace {
@@ -14,6 +15,7 @@ constexpr const char* kDefectColour = "\033[31m";    // red
 constexpr const char* kReceivedColour = "\033[33m";  // yellow
 constexpr const char* kNoteColour = "\033[1m";       // bold
 constexpr const char* kPlain = "\033[0m";
+constexpr const char* kEraseLine = "\r\033[K";
 
 bool GoesWithoutSaying(const Message& message, const pugi::xml_attribute& attribute) {
     const std::string name = attribute.name();
@@ -36,8 +38,13 @@ std::string SummarizeChild(const pugi::xml_node& child) {
 
 }  // namespace
 
-Transcript::Transcript(std::ostream& out, bool coloured)
-    : out_(out), coloured_(coloured), start_(std::chrono::steady_clock::now()) {}
+Transcript::Transcript(std::ostream& out, bool terminal)
+    : out_(out), terminal_(terminal), start_(std::chrono::steady_clock::now()) {}
+
+Transcript::~Transcript() {
+    EraseProgress();
+    out_.flush();
+}
 
 void Transcript::Sent(const Message& message, const std::vector<std::string>& defects) {
     std::string marks;
@@ -56,11 +63,27 @@ void Transcript::Note(const std::string& text) {
     Print(kNoteColour, Printable(text));
 }
 
+void Transcript::Progress(const std::string& file, std::uint64_t done, std::uint64_t length) {
+    if (terminal_) {
+        // Short of the last column, behind which some terminals break the line.
+        out_ << kEraseLine << ProgressBar(file, done, length, TerminalColumns() - 1) << std::flush;
+        hasProgress_ = true;
+    }
+}
+
+void Transcript::EraseProgress() {
+    if (hasProgress_) {
+        out_ << kEraseLine;
+        hasProgress_ = false;
+    }
+}
+
 void Transcript::Print(const char* colour, const std::string& text) {
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start_;
+    EraseProgress();
     std::ostringstream line;
     line << std::fixed << std::setprecision(3) << std::setw(9) << elapsed.count() << " ";
-    line << (coloured_ ? colour : "") << text << (coloured_ ? kPlain : "") << "\n";
+    line << (terminal_ ? colour : "") << text << (terminal_ ? kPlain : "") << "\n";
     out_ << line.str() << std::flush;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -19,19 +20,28 @@ namespace rig {
 class Transcript {
  public:
     /// @param out       takes the lines; must outlive the transcript
-    /// @param coloured  whether to colour them
-    Transcript(std::ostream& out, bool coloured);
+    /// @param terminal  whether `out` is a terminal: one that takes colours and a line that is overwritten
+    Transcript(std::ostream& out, bool terminal);
+    ~Transcript();
+    Transcript(const Transcript&) = delete;
+    Transcript& operator=(const Transcript&) = delete;
 
     /// @param defects  that were at work on it; none for an honest message
     void Sent(const Message& message, const std::vector<std::string>& defects = {});
     void Received(const Message& message);
     void Note(const std::string& text);
 
+    /// Shows on a terminal how far the transfer of a file is, below all lines, until there is more to say.
+    /// @param done,length  bytes
+    void Progress(const std::string& file, std::uint64_t done, std::uint64_t length);
+
  private:
+    void EraseProgress();
     void Print(const char* colour, const std::string& text);
 
     std::ostream& out_;
-    bool coloured_;
+    bool terminal_;
+    bool hasProgress_ = false;  // the terminal's last line shows it
     std::chrono::steady_clock::time_point start_;
 };
 

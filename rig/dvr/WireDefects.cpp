@@ -131,7 +131,10 @@ bool ShortPrefix(Outgoing& outgoing, const DefectContext& context) {
 }
 
 bool Garble(Outgoing& outgoing, const DefectContext& context) {
-    std::string text = outgoing.message.Text();
+    std::string text = outgoing.text.value_or(outgoing.message.Text());
+    if (text.empty()) {
+        return false;
+    }
     std::uniform_int_distribution<std::size_t> place(0, text.size() - 1);
     std::uniform_int_distribution<int> byte(0, 255);
     for (std::size_t count = Number(context.value); count > 0; --count) {

@@ -32,6 +32,16 @@ std::pair<rig::Descriptor, int> BindAnyPort() {
     return {std::move(bound), ntohs(address.sin_port)};
 }
 
+std::string PrefixOf(const std::string& text) {
+    std::string prefix;
+    std::size_t length = text.size();
+    for (; length > 0x7f; length >>= 7) {
+        prefix += static_cast<char>((length & 0x7f) | 0x80);
+    }
+    prefix += static_cast<char>(length);
+    return prefix;
+}
+
 }  // namespace
 
 int UnusedPort() {
@@ -69,14 +79,12 @@ bool BackendConnection::IsClosedByPeer() {
 }
 
 void BackendConnection::Send(const std::string& text) {
-    std::string prefix;
-    std::size_t length = text.size();
-    for (; length > 0x7f; length >>= 7) {
-        prefix += static_cast<char>((length & 0x7f) | 0x80);
-    }
-    prefix += static_cast<char>(length);
-    SendBytes(prefix);
+    SendBytes(PrefixOf(text));
     SendBytes(text);
+}
+
+void BackendConnection::SendAtOnce(const std::string& text) {
+    SendBytes(PrefixOf(text) + text);
 }
 
 void BackendConnection::SendBytes(const std::string& bytes) {

@@ -24,6 +24,9 @@ class BackendConnection {
     /// Sends the text as one frame, its prefix and itself apart, as the harness does.
     void Send(const std::string& text);
 
+    /// Sends the text as one frame, in one piece, for where many messages are sent.
+    void SendAtOnce(const std::string& text);
+
     /// Sends bytes as they are.
     void SendBytes(const std::string& bytes);
 

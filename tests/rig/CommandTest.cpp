@@ -40,7 +40,7 @@ const std::string kMore = " (velloran-rig --help tells more)";
 INSTANTIATE_TEST_SUITE_P(
     Command, UsageErrorTest,
     testing::Values(
-        UsageCase{"NoSubcommand", {}, ": expected a subcommand: dvr" + kMore},
+        UsageCase{"NoSubcommand", {}, ": expected a subcommand: dvr or judge" + kMore},
         UsageCase{"OtherSubcommand", {"dvd"}, ": The following argument was not expected: dvd" + kMore},
         UsageCase{
             "OtherOption", {"dvr", "--bogus"}, ": The following argument was not expected: --bogus" + kMore},
@@ -116,8 +116,9 @@ TEST(Command, TellsItsOptions) {
     EXPECT_NE(all.output.find("dvr"), std::string::npos) << all.output;
     const ProgramResult dvr = RunRig({"dvr", "--help"});
     EXPECT_EQ(dvr.status, 0);
-    for (const char* option : {"--protocol", "--host", "--port", "--recordings", "--wait", "--timeout",
-                               "--frame-timeout", "--transfer-time", "Exit status"}) {
+    for (const char* option :
+         {"--protocol", "--host", "--port", "--recordings", "--wait", "--timeout", "--frame-timeout",
+          "--transfer-time", "--rate", "--deliver", "--segment", "--gap", "Exit status"}) {
         EXPECT_NE(dvr.output.find(option), std::string::npos) << option;
     }
     EXPECT_EQ(dvr.errors, "");
@@ -237,7 +238,7 @@ TEST(Command, ExportsAFolderIn20) {
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, "");
     EXPECT_EQ(result.output.find('\033'), std::string::npos);
-    EXPECT_NE(LastLine(result.output).find("exported 1 of 1 events, 2 files, 7 bytes"), std::string::npos)
+    EXPECT_NE(LastLine(result.output).find("exported 1 of 1 event, 2 files, 7 bytes"), std::string::npos)
         << result.output;
 }
 

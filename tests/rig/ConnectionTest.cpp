@@ -5,6 +5,8 @@
 #include <chrono>
 #include <memory>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "Backend.h"
 #include "Failures.h"
@@ -113,6 +115,69 @@ TEST_F(ConnectionTest, ReportsAPeerThatTakesNothing) {
     EXPECT_NE(failure.find("expected the harness to take 67108864 bytes of a message"), std::string::npos)
         << failure;
     EXPECT_NE(failure.find("then none for 50 ms"), std::string::npos) << failure;
+}
+
+/// A connection that keeps apart what is sent apart.
+class PiecesTest : public testing::Test {
+ protected:
+    PiecesTest() {
+        int ends[2] = {-1, -1};
+        EXPECT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends), 0);
+        connection_ = std::make_unique<Connection>(Descriptor(ends[0]));
+        peer_ = Descriptor(ends[1]);
+    }
+
+    /// @return the pieces that were sent, up to the end of the connection
+    std::vector<std::string> Pieces() {
+        connection_->Close();
+        std::vector<std::string> pieces;
+        char bytes[64];
+        while (const ssize_t count = read(peer_.Number(), bytes, sizeof bytes)) {
+            pieces.emplace_back(bytes, static_cast<std::size_t>(count));
+        }
+        return pieces;
+    }
+
+    std::unique_ptr<Connection> connection_;
+    Descriptor peer_;
+};
+
+TEST_F(PiecesTest, AreAsLongAsAskedForAndTheLastOneIsTheRest) {
+    connection_->SendInPieces(3, Milliseconds(0));
+    connection_->Send("12345678", kLong);
+    connection_->Send("abc", kLong);
+    connection_->Send("d", kLong);
+    connection_->Send("", kLong);
+    EXPECT_EQ(Pieces(), (std::vector<std::string>{"123", "456", "78", "abc", "d"}));
+}
+
+TEST_F(PiecesTest, AreNotMadeUnlessAskedFor) {
+    connection_->Send("12345678", kLong);
+    EXPECT_EQ(Pieces(), std::vector<std::string>{"12345678"});
+}
+
+TEST_F(PiecesTest, HavePausesBetweenThemAlone) {
+    connection_->SendInPieces(2, Milliseconds(20));
+    const auto start = Clock::now();
+    connection_->Send("12345", kLong);
+    EXPECT_GE(Clock::now() - start, Milliseconds(40));
+    connection_->SendInPieces(5, kLong);
+    connection_->Send("12345", kLong);
+    EXPECT_LT(Clock::now() - start, kLong);
+}
+
+TEST_F(PiecesTest, EndWhenThePeerLeavesInAPause) {
+    connection_->SendInPieces(2, kLong);
+    const auto start = Clock::now();
+    std::thread peer([this] {
+        char bytes[2];
+        EXPECT_EQ(read(peer_.Number(), bytes, sizeof bytes), 2);
+        peer_.Close();
+    });
+    EXPECT_EQ(BreachOf([&] { connection_->Send("12345", kLong); }),
+              "the end of the connection when 2 of 5 bytes were sent");
+    peer.join();
+    EXPECT_LT(Clock::now() - start, kLong);
 }
 
 TEST(ConnectionOpen, GivesUpWhenNobodyListens) {

@@ -157,7 +157,7 @@ TEST_F(Dialogue10Test, RefusesAFileThatItDidNotDescribe) {
 TEST_F(Dialogue10Test, RefusesAListThatLacksAnEvent) {
     TransferAll();
     EXPECT_EQ(Breach(R"(<msg req="EVENT_XFER_COMPLETE"><events><string>EVT1</string></events></msg>)"),
-              "EVENT_XFER_COMPLETE with a list of 1 events that does not end with the 2 of this export");
+              "EVENT_XFER_COMPLETE with a list of 1 event that does not end with the 2 of this export");
     EXPECT_EQ(
         Breach(R"(<msg req="EVENT_XFER_COMPLETE"><events><string>EVT2</string><string>EVT1</string></events>)"
                R"(</msg>)"),

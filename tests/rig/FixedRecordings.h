@@ -22,16 +22,14 @@ class FixedRecordings : public rig::Recordings {
         return {"EVT2", "m.xml", {{"c.ts"}}};
     }
 
-    void Read(const std::string& event, const std::string& file, const Sink& sink) const override {
+    Source Open(const std::string& event, const std::string& file) const override {
         ++reads;
-        const auto changed = contents.find({event, file});
-        const std::string content = changed == contents.end() ? file : changed->second;
-        sink(content.data(), content.size());
+        return rig::SourceOf(contents.emplace(std::make_pair(event, file), file).first->second);
     }
 
     std::string Origin() const override { return "a test"; }
 
-    std::map<std::pair<std::string, std::string>, std::string> contents;
+    mutable std::map<std::pair<std::string, std::string>, std::string> contents;
     mutable int reads = 0;
 
  private:

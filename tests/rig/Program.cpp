@@ -3,12 +3,14 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <pty.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 
 #include "rig/dvr/Descriptor.h"
 
@@ -18,10 +20,17 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kLongestRun(30);
 
+/// A pipe, or a terminal, which is read at its other end.
 struct Pipe {
-    Pipe() {
+    explicit Pipe(bool terminal = false) {
         int ends[2] = {-1, -1};
-        EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
+        winsize size{};
+        size.ws_col = 80;
+        if (terminal) {
+            EXPECT_EQ(openpty(&ends[0], &ends[1], nullptr, nullptr, &size), 0);
+        } else {
+            EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
+        }
         read = rig::Descriptor(ends[0]);
         write = rig::Descriptor(ends[1]);
     }
@@ -29,7 +38,14 @@ struct Pipe {
     rig::Descriptor write;
 };
 
-[[noreturn]] void BecomeRig(const std::vector<std::string>& arguments, int output, int errors) {
+[[noreturn]] void BecomeRig(const std::vector<std::string>& arguments,
+                            const ProgramSurroundings& surroundings, int output, int errors) {
+    for (const std::string& variable : surroundings.environment) {
+        putenv(const_cast<char*>(variable.c_str()));
+    }
+    if (surroundings.prepare) {
+        surroundings.prepare();
+    }
     std::vector<char*> words{const_cast<char*>("velloran-rig")};
     for (const std::string& argument : arguments) {
         words.push_back(const_cast<char*>(argument.c_str()));
@@ -73,15 +89,18 @@ bool Collect(const Pipe& output, const Pipe& errors, ProgramResult& result) {
 
 }  // namespace
 
-ProgramResult RunRig(const std::vector<std::string>& arguments) {
-    Pipe output;
+ProgramResult RunRig(const std::vector<std::string>& arguments, const ProgramSurroundings& surroundings) {
+    Pipe output(surroundings.onTerminal);
     Pipe errors;
     const pid_t child = fork();
     if (child == 0) {
-        BecomeRig(arguments, output.write.Number(), errors.write.Number());
+        BecomeRig(arguments, surroundings, output.write.Number(), errors.write.Number());
     }
     output.write.Close();
     errors.write.Close();
+    if (surroundings.started) {
+        surroundings.started(child);
+    }
     ProgramResult result;
     if (!Collect(output, errors, result)) {
         ADD_FAILURE() << "velloran-rig did not end in time; its output: " << result.output;
@@ -90,6 +109,7 @@ ProgramResult RunRig(const std::vector<std::string>& arguments) {
     int status = 0;
     waitpid(child, &status, 0);
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    result.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
     return result;
 }
 

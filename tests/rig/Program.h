@@ -1,5 +1,8 @@
 #pragma once
 
+#include <sys/types.h>
+
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -8,11 +11,20 @@ struct ProgramResult {
     int status = -1;  // exit status; -1 when a signal ended it
     std::string output;
     std::string errors;
+    int signal = 0;  // that ended it; 0: none
+};
+
+/// The surroundings of a run.
+struct ProgramSurroundings {
+    std::vector<std::string> environment;  // NAME=VALUE, beside what the test itself has
+    bool onTerminal = false;               // standard output is a terminal of 80 columns
+    std::function<void()> prepare;         // called in the new process, before the program takes its place
+    std::function<void(pid_t process)> started;  // called when the program runs
 };
 
 /// Runs velloran-rig with these arguments to its end, standard input empty. Ends it, and fails the test, when
 /// it takes more than 30 seconds.
-ProgramResult RunRig(const std::vector<std::string>& arguments);
+ProgramResult RunRig(const std::vector<std::string>& arguments, const ProgramSurroundings& surroundings = {});
 
 /// @return how many lines the text has; a last line must end with a newline to count
 std::size_t CountLines(const std::string& text);

@@ -77,6 +77,21 @@ TEST(FolderRecordings, KeepAnyName) {
     EXPECT_FALSE(recordings.Has(".."));
 }
 
+TEST(FolderRecordings, HaveTheFilesOfAnyFolderTree) {
+    const TemporaryFolder folder;
+    folder.Write("E/m.xml", "");
+    folder.Write("E/a/b/c/d/e/f.ts", "");
+    folder.Write("E/a/f.ts", "");
+    folder.Write("elsewhere", "content");
+    std::filesystem::create_directories(folder.Path() / "E/empty/folder");
+    std::filesystem::create_symlink("../elsewhere", folder.Path() / "E/link");
+    std::filesystem::create_symlink("nowhere", folder.Path() / "E/dangling");
+    std::filesystem::create_directory_symlink("..", folder.Path() / "E/loop");
+    const FolderRecordings recordings(folder.Path() / "");
+    EXPECT_EQ(recordings.Find("E").Files(), (Names{"m.xml", "link", "a/f.ts", "a/b/c/d/e/f.ts"}));
+    EXPECT_EQ(DigestOf(recordings, "E", "link").length, 7U);
+}
+
 TEST(FolderRecordings, AreDigestedWithSha256) {
     const TemporaryFolder folder;
     folder.Write("E/abc", "abc");

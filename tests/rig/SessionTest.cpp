@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -16,11 +18,13 @@
 namespace {
 
 using rig::Connection;
+using rig::DeliveryFolder;
 using rig::Dialogue;
 using rig::Dialogue_1_0;
 using rig::Dialogue_2_0;
 using rig::Endpoint;
 using rig::ExitStatus;
+using rig::Injector;
 using rig::Message;
 using rig::Milliseconds;
 using rig::Session;
@@ -38,10 +42,19 @@ class SessionTest : public testing::Test {
         const Endpoint endpoint("127.0.0.1", backend.Port());
         Connection connection = Connection::Open(endpoint, kLong);
         Transcript transcript(out_, false);
-        Session(connection, dialogue, transcript, times).Run();
+        Session session(connection, dialogue, transcript, times);
+        if (injector_.HasDefects()) {
+            session.Misbehave(injector_, endpoint);
+        }
+        if (delivery_) {
+            session.Deliver(*delivery_);
+        }
+        session.Run();
     }
 
     FixedRecordings recordings_;
+    Injector injector_{recordings_, 2, 0};
+    std::optional<DeliveryFolder> delivery_;
     std::ostringstream out_;
     TemporaryFolder folder_;
     Dialogue_1_0 one_{recordings_};
@@ -103,6 +116,107 @@ TEST_F(SessionTest, MeetsASecondRequestWhileTheFileIsInTransfer) {
         backend.Send(R"(<msg req="DONE" protocolVersion="2.0"/>)");
     });
     EXPECT_TRUE(two_.IsDone());
+}
+
+/// Brings the backend to where the event's files are asked for.
+void StartEvent(BackendConnection& backend, const std::string& event) {
+    backend.Read();
+    RequestOf(backend, R"(<msg req="GET_EVENT_LIST" protocolVersion="2.0"/>)");
+    RequestOf(backend, "<msg req=\"NEXT_EVENT\" reid=\"" + event + "\" protocolVersion=\"2.0\"/>");
+}
+
+std::string GetFile(const std::string& event, const std::string& file) {
+    return "<msg req=\"GET_FILE\" reid=\"" + event + "\" path=\"" + event + "\" file=\"" + file +
+           "\" protocolVersion=\"2.0\"/>";
+}
+
+TEST_F(SessionTest, TakesTheTimeOfTheRateForAFile) {
+    recordings_.contents[{"EVT1", "a.ts"}] = std::string(3000, 'x');
+    EXPECT_THROW(Play(two_, {kLong, kLong, {kLong, 10'000}},
+                      [](BackendConnection& backend) {
+                          StartEvent(backend, "EVT1");
+                          const auto start = rig::Clock::now();
+                          EXPECT_EQ(RequestOf(backend, GetFile("EVT1", "a.ts")), "FILE_COMPLETE");
+                          EXPECT_GE(rig::Clock::now() - start, Milliseconds(300));
+                          EXPECT_LT(rig::Clock::now() - start, kLong);
+                      }),
+                 rig::Breach);
+}
+
+TEST_F(SessionTest, HandlesRequestsWhileAFileIsTransferredAtARate) {
+    recordings_.contents[{"EVT1", "a.ts"}] = std::string(5000, 'x');
+    delivery_.emplace(folder_.Path() / "copies", recordings_);
+    EXPECT_THROW(Play(two_, {kLong, kLong, {kLong, 10'000}},
+                      [](BackendConnection& backend) {
+                          StartEvent(backend, "EVT1");
+                          for (int again = 0; again < 3; ++again) {
+                              backend.Send(GetFile("EVT1", "a.ts"));
+                          }
+                          EXPECT_EQ(Message::Parse(backend.Read()).Name(), "XFER_IN_PROGRESS");
+                          EXPECT_EQ(Message::Parse(backend.Read()).Name(), "XFER_IN_PROGRESS");
+                          EXPECT_EQ(Message::Parse(backend.Read()).Name(), "FILE_COMPLETE");
+                      }),
+                 rig::Breach);
+}
+
+TEST_F(SessionTest, DeliversAFileBeforeItSaysSo) {
+    const auto copies = folder_.Path() / "copies";
+    delivery_.emplace(copies, recordings_);
+    EXPECT_THROW(Play(two_, {kLong, kLong, Milliseconds(1)},
+                      [&](BackendConnection& backend) {
+                          StartEvent(backend, "EVT1");
+                          EXPECT_FALSE(std::filesystem::exists(copies / "EVT1/b.ts"));
+                          EXPECT_EQ(RequestOf(backend, GetFile("EVT1", "b.ts")), "FILE_COMPLETE");
+                          EXPECT_TRUE(std::filesystem::exists(copies / "EVT1/b.ts"));
+                      }),
+                 rig::Breach);
+}
+
+TEST_F(SessionTest, LeavesNothingOfATransferThatTheHarnessLeavesIn) {
+    const auto copies = folder_.Path() / "copies";
+    delivery_.emplace(copies, recordings_);
+    EXPECT_THROW(Play(two_, {kLong, kLong, kLong},
+                      [&](BackendConnection& backend) {
+                          StartEvent(backend, "EVT1");
+                          backend.Send(GetFile("EVT1", "b.ts"));
+                          EXPECT_EQ(RequestOf(backend, GetFile("EVT1", "b.ts")), "XFER_IN_PROGRESS");
+                          EXPECT_FALSE(std::filesystem::is_empty(copies / "EVT1"));
+                      }),
+                 rig::Breach);
+    EXPECT_TRUE(std::filesystem::is_empty(copies / "EVT1"));
+}
+
+TEST_F(SessionTest, AbandonsATransferForAnotherFileWhereItIsTolerant) {
+    injector_.Add("no-answer", {"EVENT_XFER_ACK", 1, "", ""});
+    const auto copies = folder_.Path() / "copies";
+    delivery_.emplace(copies, recordings_);
+    recordings_.contents[{"EVT1", "a.ts"}] = std::string(100'000'000, 'x');
+    EXPECT_THROW(Play(two_, {kLong, kLong, {kLong, 100'000}},
+                      [&](BackendConnection& backend) {
+                          StartEvent(backend, "EVT1");
+                          backend.Send(GetFile("EVT1", "a.ts"));
+                          backend.Send(GetFile("EVT1", "b.ts"));
+                          const Message complete = Message::Parse(backend.Read());
+                          EXPECT_EQ(complete.Get("file"), "b.ts");
+                          EXPECT_TRUE(std::filesystem::exists(copies / "EVT1/b.ts"));
+                          EXPECT_FALSE(std::filesystem::exists(copies / "EVT1/a.ts"));
+                      }),
+                 rig::Breach);
+    EXPECT_NE(out_.str().find("out of place: GET_FILE for 'EVT1'/'b.ts' while 'EVT1'/'a.ts' is in transfer"),
+              std::string::npos)
+        << out_.str();
+}
+
+TEST_F(SessionTest, AbandonsATransferForAFileThatItDoesNotHaveWhereItIsTolerant) {
+    injector_.Add("no-answer", {"EVENT_XFER_ACK", 1, "", ""});
+    EXPECT_THROW(Play(two_, {kLong, kLong, Milliseconds(300)},
+                      [&](BackendConnection& backend) {
+                          StartEvent(backend, "EVT1");
+                          backend.Send(GetFile("EVT1", "a.ts"));
+                          EXPECT_EQ(RequestOf(backend, GetFile("EVT1", "c.ts")), "INVALID_EVENT");
+                          EXPECT_EQ(RequestOf(backend, GetFile("EVT1", "m.xml")), "FILE_COMPLETE");
+                      }),
+                 rig::Breach);
 }
 
 TEST_F(SessionTest, SaysWhatWasExpectedWhenNothingComes) {

@@ -10,8 +10,8 @@
 /// A fresh folder that goes away with its contents.
 class TemporaryFolder {
  public:
-    TemporaryFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "velloran-rig-XXXXXX").string();
+    explicit TemporaryFolder(const std::filesystem::path& place = std::filesystem::temp_directory_path()) {
+        std::string name = (place / "velloran-rig-XXXXXX").string();
         if (mkdtemp(name.data()) == nullptr) {
             throw std::runtime_error("mkdtemp failed");
         }

@@ -58,6 +58,34 @@ TEST(Transcript, MarksDirectionsAndTimes) {
               "    #.### a note\\n\n");
 }
 
+TEST(Transcript, OverwritesItsLastLineWithTheProgressOnATerminal) {
+    std::ostringstream out;
+    {
+        Transcript transcript(out, true);
+        transcript.Progress("a.ts", 0, 1'000'000);
+        transcript.Progress("a.ts", 500'000, 1'000'000);
+        transcript.Note("a note");
+    }
+    EXPECT_EQ(WithoutDigits(out.str()),
+              "\r\033[Ka.ts [>                   ]   # %  #.# of #.# MB"
+              "\r\033[Ka.ts [==========>         ]  ## %  #.# of #.# MB"
+              "\r\033[K    #.### \033[#ma note\033[#m\n");
+}
+
+TEST(Transcript, LeavesNoProgressBehind) {
+    std::ostringstream out;
+    Transcript(out, true).Progress("a.ts", 0, 1'000'000);
+    const std::string end = "\r\033[K";
+    ASSERT_GT(out.str().size(), 2 * end.size());
+    EXPECT_EQ(out.str().substr(out.str().size() - end.size()), end);
+}
+
+TEST(Transcript, ShowsNoProgressWhereItIsNoTerminal) {
+    std::ostringstream out;
+    Transcript(out, false).Progress("a.ts", 500'000, 1'000'000);
+    EXPECT_EQ(out.str(), "");
+}
+
 TEST(Transcript, IsColouredOnlyWhenAsked) {
     std::ostringstream plain;
     Transcript(plain, false).Sent(Message("OK"));

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "rig/dvr/LogLine.h"
+
+namespace rig {
+
+/// One frame that the harness sent in an earlier run, as far as its log tells. The log holds the prefix of
+/// each frame, and what it holds of the text stands in other lines.
+struct EarlierRequest {
+    std::size_t line = 0;                // of the log, from 1, with the first byte of the prefix
+    std::uint32_t announced = 0;         // bytes of text
+    std::string name;                    // of the message; empty where the log does not tell
+    std::string evidence;                // what the log says that tells the name; empty likewise
+    std::optional<std::string> subject;  // what it is about (see SubjectsOf), where the log tells
+    std::optional<std::string> text;     // where the log holds it, as it does for wrong prefixes
+};
+
+/// One message of the DVR in an earlier run, and what the harness did about it.
+struct EarlierMessage {
+    std::size_t line = 0;          // of the log, from 1, where it is announced
+    std::string text;              // byte for byte
+    std::optional<LogTime> pause;  // between what went before on the connection and this message
+    std::vector<EarlierRequest> requests;
+    bool closed = false;  // the harness then closed the connection
+};
+
+/// The dialogue of an earlier run of the harness.
+struct EarlierRun {
+    std::string log;  // name of the file
+    int dialect = 1;
+    std::vector<EarlierMessage> messages;
+    std::size_t lastLine = 0;    // of the log, of this run
+    bool ended = false;          // the log shows the run's end
+    std::size_t cutMessage = 0;  // line that announces a message that the log does not hold whole; 0: none
+    bool followed = false;       // the log holds another run
+    bool timed = false;          // every message has its pause
+};
+
+/// Reads the first run with a message from the harness's log. Lines that are not the harness's are passed
+/// over.
+/// Throws Failure (UsageError) when the file cannot be read, is no log of the harness, holds no message or
+/// lacks lines between others, with the file, the line, what was expected and what was found.
+EarlierRun ReadEarlierRun(const std::string& log);
+
+}  // namespace rig

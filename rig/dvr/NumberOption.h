@@ -1,0 +1,43 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <iomanip>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <system_error>
+#include <type_traits>
+
+namespace rig {
+
+/// @return the number that the text is, in decimal, also with leading zeros; nothing if it is something else
+template <typename Number>
+std::optional<Number> ParseNumber(const std::string& text) {
+    Number number{};
+    const char* const end = text.data() + text.size();
+    const auto parsed = std::from_chars(text.data(), end, number);
+    return parsed.ec == std::errc() && parsed.ptr == end ? std::optional<Number>(number) : std::nullopt;
+}
+
+/// For CLI::Option::transform, which must be given it instead of `check`: by itself the library would take a
+/// number with a leading zero for an octal one.
+/// @return a check of an option's value for a number from `low` to `high`. "nan" is none.
+template <typename Number>
+CLI::Validator Between(Number low, Number high) {
+    const auto check = [low, high](std::string& text) {
+        const std::optional<Number> number = ParseNumber<Number>(text);
+        if (number && *number >= low && *number <= high) {
+            if constexpr (std::is_integral_v<Number>) {
+                text = std::to_string(*number);
+            }
+            return std::string();
+        }
+        std::ostringstream expected;
+        expected << std::fixed << std::setprecision(0) << "expected a number from " << low << " to " << high;
+        return expected.str() + ", found '" + text + "'";
+    };
+    return CLI::Validator(check, "");
+}
+
+}  // namespace rig

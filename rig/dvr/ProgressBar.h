@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace rig {
+
+/// @return how wide the terminal at standard output is, in columns; 80 where it does not say
+std::size_t TerminalColumns();
+
+/// @return a bar for people, on one line and not wider than `columns`:
+///
+///     front-1.ts [=========>          ]  48 %  1.2 of 2.5 MB
+///
+/// @param name        shortened where there is no room for it
+/// @param done,total  bytes; more than all counts as all
+std::string ProgressBar(const std::string& name, std::uint64_t done, std::uint64_t total,
+                        std::size_t columns);
+
+}  // namespace rig

@@ -1,0 +1,187 @@
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "Dvr.h"
+#include "Harness.h"
+#include "World.h"
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+constexpr const char* kRecordings = "/mnt/recordings";
+constexpr const char* kLog = "/mnt/run.log";
+
+void WriteFile(const std::string& path, const std::string& content) {
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    std::ofstream(path, std::ios::binary) << content;
+}
+
+/// Takes all lines up to and including "shutting down". @return them as they stand in the log
+std::string RestOfLog(Harness& harness) {
+    std::string log;
+    std::string line;
+    do {
+        line = harness.TakesRawLine();
+        log += line + "\n";
+    } while (line.find(" shutting down") == std::string::npos);
+    return log;
+}
+
+/// Lets the DVR export two events with two files each. @return the harness's log
+std::string Record(const Words& switches, Words arguments) {
+    World world;
+    for (const char* file : {"Event 1/a&b", "Event 1/c", "E2/a&b", "E2/c"}) {
+        WriteFile(std::string(kRecordings) + "/" + file, file);
+    }
+    arguments.insert(arguments.end(), {"--wire-check", "--recordings", kRecordings});
+    Harness harness(switches);
+    harness.Listens();
+    Dvr dvr(arguments);
+    dvr.EndsWithStatus(0);
+    harness.GetsSignal(SIGINT);
+    std::string log = RestOfLog(harness);
+    harness.EndsWithStatus(44);
+    return log;
+}
+
+/// Replays the log to a harness with these switches.
+void Replay(const std::string& log, const Words& switches, int status, const std::string& why = "",
+            Words arguments = {}) {
+    World world;
+    WriteFile(kLog, log);
+    Harness harness(switches);
+    harness.Listens();
+    arguments.insert(arguments.end(), {"--wire-check", "--replay", kLog});
+    Dvr dvr(arguments);
+    dvr.EndsWithStatus(status, why);
+    harness.GetsSignal(SIGINT);
+    RestOfLog(harness);
+    harness.EndsWithStatus(44);
+}
+
+/// @return the number of the so-manieth line that contains the text, from 1
+std::size_t LineWith(const std::string& log, const std::string& text, int occurrence = 1) {
+    std::size_t number = 1;
+    for (std::size_t start = 0; start < log.size(); ++number) {
+        const std::size_t end = log.find('\n', start);
+        if (log.substr(start, end - start).find(text) != std::string::npos && --occurrence == 0) {
+            return number;
+        }
+        start = end + 1;
+    }
+    return 0;
+}
+
+/// @return "FILE:LINE: " of the first byte of the prefix that follows the line with the text
+std::string BehindLineWith(const std::string& log, const std::string& text, int occurrence = 1) {
+    const std::size_t line = LineWith(log, text, occurrence);
+    EXPECT_GT(line, 0U) << text;
+    return std::string(kLog) + ":" + std::to_string(line + 1) + ": ";
+}
+
+struct Run {
+    const char* name;
+    Words switches;   // of the harness
+    Words arguments;  // of the recording DVR
+};
+
+class SameRunTest : public testing::TestWithParam<Run> {};
+
+TEST_P(SameRunTest, AsksForTheSame) {
+    const std::string log = Record(GetParam().switches, GetParam().arguments);
+    Replay(log, GetParam().switches, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Replay, SameRunTest,
+    testing::Values(
+        Run{"Export10", {}, {}}, Run{"Export20", {"-p", "2"}, {"--protocol", "2"}},
+        Run{"Faults", {"-p", "2", "-e", "-f", "-t", "-r", "-x"}, {"--protocol", "2"}},
+        Run{"Rehash", {"-p", "2", "-r", "-d", "30"}, {"--protocol", "2"}},
+        Run{"SoftwareUpdate", {"-p", "2", "-u", "-c", "1"}, {"--protocol", "2"}},
+        Run{"Configuration10", {"-g"}, {}},
+        Run{"Configuration20", {"-p", "2", "-g", "-u"}, {"--protocol", "2"}},
+        Run{"TwoConnections20", {"-p", "2", "-c", "1"}, {"--protocol", "2", "--defect", "reconnect"}},
+        Run{"TwoConnections10", {}, {"--defect", "reconnect"}},
+        Run{"WrongPrefixes20",
+            {"-p", "2", "-z", "-u"},
+            {"--protocol", "2", "--on-size-error", "continue", "--frame-timeout", "0.3"}},
+        Run{"WrongPrefixes10", {"-z"}, {"--on-size-error", "continue", "--frame-timeout", "0.3"}}),
+    [](const testing::TestParamInfo<Run>& tested) { return std::string(tested.param.name); });
+
+TEST(ReplayedRun, KeepsItsSpeedWhenTold) {
+    const std::string log = Record({"-p", "2"}, {"--protocol", "2"});
+    Replay(log, {"-p", "2"}, 0, "", {"--replay-speed", "recorded"});
+}
+
+TEST(ReplayedRun, MayComeFromTheSyslog) {
+    std::string log = Record({"-p", "2", "-f"}, {"--protocol", "2"});
+    for (std::size_t at = log.find("velloran:"); at != std::string::npos; at = log.find("velloran:", at)) {
+        const std::size_t start = log.rfind('\n', at) + 1;  // npos + 1 is the first byte
+        const std::string prefix = "Nov 20 14:03:07 rig velloran[212]: ";
+        log.replace(start, at - start, prefix);
+        at = std::min(log.find('\n', start), log.size());
+    }
+    Replay(log, {"-p", "2", "-f"}, 0);
+}
+
+TEST(ReplayedRun, DiffersInTheDialect) {
+    const std::string log = Record({"-p", "2"}, {"--protocol", "2"});
+    const std::string line = "got an OK, sending GET_EVENT_LIST";
+    Replay(log, {}, 1,
+           BehindLineWith(log, line) + "expected GET_EVENT_LIST, announced with 50 bytes (" + line +
+               "), found GET_XML, announced with 21 bytes");
+}
+
+TEST(ReplayedRun, DiffersWithoutTheDamagedEvent) {
+    const std::string log = Record({"-p", "2", "-e"}, {"--protocol", "2"});
+    const std::string line = "processing 'invalidEvent' option [event]";
+    Replay(log, {"-p", "2"}, 1,
+           BehindLineWith(log, line) + "expected NEXT_EVENT, announced with 54 bytes (" + line +
+               "), found NEXT_EVENT reid=\"E2\", announced with");
+}
+
+TEST(ReplayedRun, DiffersWithoutTheDoubledRequest) {
+    const std::string log = Record({"-p", "2", "-x"}, {"--protocol", "2"});
+    const std::string line = "processing 'xferInProgress' option";
+    const std::string second = std::to_string(LineWith(log, line) + 2);
+    Replay(log, {"-p", "2"}, 3,
+           std::string(kLog) + ":" + second +
+               ": expected GET_FILE about reid=E2  file=c, announced with 73 bytes (" + line +
+               "), found nothing within 1000 ms",
+           {"--timeout", "1"});
+}
+
+TEST(ReplayedRun, DiffersInTheDuration) {
+    const std::string log = Record({"-p", "2", "-d", "30"}, {"--protocol", "2"});
+    Replay(log, {"-p", "2", "-d", "45"}, 1,
+           BehindLineWith(log, "Sending DONE") +
+               "expected DONE about duration=30, announced with 54 bytes (Sending DONE), found DONE "
+               "duration=\"45\", "
+               "announced with 54 bytes");
+}
+
+TEST(ReplayedRun, DiffersInTheEarlyEnd) {
+    const std::string log = Record({"-p", "2"}, {"--protocol", "2"});
+    const std::string line = "Got EVENT_XFER_ACK for: reid='E2'";
+    Replay(log, {"-p", "2", "-c", "1"}, 1,
+           BehindLineWith(log, line) + "expected NEXT_EVENT about reid='Event 1'");
+}
+
+TEST(ReplayedRun, DiffersInTheLengthOfAPrefix) {
+    const std::string log = Record({}, {});
+    Replay(log, {"-z"}, 1,
+           BehindLineWith(log, "got an OK, sending GET_XML") +
+               "expected GET_XML, announced with 21 bytes (got an OK, sending GET_XML), found GET_XML, "
+               "announced "
+               "with 31 bytes, got 21",
+           {"--frame-timeout", "0.3"});
+}
+
+}  // namespace

@@ -1,0 +1,159 @@
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "Backend.h"
+#include "Program.h"
+#include "TemporaryFolder.h"
+#include "rig/dvr/Defect.h"
+
+// --defect and what goes with it, on the command line of the built program.
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+const std::string kMore = " (velloran-rig --help tells more)";
+
+struct RefusedCase {
+    const char* name;
+    Arguments arguments;
+    std::string errors;  // after "velloran-rig"
+};
+
+void PrintTo(const RefusedCase& tested, std::ostream* out) {
+    *out << tested.name;
+}
+
+class RefusedDefectTest : public testing::TestWithParam<RefusedCase> {};
+
+TEST_P(RefusedDefectTest, EndsWithStatus2AndOneLineAndNothingSent) {
+    Arguments arguments{"dvr"};
+    arguments.insert(arguments.end(), GetParam().arguments.begin(), GetParam().arguments.end());
+    const ProgramResult result = RunRig(arguments);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.errors, "velloran-rig" + GetParam().errors + "\n");
+    EXPECT_EQ(result.output, "");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Command, RefusedDefectTest,
+    testing::Values(
+        RefusedCase{"OtherDialect",
+                    {"--defect", "missing-hash"},
+                    " dvr: --defect missing-hash: expected protocol 2.0, which alone can show it, found "
+                    "protocol 1.0"},
+        RefusedCase{"OtherMessage",
+                    {"--protocol", "2", "--defect", "missing-hash", "--on", "EVENT"},
+                    " dvr: --defect missing-hash: expected one of FILE_COMPLETE with --on, found 'EVENT'"},
+        RefusedCase{"ValueWhereNoneIsTaken",
+                    {"--defect", "double=2"},
+                    " dvr: --defect double: expected no value, found '2'"},
+        RefusedCase{"ValueThatIsNoCount",
+                    {"--defect", "garble=0"},
+                    " dvr: --defect garble: expected a number of bytes above 0, found '0'"},
+        RefusedCase{"ValueThatIsNoPlace",
+                    {"--defect", "close=soon"},
+                    " dvr: --defect close: expected a number of bytes, 'all' or 'random', found 'soon'"},
+        RefusedCase{"OccurrenceZero",
+                    {"--defect", "close", "--on", "XML:0"},
+                    " dvr: --on: expected MESSAGE or MESSAGE:N with N above 0, found 'XML:0'"},
+        RefusedCase{"OccurrenceNoNumber",
+                    {"--defect", "close", "--on", "XML:1x"},
+                    " dvr: --on: expected MESSAGE or MESSAGE:N with N above 0, found 'XML:1x'"},
+        RefusedCase{"OccurrenceOfNothing",
+                    {"--defect", "close", "--on", ":1"},
+                    " dvr: --on: expected MESSAGE or MESSAGE:N with N above 0, found ':1'"},
+        RefusedCase{"OccurrenceForgesALine",
+                    {"--defect", "close", "--on", "XML:\n"},
+                    " dvr: --on: expected MESSAGE or MESSAGE:N with N above 0, found 'XML:\\n'"},
+        RefusedCase{"UnknownEvent",
+                    {"--defect", "close", "--at", "EVT-0004"},
+                    " dvr: --at: expected EVENT or EVENT:FILE with an event in synthetic recordings, found "
+                    "'EVT-0004'"},
+        RefusedCase{"UnknownEventOfAFile",
+                    {"--defect", "close", "--at", "EVT:a:b"},
+                    " dvr: --at: expected EVENT or EVENT:FILE with an event in synthetic recordings, found "
+                    "'EVT:a:b'"},
+        RefusedCase{"MessageWithoutDefect",
+                    {"--on", "XML", "--defect", "close"},
+                    ": --on: expected a --defect before it, found none" + kMore},
+        RefusedCase{"PlaceWithoutDefect",
+                    {"--at", "EVT-0001"},
+                    ": --at: expected a --defect before it, found none" + kMore},
+        RefusedCase{"SeedNoNumber",
+                    {"--seed", "0x1"},
+                    ": --seed: expected a number from 0 to 4294967295, found '0x1'" + kMore},
+        RefusedCase{"SeedTooHigh",
+                    {"--seed", "4294967296"},
+                    ": --seed: expected a number from 0 to 4294967295, found '4294967296'" + kMore}),
+    [](const testing::TestParamInfo<RefusedCase>& tested) { return std::string(tested.param.name); });
+
+TEST(DefectCommand, NamesTheChoicesForAnUnknownDefect) {
+    const ProgramResult result = RunRig({"dvr", "--defect", "nonsense"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(CountLines(result.errors), 1U) << result.errors;
+    const std::string start = "velloran-rig dvr: --defect: expected one of wrong-reid, missing-reid, ";
+    EXPECT_EQ(result.errors.substr(0, start.size()), start);
+    EXPECT_NE(result.errors.find("; found 'nonsense'\n"), std::string::npos) << result.errors;
+    EXPECT_EQ(result.output, "");
+}
+
+TEST(DefectCommand, ListsTheDefects) {
+    const ProgramResult result = RunRig({"dvr", "--list-defects"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, rig::ListDefects());
+    EXPECT_EQ(result.errors, "");
+}
+
+/// Runs the DVR against a backend that reads `OK`, asks for the descriptions and reads them.
+ProgramResult PlayDvr(Arguments options, std::string* descriptions = nullptr) {
+    Backend backend([descriptions](BackendConnection& connection) {
+        connection.Read();
+        connection.Send(R"(<msg req="GET_XML"/>)");
+        const std::string text = connection.Read();
+        if (descriptions != nullptr) {
+            *descriptions = text;
+        }
+    });
+    options.insert(options.begin(), {"dvr", "--port", std::to_string(backend.Port())});
+    return RunRig(options);
+}
+
+TEST(DefectCommand, PrintsTheSeedThatRepeatsTheRun) {
+    std::string first;
+    std::string second;
+    const ProgramResult result = PlayDvr({"--defect", "garble=20", "--on", "XML"}, &first);
+    const std::size_t start = result.output.find("seed ") + 5;
+    const std::string seed = result.output.substr(start, result.output.find('\n', start) - start);
+    PlayDvr({"--defect", "garble=20", "--on", "XML", "--seed", seed}, &second);
+    EXPECT_EQ(first, second);
+    EXPECT_NE(first.size(), 0U);
+}
+
+TEST(DefectCommand, TakesASeedWithALeadingZeroForADecimalOne) {
+    EXPECT_NE(PlayDvr({"--defect", "double", "--on", "XML:0009", "--seed", "010"}).output.find(" seed 10\n"),
+              std::string::npos);
+}
+
+TEST(DefectCommand, MarksWhatADefectHasDone) {
+    const ProgramResult result = PlayDvr({"--defect", "description-other-reid=X", "--defect", "double"});
+    EXPECT_NE(result.output.find("-> OK  [double]\n"), std::string::npos) << result.output;
+    EXPECT_NE(result.output.find("-> XML (xmlFile: 3)  [description-other-reid]\n"), std::string::npos)
+        << result.output;
+}
+
+TEST(DefectCommand, TakesColonsInTheNameOfAnEvent) {
+    const TemporaryFolder folder;
+    folder.Write("21:05:00/a.ts", "a");
+    folder.Write("21/b.ts", "b");
+    for (const char* place : {"21:05:00", "21:05:00:a.ts", "21:b.ts", "21"}) {
+        const ProgramResult result =
+            PlayDvr({"--recordings", folder.Path().string(), "--defect", "no-answer", "--at", place});
+        EXPECT_EQ(result.status, 1) << "the backend leaves early";
+        EXPECT_EQ(result.errors.find("--at"), std::string::npos) << result.errors;
+    }
+}
+
+}  // namespace
