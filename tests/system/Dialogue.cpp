@@ -76,9 +76,9 @@ void Dialect10::IsDone(const std::vector<std::string>& ids, Here here) {
     Closes(here);
 }
 
-void Dialect20::Start(std::vector<std::string> switches) {
+void Dialect20::Start(std::vector<std::string> switches, const Launch& launch) {
     switches.insert(switches.begin(), {"-p", "2"});
-    Connect(switches);
+    Connect(switches, launch);
 }
 
 void Dialect20::Opens(Here here) {

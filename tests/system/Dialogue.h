@@ -69,7 +69,7 @@ class Dialect10 : public Dialogue {
 class Dialect20 : public Dialogue {
  protected:
     /// Starts the harness with -p 2 and these switches.
-    void Start(std::vector<std::string> switches = {});
+    void Start(std::vector<std::string> switches = {}, const Launch& launch = {});
 
     /// OK, answered by GET_EVENT_LIST.
     void Opens(Here here = Here::current());

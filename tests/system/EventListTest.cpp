@@ -98,6 +98,17 @@ TEST_F(EventList20, WarnsOfSiblingsThatAreNoElements) {
     Ends();
 }
 
+TEST_F(EventList20, KeepsAnEventThatIsListedTwice) {
+    Start();
+    Lists({"E1", "E1"});
+    dvr->Receives(v2::NextEvent("E1"));
+    Acknowledges("E1");
+    dvr->Receives(v2::NextEvent("E1"));
+    Acknowledges("E1");
+    ReceivesDone();
+    Ends();
+}
+
 TEST_F(EventList20, AppendsASecondListAndRequestsTheFrontAgain) {
     Start();
     Lists({"E1"});

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "Dialogue.h"
+#include "Sockets.h"
 
 namespace {
 
@@ -17,6 +19,23 @@ TEST_F(Interrupt, StopsItWhileAClientIsSilent) {
     Connect();
     Opens();
     Ends();
+}
+
+TEST_F(Interrupt, ShutsBothSocketsDown) {
+    Connect();
+    // Somebody else holds the sockets too, so that they outlive the process: the peers learn of the end all
+    // the same.
+    const std::vector<int> descriptors = harness->GetProcess().Descriptors();
+    ASSERT_LE(2u, descriptors.size());
+    const int client = harness->GetProcess().Copy(descriptors.back());
+    const int server = harness->GetProcess().Copy(descriptors[descriptors.size() - 2]);
+    ASSERT_NE(-1, client);
+    ASSERT_NE(-1, server);
+    harness->StopsOnInterrupt();
+    dvr->ReceivesEnd();
+    EXPECT_FALSE(sockets::IsListening(5001));
+    close(client);
+    close(server);
 }
 
 TEST_F(Interrupt, StopsItInTheMiddleOfAMessage) {

@@ -1,7 +1,7 @@
 #include "LastFile.h"
 
-void FaultsOfTheLastFile::ReachLastFile(const std::vector<std::string>& switches) {
-    Start(switches);
+void FaultsOfTheLastFile::ReachLastFile(const std::vector<std::string>& switches, const Launch& launch) {
+    Start(switches, launch);
     ReachesFirstFile("EVENT1", {"meta.xml", "video1"});
     Completes("EVENT1", "meta.xml", 1, " hashCode=\"H0\"");
 }

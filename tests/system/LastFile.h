@@ -7,7 +7,7 @@
 class FaultsOfTheLastFile : public Dialect20 {
  protected:
     /// Goes there. What happens with the last file is the test's to see.
-    void ReachLastFile(const std::vector<std::string>& switches);
+    void ReachLastFile(const std::vector<std::string>& switches, const Launch& launch = {});
 
     /// The last file is requested without a fault; with rehash="true" or not.
     void RequestsTheLastFile(bool rehash = false, Here here = Here::current());

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -40,6 +41,10 @@ void Prepare(pid_t parent, const Launch& launch) {
     close_range(STDERR_FILENO + 1, ~0U, 0);
     for (const int fd : launch.closedDescriptors) {
         close(fd);
+    }
+    if (not launch.commandFolder.empty()) {
+        const char* const others = getenv("PATH");
+        setenv("PATH", (launch.commandFolder + ":" + (others ? others : "/usr/bin:/bin")).c_str(), 1);
     }
     if (launch.descriptorLimit not_eq 0) {
         const rlimit limit = {launch.descriptorLimit, launch.descriptorLimit};
@@ -163,6 +168,10 @@ std::string Process::Ending() const {
 bool Process::IsRunning() const {
     pollfd process = {pidFd_, POLLIN, 0};
     return not ended_ and poll(&process, 1, 0) == 0;
+}
+
+int Process::Copy(int descriptor) const {
+    return static_cast<int>(syscall(SYS_pidfd_getfd, pidFd_, descriptor, 0));
 }
 
 std::chrono::milliseconds Process::ProcessorTime() const {

@@ -13,6 +13,7 @@ struct Launch {
     std::vector<int> closedDescriptors = {};  // of 0, 1 and 2
     unsigned int descriptorLimit = 0;         // RLIMIT_NOFILE; 0: as it is
     bool interruptIgnored = false;            // as a shell starts a background job
+    std::string commandFolder = {};           // searched for commands ahead of the others
 };
 
 /// The real program as a child process, with what it writes. It reads /dev/null, has no other descriptors
@@ -42,6 +43,9 @@ class Process {
     bool IsRunning() const;
 
     pid_t Id() const { return pid_; }
+
+    /// A copy of one of its descriptors, the caller's to close.
+    int Copy(int descriptor) const;
 
     /// Processor time that it has used.
     std::chrono::milliseconds ProcessorTime() const;

@@ -1,4 +1,7 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <fstream>
 
 #include "LastFile.h"
 
@@ -55,6 +58,54 @@ TEST_F(FaultsOfTheLastFile, MissTheReidOfATransportFailure) {
     dvr->Receives(v2::GetFile("EVENT1", "video1"));
     dvr->Sends(Message("TRANSPORT_EXCEPTION"));
     harness->Logs(2, "'reid' attribute missing from TRANSPORT_EXCEPTION message");
+    harness->Logs(32, "filesToReceive size = 1");
+    EXPECT_FALSE(FileExists(kMarker));
+    RequestsTheLastFile();
+    Ends();
+}
+
+/// The commands that set and remove the marker wait at a gate, so that a request sent ahead of them shows.
+class SlowMarker : public FaultsOfTheLastFile {
+ protected:
+    void SetUp() override {
+        ASSERT_EQ(0, mkdir("/mnt/commands", 0755));
+        ASSERT_EQ(0, mkfifo("/mnt/gate", 0600));
+        WriteCommand("touch", ": > \"$1\"");
+        WriteCommand("rm", "unlink \"$1\"");
+        slow_.commandFolder = "/mnt/commands";
+    }
+
+    /// The command has been started and waits, and the harness waits for it. Lets it go on.
+    void WaitsFor(const std::string& command, Here here = Here::current()) {
+        const std::string started = "/mnt/" + command + ".started";
+        if (not Until([&] { return FileExists(started); })) {
+            FailAt(here, command + " was not started");
+        }
+        EXPECT_FALSE(dvr->HasSomethingToRead()) << "requested ahead of " << command;
+        std::ofstream gate("/mnt/gate");
+        gate << "open\n";
+    }
+
+    Launch slow_;
+
+ private:
+    static void WriteCommand(const std::string& name, const std::string& action) {
+        const std::string path = "/mnt/commands/" + name;
+        std::ofstream(path) << "#!/bin/sh\n: > /mnt/" << name << ".started\nread line < /mnt/gate\n"
+                            << action << "\n";
+        ASSERT_EQ(0, chmod(path.c_str(), 0755));
+    }
+};
+
+TEST_F(SlowMarker, IsSetAheadOfTheRequestAndRemovedAheadOfTheNext) {
+    ReachLastFile({"-t"}, slow_);
+    harness->Logs(32, "processing 'transportException' option");
+    WaitsFor("touch");
+    dvr->Receives(v2::GetFile("EVENT1", "video1"));
+    EXPECT_TRUE(FileExists(kMarker));
+    dvr->Sends(TransportException("EVENT1"));
+    harness->Logs(16, "TRANSPORT_EXCEPTION 'reid' attribute = 'EVENT1'");
+    WaitsFor("rm");
     harness->Logs(32, "filesToReceive size = 1");
     EXPECT_FALSE(FileExists(kMarker));
     RequestsTheLastFile();
