@@ -11,6 +11,8 @@
 
 namespace {
 
+constexpr int kJudgeUsage = 64;  // 2 says there that the verdict is inconclusive
+
 /// Reads the command line and runs the subcommand that it asks for. @return the exit status
 int Run(int argc, char** argv) {
     CLI::App app("Companion tools of the velloran test harness", "velloran-rig");
@@ -25,6 +27,13 @@ int Run(int argc, char** argv) {
         }
     } catch (const CLI::Success& asked) {  // --help and --version
         return app.exit(asked);
+    } catch (const CLI::ParseError& error) {
+        if (!app.got_subcommand("judge")) {
+            throw;
+        }
+        std::cerr << "velloran-rig judge: " << rig::Printable(error.what())
+                  << " (velloran-rig judge --help tells more)\n";
+        return kJudgeUsage;
     }
     return status;
 }

@@ -43,7 +43,8 @@ constexpr std::uint64_t kHighestRate = 1'000'000'000'000;
 constexpr const char* kExitStatuses =
     "Exit status: 0 the dialogue ran to DONE (or to the refusal of a configuration update, after which the "
     "harness\n"
-    "asks for nothing more); 1 the harness broke the protocol or closed the connection early; 2 usage "
+    "asks for nothing more, or to where a defect ended the connection); 1 the harness broke the protocol or "
+    "closed the connection early; 2 usage "
     "error, or a\n"
     "file or folder that cannot be read or written; 3 nothing came within --timeout, or no connection within "
     "--wait.\n"
@@ -190,6 +191,9 @@ void Play(const DvrOptions& options) {
     WireCheck wireCheck(options.protocol, injector.HasDefects());
     while (PlayOnce(options, *recordings, endpoint, delivery.get(), injector, wireCheck, transcript)) {
         transcript.Note("connecting again, as told");
+    }
+    if (!injector.Idle().empty()) {
+        transcript.Note("had nothing to act on: " + injector.Idle());
     }
     if (!std::cout) {
         throw Failure(ExitStatus::UsageError,

@@ -67,6 +67,16 @@ void Injector::Add(const std::string& defect, const DefectSite& site) {
     defects_.push_back({&kind, value, site});
 }
 
+std::string Injector::Idle() const {
+    std::string names;
+    for (const Defect& defect : defects_) {
+        if (!defect.acted) {
+            names += (names.empty() ? "" : ", ") + std::string(defect.kind->name);
+        }
+    }
+    return names;
+}
+
 bool Injector::IsDue(const Defect& defect, const Message& message) const {
     const DefectSite& site = defect.site;
     if (!CanActOn(*defect.kind, message.Name()) ||

@@ -30,6 +30,9 @@ class Injector {
 
     bool HasDefects() const { return !defects_.empty(); }
 
+    /// @return the names of the defects that have had nothing to act on, for people; empty if all have acted
+    std::string Idle() const;
+
     /// Lets each defect act, in the order in which they were added.
     Outgoing Prepare(Message message);
 

@@ -115,17 +115,8 @@ void Session::SendDefective(Message message) {
     reconnects_ = reconnects_ || outgoing.reconnects;
     if (outgoing.dropped) {
         transcript_.Note("not sent: " + honest);
-        return;
-    }
-    for (const Message& extra : outgoing.before) {
-        transcript_.Sent(extra, outgoing.defects);
-        connection_.Send(EncodeFrame(extra.Text()), times_.silence);
-    }
-    transcript_.Sent(outgoing.message, outgoing.defects);
-    connection_.Send(injector_->Frame(outgoing), times_.silence);
-    for (const Message& extra : outgoing.after) {
-        transcript_.Sent(extra, outgoing.defects);
-        connection_.Send(EncodeFrame(extra.Text()), times_.silence);
+    } else {
+        Transmit(outgoing);
     }
     silent_ = outgoing.silent;
     if (outgoing.knocks) {
@@ -133,6 +124,19 @@ void Session::SendDefective(Message message) {
         transcript_.Note("opened a second connection");
     }
     EndAsTold(outgoing.end);
+}
+
+void Session::Transmit(const Outgoing& outgoing) {
+    const auto sendExtras = [&](const std::vector<Message>& extras) {
+        for (const Message& extra : extras) {
+            transcript_.Sent(extra, outgoing.defects);
+            connection_.Send(EncodeFrame(extra.Text()), times_.silence);
+        }
+    };
+    sendExtras(outgoing.before);
+    transcript_.Sent(outgoing.message, outgoing.defects);
+    connection_.Send(injector_->Frame(outgoing), times_.silence);
+    sendExtras(outgoing.after);
 }
 
 void Session::EndAsTold(Outgoing::End end) {

@@ -68,6 +68,7 @@ class Session {
     void Send(Message message);
     void SendHonest(const Message& message);
     void SendDefective(Message message);
+    void Transmit(const Outgoing& outgoing);
     void EndAsTold(Outgoing::End end);
 
     Connection& connection_;

@@ -88,7 +88,7 @@ void Transcript::Print(const char* colour, const std::string& text) {
 }
 
 std::string Summarize(const Message& message) {
-    std::string text = Printable(message.Name());
+    std::string text = message.Name().empty() ? "(no name)" : Printable(message.Name());
     for (const pugi::xml_attribute attribute : message.Root().attributes()) {
         if (!GoesWithoutSaying(message, attribute)) {
             text +=
