@@ -45,9 +45,12 @@ const char* MsgReq(const TiXmlDocument& document) {
     return MsgAttribute(document, "req");
 }
 
-void LogParseError(const TiXmlDocument& document) {
-    VEL_LOG(1) << "error: " << document.Error() << ":" << document.ErrorDesc();
-    VEL_LOG(1) << "row: " << document.ErrorRow() << ":" << document.ErrorCol();
+void ParseOrReport(TiXmlDocument& document, const char* text) {
+    document.Parse(text);
+    if (document.Error()) {
+        VEL_LOG(1) << "error: " << document.Error() << ":" << document.ErrorDesc();
+        VEL_LOG(1) << "row: " << document.ErrorRow() << ":" << document.ErrorCol();
+    }
 }
 
 std::string PrintFakeConfig(const char* info) {

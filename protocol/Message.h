@@ -29,8 +29,9 @@ const char* MsgAttribute(const TiXmlDocument& document, const char* name);
 /// ours.
 const char* MsgReq(const TiXmlDocument& document);
 
-/// Logs at level 1 what a document that did not parse reports, in two lines.
-void LogParseError(const TiXmlDocument& document);
+/// Parses `text` into an empty document. Where it is no XML, logs what the parser reports, in two lines at
+/// level 1; the caller then asserts that there is no error, so that the assertion names its function.
+void ParseOrReport(TiXmlDocument& document, const char* text);
 
 /// @return a configuration that no DVR accepts: a printed document, to travel escaped in an attribute
 std::string PrintFakeConfig(const char* info);

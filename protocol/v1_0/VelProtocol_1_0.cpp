@@ -11,10 +11,7 @@ VelProtocolBase::e_MsgReturn VelProtocol_1_0::HandleMessage() {
     std::vector<char> message;
     GetMessage(message);
     TiXmlDocument incomingMessage;
-    incomingMessage.Parse(message.data());
-    if (incomingMessage.Error()) {
-        LogParseError(incomingMessage);
-    }
+    ParseOrReport(incomingMessage, message.data());
     assert(not incomingMessage.Error());
 
     const char* const attribute = MsgReq(incomingMessage);
@@ -74,10 +71,7 @@ void VelProtocol_1_0::Handle_XML_msg(TiXmlDocument& document) {
             continue;
         }
         TiXmlDocument embmsg;
-        embmsg.Parse(text);
-        if (embmsg.Error()) {
-            LogParseError(embmsg);
-        }
+        ParseOrReport(embmsg, text);
         assert(not embmsg.Error());
 
         const TiXmlHandle recordingEvent = TiXmlHandle(&embmsg).FirstChild("recording-event");

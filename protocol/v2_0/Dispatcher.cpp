@@ -10,10 +10,7 @@ VelProtocolBase::e_MsgReturn VelProtocol_2_0::HandleMessage() {
     std::vector<char> message;
     GetMessage(message);
     TiXmlDocument incomingMessage;
-    incomingMessage.Parse(message.data());
-    if (incomingMessage.Error()) {
-        LogParseError(incomingMessage);
-    }
+    ParseOrReport(incomingMessage, message.data());
     assert(not incomingMessage.Error());
 
     const char* const attribute = MsgReq(incomingMessage);

@@ -63,10 +63,7 @@ void VelProtocol_2_0::Handle_EVENT_msg(TiXmlDocument& document) {
         return;
     }
     TiXmlDocument embmsg;
-    embmsg.Parse(text);
-    if (embmsg.Error()) {
-        LogParseError(embmsg);
-    }
+    ParseOrReport(embmsg, text);
     assert(not embmsg.Error());
 
     const TiXmlHandle recordingEvent = TiXmlHandle(&embmsg).FirstChild("recording-event");
