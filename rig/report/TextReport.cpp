@@ -112,10 +112,10 @@ void PrintClosing(Text& text, const Result& result, bool colour) {
         }
     }
     Print(text,
-          "{}: {} runs, {} checks, {} passed, {} failed, {} inconclusive, {} not reached, {} environment\n",
-          Shown(WorstOf(result), 0, colour), result.runs.size(), checks, counts[Verdict::Pass],
-          counts[Verdict::Fail], counts[Verdict::Inconclusive], counts[Verdict::NotReached],
-          counts[Verdict::Environment]);
+          "{}: {} {}, {} checks, {} passed, {} failed, {} inconclusive, {} not reached, {} environment\n",
+          Shown(WorstOf(result), 0, colour), result.runs.size(), result.runs.size() == 1 ? "run" : "runs",
+          checks, counts[Verdict::Pass], counts[Verdict::Fail], counts[Verdict::Inconclusive],
+          counts[Verdict::NotReached], counts[Verdict::Environment]);
 }
 
 const char* ArrowOf(Step::Kind kind) {

@@ -20,7 +20,7 @@ TEST(TextReport, TellsWhatWasExpectedAndFoundAndWhere) {
                         "EVENT_LIST\n  found:    EVENT_LIST without source (1x)\n  test.log:"),
               std::string::npos);
     EXPECT_EQ(text.find('\x1b'), std::string::npos);
-    EXPECT_EQ(text.rfind("FAIL: 1 runs, "), text.rfind('\n', text.size() - 2) + 1);
+    EXPECT_EQ(text.rfind("FAIL: 1 run, "), text.rfind('\n', text.size() - 2) + 1);
 }
 
 TEST(TextReport, ShowsAMatrixOfManyRuns) {
