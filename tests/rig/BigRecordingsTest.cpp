@@ -90,14 +90,18 @@ std::string RequestOf(BackendConnection& backend, const std::string& request) {
     return backend.Read();
 }
 
+std::string GetFile(const std::string& event, const std::string& file) {
+    return "<msg req=\"GET_FILE\" reid=\"" + event + "\" path=\"" + event + "\" file=\"" + file +
+           "\" protocolVersion=\"2.0\"/>";
+}
+
 /// Exports one event with all its files.
 void ExportEvent(BackendConnection& backend, const std::string& event) {
     const std::string attributes = " reid=\"" + event + "\" protocolVersion=\"2.0\"";
     const std::string description = RequestOf(backend, "<msg req=\"NEXT_EVENT\"" + attributes + "/>");
     ASSERT_EQ(Message::Parse(description).Name(), "EVENT");
     for (int file = 0; file < kFiles; ++file) {
-        const std::string answer = RequestOf(backend, "<msg req=\"GET_FILE\"" + attributes + " path=\"" +
-                                                          event + "\" file=\"" + FileName(file) + "\"/>");
+        const std::string answer = RequestOf(backend, GetFile(event, FileName(file)));
         ASSERT_NE(answer.find("FILE_COMPLETE"), std::string::npos) << answer;
     }
     ASSERT_NE(

@@ -117,7 +117,7 @@ TEST_F(DeliveryTest, TakesAnyNameThatStaysInTheFolder) {
         Delivery delivery(folder, name, name);
         delivery.Copy(1000);
         delivery.Complete();
-        EXPECT_EQ(FilesIn(Place()), (Files{{name + "/" + name, name}}));
+        EXPECT_EQ(FilesIn(Place()), (Files{{fs::path(name) / name, name}}));
         fs::remove_all(Place());
     }
 }

@@ -33,7 +33,7 @@ class InjectorTest : public testing::Test {
         return FailureOf(ExitStatus::UsageError, [&] { injector.Add(defect, site); });
     }
 
-    const Names none_;
+    const Names none_{};
     FixedRecordings recordings_;
     Injector injector_{recordings_, 2, 0};
 };

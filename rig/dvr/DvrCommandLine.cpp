@@ -1,0 +1,166 @@
+#include <CLI/CLI.hpp>
+#include <cstddef>
+#include <cstdint>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "rig/dvr/ChoiceOption.h"
+#include "rig/dvr/Defect.h"
+#include "rig/dvr/DvrCommand.h"
+#include "rig/dvr/NumberOption.h"
+#include "rig/dvr/ReplayCommand.h"
+
+namespace rig {
+namespace {
+
+constexpr double kLongestSeconds = 86'400;
+constexpr int kLongestTransfer = 3'600'000;  // milliseconds
+constexpr int kLongestGap = 3'600'000;       // milliseconds
+constexpr std::size_t kLargestSegment = 1'000'000'000;
+constexpr std::uint64_t kHighestRate = 1'000'000'000'000;
+
+constexpr const char* kExitStatuses =
+    "Exit status: 0 the dialogue ran to DONE (or to the refusal of a configuration update, after which\n"
+    "the harness asks for nothing more, or to where a defect ended the connection); 1 the harness broke\n"
+    "the protocol or closed the connection early; 2 usage error, or a file or folder that cannot be read\n"
+    "or written; 3 nothing came within --timeout, or no connection within --wait.\n"
+    "With --replay: 0 the harness asked for the same to the end of the log; 1 it asked for something\n"
+    "else; 2 and 3 as above.\n"
+    "\n"
+    "The DVR closes the connection when the dialogue is done. The harness expects that in protocol 1.0\n"
+    "after DONE, and in 2.0 if it was started with -c. Otherwise, and in both after a refused\n"
+    "configuration update, it then spins on the closed connection until it is interrupted.";
+
+/// How long the DVR waits.
+void AddTimeOptions(CLI::App& dvr, DvrOptions& options) {
+    const auto addSeconds = [&dvr](const char* name, double& seconds, const char* text) {
+        dvr.add_option(name, seconds, text)
+            ->transform(Between(0.0, kLongestSeconds))
+            ->type_name("SECONDS")
+            ->capture_default_str();
+    };
+    addSeconds("--wait", options.wait, "How long to try to connect");
+    addSeconds("--timeout", options.timeout, "How long to wait for each message of the harness");
+    addSeconds("--frame-timeout", options.frameTimeout,
+               "How long the rest of a message may stay out, as it does for good when its prefix announces "
+               "too much");
+}
+
+/// How fast the DVR is, and where the files go.
+void AddPaceOptions(CLI::App& dvr, DvrOptions& options) {
+    dvr.add_option("--transfer-time", options.transferTime,
+                   "How long the transfer of a file takes, in ms; a second request for it in that time gets "
+                   "XFER_IN_PROGRESS")
+        ->transform(Between(0, kLongestTransfer))
+        ->type_name("MS")
+        ->capture_default_str();
+    dvr.add_option("--rate", options.rate,
+                   "Transfer the files at this rate instead, so that long ones take long")
+        ->transform(Between<std::uint64_t>(1, kHighestRate))
+        ->type_name("BYTES/S")
+        ->excludes("--transfer-time");
+    dvr.add_option(
+           "--deliver", options.deliver,
+           "Copy the files there while they are transferred, as DIR/EVENT/FILE; a file appears when it is "
+           "complete")
+        ->type_name("DIR");
+    auto* const segment =
+        dvr.add_option("--segment", options.segment, "Send every message in pieces of so many bytes")
+            ->transform(Between(std::size_t{1}, kLargestSegment))
+            ->type_name("BYTES");
+    dvr.add_option("--gap", options.gap, "Pause between the pieces, in ms")
+        ->transform(Between(0, kLongestGap))
+        ->type_name("MS")
+        ->capture_default_str()
+        ->needs(segment);
+}
+
+/// In what the DVR is wrong.
+void AddDefectOptions(CLI::App& dvr, const std::shared_ptr<DvrOptions>& options) {
+    // In the order of the command line: a place belongs to the defect before it.
+    const auto lastDefect = [options](const char* option) -> DefectOption& {
+        if (options->defects.empty()) {
+            throw CLI::ValidationError(option, "expected a --defect before it, found none");
+        }
+        return options->defects.back();
+    };
+    dvr.add_option_function<std::string>(
+           "--defect",
+           [options](const std::string& defect) {
+               options->defects.push_back({defect, "", ""});
+           },
+           "A way in which to be wrong (see --list-defects); may be given several times")
+        ->type_name("NAME[=VALUE]")
+        ->trigger_on_parse();
+    dvr.add_option_function<std::string>(
+           "--on", [lastDefect](const std::string& site) { lastDefect("--on").on = site; },
+           "The defect before it acts on each MESSAGE of the DVR, or only on the Nth (default: the first "
+           "that it can change)")
+        ->type_name("MESSAGE[:N]")
+        ->trigger_on_parse();
+    dvr.add_option_function<std::string>(
+           "--at", [lastDefect](const std::string& site) { lastDefect("--at").at = site; },
+           "The defect before it acts only on messages about this event, or this file of it")
+        ->type_name("EVENT[:FILE]")
+        ->trigger_on_parse();
+    dvr.add_option("--seed", options->seed, "Repeats the random choices of an earlier run")
+        ->transform(Between<std::uint32_t>(0, UINT32_MAX))
+        ->type_name("N");
+    dvr.add_flag_callback(
+        "--list-defects",
+        [] {
+            std::cout << ListDefects();
+            throw CLI::Success();
+        },
+        "Print the table of defects and exit");
+}
+
+/// How closely the DVR looks at what the harness sends.
+void AddWireOptions(CLI::App& dvr, DvrOptions& options) {
+    dvr.add_flag("--wire-check", options.wireCheck,
+                 "Check every byte of the harness's messages: prefix, printing, order of the attributes");
+    dvr.add_option(
+           "--on-size-error", options.onSizeError,
+           "What to do about a message that is shorter than announced: end with status 1, or take what "
+           "came within --frame-timeout")
+        ->check(OneOf("close", "continue"))
+        ->type_name("close|continue")
+        ->capture_default_str();
+}
+
+}  // namespace
+
+void AddDvrCommand(CLI::App& app, int& status) {
+    const auto options = std::make_shared<DvrOptions>();
+    CLI::App* const dvr = app.add_subcommand("dvr", "Plays a DVR that exports its recordings to the harness");
+    dvr->footer(kExitStatuses);
+    const auto* const protocol =
+        dvr->add_option("--protocol", options->protocol, "Dialect, as the harness was told with its -p")
+            ->transform(Between(1, 2))
+            ->type_name("1|2")
+            ->capture_default_str();
+    dvr->add_option("--host", options->host, "Where the harness runs")
+        ->type_name("HOST")
+        ->capture_default_str();
+    dvr->add_option("--port", options->port, "Where it listens")
+        ->transform(Between(1, 65535))
+        ->type_name("PORT")
+        ->capture_default_str();
+    const auto* const recordings =
+        dvr->add_option("--recordings", options->recordings,
+                        "Folder with one folder of files for each event (default: a few synthetic events)")
+            ->type_name("DIR");
+    AddTimeOptions(*dvr, *options);
+    AddPaceOptions(*dvr, *options);
+    AddDefectOptions(*dvr, options);
+    AddWireOptions(*dvr, *options);
+    AddReplayOptions(*dvr, *options);
+    dvr->callback([options, recordings, protocol, &status] {
+        options->hasRecordings = recordings->count() > 0;
+        options->hasProtocol = protocol->count() > 0;
+        status = RunDvr(*options);
+    });
+}
+
+}  // namespace rig
