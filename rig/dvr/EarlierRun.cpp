@@ -17,6 +17,7 @@ namespace {
 /// Far above any line of a real log; a longer one is no text.
 constexpr std::size_t kMaxLineBytes = std::size_t{256} * 1024 * 1024;
 constexpr std::size_t kExcerptBytes = 80;
+constexpr int kNoProcess = -1;  // of lines that do not name theirs
 constexpr const char* kLine = "a line of the harness's log (\"velloran:N TEXT\")";
 
 [[noreturn]] void ThrowAt(const std::string& log, std::size_t line, const std::string& text) {
@@ -69,7 +70,7 @@ class RunChooser {
         if (!line) {
             return;
         }
-        RunBuilder& run = runs_.try_emplace(line->process, log_).first->second;
+        RunBuilder& run = runs_.try_emplace(line->process.value_or(kNoProcess), log_).first->second;
         run.Take(number, *line);
         if (chosen_ == nullptr && run.HasMessages()) {
             chosen_ = &run;
@@ -98,7 +99,7 @@ class RunChooser {
  private:
     std::string log_;
     std::string firstLine_;
-    std::map<std::string, RunBuilder> runs_;
+    std::map<int, RunBuilder> runs_;  // by process
     const RunBuilder* chosen_ = nullptr;
 };
 

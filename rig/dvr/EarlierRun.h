@@ -1,14 +1,16 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "rig/dvr/LogLine.h"
-
 namespace rig {
+
+/// When a line was logged, since 1970.
+using LogTime = std::chrono::microseconds;
 
 /// One frame that the harness sent in an earlier run, as far as its log tells. The log holds the prefix of
 /// each frame, and what it holds of the text stands in other lines.

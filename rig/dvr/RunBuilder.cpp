@@ -77,7 +77,8 @@ RunBuilder::RunBuilder(const std::string& log) {
 }
 
 void RunBuilder::Take(std::size_t number, const LogLine& line) {
-    const std::string& text = line.text;
+    const std::string text = Unescaped(line.text);
+    const auto time = line.time ? std::optional<LogTime>(*line.time) : std::nullopt;
     if (!over_ && BeginsAnew(text)) {
         BeginAnew();
     }
@@ -90,14 +91,14 @@ void RunBuilder::Take(std::size_t number, const LogLine& line) {
     } else if (IsEnd(text)) {
         run_.ended = true;
     } else if (StartsWith(text, "expecting a message of ")) {
-        TakeSize(number, line);
+        TakeSize(number, text, time);
     } else if (StartsWith(text, "GetMessage:incoming message, bytes ")) {
         TakeSlice(number, text);
     } else {
         TakeAnswer(number, text);
     }
     if (StartsWith(text, "hdr[") || IsConnect(text) || text == "Closing client socket...") {
-        anchor_ = line.time;
+        anchor_ = time;
     }
 }
 
@@ -127,26 +128,26 @@ void RunBuilder::TakeStart(const std::string& text) {
     }
 }
 
-void RunBuilder::TakeSize(std::size_t number, const LogLine& line) {
-    const auto size = NumberBehind(line.text, "expecting a message of ");
-    if (IsMissingSlices(number, line.text)) {
+void RunBuilder::TakeSize(std::size_t number, const std::string& text, std::optional<LogTime> time) {
+    const auto size = NumberBehind(text, "expecting a message of ");
+    if (IsMissingSlices(number, text)) {
         return;
     }
-    if (!size || !EndsWith(line.text, " bytes")) {
-        return Miss(number, "'expecting a message of N bytes'", line.text);
+    if (!size || !EndsWith(text, " bytes")) {
+        return Miss(number, "'expecting a message of N bytes'", text);
     }
     if (!requests_.Missing().empty()) {
-        return Miss(number, requests_.Missing(), line.text);
+        return Miss(number, requests_.Missing(), text);
     }
     incoming_ = Incoming{{}, *size};
     incoming_->message.line = number;
-    SetPause(incoming_->message, line);
-    anchor_ = line.time;
+    SetPause(incoming_->message, time);
+    anchor_ = time;
 }
 
-void RunBuilder::SetPause(EarlierMessage& message, const LogLine& line) const {
-    if (line.time) {
-        message.pause = std::max(LogTime(0), *line.time - anchor_.value_or(*line.time));
+void RunBuilder::SetPause(EarlierMessage& message, std::optional<LogTime> time) const {
+    if (time) {
+        message.pause = std::max(LogTime(0), *time - anchor_.value_or(*time));
     }
 }
 

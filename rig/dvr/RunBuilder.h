@@ -5,8 +5,8 @@
 #include <string>
 
 #include "rig/dvr/EarlierRun.h"
-#include "rig/dvr/LogLine.h"
 #include "rig/dvr/RequestBuilder.h"
+#include "rig/log/LogLine.h"
 
 namespace rig {
 
@@ -35,11 +35,11 @@ class RunBuilder {
     bool BeginsAnew(const std::string& text) const;
     void BeginAnew();
     void TakeStart(const std::string& text);
-    void TakeSize(std::size_t number, const LogLine& line);
+    void TakeSize(std::size_t number, const std::string& text, std::optional<LogTime> time);
     void TakeAnswer(std::size_t number, const std::string& text);
     void TakeSlice(std::size_t number, const std::string& text);
     void EndMessage();
-    void SetPause(EarlierMessage& message, const LogLine& line) const;
+    void SetPause(EarlierMessage& message, std::optional<LogTime> time) const;
 
     /// Remembers that this line is not the one that was due.
     void Miss(std::size_t number, const std::string& expected, const std::string& text);

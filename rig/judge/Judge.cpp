@@ -25,6 +25,7 @@ report::RunResult Judged(const Run& run, const Limits& limits) {
                                   times.Percentile(0.99), times.Longest()});
     }
     result.steps = run.steps;
+    result.log = run.log;
     return result;
 }
 
@@ -48,7 +49,7 @@ void Judge::Add(const std::string& file, std::uint64_t number, std::string_view 
     }
     auto& model = open_[last_];
     if (model == nullptr) {
-        model = std::make_unique<RunModel>(evidence, keepSteps_);
+        model = std::make_unique<RunModel>(evidence, keep_);
     }
     model->Add(*parsed, sign, evidence);
 }

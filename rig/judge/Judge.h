@@ -12,10 +12,10 @@
 namespace rig::judge {
 
 /// Reads logs line by line, parts them into runs, and judges each when it is over. Memory does not grow with
-/// the logs, but for the dialogue where it is to be kept.
+/// the logs, but for what is to be kept.
 class Judge {
  public:
-    Judge(const Limits& limits, bool keepSteps) : limits_(limits), keepSteps_(keepSteps) {}
+    Judge(const Limits& limits, const Keep& keep) : limits_(limits), keep_(keep) {}
 
     /// Takes the next line of a log. @param file as given by the user; the line is escaped, without newline
     void Add(const std::string& file, std::uint64_t number, std::string_view line);
@@ -30,7 +30,7 @@ class Judge {
     void Close(int process);
 
     Limits limits_;
-    bool keepSteps_;
+    Keep keep_;
     std::map<int, std::unique_ptr<RunModel>> open_;  // by process; -1 where the log does not name it
     int last_ = -1;                                  // the process of the last statement
     report::Result result_;

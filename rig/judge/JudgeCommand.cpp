@@ -10,7 +10,8 @@
 
 #include "rig/judge/Judge.h"
 #include "rig/judge/KnownFailures.h"
-#include "rig/judge/LogReader.h"
+#include "rig/log/LogReader.h"
+#include "rig/report/HtmlReport.h"
 #include "rig/report/JsonReport.h"
 #include "rig/report/JunitReport.h"
 #include "rig/report/TapReport.h"
@@ -35,15 +36,17 @@ bool WantsColour() {
 }
 
 report::Result JudgeLogs(const JudgeOptions& options) {
-    judge::Judge judge({options.patience, options.maxReaction}, options.timeline || !options.json.empty());
+    const judge::Keep keep{options.timeline || !options.json.empty() || !options.html.empty(),
+                           !options.html.empty()};
+    judge::Judge judge({options.patience, options.maxReaction}, keep);
     for (const std::string& log : options.logs) {
         if (options.follow) {
-            judge::FollowLog(log, [&judge, &log](std::uint64_t number, std::string_view line) {
+            FollowLog(log, [&judge, &log](std::uint64_t number, std::string_view line) {
                 judge.Add(log, number, line);
                 return !judge.IsOver();
             });
         } else {
-            judge::ReadLog(log, [&judge, &log](std::uint64_t number, std::string_view line) {
+            ReadLog(log, [&judge, &log](std::uint64_t number, std::string_view line) {
                 judge.Add(log, number, line);
                 return true;
             });
@@ -61,6 +64,9 @@ void WriteReports(const JudgeOptions& options, const report::Result& result) {
     }
     if (!options.tap.empty()) {
         report::WriteWhole(options.tap, report::TapReport(result));
+    }
+    if (!options.html.empty()) {
+        report::WriteWhole(options.html, report::HtmlReport(result));
     }
 }
 
@@ -95,6 +101,10 @@ void AddJudgeCommand(CLI::App& app, int& status) {
     judge->add_option("--junit", options->junit, "Write the result as JUnit XML")->type_name("FILE");
     judge->add_option("--tap", options->tap, "Write the result in the Test Anything Protocol")
         ->type_name("FILE");
+    judge
+        ->add_option("--html", options->html,
+                     "Write one page with the table, the dialogue and the log, to be mailed")
+        ->type_name("FILE");
     judge->callback([options, &status] { status = RunJudge(*options); });
 }
 
@@ -117,7 +127,7 @@ int RunJudge(const JudgeOptions& options) {
         std::cout << report::TextReport(result, WantsColour()) << std::flush;
         WriteReports(options, result);
         return report::ExitStatusOf(report::WorstOf(result));
-    } catch (const judge::Unreadable& log) {
+    } catch (const Unreadable& log) {
         return Complain(kNoLog, log.what());
     } catch (const std::exception& error) {
         return Complain(kUsage, error.what());

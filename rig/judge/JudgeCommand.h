@@ -21,6 +21,7 @@ struct JudgeOptions {
     std::string json;                   // files; empty where not given
     std::string junit;
     std::string tap;
+    std::string html;
 };
 
 /// Adds the subcommand `judge`. When the command line asks for it, parsing runs it and leaves its exit status

@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "rig/judge/Checks.h"
-#include "rig/judge/LogReader.h"
+#include "rig/log/LogReader.h"
 
 namespace rig::judge {
 namespace {

@@ -102,7 +102,8 @@ struct Run {
     bool hasLargeEvent = false;    // an event of at least two files came
     std::deque<Request> pending;   // still without an answer
 
-    std::vector<report::Step> steps;  // only when they are asked for
+    std::vector<report::Step> steps;    // only when they are asked for
+    std::vector<report::LogEntry> log;  // likewise
 
     const Tally& Of(Sign sign) const { return signs[static_cast<std::size_t>(sign)]; }
     bool Saw(Sign sign) const { return Of(sign).Any(); }

@@ -77,7 +77,7 @@ std::string Described(const std::string& name, const std::string& reid, const st
 
 }  // namespace
 
-RunModel::RunModel(const Evidence& begin, bool keepSteps) : keepSteps_(keepSteps) {
+RunModel::RunModel(const Evidence& begin, const Keep& keep) : keep_(keep) {
     run_.begin = begin;
 }
 
@@ -108,6 +108,9 @@ void RunModel::Add(const LogLine& line, Sign sign, const Evidence& evidence) {
         run_.hasStart = run_.hasStart || !run_.Saw(Sign::Expecting);
     }
     run_.signs[static_cast<std::size_t>(sign)].Add(evidence);
+    if (keep_.log) {
+        run_.log.push_back({evidence.line, line.time, line.level, std::string(line.text)});
+    }
     switch (sign) {
         case Sign::Expecting:
             ExpectMessage(line, evidence);
@@ -508,7 +511,7 @@ void RunModel::Send(const Evidence& evidence) {
 }
 
 void RunModel::AddStep(Step::Kind kind, const std::string& text, const Evidence& evidence) {
-    if (keepSteps_) {
+    if (keep_.steps) {
         run_.steps.push_back({kind, now_, text, evidence.line});
     }
 }

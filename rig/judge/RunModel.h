@@ -4,8 +4,8 @@
 #include <string>
 #include <utility>
 
-#include "rig/judge/LogLine.h"
 #include "rig/judge/Run.h"
+#include "rig/log/LogLine.h"
 
 namespace pugi {
 class xml_document;
@@ -14,13 +14,18 @@ class xml_node;
 
 namespace rig::judge {
 
+/// What is kept of a run beyond what the verdict needs. Both take memory in proportion to the log.
+struct Keep {
+    bool steps = false;  // the dialogue
+    bool log = false;    // every statement
+};
+
 /// Follows one run of the harness statement by statement: what the DVR sent stands in the log; what the
 /// harness sent does not, and follows from the state that the log shows it to be in. Keeps facts, gives no
 /// verdicts.
 class RunModel {
  public:
-    /// @param keepSteps whether the dialogue is to be kept, which takes memory in proportion to the log
-    RunModel(const report::Evidence& begin, bool keepSteps);
+    RunModel(const report::Evidence& begin, const Keep& keep);
 
     /// @return whether the statement can only belong to another run, begun after this one
     bool IsStartOfAnother(Sign sign) const;
@@ -59,7 +64,7 @@ class RunModel {
     void AddStep(report::Step::Kind kind, const std::string& text, const report::Evidence& evidence);
 
     Run run_;
-    bool keepSteps_;
+    Keep keep_;
     std::optional<std::int64_t> now_;  // the statement's time
 
     std::deque<std::string> events_;  // the harness's work lists, as far as the log shows them

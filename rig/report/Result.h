@@ -45,6 +45,14 @@ struct Step {
     std::uint64_t line = 0;  // of the log
 };
 
+/// One statement of the harness's log.
+struct LogEntry {
+    std::uint64_t line = 0;            // of the log
+    std::optional<std::int64_t> time;  // microseconds since 1970-01-01 UTC
+    std::optional<int> level;          // 1 to 64, where the log has it
+    std::string text;                  // without prefix, escaped
+};
+
 /// How long the DVR took to answer one kind of request, net of the harness's own pauses; milliseconds.
 struct Timing {
     std::string request;
@@ -63,7 +71,8 @@ struct RunResult {
     std::optional<std::int64_t> end;  // microseconds since 1970-01-01 UTC
     std::vector<CheckResult> checks;
     std::vector<Timing> timings;
-    std::vector<Step> steps;  // empty unless asked for
+    std::vector<Step> steps;    // empty unless asked for
+    std::vector<LogEntry> log;  // empty unless asked for
 };
 
 struct Result {

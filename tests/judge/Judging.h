@@ -16,7 +16,7 @@ inline std::string RealLog(const std::string& name) {
 
 /// @return the verdicts on the runs of a log that holds this text
 inline rig::report::Result Judged(const std::string& text, const rig::judge::Limits& limits = {}) {
-    rig::judge::Judge judge(limits, true);
+    rig::judge::Judge judge(limits, {true, true});
     std::istringstream lines(text);
     std::uint64_t number = 0;
     for (std::string line; std::getline(lines, line);) {

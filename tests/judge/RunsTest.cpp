@@ -20,7 +20,7 @@ TEST(Runs, BeginAnewWithASwitchOrAConnection) {
 
 TEST(Runs, GoOnInARotatedFile) {
     const std::string run = RealLog("clean-2.0");
-    rig::judge::Judge judge({}, false);
+    rig::judge::Judge judge({}, {});
     std::istringstream lines(run);
     std::uint64_t number = 0;
     for (std::string line; std::getline(lines, line); ++number) {

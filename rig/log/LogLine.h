@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace rig::judge {
+namespace rig {
 
 /// One statement of the harness, taken out of the line that carries it. The views point into that line.
 struct LogLine {
@@ -23,4 +23,4 @@ std::optional<LogLine> ParseLogLine(std::string_view line);
 ///         stay.
 std::string Unescaped(std::string_view text);
 
-}  // namespace rig::judge
+}  // namespace rig

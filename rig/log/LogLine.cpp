@@ -1,10 +1,10 @@
-#include "rig/judge/LogLine.h"
+#include "rig/log/LogLine.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 
-namespace rig::judge {
+namespace rig {
 namespace {
 
 constexpr std::string_view kSource = "velloran:";
@@ -56,6 +56,7 @@ std::int64_t DaysSinceEpoch(int year, int month, int day) {
 }
 
 constexpr std::int64_t kSecond = 1'000'000;
+constexpr std::size_t kSecondsEnd = 19;  // in "2026-11-20T14:03:07"
 
 /// @return the time of day "HH:MM:SS" at `at`, with a fraction behind it where there is one, in microseconds
 std::optional<std::int64_t> TimeOfDay(std::string_view text, std::size_t at) {
@@ -75,7 +76,20 @@ std::optional<std::int64_t> TimeOfDay(std::string_view text, std::size_t at) {
     return time;
 }
 
-/// Reads "2026-11-20T14:03:07.123456Z"; an offset from UTC is left out: only differences are used.
+/// @return the microseconds that local time is ahead of UTC, by a zone such as "+0100" or "+01:00"; 0 for "Z"
+/// and for
+///         none: then only differences of times mean something
+std::int64_t ZoneOffset(std::string_view zone) {
+    if (zone.empty() || (zone[0] != '+' && zone[0] != '-')) {
+        return 0;
+    }
+    const auto hours = Digits(zone, 1, 2);
+    const auto minutes = Digits(zone, zone.size() > 3 && zone[3] == ':' ? 4 : 3, 2);
+    const std::int64_t offset = (hours.value_or(0) * 60 + minutes.value_or(0)) * 60 * kSecond;
+    return zone[0] == '-' ? -offset : offset;
+}
+
+/// Reads "2026-11-20T14:03:07.123456Z".
 std::optional<std::int64_t> IsoTime(std::string_view prefix) {
     const auto year = Digits(prefix, 0, 4);
     const auto month = Digits(prefix, 5, 2);
@@ -87,7 +101,9 @@ std::optional<std::int64_t> IsoTime(std::string_view prefix) {
     if (!time) {
         return std::nullopt;
     }
-    return DaysSinceEpoch(*year, *month, *day) * 24 * 3600 * kSecond + *time;
+    const std::size_t zone = std::min(prefix.find_first_not_of(".0123456789", kSecondsEnd), prefix.size());
+    return DaysSinceEpoch(*year, *month, *day) * 24 * 3600 * kSecond + *time -
+           ZoneOffset(prefix.substr(zone));
 }
 
 /// Reads "Nov 20 14:03:07".
@@ -191,4 +207,4 @@ std::string Unescaped(std::string_view text) {
     return plain;
 }
 
-}  // namespace rig::judge
+}  // namespace rig

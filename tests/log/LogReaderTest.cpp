@@ -4,9 +4,9 @@
 #include <fstream>
 #include <vector>
 
-#include "rig/judge/LogReader.h"
+#include "rig/log/LogReader.h"
 
-namespace rig::judge {
+namespace rig {
 namespace {
 
 class LogReader : public testing::Test {
@@ -63,4 +63,4 @@ TEST_F(LogReader, SaysWhatCannotBeRead) {
 }
 
 }  // namespace
-}  // namespace rig::judge
+}  // namespace rig

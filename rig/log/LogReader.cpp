@@ -1,4 +1,4 @@
-#include "rig/judge/LogReader.h"
+#include "rig/log/LogReader.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -10,7 +10,7 @@
 #include <cstring>
 #include <vector>
 
-namespace rig::judge {
+namespace rig {
 namespace {
 
 constexpr std::size_t kChunk = std::size_t{1} << 18;
@@ -137,4 +137,4 @@ void FollowLog(const std::string& name, const TakeLine& take) {
     lines.End();
 }
 
-}  // namespace rig::judge
+}  // namespace rig

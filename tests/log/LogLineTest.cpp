@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
-#include "rig/judge/LogLine.h"
-#include "rig/judge/Signs.h"
+#include <string>
 
-namespace rig::judge {
+#include "rig/dvr/Printable.h"
+#include "rig/log/LogLine.h"
+
+namespace rig {
 namespace {
 
 TEST(LogLine, OfOurLoggerHasTimeLevelAndText) {
@@ -21,6 +23,31 @@ TEST(LogLine, OfSyslogHasProcessAndTime) {
     EXPECT_EQ(line->text, "Sending DONE");
     EXPECT_EQ(line->process, 212);
     EXPECT_EQ(line->time, (305LL * 24 * 3600 + 1) * 1000000);
+}
+
+TEST(LogLine, OfTheJournalIsReducedToUtc) {
+    for (const char* time : {"2026-11-20T15:03:07.123456+0100", "2026-11-20T15:03:07.123456+01:00",
+                             "2026-11-20T09:33:07.123456-0430", "2026-11-20T14:03:07.123456"}) {
+        const std::string text = std::string(time) + " rig velloran[212]: velloran:99 hdr[0]= 28";
+        const auto line = ParseLogLine(text);
+        ASSERT_TRUE(line);
+        EXPECT_EQ(line->text, "hdr[0]= 28");
+        EXPECT_EQ(line->process, 212);
+        EXPECT_EQ(line->time, 1795183387123456) << time;
+    }
+}
+
+TEST(LogLine, HasNoTimeThatIsNone) {
+    for (const char* time : {"2026-13-20T14:03:07Z", "2026-11-20T14.03.07Z", "Nov x 14:03:07", "T", "7"}) {
+        const std::string text = std::string(time) + " velloran:1 x";
+        const auto line = ParseLogLine(text);
+        ASSERT_TRUE(line) << time;
+        EXPECT_EQ(line->time, std::nullopt) << time;
+    }
+}
+
+TEST(LogLine, KeepsTheBlanksOfItsText) {
+    EXPECT_EQ(ParseLogLine("velloran:1  two blanks ")->text, " two blanks ");
 }
 
 TEST(LogLine, NeedsNoPrefix) {
@@ -58,12 +85,13 @@ TEST(Unescaped, LeavesWhatIsNoEscape) {
     EXPECT_EQ(Unescaped(R"(\q \x \x1 \xZZ \)"), R"(\q \x \x1 \xZZ \)");
 }
 
-TEST(Sign, IsToldByTheBeginningOfTheText) {
-    EXPECT_EQ(SignOf("Sending DONE"), Sign::SendingDone);
-    EXPECT_EQ(SignOf("read success:12"), Sign::None);
-    EXPECT_EQ(SignOf("hdr[3]= ac"), Sign::HeaderByte);
-    EXPECT_EQ(Behind(Sign::FilesLeft, "filesToReceive size = 4"), "4");
+TEST(Unescaped, GivesBackEveryByteThatIsShownOtherwise) {
+    std::string bytes;
+    for (int byte = 0; byte < 256; ++byte) {
+        bytes += static_cast<char>(byte);
+    }
+    EXPECT_EQ(Unescaped(Printable(bytes)), bytes);
 }
 
 }  // namespace
-}  // namespace rig::judge
+}  // namespace rig

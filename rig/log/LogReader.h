@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace rig::judge {
+namespace rig {
 
 /// A log that cannot be opened or read. The text names it and the reason.
 class Unreadable : public std::runtime_error {
@@ -29,4 +29,4 @@ void ReadLog(const std::string& name, const TakeLine& take);
 /// SIGINT, which from the first call on ends following and not the process.
 void FollowLog(const std::string& name, const TakeLine& take);
 
-}  // namespace rig::judge
+}  // namespace rig

@@ -1,0 +1,9 @@
+#include "rig/report/HtmlReport.h"
+
+namespace rig::report {
+
+std::string HtmlReport(const Result& /*result*/) {
+    return "";
+}
+
+}  // namespace rig::report

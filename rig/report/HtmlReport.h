@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+#include "rig/report/Result.h"
+
+namespace rig::report {
+
+/// @return the result as one self-contained HTML page: a table of the checks, the dialogue drawn as a ladder,
+/// the log
+///         with a search. Needs the runs' steps and log.
+std::string HtmlReport(const Result& result);
+
+}  // namespace rig::report
