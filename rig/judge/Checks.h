@@ -23,13 +23,23 @@ struct Finding {
     std::vector<report::Evidence> evidence;
 };
 
-/// One thing that is required of the DVR. To add a check, add a row to the table in Checks.cpp, and its test.
+/// One thing that is required of the DVR. To add a check, add its function and a row to the table of one of
+/// the files *Checks.cpp, and its test.
 struct Check {
     const char* id;           // stable: users write it into their lists
     const char* requirement;  // one sentence
     bool (*applies)(const Run& run);
     Finding (*judge)(const Run& run, const Limits& limits);
+    bool needsMaxReaction = false;  // left out unless the user gives a limit
 };
+
+// The tables, by subject.
+const std::vector<Check>& ConnectionChecks();
+const std::vector<Check>& MessageChecks();
+const std::vector<Check>& ExportChecks();
+const std::vector<Check>&
+FaultChecks();  // two for each switch: the fault was injected, the DVR reacted as it must
+const std::vector<Check>& TimingChecks();
 
 /// @return all checks, in the order in which reports show them
 const std::vector<Check>& AllChecks();

@@ -1,0 +1,128 @@
+#include <fmt/format.h>
+
+#include "rig/judge/Checks.h"
+#include "rig/judge/Findings.h"
+
+namespace rig::judge {
+namespace {
+
+bool ProvokesReports(const Run& run) {
+    const bool isProvoked = run.Saw(Sign::EventSwitch) || run.Saw(Sign::FileSwitch) ||
+                            run.Saw(Sign::TransportSwitch) || run.Saw(Sign::XferSwitch);
+    const bool isReported = run.Received("INVALID_EVENT") + run.Received("TRANSPORT_EXCEPTION") +
+                                run.Received("XFER_IN_PROGRESS") >
+                            0;
+    return IsSecondDialect(run) && (isProvoked || isReported);
+}
+
+Finding EventListSource(const Run& run, const Limits& /*limits*/) {
+    return NoneOf({{run.Of(Sign::NoSource), "EVENT_LIST without source"}}, run.Received("EVENT_LIST") > 0,
+                  "source in EVENT_LIST", "no EVENT_LIST");
+}
+
+Finding EventListEvents(const Run& run, const Limits& /*limits*/) {
+    const std::string expected = "an identifier for each event in EVENT_LIST";
+    if (run.Saw(Sign::NoEvents)) {
+        return Inconclusive(expected, "no event was listed: the log cannot tell whether the DVR has none",
+                            run.Of(Sign::NoEvents));
+    }
+    return NoneOf({{run.Of(Sign::EventWithoutText), "an event without identifier"},
+                   {run.Of(Sign::NoEventTag), "EVENT_LIST without events"}},
+                  run.Received("EVENT_LIST") > 0, expected, "no EVENT_LIST");
+}
+
+Finding EventsOnce(const Run& run, const Limits& /*limits*/) {
+    const bool reached = run.Received("EVENT_LIST") + run.Received("XML") > 0;
+    return NoneOf({{run.doubledEvents, "an event twice in one list"}}, reached, "each event once in the list",
+                  "no list");
+}
+
+Finding EventReid(const Run& run, const Limits& /*limits*/) {
+    return NoneOf({{run.Of(Sign::EventReidWrong), "the description of another event, or of none"}},
+                  run.Received("EVENT") > 0, "the reid asked for in EVENT", "no EVENT");
+}
+
+Finding Description(const Run& run, const Limits& /*limits*/) {
+    return NoneOf({{run.Of(Sign::NoDescription), "EVENT without xmlFile"},
+                   {run.Of(Sign::EmptyDescription), "EVENT with an empty xmlFile"},
+                   {run.Of(Sign::DescriptionWithoutReid), "a description without reid"},
+                   {run.Of(Sign::DescriptionReidWrong), "a description of another event"},
+                   {run.noEvent, "a description of something else than an event"},
+                   {run.namelessFiles, "a description of a file without name, which ends the harness"}},
+                  run.Received("EVENT") + run.Received("XML") > 0,
+                  "a description with the event's reid and a name for each file", "no description");
+}
+
+Finding DescriptionFiles(const Run& run, const Limits& /*limits*/) {
+    const Tally none;
+    const bool isWrong = run.Saw(Sign::EventReidWrong) || run.Saw(Sign::NoDescription) ||
+                         run.Saw(Sign::EmptyDescription) || run.noEvent.Any();
+    return NoneOf({{isWrong ? none : run.Of(Sign::EventWithoutFiles), "an event without files"},
+                   {run.noFiles, "a description without files"}},
+                  run.Received("EVENT") + run.Received("XML") > 0, "at least one file for each event",
+                  "no description");
+}
+
+Finding FileAttributes(const Run& run, const Limits& /*limits*/) {
+    return NoneOf({{run.Of(Sign::FileWithoutNames), "FILE_COMPLETE without reid or without file"}},
+                  run.Received("FILE_COMPLETE") > 0, "reid and file in FILE_COMPLETE", "no FILE_COMPLETE");
+}
+
+Finding FileIdentity(const Run& run, const Limits& /*limits*/) {
+    return NoneOf({{run.Of(Sign::WrongFile), "the completion of a file that was not asked for"}},
+                  run.Received("FILE_COMPLETE") > 0, "each file completed once, in the order of the requests",
+                  "no FILE_COMPLETE");
+}
+
+Finding AckReid(const Run& run, const Limits& /*limits*/) {
+    return NoneOf({{run.Of(Sign::AckWithoutReid), "EVENT_XFER_ACK without reid"},
+                   {run.Of(Sign::AckReidWrong), "EVENT_XFER_ACK for another event"}},
+                  run.Received("EVENT_XFER_ACK") > 0, "the event's reid in EVENT_XFER_ACK",
+                  "no EVENT_XFER_ACK");
+}
+
+Finding ReportReid(const Run& run, const Limits& /*limits*/) {
+    const bool reached = run.Received("INVALID_EVENT") + run.Received("TRANSPORT_EXCEPTION") +
+                             run.Received("XFER_IN_PROGRESS") >
+                         0;
+    return NoneOf({{run.Of(Sign::RefusalWithoutReid), "INVALID_EVENT without reid"},
+                   {run.otherReid, "a report about another event"},
+                   {run.Of(Sign::TransportWithoutReid), "TRANSPORT_EXCEPTION without reid"},
+                   {run.Of(Sign::XferWithoutReid), "XFER_IN_PROGRESS without reid"}},
+                  reached, "the reid of the request in each report of a fault", "no report");
+}
+
+Finding ExportDone(const Run& run, const Limits& limits) {
+    const std::string expected = "an export that ends with DONE";
+    if (run.doneSent.Any()) {
+        return Pass(expected, "DONE", run.Of(Sign::SendingDone));
+    }
+    if (!run.pending.empty() && IsUnanswered(run, run.pending.front(), limits)) {
+        return Fail(expected, "the export stopped where no " + run.pending.front().expects + " came",
+                    run.Of(Sign::ShuttingDown));
+    }
+    return NotReached(expected, "the log ends before");
+}
+
+}  // namespace
+
+const std::vector<Check>& ExportChecks() {
+    static const std::vector<Check> kChecks = {
+        {"event-list.source", "EVENT_LIST names its source.", IsSecondDialect, EventListSource},
+        {"event-list.events", "EVENT_LIST names every event.", IsSecondDialect, EventListEvents},
+        {"event-list.once", "No event is listed twice.", IsExport, EventsOnce},
+        {"event.reid", "EVENT is about the event asked for.", IsSecondDialect, EventReid},
+        {"event.description", "The description of an event is complete.", IsExport, Description},
+        {"event.files", "An event has files.", IsExport, DescriptionFiles},
+        {"file-complete.attributes", "FILE_COMPLETE names event and file.", IsExport, FileAttributes},
+        {"file-complete.identity", "Every file requested is completed once, in order.", IsExport,
+         FileIdentity},
+        {"event-ack.reid", "Every event is acknowledged under its own identifier.", IsSecondDialect, AckReid},
+        {"fault-report.reid", "The report of a fault names the event of the request.", ProvokesReports,
+         ReportReid},
+        {"export.done", "The export ends with DONE.", IsExport, ExportDone},
+    };
+    return kChecks;
+}
+
+}  // namespace rig::judge
