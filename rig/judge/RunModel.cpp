@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <charconv>
 #include <pugixml.hpp>
-#include <set>
+
+#include "rig/judge/Protocol.h"
 
 namespace rig::judge {
 namespace {
@@ -12,7 +13,6 @@ using report::Evidence;
 using report::Step;
 
 constexpr std::int64_t kSecond = 1'000'000;
-constexpr std::size_t kDamage = 3;  // characters that a damaged identifier or name has lost
 
 std::int64_t NumberIn(std::string_view text) {
     std::int64_t number = 0;
@@ -20,55 +20,12 @@ std::int64_t NumberIn(std::string_view text) {
     return number;
 }
 
-std::string Damaged(const std::string& text) {
-    return text.size() < kDamage ? "" : text.substr(kDamage);
+bool EndsWith(std::string_view text, std::string_view end) {
+    return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
 }
 
 bool IsSwitch(Sign sign) {
     return sign >= Sign::CloseSwitch && sign <= Sign::ConfigSwitch;
-}
-
-/// @return what the DVR must answer; nothing where it need not answer
-std::string AnswerTo(const std::string& request, Fault fault, int protocol) {
-    switch (fault) {
-        case Fault::Event:
-        case Fault::FileEvent:
-        case Fault::FileName:
-            return "INVALID_EVENT";
-        case Fault::Transport:
-            return "TRANSPORT_EXCEPTION";
-        case Fault::Xfer:
-            return "XFER_IN_PROGRESS";
-        default:
-            break;
-    }
-    static const std::map<std::string, std::string> kAnswers = {
-        {"GET_EVENT_LIST", "EVENT_LIST"},
-        {"GET_XML", "XML"},
-        {"UPDATE_SOFTWARE", "SOFTWARE_UPDATE_CONFIRM"},
-        {"UPDATE_CONFIGURATION", "CONFIGURATION_UPDATE_ERROR"},
-        {"NEXT_EVENT", "EVENT"},
-        {"GET_FILE", "FILE_COMPLETE"}};
-    if (request == "EVENT_XFER_COMPLETE" && protocol == 2) {
-        return "EVENT_XFER_ACK";
-    }
-    const auto answer = kAnswers.find(request);
-    return answer == kAnswers.end() ? "" : answer->second;
-}
-
-bool Knows(int protocol, const std::string& message) {
-    static const std::set<std::string> kFirst = {"OK", "XML", "FILE_COMPLETE", "CONFIGURATION_UPDATE_ERROR"};
-    static const std::set<std::string> kSecondDialect = {"OK",
-                                                         "EVENT_LIST",
-                                                         "EVENT",
-                                                         "FILE_COMPLETE",
-                                                         "EVENT_XFER_ACK",
-                                                         "INVALID_EVENT",
-                                                         "TRANSPORT_EXCEPTION",
-                                                         "XFER_IN_PROGRESS",
-                                                         "SOFTWARE_UPDATE_CONFIRM",
-                                                         "CONFIGURATION_UPDATE_ERROR"};
-    return (protocol == 2 ? kSecondDialect : kFirst).count(message) > 0;
 }
 
 std::string Described(const std::string& name, const std::string& reid, const std::string& file) {
@@ -216,12 +173,14 @@ void RunModel::TakeMessage(const Evidence& evidence) {
     Match(last_, message, evidence);
     run_.received[last_].Add(evidence);
     if (last_ == "EVENT_LIST") {
-        TakeEventList(message, evidence);
-    } else if (last_ == "XML" || (last_ == "EVENT" && !events_.empty() &&
-                                  events_.front() == message.attribute("reid").value())) {
-        TakeDescriptions(message, evidence);
-    } else if (last_ == "INVALID_EVENT" && files_.empty() && !events_.empty()) {
-        events_.pop_front();
+        lists_.TakeEventList(message, evidence, run_);
+    } else if (last_ == "XML") {
+        lists_.TakeXml(message, evidence, run_);
+    } else if (last_ == "EVENT" && !lists_.events.empty() &&
+               lists_.events.front() == message.attribute("reid").value()) {
+        lists_.TakeEvent(message, evidence, run_);
+    } else if (last_ == "INVALID_EVENT" && lists_.files.empty() && !lists_.events.empty()) {
+        lists_.events.pop_front();
     }
 }
 
@@ -266,7 +225,7 @@ void RunModel::Answer(const Request& request, const pugi::xml_node& message, con
     run_.Of(request.fault).answered.Add(evidence);
     const pugi::xml_attribute reid = message.attribute("reid");
     const bool isTrueReid =
-        request.fault == Fault::FileEvent && !events_.empty() && events_.front() == reid.value();
+        request.fault == Fault::FileEvent && !lists_.events.empty() && lists_.events.front() == reid.value();
     if (reid && request.reid != reid.value() && !isTrueReid) {
         run_.otherReid.Add(evidence);
     }
@@ -287,135 +246,21 @@ bool RunModel::AnswerWrongly(const std::string& name, const Evidence& evidence) 
     return true;
 }
 
-void RunModel::TakeEventList(const pugi::xml_node& message, const Evidence& evidence) {
-    std::set<std::string> listed;
-    for (const pugi::xml_node event : message.child("events").children()) {
-        const std::string reid = event.text().get();
-        if (reid.empty()) {
-            continue;
-        }
-        if (!listed.insert(reid).second) {
-            run_.doubledEvents.Add(evidence);
-        }
-        events_.push_back(reid);
-    }
-}
-
-void RunModel::TakeDescriptions(const pugi::xml_node& message, const Evidence& evidence) {
-    const std::size_t before = files_.size();
-    const pugi::xml_node container = message.child("xmlFile");
-    if (last_ == "EVENT") {
-        TakeDescription(container.text().get(), message.attribute("reid").value(), evidence);
-        run_.hasLargeEvent = run_.hasLargeEvent || files_.size() >= before + 2;
-    } else {
-        const std::set<std::string> known(events_.begin(), events_.end());
-        for (const pugi::xml_node description : container.children("string")) {
-            TakeDescription(description.text().get(), "", evidence);
-        }
-        const std::set<std::string> now(events_.begin(), events_.end());
-        if (now.size() < events_.size() && known.empty()) {
-            run_.doubledEvents.Add(evidence);
-        }
-    }
-    run_.files += files_.size() - before;
-    if (last_ == "XML" && !container.child("string")) {
-        run_.noFiles.Add(evidence);
-    }
-}
-
-void RunModel::TakeDescription(const std::string& text, const std::string& reid, const Evidence& evidence) {
-    pugi::xml_document description;
-    if (text.empty() && last_ == "XML") {
-        run_.noEvent.Add(evidence);
-    }
-    if (!description.load_string(text.c_str())) {
-        return;  // the harness says so
-    }
-    const pugi::xml_node event = description.child("recording-event");
-    const std::string name = reid.empty() ? event.attribute("reid").value() : reid;
-    if (!event) {
-        run_.noEvent.Add(evidence);
-    }
-    if (!event || (reid.empty() && name.empty())) {
-        return;
-    }
-    if (reid.empty()) {
-        events_.push_back(name);
-    }
-    const std::size_t before = files_.size();
-    const pugi::xml_node video = event.child("video");
-    if (const pugi::xml_node metadata = video.child("metadata")) {
-        TakeFile(metadata, name, evidence);
-    }
-    for (const pugi::xml_node stream : video.child("streams").children()) {
-        for (const pugi::xml_node file : stream.children()) {
-            TakeFile(file, name, evidence);
-        }
-    }
-    if (files_.size() == before) {
-        run_.noFiles.Add(evidence);
-    }
-}
-
-void RunModel::TakeFile(const pugi::xml_node& file, const std::string& reid, const Evidence& evidence) {
-    if (!file.attribute("name")) {
-        run_.namelessFiles.Add(evidence);
-    }
-    files_.emplace_back(reid, file.attribute("name").value());
-}
-
 void RunModel::TakeHandling(Sign sign, std::string_view text, const Evidence& evidence) {
+    const std::string_view detail = Behind(sign, text);
     switch (sign) {
-        case Sign::Opening: {
-            const std::string name(Behind(sign, text));
-            announced_ = name == "CONFIGURATION_UPDATE" ? "UPDATE_CONFIGURATION" : name;
-            break;
-        }
-        case Sign::EventFault:
-            events_.push_front(events_.empty() ? "" : Damaged(events_.front()));
-            Inject(Fault::Event, evidence);
+        case Sign::Opening:
+            announced_ = detail == "CONFIGURATION_UPDATE" ? "UPDATE_CONFIGURATION" : detail;
             break;
         case Sign::FileDone:
-            if (run_.protocol == 1 && !files_.empty()) {
-                files_.pop_front();
+            if (run_.protocol == 1) {
+                RetireFile();
             }
             break;
         case Sign::FilesLeft:
             popped_ = true;
-            left_ = NumberIn(Behind(sign, text));
-            if (!files_.empty()) {
-                files_.pop_front();
-            }
-            break;
-        case Sign::FileFault: {
-            const std::int64_t count = NumberIn(Behind(sign, text));
-            if (count > 1 || files_.empty()) {
-                break;
-            }
-            files_.push_front(files_.front());
-            std::string& part = count == 0 ? files_.front().first : files_.front().second;
-            part = Damaged(part);
-            Inject(count == 0 ? Fault::FileEvent : Fault::FileName, evidence);
-            break;
-        }
-        case Sign::TransportFault:
-        case Sign::RehashFault:
-            if (!files_.empty()) {
-                files_.push_front(files_.front());
-            }
-            if (sign == Sign::TransportFault) {
-                Inject(Fault::Transport, evidence);
-            }
-            break;
-        case Sign::LastFile:
-            if (text.size() > 7 && text.substr(text.size() - 7) == ", true)") {
-                Inject(Fault::Rehash, evidence);
-            }
-            break;
-        case Sign::XferFault:
-            Inject(Fault::Xfer, evidence);
-            fault_ = Fault::None;
-            doubled_ = 2;
+            left_ = NumberIn(detail);
+            RetireFile();
             break;
         case Sign::SendingComplete:
             announced_ = "EVENT_XFER_COMPLETE";
@@ -424,8 +269,8 @@ void RunModel::TakeHandling(Sign sign, std::string_view text, const Evidence& ev
             announced_ = "DONE";
             break;
         case Sign::Acknowledged:
-            if (!events_.empty()) {
-                events_.pop_front();
+            if (!lists_.events.empty()) {
+                lists_.events.pop_front();
             }
             break;
         case Sign::FileWithoutNames:
@@ -436,8 +281,65 @@ void RunModel::TakeHandling(Sign sign, std::string_view text, const Evidence& ev
             RejectLast(sign, evidence);
             break;
         default:
+            TakeFault(sign, text, evidence);
             break;
     }
+}
+
+void RunModel::RetireFile() {
+    if (!lists_.files.empty()) {
+        lists_.files.pop_front();
+    }
+}
+
+/// What the harness logs as it makes ready to do something wrong on purpose.
+void RunModel::TakeFault(Sign sign, std::string_view text, const Evidence& evidence) {
+    switch (sign) {
+        case Sign::EventFault:
+            lists_.events.push_front(lists_.events.empty() ? "" : Damaged(lists_.events.front()));
+            Inject(Fault::Event, evidence);
+            break;
+        case Sign::FileFault:
+            InjectFileFault(NumberIn(Behind(sign, text)), evidence);
+            break;
+        case Sign::TransportFault:
+            AskTwice();
+            Inject(Fault::Transport, evidence);
+            break;
+        case Sign::RehashFault:
+            AskTwice();
+            break;
+        case Sign::LastFile:
+            if (EndsWith(text, ", true)")) {
+                Inject(Fault::Rehash, evidence);
+            }
+            break;
+        case Sign::XferFault:
+            Inject(Fault::Xfer, evidence);
+            fault_ = Fault::None;
+            doubled_ = 2;
+            break;
+        default:
+            break;
+    }
+}
+
+void RunModel::AskTwice() {
+    if (!lists_.files.empty()) {
+        lists_.files.push_front(lists_.files.front());
+    }
+}
+
+/// @param count how often -f has fired before: first it damages the event's identifier, then the file's name
+void RunModel::InjectFileFault(std::int64_t count, const Evidence& evidence) {
+    if (count > 1 || lists_.files.empty()) {
+        return;
+    }
+    AskTwice();
+    WorkLists::File& file = lists_.files.front();
+    std::string& part = count == 0 ? file.first : file.second;
+    part = Damaged(part);
+    Inject(count == 0 ? Fault::FileEvent : Fault::FileName, evidence);
 }
 
 /// The harness ignores the message: what it seemed to answer is still waiting.
@@ -471,10 +373,10 @@ Request RunModel::NewRequest(const std::string& name) const {
     request.name = name;
     request.time = now_;
     if (name == "NEXT_EVENT" || name == "EVENT_XFER_COMPLETE") {
-        request.reid = events_.empty() || run_.protocol == 1 ? "" : events_.front();
-    } else if (name == "GET_FILE" && !files_.empty()) {
-        request.reid = files_.front().first;
-        request.file = files_.front().second;
+        request.reid = lists_.events.empty() || run_.protocol == 1 ? "" : lists_.events.front();
+    } else if (name == "GET_FILE" && !lists_.files.empty()) {
+        request.reid = lists_.files.front().first;
+        request.file = lists_.files.front().second;
     }
     if (name == "GET_FILE" && popped_ && left_ > 1) {
         request.pause = run_.sleepSeconds * kSecond;

@@ -1,14 +1,12 @@
 #pragma once
 
-#include <deque>
 #include <string>
-#include <utility>
 
 #include "rig/judge/Run.h"
+#include "rig/judge/WorkLists.h"
 #include "rig/log/LogLine.h"
 
 namespace pugi {
-class xml_document;
 class xml_node;
 }  // namespace pugi
 
@@ -42,8 +40,6 @@ class RunModel {
     const Run& Facts() const { return run_; }
 
  private:
-    using File = std::pair<std::string, std::string>;  // event identifier, name
-
     void TakeNumber(Sign sign, std::string_view text);
     void ExpectMessage(const LogLine& line, const report::Evidence& evidence);
     void TakeSlice(std::string_view text, const report::Evidence& evidence);
@@ -51,11 +47,11 @@ class RunModel {
     void Match(const std::string& name, const pugi::xml_node& message, const report::Evidence& evidence);
     void Answer(const Request& request, const pugi::xml_node& message, const report::Evidence& evidence);
     bool AnswerWrongly(const std::string& name, const report::Evidence& evidence);
-    void TakeEventList(const pugi::xml_node& message, const report::Evidence& evidence);
-    void TakeDescriptions(const pugi::xml_node& message, const report::Evidence& evidence);
-    void TakeDescription(const std::string& text, const std::string& reid, const report::Evidence& evidence);
-    void TakeFile(const pugi::xml_node& file, const std::string& reid, const report::Evidence& evidence);
     void TakeHandling(Sign sign, std::string_view text, const report::Evidence& evidence);
+    void RetireFile();
+    void TakeFault(Sign sign, std::string_view text, const report::Evidence& evidence);
+    void AskTwice();
+    void InjectFileFault(std::int64_t count, const report::Evidence& evidence);
     void RejectLast(Sign sign, const report::Evidence& evidence);
     void Inject(Fault fault, const report::Evidence& evidence);
     void Send(const report::Evidence& evidence);
@@ -67,8 +63,7 @@ class RunModel {
     Keep keep_;
     std::optional<std::int64_t> now_;  // the statement's time
 
-    std::deque<std::string> events_;  // the harness's work lists, as far as the log shows them
-    std::deque<File> files_;
+    WorkLists lists_;
     bool popped_ = false;    // since the last message, a file was retired
     std::int64_t left_ = 0;  // files of the event behind that
 

@@ -1,0 +1,59 @@
+#include "rig/judge/Protocol.h"
+
+#include <map>
+#include <set>
+
+namespace rig::judge {
+namespace {
+
+constexpr std::size_t kDamage = 3;  // characters
+
+}  // namespace
+
+std::string AnswerTo(const std::string& request, Fault fault, int protocol) {
+    switch (fault) {
+        case Fault::Event:
+        case Fault::FileEvent:
+        case Fault::FileName:
+            return "INVALID_EVENT";
+        case Fault::Transport:
+            return "TRANSPORT_EXCEPTION";
+        case Fault::Xfer:
+            return "XFER_IN_PROGRESS";
+        default:
+            break;
+    }
+    static const std::map<std::string, std::string> kAnswers = {
+        {"GET_EVENT_LIST", "EVENT_LIST"},
+        {"GET_XML", "XML"},
+        {"UPDATE_SOFTWARE", "SOFTWARE_UPDATE_CONFIRM"},
+        {"UPDATE_CONFIGURATION", "CONFIGURATION_UPDATE_ERROR"},
+        {"NEXT_EVENT", "EVENT"},
+        {"GET_FILE", "FILE_COMPLETE"}};
+    if (request == "EVENT_XFER_COMPLETE" && protocol == 2) {
+        return "EVENT_XFER_ACK";
+    }
+    const auto answer = kAnswers.find(request);
+    return answer == kAnswers.end() ? "" : answer->second;
+}
+
+bool Knows(int protocol, const std::string& message) {
+    static const std::set<std::string> kFirst = {"OK", "XML", "FILE_COMPLETE", "CONFIGURATION_UPDATE_ERROR"};
+    static const std::set<std::string> kSecondDialect = {"OK",
+                                                         "EVENT_LIST",
+                                                         "EVENT",
+                                                         "FILE_COMPLETE",
+                                                         "EVENT_XFER_ACK",
+                                                         "INVALID_EVENT",
+                                                         "TRANSPORT_EXCEPTION",
+                                                         "XFER_IN_PROGRESS",
+                                                         "SOFTWARE_UPDATE_CONFIRM",
+                                                         "CONFIGURATION_UPDATE_ERROR"};
+    return (protocol == 2 ? kSecondDialect : kFirst).count(message) > 0;
+}
+
+std::string Damaged(const std::string& text) {
+    return text.size() < kDamage ? "" : text.substr(kDamage);
+}
+
+}  // namespace rig::judge

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <deque>
+#include <string>
+#include <utility>
+
+#include "rig/judge/Run.h"
+
+namespace pugi {
+class xml_node;
+}  // namespace pugi
+
+namespace rig::judge {
+
+/// The harness's lists of what is still to be asked for, rebuilt from what the DVR sent.
+class WorkLists {
+ public:
+    using File = std::pair<std::string, std::string>;  // event identifier, name
+
+    std::deque<std::string> events;
+    std::deque<File> files;
+
+    /// Takes the identifiers of EVENT_LIST. What is wrong with them is added to the facts, here as below.
+    void TakeEventList(const pugi::xml_node& message, const report::Evidence& evidence, Run& facts);
+
+    /// Takes the files of the one description in EVENT.
+    void TakeEvent(const pugi::xml_node& message, const report::Evidence& evidence, Run& facts);
+
+    /// Takes events and files of all descriptions in XML.
+    void TakeXml(const pugi::xml_node& message, const report::Evidence& evidence, Run& facts);
+
+ private:
+    void TakeDescription(const std::string& text, const std::string& reid, const report::Evidence& evidence,
+                         Run& facts);
+    void TakeFile(const pugi::xml_node& file, const std::string& reid, const report::Evidence& evidence,
+                  Run& facts);
+};
+
+}  // namespace rig::judge
