@@ -1,9 +1,6 @@
 #include "rig/dvr/DvrCommand.h"
 
-#include <unistd.h>
-
 #include <chrono>
-#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <iostream>
@@ -25,6 +22,7 @@
 #include "rig/dvr/SyntheticRecordings.h"
 #include "rig/dvr/Transcript.h"
 #include "rig/dvr/WireCheck.h"
+#include "rig/terminal/Colour.h"
 
 namespace rig {
 namespace {
@@ -44,12 +42,6 @@ std::unique_ptr<Dialogue> NewDialogue(const DvrOptions& options, const Recording
         return std::make_unique<Dialogue_2_0>(recordings, kFailureMarker);
     }
     return std::make_unique<Dialogue_1_0>(recordings);
-}
-
-bool WantsColour() {
-    const char* const terminal = std::getenv("TERM");
-    return isatty(STDOUT_FILENO) == 1 && std::getenv("NO_COLOR") == nullptr && terminal != nullptr &&
-           std::string(terminal) != "dumb";
 }
 
 /// @return the folder for copies, none where none is wanted. It must not lie in the one that is copied from,

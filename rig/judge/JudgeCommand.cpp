@@ -1,9 +1,6 @@
 #include "rig/judge/JudgeCommand.h"
 
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
-#include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <memory>
@@ -17,6 +14,7 @@
 #include "rig/report/TapReport.h"
 #include "rig/report/TextReport.h"
 #include "rig/report/WriteWhole.h"
+#include "rig/terminal/Colour.h"
 
 namespace rig {
 namespace {
@@ -28,12 +26,6 @@ constexpr const char* kExitStatuses =
     "Exit status: 0 every check passed; 1 a check failed; 2 the log cannot tell; 3 the harness or the rig "
     "failed;\n64 usage, or a report that cannot be written; 66 a log that cannot be read, or is none of the "
     "harness.";
-
-bool WantsColour() {
-    const char* const terminal = std::getenv("TERM");
-    return isatty(STDOUT_FILENO) == 1 && std::getenv("NO_COLOR") == nullptr && terminal != nullptr &&
-           std::string(terminal) != "dumb";
-}
 
 report::Result JudgeLogs(const JudgeOptions& options) {
     const judge::Keep keep{options.timeline || !options.json.empty() || !options.html.empty(),
