@@ -67,7 +67,7 @@ LogClient* LogClient::Instance() {
     return instance;
 }
 
-LogClient::LogClient() {
+LogClient::LogClient() : pid_(getpid()) {
     FillStandardDescriptors();
     // Unconnected: whatever becomes of the daemon, this descriptor keeps its number to the end of the
     // process.
@@ -105,7 +105,7 @@ void LogClient::WriteToSyslog(const char* text, std::size_t size, unsigned int l
     *end++ = '>';
 
     char pid[16] = "[";
-    char* pidEnd = std::to_chars(pid + 1, pid + sizeof pid, getpid()).ptr;
+    char* pidEnd = std::to_chars(pid + 1, pid + sizeof pid, pid_).ptr;
     for (const char byte : {']', ':', ' '}) {
         *pidEnd++ = byte;
     }

@@ -42,4 +42,5 @@ class LogClient {
     std::string name_;
     unsigned int mask_ = 0;
     int syslogFd_ = -1;
+    int pid_;
 };

@@ -3,6 +3,8 @@
 #include <time.h>
 
 #include <charconv>
+#include <csignal>
+#include <new>
 
 namespace {
 
@@ -25,12 +27,10 @@ Date CivilDate(unsigned int daysSince1970) {
     return {yearOfEra + era * 400 + (month <= 2 ? 1 : 0), month, day};
 }
 
-void AppendNumber(LogLine& line, unsigned int number, int width) {
-    char digits[10];
+void PutNumber(char* digits, unsigned int number, int width) {
     for (int place = width; place-- > 0; number /= 10) {
         digits[place] = static_cast<char>('0' + number % 10);
     }
-    line.Append(digits, static_cast<std::size_t>(width));
 }
 
 void AppendTimestamp(LogLine& line) {
@@ -39,20 +39,25 @@ void AppendTimestamp(LogLine& line) {
     const auto daySeconds = static_cast<unsigned int>(now.tv_sec % 86400);
     const Date date = CivilDate(static_cast<unsigned int>(now.tv_sec / 86400));
 
-    AppendNumber(line, date.year, 4);
-    line.Append("-", 1);
-    AppendNumber(line, date.month, 2);
-    line.Append("-", 1);
-    AppendNumber(line, date.day, 2);
-    line.Append("T", 1);
-    AppendNumber(line, daySeconds / 3600, 2);
-    line.Append(":", 1);
-    AppendNumber(line, daySeconds / 60 % 60, 2);
-    line.Append(":", 1);
-    AppendNumber(line, daySeconds % 60, 2);
-    line.Append(".", 1);
-    AppendNumber(line, static_cast<unsigned int>(now.tv_nsec / 1000), 6);
-    line.Append("Z ", 2);
+    char timestamp[] = "YYYY-MM-DDThh:mm:ss.ffffffZ ";
+    PutNumber(timestamp, date.year, 4);
+    PutNumber(timestamp + 5, date.month, 2);
+    PutNumber(timestamp + 8, date.day, 2);
+    PutNumber(timestamp + 11, daySeconds / 3600, 2);
+    PutNumber(timestamp + 14, daySeconds / 60 % 60, 2);
+    PutNumber(timestamp + 17, daySeconds % 60, 2);
+    PutNumber(timestamp + 20, static_cast<unsigned int>(now.tv_nsec / 1000), 6);
+    line.Append(timestamp, sizeof timestamp - 1);
+}
+
+volatile std::sig_atomic_t sharedIsTaken = 0;
+
+/// Never destroyed, so that a signal handler can log at any moment, and not on the heap, which it may have
+/// interrupted.
+std::ostream& SharedStream() {
+    alignas(std::ostream) static char place[sizeof(std::ostream)];
+    static std::ostream* const shared = new (place) std::ostream(nullptr);
+    return *shared;
 }
 
 bool PassesAsItIs(unsigned char byte) {
@@ -122,7 +127,28 @@ void LogLine::AppendEscaped(unsigned char byte) {
     }
 }
 
-LogMsg::LogMsg() : stream_(&line_) {}
+LogMsg::LogMsg() = default;
+
+LogMsg::~LogMsg() {
+    if (hasShared_) {
+        sharedIsTaken = 0;
+    }
+}
+
+std::ostream& LogMsg::TakeStream() {
+    if (sharedIsTaken) {
+        return own_.emplace(&line_);
+    }
+    sharedIsTaken = 1;
+    hasShared_ = true;
+    std::ostream& shared = SharedStream();
+    shared.rdbuf(&line_);  // clears its state
+    shared.flags(std::ios::dec | std::ios::skipws);
+    shared.fill(' ');
+    shared.precision(6);
+    shared.width(0);
+    return shared;
+}
 
 std::ostream& LogMsg::Log(unsigned int level, const std::string& processName) {
     level_ = level;
@@ -135,5 +161,5 @@ std::ostream& LogMsg::Log(unsigned int level, const std::string& processName) {
     line_.Append(digits, static_cast<std::size_t>(end - digits));
     line_.Append(" ", 1);
     text_ = line_.Size();
-    return stream_;
+    return TakeStream();
 }

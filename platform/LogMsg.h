@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <ostream>
 #include <streambuf>
 #include <string>
@@ -37,10 +38,13 @@ class LogLine : public std::streambuf {
 ///
 ///     2026-11-20T14:03:07.123456Z velloran 16 velloran:212 Sending DONE
 ///     TIMESTAMP(UTC, microseconds) PROCESS LEVEL TEXT
+///
+/// Making a stream costs as much as the rest of a line, so one is kept for all statements, one after the
+/// other. A statement of a signal handler that interrupts another one makes its own.
 class LogMsg {
  public:
     LogMsg();
-    virtual ~LogMsg() = default;
+    virtual ~LogMsg();
     LogMsg(const LogMsg&) = delete;
     LogMsg& operator=(const LogMsg&) = delete;
 
@@ -56,5 +60,8 @@ class LogMsg {
     const std::string* processName_ = nullptr;
 
  private:
-    std::ostream stream_;
+    std::ostream& TakeStream();
+
+    bool hasShared_ = false;
+    std::optional<std::ostream> own_;
 };

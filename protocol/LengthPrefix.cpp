@@ -6,16 +6,18 @@
 
 int VelProtocolBase::Write7BitEncodedInt(char* buffer, int value) {
     auto rest = static_cast<std::uint32_t>(value);
-    int index = 0;
+    int last = 0;
     while (rest > 127) {
-        buffer[index] = static_cast<char>((rest & 0x7F) | 0x80);
+        buffer[last++] = static_cast<char>((rest & 0x7F) | 0x80);
         rest >>= 7;
-        VEL_LOG(64) << "hdr[" << index << "]= " << std::hex << (buffer[index] & 0xFF) << std::dec;
-        ++index;
     }
-    buffer[index] = static_cast<char>(rest);
-    VEL_LOG(64) << "hdr[" << index << "]= " << std::hex << (buffer[index] & 0xFF) << std::dec;
-    return index + 1;
+    buffer[last] = static_cast<char>(rest);
+    if (LogClient::Instance()->Level() & 64) {  // asked once here, as encoding costs less than asking
+        for (int index = 0; index <= last; ++index) {
+            VEL_LOG(64) << "hdr[" << index << "]= " << std::hex << (buffer[index] & 0xFF) << std::dec;
+        }
+    }
+    return last + 1;
 }
 
 int VelProtocolBase::Read7BitEncodedInt(const char* buffer, int* bytesRead) {

@@ -63,6 +63,33 @@ TEST(LogLine, NamesTheProcessThatTheStatementGives) {
     EXPECT_EQ(outcome.output.substr(26), "Z other 1 text\n");
 }
 
+TEST(LogLine, IsFormattedWithoutWhatTheLineBeforeHasSet) {
+    const Outcome outcome = RunNamed([] {
+        const std::string& name = LogClient::Instance()->ProcessName();
+        SysLogMsg().Log(16, name) << std::hex << std::showbase << std::setfill('*') << std::setprecision(2)
+                                  << 255 << std::setw(3);
+        SysLogMsg().Log(16, name) << 255 << ' ' << 1.23456 << std::setw(4) << 1;
+    });
+    ASSERT_EQ(outcome.writes.size(), 2U);
+    EXPECT_EQ(TextOf(outcome.writes[0]), "0xff");
+    EXPECT_EQ(TextOf(outcome.writes[1]), "255 1.23456   1");
+}
+
+TEST(LogLine, StaysWholeWhenItsOwnPiecesLog) {
+    const Outcome outcome = RunNamed([] {
+        const auto inner = [] {
+            Log(16, "inner");
+            return 2;
+        };
+        SysLogMsg().Log(16, LogClient::Instance()->ProcessName()) << std::hex << 255 << ' ' << inner() << 17;
+        Log(16, "next");
+    });
+    ASSERT_EQ(outcome.writes.size(), 3U);
+    EXPECT_EQ(TextOf(outcome.writes[0]), "inner");
+    EXPECT_EQ(TextOf(outcome.writes[1]), "ff 211");
+    EXPECT_EQ(TextOf(outcome.writes[2]), "next");
+}
+
 TEST(LogLine, IsOneWriteHoweverManyPiecesAreStreamed) {
     const Outcome outcome = RunNamed([] {
         SysLogMsg().Log(16, LogClient::Instance()->ProcessName())
