@@ -1,13 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <ostream>
 #include <string>
 #include <vector>
 
 #include "Backend.h"
 #include "Program.h"
 #include "TemporaryFolder.h"
+#include "UsageError.h"
 #include "rig/dvr/Message.h"
 
 // The built program: its command line, its exit statuses, and whole dialogues over TCP.
@@ -16,61 +16,41 @@ namespace {
 using rig::Message;
 using Arguments = std::vector<std::string>;
 
-struct UsageCase {
-    const char* name;
-    Arguments arguments;
-    std::string errors;  // after "velloran-rig"
-};
-
-void PrintTo(const UsageCase& tested, std::ostream* out) {
-    *out << tested.name;
-}
-
-class UsageErrorTest : public testing::TestWithParam<UsageCase> {};
-
-TEST_P(UsageErrorTest, EndsWithStatus2AndOneLine) {
-    const ProgramResult result = RunRig(GetParam().arguments);
-    EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.errors, "velloran-rig" + GetParam().errors + "\n");
-    EXPECT_EQ(result.output, "");
-}
-
-const std::string kMore = " (velloran-rig --help tells more)";
-
 INSTANTIATE_TEST_SUITE_P(
     Command, UsageErrorTest,
     testing::Values(
-        UsageCase{"NoSubcommand", {}, ": expected a subcommand: dvr or judge" + kMore},
-        UsageCase{"OtherSubcommand", {"dvd"}, ": The following argument was not expected: dvd" + kMore},
-        UsageCase{
-            "OtherOption", {"dvr", "--bogus"}, ": The following argument was not expected: --bogus" + kMore},
+        UsageCase{"NoSubcommand", {}, ": expected a subcommand: dvr or judge" + kMoreHelp},
+        UsageCase{"OtherSubcommand", {"dvd"}, ": The following argument was not expected: dvd" + kMoreHelp},
+        UsageCase{"OtherOption",
+                  {"dvr", "--bogus"},
+                  ": The following argument was not expected: --bogus" + kMoreHelp},
         UsageCase{"OtherProtocol",
                   {"dvr", "--protocol", "3"},
-                  ": --protocol: expected a number from 1 to 2, found '3'" + kMore},
+                  ": --protocol: expected a number from 1 to 2, found '3'" + kMoreHelp},
         UsageCase{"PortZero",
                   {"dvr", "--port", "0"},
-                  ": --port: expected a number from 1 to 65535, found '0'" + kMore},
+                  ": --port: expected a number from 1 to 65535, found '0'" + kMoreHelp},
         UsageCase{"PortTooHigh",
                   {"dvr", "--port", "65536"},
-                  ": --port: expected a number from 1 to 65535, found '65536'" + kMore},
+                  ": --port: expected a number from 1 to 65535, found '65536'" + kMoreHelp},
         UsageCase{"PortNoNumber",
                   {"dvr", "--port", "5001x"},
-                  ": --port: expected a number from 1 to 65535, found '5001x'" + kMore},
+                  ": --port: expected a number from 1 to 65535, found '5001x'" + kMoreHelp},
         UsageCase{"PortForgesALine",
                   {"dvr", "--port", "1\n2"},
-                  ": --port: expected a number from 1 to 65535, found '1\\n2'" + kMore},
+                  ": --port: expected a number from 1 to 65535, found '1\\n2'" + kMoreHelp},
         UsageCase{"WaitNegative",
                   {"dvr", "--wait", "-1"},
-                  ": --wait: expected a number from 0 to 86400, found '-1'" + kMore},
+                  ": --wait: expected a number from 0 to 86400, found '-1'" + kMoreHelp},
         UsageCase{"TimeoutNotANumber",
                   {"dvr", "--timeout", "nan"},
-                  ": --timeout: expected a number from 0 to 86400, found 'nan'" + kMore},
+                  ": --timeout: expected a number from 0 to 86400, found 'nan'" + kMoreHelp},
         UsageCase{"FrameTimeoutTooLong",
                   {"dvr", "--frame-timeout", "86401"},
-                  ": --frame-timeout: expected a number from 0 to 86400, found '86401'" + kMore},
+                  ": --frame-timeout: expected a number from 0 to 86400, found '86401'" + kMoreHelp},
         UsageCase{"TransferTimeFraction",
                   {"dvr", "--transfer-time", "1.5"},
-                  ": --transfer-time: expected a number from 0 to 3600000, found '1.5'" + kMore},
+                  ": --transfer-time: expected a number from 0 to 3600000, found '1.5'" + kMoreHelp},
         UsageCase{
             "NoRecordings",
             {"dvr", "--recordings", "/nonexistent"},
@@ -84,7 +64,7 @@ INSTANTIATE_TEST_SUITE_P(
             "RecordingsInAFile",
             {"dvr", "--recordings", "/dev/null"},
             " dvr: --recordings: expected a folder that can be read, found '/dev/null': Not a directory"}),
-    [](const testing::TestParamInfo<UsageCase>& tested) { return std::string(tested.param.name); });
+    NameOf);
 
 TEST(Command, RefusesAnUnresolvableHost) {
     const ProgramResult result = RunRig({"dvr", "--host", "nosuch.invalid"});

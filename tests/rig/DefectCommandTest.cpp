@@ -1,12 +1,12 @@
 #include <gtest/gtest.h>
 
-#include <ostream>
 #include <string>
 #include <vector>
 
 #include "Backend.h"
 #include "Program.h"
 #include "TemporaryFolder.h"
+#include "UsageError.h"
 #include "rig/dvr/Defect.h"
 
 // --defect and what goes with it, on the command line of the built program.
@@ -14,81 +14,58 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-const std::string kMore = " (velloran-rig --help tells more)";
-
-struct RefusedCase {
-    const char* name;
-    Arguments arguments;
-    std::string errors;  // after "velloran-rig"
-};
-
-void PrintTo(const RefusedCase& tested, std::ostream* out) {
-    *out << tested.name;
-}
-
-class RefusedDefectTest : public testing::TestWithParam<RefusedCase> {};
-
-TEST_P(RefusedDefectTest, EndsWithStatus2AndOneLineAndNothingSent) {
-    Arguments arguments{"dvr"};
-    arguments.insert(arguments.end(), GetParam().arguments.begin(), GetParam().arguments.end());
-    const ProgramResult result = RunRig(arguments);
-    EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.errors, "velloran-rig" + GetParam().errors + "\n");
-    EXPECT_EQ(result.output, "");
-}
-
 INSTANTIATE_TEST_SUITE_P(
-    Command, RefusedDefectTest,
+    Defect, UsageErrorTest,
     testing::Values(
-        RefusedCase{"OtherDialect",
-                    {"--defect", "missing-hash"},
-                    " dvr: --defect missing-hash: expected protocol 2.0, which alone can show it, found "
-                    "protocol 1.0"},
-        RefusedCase{"OtherMessage",
-                    {"--protocol", "2", "--defect", "missing-hash", "--on", "EVENT"},
-                    " dvr: --defect missing-hash: expected one of FILE_COMPLETE with --on, found 'EVENT'"},
-        RefusedCase{"ValueWhereNoneIsTaken",
-                    {"--defect", "double=2"},
-                    " dvr: --defect double: expected no value, found '2'"},
-        RefusedCase{"ValueThatIsNoCount",
-                    {"--defect", "garble=0"},
-                    " dvr: --defect garble: expected a number of bytes above 0, found '0'"},
-        RefusedCase{"ValueThatIsNoPlace",
-                    {"--defect", "close=soon"},
-                    " dvr: --defect close: expected a number of bytes, 'all' or 'random', found 'soon'"},
-        RefusedCase{"OccurrenceZero",
-                    {"--defect", "close", "--on", "XML:0"},
-                    " dvr: --on: expected MESSAGE or MESSAGE:N with N above 0, found 'XML:0'"},
-        RefusedCase{"OccurrenceNoNumber",
-                    {"--defect", "close", "--on", "XML:1x"},
-                    " dvr: --on: expected MESSAGE or MESSAGE:N with N above 0, found 'XML:1x'"},
-        RefusedCase{"OccurrenceOfNothing",
-                    {"--defect", "close", "--on", ":1"},
-                    " dvr: --on: expected MESSAGE or MESSAGE:N with N above 0, found ':1'"},
-        RefusedCase{"OccurrenceForgesALine",
-                    {"--defect", "close", "--on", "XML:\n"},
-                    " dvr: --on: expected MESSAGE or MESSAGE:N with N above 0, found 'XML:\\n'"},
-        RefusedCase{"UnknownEvent",
-                    {"--defect", "close", "--at", "EVT-0004"},
-                    " dvr: --at: expected EVENT or EVENT:FILE with an event in synthetic recordings, found "
-                    "'EVT-0004'"},
-        RefusedCase{"UnknownEventOfAFile",
-                    {"--defect", "close", "--at", "EVT:a:b"},
-                    " dvr: --at: expected EVENT or EVENT:FILE with an event in synthetic recordings, found "
-                    "'EVT:a:b'"},
-        RefusedCase{"MessageWithoutDefect",
-                    {"--on", "XML", "--defect", "close"},
-                    ": --on: expected a --defect before it, found none" + kMore},
-        RefusedCase{"PlaceWithoutDefect",
-                    {"--at", "EVT-0001"},
-                    ": --at: expected a --defect before it, found none" + kMore},
-        RefusedCase{"SeedNoNumber",
-                    {"--seed", "0x1"},
-                    ": --seed: expected a number from 0 to 4294967295, found '0x1'" + kMore},
-        RefusedCase{"SeedTooHigh",
-                    {"--seed", "4294967296"},
-                    ": --seed: expected a number from 0 to 4294967295, found '4294967296'" + kMore}),
-    [](const testing::TestParamInfo<RefusedCase>& tested) { return std::string(tested.param.name); });
+        UsageCase{"OtherDialect",
+                  {"dvr", "--defect", "missing-hash"},
+                  " dvr: --defect missing-hash: expected protocol 2.0, which alone can show it, found "
+                  "protocol 1.0"},
+        UsageCase{"OtherMessage",
+                  {"dvr", "--protocol", "2", "--defect", "missing-hash", "--on", "EVENT"},
+                  " dvr: --defect missing-hash: expected one of FILE_COMPLETE with --on, found 'EVENT'"},
+        UsageCase{"ValueWhereNoneIsTaken",
+                  {"dvr", "--defect", "double=2"},
+                  " dvr: --defect double: expected no value, found '2'"},
+        UsageCase{"ValueThatIsNoCount",
+                  {"dvr", "--defect", "garble=0"},
+                  " dvr: --defect garble: expected a number of bytes above 0, found '0'"},
+        UsageCase{"ValueThatIsNoPlace",
+                  {"dvr", "--defect", "close=soon"},
+                  " dvr: --defect close: expected a number of bytes, 'all' or 'random', found 'soon'"},
+        UsageCase{"OccurrenceZero",
+                  {"dvr", "--defect", "close", "--on", "XML:0"},
+                  " dvr: --on: expected MESSAGE or MESSAGE:N with N above 0, found 'XML:0'"},
+        UsageCase{"OccurrenceNoNumber",
+                  {"dvr", "--defect", "close", "--on", "XML:1x"},
+                  " dvr: --on: expected MESSAGE or MESSAGE:N with N above 0, found 'XML:1x'"},
+        UsageCase{"OccurrenceOfNothing",
+                  {"dvr", "--defect", "close", "--on", ":1"},
+                  " dvr: --on: expected MESSAGE or MESSAGE:N with N above 0, found ':1'"},
+        UsageCase{"OccurrenceForgesALine",
+                  {"dvr", "--defect", "close", "--on", "XML:\n"},
+                  " dvr: --on: expected MESSAGE or MESSAGE:N with N above 0, found 'XML:\\n'"},
+        UsageCase{"UnknownEvent",
+                  {"dvr", "--defect", "close", "--at", "EVT-0004"},
+                  " dvr: --at: expected EVENT or EVENT:FILE with an event in synthetic recordings, found "
+                  "'EVT-0004'"},
+        UsageCase{"UnknownEventOfAFile",
+                  {"dvr", "--defect", "close", "--at", "EVT:a:b"},
+                  " dvr: --at: expected EVENT or EVENT:FILE with an event in synthetic recordings, found "
+                  "'EVT:a:b'"},
+        UsageCase{"MessageWithoutDefect",
+                  {"dvr", "--on", "XML", "--defect", "close"},
+                  ": --on: expected a --defect before it, found none" + kMoreHelp},
+        UsageCase{"PlaceWithoutDefect",
+                  {"dvr", "--at", "EVT-0001"},
+                  ": --at: expected a --defect before it, found none" + kMoreHelp},
+        UsageCase{"SeedNoNumber",
+                  {"dvr", "--seed", "0x1"},
+                  ": --seed: expected a number from 0 to 4294967295, found '0x1'" + kMoreHelp},
+        UsageCase{"SeedTooHigh",
+                  {"dvr", "--seed", "4294967296"},
+                  ": --seed: expected a number from 0 to 4294967295, found '4294967296'" + kMoreHelp}),
+    NameOf);
 
 TEST(DefectCommand, NamesTheChoicesForAnUnknownDefect) {
     const ProgramResult result = RunRig({"dvr", "--defect", "nonsense"});

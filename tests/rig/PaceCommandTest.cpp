@@ -2,12 +2,12 @@
 
 #include <chrono>
 #include <filesystem>
-#include <ostream>
 #include <string>
 #include <vector>
 
 #include "ScriptedExport.h"
 #include "TemporaryFolder.h"
+#include "UsageError.h"
 
 // --segment, --gap, --rate and the progress bar, with the built program.
 namespace {
@@ -17,51 +17,29 @@ using Arguments = std::vector<std::string>;
 using Clock = std::chrono::steady_clock;
 namespace fs = std::filesystem;
 
-const std::string kMore = " (velloran-rig --help tells more)";
-
-struct RefusedCase {
-    const char* name;
-    Arguments arguments;
-    std::string errors;  // after "velloran-rig"
-};
-
-void PrintTo(const RefusedCase& tested, std::ostream* out) {
-    *out << tested.name;
-}
-
-class RefusedPaceTest : public testing::TestWithParam<RefusedCase> {};
-
-TEST_P(RefusedPaceTest, EndsWithStatus2AndOneLineAndNothingSent) {
-    Arguments arguments{"dvr"};
-    arguments.insert(arguments.end(), GetParam().arguments.begin(), GetParam().arguments.end());
-    const ProgramResult result = RunRig(arguments);
-    EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.errors, "velloran-rig" + GetParam().errors + "\n");
-    EXPECT_EQ(result.output, "");
-}
-
 INSTANTIATE_TEST_SUITE_P(
-    Command, RefusedPaceTest,
-    testing::Values(RefusedCase{"RateZero",
-                                {"--rate", "0"},
-                                ": --rate: expected a number from 1 to 1000000000000, found '0'" + kMore},
-                    RefusedCase{"RateNegative",
-                                {"--rate", "-1"},
-                                ": --rate: expected a number from 1 to 1000000000000, found '-1'" + kMore},
-                    RefusedCase{"RateWithUnit",
-                                {"--rate", "1M"},
-                                ": --rate: expected a number from 1 to 1000000000000, found '1M'" + kMore},
-                    RefusedCase{"RateAndTime",
-                                {"--rate", "1", "--transfer-time", "1"},
-                                ": --transfer-time excludes --rate" + kMore},
-                    RefusedCase{"SegmentZero",
-                                {"--segment", "0"},
-                                ": --segment: expected a number from 1 to 1000000000, found '0'" + kMore},
-                    RefusedCase{"GapTooLong",
-                                {"--segment", "1", "--gap", "3600001"},
-                                ": --gap: expected a number from 0 to 3600000, found '3600001'" + kMore},
-                    RefusedCase{"GapWithoutSegment", {"--gap", "1"}, ": --gap requires --segment" + kMore}),
-    [](const testing::TestParamInfo<RefusedCase>& tested) { return std::string(tested.param.name); });
+    Pace, UsageErrorTest,
+    testing::Values(
+        UsageCase{"RateZero",
+                  {"dvr", "--rate", "0"},
+                  ": --rate: expected a number from 1 to 1000000000000, found '0'" + kMoreHelp},
+        UsageCase{"RateNegative",
+                  {"dvr", "--rate", "-1"},
+                  ": --rate: expected a number from 1 to 1000000000000, found '-1'" + kMoreHelp},
+        UsageCase{"RateWithUnit",
+                  {"dvr", "--rate", "1M"},
+                  ": --rate: expected a number from 1 to 1000000000000, found '1M'" + kMoreHelp},
+        UsageCase{"RateAndTime",
+                  {"dvr", "--rate", "1", "--transfer-time", "1"},
+                  ": --transfer-time excludes --rate" + kMoreHelp},
+        UsageCase{"SegmentZero",
+                  {"dvr", "--segment", "0"},
+                  ": --segment: expected a number from 1 to 1000000000, found '0'" + kMoreHelp},
+        UsageCase{"GapTooLong",
+                  {"dvr", "--segment", "1", "--gap", "3600001"},
+                  ": --gap: expected a number from 0 to 3600000, found '3600001'" + kMoreHelp},
+        UsageCase{"GapWithoutSegment", {"dvr", "--gap", "1"}, ": --gap requires --segment" + kMoreHelp}),
+    NameOf);
 
 /// A folder of recordings: one event with one file.
 class PaceCommandTest : public testing::Test {

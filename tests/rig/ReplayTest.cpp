@@ -10,6 +10,7 @@
 #include "HarnessLog.h"
 #include "Program.h"
 #include "TemporaryFolder.h"
+#include "UsageError.h"
 #include "rig/dvr/Replay.h"
 
 namespace {
@@ -334,16 +335,6 @@ TEST(ReplayOption, SaysWhereTheLogEnds) {
         << result.output;
 }
 
-struct UsageCase {
-    const char* name;
-    std::vector<std::string> arguments;  // "LOG" stands for a log without times
-    std::string errors;
-};
-
-void PrintTo(const UsageCase& tested, std::ostream* out) {
-    *out << tested.name;
-}
-
 class ReplayUsageTest : public testing::TestWithParam<UsageCase> {};
 
 TEST_P(ReplayUsageTest, EndsWithStatus2AndOneLine) {
@@ -364,8 +355,6 @@ TEST_P(ReplayUsageTest, EndsWithStatus2AndOneLine) {
     EXPECT_EQ(result.output, "");
 }
 
-const std::string kMore = " (velloran-rig --help tells more)";
-
 INSTANTIATE_TEST_SUITE_P(
     Replay, ReplayUsageTest,
     testing::Values(
@@ -378,15 +367,18 @@ INSTANTIATE_TEST_SUITE_P(
                   "start of each line, found lines without in 'LOG'; only full is possible"},
         UsageCase{"OtherSpeed",
                   {"--replay", "LOG", "--replay-speed", "half"},
-                  ": --replay-speed: expected full or recorded, found 'half'" + kMore},
-        UsageCase{"SpeedOfNothing", {"--replay-speed", "full"}, ": --replay-speed requires --replay" + kMore},
+                  ": --replay-speed: expected full or recorded, found 'half'" + kMoreHelp},
         UsageCase{
-            "WithADefect", {"--replay", "x", "--defect", "silence"}, ": --defect excludes --replay" + kMore},
+            "SpeedOfNothing", {"--replay-speed", "full"}, ": --replay-speed requires --replay" + kMoreHelp},
+        UsageCase{"WithADefect",
+                  {"--replay", "x", "--defect", "silence"},
+                  ": --defect excludes --replay" + kMoreHelp},
         UsageCase{"WithRecordings",
                   {"--replay", "x", "--recordings", "/"},
-                  ": --recordings excludes --replay" + kMore},
-        UsageCase{
-            "WithADelivery", {"--replay", "x", "--deliver", "/"}, ": --deliver excludes --replay" + kMore},
+                  ": --recordings excludes --replay" + kMoreHelp},
+        UsageCase{"WithADelivery",
+                  {"--replay", "x", "--deliver", "/"},
+                  ": --deliver excludes --replay" + kMoreHelp},
         UsageCase{
             "NoLog",
             {"--replay", "/nonexistent\n"},
@@ -398,7 +390,7 @@ INSTANTIATE_TEST_SUITE_P(
             " dvr: /dev/null:1: expected a line of the harness's log (\"velloran:N TEXT\"), found no line"},
         UsageCase{"OtherReaction",
                   {"--on-size-error", "stop"},
-                  ": --on-size-error: expected close or continue, found 'stop'" + kMore}),
-    [](const testing::TestParamInfo<UsageCase>& tested) { return std::string(tested.param.name); });
+                  ": --on-size-error: expected close or continue, found 'stop'" + kMoreHelp}),
+    NameOf);
 
 }  // namespace
