@@ -3,8 +3,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstring>
 #include <pugixml.hpp>
 #include <sstream>
+
+#include "rig/report/Elements.h"
+#include "rig/report/Words.h"
 
 namespace rig::report {
 namespace {
@@ -20,47 +24,69 @@ const char* ElementOf(Verdict verdict) {
     }
 }
 
-void AddCase(pugi::xml_node suite, const CheckResult& check) {
-    pugi::xml_node test = suite.append_child("testcase");
-    test.append_attribute("name") = check.id.c_str();
-    const std::string group = check.id.substr(0, check.id.find('.'));
-    test.append_attribute("classname") = ("velloran." + group).c_str();
-    test.append_attribute("time") = "0";
-    if (check.verdict == Verdict::Pass) {
-        return;
-    }
+void AddOutcome(pugi::xml_node test, const CheckResult& check) {
     pugi::xml_node outcome = test.append_child(ElementOf(check.verdict));
-    const std::string message =
-        fmt::format("{}: expected {}, found {}", NameOf(check.verdict), check.expected, check.found);
-    outcome.append_attribute("message") = message.c_str();
+    Set(outcome, "message",
+        fmt::format("{}: expected {}, found {}", NameOf(check.verdict), check.expected, check.found));
     if (outcome.name() == std::string("skipped")) {
         return;
     }
-    outcome.append_attribute("type") = NameOf(check.verdict);
+    Set(outcome, "type", NameOf(check.verdict));
     std::string lines;
     for (const Evidence& line : check.evidence) {
         lines += fmt::format("{}:{}: {}\n", line.file, line.line, line.text);
     }
-    outcome.text() = lines.c_str();
+    AddText(outcome, lines);
 }
 
-void AddSuite(pugi::xml_node suites, const RunResult& run) {
+void AddCase(pugi::xml_node suite, const CheckResult& check) {
+    pugi::xml_node test = suite.append_child("testcase");
+    Set(test, "name", check.id);
+    Set(test, "classname", "velloran." + check.id.substr(0, check.id.find('.')));
+    Set(test, "time", "0.000");
+    if (check.verdict != Verdict::Pass) {
+        AddOutcome(test, check);
+    }
+}
+
+void AddProperty(pugi::xml_node properties, const char* name, const std::string& value) {
+    pugi::xml_node property = properties.append_child("property");
+    Set(property, "name", name);
+    Set(property, "value", value);
+}
+
+void AddCounts(pugi::xml_node suite, const RunResult& run) {
     const auto count = [&run](const std::string& element) {
-        return std::count_if(run.checks.begin(), run.checks.end(), [&element](const CheckResult& check) {
-            return check.verdict != Verdict::Pass && ElementOf(check.verdict) == element;
-        });
+        return std::to_string(
+            std::count_if(run.checks.begin(), run.checks.end(), [&element](const CheckResult& check) {
+                return check.verdict != Verdict::Pass && ElementOf(check.verdict) == element;
+            }));
     };
-    const double seconds = run.begin && run.end ? static_cast<double>(*run.end - *run.begin) / 1e6 : 0;
+    Set(suite, "tests", std::to_string(run.checks.size()));
+    Set(suite, "failures", count("failure"));
+    Set(suite, "errors", count("error"));
+    Set(suite, "skipped", count("skipped"));
+}
+
+/// The widely used schemas differ in what they ask for: this holds what each of them wants.
+void AddSuite(pugi::xml_node suites, const RunResult& run, std::size_t number) {
     pugi::xml_node suite = suites.append_child("testsuite");
-    suite.append_attribute("name") = (run.name + " velloran " + run.switches).c_str();
-    suite.append_attribute("tests") = static_cast<unsigned long long>(run.checks.size());
-    suite.append_attribute("failures") = static_cast<long long>(count("failure"));
-    suite.append_attribute("errors") = static_cast<long long>(count("error"));
-    suite.append_attribute("skipped") = static_cast<long long>(count("skipped"));
-    suite.append_attribute("time") = fmt::format("{:.3f}", seconds).c_str();
+    Set(suite, "id", std::to_string(number));
+    Set(suite, "package", "velloran");
+    Set(suite, "name", run.name + " velloran " + run.switches);
+    AddCounts(suite, run);
+    const std::string seconds = SecondsSince(run.begin, run.end);
+    Set(suite, "time", seconds.empty() ? "0.000" : seconds);
+    Set(suite, "hostname", "localhost");  // the log does not name it
+    if (run.begin) {
+        Set(suite, "timestamp", Date(*run.begin).substr(0, std::strlen("2026-11-20T14:03:07")));
+    }
+    AddProperty(suite.append_child("properties"), "switches", run.switches);
     for (const CheckResult& check : run.checks) {
         AddCase(suite, check);
     }
+    suite.append_child("system-out");
+    suite.append_child("system-err");
 }
 
 }  // namespace
@@ -68,8 +94,8 @@ void AddSuite(pugi::xml_node suites, const RunResult& run) {
 std::string JunitReport(const Result& result) {
     pugi::xml_document document;
     pugi::xml_node suites = document.append_child("testsuites");
-    for (const RunResult& run : result.runs) {
-        AddSuite(suites, run);
+    for (std::size_t number = 0; number < result.runs.size(); ++number) {
+        AddSuite(suites, result.runs[number], number);
     }
     std::ostringstream text;
     document.save(text, "  ");

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+namespace rig::report {
+
+/// @return which of `count` things a page takes that has room for `limit`, ascending: all, or the first half
+/// and the
+///         last, and up to `limit` of those between them that `matters(index)` names
+template <typename Predicate>
+std::vector<std::size_t> Excerpt(std::size_t count, std::size_t limit, const Predicate& matters) {
+    std::vector<std::size_t> kept;
+    for (std::size_t index = 0; index < count; ++index) {
+        const bool isAtEnds = count <= limit || index < limit / 2 || index + limit / 2 >= count;
+        if (isAtEnds || (kept.size() < limit / 2 + limit && matters(index))) {
+            kept.push_back(index);
+        }
+    }
+    return kept;
+}
+
+}  // namespace rig::report

@@ -1,0 +1,25 @@
+#include "rig/report/Words.h"
+
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+
+namespace rig::report {
+namespace {
+
+constexpr std::int64_t kMicroseconds = 1'000'000;  // in a second
+
+}  // namespace
+
+std::string Counted(std::size_t count, const std::string& thing) {
+    return fmt::format("{} {}{}", count, thing, count == 1 ? "" : "s");
+}
+
+std::string SecondsSince(const std::optional<std::int64_t>& begin, const std::optional<std::int64_t>& time) {
+    return begin && time ? fmt::format("{:.3f}", static_cast<double>(*time - *begin) / kMicroseconds) : "";
+}
+
+std::string Date(std::int64_t time) {
+    return fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(static_cast<std::time_t>(time / kMicroseconds)));
+}
+
+}  // namespace rig::report
