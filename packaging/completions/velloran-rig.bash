@@ -1,0 +1,78 @@
+# bash completion for velloran-rig. The subcommands, the options and the kinds of their values are read from the
+# program's own help, so that they are always those of the program that is installed.
+
+# Prints "OPTION KIND" for each option; KIND is the value as the help names it, and nothing for a flag.
+# Usage: __velloran_rig_options PROGRAM [SUBCOMMAND]
+__velloran_rig_options() {
+    "$@" --help 2>/dev/null | sed -nE 's/^  (-[^ ,]+,)?(--[^ ]+)( ([^ =:[]+))?.*/\2 \4/p'
+}
+
+# Usage: __velloran_rig_subcommands PROGRAM
+__velloran_rig_subcommands() {
+    "$1" --help 2>/dev/null | sed -nE '/^Subcommands:/,$s/^  ([a-z]+).*/\1/p'
+}
+
+# Usage: __velloran_rig_defects PROGRAM
+__velloran_rig_defects() {
+    "$1" dvr --list-defects 2>/dev/null | sed -nE 's/^\| `([a-z-]+).*/\1/p'
+}
+
+# Usage: __velloran_rig_cases PROGRAM
+__velloran_rig_cases() {
+    "$1" run --list-cases 2>/dev/null | cut -d ' ' -f 1
+}
+
+# Completes the value of an option. Usage: __velloran_rig_value PROGRAM KIND
+__velloran_rig_value() {
+    local choices='' listed
+    case $2 in
+        'all|NAME,'*)
+            listed=${cur%"${cur##*,}"}
+            COMPREPLY=($(compgen -P "$listed" -W "all $(__velloran_rig_cases "$1")" -- "${cur##*,}"))
+            return
+            ;;
+        *'|'*) choices=${2//|/ } ;;
+        DIR*)
+            _filedir -d
+            return
+            ;;
+        FILE* | LOG*)
+            _filedir
+            return
+            ;;
+        HOST*)
+            _known_hosts_real -- "$cur"
+            return
+            ;;
+        NAME) choices=$(__velloran_rig_defects "$1") ;;
+        MESSAGE*)
+            choices='OK XML EVENT_LIST EVENT FILE_COMPLETE EVENT_XFER_ACK INVALID_EVENT TRANSPORT_EXCEPTION
+                XFER_IN_PROGRESS SOFTWARE_UPDATE_CONFIRM CONFIGURATION_UPDATE_ERROR'
+            ;;
+    esac
+    COMPREPLY=($(compgen -W "$choices" -- "$cur"))
+}
+
+_velloran_rig() {
+    local cur prev words cword split program subcommand option kind
+    _init_completion -s || return
+    program=${words[0]/#\~/$HOME}
+    subcommand=
+    [ "$cword" -lt 2 ] || subcommand=${words[1]}
+
+    while read -r option kind; do
+        if [ "$option" = "$prev" ] && [ -n "$kind" ]; then
+            __velloran_rig_value "$program" "$kind"
+            return
+        fi
+    done < <(__velloran_rig_options "$program" $subcommand)
+
+    if [[ $cur == -* ]]; then
+        COMPREPLY=($(compgen -W "$(__velloran_rig_options "$program" $subcommand | cut -d ' ' -f 1)" -- "$cur"))
+    elif [ -z "$subcommand" ]; then
+        COMPREPLY=($(compgen -W "$(__velloran_rig_subcommands "$program")" -- "$cur"))
+    else
+        _filedir
+    fi
+}
+complete -F _velloran_rig velloran-rig
