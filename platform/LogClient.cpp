@@ -3,12 +3,14 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <syslog.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <charconv>
+#include <csignal>
 
 namespace {
 
@@ -40,6 +42,25 @@ void WriteWhole(int fd, const char* bytes, std::size_t size) {
     }
 }
 
+/// A reader of the log who leaves must not end the process by SIGPIPE, as a peer who leaves does.
+void WriteToPipe(int fd, const char* bytes, std::size_t size) {
+    sigset_t brokenPipe;
+    sigset_t before;
+    sigemptyset(&brokenPipe);
+    sigaddset(&brokenPipe, SIGPIPE);
+    sigprocmask(SIG_BLOCK, &brokenPipe, &before);
+    WriteWhole(fd, bytes, size);
+    const timespec noTime = {0, 0};
+    while (sigtimedwait(&brokenPipe, nullptr, &noTime) == -1 and errno == EINTR) {
+    }
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+}
+
+bool IsPipe(int fd) {
+    struct stat output = {};
+    return fstat(fd, &output) == 0 and (S_ISFIFO(output.st_mode) or S_ISSOCK(output.st_mode));
+}
+
 int Severity(unsigned int level) {
     switch (level) {
         case 1:
@@ -69,6 +90,7 @@ LogClient* LogClient::Instance() {
 
 LogClient::LogClient() : pid_(getpid()) {
     FillStandardDescriptors();
+    outputIsPipe_ = IsPipe(STDOUT_FILENO);
     // Unconnected: whatever becomes of the daemon, this descriptor keeps its number to the end of the
     // process.
     syslogFd_ = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
@@ -93,7 +115,11 @@ unsigned int LogClient::Level() const {
 void LogClient::Write(const char* line, std::size_t size, std::size_t text, unsigned int level,
                       const std::string& processName) const {
     const int savedErrno = errno;
-    WriteWhole(STDOUT_FILENO, line, size);
+    if (outputIsPipe_) {
+        WriteToPipe(STDOUT_FILENO, line, size);
+    } else {
+        WriteWhole(STDOUT_FILENO, line, size);
+    }
     WriteToSyslog(line + text, size - text - 1, level, processName);
     errno = savedErrno;
 }

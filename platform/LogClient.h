@@ -28,9 +28,9 @@ class LogClient {
     /// @param text    where the text starts in `line`; from there to the newline it goes to syslog.
     /// @param level   the line's level bit, which becomes the severity.
     ///
-    /// Allocates nothing and leaves errno alone. A line that standard output does not take is lost there;
-    /// syslog gets it all the same. A syslog daemon that is missing or does not keep up loses the line and
-    /// delays nothing.
+    /// Allocates nothing and leaves errno alone. A line that standard output does not take is lost there,
+    /// also when the reader of a pipe is gone; syslog gets it all the same. A syslog daemon that is missing
+    /// or does not keep up loses the line and delays nothing.
     void Write(const char* line, std::size_t size, std::size_t text, unsigned int level,
                const std::string& processName) const;
 
@@ -41,6 +41,7 @@ class LogClient {
 
     std::string name_;
     unsigned int mask_ = 0;
+    bool outputIsPipe_ = false;
     int syslogFd_ = -1;
     int pid_;
 };

@@ -14,6 +14,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <sstream>
 #include <stdexcept>
 
 #include "Until.h"
@@ -52,22 +54,42 @@ void Prepare(pid_t parent, const Launch& launch) {
     }
 }
 
-[[noreturn]] void Run(std::vector<std::string> words) {
+/// The words of VELLORAN_HARNESS: an emulator, its options and another target's program.
+std::vector<std::string> EmulatorsWords() {
+    const char* const command = getenv("VELLORAN_HARNESS");
+    std::istringstream words(command ? command : "");
+    return {std::istream_iterator<std::string>(words), {}};
+}
+
+/// An emulator's own word on standard error, ahead of the signal that ends the program, is not the program's.
+void DropEmulatorsWord(std::string& error) {
+    const std::size_t start = error.find("qemu: uncaught target signal ");
+    const std::size_t end = error.find('\n', start);
+    if (end not_eq std::string::npos) {
+        error.erase(start, end + 1 - start);
+    }
+}
+
+[[noreturn]] void Run(const std::vector<std::string>& switches) {
+    std::vector<std::string> words = EmulatorsWords();
+    const std::string program = words.empty() ? VELLORAN_PROGRAM : words.front();
+    if (words.empty()) {
+        words = {"velloran"};
+    }
+    words.insert(words.end(), switches.begin(), switches.end());
     std::vector<char*> arguments;
     arguments.reserve(words.size() + 1);
     for (std::string& word : words) {
         arguments.push_back(word.data());
     }
     arguments.push_back(nullptr);
-    execv(VELLORAN_PROGRAM, arguments.data());
+    execvp(program.c_str(), arguments.data());
     _exit(127);
 }
 
 }  // namespace
 
 Process::Process(const std::vector<std::string>& switches, const Launch& launch) {
-    std::vector<std::string> words = {"velloran"};
-    words.insert(words.end(), switches.begin(), switches.end());
     std::array<int, 2> out = {};
     std::array<int, 2> err = {};
     Pipe(out);
@@ -76,10 +98,10 @@ Process::Process(const std::vector<std::string>& switches, const Launch& launch)
     pid_ = fork();
     if (pid_ == 0) {
         dup2(open("/dev/null", O_RDONLY | O_CLOEXEC), STDIN_FILENO);
-        dup2(out[1], STDOUT_FILENO);
+        dup2(launch.output == -1 ? out[1] : launch.output, STDOUT_FILENO);
         dup2(err[1], STDERR_FILENO);
         Prepare(parent, launch);
-        Run(words);
+        Run(switches);
     }
     close(out[1]);
     close(err[1]);
@@ -113,6 +135,7 @@ bool Process::Await(const std::function<bool()>& fact) {
         }
         if (waiting[1].revents not_eq 0) {
             Read(error_, error);
+            DropEmulatorsWord(error);
         }
         if (waiting[2].revents not_eq 0) {
             waitpid(pid_, &status_, 0);

@@ -14,10 +14,14 @@ struct Launch {
     unsigned int descriptorLimit = 0;         // RLIMIT_NOFILE; 0: as it is
     bool interruptIgnored = false;            // as a shell starts a background job
     std::string commandFolder = {};           // searched for commands ahead of the others
+    int output = -1;  // standard output, in place of what this object reads; stays the caller's to close
 };
 
 /// The real program as a child process, with what it writes. It reads /dev/null, has no other descriptors
 /// than the standard ones, dumps no core, and does not outlive this object or this process.
+///
+/// VELLORAN_HARNESS in the environment names another program in its place: words with blanks between, such as
+/// "qemu-arm -0 velloran -L /usr/arm-linux-gnueabihf build/armhf/bin/velloran".
 class Process {
  public:
     Process(const std::vector<std::string>& switches, const Launch& launch);

@@ -165,6 +165,17 @@ void ScriptedDvr::ReceivesEnd(Here here) {
     }
 }
 
+bool ScriptedDvr::IsClosedBefore(Clock::time_point moment) {
+    char piece[65536];
+    pollfd readable = {fd_, POLLIN, 0};
+    while (poll(&readable, 1, MillisecondsUntil(moment)) > 0) {
+        if (recv(fd_, piece, sizeof piece, 0) <= 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
 bool ScriptedDvr::HasSomethingToRead() const {
     pollfd readable = {fd_, POLLIN, 0};
     return poll(&readable, 1, 0) not_eq 0;

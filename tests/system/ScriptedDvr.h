@@ -47,6 +47,10 @@ class ScriptedDvr {
     /// Nothing more comes; the harness closes the connection.
     void ReceivesEnd(Here here = Here::current());
 
+    /// Takes what comes, whatever it is, until the harness closes the connection or the moment has come.
+    /// @return whether it has closed
+    bool IsClosedBefore(Clock::time_point moment);
+
     /// Whether bytes or the end have arrived.
     bool HasSomethingToRead() const;
 

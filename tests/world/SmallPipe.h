@@ -1,0 +1,23 @@
+#pragma once
+
+#include "Dialogue.h"
+
+/// A dialogue whose log goes into a small pipe that nobody reads but where a step takes lines from it.
+class SmallPipe : public Dialect10 {
+ protected:
+    ~SmallPipe() override;
+
+    /// Connects, and makes the pipe as small as the kernel has it.
+    void ConnectWithASmallPipe();
+
+    /// The DVR sends a message that makes more lines than the pipe holds, and the pipe is full.
+    void IsFilled(Here here = Here::current());
+
+    /// Takes the lines of that message.
+    void LogsWhatFilledIt(Here here = Here::current());
+
+ private:
+    static std::string LongMessage();
+
+    int writeEnd_ = -1;  // a copy of the harness's standard output
+};
