@@ -5,8 +5,8 @@ namespace rig::judge {
 const std::vector<Check>& AllChecks() {
     static const std::vector<Check> kChecks = [] {
         std::vector<Check> all;
-        for (const auto* table :
-             {&ConnectionChecks(), &MessageChecks(), &ExportChecks(), &FaultChecks(), &TimingChecks()}) {
+        for (const auto* table : {&ConnectionChecks(), &MessageChecks(), &ExportChecks(), &FaultChecks(),
+                                  &SwitchChecks(), &TimingChecks()}) {
             all.insert(all.end(), table->begin(), table->end());
         }
         return all;

@@ -37,8 +37,9 @@ struct Check {
 const std::vector<Check>& ConnectionChecks();
 const std::vector<Check>& MessageChecks();
 const std::vector<Check>& ExportChecks();
-const std::vector<Check>&
-FaultChecks();  // two for each switch: the fault was injected, the DVR reacted as it must
+// Two for each switch: the fault was injected, the DVR reacted as it must.
+const std::vector<Check>& FaultChecks();   // -e -f -t -r -x -s
+const std::vector<Check>& SwitchChecks();  // -u -g -z -c -d
 const std::vector<Check>& TimingChecks();
 
 /// @return all checks, in the order in which reports show them

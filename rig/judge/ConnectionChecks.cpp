@@ -7,7 +7,23 @@ namespace {
 using report::Verdict;
 
 bool IsKnownEnd(const Run& run) {
-    return run.doneSent.Any() || run.Saw(Sign::ShuttingDown);
+    return (run.doneSent.Any() && !run.isExporting) || run.Saw(Sign::ShuttingDown);
+}
+
+bool Holds(const report::Evidence& line, const char* text) {
+    return line.text.find(text) != std::string::npos;
+}
+
+/// @return whether the harness aborted because another connection came while it served one
+bool IsSecondConnection(const report::Evidence& assertion) {
+    return Holds(assertion, "FD_ISSET(g_clientFd") || Holds(assertion, "select(g_serverFd+g_clientFd+1");
+}
+
+/// @return whether the harness aborted for something that the DVR sent or did
+bool IsForTheDvr(const report::Evidence& assertion) {
+    return IsSecondConnection(assertion) || Holds(assertion, "expectedSize not_eq -1") ||
+           Holds(assertion, "readBytes == expectedSize") || Holds(assertion, ".Error()") ||
+           Holds(assertion, "writelen == ");
 }
 
 Finding HasStart(const Run& run, const Limits& /*limits*/) {
@@ -26,6 +42,11 @@ Finding HarnessRan(const Run& run, const Limits& /*limits*/) {
         return {Verdict::Environment, expected, "no handler for SIGINT",
                 run.Of(Sign::NoSignalHandler).Lines()};
     }
+    for (const report::Evidence& assertion : run.assertions.Lines()) {
+        if (!IsForTheDvr(assertion)) {
+            return {Verdict::Environment, expected, "it aborted for a reason of its own", {assertion}};
+        }
+    }
     return Pass(expected, "no failure of the harness itself");
 }
 
@@ -34,11 +55,21 @@ Finding LogIsWhole(const Run& run, const Limits& /*limits*/) {
     if (run.damaged.Any()) {
         return Inconclusive(expected, "messages of which the log holds a part only", run.damaged);
     }
-    const bool isEnd = IsKnownEnd(run) || run.Saw(Sign::BindFailed) || run.Saw(Sign::NoSignalHandler);
-    return isEnd ? Pass(expected, "both")
-                 : Inconclusive(expected,
-                                "the log ends before DONE and without \"shutting down\": it was cut, or the "
-                                "harness was killed, aborted or still runs");
+    if (run.HarnessEnded()) {
+        return Pass(expected, "the log ends where the harness aborts for what the DVR did", run.assertions);
+    }
+    if (IsKnownEnd(run) || run.Saw(Sign::BindFailed) || run.Saw(Sign::NoSignalHandler)) {
+        return Pass(expected, "both");
+    }
+    return run.last == Sign::HeaderByte
+               ? Inconclusive(
+                     expected,
+                     "the log ends behind a request: it was cut, or the harness still runs, was "
+                     "killed, or was ended by SIGPIPE (status 141), as it is when the DVR closes the "
+                     "connection instead of waiting for the request")
+               : Inconclusive(expected,
+                              "the log ends before DONE and without \"shutting down\": it was cut, or the "
+                              "harness was killed, aborted or still runs");
 }
 
 Finding ConnectionMade(const Run& run, const Limits& limits) {
@@ -49,9 +80,9 @@ Finding ConnectionMade(const Run& run, const Limits& limits) {
     if (run.Saw(Sign::BindFailed) || run.Saw(Sign::NoSignalHandler)) {
         return NotReached(expected, "the harness could not listen");
     }
-    return RanForLong(run, limits)
-               ? Fail(expected, "none until the harness was interrupted", run.Of(Sign::ShuttingDown))
-               : Inconclusive(expected, "none yet when the log ends");
+    return RanForLong(run, limits) ? Fail(expected, "no DVR connected until the harness was interrupted",
+                                          run.Of(Sign::ShuttingDown))
+                                   : Inconclusive(expected, "none yet when the log ends");
 }
 
 Finding ConnectionOpened(const Run& run, const Limits& limits) {
@@ -62,29 +93,37 @@ Finding ConnectionOpened(const Run& run, const Limits& limits) {
     if (!run.hasStart) {
         return Inconclusive(expected, "the log begins behind the opening");
     }
+    if (run.Saw(Sign::NoRequest)) {
+        return Fail(expected, "a message without req", run.Of(Sign::NoRequest));
+    }
     if (!run.received.empty()) {
         return Fail(expected, "another message", run.received.begin()->second);
     }
-    if (run.Saw(Sign::Connected) && RanForLong(run, limits) && !run.Saw(Sign::NotXml)) {
-        return Fail(expected, "nothing until the harness was interrupted", run.Of(Sign::Connected));
+    if (run.Saw(Sign::Connected) && RanForLong(run, limits) && !run.HarnessEnded()) {
+        return Fail(expected, "the DVR connected and sent nothing", run.Of(Sign::Connected));
     }
     return NotReached(expected, "no message that could be read");
 }
 
 Finding ConnectionKept(const Run& run, const Limits& /*limits*/) {
     const std::string expected = "one connection, kept until DONE, ended nowhere inside a message";
+    const bool isDone = run.doneSent.Any() && !run.isExporting;
     for (const report::Evidence& assertion : run.assertions.Lines()) {
-        if (!run.doneSent.Any() && assertion.text.find("g_clientFd") != std::string::npos) {
-            return Fail(expected, "a second connection while the first was served", run.assertions);
+        if (!isDone && IsSecondConnection(assertion)) {
+            return Fail(expected, "the DVR opened a second connection while the first was served",
+                        run.assertions);
         }
     }
     const Tally none;
-    const bool isDone = run.doneSent.Any();
-    return NoneOf({{run.Of(Sign::EndInsideText), "a connection that ended inside a message"},
-                   {run.Of(Sign::TextReadError), "a connection that was reset inside a message"},
-                   {isDone ? none : run.Of(Sign::PrefixReadError), "a connection that was reset"},
-                   {isDone ? none : run.Of(Sign::SendFailed), "a connection that took no more messages"}},
-                  run.Saw(Sign::Connected) || run.Saw(Sign::Expecting), expected, "no connection");
+    return NoneOf(
+        {{run.Of(Sign::TextReadError), "the DVR reset the connection inside a message"},
+         {run.Of(Sign::EndInsideText),
+          "the DVR ended the connection inside a message, or announced more than it sent"},
+         {isDone ? none : run.Of(Sign::PrefixReadError), "the DVR reset the connection before the end"},
+         {isDone ? none : run.Of(Sign::SendFailed),
+          "the DVR ended the connection instead of waiting for "
+          "the harness's message"}},
+        run.Saw(Sign::Connected) || run.Saw(Sign::Expecting), expected, "no connection");
 }
 
 }  // namespace

@@ -23,41 +23,45 @@ Finding EventListSource(const Run& run, const Limits& /*limits*/) {
 Finding EventListEvents(const Run& run, const Limits& /*limits*/) {
     const std::string expected = "an identifier for each event in EVENT_LIST";
     if (run.Saw(Sign::NoEvents)) {
-        return Inconclusive(expected, "no event was listed: the log cannot tell whether the DVR has none",
+        return Inconclusive(expected,
+                            "no event was listed: the log cannot tell whether the DVR has none, and nothing "
+                            "was exported",
                             run.Of(Sign::NoEvents));
     }
-    return NoneOf({{run.Of(Sign::EventWithoutText), "an event without identifier"},
+    return NoneOf({{run.Of(Sign::EventWithoutText), "an event without identifier in EVENT_LIST"},
                    {run.Of(Sign::NoEventTag), "EVENT_LIST without events"}},
                   run.Received("EVENT_LIST") > 0, expected, "no EVENT_LIST");
 }
 
 Finding EventsOnce(const Run& run, const Limits& /*limits*/) {
     const bool reached = run.Received("EVENT_LIST") + run.Received("XML") > 0;
-    return NoneOf({{run.doubledEvents, "an event twice in one list"}}, reached, "each event once in the list",
-                  "no list");
+    return NoneOf({{run.doubledEvents, "an event that stands twice in one list"}}, reached,
+                  "each event once in the list", "no list");
 }
 
 Finding EventReid(const Run& run, const Limits& /*limits*/) {
-    return NoneOf({{run.Of(Sign::EventReidWrong), "the description of another event, or of none"}},
+    return NoneOf({{run.otherEvent, "EVENT about another event than the one asked for, or about none"}},
                   run.Received("EVENT") > 0, "the reid asked for in EVENT", "no EVENT");
 }
 
 Finding Description(const Run& run, const Limits& /*limits*/) {
-    return NoneOf({{run.Of(Sign::NoDescription), "EVENT without xmlFile"},
-                   {run.Of(Sign::EmptyDescription), "EVENT with an empty xmlFile"},
-                   {run.Of(Sign::DescriptionWithoutReid), "a description without reid"},
-                   {run.Of(Sign::DescriptionReidWrong), "a description of another event"},
-                   {run.noEvent, "a description of something else than an event"},
-                   {run.namelessFiles, "a description of a file without name, which ends the harness"}},
-                  run.Received("EVENT") + run.Received("XML") > 0,
-                  "a description with the event's reid and a name for each file", "no description");
+    return NoneOf(
+        {{run.Of(Sign::NoDescription), "EVENT without xmlFile"},
+         {run.Of(Sign::EmptyDescription), "EVENT with an empty xmlFile"},
+         {run.noDescriptions, "XML without xmlFile"},
+         {run.Of(Sign::DescriptionWithoutReid), "a description without reid"},
+         {run.Of(Sign::DescriptionReidWrong), "a description of another event than the one asked for"},
+         {run.noEvent, "a description that is empty, or of something else than an event"},
+         {run.namelessFiles, "a description of a file without name, for which the harness aborts"}},
+        run.Received("EVENT") + run.Received("XML") > 0,
+        "a description with the event's reid and a name for each file", "no description");
 }
 
 Finding DescriptionFiles(const Run& run, const Limits& /*limits*/) {
     const Tally none;
     const bool isWrong = run.Saw(Sign::EventReidWrong) || run.Saw(Sign::NoDescription) ||
                          run.Saw(Sign::EmptyDescription) || run.noEvent.Any();
-    return NoneOf({{isWrong ? none : run.Of(Sign::EventWithoutFiles), "an event without files"},
+    return NoneOf({{isWrong ? none : run.Of(Sign::EventWithoutFiles), "a description without files"},
                    {run.noFiles, "a description without files"}},
                   run.Received("EVENT") + run.Received("XML") > 0, "at least one file for each event",
                   "no description");
@@ -68,33 +72,39 @@ Finding FileAttributes(const Run& run, const Limits& /*limits*/) {
                   run.Received("FILE_COMPLETE") > 0, "reid and file in FILE_COMPLETE", "no FILE_COMPLETE");
 }
 
-Finding FileIdentity(const Run& run, const Limits& /*limits*/) {
-    return NoneOf({{run.Of(Sign::WrongFile), "the completion of a file that was not asked for"}},
-                  run.Received("FILE_COMPLETE") > 0, "each file completed once, in the order of the requests",
-                  "no FILE_COMPLETE");
+Finding FileIdentity(const Run& run, const Limits& limits) {
+    const std::string expected = "each file completed once, in the order of the requests";
+    const Tally unanswered = Unanswered(run, "GET_FILE", limits);
+    const bool isOpen = !unanswered.Any() && IsWaiting(run, "GET_FILE");
+    return NoneOf({{run.completedAgain, "a file completed twice"},
+                   {run.otherFile, "FILE_COMPLETE about another file than the one asked for"},
+                   {unanswered, "a file that was never completed"}},
+                  run.Received("FILE_COMPLETE") > 0 && !isOpen, expected,
+                  isOpen ? "the log ends before a file was complete" : "no file was asked for");
 }
 
-Finding AckReid(const Run& run, const Limits& /*limits*/) {
+Finding AckReid(const Run& run, const Limits& limits) {
+    const Tally unanswered = Unanswered(run, "EVENT_XFER_COMPLETE", limits);
+    const bool isOpen = !unanswered.Any() && IsWaiting(run, "EVENT_XFER_COMPLETE");
     return NoneOf({{run.Of(Sign::AckWithoutReid), "EVENT_XFER_ACK without reid"},
-                   {run.Of(Sign::AckReidWrong), "EVENT_XFER_ACK for another event"}},
-                  run.Received("EVENT_XFER_ACK") > 0, "the event's reid in EVENT_XFER_ACK",
-                  "no EVENT_XFER_ACK");
+                   {run.otherAck, "EVENT_XFER_ACK for another event than the one that was complete"},
+                   {unanswered, "an event that was never acknowledged"}},
+                  run.Received("EVENT_XFER_ACK") > 0 && !isOpen, "the event's reid in EVENT_XFER_ACK",
+                  isOpen ? "the log ends before an event was acknowledged" : "no event was complete");
 }
 
 Finding ReportReid(const Run& run, const Limits& /*limits*/) {
     const bool reached = run.Received("INVALID_EVENT") + run.Received("TRANSPORT_EXCEPTION") +
                              run.Received("XFER_IN_PROGRESS") >
                          0;
-    return NoneOf({{run.Of(Sign::RefusalWithoutReid), "INVALID_EVENT without reid"},
-                   {run.otherReid, "a report about another event"},
-                   {run.Of(Sign::TransportWithoutReid), "TRANSPORT_EXCEPTION without reid"},
-                   {run.Of(Sign::XferWithoutReid), "XFER_IN_PROGRESS without reid"}},
+    return NoneOf({{run.reportWithoutReid, "the report of a fault without reid"},
+                   {run.otherReid, "the report of a fault about another event than the request"}},
                   reached, "the reid of the request in each report of a fault", "no report");
 }
 
 Finding ExportDone(const Run& run, const Limits& limits) {
     const std::string expected = "an export that ends with DONE";
-    if (run.doneSent.Any()) {
+    if (run.doneSent.Any() && !run.isExporting) {
         return Pass(expected, "DONE", run.Of(Sign::SendingDone));
     }
     if (!run.pending.empty() && IsUnanswered(run, run.pending.front(), limits)) {

@@ -2,9 +2,20 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace rig::judge {
 
 using report::Verdict;
+
+namespace {
+
+bool Concerns(const Request& request, const std::string& name) {
+    const bool isPlain = request.fault == Fault::None || request.fault == Fault::Rehash;
+    return name.empty() || (request.name == name && isPlain);
+}
+
+}  // namespace
 
 bool Always(const Run& /*run*/) {
     return true;
@@ -21,6 +32,7 @@ bool IsSecondDialect(const Run& run) {
 bool AsksWhole(const Run& run) {
     return !run.Saw(Sign::SizeSwitch);
 }
+
 Finding Pass(const std::string& expected, const std::string& found, const Tally& proof) {
     return {Verdict::Pass, expected, found, proof.Lines()};
 }
@@ -37,11 +49,33 @@ Finding NotReached(const std::string& expected, const std::string& found) {
     return {Verdict::NotReached, expected, found, {}};
 }
 
+Finding NotInjected(const Run& run, const std::string& otherwise) {
+    if (run.protocol == 1) {
+        return Inconclusive(kFired, "protocol 1.0 does not heed this switch: it was never injected");
+    }
+    if (run.Saw(Sign::ConfigSwitch)) {
+        return Inconclusive(kFired, "never injected: with -g nothing else is asked for");
+    }
+    if (run.Saw(Sign::SizeSwitch)) {
+        return Inconclusive(kFired,
+                            "never injected: with -z a good DVR answers nothing, so it does not come to it");
+    }
+    return Inconclusive(kFired, "never injected: " + otherwise);
+}
+
+std::string Words(const std::string& found, const Tally& tally) {
+    std::string detail = tally.Note();
+    if (tally.Count() > 1) {
+        detail += fmt::format("{}{} times", detail.empty() ? "" : ", ", tally.Count());
+    }
+    return detail.empty() ? found : found + " (" + detail + ")";
+}
+
 Finding NoneOf(std::initializer_list<Bad> bad, bool reached, const std::string& expected,
                const std::string& notReached) {
     for (const Bad& one : bad) {
         if (one.tally.Any()) {
-            return Fail(expected, fmt::format("{} ({}x)", one.found, one.tally.Count()), one.tally);
+            return Fail(expected, Words(one.found, one.tally), one.tally);
         }
     }
     return reached ? Pass(expected, "nothing else") : NotReached(expected, notReached);
@@ -52,7 +86,25 @@ double Waited(const Run& run, const Request& request) {
 }
 
 bool IsUnanswered(const Run& run, const Request& request, const Limits& limits) {
-    return run.doneSent.Any() || (run.Saw(Sign::ShuttingDown) && Waited(run, request) >= limits.patience);
+    return request.isOvertaken || (run.Saw(Sign::ShuttingDown) && Waited(run, request) >= limits.patience);
+}
+
+Tally Unanswered(const Run& run, const std::string& name, const Limits& limits) {
+    Tally unanswered;
+    for (const Request& request : run.pending) {
+        if (Concerns(request, name) && IsUnanswered(run, request, limits)) {
+            report::Evidence proof = request.evidence;
+            proof.text += "  (" + request.Words() + " goes out)";
+            unanswered.Add(proof,
+                           fmt::format("{} waited for {:.1f} s", request.Words(), Waited(run, request)));
+        }
+    }
+    return unanswered;
+}
+
+bool IsWaiting(const Run& run, const std::string& name) {
+    return std::any_of(run.pending.begin(), run.pending.end(),
+                       [&name](const Request& request) { return Concerns(request, name); });
 }
 
 bool RanForLong(const Run& run, const Limits& limits) {

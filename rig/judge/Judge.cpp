@@ -5,8 +5,6 @@
 namespace rig::judge {
 namespace {
 
-constexpr std::size_t kEvidenceText = 300;  // bytes
-
 /// The library's message, on standard error: "velloran: FILE:LINE: FUNCTION: Assertion `...' failed."
 bool IsAssertion(std::string_view line) {
     return line.size() > 9 && line.find("velloran: ") != std::string_view::npos &&
@@ -20,7 +18,8 @@ report::RunResult Judged(const Run& run, const Limits& limits) {
     result.begin = run.beginTime;
     result.end = run.endTime;
     result.checks = JudgeRun(run, limits);
-    for (const auto& [request, times] : run.reactions) {
+    static const std::map<std::string, ReactionTimes> kNone;
+    for (const auto& [request, times] : run.hasFractions ? run.reactions : kNone) {
         result.timings.push_back({request, times.Count(), times.Percentile(0.5), times.Percentile(0.95),
                                   times.Percentile(0.99), times.Longest()});
     }
@@ -36,12 +35,12 @@ void Judge::Add(const std::string& file, std::uint64_t number, std::string_view 
     if (!parsed) {
         const auto run = open_.find(last_);
         if (run != open_.end() && IsAssertion(line)) {
-            run->second->AddAssertion({file, number, std::string(line.substr(0, kEvidenceText))});
+            run->second->AddAssertion({file, number, line});
         }
         return;
     }
     const Sign sign = SignOf(parsed->text);
-    const report::Evidence evidence{file, number, std::string(parsed->text.substr(0, kEvidenceText))};
+    const Place place{file, number, parsed->text};
     last_ = parsed->process.value_or(-1);
     const auto run = open_.find(last_);
     if (run != open_.end() && run->second->IsStartOfAnother(sign)) {
@@ -49,28 +48,31 @@ void Judge::Add(const std::string& file, std::uint64_t number, std::string_view 
     }
     auto& model = open_[last_];
     if (model == nullptr) {
-        model = std::make_unique<RunModel>(evidence, keep_);
+        model = std::make_unique<RunModel>(place, keep_);
+        hasBegun_ = true;
     }
-    model->Add(*parsed, sign, evidence);
+    model->Add(*parsed, sign, place);
+    if (model->HasEnded()) {
+        Close(last_);
+    }
 }
 
 bool Judge::IsOver() const {
     const bool allOver =
         std::all_of(open_.begin(), open_.end(), [](const auto& run) { return run.second->IsOver(); });
-    return allOver && !(open_.empty() && result_.runs.empty());
+    return allOver && hasBegun_;
 }
 
 void Judge::Close(int process) {
     const auto run = open_.find(process);
-    result_.runs.push_back(Judged(run->second->Facts(), limits_));
+    take_(Judged(run->second->Facts(), limits_));
     open_.erase(run);
 }
 
-report::Result Judge::Finish() {
+void Judge::Finish() {
     while (!open_.empty()) {
         Close(open_.begin()->first);
     }
-    return std::move(result_);
 }
 
 }  // namespace rig::judge

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "rig/judge/Checks.h"
 #include "rig/judge/RunModel.h"
@@ -11,11 +13,15 @@
 
 namespace rig::judge {
 
+/// Takes the verdict on a run, as soon as it is over.
+using TakeRun = std::function<void(report::RunResult run)>;
+
 /// Reads logs line by line, parts them into runs, and judges each when it is over. Memory does not grow with
 /// the logs, but for what is to be kept.
 class Judge {
  public:
-    Judge(const Limits& limits, const Keep& keep) : limits_(limits), keep_(keep) {}
+    Judge(const Limits& limits, const Keep& keep, TakeRun take)
+        : limits_(limits), keep_(keep), take_(std::move(take)) {}
 
     /// Takes the next line of a log. @param file as given by the user; the line is escaped, without newline
     void Add(const std::string& file, std::uint64_t number, std::string_view line);
@@ -23,8 +29,8 @@ class Judge {
     /// @return whether a run has begun and none is still going on
     bool IsOver() const;
 
-    /// Judges what is still open. @return all runs, in the order in which they began or ended
-    report::Result Finish();
+    /// Judges what is still open.
+    void Finish();
 
  private:
     void Close(int process);
@@ -33,7 +39,8 @@ class Judge {
     Keep keep_;
     std::map<int, std::unique_ptr<RunModel>> open_;  // by process; -1 where the log does not name it
     int last_ = -1;                                  // the process of the last statement
-    report::Result result_;
+    bool hasBegun_ = false;                          // a run
+    TakeRun take_;
 };
 
 }  // namespace rig::judge

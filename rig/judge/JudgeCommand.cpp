@@ -27,10 +27,11 @@ constexpr const char* kExitStatuses =
     "failed;\n64 usage, or a report that cannot be written; 66 a log that cannot be read, or is none of the "
     "harness.";
 
-report::Result JudgeLogs(const JudgeOptions& options) {
-    const judge::Keep keep{options.timeline || !options.json.empty() || !options.html.empty(),
-                           !options.html.empty()};
-    judge::Judge judge({options.patience, options.maxReaction}, keep);
+bool WantsFiles(const JudgeOptions& options) {
+    return !options.json.empty() || !options.junit.empty() || !options.tap.empty() || !options.html.empty();
+}
+
+void ReadLogs(const JudgeOptions& options, judge::Judge& judge) {
     for (const std::string& log : options.logs) {
         if (options.follow) {
             FollowLog(log, [&judge, &log](std::uint64_t number, std::string_view line) {
@@ -44,7 +45,28 @@ report::Result JudgeLogs(const JudgeOptions& options) {
             });
         }
     }
-    return judge.Finish();
+    judge.Finish();
+}
+
+/// Prints each run as soon as it is judged. Only what is to be written to a file is kept.
+/// @return what is to be written
+report::Result JudgeLogs(const JudgeOptions& options, const judge::KnownFailures& known,
+                         report::RunPrinter& printer) {
+    report::Result kept;
+    const bool wantsSteps = options.timeline || !options.json.empty() || !options.html.empty();
+    judge::Judge judge({options.patience, options.maxReaction}, {wantsSteps, !options.html.empty()},
+                       [&](report::RunResult run) {
+                           judge::Apply(known, run);
+                           if (options.timeline) {
+                               std::cout << report::Timeline(run);
+                           }
+                           printer.Add(run);
+                           if (WantsFiles(options)) {
+                               kept.runs.push_back(std::move(run));
+                           }
+                       });
+    ReadLogs(options, judge);
+    return kept;
 }
 
 void WriteReports(const JudgeOptions& options, const report::Result& result) {
@@ -107,18 +129,16 @@ int RunJudge(const JudgeOptions& options) {
     try {
         const judge::KnownFailures known =
             options.known.empty() ? judge::KnownFailures() : judge::ReadKnownFailures(options.known);
-        report::Result result = JudgeLogs(options);
-        judge::Apply(known, result);
-        if (result.runs.empty()) {
+        report::RunPrinter printer(std::cout, WantsColour());
+        const report::Result result = JudgeLogs(options, known, printer);
+        if (printer.Count() == 0) {
             return Complain(kNoLog,
                             options.logs.front() + ": expected a log of the harness, found no line of one");
         }
-        if (options.timeline) {
-            std::cout << report::Timeline(result);
-        }
-        std::cout << report::TextReport(result, WantsColour()) << std::flush;
+        printer.End();
+        std::cout << std::flush;
         WriteReports(options, result);
-        return report::ExitStatusOf(report::WorstOf(result));
+        return report::ExitStatusOf(printer.Worst());
     } catch (const Unreadable& log) {
         return Complain(kNoLog, log.what());
     } catch (const std::exception& error) {

@@ -19,9 +19,15 @@ bool IsCheck(const std::string& id) {
                        [&id](const Check& check) { return id == check.id; });
 }
 
+/// @return the reason without what stands in parentheses at its end
+std::string_view Stable(std::string_view reason) {
+    const std::size_t parenthesis = reason.rfind(" (");
+    return !reason.empty() && reason.back() == ')' ? reason.substr(0, parenthesis) : reason;
+}
+
 }  // namespace
 
-KnownFailures ReadKnownFailures(const std::string& path) {
+KnownFailures ReadKnownFailures(const std::string& path) try {
     KnownFailures known;
     ReadLog(path, [&known, &path](std::uint64_t number, std::string_view line) {
         if (line.empty() || line.front() == '#') {
@@ -40,22 +46,22 @@ KnownFailures ReadKnownFailures(const std::string& path) {
         return true;
     });
     return known;
+} catch (const Unreadable& file) {
+    throw std::runtime_error(file.what());
 }
 
-void Apply(const KnownFailures& known, report::Result& result) {
-    for (report::RunResult& run : result.runs) {
-        for (CheckResult& check : run.checks) {
-            const auto entry = known.find(check.id);
-            if (entry == known.end()) {
-                continue;
-            }
-            if (check.verdict == Verdict::Fail && check.found == entry->second) {
-                check.verdict = Verdict::KnownFailure;
-            } else if (check.verdict == Verdict::Pass) {
-                check.verdict = Verdict::Fail;
-                check.expected = "the known failure: " + entry->second;
-                check.found = "it passes now: the list of known failures is to be mended";
-            }
+void Apply(const KnownFailures& known, report::RunResult& run) {
+    for (CheckResult& check : run.checks) {
+        const auto entry = known.find(check.id);
+        if (entry == known.end()) {
+            continue;
+        }
+        if (check.verdict == Verdict::Fail && Stable(check.found) == Stable(entry->second)) {
+            check.verdict = Verdict::KnownFailure;
+        } else if (check.verdict == Verdict::Pass) {
+            check.verdict = Verdict::Fail;
+            check.expected = "the known failure: " + entry->second;
+            check.found = "it passes now: the list of known failures is to be mended";
         }
     }
 }

@@ -1,4 +1,4 @@
-#include <fmt/format.h>
+#include <algorithm>
 
 #include "rig/judge/Checks.h"
 #include "rig/judge/Findings.h"
@@ -8,15 +8,21 @@ namespace {
 
 Finding MessagesFramed(const Run& run, const Limits& /*limits*/) {
     return NoneOf({{run.Of(Sign::BadPrefix), "a length prefix that goes on after its fifth byte"},
-                   {run.badLength, "a length that no message has"}},
+                   {run.badLength, "a length prefix of 2 GiB or more"}},
                   run.Saw(Sign::Expecting), "a length prefix of at most 5 bytes before every message",
                   "no message");
 }
 
 Finding MessagesParsed(const Run& run, const Limits& /*limits*/) {
-    return NoneOf({{run.noMessage, "a document without the element msg, which ends the harness"},
-                   {run.Of(Sign::NotXml), "a message, or a description in one, that is no XML"},
-                   {run.Of(Sign::NoRequest), "a message without req"}},
+    return NoneOf({{run.noMessage, "a document without the element msg, for which the harness aborts"},
+                   {run.empty, "a message without text, for which the harness aborts"},
+                   {run.brokenOff,
+                    "a message that breaks off, or whose length prefix announces less than was sent, for "
+                    "which the harness aborts"},
+                   {run.Of(Sign::NotXml),
+                    "a message, or a description in one, that is no XML, for which the harness aborts"},
+                   {run.notWellFormed, "a message, or a description in one, that is no well-formed XML"},
+                   {run.Of(Sign::NoRequest), "a message without req, which the harness ignores"}},
                   run.Saw(Sign::Incoming), "one XML document msg with req in every message", "no message");
 }
 
@@ -26,27 +32,30 @@ Finding MessagesKnown(const Run& run, const Limits& /*limits*/) {
 }
 
 Finding MessagesAsked(const Run& run, const Limits& /*limits*/) {
-    return NoneOf({{run.notAsked, "a message that nothing asked for, or that came twice"},
+    return NoneOf({{run.notAsked, "a message that nothing asked for"},
                    {run.Of(Sign::UnexpectedAnswer), "an answer to a request that was never made"}},
                   !run.received.empty(), "every message answers a request that waits for it", "no message");
 }
 
 Finding RequestsAnswered(const Run& run, const Limits& limits) {
     const std::string expected = "an answer to every request";
-    Tally unanswered;
-    for (const Request& request : run.pending) {
-        if (IsUnanswered(run, request, limits)) {
-            unanswered.Add(request.evidence);
-        }
-    }
+    const Tally unanswered = Unanswered(run, "", limits);
     if (unanswered.Any()) {
-        const Request& first = run.pending.front();
+        const auto first = std::find_if(
+            run.pending.begin(), run.pending.end(),
+            [&run, &limits](const Request& request) { return IsUnanswered(run, request, limits); });
+        const std::string pair = first->expects + " to " + first->name;
         return Fail(
             expected,
-            fmt::format("no {} to {} {} {} in {:.1f} s (a connection closed between messages leaves no "
-                        "line in the log)",
-                        first.expects, first.name, first.reid, first.file, Waited(run, first)),
+            Words(first->isMistaken ? "the only " + pair + " is one that the harness ignores"
+                                    : "no " + pair +
+                                          ": the DVR sent none, or closed the connection, which leaves "
+                                          "no line in the log",
+                  unanswered),
             unanswered);
+    }
+    if (!run.pending.empty() && run.HarnessEnded()) {
+        return NotReached(expected, "the harness had aborted before " + run.pending.front().expects);
     }
     if (!run.pending.empty()) {
         return Inconclusive(expected, "the log ends too soon to tell whether " + run.pending.front().expects +

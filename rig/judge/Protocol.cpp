@@ -52,6 +52,10 @@ bool Knows(int protocol, const std::string& message) {
     return (protocol == 2 ? kSecondDialect : kFirst).count(message) > 0;
 }
 
+bool IsReport(const std::string& message) {
+    return message == "INVALID_EVENT" || message == "TRANSPORT_EXCEPTION" || message == "XFER_IN_PROGRESS";
+}
+
 std::string Damaged(const std::string& text) {
     return text.size() < kDamage ? "" : text.substr(kDamage);
 }

@@ -7,6 +7,7 @@ namespace rig::judge {
 namespace {
 
 constexpr std::size_t kEvidenceLines = 4;
+constexpr std::size_t kEvidenceText = 300;  // bytes
 constexpr double kBucketsPerDoubling = 24;  // 2^(1/24) is 1.029
 
 struct Flag {
@@ -21,17 +22,40 @@ constexpr std::array kFlags = {Flag{Sign::EventSwitch, " -e"},     Flag{Sign::Fi
 
 }  // namespace
 
-void Tally::Add(const report::Evidence& evidence) {
-    ++count_;
-    if (lines_.size() < kEvidenceLines) {
+report::Evidence Place::Proof() const {
+    return {file, line, std::string(text.substr(0, kEvidenceText))};
+}
+
+void Tally::Add(const Place& place, const std::string& note) {
+    if (Counts(note)) {
+        lines_.push_back(place.Proof());
+    }
+}
+
+void Tally::Add(const report::Evidence& evidence, const std::string& note) {
+    if (Counts(note)) {
         lines_.push_back(evidence);
     }
 }
 
-void ReactionTimes::Add(std::int64_t microseconds) {
+/// @return whether the line is to be kept
+bool Tally::Counts(const std::string& note) {
+    if (count_++ == 0) {
+        note_ = note;
+    }
+    return lines_.size() < kEvidenceLines;
+}
+
+std::string Request::Words() const {
+    return name + (reid.empty() ? "" : " " + reid) + (file.empty() ? "" : "/" + file);
+}
+
+void ReactionTimes::Add(std::int64_t microseconds, const Place& place) {
     const std::int64_t time = std::max<std::int64_t>(microseconds, 0);
-    longest_ = std::max(longest_, time);
-    ++count_;
+    if (count_++ == 0 || time > longest_) {
+        longest_ = time;
+        longestAt_ = place.Proof();
+    }
     ++buckets_[static_cast<int>(std::ceil(std::log2(static_cast<double>(time) + 1) * kBucketsPerDoubling))];
 }
 
@@ -50,6 +74,11 @@ double ReactionTimes::Percentile(double part) const {
 std::uint64_t Run::Received(const std::string& message) const {
     const auto found = received.find(message);
     return found == received.end() ? 0 : found->second.Count();
+}
+
+bool Run::HarnessEnded() const {
+    return assertions.Any() || noMessage.Any() || badLength.Any() || namelessFiles.Any() ||
+           Saw(Sign::BadPrefix) || Saw(Sign::NotXml) || Saw(Sign::EndInsideText) || Saw(Sign::SendFailed);
 }
 
 std::string Run::Switches() const {

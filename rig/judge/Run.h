@@ -6,6 +6,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "rig/judge/Signs.h"
@@ -13,16 +14,32 @@
 
 namespace rig::judge {
 
+/// Where a line stands and its text, as long as the line is at hand. Most lines are proof of nothing: what is
+/// to be kept is copied by Proof().
+struct Place {
+    const std::string& file;
+    std::uint64_t line;
+    std::string_view text;
+
+    report::Evidence Proof() const;
+};
+
 /// How often something happened, and the first few lines that prove it: bounded, however long the log is.
 class Tally {
  public:
-    void Add(const report::Evidence& evidence);
+    /// @param note  what the line itself does not tell; that of the first time is kept
+    void Add(const Place& place, const std::string& note = "");
+    void Add(const report::Evidence& evidence, const std::string& note = "");
     std::uint64_t Count() const { return count_; }
     bool Any() const { return count_ > 0; }
+    const std::string& Note() const { return note_; }
     const std::vector<report::Evidence>& Lines() const { return lines_; }
 
  private:
+    bool Counts(const std::string& note);
+
     std::uint64_t count_ = 0;
+    std::string note_;
     std::vector<report::Evidence> lines_;
 };
 
@@ -45,22 +62,29 @@ struct Request {
     Fault fault = Fault::None;
     std::optional<std::int64_t> time;  // when it went out, microseconds
     std::int64_t pause = 0;            // microseconds that the harness sleeps behind it
+    bool isOvertaken = false;          // DONE went out while it waited
+    bool isMistaken = false;           // what came as its answer was one that the harness ignores
     report::Evidence evidence;
+
+    /// @return name, event and file
+    std::string Words() const;
 };
 
 /// Reaction times in a bounded space, each exact to 3 %.
 class ReactionTimes {
  public:
-    void Add(std::int64_t microseconds);
+    void Add(std::int64_t microseconds, const Place& place);
     std::uint64_t Count() const { return count_; }
     /// @return the time in ms that the given part (0 to 1) of all reactions did not exceed
     double Percentile(double part) const;
     double Longest() const { return static_cast<double>(longest_) / 1000; }
+    const report::Evidence& LongestAt() const { return longestAt_; }
 
  private:
     std::map<int, std::uint64_t> buckets_;
     std::uint64_t count_ = 0;
     std::int64_t longest_ = 0;
+    report::Evidence longestAt_;
 };
 
 /// What the log of one run tells, gathered while it is read: facts, no verdicts.
@@ -68,31 +92,46 @@ struct Run {
     report::Evidence begin;
     std::optional<std::int64_t> beginTime;
     std::optional<std::int64_t> endTime;
+    bool hasFractions = false;  // the log's times tell more than whole seconds
 
     // Switches, as the harness echoed them.
     int protocol = 1;
     std::int64_t closeEarly = 0;
-    std::int64_t doneDuration = 0;
+    std::int64_t doneDuration = 0;  // minutes
     std::int64_t sleepSeconds = 1;
     bool hasSleep = false;
 
-    bool hasStart = false;    // the log holds the run's first lines
-    bool openedByOk = false;  // the first message was OK
+    bool hasStart = false;                // the log holds the run's first lines
+    bool openedByOk = false;              // the first message was OK
+    bool isExporting = false;             // an OK came, and no DONE went out behind it
+    Sign last = Sign::None;               // of the last statement
+    std::optional<std::int64_t> resumed;  // microseconds from the last DONE to the OK behind it
     std::array<Tally, static_cast<std::size_t>(Sign::Count)> signs;
     std::array<FaultRecord, static_cast<std::size_t>(Fault::Count)> faults;
     std::map<std::string, Tally> received;  // by message; those of no dialect under ""
     std::map<std::string, ReactionTimes> reactions;
+    std::uint64_t hiddenReactions = 0;  // answers that waited while the harness paused
 
     // What the model found beyond the harness's own lines.
     Tally notAsked;                // messages of the DVR that answer nothing
     Tally noMessage;               // documents without `msg`
+    Tally empty;                   // messages without text
+    Tally brokenOff;               // documents that end before their end
+    Tally notWellFormed;           // documents that another parser than the harness's refuses
     Tally doubledEvents;           // identifiers that stand twice in one list
+    Tally noDescriptions;          // XML without `xmlFile`
     Tally noEvent;                 // descriptions that are empty, or of something else than an event
     Tally namelessFiles;           // files of a description without `name`
     Tally noFiles;                 // descriptions (1.0: lists) that name no file
+    Tally reportWithoutReid;       // reports of a fault about no event
     Tally otherReid;               // reports about another event than the one of the fault
+    Tally otherEvent;              // EVENT about another event than the one asked for
+    Tally otherAck;                // EVENT_XFER_ACK likewise
+    Tally otherFile;               // FILE_COMPLETE about another file than the one asked for
+    Tally completedAgain;          // FILE_COMPLETE about the file completed last
     Tally answeredWrong;           // answers to a frame with a wrong prefix (-z), as if it were whole
     Tally afterDone;               // messages of the DVR behind DONE, other than the OK of the next export
+    Tally resumedAt;               // that OK
     Tally badLength;               // announced lengths that no message has
     Tally damaged;                 // messages of which the log holds a part only
     Tally assertions;              // failed assertions, where the log holds standard error as well
@@ -110,6 +149,8 @@ struct Run {
     const FaultRecord& Of(Fault fault) const { return faults[static_cast<std::size_t>(fault)]; }
     FaultRecord& Of(Fault fault) { return faults[static_cast<std::size_t>(fault)]; }
     std::uint64_t Received(const std::string& message) const;
+    /// @return whether the DVR has sent something that the harness ends itself for
+    bool HarnessEnded() const;
     /// @return the switches as on the harness's command line
     std::string Switches() const;
 };

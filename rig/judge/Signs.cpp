@@ -1,6 +1,5 @@
 #include "rig/judge/Signs.h"
 
-#include <algorithm>
 #include <array>
 #include <vector>
 
@@ -88,17 +87,43 @@ bool StartsWith(std::string_view text, std::string_view beginning) {
     return text.substr(0, beginning.size()) == beginning;
 }
 
+/// The beginnings by their first character: every line of a log is looked up.
+using ByFirst = std::array<std::vector<Beginning>, 256>;
+
+std::size_t IndexOf(char first) {
+    return static_cast<unsigned char>(first);
+}
+
+const ByFirst& Beginnings() {
+    static const ByFirst kByFirst = [] {
+        ByFirst byFirst;
+        for (const Beginning& beginning : kBeginnings) {
+            byFirst[IndexOf(beginning.text.front())].push_back(beginning);
+        }
+        return byFirst;
+    }();
+    return kByFirst;
+}
+
 }  // namespace
 
 Sign SignOf(std::string_view text) {
-    const auto* const found =
-        std::find_if(kBeginnings.begin(), kBeginnings.end(),
-                     [text](const Beginning& beginning) { return StartsWith(text, beginning.text); });
-    return found == kBeginnings.end() ? Sign::None : found->sign;
+    if (text.empty()) {
+        return Sign::None;
+    }
+    for (const Beginning& beginning : Beginnings()[IndexOf(text.front())]) {
+        if (StartsWith(text, beginning.text)) {
+            return beginning.sign;
+        }
+    }
+    return Sign::None;
 }
 
 std::string_view Behind(Sign sign, std::string_view text) {
-    for (const Beginning& beginning : kBeginnings) {
+    if (text.empty()) {
+        return {};
+    }
+    for (const Beginning& beginning : Beginnings()[IndexOf(text.front())]) {
         if (beginning.sign == sign && StartsWith(text, beginning.text)) {
             return text.substr(beginning.text.size());
         }

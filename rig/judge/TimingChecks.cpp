@@ -13,13 +13,19 @@ bool HasReactions(const Run& run) {
 Finding Reaction(const Run& run, const Limits& limits) {
     const double limit = limits.maxReaction.value_or(0);
     const std::string expected = fmt::format("every answer within {:.0f} ms", limit);
+    if (!run.hasFractions) {
+        return Inconclusive(expected, "the log's times are whole seconds");
+    }
     for (const auto& [request, times] : run.reactions) {
         if (times.Longest() > limit) {
-            return Fail(expected, fmt::format("{:.0f} ms for the answer to {}", times.Longest(), request),
-                        {});
+            Finding late = Fail(
+                expected, fmt::format("a late answer to {} (after {:.1f} ms)", request, times.Longest()), {});
+            late.evidence.push_back(times.LongestAt());
+            return late;
         }
     }
-    return Pass(expected, "no answer took longer");
+    return Pass(expected, fmt::format("none that took longer ({} more came while the harness paused)",
+                                      run.hiddenReactions));
 }
 
 }  // namespace

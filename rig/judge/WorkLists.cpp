@@ -5,9 +5,7 @@
 
 namespace rig::judge {
 
-using report::Evidence;
-
-void WorkLists::TakeEventList(const pugi::xml_node& message, const Evidence& evidence, Run& facts) {
+void WorkLists::TakeEventList(const pugi::xml_node& message, const Place& place, Run& facts) {
     std::set<std::string> listed;
     for (const pugi::xml_node event : message.child("events").children()) {
         const std::string reid = event.text().get();
@@ -15,77 +13,81 @@ void WorkLists::TakeEventList(const pugi::xml_node& message, const Evidence& evi
             continue;  // the harness says so
         }
         if (!listed.insert(reid).second) {
-            facts.doubledEvents.Add(evidence);
+            facts.doubledEvents.Add(place);
         }
         events.push_back(reid);
     }
 }
 
-void WorkLists::TakeEvent(const pugi::xml_node& message, const Evidence& evidence, Run& facts) {
+void WorkLists::TakeEvent(const pugi::xml_node& message, const Place& place, Run& facts) {
     const std::size_t before = files.size();
-    TakeDescription(message.child("xmlFile").text().get(), message.attribute("reid").value(), evidence,
-                    facts);
+    TakeDescription(message.child("xmlFile").text().get(), message.attribute("reid").value(), place, facts);
     facts.files += files.size() - before;
     facts.hasLargeEvent = facts.hasLargeEvent || files.size() >= before + 2;
 }
 
-void WorkLists::TakeXml(const pugi::xml_node& message, const Evidence& evidence, Run& facts) {
+void WorkLists::TakeXml(const pugi::xml_node& message, const Place& place, Run& facts) {
     const std::size_t before = files.size();
-    const bool isFirst = events.empty();
+    std::set<std::string> listed;
     const pugi::xml_node container = message.child("xmlFile");
     for (const pugi::xml_node description : container.children("string")) {
         const std::string text = description.text().get();
         if (text.empty()) {
-            facts.noEvent.Add(evidence);
+            facts.noEvent.Add(place);
         }
-        TakeDescription(text, "", evidence, facts);
+        const std::string reid = TakeDescription(text, "", place, facts);
+        if (!reid.empty() && !listed.insert(reid).second) {
+            facts.doubledEvents.Add(place);
+        }
     }
-    if (isFirst && std::set<std::string>(events.begin(), events.end()).size() < events.size()) {
-        facts.doubledEvents.Add(evidence);
-    }
-    if (!container.child("string")) {
-        facts.noFiles.Add(evidence);
+    if (!container) {
+        facts.noDescriptions.Add(place);
+    } else if (!container.child("string")) {
+        facts.noFiles.Add(place);
     }
     facts.files += files.size() - before;
 }
 
-void WorkLists::TakeDescription(const std::string& text, const std::string& reid, const Evidence& evidence,
-                                Run& facts) {
+/// @param reid  of the event, or nothing where the description must tell it
+/// @return the event's identifier, or nothing where there is no event
+std::string WorkLists::TakeDescription(const std::string& text, const std::string& reid, const Place& place,
+                                       Run& facts) {
     pugi::xml_document description;
     if (!description.load_string(text.c_str())) {
-        return;  // the harness says so
+        if (!text.empty()) {
+            facts.notWellFormed.Add(place);
+        }
+        return "";
     }
     const pugi::xml_node event = description.child("recording-event");
     if (!event) {
-        facts.noEvent.Add(evidence);
-        return;
+        facts.noEvent.Add(place);
+        return "";
     }
-    const std::string name = reid.empty() ? event.attribute("reid").value() : reid;
+    std::string name = reid.empty() ? event.attribute("reid").value() : reid;
     if (name.empty()) {
-        return;
-    }
-    if (reid.empty()) {
-        events.push_back(name);
+        return "";
     }
     const std::size_t before = files.size();
     const pugi::xml_node video = event.child("video");
     if (const pugi::xml_node metadata = video.child("metadata")) {
-        TakeFile(metadata, name, evidence, facts);
+        TakeFile(metadata, name, place, facts);
     }
     for (const pugi::xml_node stream : video.child("streams").children()) {
         for (const pugi::xml_node file : stream.children()) {
-            TakeFile(file, name, evidence, facts);
+            TakeFile(file, name, place, facts);
         }
     }
     if (files.size() == before) {
-        facts.noFiles.Add(evidence);
+        facts.noFiles.Add(place);
     }
+    return name;
 }
 
-void WorkLists::TakeFile(const pugi::xml_node& file, const std::string& reid, const Evidence& evidence,
+void WorkLists::TakeFile(const pugi::xml_node& file, const std::string& reid, const Place& place,
                          Run& facts) {
     if (!file.attribute("name")) {
-        facts.namelessFiles.Add(evidence);
+        facts.namelessFiles.Add(place);
     }
     files.emplace_back(reid, file.attribute("name").value());
 }

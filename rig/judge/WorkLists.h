@@ -21,19 +21,18 @@ class WorkLists {
     std::deque<File> files;
 
     /// Takes the identifiers of EVENT_LIST. What is wrong with them is added to the facts, here as below.
-    void TakeEventList(const pugi::xml_node& message, const report::Evidence& evidence, Run& facts);
+    void TakeEventList(const pugi::xml_node& message, const Place& place, Run& facts);
 
     /// Takes the files of the one description in EVENT.
-    void TakeEvent(const pugi::xml_node& message, const report::Evidence& evidence, Run& facts);
+    void TakeEvent(const pugi::xml_node& message, const Place& place, Run& facts);
 
-    /// Takes events and files of all descriptions in XML.
-    void TakeXml(const pugi::xml_node& message, const report::Evidence& evidence, Run& facts);
+    /// Takes the files of all descriptions in XML.
+    void TakeXml(const pugi::xml_node& message, const Place& place, Run& facts);
 
  private:
-    void TakeDescription(const std::string& text, const std::string& reid, const report::Evidence& evidence,
-                         Run& facts);
-    void TakeFile(const pugi::xml_node& file, const std::string& reid, const report::Evidence& evidence,
-                  Run& facts);
+    std::string TakeDescription(const std::string& text, const std::string& reid, const Place& place,
+                                Run& facts);
+    void TakeFile(const pugi::xml_node& file, const std::string& reid, const Place& place, Run& facts);
 };
 
 }  // namespace rig::judge

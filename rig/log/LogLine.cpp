@@ -66,7 +66,7 @@ std::optional<std::int64_t> TimeOfDay(std::string_view text, std::size_t at) {
     if (!hours || !minutes || !seconds || text[at + 2] != ':' || text[at + 5] != ':') {
         return std::nullopt;
     }
-    std::int64_t time = ((*hours * 60 + *minutes) * 60 + *seconds) * kSecond;
+    std::int64_t time = ((std::int64_t{*hours} * 60 + *minutes) * 60 + *seconds) * kSecond;
     std::int64_t unit = kSecond / 10;
     if (at + 8 < text.size() && text[at + 8] == '.') {
         for (std::size_t digit = at + 9; digit < text.size() && IsDigit(text[digit]); ++digit, unit /= 10) {
@@ -85,7 +85,7 @@ std::int64_t ZoneOffset(std::string_view zone) {
     }
     const auto hours = Digits(zone, 1, 2);
     const auto minutes = Digits(zone, zone.size() > 3 && zone[3] == ':' ? 4 : 3, 2);
-    const std::int64_t offset = (hours.value_or(0) * 60 + minutes.value_or(0)) * 60 * kSecond;
+    const std::int64_t offset = (std::int64_t{hours.value_or(0)} * 60 + minutes.value_or(0)) * 60 * kSecond;
     return zone[0] == '-' ? -offset : offset;
 }
 
@@ -138,6 +138,56 @@ std::optional<int> NumberBehind(std::string_view prefix, std::string_view word) 
     return number;
 }
 
+/// @return the number that two digits make; negative where they are none
+int TwoDigits(const char* digits) {
+    return IsDigit(digits[0]) && IsDigit(digits[1]) ? (digits[0] - '0') * 10 + (digits[1] - '0') : -1;
+}
+
+/// Reads "2026-11-20T14:03:07.123456Z", where each digit stands in its place.
+std::optional<std::int64_t> OwnTime(const char* text) {
+    const std::array<int, 10> pairs = {TwoDigits(text),      TwoDigits(text + 2),  TwoDigits(text + 5),
+                                       TwoDigits(text + 8),  TwoDigits(text + 11), TwoDigits(text + 14),
+                                       TwoDigits(text + 17), TwoDigits(text + 20), TwoDigits(text + 22),
+                                       TwoDigits(text + 24)};
+    const bool isTime = text[4] == '-' && text[7] == '-' && text[10] == 'T' && text[13] == ':' &&
+                        text[16] == ':' && text[19] == '.' && pairs[2] >= 1 && pairs[2] <= 12;
+    if (!isTime || std::any_of(pairs.begin(), pairs.end(), [](int pair) { return pair < 0; })) {
+        return std::nullopt;
+    }
+    const std::int64_t days = DaysSinceEpoch(pairs[0] * 100 + pairs[1], pairs[2], pairs[3]);
+    const std::int64_t seconds = ((days * 24 + pairs[4]) * 60 + pairs[5]) * 60 + pairs[6];
+    return seconds * kSecond + std::int64_t{pairs[7]} * 10'000 + std::int64_t{pairs[8]} * 100 + pairs[9];
+}
+
+/// Reads a line of our own logger, where everything stands in its place: most logs consist of those.
+/// "2026-11-20T14:03:07.123456Z velloran 16 velloran:212 Sending DONE"
+std::optional<LogLine> OwnLine(std::string_view line) {
+    constexpr std::size_t kTimeEnd = 27;
+    constexpr std::string_view kNameAhead = " velloran ";
+    if (line.size() <= kTimeEnd + kNameAhead.size() || line[kTimeEnd - 1] != 'Z' ||
+        line.substr(kTimeEnd, kNameAhead.size()) != kNameAhead) {
+        return std::nullopt;
+    }
+    const char* const end = line.data() + line.size();
+    int level = 0;
+    const char* at = std::from_chars(line.data() + kTimeEnd + kNameAhead.size(), end, level).ptr;
+    const std::string_view rest(at, static_cast<std::size_t>(end - at));
+    if (level <= 0 || rest.size() <= kSource.size() || rest[0] != ' ' ||
+        rest.substr(1, kSource.size()) != kSource) {
+        return std::nullopt;
+    }
+    int statement = 0;
+    at = std::from_chars(at + 1 + kSource.size(), end, statement).ptr;
+    if (statement <= 0 || at == end || *at != ' ') {
+        return std::nullopt;
+    }
+    LogLine parsed;
+    parsed.time = OwnTime(line.data());
+    parsed.level = level;
+    parsed.text = std::string_view(at + 1, static_cast<std::size_t>(end - at - 1));
+    return parsed.time ? std::optional(parsed) : std::nullopt;
+}
+
 int HexDigit(char byte) {
     if (IsDigit(byte)) {
         return byte - '0';
@@ -178,6 +228,9 @@ std::optional<LogLine> ParseLogLine(std::string_view line) {
     if (!line.empty() && line.back() == '\r') {
         line.remove_suffix(1);
     }
+    if (const auto own = OwnLine(line)) {
+        return own;
+    }
     const auto source = FindSource(line);
     if (!source) {
         return std::nullopt;
@@ -197,11 +250,12 @@ std::optional<LogLine> ParseLogLine(std::string_view line) {
 std::string Unescaped(std::string_view text) {
     std::string plain;
     plain.reserve(text.size());
-    for (std::size_t at = 0; at < text.size();) {
-        if (text[at] == '\\') {
-            at += AppendUnescaped(plain, text, at);
-        } else {
-            plain += text[at++];
+    while (!text.empty()) {
+        const std::size_t backslash = std::min(text.find('\\'), text.size());
+        plain.append(text.substr(0, backslash));
+        text.remove_prefix(backslash);
+        if (!text.empty()) {
+            text.remove_prefix(AppendUnescaped(plain, text, 0));
         }
     }
     return plain;

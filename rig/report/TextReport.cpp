@@ -4,12 +4,15 @@
 
 #include <algorithm>
 #include <iterator>
-#include <map>
+#include <ostream>
+#include <sstream>
 
 namespace rig::report {
 namespace {
 
 using Text = fmt::memory_buffer;
+
+constexpr std::size_t kRunsAcross = 16;  // in one matrix: what a terminal is wide enough for
 
 template <typename... Arguments>
 void Print(Text& text, fmt::format_string<Arguments...> format, Arguments&&... arguments) {
@@ -75,49 +78,6 @@ char LetterOf(Verdict verdict) {
     return verdict == Verdict::Pass ? '.' : *NameOf(verdict);
 }
 
-void PrintMatrix(Text& text, const Result& result) {
-    std::vector<std::string> ids;
-    for (const RunResult& run : result.runs) {
-        for (const CheckResult& check : run.checks) {
-            if (std::find(ids.begin(), ids.end(), check.id) == ids.end()) {
-                ids.push_back(check.id);
-            }
-        }
-    }
-    for (std::size_t run = 0; run < result.runs.size(); ++run) {
-        Print(text, "{:>4}  {}  velloran {}\n", run + 1, result.runs[run].name, result.runs[run].switches);
-    }
-    Print(text, "\n{:<28}", "check \\ run");
-    for (std::size_t run = 0; run < result.runs.size(); ++run) {
-        Print(text, "{:>4}", run + 1);
-    }
-    for (const std::string& id : ids) {
-        Print(text, "\n{:<28}", id);
-        for (const RunResult& run : result.runs) {
-            const auto check = std::find_if(run.checks.begin(), run.checks.end(),
-                                            [&id](const CheckResult& one) { return one.id == id; });
-            Print(text, "{:>4}", check == run.checks.end() ? ' ' : LetterOf(check->verdict));
-        }
-    }
-    Print(text, "\n\n. pass, F fail, I inconclusive, N not reached, E environment, K known failure\n\n");
-}
-
-void PrintClosing(Text& text, const Result& result, bool colour) {
-    std::map<Verdict, std::size_t> counts;
-    std::size_t checks = 0;
-    for (const RunResult& run : result.runs) {
-        checks += run.checks.size();
-        for (const CheckResult& check : run.checks) {
-            ++counts[check.verdict];
-        }
-    }
-    Print(text,
-          "{}: {} {}, {} checks, {} passed, {} failed, {} inconclusive, {} not reached, {} environment\n",
-          Shown(WorstOf(result), 0, colour), result.runs.size(), result.runs.size() == 1 ? "run" : "runs",
-          checks, counts[Verdict::Pass], counts[Verdict::Fail], counts[Verdict::Inconclusive],
-          counts[Verdict::NotReached], counts[Verdict::Environment]);
-}
-
 const char* ArrowOf(Step::Kind kind) {
     switch (kind) {
         case Step::Kind::FromDvr:
@@ -134,29 +94,82 @@ const char* ArrowOf(Step::Kind kind) {
 
 }  // namespace
 
-std::string TextReport(const Result& result, bool colour) {
+void RunPrinter::Add(const RunResult& run) {
     Text text;
-    if (result.runs.size() > 1) {
-        PrintMatrix(text, result);
+    PrintRun(text, run, colour_);
+    out_.write(text.data(), static_cast<std::streamsize>(text.size()));
+    Row row{fmt::format("{}  velloran {}", run.name, run.switches), std::string(ids_.size(), ' ')};
+    for (const CheckResult& check : run.checks) {
+        const auto id = std::find(ids_.begin(), ids_.end(), check.id);
+        const auto column = static_cast<std::size_t>(id - ids_.begin());
+        if (id == ids_.end()) {
+            ids_.push_back(check.id);
+            row.letters += ' ';
+        }
+        row.letters[column] = LetterOf(check.verdict);
+        ++counts_[check.verdict];
     }
-    for (const RunResult& run : result.runs) {
-        PrintRun(text, run, colour);
-    }
-    PrintClosing(text, result, colour);
-    return fmt::to_string(text);
+    rows_.push_back(std::move(row));
+    worst_ = std::max(worst_, WorstOf(run));
 }
 
-std::string Timeline(const Result& result) {
+void RunPrinter::PrintMatrix(std::size_t first, std::size_t end) {
     Text text;
-    for (const RunResult& run : result.runs) {
-        Print(text, "{}  velloran {}\n", run.name, run.switches);
-        for (const Step& step : run.steps) {
-            const double seconds =
-                step.time && run.begin ? static_cast<double>(*step.time - *run.begin) / 1e6 : 0;
-            Print(text, "{:>10.3f}  {}{}\n", seconds, ArrowOf(step.kind), step.text);
-        }
-        Print(text, "\n");
+    for (std::size_t run = first; run < end; ++run) {
+        Print(text, "{:>4}  {}\n", run + 1, rows_[run].title);
     }
+    Print(text, "\n{:<28}", "check \\ run");
+    for (std::size_t run = first; run < end; ++run) {
+        Print(text, "{:>4}", run + 1);
+    }
+    for (std::size_t check = 0; check < ids_.size(); ++check) {
+        Print(text, "\n{:<28}", ids_[check]);
+        for (std::size_t run = first; run < end; ++run) {
+            const std::string& letters = rows_[run].letters;
+            Print(text, "{:>4}", check < letters.size() ? letters[check] : ' ');
+        }
+    }
+    Print(text, "\n\n");
+    out_.write(text.data(), static_cast<std::streamsize>(text.size()));
+}
+
+void RunPrinter::End() {
+    for (std::size_t first = 0; rows_.size() > 1 && first < rows_.size(); first += kRunsAcross) {
+        PrintMatrix(first, std::min(first + kRunsAcross, rows_.size()));
+    }
+    if (rows_.size() > 1) {
+        out_ << ". pass, F fail, I inconclusive, N not reached, E environment, K known failure\n\n";
+    }
+    std::size_t checks = 0;
+    for (const auto& [verdict, count] : counts_) {
+        checks += count;
+    }
+    out_ << fmt::format(
+        "{}: {} {}, {} checks, {} passed, {} failed, {} inconclusive, {} not reached, {} environment\n",
+        Shown(worst_, 0, colour_), rows_.size(), rows_.size() == 1 ? "run" : "runs", checks,
+        counts_[Verdict::Pass], counts_[Verdict::Fail], counts_[Verdict::Inconclusive],
+        counts_[Verdict::NotReached], counts_[Verdict::Environment]);
+}
+
+std::string TextReport(const Result& result, bool colour) {
+    std::ostringstream text;
+    RunPrinter printer(text, colour);
+    for (const RunResult& run : result.runs) {
+        printer.Add(run);
+    }
+    printer.End();
+    return text.str();
+}
+
+std::string Timeline(const RunResult& run) {
+    Text text;
+    Print(text, "{}  velloran {}\n", run.name, run.switches);
+    for (const Step& step : run.steps) {
+        const double seconds =
+            step.time && run.begin ? static_cast<double>(*step.time - *run.begin) / 1e6 : 0;
+        Print(text, "{:>10.3f}  {}{}\n", seconds, ArrowOf(step.kind), step.text);
+    }
+    Print(text, "\n");
     return fmt::to_string(text);
 }
 

@@ -1,8 +1,17 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <chrono>
+#include <csignal>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
+#include <optional>
 
+#include "Judging.h"
 #include "rig/judge/JudgeCommand.h"
 
 namespace rig {
@@ -41,6 +50,115 @@ TEST(JudgeCommand, NeverPassesALogThatIsNone) {
     EXPECT_EQ(Judge({}, options), 66);
     std::ofstream(path) << "something else\n\xff\n";
     EXPECT_EQ(Judge({}, options), 66);
+    std::remove(path.c_str());
+}
+
+TEST(JudgeCommand, NeedsAListOfKnownFailuresThatCanBeRead) {
+    JudgeOptions options;
+    options.known = "/nowhere/known";
+    EXPECT_EQ(Judge({"clean-2.0"}, options), 64);
+}
+
+TEST(JudgeCommand, ReadsStandardInput) {
+    const int before = dup(STDIN_FILENO);
+    const int log = open(VELLORAN_LOGS "/d2-missing-source.log", O_RDONLY);
+    dup2(log, STDIN_FILENO);
+    close(log);
+    JudgeOptions options;
+    options.logs = {"-"};
+    EXPECT_EQ(Judge({}, options), 1);
+    dup2(before, STDIN_FILENO);
+    close(before);
+}
+
+TEST(JudgeCommand, TakesRotatedFilesInTheirOrder) {
+    const std::string log = RealLog("clean-2.0");
+    const std::size_t half = log.find('\n', log.size() / 2) + 1;
+    const std::string path = testing::TempDir() + "velloran-rotated";
+    std::ofstream(path + ".1") << log.substr(0, half);
+    std::ofstream(path) << log.substr(half);
+    JudgeOptions options;
+    options.logs = {path + ".1", path};
+    EXPECT_EQ(Judge({}, options), 0);
+    options.logs = {path, path + ".1"};
+    EXPECT_NE(Judge({}, options), 0);
+    std::remove(path.c_str());
+    std::remove((path + ".1").c_str());
+}
+
+/// A child process that follows a log.
+class Follower {
+ public:
+    explicit Follower(const std::string& log) : log_(log), process_(fork()) {
+        if (process_ == 0) {
+            JudgeOptions options;
+            options.follow = true;
+            options.logs = {log};
+            _exit(Judge({}, options));
+        }
+    }
+
+    /// It has read the log to its end and waits for more.
+    bool HasReadAll() const {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        const auto size = std::filesystem::file_size(log_);
+        while (std::chrono::steady_clock::now() < deadline) {
+            if (Position() == size) {
+                return true;
+            }
+            poll(nullptr, 0, 10);
+        }
+        return false;
+    }
+
+    void Interrupt() const { kill(process_, SIGINT); }
+
+    int ExitStatus() const {
+        int status = 0;
+        waitpid(process_, &status, 0);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+ private:
+    /// @return how far the child has read the log; none where it has not opened it yet
+    std::optional<std::uintmax_t> Position() const {
+        const std::string folder = "/proc/" + std::to_string(process_);
+        std::error_code error;
+        for (const auto& entry : std::filesystem::directory_iterator(folder + "/fd", error)) {
+            if (std::filesystem::read_symlink(entry, error) == std::filesystem::canonical(log_)) {
+                std::ifstream info(folder + "/fdinfo/" + entry.path().filename().string());
+                std::string word;
+                std::uintmax_t position = 0;
+                info >> word >> position;
+                return position;
+            }
+        }
+        return std::nullopt;
+    }
+
+    std::string log_;
+    pid_t process_;
+};
+
+TEST(JudgeCommand, FollowsAGrowingLogToTheEndOfTheRun) {
+    const std::string log = RealLog("clean-2.0");
+    const std::string path = testing::TempDir() + "velloran-growing";
+    std::ofstream(path) << log.substr(0, log.size() / 2);
+    const Follower follower(path);
+    EXPECT_TRUE(follower.HasReadAll());
+    std::ofstream(path, std::ios::app) << log.substr(log.size() / 2);
+    EXPECT_EQ(follower.ExitStatus(), 0);
+    std::remove(path.c_str());
+}
+
+TEST(JudgeCommand, JudgesWhatItFollowedWhenInterrupted) {
+    const std::string log = RealLog("clean-2.0");
+    const std::string path = testing::TempDir() + "velloran-interrupted";
+    std::ofstream(path) << log.substr(0, log.size() / 2);
+    const Follower follower(path);
+    EXPECT_TRUE(follower.HasReadAll());
+    follower.Interrupt();
+    EXPECT_EQ(follower.ExitStatus(), 2);
     std::remove(path.c_str());
 }
 

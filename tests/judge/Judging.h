@@ -16,13 +16,16 @@ inline std::string RealLog(const std::string& name) {
 
 /// @return the verdicts on the runs of a log that holds this text
 inline rig::report::Result Judged(const std::string& text, const rig::judge::Limits& limits = {}) {
-    rig::judge::Judge judge(limits, {true, true});
+    rig::report::Result result;
+    rig::judge::Judge judge(limits, {true, true},
+                            [&result](rig::report::RunResult run) { result.runs.push_back(std::move(run)); });
     std::istringstream lines(text);
     std::uint64_t number = 0;
     for (std::string line; std::getline(lines, line);) {
         judge.Add("test.log", ++number, line);
     }
-    return judge.Finish();
+    judge.Finish();
+    return result;
 }
 
 /// @return the ids of the run's checks with this verdict, parted by blanks

@@ -21,7 +21,7 @@ TEST(TextReport, ShowsAMatrixOfManyRuns) {
 }
 
 TEST(Timeline, MarksTheFaultBetweenTheMessages) {
-    const std::string text = Timeline(Judged(RealLog("event-2.0")));
+    const std::string text = Timeline(Judged(RealLog("event-2.0")).runs.at(0));
     EXPECT_NE(text.find("    !!! fault   processing 'invalidEvent' option [event]\n"), std::string::npos);
     EXPECT_NE(text.find("    <-- harness NEXT_EVENT -0001\n"), std::string::npos);
     EXPECT_NE(text.find("DVR -->         INVALID_EVENT -0001\n"), std::string::npos);

@@ -20,13 +20,15 @@ TEST(Runs, BeginAnewWithASwitchOrAConnection) {
 
 TEST(Runs, GoOnInARotatedFile) {
     const std::string run = RealLog("clean-2.0");
-    rig::judge::Judge judge({}, {});
+    rig::report::Result result;
+    rig::judge::Judge judge(
+        {}, {}, [&result](rig::report::RunResult ended) { result.runs.push_back(std::move(ended)); });
     std::istringstream lines(run);
     std::uint64_t number = 0;
     for (std::string line; std::getline(lines, line); ++number) {
         judge.Add(number < 20 ? "run.log.1" : "run.log", number, line);
     }
-    const auto result = judge.Finish();
+    judge.Finish();
     ASSERT_EQ(result.runs.size(), 1U);
     EXPECT_EQ(rig::report::WorstOf(result), Verdict::Pass);
 }
@@ -58,6 +60,43 @@ TEST(Runs, InterruptedSoonAfterARequestAreInconclusive) {
 TEST(Runs, FailWhereAnAnswerTookLongerThanTheLimit) {
     EXPECT_EQ(With(Verdict::Fail, Judged(RealLog("clean-2.0"), {3, 50.0}).runs.at(0)), "reaction.time");
     EXPECT_EQ(With(Verdict::Fail, Judged(RealLog("clean-2.0"), {3, 5000.0}).runs.at(0)), "");
+}
+
+TEST(Runs, AreTimedNetOfTheHarnesssPauses) {
+    // -x: while the harness reads the answer to the second request, that to the first has come.
+    const auto hidden = Judged(RealLog("xfer-2.0")).runs.at(0);
+    const auto plain = Judged(RealLog("clean-2.0")).runs.at(0);
+    for (const auto& run : {hidden, plain}) {
+        for (const auto& timing : run.timings) {
+            EXPECT_LT(timing.longest, 240) << timing.request;
+        }
+    }
+}
+
+TEST(Runs, WithTimesInWholeSecondsHaveNoReactionTimes) {
+    std::istringstream lines(RealLog("clean-2.0"));
+    std::string syslog;
+    for (std::string line; std::getline(lines, line);) {
+        syslog += "Nov 20 14:03:07 rig " + line.substr(line.find("velloran:")) + "\n";
+    }
+    const auto result = Judged(syslog, {3, 5000.0});
+    EXPECT_TRUE(result.runs.at(0).timings.empty());
+    EXPECT_EQ(With(Verdict::Inconclusive, result.runs.at(0)), "reaction.time");
+}
+
+TEST(Runs, InWhichTheHarnessAbortsForItsOwnReasonAreTheEnvironments) {
+    const auto result = Judged(At(1, "'protocol' option set to 2") +
+                               "velloran: velloran.cpp:150: int main(int, char**): Assertion "
+                               "`listen(g_serverFd, 5) == 0' failed.\n");
+    EXPECT_EQ(With(Verdict::Environment, result.runs.at(0)), "harness.ran");
+}
+
+TEST(Runs, OfManyExportsAreDoneOnlyWithTheLast) {
+    const std::string log = RealLog("d1-reconnect");
+    const std::size_t again = log.find("got an OK", log.find("Closing client"));
+    const auto result = Judged(log.substr(0, log.find('\n', again) + 1) + At(9, "hdr[0]= 15"));
+    EXPECT_EQ(With(Verdict::Inconclusive, result.runs.at(0)), "log.whole requests.answered");
+    EXPECT_EQ(With(Verdict::NotReached, result.runs.at(0)), "export.done");
 }
 
 TEST(Runs, TellThatASwitchMeansNothingToProtocolOne) {
@@ -95,7 +134,7 @@ TEST(Checks, HaveIdsOfTheirOwn) {
 TEST(ReactionTimes, GivePercentilesToAFewPercent) {
     rig::judge::ReactionTimes times;
     for (int millisecond = 1; millisecond <= 1000; ++millisecond) {
-        times.Add(std::int64_t{millisecond} * 1000);
+        times.Add(std::int64_t{millisecond} * 1000, {"test.log", 1, ""});
     }
     EXPECT_NEAR(times.Percentile(0.5), 500, 15);
     EXPECT_NEAR(times.Percentile(0.99), 990, 30);

@@ -1,0 +1,193 @@
+#include "rig/judge/Exchange.h"
+
+#include <algorithm>
+
+#include "rig/judge/Protocol.h"
+
+namespace rig::judge {
+namespace {
+
+constexpr std::size_t kMostPending = 1000;  // unanswered requests: memory must not grow with the log
+constexpr std::int64_t kBusy = 10'000;   // microseconds that no handling of a message takes without a pause
+constexpr std::int64_t kAtOnce = 5'000;  // microseconds in which a message that was there already is read
+
+/// @return whether the message is about just what the request asked for
+bool IsExact(const Request& request, const Arrival& message) {
+    const bool isFileLeftOut = !message.file && message.name != "FILE_COMPLETE";
+    return request.reid == message.reid.value_or("") &&
+           (isFileLeftOut || request.file == message.file.value_or(""));
+}
+
+std::string FileIn(const Arrival& message) {
+    return message.reid.value_or("") + "/" + message.file.value_or("");
+}
+
+}  // namespace
+
+void Exchange::Send(Request request, const Place& place) {
+    if (request.name == "DONE") {
+        if (!run_.doneSent.Any()) {
+            run_.acksAtDone = run_.Of(Sign::Acknowledged).Count();
+        }
+        run_.doneSent.Add(place);
+        run_.isExporting = false;
+        doneTime_ = request.time;
+        for (Request& waiting : run_.pending) {
+            waiting.isOvertaken = true;
+        }
+    }
+    if (request.pause > 0) {
+        run_.Of(Fault::Pause).fired.Add(place);
+    }
+    pausedFor_ =
+        request.pause > 0 && request.time ? std::optional(*request.time + request.pause) : std::nullopt;
+    if (!request.expects.empty()) {
+        run_.pending.push_back(std::move(request));
+        if (run_.pending.size() > kMostPending) {
+            run_.pending.pop_front();
+        }
+    }
+}
+
+void Exchange::WasBusyUntil(std::optional<std::int64_t> time) {
+    free_ = pausedFor_ && time ? std::max(*pausedFor_, *time) : time;
+}
+
+void Exchange::Take(const Arrival& message, const std::string& event, const Place& place) {
+    answered_.reset();
+    if (message.name == "OK") {
+        TakeOk(message, place);
+    } else {
+        if (run_.doneSent.Any() && !run_.isExporting) {
+            run_.afterDone.Add(place, message.name);
+        }
+        run_.isExporting = run_.isExporting || !run_.doneSent.Any();  // the log may begin behind the OK
+        if (run_.Saw(Sign::SizeSwitch)) {
+            run_.answeredWrong.Add(place, message.name);
+        }
+        if (IsReport(message.name) && !message.reid) {
+            run_.reportWithoutReid.Add(place, message.name);
+        }
+        if (!Answers(message, event, place) && !AnswersWrongly(message, place)) {
+            TakeUnasked(message, place);
+        }
+    }
+    last_ = message;
+    pausedFor_.reset();
+}
+
+void Exchange::TakeOk(const Arrival& message, const Place& place) {
+    run_.openedByOk = run_.openedByOk || run_.received.empty();
+    if (run_.isExporting) {
+        run_.notAsked.Add(place, "a second OK");
+    } else if (run_.doneSent.Any()) {
+        if (doneTime_ && message.time) {
+            run_.resumed = std::min(run_.resumed.value_or(INT64_MAX), *message.time - *doneTime_);
+        }
+        run_.resumedAt.Add(place);
+    }
+    run_.isExporting = true;
+}
+
+bool Exchange::Answers(const Arrival& message, const std::string& event, const Place& place) {
+    const auto isAnswered = [&message](const Request& request) { return request.expects == message.name; };
+    auto request = std::find_if(run_.pending.begin(), run_.pending.end(), [&](const Request& waiting) {
+        return isAnswered(waiting) && IsExact(waiting, message);
+    });
+    isExact_ = request != run_.pending.end();
+    if (!isExact_) {
+        request = std::find_if(run_.pending.begin(), run_.pending.end(), isAnswered);
+    }
+    if (request == run_.pending.end()) {
+        return false;
+    }
+    answered_ = std::move(*request);
+    run_.pending.erase(request);
+    Time(*answered_, message, place);
+    if (answered_->pause > 0) {
+        run_.Of(Fault::Pause).answered.Add(place);
+    }
+    if (answered_->fault != Fault::None) {
+        run_.Of(answered_->fault).answered.Add(place);
+        // The refusal of a file with a damaged identifier may name the true event as well.
+        const bool isTrue = answered_->fault == Fault::FileEvent && event == message.reid.value_or("");
+        if (message.reid && *message.reid != answered_->reid && !isTrue && !message.isRepeated) {
+            run_.otherReid.Add(place, *message.reid + " instead of " + answered_->reid);
+        }
+    }
+    if (message.isRepeated && !isExact_) {
+        run_.notAsked.Add(place, message.name + " twice");
+    }
+    if (message.name == "FILE_COMPLETE" && isExact_) {
+        completed_ = FileIn(message);
+    }
+    return true;
+}
+
+/// A request with a fault that the DVR answers as if there were none.
+bool Exchange::AnswersWrongly(const Arrival& message, const Place& place) {
+    const int protocol = run_.protocol;
+    const auto request =
+        std::find_if(run_.pending.begin(), run_.pending.end(), [&message, protocol](const Request& waiting) {
+            return waiting.fault != Fault::None &&
+                   AnswerTo(waiting.name, Fault::None, protocol) == message.name;
+        });
+    if (request == run_.pending.end()) {
+        return false;
+    }
+    run_.Of(request->fault).wrong.Add(place, message.name + " to " + request->Words());
+    run_.pending.erase(request);
+    return true;
+}
+
+void Exchange::TakeUnasked(const Arrival& message, const Place& place) {
+    const bool hasGoodRequest =
+        std::any_of(run_.pending.begin(), run_.pending.end(), [&message](const Request& waiting) {
+            return waiting.fault == Fault::None && !waiting.reid.empty() &&
+                   waiting.reid == message.reid.value_or("");
+        });
+    if (message.isRepeated) {
+        run_.notAsked.Add(place, message.name + " twice");
+    } else if (IsReport(message.name) && hasGoodRequest) {
+        run_.notAsked.Add(place, message.name + " to a good request");
+    } else {
+        run_.notAsked.Add(place, message.name);
+    }
+}
+
+void Exchange::IgnoreLast(Sign why, const Place& place) {
+    if (answered_ && isExact_) {
+        return;  // it was asked for; a message out of turn has led the harness away from it since
+    }
+    const std::string asked = answered_ ? answered_->Words() : "";
+    if (why == Sign::WrongFile && FileIn(last_) == completed_) {
+        run_.completedAgain.Add(place, completed_);
+    } else if (why == Sign::WrongFile) {
+        run_.otherFile.Add(place, asked.empty() ? "" : FileIn(last_) + " instead of " + asked);
+    } else if (why == Sign::EventReidWrong && answered_) {
+        run_.otherEvent.Add(place);
+    } else if (why == Sign::AckReidWrong && answered_) {
+        run_.otherAck.Add(place);
+    }
+    if (answered_) {
+        answered_->isMistaken = true;
+        run_.pending.push_front(std::move(*answered_));
+        answered_.reset();
+    }
+}
+
+/// The harness reads nothing while it pauses: an answer that it finds as soon as it reads again has come at a
+/// time that nobody knows. Another one took the DVR all the time since the request.
+void Exchange::Time(const Request& request, const Arrival& message, const Place& place) {
+    if (!request.time || !message.time) {
+        return;
+    }
+    const bool wasBusy = free_ && *free_ - *request.time > kBusy;
+    if (wasBusy && *message.time - *free_ < kAtOnce) {
+        ++run_.hiddenReactions;
+    } else {
+        run_.reactions[request.name].Add(*message.time - *request.time, place);
+    }
+}
+
+}  // namespace rig::judge

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "rig/judge/Run.h"
+
+namespace rig::judge {
+
+/// A message of the DVR, as far as it decides which request it answers.
+struct Arrival {
+    std::string name;
+    std::optional<std::string> reid;
+    std::optional<std::string> file;
+    std::optional<std::int64_t> time;  // when its prefix was in, microseconds
+    bool isRepeated = false;           // it is, byte for byte, the message before it
+};
+
+/// The requests that wait for an answer, and what each message of the DVR is to them: its answer, another
+/// one than it must be, or something that nothing asked for.
+class Exchange {
+ public:
+    explicit Exchange(Run& facts) : run_(facts) {}
+
+    /// The harness has sent a request, or DONE. It does not read while it pauses behind it.
+    void Send(Request request, const Place& place);
+
+    /// The DVR has sent a message that its dialect knows.
+    /// @param event  the identifier that the harness takes for the one in progress
+    void Take(const Arrival& message, const std::string& event, const Place& place);
+
+    /// The harness has said that it ignores the last message: what that seemed to answer is still waiting.
+    void IgnoreLast(Sign why, const Place& place);
+
+    /// The harness has said something at this time: it was not reading before.
+    void WasBusyUntil(std::optional<std::int64_t> time);
+
+ private:
+    void TakeOk(const Arrival& message, const Place& place);
+    bool Answers(const Arrival& message, const std::string& event, const Place& place);
+    bool AnswersWrongly(const Arrival& message, const Place& place);
+    void TakeUnasked(const Arrival& message, const Place& place);
+    void Time(const Request& request, const Arrival& message, const Place& place);
+
+    Run& run_;
+    Arrival last_;
+    std::optional<Request> answered_;  // by the last message
+    bool isExact_ = false;             // which is about just what the request asked for
+    std::string completed_;            // the file completed last, in words
+    std::optional<std::int64_t> doneTime_;
+    std::optional<std::int64_t> free_;       // when the harness began to wait for a message
+    std::optional<std::int64_t> pausedFor_;  // when the last request went out behind which it pauses
+};
+
+}  // namespace rig::judge

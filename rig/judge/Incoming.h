@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace rig::judge {
+
+/// The message that comes in, put together from the slices in which the harness logs it.
+class Incoming {
+ public:
+    /// The harness has read a length prefix. @return whether the message before it was whole, or had not
+    /// begun
+    bool Expect(std::int64_t bytes, std::optional<std::int64_t> time);
+
+    /// Adds a slice: "1 to 800:TEXT", escaped. @return whether it belongs to a message of bearable length
+    bool Add(std::string_view slice);
+
+    /// @return whether all bytes announced are there
+    bool IsWhole() const { return !isOpen_; }
+
+    const std::string& Text() const { return text_; }
+
+    /// @return whether the message is the same, byte for byte, as the one before it that Remember() was told
+    /// of
+    bool IsRepeated() const { return text_ == before_; }
+    void Remember() { before_.swap(text_); }
+
+    /// @return when the prefix was in, microseconds
+    std::optional<std::int64_t> Time() const { return time_; }
+
+ private:
+    std::int64_t expected_ = 0;  // bytes
+    bool isOpen_ = false;
+    std::string text_;
+    std::string before_;
+    std::optional<std::int64_t> time_;
+};
+
+}  // namespace rig::judge

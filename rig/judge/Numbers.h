@@ -1,0 +1,16 @@
+#pragma once
+
+#include <charconv>
+#include <cstdint>
+#include <string_view>
+
+namespace rig::judge {
+
+/// @return the decimal number that the text begins with; 0 where there is none, or none that fits
+inline std::int64_t NumberIn(std::string_view text) {
+    std::int64_t number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+}  // namespace rig::judge
