@@ -49,11 +49,12 @@ TEST_P(ClosedStandardDescriptors, CanBeReadAndWrittenAfterwards) {
         CloseThem();
         LogClient::Instance();
         char byte = 0;
-        Report(IsClosed(0) and read(0, &byte, 1) not_eq 0 ? "cannot read 0;" : "");
-        Report(IsClosed(1) and write(1, "x", 1) not_eq 1 ? "cannot write 1;" : "");
-        Report(IsClosed(2) and write(2, "x", 1) not_eq 1 ? "cannot write 2;" : "");
+        Report(IsClosed(0) and read(0, &byte, 1) not_eq 0 ? "cannot read 0;" : "0;");
+        Report(IsClosed(1) and write(1, "x", 1) not_eq 1 ? "cannot write 1;" : "1;");
+        Report(IsClosed(2) and write(2, "x", 1) not_eq 1 ? "cannot write 2;" : "2;");
     });
-    EXPECT_EQ(outcome.report, "");
+    EXPECT_EQ(outcome.report, "0;1;2;");
+    EXPECT_EQ(outcome.status, 0);
 }
 
 TEST_P(ClosedStandardDescriptors, LeaveLogLinesToStandardOutputAlone) {

@@ -57,11 +57,16 @@ std::string Simplified(const std::string& line) {
         .text;
 }
 
+/// What an emulator says of a signal that ends the process is not the process's.
+bool IsEmulators(const std::string& line) {
+    return line.rfind("qemu: uncaught target signal ", 0) == 0;
+}
+
 std::string SimplifiedLines(const std::string& output) {
     std::istringstream lines(output);
     std::string simplified;
     for (std::string line; std::getline(lines, line);) {
-        simplified += Simplified(line) + "\n";
+        simplified += IsEmulators(line) ? "" : Simplified(line) + "\n";
     }
     return simplified;
 }

@@ -1,0 +1,108 @@
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <optional>
+#include <sstream>
+
+#include "Messages.h"
+#include "Process.h"
+#include "ScriptedDvr.h"
+#include "Sockets.h"
+#include "Until.h"
+#include "World.h"
+
+namespace {
+
+constexpr std::uint64_t kAddressSpace = std::uint64_t{1} << 32;
+
+/// Whether a line of "smaps" is the head of a mapping: "START-END PERMISSIONS OFFSET DEVICE INODE [PATH]".
+bool IsHead(const std::string& line) {
+    return line.find('-') < line.find(' ');
+}
+
+/// The memory of an emulated program, in kB, as the target's kernel would count it in VmRSS: what is in use
+/// of the program's own 4 GiB of addresses. They start at a multiple of 4 GiB, and what the emulator itself
+/// uses lies elsewhere.
+long TargetsMemory(const Process& process, const std::string& program) {
+    std::ifstream mappings("/proc/" + std::to_string(process.Id()) + "/smaps");
+    std::vector<std::pair<std::uint64_t, long>> sizes;  // 4 GiB that the mapping is in, kB in use
+    std::uint64_t space = 0;
+    for (std::string line; std::getline(mappings, line);) {
+        if (IsHead(line)) {
+            sizes.emplace_back(std::stoull(line, nullptr, 16) / kAddressSpace, 0);
+            space = line.find(program) == std::string::npos ? space : sizes.back().first;
+        } else if (line.compare(0, 4, "Rss:") == 0) {
+            sizes.back().second = std::stol(line.substr(4));
+        }
+    }
+    long sum = 0;
+    for (const auto& [itsSpace, size] : sizes) {
+        sum += itsSpace == space ? size : 0;
+    }
+    return sum;
+}
+
+std::string LastWord(const std::string& words) {
+    return words.substr(words.rfind(' ') + 1);
+}
+
+/// The harness in an export, with memory that is never given back, so that what it has is the most it has
+/// had.
+class Memory : public testing::Test {
+ protected:
+    void SetUp() override {
+        const char* const command = std::getenv("VELLORAN_HARNESS");
+        ASSERT_NE(nullptr, command) << "names the harness to measure";
+        program_ = LastWord(command);
+        setenv("GLIBC_TUNABLES", "glibc.malloc.mmap_max=0:glibc.malloc.trim_threshold=2147483647", 1);
+        harness_.emplace(std::vector<std::string>{"-p", "2"}, Launch{});
+        unsetenv("GLIBC_TUNABLES");
+        Until([this] { return sockets::IsListening(5001) or not harness_->IsRunning(); });
+        dvr_.emplace();
+    }
+
+    /// One event with so many files out of a list of as many events, up to the request for its first file.
+    void ReachesFirstFile(std::size_t count) {
+        dvr_->Sends(Ok());
+        dvr_->Receives(v2::kGetEventList);
+        std::vector<std::string> events;
+        std::vector<std::string> files;
+        for (std::size_t number = 0; number < count; ++number) {
+            events.push_back("EVENT" + std::to_string(number));
+            files.push_back("video" + std::to_string(number) + ".ts");
+        }
+        dvr_->Sends(EventList(events));
+        dvr_->Receives(v2::NextEvent("EVENT0"));
+        dvr_->Sends(Event("EVENT0", Description("EVENT0", files)));
+        dvr_->Receives(v2::GetFile("EVENT0", "video0.ts"));
+    }
+
+    /// Prints what the program has in use, and expects no more than that.
+    void Takes(long most, const std::string& after) const {
+        const long size = TargetsMemory(*harness_, program_);
+        std::cout << "memory after " << after << ": " << size << " kB" << std::endl;
+        EXPECT_GT(size, 500);
+        EXPECT_LE(size, most);
+    }
+
+ private:
+    World world_;
+    std::string program_;
+    std::optional<Process> harness_;
+    std::optional<ScriptedDvr> dvr_;
+};
+
+TEST_F(Memory, OfASmallExport) {
+    ReachesFirstFile(5);
+    Takes(2000, "a list of 5 events and an event of 5 files");
+}
+
+TEST_F(Memory, OfALargeExport) {
+    ReachesFirstFile(1000);
+    Takes(4000, "a list of 1000 events and an event of 1000 files");
+}
+
+}  // namespace

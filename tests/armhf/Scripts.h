@@ -1,0 +1,26 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+/// What the DVR sends and what the harness answers, in bytes.
+struct Step {
+    std::string sent;
+    std::string received;
+};
+
+/// A dialogue, whose steps and log are the same however often it is played.
+struct Script {
+    std::string name;
+    std::vector<std::string> switches;
+    std::vector<Step> steps;
+};
+
+std::ostream& operator<<(std::ostream& out, const Script& script);
+
+/// Dialogues that end by the harness closing the connection.
+const std::vector<Script>& ScriptsToTheEnd();
+
+/// Dialogues that end the harness.
+const std::vector<Script>& FatalScripts();
