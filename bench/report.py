@@ -96,7 +96,7 @@ def lists():
 
 
 def export():
-    world = os.path.join(HERE, 'world')
+    world = os.path.join(HERE, '..', 'scripts', 'world')
     script = os.path.join(HERE, 'export', 'export.py')
     for dialect in ('1', '2'):
         for option in ([], ['--quick-acknowledgement']):
@@ -110,7 +110,7 @@ def export():
 
 def start():
     rounds = '1' if SHORT else '25'
-    result = json.loads(run([os.path.join(HERE, 'world'), os.path.join(HERE, 'start', 'start.py'), program('velloran'),
+    result = json.loads(run([os.path.join(HERE, '..', 'scripts', 'world'), os.path.join(HERE, 'start', 'start.py'), program('velloran'),
                              rounds]))
     own = result['velloran']
     row('start to listening', f'{own["seconds"] * 1000:.1f} ms',

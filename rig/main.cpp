@@ -4,6 +4,7 @@
 #include <iostream>
 #include <string>
 
+#include "rig/campaign/RunCommand.h"
 #include "rig/dvr/DvrCommand.h"
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/Printable.h"
@@ -11,7 +12,7 @@
 
 namespace {
 
-constexpr int kJudgeUsage = 64;  // 2 says there that the verdict is inconclusive
+constexpr int kUsage = 64;  // of judge and run: 2 says there that the verdict is inconclusive
 
 /// Reads the command line and runs the subcommand that it asks for. @return the exit status
 int Run(int argc, char** argv) {
@@ -20,20 +21,23 @@ int Run(int argc, char** argv) {
     int status = 0;
     rig::AddDvrCommand(app, status);
     rig::AddJudgeCommand(app, status);
+    rig::AddRunCommand(app, status);
     try {
         app.parse(argc, argv);
         if (app.get_subcommands().empty()) {
-            throw CLI::ParseError("expected a subcommand: dvr or judge", CLI::ExitCodes::RequiredError);
+            throw CLI::ParseError("expected a subcommand: dvr, judge or run", CLI::ExitCodes::RequiredError);
         }
     } catch (const CLI::Success& asked) {  // --help and --version
         return app.exit(asked);
     } catch (const CLI::ParseError& error) {
-        if (!app.got_subcommand("judge")) {
-            throw;
+        for (const std::string command : {"judge", "run"}) {
+            if (app.got_subcommand(command)) {
+                std::cerr << "velloran-rig " << command << ": " << rig::Printable(error.what())
+                          << " (velloran-rig " << command << " --help tells more)\n";
+                return kUsage;
+            }
         }
-        std::cerr << "velloran-rig judge: " << rig::Printable(error.what())
-                  << " (velloran-rig judge --help tells more)\n";
-        return kJudgeUsage;
+        throw;
     }
     return status;
 }

@@ -1,0 +1,109 @@
+#include "rig/campaign/Campaign.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "rig/campaign/CampaignJson.h"
+#include "rig/report/JunitReport.h"
+#include "rig/report/TapReport.h"
+#include "rig/report/WriteWhole.h"
+
+namespace rig::campaign {
+
+Campaign::Campaign(Rig rig, std::string folder, CampaignRecord record)
+    : rig_(std::move(rig)), folder_(std::move(folder)), record_(std::move(record)) {}
+
+Outcome Campaign::Run() {
+    record_.begin = Now();
+    display_.Begin(record_, folder_);
+    for (std::size_t number = 0; number < record_.cases.size() && !interrupts_.Came(); ++number) {
+        CaseRecord& record = record_.cases[number];
+        display_.CaseBegins(record, number + 1, record_.cases.size());
+        RunCase(record);
+        display_.CaseEnds(record);
+    }
+    const bool isBroken = interrupts_.Came() &&
+                          std::any_of(record_.cases.begin(), record_.cases.end(), [](const CaseRecord& one) {
+                              return one.outcome == Outcome::NotRun || one.outcome == Outcome::Interrupted;
+                          });
+    record_.state = isBroken ? "interrupted" : "finished";
+    record_.end = Now();
+    FindKnownUnseen();
+    WriteReports();
+    WriteRecord();
+    display_.End(record_, folder_);
+    return record_.Whole();
+}
+
+void Campaign::RunCase(CaseRecord& record) {
+    record.outcome = Outcome::Running;
+    record.begin = Now();
+    record.isSuspect = failedClean_.count(record.plan.protocol) > 0;
+    const CaseFolder folder(folder_ + "/" + record.Folder());
+    folder.Write("case.json", CaseJson(record));
+    WriteRecord();
+    Rig rig = rig_;
+    rig.patience.connect += away_;
+    CaseRun run(rig, folder, record, interrupts_, display_);
+    run.Run();
+    away_ = SecondsAway(record.plan);
+    TakeClean(record);
+    TakeResult(record, run);
+    WriteReports();
+    WriteRecord();
+}
+
+void Campaign::TakeClean(const CaseRecord& record) {
+    const bool isGood = ExitStatusOf(record.outcome) == 0;
+    const bool hasFailed = record.plan.role == Case::Role::First && !isGood && !interrupts_.Came();
+    const bool hasOthers =
+        std::any_of(record_.cases.begin(), record_.cases.end(), [&record](const CaseRecord& one) {
+            return one.plan.protocol == record.plan.protocol && one.plan.role != Case::Role::First;
+        });
+    if (hasFailed && failedClean_.insert(record.plan.protocol).second && hasOthers) {
+        display_.Warn(
+            fmt::format("{} did not pass: what the cases of {}.0 behind it find is not to be blamed on "
+                        "how the DVR takes faults",
+                        record.id, record.plan.protocol));
+    }
+}
+
+void Campaign::TakeResult(const CaseRecord& record, const CaseRun& run) {
+    if (record.verdict) {
+        record_.coverage.Add(record.plan, run.Result(), run.Messages());
+    }
+    report::RunResult kept = run.Result();
+    kept.steps.clear();
+    kept.log.clear();
+    result_.runs.push_back(std::move(kept));
+}
+
+/// A known failure that cases came to, and none showed, is one no more.
+void Campaign::FindKnownUnseen() {
+    for (const auto& [id, reason] : rig_.known) {
+        bool isReached = false;
+        bool isSeen = false;
+        for (const report::RunResult& run : result_.runs) {
+            for (const report::CheckResult& check : run.checks) {
+                isReached = isReached || (check.id == id && check.verdict == report::Verdict::Pass);
+                isSeen = isSeen || (check.id == id && check.verdict == report::Verdict::KnownFailure);
+            }
+        }
+        if (isReached && !isSeen) {
+            record_.knownUnseen.push_back(id);
+        }
+    }
+}
+
+void Campaign::WriteRecord() const {
+    report::WriteWhole(folder_ + "/campaign.json", CampaignJson(record_));
+}
+
+void Campaign::WriteReports() const {
+    report::WriteWhole(folder_ + "/junit.xml", report::JunitReport(result_));
+    report::WriteWhole(folder_ + "/campaign.tap", report::TapReport(result_));
+}
+
+}  // namespace rig::campaign

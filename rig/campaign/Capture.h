@@ -1,0 +1,28 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+namespace rig::campaign {
+
+/// Writes what passes over the harness's port on any of this machine's networks to a pcap file.
+class Capture {
+ public:
+    /// Throws std::runtime_error, in one line, where the privilege or the network is missing.
+    explicit Capture(const std::string& path);
+    ~Capture();
+    Capture(const Capture&) = delete;
+    Capture& operator=(const Capture&) = delete;
+
+    /// @return a descriptor that poll finds readable when packets have come
+    int Number() const;
+
+    /// Writes the packets that have come. Does not wait.
+    void Take();
+
+ private:
+    struct Handles;
+    std::unique_ptr<Handles> handles_;
+};
+
+}  // namespace rig::campaign

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "rig/dvr/Descriptor.h"
+
+namespace rig::campaign {
+
+/// A file of evidence that grows while the case runs.
+class GrowingFile {
+ public:
+    explicit GrowingFile(std::string path);
+
+    /// Appends. Throws std::runtime_error, which names the file and the reason.
+    void Add(std::string_view bytes);
+
+    /// Empties the file.
+    void Restart();
+
+    int Number() const { return descriptor_.Number(); }
+
+ private:
+    std::string path_;
+    Descriptor descriptor_;
+};
+
+/// The folder with a case's evidence.
+class CaseFolder {
+ public:
+    /// Makes the folder. Throws std::runtime_error where that is impossible.
+    explicit CaseFolder(std::string path);
+
+    const std::string& Path() const { return path_; }
+    std::string PathOf(const std::string& file) const { return path_ + "/" + file; }
+
+    /// Starts a file that grows.
+    GrowingFile Grow(const std::string& file) const { return GrowingFile(PathOf(file)); }
+
+    /// Writes a file whole or not at all.
+    void Write(const std::string& file, const std::string& content) const;
+
+    /// @return the names of the files that are there, sorted
+    std::vector<std::string> Files() const;
+
+ private:
+    std::string path_;
+};
+
+/// Makes the campaign's folder. Throws std::runtime_error where it is there already and holds something.
+void MakeCampaignFolder(const std::string& path);
+
+}  // namespace rig::campaign

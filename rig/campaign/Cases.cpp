@@ -1,0 +1,152 @@
+#include "rig/campaign/Cases.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+
+namespace rig::campaign {
+namespace {
+
+using Role = Case::Role;
+
+/// Together with -x, -r never asks for the hash: -x fires before the answer that -r waits for.
+const std::vector<std::string> kRehashChecks = {"rehash.fired", "rehash.attributes", "rehash.same-hash"};
+
+std::vector<Case> FirstDialect() {
+    return {
+        {"clean-1.0", 1, "-p 1", "A whole export without any fault.", Role::First},
+        {"config-1.0", 1, "-p 1 -g", "The DVR refuses a bogus configuration."},
+        {"size-1.0", 1, "-p 1 -z", "The DVR does not act on frames that are shorter than announced."},
+        {"recovery-1.0", 1, "-p 1", "A whole export again: the DVR has recovered from all faults before it.",
+         Role::Last},
+    };
+}
+
+std::vector<Case> SecondDialectAlone() {
+    return {
+        {"clean-2.0", 2, "-p 2", "A whole export without any fault.", Role::First},
+        {"event-2.0", 2, "-p 2 -e",
+         "The DVR refuses an event that it does not have, then gives the true one."},
+        {"file-2.0", 2, "-p 2 -f", "The DVR refuses a file of an unknown event, and an unknown file."},
+        {"transport-2.0", 2, "-p 2 -t", "The DVR reports a transfer that fails, and makes it good."},
+        {"rehash-2.0", 2, "-p 2 -r", "The DVR hashes a file anew and gives hash and length."},
+        {"xfer-2.0", 2, "-p 2 -x",
+         "The DVR says that a file asked for again is in transfer, and completes it."},
+        {"size-2.0", 2, "-p 2 -z", "The DVR does not act on frames that are shorter than announced."},
+        {"config-2.0", 2, "-p 2 -g", "The DVR refuses a bogus configuration."},
+        {"upgrade-2.0", 2, "-p 2 -u", "The DVR confirms a software update, then exports as ever."},
+        {"close-2.0", 2, "-p 2 -c 1", "The DVR ends its export when DONE comes after the first event."},
+        {"done-2.0", 2, "-p 2 -d 1", "The DVR stays away for the minute that DONE asks for."},
+        {"sleep-2.0", 2, "-p 2 -s 2", "The DVR bears longer pauses between requests."},
+    };
+}
+
+std::vector<Case> SecondDialectTogether() {
+    return {
+        {"close-late-2.0", 2, "-p 2 -c 2", "The DVR ends its export when DONE comes after the second event."},
+        {"close-done-2.0", 2, "-p 2 -c 1 -d 1", "The DVR takes an early DONE and its time together."},
+        {"event-close-2.0", 2, "-p 2 -e -c 1", "A refused event does not count as one that was exported."},
+        {"upgrade-config-2.0", 2, "-p 2 -u -g", "The DVR answers two orders at once, in their order."},
+        {"upgrade-event-2.0", 2, "-p 2 -u -e", "The refusal of an event follows on the software update."},
+        {"file-transport-2.0", 2, "-p 2 -f -t", "Two refusals of a file and its failed transfer in a row."},
+        {"transport-rehash-2.0", 2, "-p 2 -t -r", "The file whose transfer failed is hashed anew."},
+        {"rehash-xfer-2.0", 2, "-p 2 -r -x",
+         "One file is asked for three times; the hash is not asked for anew.", Role::Fault, kRehashChecks},
+        {"faults-2.0", 2, "-p 2 -e -f -t -r -x", "All faults of events and files in one export.", Role::Fault,
+         kRehashChecks},
+        {"config-size-2.0", 2, "-p 2 -g -z", "The DVR does not act on a configuration in a frame too short."},
+        {"recovery-2.0", 2, "-p 2", "A whole export again: the DVR has recovered from all faults before it.",
+         Role::Last},
+    };
+}
+
+std::set<std::string> Split(const std::string& names) {
+    std::set<std::string> all;
+    std::istringstream stream(names);
+    for (std::string name; std::getline(stream, name, ',');) {
+        all.insert(name);
+    }
+    return all;
+}
+
+void CheckNames(const std::set<std::string>& names) {
+    for (const std::string& name : names) {
+        const bool isKnown = std::any_of(AllCases().begin(), AllCases().end(),
+                                         [&name](const Case& plan) { return plan.name == name; });
+        if (!isKnown) {
+            throw std::runtime_error(
+                fmt::format("--cases: expected all or names that --list-cases gives, found \"{}\"", name));
+        }
+    }
+}
+
+bool IsOf(const Case& plan, const std::string& protocol) {
+    return protocol == "both" || protocol == std::to_string(plan.protocol);
+}
+
+/// Takes out the clean exports of a dialect of which nothing else was chosen, or all of them.
+void TakeFramesOut(std::vector<Case>& plans, const std::set<std::string>& names, bool bare) {
+    const std::vector<Case> all = plans;
+    const auto isNeedless = [&](const Case& plan) {
+        if (plan.role == Role::Fault || names.count(plan.name) > 0) {
+            return false;
+        }
+        return bare || std::none_of(all.begin(), all.end(), [&](const Case& other) {
+                   return other.protocol == plan.protocol &&
+                          (other.role == Role::Fault || names.count(other.name) > 0);
+               });
+    };
+    plans.erase(std::remove_if(plans.begin(), plans.end(), isNeedless), plans.end());
+}
+
+}  // namespace
+
+const std::vector<Case>& AllCases() {
+    static const std::vector<Case> kCases = [] {
+        std::vector<Case> all = FirstDialect();
+        for (const auto& part : {SecondDialectAlone(), SecondDialectTogether()}) {
+            all.insert(all.end(), part.begin(), part.end());
+        }
+        return all;
+    }();
+    return kCases;
+}
+
+std::vector<Case> Select(const Selection& selection) {
+    const bool isAll = selection.names == "all";
+    const std::set<std::string> names = isAll ? std::set<std::string>() : Split(selection.names);
+    CheckNames(names);
+    std::vector<Case> plans;
+    std::copy_if(AllCases().begin(), AllCases().end(), std::back_inserter(plans), [&](const Case& plan) {
+        return isAll ? IsOf(plan, selection.protocol)
+                     : plan.role != Role::Fault || names.count(plan.name) > 0;
+    });
+    TakeFramesOut(plans, names, selection.bare);
+    if (plans.empty()) {
+        throw std::runtime_error("--cases: expected at least one case to run, found none");
+    }
+    return plans;
+}
+
+std::string ListCases() {
+    std::string list;
+    for (const Case& plan : AllCases()) {
+        list += fmt::format("{:<21} {:<20} {}\n", plan.name, plan.switches, plan.sentence);
+    }
+    return list;
+}
+
+double SecondsAway(const Case& plan) {
+    const std::size_t at = plan.switches.find("-d ");
+    return at == std::string::npos ? 0 : 60 * std::stod(plan.switches.substr(at + 3));
+}
+
+bool Has(const Case& plan, char letter) {
+    return (" " + plan.switches + " ").find(std::string(" -") + letter + " ") != std::string::npos;
+}
+
+}  // namespace rig::campaign

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace rig::campaign {
+
+/// One run of the harness with switches of its own.
+struct Case {
+    enum class Role { First, Fault, Last };
+
+    std::string name;      // with the dialect: "xfer-2.0"
+    int protocol = 2;      // 1 or 2
+    std::string switches;  // of the harness, the dialect included: "-p 2 -x"
+    std::string sentence;  // what the case shows
+    Role role = Role::Fault;
+    std::vector<std::string> excluded = {};  // checks of the judge that these switches together cannot reach
+};
+
+/// @return the whole table, in the order in which the cases run: 1.0, then 2.0
+const std::vector<Case>& AllCases();
+
+/// What the user wants to run.
+struct Selection {
+    std::string names = "all";   // or names separated by commas
+    std::string protocol = "2";  // "1", "2" or "both"
+    bool bare = false;           // without the clean exports that run first and last
+};
+
+/// @return the cases to run, in the table's order; each dialect that has a case begins and ends with its
+/// clean export. Names decide for themselves which dialect they are of. Throws std::runtime_error for a name
+/// that no case has, and where nothing is left to run.
+std::vector<Case> Select(const Selection& selection);
+
+/// @return the table for people: name, switches, sentence
+std::string ListCases();
+
+/// @return whether the harness runs with this switch, such as 'z'
+bool Has(const Case& plan, char letter);
+
+/// @return for how many seconds a good DVR calls nobody after the case
+double SecondsAway(const Case& plan);
+
+}  // namespace rig::campaign

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "rig/campaign/Cases.h"
+#include "rig/campaign/DvrMessages.h"
+#include "rig/report/Result.h"
+
+namespace rig::campaign {
+
+/// A message of the protocol, or one of its fields.
+struct ProtocolItem {
+    int protocol;         // 1 or 2
+    const char* from;     // "DVR", "harness"
+    const char* message;  // `req`
+    const char* field;    // attribute or path of children; empty for the message itself
+};
+
+/// @return every message of both dialects, each followed by its fields; of the harness only the fields that
+/// some messages lack
+const std::vector<ProtocolItem>& ProtocolItems();
+
+/// A switch of the harness, and the checks that pass when it has shown its effect.
+struct SwitchItem {
+    char letter;
+    bool isFirstDialect;  // 1.0 heeds it
+    std::vector<std::string> checks;
+};
+
+const std::vector<SwitchItem>& SwitchItems();
+
+/// What of the protocol a campaign has exercised.
+class Coverage {
+ public:
+    /// Takes what one case has shown.
+    /// @param messages  of the DVR, as they came
+    void Add(const Case& plan, const report::RunResult& run, const std::vector<DvrMessage>& messages);
+
+    /// How often a message or a field came; what no case reached has the count 0. Only of dialects that had a
+    /// case.
+    struct ItemCount {
+        ProtocolItem item;
+        std::uint64_t count = 0;
+    };
+    std::vector<ItemCount> Items() const;
+
+    /// In which cases a switch, or a rule (a check of the judge), had its effect or was decided.
+    struct Use {
+        std::string name;  // "-x", "xfer.answer"
+        std::vector<std::string> cases;
+    };
+    std::vector<Use> Switches() const;
+    std::vector<Use> Rules() const;
+
+    /// @return everything that no case reached, in words
+    std::vector<std::string> Unreached() const;
+
+    /// @return a few lines for people; empty where no case has run
+    std::string Text() const;
+
+ private:
+    void Count(int protocol, const std::string& from, const std::string& message, const std::string& field);
+    void CountRequests(const Case& plan, const report::RunResult& run);
+    std::vector<std::string> UnreachedInShort() const;
+
+    std::set<int> protocols_;
+    std::map<std::string, std::uint64_t> counts_;            // by the item's words
+    std::map<std::string, std::vector<std::string>> fired_;  // cases by switch
+    std::map<std::string, std::vector<std::string>> rules_;  // cases by check
+};
+
+}  // namespace rig::campaign

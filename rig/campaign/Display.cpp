@@ -1,0 +1,141 @@
+#include "rig/campaign/Display.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <unistd.h>
+
+#include <iostream>
+
+#include "rig/dvr/Printable.h"
+#include "rig/dvr/ProgressBar.h"
+#include "rig/terminal/Colour.h"
+
+namespace rig::campaign {
+namespace {
+
+constexpr std::chrono::seconds kNews(10);         // how often others than terminals hear of a phase again
+constexpr std::chrono::milliseconds kBlink(100);  // how often a terminal's line changes
+
+const char* ColourOf(Outcome outcome) {
+    switch (ExitStatusOf(outcome)) {
+        case 0:
+            return "\033[32m";
+        case 1:
+            return "\033[31m";
+        default:
+            return "\033[33m";
+    }
+}
+
+std::string CountsOf(const CampaignRecord& campaign) {
+    std::vector<std::string> counts;
+    for (const auto& [name, count] : campaign.Counts()) {
+        counts.push_back(fmt::format("{} {}", count, name));
+    }
+    return fmt::format("{}", fmt::join(counts, ", "));
+}
+
+std::string TimesOf(const CampaignRecord& campaign) {
+    const CaseTimes times = campaign.Times();
+    const double total = campaign.end ? static_cast<double>(*campaign.end - campaign.begin) / 1e6 : 0;
+    const double rest = total - times.pauses - times.dvr - times.waited - times.hooks;
+    return fmt::format(
+        "took {:.1f} s: {:.1f} s the harness's own pauses, {:.1f} s waiting for the DVR, {:.1f} s for "
+        "port 5001, {:.1f} s in hooks, {:.1f} s overhead",
+        total, times.pauses, times.dvr, times.waited, times.hooks, rest);
+}
+
+void PrintSpreads(const CampaignRecord& campaign) {
+    for (const Spread& spread : campaign.Spreads()) {
+        std::cout << fmt::format("spread of {}: {:.2f} to {:.2f} s", spread.name, spread.durations.front(),
+                                 spread.durations.back());
+        for (const auto& [outcome, count] : spread.outcomes) {
+            std::cout << fmt::format(", {} {}", count, outcome);
+        }
+        for (const Spread::Reaction& reaction : spread.reactions) {
+            std::cout << fmt::format("; {} {:.1f} to {:.1f} ms", reaction.request, reaction.least,
+                                     reaction.most);
+        }
+        std::cout << "\n";
+    }
+}
+
+}  // namespace
+
+Display::Display() : isTerminal_(isatty(STDOUT_FILENO) == 1), hasColour_(WantsColour()) {}
+
+void Display::Begin(const CampaignRecord& campaign, const std::string& folder) {
+    Print(fmt::format("velloran-rig run: {}, seed {}, evidence in {}", Counted(campaign.cases.size(), "case"),
+                      campaign.seed, Printable(folder)));
+    for (const auto& [name, command] : campaign.commands) {
+        Print(fmt::format("{:>12}: {}", name, Printable(command)));
+    }
+}
+
+void Display::CaseBegins(const CaseRecord& record, std::size_t number, std::size_t count) {
+    number_ = fmt::format("{:>{}}/{}", number, std::to_string(count).size(), count);
+    head_ = Head(record);
+    phase_.clear();
+    begin_ = Clock::now();
+    shown_ = {};
+}
+
+std::string Display::Head(const CaseRecord& record) const {
+    return fmt::format("{} {:<22} {:<20}", number_, record.id, record.plan.switches);
+}
+
+void Display::Show(const std::string& phase, const std::string& detail) {
+    const Clock::time_point now = Clock::now();
+    const bool isNew = phase != phase_;
+    if (isTerminal_ && (isNew || now - shown_ >= kBlink)) {
+        const double seconds = std::chrono::duration<double>(now - begin_).count();
+        Rewrite(fmt::format("{} {:5.1f} s {}{}", head_, seconds, phase, detail));
+        shown_ = now;
+    } else if (!isTerminal_ && (isNew || now - shown_ >= kNews) && !detail.empty()) {
+        Print(fmt::format("{} {}{}", head_, phase, detail));
+        shown_ = now;
+    }
+    phase_ = phase;
+}
+
+void Display::Warn(const std::string& text) {
+    if (isTerminal_) {
+        Rewrite("");
+    }
+    std::cerr << "velloran-rig run: " << text << std::endl;
+}
+
+void Display::CaseEnds(const CaseRecord& record) {
+    if (isTerminal_) {
+        Rewrite("");
+    }
+    const std::string name = fmt::format("{:<14}", NameOf(record.outcome));
+    Print(fmt::format("{} {} {:6.1f} s", Head(record),
+                      hasColour_ ? ColourOf(record.outcome) + name + "\033[0m" : name,
+                      record.times.duration));
+    if (!record.reason.empty()) {
+        Print("    " + Printable(record.reason));
+    }
+}
+
+void Display::End(const CampaignRecord& campaign, const std::string& folder) {
+    PrintSpreads(campaign);
+    std::cout << campaign.coverage.Text();
+    for (const std::string& known : campaign.knownUnseen) {
+        std::cout << "known failure that did not show: " << known
+                  << ": the list of known failures is to be mended\n";
+    }
+    Print(TimesOf(campaign));
+    Print(fmt::format("{}: {}; see {}/campaign.json", NameOf(campaign.Whole()), CountsOf(campaign),
+                      Printable(folder)));
+}
+
+void Display::Rewrite(const std::string& line) {
+    std::cout << "\r\033[K" << line.substr(0, TerminalColumns() - 1) << std::flush;
+}
+
+void Display::Print(const std::string& line) {
+    std::cout << line << std::endl;
+}
+
+}  // namespace rig::campaign

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+
+#include "rig/campaign/Records.h"
+
+namespace rig::campaign {
+
+/// Tells people how the campaign goes: a line for each case. On a terminal the line of the case that runs is
+/// rewritten in place; elsewhere only what matters is printed, line by line.
+class Display {
+ public:
+    Display();
+
+    void Begin(const CampaignRecord& campaign, const std::string& folder);
+    void CaseBegins(const CaseRecord& record, std::size_t number, std::size_t count);
+
+    /// Shows what the case is doing; a terminal gets it at once, others when `phase` is new or old news.
+    void Show(const std::string& phase, const std::string& detail);
+
+    /// Something that must not be missed: a line of its own on standard error.
+    void Warn(const std::string& text);
+
+    void CaseEnds(const CaseRecord& record);
+    void End(const CampaignRecord& campaign, const std::string& folder);
+
+ private:
+    using Clock = std::chrono::steady_clock;
+
+    std::string Head(const CaseRecord& record) const;
+    void Rewrite(const std::string& line);
+    void Print(const std::string& line);
+
+    bool isTerminal_;
+    bool hasColour_;
+    std::string number_;
+    std::string head_;
+    std::string phase_;
+    Clock::time_point shown_;
+    Clock::time_point begin_;
+};
+
+}  // namespace rig::campaign

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "rig/campaign/Capture.h"
+#include "rig/campaign/CaseFolder.h"
+#include "rig/campaign/Child.h"
+#include "rig/campaign/Display.h"
+#include "rig/campaign/Harness.h"
+#include "rig/campaign/Interrupts.h"
+#include "rig/campaign/Records.h"
+#include "rig/campaign/Rig.h"
+#include "rig/campaign/Watch.h"
+
+namespace rig::campaign {
+
+constexpr int kTick = 20;  // milliseconds between looks at what gives no sign of its own
+
+/// Harness and DVR of one case, from the wait for the port until both have ended. Their output goes to the
+/// case's folder as it comes.
+class Export {
+ public:
+    /// @param record  of the case; commands, attempts, ends and times are filled in
+    Export(const Rig& rig, const CaseFolder& folder, CaseRecord& record, Interrupts& interrupts,
+           Display& display);
+    ~Export();
+    Export(const Export&) = delete;
+    Export& operator=(const Export&) = delete;
+
+    /// Plays it to its end, or until it is interrupted. Throws std::runtime_error when evidence cannot be
+    /// written. @return what the judge says of the runs in the log
+    report::Result Run();
+
+    /// @return what is known but for the judge's result
+    const CaseFacts& Facts() const { return facts_; }
+
+    /// @return what the DVR sent
+    const std::vector<DvrMessage>* Messages() const {
+        return harness_ == nullptr ? nullptr : &harness_->Messages();
+    }
+
+ private:
+    void StartCapture();
+    bool AwaitPort();
+    void StartHarness();
+    bool MayStartAgain();
+    bool IsReady();
+    void StartDvr();
+    void LookAtDvr();
+    void Follow();
+    void ShowProgress();
+    void Settle();
+    void StopHarness();
+    void StopDvr();
+    void TakeEnd(Clock::time_point begin);
+    template <typename Fact>
+    bool Until(double seconds, Fact fact, int tick = kTick);
+    void Turn(int milliseconds);
+
+    const Rig& rig_;
+    const CaseFolder& folder_;
+    CaseRecord& record_;
+    Interrupts& interrupts_;
+    Display& display_;
+
+    CaseFacts facts_;
+    std::unique_ptr<Capture> capture_;
+    std::unique_ptr<Harness> harness_;
+    std::unique_ptr<Child> dvr_;
+    std::optional<Watch> watch_;
+    std::optional<Clock::time_point> firstLine_;
+    bool isReady_ = false;       // a DVR can connect
+    bool wasListening_ = false;  // somebody, on this machine, before the harness started
+    double quiet_ = 0;           // seconds that the DVR was silent before we stopped watching
+};
+
+}  // namespace rig::campaign

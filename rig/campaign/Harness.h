@@ -1,0 +1,72 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "rig/campaign/CaseFolder.h"
+#include "rig/campaign/Child.h"
+#include "rig/campaign/DvrMessages.h"
+#include "rig/campaign/LineCutter.h"
+#include "rig/campaign/LogSource.h"
+#include "rig/campaign/LogTimes.h"
+#include "rig/judge/Judge.h"
+
+namespace rig::campaign {
+
+/// One start of the harness: its command, its log and its standard error, which are saved as they come
+/// (harness.log, harness.err; harness.out where the log is another file) and read by the judge.
+class Harness {
+ public:
+    /// Takes a statement of the log. @param isOver  whether the run is over with it
+    using TakeStatement = std::function<void(const LogLine& line, bool isOver)>;
+
+    /// Starts it. @param command  for the shell, with the switches
+    /// @param log  the file that the log goes to; empty where it is the command's standard output
+    Harness(const std::string& command, const std::string& log, const CaseFolder& folder,
+            const judge::Limits& limits, TakeStatement take);
+
+    /// Takes what has come. Does not wait. @return whether anything had
+    bool Read();
+
+    /// @return what poll is to wait for; -1 among them for nothing
+    std::vector<int> Descriptors() const;
+
+    Child& Command() { return *command_; }
+
+    /// Reads the rest, once the command has ended. @return what the judge says of each run in the log
+    report::Result Finish();
+
+    const LogTimes& Times() const { return times_; }
+    const std::vector<DvrMessage>& Messages() const { return messages_; }
+    std::uint64_t LogBytes() const { return logBytes_; }
+    const std::string& LastError() const { return lastError_; }
+
+ private:
+    void TakeLine(std::uint64_t number, std::string_view line);
+    void TakeError(std::uint64_t number, std::string_view line);
+    bool ReadLog();
+    bool ReadErrors();
+
+    TakeStatement take_;
+    report::Result result_;  // what has been judged so far
+    judge::Judge judge_;
+    LogTimes times_;
+    std::vector<DvrMessage> messages_;
+    DvrMessages collector_;
+    GrowingFile logFile_;
+    GrowingFile errorFile_;
+    std::unique_ptr<GrowingFile> outputFile_;
+    LineCutter lines_;
+    LineCutter errorLines_;
+    std::vector<std::pair<std::uint64_t, std::string>> assertions_;  // with their line numbers
+    std::string lastError_;
+    std::uint64_t logBytes_ = 0;
+    std::unique_ptr<LogSource> log_;
+    std::unique_ptr<LogSource> errors_;
+    std::unique_ptr<Child> command_;
+};
+
+}  // namespace rig::campaign

@@ -1,0 +1,51 @@
+#include "rig/campaign/LogTimes.h"
+
+#include <algorithm>
+#include <charconv>
+#include <string_view>
+
+#include "rig/judge/Signs.h"
+
+namespace rig::campaign {
+namespace {
+
+constexpr std::int64_t kSecond = 1'000'000;
+constexpr std::int64_t kPauseAfterRead = kSecond / 4;
+constexpr std::int64_t kPauseAheadOfClosing = kSecond;
+
+std::int64_t NumberIn(std::string_view text) {
+    std::int64_t number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+}  // namespace
+
+void LogTimes::Add(const LogLine& line) {
+    const judge::Sign sign = judge::SignOf(line.text);
+    const std::int64_t gap = line.time && last_ ? *line.time - *last_ : 0;
+    last_ = line.time ? line.time : last_;
+    if (sign == judge::Sign::SleepSwitch) {
+        sleep_ = NumberIn(judge::Behind(sign, line.text)) * kSecond;
+    } else if (sign == judge::Sign::FilesLeft) {
+        sleepsNext_ = NumberIn(judge::Behind(sign, line.text)) > 1;
+    } else if (sign == judge::Sign::Expecting) {
+        Count(gap, sleepsNext_ ? sleep_ : 0);
+        sleepsNext_ = false;
+    } else if (sign == judge::Sign::ClosingClient) {
+        Count(gap, kPauseAheadOfClosing);
+    } else if (sign == judge::Sign::Connected) {
+        Count(gap, 0);
+    } else if (line.text.substr(0, 12) == "read success") {
+        Count(gap, kPauseAfterRead);
+    }
+}
+
+/// What is longer than the pause was spent on waiting.
+void LogTimes::Count(std::int64_t gap, std::int64_t atMostPause) {
+    const std::int64_t pause = std::clamp<std::int64_t>(gap, 0, atMostPause);
+    pauses_ += pause;
+    waits_ += std::max<std::int64_t>(gap - pause, 0);
+}
+
+}  // namespace rig::campaign

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "rig/log/LogLine.h"
+
+namespace rig::campaign {
+
+/// Tells from the harness's log how long it paused of its own accord (behind each piece that it reads, behind
+/// requests for files, ahead of closing) and how long it waited for the DVR.
+class LogTimes {
+ public:
+    void Add(const LogLine& line);
+
+    /// Seconds.
+    double Pauses() const { return static_cast<double>(pauses_) / 1e6; }
+    double Waits() const { return static_cast<double>(waits_) / 1e6; }
+
+ private:
+    void Count(std::int64_t gap, std::int64_t atMostPause);
+
+    std::optional<std::int64_t> last_;  // microseconds
+    std::int64_t pauses_ = 0;
+    std::int64_t waits_ = 0;
+    std::int64_t sleep_ = 1'000'000;  // -s
+    bool sleepsNext_ = false;         // behind the request that goes out next
+};
+
+}  // namespace rig::campaign

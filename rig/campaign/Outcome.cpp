@@ -1,0 +1,186 @@
+#include "rig/campaign/Outcome.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <csignal>
+
+namespace rig::campaign {
+namespace {
+
+using report::Verdict;
+
+constexpr int kInterruptedHarness = 44;
+constexpr int kPortTaken = 99;
+
+Outcome OutcomeOf(Verdict verdict) {
+    switch (verdict) {
+        case Verdict::Pass:
+            return Outcome::Pass;
+        case Verdict::KnownFailure:
+            return Outcome::KnownFailure;
+        case Verdict::NotReached:
+            return Outcome::NotReached;
+        case Verdict::Inconclusive:
+            return Outcome::Inconclusive;
+        case Verdict::Environment:
+            return Outcome::Environment;
+        case Verdict::Fail:
+            break;
+    }
+    return Outcome::Fail;
+}
+
+/// @return the first check that has the run's verdict, in words; nothing for a pass
+std::string ReasonOf(const report::RunResult& run) {
+    const Verdict worst = report::WorstOf(run);
+    const auto check = std::find_if(run.checks.begin(), run.checks.end(),
+                                    [worst](const report::CheckResult& one) { return one.verdict == worst; });
+    return worst == Verdict::Pass || check == run.checks.end()
+               ? ""
+               : fmt::format("{}: {}", check->id, check->found);
+}
+
+Decision Judged(const report::RunResult& run) {
+    return {OutcomeOf(report::WorstOf(run)), ReasonOf(run)};
+}
+
+std::string HarnessWords(const CaseFacts& facts) {
+    return "the harness " + (facts.harness ? facts.harness->Words() : "does not end") +
+           (facts.errors.empty() ? "" : ": " + facts.errors);
+}
+
+/// The harness was not stopped by us.
+Decision EndedByItself(const CaseFacts& facts) {
+    if (facts.harness->IsStatus(kPortTaken)) {
+        return {Outcome::Environment, "port 5001 was taken"};
+    }
+    if (!facts.judged) {
+        return {Outcome::Environment, HarnessWords(facts) + ", and wrote no line of a log"};
+    }
+    Decision judged = Judged(*facts.judged);
+    if (facts.harness->IsSignal(SIGPIPE) && !facts.isDone && judged.outcome != Outcome::Fail) {
+        return {Outcome::Fail,
+                "the DVR closed the connection instead of waiting for the harness, which SIGPIPE ended"};
+    }
+    if (judged.outcome == Outcome::Fail || (facts.isDone && facts.harness->IsSignal(SIGABRT))) {
+        return judged;
+    }
+    return {Outcome::Environment, HarnessWords(facts) + ", by itself"};
+}
+
+Decision Stopped(const CaseFacts& facts) {
+    if (!facts.judged) {
+        return {Outcome::Environment,
+                "the harness wrote no line of a log" + (facts.words.empty() ? "" : "; " + facts.words)};
+    }
+    Decision judged = Judged(*facts.judged);
+    if (!facts.harness || !facts.harness->IsStatus(kInterruptedHarness)) {
+        const std::string words =
+            fmt::format("expected the harness to end with status {} on SIGINT, but it {}",
+                        kInterruptedHarness, facts.harness ? facts.harness->Words() : "did not end");
+        if (judged.outcome != Outcome::Fail) {
+            return {Outcome::Environment, words};
+        }
+        judged.reason += "; " + words;
+    } else if (facts.end == End::DvrFailed) {
+        judged.reason += (judged.reason.empty() ? "" : "; ") + facts.words;
+    } else if (facts.end == End::LogTooLarge && judged.outcome != Outcome::Fail) {
+        return {Outcome::Inconclusive, facts.words};
+    }
+    return judged;
+}
+
+Decision TimedOut(const CaseFacts& facts) {
+    Decision decision{Outcome::Timeout, facts.words};
+    if (facts.judged) {
+        const Decision judged = Judged(*facts.judged);
+        decision.reason += fmt::format("; the judge says {}{}{}", NameOf(judged.outcome),
+                                       judged.reason.empty() ? "" : ", ", judged.reason);
+    }
+    return decision;
+}
+
+}  // namespace
+
+const char* NameOf(Outcome outcome) {
+    static constexpr const char* kNames[] = {"NOT RUN",     "RUNNING",      "PASS",        "KNOWN FAILURE",
+                                             "NOT REACHED", "INCONCLUSIVE", "ENVIRONMENT", "TIMEOUT",
+                                             "FAIL",        "INTERRUPTED"};
+    return kNames[static_cast<std::size_t>(outcome)];
+}
+
+Decision Decide(const CaseFacts& facts) {
+    switch (facts.end) {
+        case End::Interrupted:
+            return {Outcome::Interrupted, facts.words};
+        case End::HookFailed:
+        case End::PortTaken:
+            return {Outcome::Environment, facts.words};
+        case End::ConnectTimeout:
+        case End::IdleTimeout:
+        case End::CaseTimeout:
+            return TimedOut(facts);
+        case End::DvrFailed:
+            if (!facts.isConnected) {
+                return {Outcome::Environment, facts.words + ", and no DVR had connected"};
+            }
+            break;
+        default:
+            break;
+    }
+    return !facts.isStopped && facts.harness ? EndedByItself(facts) : Stopped(facts);
+}
+
+report::CheckResult CheckOf(const Decision& decision, const std::optional<report::RunResult>& judged) {
+    report::CheckResult check{"campaign.case", "The case runs to its end, in time.",
+                              Verdict::Pass,   "a run that the judge can judge",
+                              "one",           {}};
+    const bool isOwn = judged && OutcomeOf(report::WorstOf(*judged)) == decision.outcome;
+    if (isOwn) {
+        return check;
+    }
+    check.found = decision.reason;
+    switch (decision.outcome) {
+        case Outcome::Fail:
+        case Outcome::Timeout:
+            check.verdict = Verdict::Fail;
+            break;
+        case Outcome::Environment:
+            check.verdict = Verdict::Environment;
+            break;
+        default:
+            check.verdict = Verdict::Inconclusive;
+            break;
+    }
+    return check;
+}
+
+int ExitStatusOf(Outcome outcome) {
+    switch (outcome) {
+        case Outcome::Pass:
+        case Outcome::KnownFailure:
+            return 0;
+        case Outcome::Fail:
+        case Outcome::Timeout:
+            return 1;
+        case Outcome::Environment:
+            return 3;
+        case Outcome::Interrupted:
+            return 128 + SIGINT;
+        default:
+            return 2;
+    }
+}
+
+Outcome Worse(Outcome one, Outcome other) {
+    // As the judge ranks its verdicts; a case that did not run tells as little as an inconclusive one.
+    static constexpr Outcome kRanks[] = {Outcome::Pass,        Outcome::KnownFailure, Outcome::NotReached,
+                                         Outcome::NotRun,      Outcome::Running,      Outcome::Inconclusive,
+                                         Outcome::Environment, Outcome::Timeout,      Outcome::Fail,
+                                         Outcome::Interrupted};
+    const auto* const first = std::find(std::begin(kRanks), std::end(kRanks), one);
+    return first < std::find(std::begin(kRanks), std::end(kRanks), other) ? other : one;
+}
+
+}  // namespace rig::campaign

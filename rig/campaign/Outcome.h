@@ -1,0 +1,76 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "rig/campaign/Child.h"
+#include "rig/report/Result.h"
+
+namespace rig::campaign {
+
+/// How a case came out: what the judge says, or why there is nothing that it could say.
+enum class Outcome {
+    NotRun,
+    Running,
+    Pass,
+    KnownFailure,
+    NotReached,
+    Inconclusive,
+    Environment,
+    Timeout,
+    Fail,
+    Interrupted
+};
+
+/// @return as reports print it, in capitals: "PASS", "TIMEOUT" ...
+const char* NameOf(Outcome outcome);
+
+/// Why the campaign stopped watching a run.
+enum class End {
+    None,          // it goes on
+    Done,          // the dialogue is over, the harness wants nothing more
+    Silence,       // -z: the DVR stayed silent, as it must, for longer than the patience
+    HarnessEnded,  // by itself
+    DvrFailed,     // the DVR's command ended with another status than 0, and then nothing came
+    ConnectTimeout,
+    IdleTimeout,
+    CaseTimeout,
+    LogTooLarge,
+    Interrupted,
+    HookFailed,
+    PortTaken
+};
+
+/// What a case's outcome follows from.
+struct CaseFacts {
+    End end = End::None;
+    std::string words;                        // what ended it, for the ends that need words
+    std::optional<Ending> harness;            // how its command ended
+    bool isStopped = false;                   // we stopped it
+    bool isConnected = false;                 // a DVR was there
+    bool isDone = false;                      // the dialogue had come to its end
+    std::optional<report::RunResult> judged;  // nothing where the log holds no run
+    std::string errors;                       // the last line of the harness's standard error
+};
+
+struct Decision {
+    Outcome outcome = Outcome::NotRun;
+    std::string reason;  // one line
+};
+
+/// @return the outcome with its reason. Of several reasons the one that casts doubt on the others wins:
+/// interrupted, then the rig's failures, then time-outs, then what the DVR did.
+Decision Decide(const CaseFacts& facts);
+
+/// @return the outcome as a check of the run, "campaign.case", so that the forms that know only checks tell
+/// of it. It passes where the outcome is the judge's own.
+report::CheckResult CheckOf(const Decision& decision, const std::optional<report::RunResult>& judged);
+
+/// @return the exit status: 0 pass or known failure, 1 failed or timed out, 2 inconclusive or not reached or
+/// not run, 3 environment, 130 interrupted
+int ExitStatusOf(Outcome outcome);
+
+/// @return of two outcomes the one that decides for both
+Outcome Worse(Outcome one, Outcome other);
+
+}  // namespace rig::campaign

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+
+namespace rig::campaign {
+
+constexpr std::uint16_t kHarnessPort = 5001;
+
+/// What this machine's kernel says of a TCP port. All false when the harness runs elsewhere.
+struct PortUse {
+    bool isListening = false;
+    bool isHeld = false;       // a connection, also one long closed, keeps the harness from binding to it
+    bool isConnected = false;  // a connection of which the other side has not yet closed its end
+};
+
+/// Looks at both address families.
+PortUse LookAtPort(std::uint16_t port);
+
+}  // namespace rig::campaign

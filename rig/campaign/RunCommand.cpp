@@ -1,0 +1,128 @@
+#include "rig/campaign/RunCommand.h"
+
+#include <CLI/CLI.hpp>
+#include <cmath>
+#include <iostream>
+#include <memory>
+#include <stdexcept>
+#include <utility>
+
+#include "rig/campaign/Start.h"
+#include "rig/dvr/NumberOption.h"
+
+namespace rig {
+namespace {
+
+constexpr int kUsage = 64;
+constexpr double kLongest = 86'400;  // seconds
+constexpr int kMostRuns = 100;
+
+constexpr const char* kExitStatuses =
+    "Exit status: 0 every case passed; 1 a case failed or timed out; 2 a case was inconclusive or did not "
+    "run;\n"
+    "3 the harness, a hook or the rig failed; 64 usage, or evidence that cannot be written; 130 "
+    "interrupted.\n"
+    "In the commands, the harness's gets its switches appended; {protocol} and {seed} are replaced in the "
+    "DVR's.\n"
+    "Hooks see VELLORAN_CASE, VELLORAN_CASE_DIR and, behind the case, VELLORAN_OUTCOME.";
+
+CLI::Option* AddSeconds(CLI::App& run, const char* name, double& seconds, const char* text) {
+    return run.add_option(name, seconds, text)
+        ->transform(Between(0.0, kLongest))
+        ->type_name("SECONDS")
+        ->capture_default_str();
+}
+
+void AddCaseOptions(CLI::App& run, RunOptions& options) {
+    run.add_option("--cases", options.selection.names, "Cases to run, as --list-cases names them, or all")
+        ->type_name("all|NAME,...")
+        ->capture_default_str();
+    run.add_option("--protocol", options.selection.protocol, "Dialects of which to run all cases")
+        ->check(CLI::IsMember({"1", "2", "both"}))
+        ->type_name("1|2|both")
+        ->capture_default_str();
+    run.add_flag("--bare", options.selection.bare, "Without the clean exports that run first and last");
+    run.add_flag("--list-cases", options.listCases, "Print the table of cases and exit");
+    run.add_option("--repeat", options.repeat, "Run each case so often, to see how its runs differ")
+        ->transform(Between(1, kMostRuns))
+        ->type_name("N")
+        ->capture_default_str();
+    run.add_option("--seed", options.seed, "Repeats the random choices of an earlier campaign")
+        ->transform(Between<std::uint32_t>(0, UINT32_MAX))
+        ->type_name("N");
+}
+
+void AddCommandOptions(CLI::App& run, RunOptions& options) {
+    const auto addCommand = [&run](const char* name, std::string& command, const char* text) {
+        run.add_option(name, command, text)->type_name("COMMAND");
+    };
+    addCommand("--velloran", options.velloran,
+               "The harness, such as 'ssh rig velloran' (default: the one beside this program, or on PATH)");
+    addCommand("--stop", options.stop,
+               "Interrupts the harness, where SIGINT to its command does not reach it");
+    run.add_option("--log", options.log, "Where the harness's log goes (default: its standard output)")
+        ->type_name("FILE");
+    run.add_option_function<std::string>(
+           "--dvr", [&options](const std::string& command) { options.dvr = command; },
+           "Start this for each case; alone: the simulated DVR. Without it a recorder is waited for")
+        ->expected(0, 1)
+        ->type_name("[COMMAND]");
+    addCommand("--before-case", options.hooks.beforeCase, "Runs ahead of each case");
+    addCommand("--after-case", options.hooks.afterCase, "Runs behind each case");
+    addCommand("--alive", options.hooks.alive, "Runs behind each case: status 0 says that the DVR lives");
+    addCommand("--power-cycle", options.hooks.powerCycle,
+               "Runs when it does not; then --alive is asked once more");
+}
+
+void AddPatienceOptions(CLI::App& run, RunOptions& options) {
+    AddSeconds(run, "--connect-timeout", options.patience.connect, "How long to wait for the DVR to connect");
+    AddSeconds(run, "--idle-timeout", options.patience.idle, "How long to wait for a new line in the log");
+    AddSeconds(run, "--case-timeout", options.patience.whole, "How long a case may take");
+    AddSeconds(run, "--hook-timeout", options.hooks.timeout, "How long a hook may take");
+    AddSeconds(run, "--patience", options.patience.answer,
+               "How long the harness must have waited for an answer before it counts as missing");
+    AddSeconds(run, "--linger", options.linger, "How long to watch on behind the end of a dialogue");
+    run.add_option("--max-reaction", options.maxReaction, "Fail when an answer took longer")
+        ->transform(Between(0.0, kLongest * 1000))
+        ->type_name("MS");
+}
+
+void AddEvidenceOptions(CLI::App& run, RunOptions& options) {
+    run.add_option("--out", options.out,
+                   "Folder for the evidence, new or empty (default: velloran-campaign-YYYYMMDD-HHMMSS)")
+        ->type_name("DIR");
+    run.add_option("--note", options.note, "Goes into the evidence: firmware, unit")->type_name("TEXT");
+    run.add_option("--known", options.known,
+                   "Known failures: in each line a check, a blank, and what a report says was found")
+        ->type_name("FILE");
+    run.add_flag("--capture", options.capture, "Capture the packets of port 5001 for each case");
+}
+
+}  // namespace
+
+void AddRunCommand(CLI::App& app, int& status) {
+    const auto options = std::make_shared<RunOptions>();
+    CLI::App* const run =
+        app.add_subcommand("run", "Exercises a DVR with every switch of the harness, and keeps the evidence");
+    run->footer(kExitStatuses);
+    AddCaseOptions(*run, *options);
+    AddCommandOptions(*run, *options);
+    AddPatienceOptions(*run, *options);
+    AddEvidenceOptions(*run, *options);
+    run->callback([options, &status] { status = RunCampaign(*options); });
+}
+
+int RunCampaign(const RunOptions& options) {
+    if (options.listCases) {
+        std::cout << campaign::ListCases();
+        return 0;
+    }
+    try {
+        return campaign::ExitStatusOf(campaign::Start(options));
+    } catch (const std::exception& error) {
+        std::cerr << "velloran-rig run: " << error.what() << std::endl;
+        return kUsage;
+    }
+}
+
+}  // namespace rig

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "rig/campaign/Cases.h"
+#include "rig/campaign/Hooks.h"
+#include "rig/campaign/Watch.h"
+
+namespace CLI {
+class App;
+}
+
+namespace rig {
+
+/// What the command line of `velloran-rig run` says, with its defaults.
+struct RunOptions {
+    campaign::Selection selection;
+    bool listCases = false;
+    std::string velloran;            // command; empty: the harness beside this program, or on PATH
+    std::string log;                 // file to follow; empty: the command's standard output
+    std::string stop;                // command; empty: SIGINT
+    std::optional<std::string> dvr;  // command; empty: the simulated DVR; none: wait for a recorder
+    campaign::HookCommands hooks;
+    campaign::Patience patience;
+    double linger = 0;                  // seconds
+    std::optional<double> maxReaction;  // milliseconds
+    std::string known;                  // list of known failures
+    int repeat = 1;
+    std::optional<std::uint32_t> seed;
+    std::string note;
+    std::string out;  // folder; empty: one named for the time
+    bool capture = false;
+};
+
+/// Adds the subcommand `run`. When the command line asks for it, parsing runs it and leaves its exit status
+/// in `status`, which must live until then.
+void AddRunCommand(CLI::App& app, int& status);
+
+/// Runs a campaign: progress on standard output, evidence in a folder; where something goes wrong, one line
+/// on standard error.
+/// @return the exit status: 0 all pass, 1 a case failed or timed out, 2 inconclusive, 3 environment, 64
+/// usage,
+///         or evidence that cannot be written, 130 interrupted
+int RunCampaign(const RunOptions& options);
+
+}  // namespace rig

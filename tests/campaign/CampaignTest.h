@@ -1,0 +1,44 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "Program.h"
+#include "World.h"
+
+using Json = nlohmann::json;
+
+/// Campaigns of the real programs in a world of their own, on one recording of two files; the evidence goes
+/// to the world's disk.
+class CampaignTest : public testing::Test {
+ protected:
+    CampaignTest();
+
+    /// @return the command of a simulated DVR with these options beside the usual ones
+    static std::string Dvr(const std::string& options = "");
+
+    /// Runs a campaign, with --out and what is given. @return how it ended; its core is not dumped
+    ProgramResult RunCampaign(std::vector<std::string> arguments,
+                              ProgramSurroundings surroundings = {}) const;
+
+    /// Runs one case bare. @return what campaign.json says of it
+    Json RunCase(const std::string& name, std::vector<std::string> arguments);
+
+    /// @return a file of evidence as JSON; fails the test where it is none
+    Json Evidence(const std::string& file = "campaign.json") const;
+
+    /// @return its text
+    std::string EvidenceText(const std::string& file) const;
+
+    std::string out_ = "/mnt/campaign";
+    ProgramResult result_;  // of RunCase
+
+ private:
+    World world_;
+};
+
+/// Fails where the text does not hold the part.
+void ExpectHolds(const std::string& text, const std::string& part);
