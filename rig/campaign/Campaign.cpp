@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "rig/campaign/CampaignJson.h"
+#include "rig/campaign/CampaignPage.h"
 #include "rig/report/JunitReport.h"
 #include "rig/report/TapReport.h"
 #include "rig/report/WriteWhole.h"
@@ -99,6 +100,7 @@ void Campaign::FindKnownUnseen() {
 
 void Campaign::WriteRecord() const {
     report::WriteWhole(folder_ + "/campaign.json", CampaignJson(record_));
+    report::WriteWhole(folder_ + "/index.html", CampaignPage(record_));
 }
 
 void Campaign::WriteReports() const {

@@ -126,7 +126,7 @@ void Display::End(const CampaignRecord& campaign, const std::string& folder) {
                   << ": the list of known failures is to be mended\n";
     }
     Print(TimesOf(campaign));
-    Print(fmt::format("{}: {}; see {}/campaign.json", NameOf(campaign.Whole()), CountsOf(campaign),
+    Print(fmt::format("{}: {}; see {}/index.html", NameOf(campaign.Whole()), CountsOf(campaign),
                       Printable(folder)));
 }
 

@@ -65,10 +65,7 @@ void AddLetter(pugi::xml_node row, const RunResult& run, const std::string& id, 
     if (check == run.checks.end()) {
         return;
     }
-    pugi::xml_node link = AddLink(cell, "#" + prefix + id, std::string(1, *NameOf(check->verdict)));
-    Set(link, "class", "letter verdict " + ClassOf(check->verdict));
-    Set(link, "title", NameOf(check->verdict));
-    Set(link, "aria-label", NameOf(check->verdict));
+    AddVerdictLetter(cell, check->verdict, "#" + prefix + id);
 }
 
 }  // namespace

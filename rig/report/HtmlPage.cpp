@@ -86,6 +86,13 @@ pugi::xml_node AddVerdict(pugi::xml_node parent, Verdict verdict) {
     return Add(parent, "span", NameOf(verdict), "verdict " + ClassOf(verdict));
 }
 
+void AddVerdictLetter(pugi::xml_node parent, Verdict verdict, std::string_view target) {
+    pugi::xml_node link = AddLink(parent, target, std::string(1, *NameOf(verdict)));
+    Set(link, "class", "letter verdict " + ClassOf(verdict));
+    Set(link, "title", NameOf(verdict));
+    Set(link, "aria-label", NameOf(verdict));
+}
+
 pugi::xml_node AddTable(pugi::xml_node parent, std::string_view caption,
                         const std::vector<std::string>& heads) {
     pugi::xml_node frame = Add(parent, "div", {}, "scrolls");

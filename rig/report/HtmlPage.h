@@ -34,6 +34,9 @@ pugi::xml_node AddLink(pugi::xml_node parent, std::string_view target, std::stri
 /// Adds the verdict in words, in its colour.
 pugi::xml_node AddVerdict(pugi::xml_node parent, Verdict verdict);
 
+/// Adds the verdict as one letter, for tables in which many stand, with a link to what it is about.
+void AddVerdictLetter(pugi::xml_node parent, Verdict verdict, std::string_view target);
+
 /// Adds a table with one row of column heads, in a frame that scrolls where the page is too narrow.
 /// @return its body, to add "tr" with "td" to; a row's head is a "th", see AddRowHead
 pugi::xml_node AddTable(pugi::xml_node parent, std::string_view caption,

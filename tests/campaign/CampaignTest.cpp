@@ -94,7 +94,7 @@ TEST_F(CampaignTest, OfAGoodDvrPassesBetweenTwoCleanExports) {
         EXPECT_LT(one["times"]["overhead"], 3) << "measured on a machine with much to do";
         EXPECT_EQ(one["times"]["waited"], 0.0) << "the DVR closes first, so the port is free at once";
     }
-    ExpectHolds(result.output, "PASS: 4 PASS; see /mnt/campaign/campaign.json");
+    ExpectHolds(result.output, "PASS: 4 PASS; see /mnt/campaign/index.html");
     ExpectHolds(result.output, "seed 5");
     ExpectHolds(campaign["cases"][0]["dvr"]["command"], "--seed 5");
 }

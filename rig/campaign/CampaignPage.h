@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+#include "rig/campaign/Records.h"
+
+namespace rig::campaign {
+
+/// @return index.html of the campaign's folder: what came out, the matrix of check by case, the evidence of
+/// each case, the
+///         coverage. One self-contained page; its links lead into the folder.
+std::string CampaignPage(const CampaignRecord& campaign);
+
+}  // namespace rig::campaign
