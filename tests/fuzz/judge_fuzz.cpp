@@ -1,0 +1,71 @@
+// A log of any bytes: the judge comes to a verdict, every report can be made of it, and the verdict is the
+// same when the log was rotated in the middle and nothing of it is kept.
+#include <algorithm>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "Demand.h"
+#include "rig/judge/Judge.h"
+#include "rig/report/JsonReport.h"
+#include "rig/report/JunitReport.h"
+#include "rig/report/TapReport.h"
+#include "rig/report/TextReport.h"
+
+namespace {
+
+using rig::report::Verdict;
+
+std::vector<std::string_view> LinesOf(std::string_view log) {
+    std::vector<std::string_view> lines;
+    while (!log.empty()) {
+        const std::size_t end = std::min(log.find('\n'), log.size());
+        lines.push_back(log.substr(0, end));
+        log.remove_prefix(std::min(end + 1, log.size()));
+    }
+    return lines;
+}
+
+/// @param rotated  how many lines stand in the first of two files
+rig::report::Result Judged(const std::vector<std::string_view>& lines, std::size_t rotated, bool keep) {
+    rig::report::Result result;
+    rig::judge::Judge judge({3, 100.0}, {keep, keep},
+                            [&result](rig::report::RunResult run) { result.runs.push_back(std::move(run)); });
+    for (std::size_t line = 0; line < lines.size(); ++line) {
+        judge.Add(line < rotated ? "first" : "second", line + 1, lines[line]);
+    }
+    judge.Finish();
+    return result;
+}
+
+std::vector<Verdict> VerdictsOf(const rig::report::Result& result) {
+    std::vector<Verdict> verdicts;
+    for (const auto& run : result.runs) {
+        for (const auto& check : run.checks) {
+            verdicts.push_back(check.verdict);
+        }
+    }
+    return verdicts;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::vector<std::string_view> lines = LinesOf({reinterpret_cast<const char*>(data), size});
+    const rig::report::Result result = Judged(lines, lines.size(), true);
+    fuzz::Demand(VerdictsOf(result) == VerdictsOf(Judged(lines, lines.size() / 2, false)),
+                 "the same verdicts on a rotated log");
+    for (const auto& run : result.runs) {
+        const bool isDone = std::any_of(run.checks.begin(), run.checks.end(), [](const auto& check) {
+            return check.id == "log.whole" && check.verdict == Verdict::Pass;
+        });
+        fuzz::Demand(isDone || rig::report::WorstOf(run) != Verdict::Pass, "no pass of a log without end");
+    }
+    if (!result.runs.empty()) {
+        rig::report::TextReport(result, true);
+        rig::report::JsonReport(result);
+        rig::report::JunitReport(result);
+        rig::report::TapReport(result);
+    }
+    return 0;
+}

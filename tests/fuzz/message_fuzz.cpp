@@ -1,0 +1,59 @@
+// The simulated DVR's reading of a message: any text is a message or a breach; a message is printed so that
+// it is read again as it was.
+#include <pugixml.hpp>
+
+#include "Choices.h"
+#include "Demand.h"
+#include "Messages.h"
+#include "rig/dvr/DocumentEnd.h"
+#include "rig/dvr/Failure.h"
+#include "rig/dvr/Message.h"
+#include "rig/dvr/MessageRules.h"
+#include "rig/dvr/WireCheck.h"
+
+namespace {
+
+constexpr fuzz::Sender kSenders[] = {fuzz::Sender::Harness_1_0, fuzz::Sender::Harness_2_0,
+                                     fuzz::Sender::Dvr_1_0, fuzz::Sender::Dvr_2_0};
+
+void CheckMessageText(const std::string& text) {
+    try {
+        const rig::Message message = rig::Message::Parse(text);
+        const std::string printed = message.Text();
+        fuzz::Demand(message.Copy().Text() == printed, "a copy that is printed alike");
+        const rig::Message again = rig::Message::Parse(printed);
+        fuzz::Demand(again.Text() == printed && again.Name() == message.Name(),
+                     "'" + printed + "' again, found '" + again.Text() + "'");
+    } catch (const rig::Breach& breach) {
+        const std::string line = breach.what();
+        fuzz::Demand(line.find('\n') == std::string::npos, "a breach in one line, found '" + line + "'");
+    }
+}
+
+void CheckRules(const std::string& text, const rig::MessageRules& rules) {
+    try {
+        rig::CheckMessage(rig::Message::Parse(text), rules);
+    } catch (const rig::Breach&) {
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    fuzz::Choices choices(bytes, size);
+    const std::size_t kind = choices.Roll(5);
+    const std::string text = kind == 4
+                                 ? choices.Rest()
+                                 : fuzz::MakeMessage(choices, kSenders[kind], {"EVT1", {"EVT1", "a.ts"}, ""});
+    CheckMessageText(text);
+    CheckRules(text, rig::Rules_1_0());
+    CheckRules(text, rig::Rules_2_0());
+    rig::IsDocument(text);
+    const auto end = rig::DocumentEnd(text);
+    fuzz::Demand(!end || *end <= text.size(), "a document's end inside its text");
+    const rig::ReceivedFrame frame = {rig::EncodePrefix(static_cast<std::uint32_t>(text.size())),
+                                      text.size()};
+    rig::FindWireFaults(frame, text, 1);
+    rig::FindWireFaults(frame, text, 2);
+    return 0;
+}
