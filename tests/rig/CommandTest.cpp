@@ -19,7 +19,7 @@ using Arguments = std::vector<std::string>;
 INSTANTIATE_TEST_SUITE_P(
     Command, UsageErrorTest,
     testing::Values(
-        UsageCase{"NoSubcommand", {}, ": expected a subcommand: dvr, judge or run" + kMoreHelp},
+        UsageCase{"NoSubcommand", {}, ": expected a subcommand: dvr, judge, run or diff" + kMoreHelp},
         UsageCase{"OtherSubcommand", {"dvd"}, ": The following argument was not expected: dvd" + kMoreHelp},
         UsageCase{"OtherOption",
                   {"dvr", "--bogus"},

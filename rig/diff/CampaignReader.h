@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace rig::diff {
+
+/// How long the DVR took to answer one kind of request in one run, milliseconds.
+struct Reaction {
+    double median = 0;
+    double percentile95 = 0;
+};
+
+struct Check {
+    std::string verdict;  // "PASS", as verdicts and outcomes are named in reports
+    std::string found;
+};
+
+/// One run of a case.
+struct CaseRun {
+    std::string folder;  // of its evidence, below the campaign's
+    bool hasPage = false;
+    std::string outcome;  // "PASS", "TIMEOUT" ...
+    std::string reason;
+    std::vector<std::pair<std::string, Check>> checks;  // by id, in the judge's order
+    std::map<std::string, Reaction> reactions;          // by request
+    std::vector<std::string> messages;                  // "DVR FILE_COMPLETE", in their order
+};
+
+/// All runs of one case.
+struct Case {
+    std::string name;
+    std::string switches;
+    std::vector<CaseRun> runs;
+};
+
+/// What a campaign left in its folder.
+struct Campaign {
+    std::string folder;
+    std::string state;  // "finished", "interrupted", "running"
+    std::string note;
+    std::int64_t begin = 0;                       // microseconds since 1970-01-01 UTC
+    std::map<std::string, std::string> versions;  // of what it was made with, by name
+    std::vector<Case> cases;                      // in the order in which they ran
+};
+
+/// Reads the record that `velloran-rig run` left, and of each case the dialogue, where there is one. Throws
+/// Unreadable, which names the file, what was expected there and what was found.
+Campaign ReadCampaign(const std::string& folder);
+
+}  // namespace rig::diff

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "rig/diff/CampaignReader.h"
+
+namespace rig::diff {
+
+/// How a thing changed, in the order in which it decides for what it is part of.
+enum class Change { Same, Changed, Better, Worse };
+
+/// @return as reports print it: "worse"
+const char* NameOf(Change change);
+
+/// One thing that is not as it was.
+struct Difference {
+    Change change = Change::Changed;
+    std::string subject;  // "check event-list.source", "messages", "FILE_COMPLETE of the DVR" ...
+    std::string before;
+    std::string after;
+};
+
+struct CaseComparison {
+    std::string name;
+    std::string switches;
+    Change change = Change::Same;  // of its differences the one that decides
+    std::vector<Difference> differences;
+    const Case* before = nullptr;  // nothing where the campaign has no such case
+    const Case* after = nullptr;
+};
+
+/// What changed from one campaign to another. It points into both, which must outlive it.
+struct Comparison {
+    const Campaign* before = nullptr;
+    const Campaign* after = nullptr;
+    std::vector<Difference> surroundings;  // versions and the like: other than these, the DVR changed
+    std::vector<CaseComparison> cases;     // in the order of the later campaign, then what it lacks
+
+    std::size_t Count(Change change) const;
+
+    /// @return "1 case worse, 2 better, 0 changed, 22 the same"
+    std::string Words() const;
+};
+
+/// Compares outcomes, verdicts, order and number of messages, and reaction times, case by case.
+Comparison Compare(const Campaign& before, const Campaign& after);
+
+/// The rule for verdicts and outcomes: to pass is better, to pass no longer or to fail is worse, any other
+/// change tells neither.
+Change ChangeOf(const std::string& before, const std::string& after);
+
+}  // namespace rig::diff

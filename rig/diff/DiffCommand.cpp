@@ -1,0 +1,74 @@
+#include "rig/diff/DiffCommand.h"
+
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+
+#include "rig/diff/Compare.h"
+#include "rig/diff/DiffJson.h"
+#include "rig/diff/DiffPage.h"
+#include "rig/diff/DiffText.h"
+#include "rig/log/LogReader.h"
+#include "rig/report/WriteWhole.h"
+#include "rig/terminal/Colour.h"
+
+namespace rig {
+namespace {
+
+constexpr int kGotWorse = 1;
+constexpr int kUsage = 64;
+constexpr int kNoCampaign = 66;
+
+constexpr const char* kExitStatuses =
+    "Exit status: 0 nothing got worse; 1 something did; 64 usage, or a report that cannot be written;\n"
+    "66 a folder that is none of a campaign.";
+
+void WriteReports(const DiffOptions& options, const diff::Comparison& comparison) {
+    if (!options.json.empty()) {
+        report::WriteWhole(options.json, diff::DiffJson(comparison));
+    }
+    if (!options.html.empty()) {
+        const std::string place = std::filesystem::absolute(options.html).parent_path().string();
+        report::WriteWhole(options.html, diff::DiffPage(comparison, place));
+    }
+}
+
+int Complain(int status, const std::string& text) {
+    std::cerr << "velloran-rig diff: " << text << std::endl;
+    return status;
+}
+
+}  // namespace
+
+void AddDiffCommand(CLI::App& app, int& status) {
+    const auto options = std::make_shared<DiffOptions>();
+    CLI::App* const diff =
+        app.add_subcommand("diff", "Says what changed between two campaigns, of two firmwares for instance");
+    diff->footer(kExitStatuses);
+    diff->add_option("BEFORE", options->before, "Folder of a campaign")->required()->type_name("DIR");
+    diff->add_option("NOW", options->after, "Folder of a later one")->required()->type_name("DIR");
+    diff->add_flag("--all", options->all, "Name also the cases that are the same");
+    diff->add_option("--json", options->json, "Write the result as JSON")->type_name("FILE");
+    diff->add_option("--html", options->html, "Write one page with links into the evidence")
+        ->type_name("FILE");
+    diff->callback([options, &status] { status = RunDiff(*options); });
+}
+
+int RunDiff(const DiffOptions& options) {
+    try {
+        const diff::Campaign before = diff::ReadCampaign(options.before);
+        const diff::Campaign after = diff::ReadCampaign(options.after);
+        const diff::Comparison comparison = diff::Compare(before, after);
+        std::cout << diff::DiffText(comparison, options.all, WantsColour()) << std::flush;
+        WriteReports(options, comparison);
+        return comparison.Count(diff::Change::Worse) > 0 ? kGotWorse : 0;
+    } catch (const Unreadable& folder) {
+        return Complain(kNoCampaign, folder.what());
+    } catch (const std::exception& error) {
+        return Complain(kUsage, error.what());
+    }
+}
+
+}  // namespace rig

@@ -1,0 +1,100 @@
+#include "rig/diff/DiffPage.h"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+
+#include "rig/diff/DiffText.h"
+#include "rig/report/HtmlPage.h"
+
+namespace rig::diff {
+namespace {
+
+using report::Add;
+using report::AddLink;
+using report::AddRowHead;
+using report::AddTable;
+using report::AddText;
+using report::Set;
+
+/// A change looks like the verdict that it comes nearest to.
+std::string ClassOf(Change change) {
+    static constexpr report::Verdict kVerdicts[] = {report::Verdict::NotReached,
+                                                    report::Verdict::Inconclusive, report::Verdict::Pass,
+                                                    report::Verdict::Fail};
+    return "verdict " + report::ClassOf(kVerdicts[static_cast<std::size_t>(change)]);
+}
+
+/// A phone shows the cell below its column's name.
+pugi::xml_node AddNamedCell(pugi::xml_node row, const char* head, const std::string& text = "") {
+    pugi::xml_node cell = Add(row, "td", text);
+    Set(cell, "data-head", head);
+    return cell;
+}
+
+void AddEvidence(pugi::xml_node cell, const std::string& place, const char* name, const Campaign& campaign,
+                 const Case* one) {
+    if (!one) {
+        return;
+    }
+    for (const CaseRun& run : one->runs) {
+        const auto target =
+            std::filesystem::absolute(campaign.folder) / run.folder / (run.hasPage ? "report.html" : "");
+        AddLink(cell, target.lexically_proximate(place).generic_string(), name);
+        AddText(cell, " ");
+    }
+}
+
+void AddDifference(pugi::xml_node cell, const Difference& difference) {
+    pugi::xml_node item = Add(cell, "div");
+    Add(item, "span", NameOf(difference.change), ClassOf(difference.change));
+    AddText(item, " ");
+    Add(item, "strong", difference.subject);
+    Add(item, "div", "before: " + difference.before);
+    Add(item, "div", "now: " + difference.after);
+}
+
+void AddCase(pugi::xml_node body, const CaseComparison& one, const Comparison& comparison,
+             const std::string& place) {
+    pugi::xml_node row = Add(body, "tr");
+    AddRowHead(row, one.name);
+    Add(AddNamedCell(row, "Change"), "span", NameOf(one.change), ClassOf(one.change));
+    AddNamedCell(row, "Switches", "velloran " + one.switches);
+    pugi::xml_node cell = AddNamedCell(row, "What changed");
+    for (const Difference& difference : one.differences) {
+        AddDifference(cell, difference);
+    }
+    pugi::xml_node evidence = AddNamedCell(row, "Evidence");
+    AddEvidence(evidence, place, "before", *comparison.before, one.before);
+    AddEvidence(evidence, place, "now", *comparison.after, one.after);
+}
+
+void AddFact(pugi::xml_node list, const std::string& name, const std::string& value) {
+    Add(list, "dt", name);
+    Add(list, "dd", value);
+}
+
+}  // namespace
+
+std::string DiffPage(const Comparison& comparison, const std::string& place) {
+    report::HtmlPage page("Two campaigns: " + comparison.Words());
+    pugi::xml_node list = Add(page.Body(), "dl", {}, "facts");
+    AddFact(list, "Before", Words(*comparison.before));
+    AddFact(list, "Now", Words(*comparison.after));
+    for (const Difference& difference : comparison.surroundings) {
+        AddFact(list, difference.subject, difference.before + ", now " + difference.after);
+    }
+    pugi::xml_node body = AddTable(page.Body(), "Worse cases first",
+                                   {"Case", "Change", "Switches", "What changed", "Evidence"});
+    Set(body.parent(), "class", "checks");
+    for (const Change change : {Change::Worse, Change::Better, Change::Changed, Change::Same}) {
+        for (const CaseComparison& one : comparison.cases) {
+            if (one.change == change) {
+                AddCase(body, one, comparison, place);
+            }
+        }
+    }
+    return page.Text();
+}
+
+}  // namespace rig::diff

@@ -1,0 +1,71 @@
+#include "rig/diff/DiffText.h"
+
+#include <fmt/format.h>
+
+#include <iterator>
+
+#include "rig/dvr/Printable.h"
+#include "rig/report/Words.h"
+
+namespace rig::diff {
+namespace {
+
+using Text = fmt::memory_buffer;
+
+template <typename... Arguments>
+void Print(Text& text, fmt::format_string<Arguments...> format, Arguments&&... arguments) {
+    fmt::format_to(std::back_inserter(text), format, std::forward<Arguments>(arguments)...);
+}
+
+std::string Shown(Change change, int width, bool colour) {
+    static constexpr const char* kColours[] = {"", "\x1b[33m", "\x1b[32m", "\x1b[31m"};
+    const std::string name = fmt::format("{:<{}}", NameOf(change), width);
+    const char* const start = kColours[static_cast<std::size_t>(change)];
+    return colour && *start != '\0' ? start + name + "\x1b[0m" : name;
+}
+
+void PrintDifference(Text& text, const Difference& difference, bool colour) {
+    Print(text, "    {}  {}\n", Shown(difference.change, 8, colour), Printable(difference.subject));
+    Print(text, "              before: {}\n              now:    {}\n", Printable(difference.before),
+          Printable(difference.after));
+}
+
+void PrintCase(Text& text, const CaseComparison& one, const Comparison& comparison, bool colour) {
+    Print(text, "{}  {}  velloran {}\n", Shown(one.change, 8, colour), Printable(one.name),
+          Printable(one.switches));
+    for (const Difference& difference : one.differences) {
+        PrintDifference(text, difference, colour);
+    }
+    if (!one.differences.empty() && one.after) {
+        Print(text, "    see {}/{}\n", Printable(comparison.after->folder),
+              Printable(one.after->runs.front().folder));
+    }
+}
+
+}  // namespace
+
+std::string Words(const Campaign& campaign) {
+    return campaign.folder + (campaign.note.empty() ? "" : ", " + campaign.note) + ", " +
+           report::Date(campaign.begin) +
+           (campaign.state == "finished" ? "" : ", not finished: " + campaign.state);
+}
+
+std::string DiffText(const Comparison& comparison, bool all, bool colour) {
+    Text text;
+    Print(text, "before: {}\nnow:    {}\n", Printable(Words(*comparison.before)),
+          Printable(Words(*comparison.after)));
+    for (const Difference& difference : comparison.surroundings) {
+        PrintDifference(text, difference, colour);
+    }
+    for (const Change change : {Change::Worse, Change::Better, Change::Changed, Change::Same}) {
+        for (const CaseComparison& one : comparison.cases) {
+            if (one.change == change && (all || change != Change::Same)) {
+                PrintCase(text, one, comparison, colour);
+            }
+        }
+    }
+    Print(text, "{}\n", comparison.Words());
+    return fmt::to_string(text);
+}
+
+}  // namespace rig::diff

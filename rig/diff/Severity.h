@@ -1,0 +1,33 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace rig::diff {
+
+/// All verdicts and outcomes, from the best to the worst: of several runs the worst counts.
+constexpr std::array<std::string_view, 10> kVerdicts = {
+    "PASS",         "KNOWN FAILURE", "NOT RUN",     "RUNNING", "NOT REACHED",
+    "INCONCLUSIVE", "INTERRUPTED",   "ENVIRONMENT", "TIMEOUT", "FAIL"};
+
+/// @return the place in that order; behind all where the name is none of them
+inline std::size_t Severity(std::string_view verdict) {
+    return static_cast<std::size_t>(std::find(kVerdicts.begin(), kVerdicts.end(), verdict) -
+                                    kVerdicts.begin());
+}
+
+inline bool IsKnown(std::string_view verdict) {
+    return Severity(verdict) < kVerdicts.size();
+}
+
+inline bool IsPass(std::string_view verdict) {
+    return verdict == "PASS";
+}
+
+/// @return whether it says that the DVR did wrong
+inline bool IsFailure(std::string_view verdict) {
+    return verdict == "FAIL" || verdict == "TIMEOUT";
+}
+
+}  // namespace rig::diff
