@@ -4,8 +4,8 @@
 Each ratio is made within one run, on one machine. Status 1 if something does not run; never because of a time.
 """
 import json
+import math
 import os
-import statistics
 import subprocess
 import sys
 
@@ -14,8 +14,8 @@ PROGRAMS = os.path.abspath(sys.argv[1])
 SHORT = '--short' in sys.argv
 
 
-def run(command):
-    done = subprocess.run(command, capture_output=True, text=True, check=False)
+def run(command, output=subprocess.PIPE):
+    done = subprocess.run(command, stdout=output, stderr=subprocess.PIPE, text=True, check=False)
     if done.returncode != 0:
         sys.exit(f'bench: {" ".join(command)}: expected status 0, found {done.returncode}: {done.stderr.strip()}')
     return done.stdout
@@ -26,15 +26,19 @@ def program(name):
 
 
 def google(name):
-    """@return nanoseconds by benchmark, the median of some repetitions"""
-    timing = ['--benchmark_min_time=0.01'] if SHORT else ['--benchmark_repetitions=5']
+    """@return nanoseconds by benchmark, the least of some repetitions: what others do on the machine only adds to it"""
+    timing = ['--benchmark_min_time=0.01']
+    if not SHORT:
+        timing = ['--benchmark_repetitions=9', '--benchmark_enable_random_interleaving=true']
     out = os.path.join(PROGRAMS, name + '.json')
-    run([program(name), '--benchmark_out=' + out, '--benchmark_out_format=json'] + timing)
+    # Not through a pipe: the logger asks at its start what it writes to.
+    run([program(name), '--benchmark_out=' + out, '--benchmark_out_format=json'] + timing, subprocess.DEVNULL)
     times = {}
     with open(out, encoding='utf-8') as file:
         for result in json.load(file)['benchmarks']:
-            if result.get('aggregate_name', 'median') == 'median':
-                times[result['run_name']] = result['real_time']
+            if result['run_type'] == 'iteration':
+                name = result['run_name']
+                times[name] = min(times.get(name, math.inf), result['real_time'])
     return times
 
 
@@ -87,7 +91,7 @@ def lists():
                 seconds, size, peak = one_list(who, dialect, count)
                 costs[who, count].append(seconds / count)
                 memory[who, count] = peak / size
-        cost = {key: statistics.median(values) for key, values in costs.items()}
+        cost = {key: min(values) for key, values in costs.items()}
         for who in ('harness', 'tinyxml'):
             growth = cost[who, many] / cost[who, few]
             row(f'{name} of {many} events, {who}', f'{cost[who, many] * 1e9:.0f} ns/event',

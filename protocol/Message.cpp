@@ -39,10 +39,11 @@ const char* MsgAttribute(const TiXmlDocument& document, const char* name) {
 }
 
 const char* MsgReq(const TiXmlDocument& document) {
-    if (FindMsg(document) == nullptr) {
+    const TiXmlElement* const msg = FindMsg(document);
+    if (msg == nullptr) {
         std::abort();
     }
-    return MsgAttribute(document, "req");
+    return msg->Attribute("req");
 }
 
 void ParseOrReport(TiXmlDocument& document, const char* text) {

@@ -45,7 +45,8 @@ void VelProtocol_2_0::Handle_FILE_COMPLETE(TiXmlDocument& document) {
     if (hashCode) {
         lastHashCode = hashCode;
     }
-    if (filesToReceive.empty() or filesToReceive.front() not_eq FileEntry(reid, file)) {
+    if (filesToReceive.empty() or filesToReceive.front().first not_eq reid or
+        filesToReceive.front().second not_eq file) {
         VEL_LOG(1) << "invalid file in FILE_COMPLETE: " << document;
         return;
     }
