@@ -12,7 +12,9 @@ namespace rig::campaign {
 namespace {
 
 using report::Add;
+using report::AddFact;
 using report::AddLink;
+using report::AddNamedCell;
 using report::AddRowHead;
 using report::AddTable;
 using report::AddText;
@@ -71,13 +73,6 @@ void AddOutcome(pugi::xml_node parent, Outcome outcome) {
     Add(parent, "span", NameOf(outcome), "verdict " + ClassOf(outcome));
 }
 
-void AddFact(pugi::xml_node list, const std::string& name, const std::string& value) {
-    if (!value.empty()) {
-        Add(list, "dt", name);
-        Add(list, "dd", value);
-    }
-}
-
 void AddFacts(pugi::xml_node main, const CampaignRecord& campaign) {
     pugi::xml_node list = Add(main, "dl", {}, "facts");
     AddFact(list, "Note", campaign.note);
@@ -97,13 +92,6 @@ void AddFacts(pugi::xml_node main, const CampaignRecord& campaign) {
     }
     AddFact(list, "Called as", fmt::format("{}", fmt::join(campaign.commandLine, " ")));
     AddFact(list, "Seed", std::to_string(campaign.seed));
-}
-
-/// A phone shows the cell below its column's name.
-pugi::xml_node AddNamedCell(pugi::xml_node row, const char* head, const std::string& text = "") {
-    pugi::xml_node cell = Add(row, "td", text);
-    Set(cell, "data-head", head);
-    return cell;
 }
 
 void AddEnding(pugi::xml_node cell, const char* who, const ProcessRecord& process) {

@@ -11,7 +11,9 @@ namespace rig::diff {
 namespace {
 
 using report::Add;
+using report::AddFact;
 using report::AddLink;
+using report::AddNamedCell;
 using report::AddRowHead;
 using report::AddTable;
 using report::AddText;
@@ -23,13 +25,6 @@ std::string ClassOf(Change change) {
                                                     report::Verdict::Inconclusive, report::Verdict::Pass,
                                                     report::Verdict::Fail};
     return "verdict " + report::ClassOf(kVerdicts[static_cast<std::size_t>(change)]);
-}
-
-/// A phone shows the cell below its column's name.
-pugi::xml_node AddNamedCell(pugi::xml_node row, const char* head, const std::string& text = "") {
-    pugi::xml_node cell = Add(row, "td", text);
-    Set(cell, "data-head", head);
-    return cell;
 }
 
 void AddEvidence(pugi::xml_node cell, const std::string& place, const char* name, const Campaign& campaign,
@@ -67,11 +62,6 @@ void AddCase(pugi::xml_node body, const CaseComparison& one, const Comparison& c
     pugi::xml_node evidence = AddNamedCell(row, "Evidence");
     AddEvidence(evidence, place, "before", *comparison.before, one.before);
     AddEvidence(evidence, place, "now", *comparison.after, one.after);
-}
-
-void AddFact(pugi::xml_node list, const std::string& name, const std::string& value) {
-    Add(list, "dt", name);
-    Add(list, "dd", value);
 }
 
 }  // namespace

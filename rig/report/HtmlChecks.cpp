@@ -9,13 +9,6 @@
 namespace rig::report {
 namespace {
 
-/// A phone shows the cell below its column's name.
-pugi::xml_node AddCell(pugi::xml_node row, const char* head, std::string_view text = {}) {
-    pugi::xml_node cell = Add(row, "td", text);
-    Set(cell, "data-head", head);
-    return cell;
-}
-
 void AddEvidence(pugi::xml_node cell, const CheckResult& check, const LogPlaces& places) {
     if (check.evidence.empty()) {
         return;
@@ -38,11 +31,11 @@ void AddCheck(pugi::xml_node body, const CheckResult& check, const LogPlaces& pl
               const std::string& prefix) {
     pugi::xml_node row = Add(body, "tr");
     Set(row, "id", prefix + check.id);
-    AddVerdict(AddCell(row, "Verdict"), check.verdict);
+    AddVerdict(AddNamedCell(row, "Verdict"), check.verdict);
     AddLink(AddRowHead(row, {}), "#" + prefix + check.id, check.id);
-    AddCell(row, "Requirement", check.requirement);
-    AddCell(row, "Expected", check.expected);
-    AddEvidence(AddCell(row, "Found", check.found), check, places);
+    AddNamedCell(row, "Requirement", check.requirement);
+    AddNamedCell(row, "Expected", check.expected);
+    AddEvidence(AddNamedCell(row, "Found", check.found), check, places);
 }
 
 /// @return the checks of all runs in the order in which they first stand

@@ -108,6 +108,19 @@ pugi::xml_node AddTable(pugi::xml_node parent, std::string_view caption,
     return Add(table, "tbody");
 }
 
+pugi::xml_node AddNamedCell(pugi::xml_node row, std::string_view head, std::string_view text) {
+    pugi::xml_node cell = Add(row, "td", text);
+    Set(cell, "data-head", head);
+    return cell;
+}
+
+void AddFact(pugi::xml_node list, std::string_view name, std::string_view value) {
+    if (!value.empty()) {
+        Add(list, "dt", name);
+        Add(list, "dd", value);
+    }
+}
+
 pugi::xml_node AddRowHead(pugi::xml_node row, std::string_view text) {
     pugi::xml_node head = Add(row, "th", text);
     Set(head, "scope", "row");

@@ -42,6 +42,12 @@ void AddVerdictLetter(pugi::xml_node parent, Verdict verdict, std::string_view t
 pugi::xml_node AddTable(pugi::xml_node parent, std::string_view caption,
                         const std::vector<std::string>& heads);
 
+/// Adds a cell with the name of its column, which a phone shows above it.
+pugi::xml_node AddNamedCell(pugi::xml_node row, std::string_view head, std::string_view text = {});
+
+/// Adds a term and what it is to a "dl"; nothing where that is not known.
+void AddFact(pugi::xml_node list, std::string_view name, std::string_view value);
+
 /// Adds a cell that names its row.
 pugi::xml_node AddRowHead(pugi::xml_node row, std::string_view text);
 

@@ -67,11 +67,6 @@ void AddSummary(pugi::xml_node section, const Result& result) {
     }
 }
 
-void AddFact(pugi::xml_node list, const char* name, const std::string& value) {
-    Add(list, "dt", name);
-    Add(list, "dd", value);
-}
-
 void AddFacts(pugi::xml_node section, const RunResult& run) {
     pugi::xml_node list = Add(section, "dl", {}, "facts");
     AddFact(list, "Run", run.name);
