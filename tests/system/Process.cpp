@@ -70,20 +70,30 @@ void DropEmulatorsWord(std::string& error) {
     }
 }
 
-[[noreturn]] void Run(const std::vector<std::string>& switches) {
+/// The program's file, then its arguments from its name on.
+struct Command {
+    std::string program;
+    std::vector<std::string> words;
+};
+
+Command CommandWith(const std::vector<std::string>& switches) {
     std::vector<std::string> words = EmulatorsWords();
     const std::string program = words.empty() ? VELLORAN_PROGRAM : words.front();
     if (words.empty()) {
         words = {"velloran"};
     }
     words.insert(words.end(), switches.begin(), switches.end());
+    return {program, words};
+}
+
+[[noreturn]] void Run(Command& command) {
     std::vector<char*> arguments;
-    arguments.reserve(words.size() + 1);
-    for (std::string& word : words) {
+    arguments.reserve(command.words.size() + 1);
+    for (std::string& word : command.words) {
         arguments.push_back(word.data());
     }
     arguments.push_back(nullptr);
-    execvp(program.c_str(), arguments.data());
+    execvp(command.program.c_str(), arguments.data());
     _exit(127);
 }
 
@@ -94,6 +104,8 @@ Process::Process(const std::vector<std::string>& switches, const Launch& launch)
     std::array<int, 2> err = {};
     Pipe(out);
     Pipe(err);
+    // Made here, as a sanitizer needs descriptors that the child may not have any more.
+    Command command = CommandWith(switches);
     const pid_t parent = getpid();
     pid_ = fork();
     if (pid_ == 0) {
@@ -101,7 +113,7 @@ Process::Process(const std::vector<std::string>& switches, const Launch& launch)
         dup2(launch.output == -1 ? out[1] : launch.output, STDOUT_FILENO);
         dup2(err[1], STDERR_FILENO);
         Prepare(parent, launch);
-        Run(switches);
+        Run(command);
     }
     close(out[1]);
     close(err[1]);
