@@ -19,9 +19,8 @@ constexpr const char* kOutgoingEventXferComplete = "/mnt/hd/outgoingETCstring";
 /// @return the element, which belongs to the document, for further attributes
 TiXmlElement* AddMsg(TiXmlDocument& document, const char* req);
 
-/// @return the attribute of the document's `msg`, which belongs to the document; null if the attribute or the
-/// whole
-///         `msg` is missing
+/// @return the attribute of the document's `msg`, which belongs to the document; null if the attribute or
+///         the whole `msg` is missing
 const char* MsgAttribute(const TiXmlDocument& document, const char* name);
 
 /// @return `req` of the document's `msg`, which belongs to the document; null if there is none

@@ -68,8 +68,7 @@ class VelProtocolBase {
     /// Reads a prefix from `buffer`, at most 5 bytes of it.
     /// @param bytesRead  receives the number of bytes that the prefix takes
     /// @return the 32 bits of the value as a signed number; -1 also, with a line at level 2, for a prefix
-    /// that goes on
-    ///         after its fifth byte. Bits of the fifth byte beyond the 32nd are dropped.
+    ///         that goes on after its fifth byte. Bits of the fifth byte beyond the 32nd are dropped.
     int Read7BitEncodedInt(const char* buffer, int* bytesRead);
 
     /// Reads one frame. Blocks without a time limit, and pauses 250 ms after each piece of the text, which

@@ -41,8 +41,7 @@ void AddRunCommand(CLI::App& app, int& status);
 /// Runs a campaign: progress on standard output, evidence in a folder; where something goes wrong, one line
 /// on standard error.
 /// @return the exit status: 0 all pass, 1 a case failed or timed out, 2 inconclusive, 3 environment, 64
-/// usage,
-///         or evidence that cannot be written, 130 interrupted
+///         usage, or evidence that cannot be written, 130 interrupted
 int RunCampaign(const RunOptions& options);
 
 }  // namespace rig

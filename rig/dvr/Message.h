@@ -46,8 +46,8 @@ class Message {
 };
 
 /// @return the document printed without indentation, line breaks or declaration. Blanks that a reader may
-/// merge or
-///         trim (leading, trailing or in a row) are written as references, so that names keep them.
+///         merge or trim (leading, trailing or in a row) are written as references, so that names keep
+///         them.
 std::string Print(const pugi::xml_document& document);
 
 /// Parses a document that travels inside a message as escaped text.

@@ -7,9 +7,8 @@
 namespace rig {
 
 /// @return the text as it may stand in one line of output: a backslash is written `\\`, a newline `\n`, a
-/// carriage
-///         return `\r`, a tab `\t`, every other byte below 0x20 and 0x7f `\xHH`; bytes from 0x80 on pass as
-///         they are. What a peer sends can so neither forge a line nor steer a terminal.
+///         carriage return `\r`, a tab `\t`, every other byte below 0x20 and 0x7f `\xHH`; bytes from 0x80
+///         on pass as they are. What a peer sends can so neither forge a line nor steer a terminal.
 std::string Printable(const std::string& text);
 
 /// @return at most `limit` bytes of the text, printable, with "..." where some were left out

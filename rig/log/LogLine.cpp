@@ -76,9 +76,8 @@ std::optional<std::int64_t> TimeOfDay(std::string_view text, std::size_t at) {
     return time;
 }
 
-/// @return the microseconds that local time is ahead of UTC, by a zone such as "+0100" or "+01:00"; 0 for "Z"
-/// and for
-///         none: then only differences of times mean something
+/// @return the microseconds that local time is ahead of UTC, by a zone such as "+0100" or "+01:00"; 0 for
+///         "Z" and for none: then only differences of times mean something
 std::int64_t ZoneOffset(std::string_view zone) {
     if (zone.empty() || (zone[0] != '+' && zone[0] != '-')) {
         return 0;

@@ -17,8 +17,7 @@ namespace rig::report {
 class LogPlaces {
  public:
     /// @param run must outlive this. @param prefix of the anchors: "", "run2-". @param limit how many lines
-    /// the page
-    ///        takes, besides those that prove something
+    ///        the page takes, besides those that prove something
     LogPlaces(const RunResult& run, std::string prefix, std::size_t limit);
 
     /// @return the anchor of an entry of the run's log: "L12"; in the second of several files "L2.12"

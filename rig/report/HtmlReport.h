@@ -6,9 +6,8 @@
 
 namespace rig::report {
 
-/// @return the result as one self-contained HTML page: a table of the checks, the dialogue drawn as a ladder,
-/// the log
-///         with a search. Needs the runs' steps and log.
+/// @return the result as one self-contained HTML page: a table of the checks, the dialogue drawn as a
+///         ladder, the log with a search. Needs the runs' steps and log.
 std::string HtmlReport(const Result& result);
 
 }  // namespace rig::report

@@ -19,8 +19,7 @@ struct Outcome {
 /// waits for its end. Standard input is /dev/null, standard error is the test's, and descriptors from 3 on
 /// are free. A child that hangs is ended after a minute.
 /// @param stdoutFd  where standard output goes instead of into the outcome; into the outcome, one write can
-/// hold up
-///                  to 400 kB
+///                  hold up to 400 kB
 Outcome RunSubject(const std::function<void()>& code, int stdoutFd = -1);
 
 /// Called by the code in the child: adds to Outcome::report.

@@ -8,8 +8,7 @@
 namespace rig::report {
 
 /// @return a result with one run, in which there is a check of each verdict, named after it ("made-up.pass"
-/// ...), with a
-///         dialogue, timings and a log of which line 3 proves "made-up.fail"
+///         ...), with a dialogue, timings and a log of which line 3 proves "made-up.fail"
 Result MadeUp();
 
 /// @return a result with one run and one check

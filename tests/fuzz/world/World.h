@@ -47,9 +47,8 @@ class World {
     State* state_;
 };
 
-/// @return the length that a prefix announces, worked out independently of the harness; -1 for one that goes
-/// on
-///         after its fifth byte or is not whole
+/// @return the length that a prefix announces, worked out independently of the harness; -1 for one that
+///         goes on after its fifth byte or is not whole
 std::int64_t Announced(const std::string& prefix);
 
 /// @return the prefix that announces a length
