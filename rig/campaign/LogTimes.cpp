@@ -9,7 +9,6 @@
 namespace rig::campaign {
 namespace {
 
-constexpr std::int64_t kSecond = 1'000'000;
 constexpr std::int64_t kPauseAfterRead = kSecond / 4;
 constexpr std::int64_t kPauseAheadOfClosing = kSecond;
 

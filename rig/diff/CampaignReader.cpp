@@ -16,7 +16,7 @@
 namespace rig::diff {
 namespace {
 
-using Json = nlohmann::json;
+using Json = nlohmann::ordered_json;
 
 constexpr int kFormat = 1;  // of campaign.json, see doc/campaign.md
 

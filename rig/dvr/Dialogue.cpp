@@ -93,7 +93,7 @@ Message Dialogue::RefuseConfiguration(const Message& message, const char* config
     const std::string text = message.Get(configuration);
     if (!IsDocument(text)) {
         throw Breach(message.Name() + " with a '" + configuration + "' that is not an XML document: '" +
-                     Excerpt(text, 60) + "'");
+                     Excerpt(text) + "'");
     }
     configurationRefused_ = true;
     done_ = true;

@@ -16,7 +16,6 @@ namespace {
 
 /// Far above any line of a real log; a longer one is no text.
 constexpr std::size_t kMaxLineBytes = std::size_t{256} * 1024 * 1024;
-constexpr std::size_t kExcerptBytes = 80;
 constexpr int kNoProcess = -1;  // of lines that do not name theirs
 constexpr const char* kLine = "a line of the harness's log (\"velloran:N TEXT\")";
 
@@ -81,7 +80,7 @@ class RunChooser {
         if (runs_.empty()) {
             ThrowAt(log_, 1,
                     std::string("expected ") + kLine + ", found " +
-                        (lines == 0 ? "no line" : "'" + Excerpt(firstLine_, kExcerptBytes) + "'"));
+                        (lines == 0 ? "no line" : "'" + Excerpt(firstLine_) + "'"));
         }
         if (chosen_ == nullptr) {
             for (const auto& run : runs_) {

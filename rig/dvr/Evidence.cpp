@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "rig/log/StartsWith.h"
+
 namespace rig {
 namespace {
 
@@ -38,10 +40,6 @@ constexpr Announcement kAnswers[] = {
 constexpr const char* kFileRequest = "calling SendFileRequest(";
 constexpr const char* kFileComplete = "Got FILE_COMPLETE for: ";
 constexpr const char* kAcknowledged = "Got EVENT_XFER_ACK for: ";
-
-bool StartsWith(const std::string& text, const std::string& start) {
-    return text.compare(0, start.size(), start) == 0;
-}
 
 /// @return what follows the start; empty where the text does not start so
 std::string Rest(const std::string& text, const std::string& start) {

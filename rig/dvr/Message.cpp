@@ -9,8 +9,6 @@
 namespace rig {
 namespace {
 
-constexpr std::size_t kExcerptBytes = 60;
-
 struct StringWriter : pugi::xml_writer {
     std::string text;
     void write(const void* data, std::size_t size) override {
@@ -66,15 +64,14 @@ Message Message::Parse(const std::string& text) {
     Message message;
     const std::string error = ParseWhole(message.document_, text);
     if (!error.empty()) {
-        throw Breach("text that is not one XML document (" + error + "): '" + Excerpt(text, kExcerptBytes) +
-                     "'");
+        throw Breach("text that is not one XML document (" + error + "): '" + Excerpt(text) + "'");
     }
     const pugi::xml_node root = message.Root();
     if (!root) {
-        throw Breach("a document without a top-level 'msg': '" + Excerpt(text, kExcerptBytes) + "'");
+        throw Breach("a document without a top-level 'msg': '" + Excerpt(text) + "'");
     }
     if (!root.attribute("req")) {
-        throw Breach("a message without 'req': '" + Excerpt(text, kExcerptBytes) + "'");
+        throw Breach("a message without 'req': '" + Excerpt(text) + "'");
     }
     return message;
 }

@@ -11,8 +11,11 @@ namespace rig {
 ///         on pass as they are. What a peer sends can so neither forge a line nor steer a terminal.
 std::string Printable(const std::string& text);
 
+/// How much of a text is enough to know it by.
+constexpr std::size_t kExcerptBytes = 80;
+
 /// @return at most `limit` bytes of the text, printable, with "..." where some were left out
-std::string Excerpt(const std::string& text, std::size_t limit);
+std::string Excerpt(const std::string& text, std::size_t limit = kExcerptBytes);
 
 /// @return a number of things: "1 file", "2 files"
 /// @param thing  one of them, a noun with a regular plural

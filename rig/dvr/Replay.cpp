@@ -13,8 +13,6 @@ namespace {
 /// How long nothing must come for nothing more to be due. The harness takes 250 ms for each message.
 constexpr Milliseconds kQuiet(1000);
 
-constexpr std::size_t kExcerptBytes = 80;
-
 std::string Bytes(std::size_t count) {
     return std::to_string(count) + " bytes";
 }
@@ -28,7 +26,7 @@ std::string Describe(const std::string& text) {
     try {
         return Summarize(Message::Parse(text));
     } catch (const Breach&) {
-        return "'" + Excerpt(text, kExcerptBytes) + "'";
+        return "'" + Excerpt(text) + "'";
     }
 }
 

@@ -6,13 +6,10 @@
 #include "rig/dvr/Evidence.h"
 #include "rig/dvr/Frame.h"
 #include "rig/dvr/Printable.h"
+#include "rig/log/StartsWith.h"
 
 namespace rig {
 namespace {
-
-bool StartsWith(const std::string& text, const std::string& start) {
-    return text.compare(0, start.size(), start) == 0;
-}
 
 /// @return the byte behind the head, in hexadecimal up to the text's end; nothing where there is none
 std::optional<unsigned int> ByteBehind(const std::string& text, const std::string& head) {

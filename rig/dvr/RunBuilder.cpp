@@ -6,16 +6,12 @@
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/Message.h"
 #include "rig/dvr/Printable.h"
+#include "rig/log/StartsWith.h"
 
 namespace rig {
 namespace {
 
 constexpr long long kSliceBytes = 800;
-constexpr std::size_t kExcerptBytes = 80;
-
-bool StartsWith(const std::string& text, const std::string& start) {
-    return text.compare(0, start.size(), start) == 0;
-}
 
 bool EndsWith(const std::string& text, const std::string& end) {
     return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
@@ -220,7 +216,7 @@ bool RunBuilder::IsMissingSlices(std::size_t number, const std::string& text) {
 
 void RunBuilder::Miss(std::size_t number, const std::string& expected, const std::string& text) {
     error_ = Printable(run_.log) + ":" + std::to_string(number) + ": expected " + expected + ", found '" +
-             Excerpt(text, kExcerptBytes) + "'";
+             Excerpt(text) + "'";
 }
 
 EarlierRun RunBuilder::Finish() const {

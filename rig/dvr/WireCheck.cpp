@@ -12,8 +12,6 @@
 namespace rig {
 namespace {
 
-constexpr std::size_t kExcerptBytes = 80;
-
 /// The attributes of a message in the order of the wire. Those from `optional` on may be missing.
 struct Layout {
     int dialect;
@@ -79,7 +77,7 @@ std::string PrefixFault(const ReceivedFrame& frame) {
 /// Parses the text with all that may stand around the document's element.
 std::string DocumentFault(pugi::xml_document& document, const std::string& text) {
     constexpr unsigned int kFlags = pugi::parse_full | pugi::parse_fragment | pugi::parse_ws_pcdata;
-    const std::string start = "'" + Excerpt(text, kExcerptBytes) + "'";
+    const std::string start = "'" + Excerpt(text) + "'";
     const auto result = document.load_buffer(text.data(), text.size(), kFlags, pugi::encoding_utf8);
     if (!result) {
         return Fault("one XML document",
@@ -90,9 +88,8 @@ std::string DocumentFault(pugi::xml_document& document, const std::string& text)
     }
     const std::size_t end = DocumentEnd(text).value_or(text.size());
     if (end < text.size()) {
-        return Fault(
-            "nothing behind the document's element",
-            std::to_string(text.size() - end) + " bytes: '" + Excerpt(text.substr(end), kExcerptBytes) + "'");
+        return Fault("nothing behind the document's element",
+                     std::to_string(text.size() - end) + " bytes: '" + Excerpt(text.substr(end)) + "'");
     }
     return "";
 }

@@ -4,11 +4,10 @@
 
 #include "rig/judge/Numbers.h"
 #include "rig/judge/Protocol.h"
+#include "rig/log/LogLine.h"
 
 namespace rig::judge {
 namespace {
-
-constexpr std::int64_t kSecond = 1'000'000;
 
 bool EndsWith(std::string_view text, std::string_view end) {
     return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;

@@ -11,8 +11,6 @@ namespace {
 
 using report::Step;
 
-constexpr std::int64_t kSecond = 1'000'000;
-
 bool IsSwitch(Sign sign) {
     return sign >= Sign::CloseSwitch && sign <= Sign::ConfigSwitch;
 }

@@ -3,6 +3,8 @@
 #include <array>
 #include <vector>
 
+#include "rig/log/StartsWith.h"
+
 namespace rig::judge {
 namespace {
 
@@ -82,10 +84,6 @@ constexpr std::array kBeginnings = {
     Beginning{Sign::TransportWithoutReid, "'reid' attribute missing from TRANSPORT_EXCEPTION message"},
     Beginning{Sign::XferWithoutReid, "'reid' attribute missing from XFER_IN_PROGRESS message"},
 };
-
-bool StartsWith(std::string_view text, std::string_view beginning) {
-    return text.substr(0, beginning.size()) == beginning;
-}
 
 /// The beginnings by their first character: every line of a log is looked up.
 using ByFirst = std::array<std::vector<Beginning>, 256>;

@@ -55,7 +55,6 @@ std::int64_t DaysSinceEpoch(int year, int month, int day) {
     return static_cast<std::int64_t>(era) * 146097 + dayOfEra - 719468;
 }
 
-constexpr std::int64_t kSecond = 1'000'000;
 constexpr std::size_t kSecondsEnd = 19;  // in "2026-11-20T14:03:07"
 
 /// @return the time of day "HH:MM:SS" at `at`, with a fraction behind it where there is one, in microseconds

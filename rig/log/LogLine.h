@@ -7,6 +7,9 @@
 
 namespace rig {
 
+/// A second, in the unit of all times that are read from logs: microseconds.
+constexpr std::int64_t kSecond = 1'000'000;
+
 /// One statement of the harness, taken out of the line that carries it. The views point into that line.
 struct LogLine {
     std::string_view text;             // behind "velloran:N ", still escaped

@@ -10,6 +10,13 @@
 #include "Harness.h"
 #include "World.h"
 
+// The assertion on a message that is no document.
+constexpr const char* kHandleMessage10 =
+    "virtual VelProtocolBase::e_MsgReturn VelProtocol_1_0::HandleMessage()";
+constexpr const char* kHandleMessage20 =
+    "virtual VelProtocolBase::e_MsgReturn VelProtocol_2_0::HandleMessage()";
+constexpr const char* kNoError = "not incomingMessage.Error()";
+
 /// The hashes of the two files that the DVR of these tests has recorded.
 extern const char* const kMetadataHash;
 extern const char* const kVideoHash;

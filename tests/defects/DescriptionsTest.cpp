@@ -7,7 +7,7 @@
 namespace {
 
 constexpr const char* kNothingToReceive = "Got EVENT message with no files to receive";
-constexpr const char* kNoError = "not embmsg.Error()";
+constexpr const char* kNoErrorInside = "not embmsg.Error()";
 
 /// A description from which the harness learns of no file.
 struct WithoutFiles10 : Defect10 {
@@ -44,7 +44,7 @@ TEST_F(MalformedDescription10, EndsTheHarness) {
     Opens();
     Logs(1, "error: 1:Error reading Element value.");
     Logs(1, "row: 0:0");
-    Fails("void VelProtocol_1_0::Handle_XML_msg(TiXmlDocument&)", kNoError, "GET_FILE");
+    Fails("void VelProtocol_1_0::Handle_XML_msg(TiXmlDocument&)", kNoErrorInside, "GET_FILE");
     Marks({"XML"});
 }
 
@@ -53,7 +53,7 @@ TEST_F(MalformedDescription20, EndsTheHarness) {
     ReachesFirstFile();
     Logs(1, "error: 1:Error reading Element value.");
     Logs(1, "row: 0:0");
-    Fails("void VelProtocol_2_0::Handle_EVENT_msg(TiXmlDocument&)", kNoError, "GET_FILE");
+    Fails("void VelProtocol_2_0::Handle_EVENT_msg(TiXmlDocument&)", kNoErrorInside, "GET_FILE");
     Marks({"EVENT"});
 }
 

@@ -6,12 +6,6 @@
 
 namespace {
 
-constexpr const char* kHandleMessage10 =
-    "virtual VelProtocolBase::e_MsgReturn VelProtocol_1_0::HandleMessage()";
-constexpr const char* kHandleMessage20 =
-    "virtual VelProtocolBase::e_MsgReturn VelProtocol_2_0::HandleMessage()";
-constexpr const char* kNoError = "not incomingMessage.Error()";
-
 struct BadPrefix10 : Defect10 {};
 struct BadPrefix20 : Defect20 {};
 

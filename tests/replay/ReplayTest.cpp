@@ -85,13 +85,13 @@ std::string BehindLineWith(const std::string& log, const std::string& text, int 
     return std::string(kLog) + ":" + std::to_string(line + 1) + ": ";
 }
 
-struct Run {
+struct RecordedRun {
     const char* name;
     Words switches;   // of the harness
     Words arguments;  // of the recording DVR
 };
 
-class SameRunTest : public testing::TestWithParam<Run> {};
+class SameRunTest : public testing::TestWithParam<RecordedRun> {};
 
 TEST_P(SameRunTest, AsksForTheSame) {
     const std::string log = Record(GetParam().switches, GetParam().arguments);
@@ -101,19 +101,19 @@ TEST_P(SameRunTest, AsksForTheSame) {
 INSTANTIATE_TEST_SUITE_P(
     Replay, SameRunTest,
     testing::Values(
-        Run{"Export10", {}, {}}, Run{"Export20", {"-p", "2"}, {"--protocol", "2"}},
-        Run{"Faults", {"-p", "2", "-e", "-f", "-t", "-r", "-x"}, {"--protocol", "2"}},
-        Run{"Rehash", {"-p", "2", "-r", "-d", "30"}, {"--protocol", "2"}},
-        Run{"SoftwareUpdate", {"-p", "2", "-u", "-c", "1"}, {"--protocol", "2"}},
-        Run{"Configuration10", {"-g"}, {}},
-        Run{"Configuration20", {"-p", "2", "-g", "-u"}, {"--protocol", "2"}},
-        Run{"TwoConnections20", {"-p", "2", "-c", "1"}, {"--protocol", "2", "--defect", "reconnect"}},
-        Run{"TwoConnections10", {}, {"--defect", "reconnect"}},
-        Run{"WrongPrefixes20",
-            {"-p", "2", "-z", "-u"},
-            {"--protocol", "2", "--on-size-error", "continue", "--frame-timeout", "0.3"}},
-        Run{"WrongPrefixes10", {"-z"}, {"--on-size-error", "continue", "--frame-timeout", "0.3"}}),
-    [](const testing::TestParamInfo<Run>& tested) { return std::string(tested.param.name); });
+        RecordedRun{"Export10", {}, {}}, RecordedRun{"Export20", {"-p", "2"}, {"--protocol", "2"}},
+        RecordedRun{"Faults", {"-p", "2", "-e", "-f", "-t", "-r", "-x"}, {"--protocol", "2"}},
+        RecordedRun{"Rehash", {"-p", "2", "-r", "-d", "30"}, {"--protocol", "2"}},
+        RecordedRun{"SoftwareUpdate", {"-p", "2", "-u", "-c", "1"}, {"--protocol", "2"}},
+        RecordedRun{"Configuration10", {"-g"}, {}},
+        RecordedRun{"Configuration20", {"-p", "2", "-g", "-u"}, {"--protocol", "2"}},
+        RecordedRun{"TwoConnections20", {"-p", "2", "-c", "1"}, {"--protocol", "2", "--defect", "reconnect"}},
+        RecordedRun{"TwoConnections10", {}, {"--defect", "reconnect"}},
+        RecordedRun{"WrongPrefixes20",
+                    {"-p", "2", "-z", "-u"},
+                    {"--protocol", "2", "--on-size-error", "continue", "--frame-timeout", "0.3"}},
+        RecordedRun{"WrongPrefixes10", {"-z"}, {"--on-size-error", "continue", "--frame-timeout", "0.3"}}),
+    [](const testing::TestParamInfo<RecordedRun>& tested) { return std::string(tested.param.name); });
 
 TEST(ReplayedRun, KeepsItsSpeedWhenTold) {
     const std::string log = Record({"-p", "2"}, {"--protocol", "2"});

@@ -6,8 +6,6 @@
 namespace rig::report {
 namespace {
 
-constexpr std::size_t kNoLimit = 1000;
-
 pugi::xml_document Ladder(const RunResult& run, std::size_t limit = kNoLimit) {
     pugi::xml_document page;
     const LogPlaces places(run, "", kNoLimit);
@@ -15,7 +13,7 @@ pugi::xml_document Ladder(const RunResult& run, std::size_t limit = kNoLimit) {
     return page;
 }
 
-RunResult RunOf(std::size_t steps) {
+RunResult RunOfSteps(std::size_t steps) {
     RunResult run;
     for (std::size_t step = 1; step <= steps; ++step) {
         run.steps.push_back({Step::Kind::FromDvr, std::nullopt, "MESSAGE " + std::to_string(step), step});
@@ -56,7 +54,7 @@ TEST(HtmlLadder, ShowsNotesWithoutTime) {
 }
 
 TEST(HtmlLadder, WrapsALongTextAndLosesNothingOfIt) {
-    RunResult run = RunOf(1);
+    RunResult run = RunOfSteps(1);
     const std::string word = "\xc3\xa4\xc3\xb6\xc3\xbc\xe2\x82\xac";
     for (int count = 0; count < 40; ++count) {
         run.steps[0].text += word;
@@ -73,7 +71,7 @@ TEST(HtmlLadder, WrapsALongTextAndLosesNothingOfIt) {
 }
 
 TEST(HtmlLadder, ComesInPiecesWithTheirOwnNames) {
-    const auto page = Ladder(RunOf(60));
+    const auto page = Ladder(RunOfSteps(60));
     EXPECT_EQ(page.select_nodes("//div/svg").size(), 3U);
     EXPECT_EQ(page.select_nodes("//div/svg/text[.='harness']").size(), 3U);
     EXPECT_EQ(page.select_nodes("//g").size(), 60U);
@@ -89,7 +87,7 @@ std::string CutsOf(const pugi::xml_document& page) {
 }
 
 TEST(HtmlLadder, SaysWhatItLeavesOut) {
-    RunResult run = RunOf(60);
+    RunResult run = RunOfSteps(60);
     run.steps[29].kind = Step::Kind::Fault;
     const auto page = Ladder(run, 20);
     EXPECT_EQ(page.select_nodes("//g").size(), 21U);
@@ -101,7 +99,7 @@ TEST(HtmlLadder, SaysWhatItLeavesOut) {
 }
 
 TEST(HtmlLadder, IsBoundedHoweverManyFaultsThereAre) {
-    RunResult run = RunOf(1000);
+    RunResult run = RunOfSteps(1000);
     for (Step& step : run.steps) {
         step.kind = Step::Kind::Fault;
     }

@@ -6,15 +6,13 @@
 namespace rig::report {
 namespace {
 
-constexpr std::size_t kNoLimit = 100'000;
-
 pugi::xml_document Log(const RunResult& run, std::size_t limit = kNoLimit) {
     pugi::xml_document page;
     AddLog(page.append_child("section"), run, LogPlaces(run, "", limit), "");
     return page;
 }
 
-RunResult RunOf(std::size_t lines) {
+RunResult RunOfLines(std::size_t lines) {
     RunResult run;
     for (std::size_t line = 1; line <= lines; ++line) {
         run.log.push_back({line, std::nullopt, 1, "line " + std::to_string(line)});
@@ -47,7 +45,7 @@ TEST(HtmlLog, OffersTheLevelsThatItHolds) {
 }
 
 TEST(HtmlLog, ComesInBlocks) {
-    const auto page = Log(RunOf(450));
+    const auto page = Log(RunOfLines(450));
     EXPECT_EQ(page.select_nodes("//ol").size(), 3U);
     EXPECT_EQ(page.select_nodes("//li").size(), 450U);
     EXPECT_STREQ(page.select_node("//ol[3]").node().attribute("style").value(),
@@ -55,7 +53,7 @@ TEST(HtmlLog, ComesInBlocks) {
 }
 
 TEST(HtmlLog, SaysWhatItLeavesOutButNothingThatProvesSomething) {
-    RunResult run = RunOf(1000);
+    RunResult run = RunOfLines(1000);
     run.checks.push_back({"made-up.check", "", Verdict::Fail, "", "", {{"a.log", 500, "line 500"}}});
     const auto page = Log(run, 100);
     EXPECT_EQ(page.select_nodes("//li").size(), 101U);
@@ -72,14 +70,14 @@ TEST(HtmlLog, SaysWhatItLeavesOutButNothingThatProvesSomething) {
 }
 
 TEST(HtmlLog, LinksNoStepToALineThatIsLeftOut) {
-    const RunResult run = RunOf(1000);
+    const RunResult run = RunOfLines(1000);
     const LogPlaces places(run, "", 100);
     EXPECT_EQ(places.TargetOf(Step{Step::Kind::Note, std::nullopt, "", 50}), "#L50");
     EXPECT_EQ(places.TargetOf(Step{Step::Kind::Note, std::nullopt, "", 51}), std::nullopt);
 }
 
 TEST(HtmlLog, TellsTheLinesOfSeveralFilesApart) {
-    RunResult run = RunOf(10);
+    RunResult run = RunOfLines(10);
     run.log.push_back({1, std::nullopt, 1, "first line of the next file"});
     run.log.push_back({2, std::nullopt, 1, "line"});
     const LogPlaces places(run, "run2-", kNoLimit);

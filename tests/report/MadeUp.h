@@ -7,6 +7,9 @@
 
 namespace rig::report {
 
+/// More than any page here has.
+constexpr std::size_t kNoLimit = 100'000;
+
 /// @return a result with one run, in which there is a check of each verdict, named after it ("made-up.pass"
 ///         ...), with a dialogue, timings and a log of which line 3 proves "made-up.fail"
 Result MadeUp();

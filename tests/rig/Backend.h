@@ -4,7 +4,14 @@
 #include <string>
 #include <thread>
 
+#include "rig/dvr/Connection.h"
 #include "rig/dvr/Descriptor.h"
+
+// Time limits: one that no test reaches, and one that some wait for.
+constexpr rig::Milliseconds kLong(15'000);
+constexpr rig::Milliseconds kShort(100);
+
+const std::string kGetXml = R"(<msg req="GET_XML" />)";
 
 /// @return a local TCP port at which nobody listens
 int UnusedPort();

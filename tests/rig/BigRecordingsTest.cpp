@@ -85,7 +85,7 @@ long PeakOf(pid_t process) {
     throw std::runtime_error("the DVR's process says nothing of its memory");
 }
 
-std::string RequestOf(BackendConnection& backend, const std::string& request) {
+std::string AnswerAtOnce(BackendConnection& backend, const std::string& request) {
     backend.SendAtOnce(request);
     return backend.Read();
 }
@@ -98,14 +98,14 @@ std::string GetFile(const std::string& event, const std::string& file) {
 /// Exports one event with all its files.
 void ExportEvent(BackendConnection& backend, const std::string& event) {
     const std::string attributes = " reid=\"" + event + "\" protocolVersion=\"2.0\"";
-    const std::string description = RequestOf(backend, "<msg req=\"NEXT_EVENT\"" + attributes + "/>");
+    const std::string description = AnswerAtOnce(backend, "<msg req=\"NEXT_EVENT\"" + attributes + "/>");
     ASSERT_EQ(Message::Parse(description).Name(), "EVENT");
     for (int file = 0; file < kFiles; ++file) {
-        const std::string answer = RequestOf(backend, GetFile(event, FileName(file)));
+        const std::string answer = AnswerAtOnce(backend, GetFile(event, FileName(file)));
         ASSERT_NE(answer.find("FILE_COMPLETE"), std::string::npos) << answer;
     }
     ASSERT_NE(
-        RequestOf(backend, "<msg req=\"EVENT_XFER_COMPLETE\"" + attributes + "/>").find("EVENT_XFER_ACK"),
+        AnswerAtOnce(backend, "<msg req=\"EVENT_XFER_COMPLETE\"" + attributes + "/>").find("EVENT_XFER_ACK"),
         std::string::npos);
 }
 
@@ -115,7 +115,7 @@ long BigRecordingsTest::Export(int events) const {
         PlayDvr("2", [events, &kilobytes](BackendConnection& backend, pid_t process) {
             backend.Read();
             const Message list =
-                Message::Parse(RequestOf(backend, R"(<msg req="GET_EVENT_LIST" protocolVersion="2.0"/>)"));
+                Message::Parse(AnswerAtOnce(backend, R"(<msg req="GET_EVENT_LIST" protocolVersion="2.0"/>)"));
             int listed = 0;
             for (const pugi::xml_node event : list.Root().child("events").children()) {
                 ASSERT_EQ(event.text().get(), EventName(listed++));
@@ -146,10 +146,10 @@ TEST_F(BigRecordingsTest, AreDescribedIn10InAFewTimesTheMemoryOfTheOneMessage) {
     long kilobytes = 0;
     const ProgramResult result = PlayDvr("1", [&](BackendConnection& backend, pid_t process) {
         backend.Read();
-        bytes = RequestOf(backend, R"(<msg req="GET_XML"/>)").size();
+        bytes = AnswerAtOnce(backend, R"(<msg req="GET_XML"/>)").size();
         const std::string answer =
-            RequestOf(backend, "<msg req=\"GET_FILE\" path=\"" + EventName(kEvents - 1) + "\" file=\"" +
-                                   FileName(kFiles - 1) + "\"/>");
+            AnswerAtOnce(backend, "<msg req=\"GET_FILE\" path=\"" + EventName(kEvents - 1) + "\" file=\"" +
+                                      FileName(kFiles - 1) + "\"/>");
         ASSERT_NE(answer.find("FILE_COMPLETE"), std::string::npos) << answer;
         kilobytes = PeakOf(process);
     });

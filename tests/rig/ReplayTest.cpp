@@ -24,13 +24,9 @@ using rig::Replay;
 using rig::Transcript;
 using rig::WireCheck;
 
-constexpr Milliseconds kLong(15'000);
-constexpr Milliseconds kShort(100);
-
 const std::string kOk = R"(<msg req="OK"/>)";
 const std::string kXml = R"(<msg req="XML"><xmlFile/></msg>)";
 const std::string kComplete = R"(<msg req="FILE_COMPLETE"/>)";
-const std::string kGetXml = R"(<msg req="GET_XML" />)";
 const std::string kGetFile = R"(<msg req="GET_FILE" path="E1" file="a" />)";
 const std::string kUnasked = R"(<msg req="NOISE"/>)";
 

@@ -31,9 +31,6 @@ using rig::Session;
 using rig::SessionTimes;
 using rig::Transcript;
 
-constexpr Milliseconds kLong(15'000);
-constexpr Milliseconds kShort(100);
-
 class SessionTest : public testing::Test {
  protected:
     /// Plays the dialogue against a backend with the script, to its end.

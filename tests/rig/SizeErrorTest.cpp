@@ -16,8 +16,6 @@ namespace {
 using rig::EncodePrefix;
 using rig::FrameDecoder;
 
-const std::string kGetXml = R"(<msg req="GET_XML" />)";
-
 /// @return the frame of a harness that announces half as many bytes again
 std::string TooLongFrame(const std::string& text) {
     return EncodePrefix(static_cast<std::uint32_t>(text.size() * 3 / 2)) + text;

@@ -13,6 +13,7 @@
 #include <ostream>
 
 #include "Until.h"
+#include "World.h"
 
 namespace {
 
@@ -23,12 +24,6 @@ const sockaddr_un kAddress = {AF_UNIX, "/dev/log"};
 
 const sockaddr* Generic(const sockaddr_un& address) {
     return reinterpret_cast<const sockaddr*>(&address);
-}
-
-void MountEmpty(const char* path) {
-    if (mount("none", path, "tmpfs", 0, "mode=755") == -1) {
-        ADD_FAILURE() << "cannot mount an empty disk at " << path;
-    }
 }
 
 [[noreturn]] void Run(pid_t parent, std::vector<std::string> words) {

@@ -61,10 +61,6 @@ void EnterUserNamespace() {
     entered = true;
 }
 
-void MountEmpty(const char* path) {
-    Check(mount("none", path, "tmpfs", 0, "mode=755"), path);
-}
-
 void Move(const std::string& device, const std::string& folder) {
     const std::string target = folder + "/" + device;
     const int fd = open(target.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644);
@@ -100,6 +96,10 @@ void ConfigureDevice(unsigned long request, const std::string& name, ifreq devic
 }
 
 }  // namespace
+
+void MountEmpty(const char* path) {
+    Check(mount("none", path, "tmpfs", 0, "mode=755"), path);
+}
 
 World::World() {
     EnterUserNamespace();

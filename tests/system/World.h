@@ -23,6 +23,9 @@ class World {
     int addresses_ = 0;  // added so far
 };
 
+/// Mounts an empty disk there, in the world that there is. Throws as World() does.
+void MountEmpty(const char* path);
+
 /// The content of a file; fails the test if there is none.
 std::string ReadFile(const std::string& path);
 

@@ -15,12 +15,12 @@
 
 namespace {
 
-constexpr const char* kErrors = "/mnt/dumpcap.errors";
+constexpr const char* kDumpcapErrors = "/mnt/dumpcap.errors";
 constexpr const char* kMark = "this is the end of the capture";
 
 [[noreturn]] void Become(const std::string& path, pid_t parent) {
     dup2(open("/dev/null", O_RDWR | O_CLOEXEC), STDIN_FILENO);
-    dup2(open(kErrors, O_CREAT | O_TRUNC | O_WRONLY | O_CLOEXEC, 0644), STDERR_FILENO);
+    dup2(open(kDumpcapErrors, O_CREAT | O_TRUNC | O_WRONLY | O_CLOEXEC, 0644), STDERR_FILENO);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() == parent) {
         execlp("dumpcap", "dumpcap", "-i", "lo", "-f", "port 5001", "-w", path.c_str(), nullptr);
@@ -48,15 +48,15 @@ void SendMark() {
 }  // namespace
 
 Capture::Capture(const std::string& path, Here here) : path_(path) {
-    unlink(kErrors);
+    unlink(kDumpcapErrors);
     const pid_t parent = getpid();
     pid_ = fork();
     if (pid_ == 0) {
         Become(path, parent);
     }
     // It names the file when the device is open and filtered.
-    if (not Until([] { return Contains(kErrors, "File: "); })) {
-        FailAt(here, "dumpcap does not start: " + ReadFile(kErrors));
+    if (not Until([] { return Contains(kDumpcapErrors, "File: "); })) {
+        FailAt(here, "dumpcap does not start: " + ReadFile(kDumpcapErrors));
     }
 }
 
@@ -77,6 +77,6 @@ void Capture::Stop(Here here) {
     waitpid(pid_, &status, 0);
     pid_ = -1;
     if (not WIFEXITED(status) or WEXITSTATUS(status) not_eq 0) {
-        FailAt(here, "dumpcap failed: " + ReadFile(kErrors));
+        FailAt(here, "dumpcap failed: " + ReadFile(kDumpcapErrors));
     }
 }

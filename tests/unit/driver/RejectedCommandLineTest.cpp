@@ -14,7 +14,7 @@ void PrintTo(const Rejected& rejected, std::ostream* stream) {
     *stream << rejected.name;
 }
 
-std::string NameOf(const testing::TestParamInfo<Rejected>& info) {
+std::string RejectedNameOf(const testing::TestParamInfo<Rejected>& info) {
     return info.param.name;
 }
 
@@ -40,7 +40,7 @@ const Rejected kHelp[] = {
     {"BehindAcceptedSwitches", {"-e", "--help", "-f"}, "", {"'invalidEvent' flag set"}},
 };
 
-const Rejected kNumber[] = {
+const Rejected kNoNumber[] = {
     {"CloseZero", {"-c", "0"}, "", {}},
     {"CloseNegative", {"-c", "-1"}, "", {}},
     {"CloseNoDigits", {"-c", "abc"}, "", {}},
@@ -98,10 +98,10 @@ const Rejected kMixed[] = {
     {"ALaterNumberIsNoExcuse", {"-c", "0", "-c", "5"}, "", {}},
 };
 
-INSTANTIATE_TEST_SUITE_P(Help, RejectedCommandLine, testing::ValuesIn(kHelp), NameOf);
-INSTANTIATE_TEST_SUITE_P(Number, RejectedCommandLine, testing::ValuesIn(kNumber), NameOf);
-INSTANTIATE_TEST_SUITE_P(LongSleep, RejectedCommandLine, testing::ValuesIn(kLongSleep), NameOf);
-INSTANTIATE_TEST_SUITE_P(Syntax, RejectedCommandLine, testing::ValuesIn(kSyntax), NameOf);
-INSTANTIATE_TEST_SUITE_P(Mixed, RejectedCommandLine, testing::ValuesIn(kMixed), NameOf);
+INSTANTIATE_TEST_SUITE_P(Help, RejectedCommandLine, testing::ValuesIn(kHelp), RejectedNameOf);
+INSTANTIATE_TEST_SUITE_P(Number, RejectedCommandLine, testing::ValuesIn(kNoNumber), RejectedNameOf);
+INSTANTIATE_TEST_SUITE_P(LongSleep, RejectedCommandLine, testing::ValuesIn(kLongSleep), RejectedNameOf);
+INSTANTIATE_TEST_SUITE_P(Syntax, RejectedCommandLine, testing::ValuesIn(kSyntax), RejectedNameOf);
+INSTANTIATE_TEST_SUITE_P(Mixed, RejectedCommandLine, testing::ValuesIn(kMixed), RejectedNameOf);
 
 }  // namespace

@@ -6,7 +6,7 @@
 
 namespace {
 
-const std::string kFunction = "void VelProtocolBase::GetMessage(std::vector<char>&)";
+const std::string kGetMessage = "void VelProtocolBase::GetMessage(std::vector<char>&)";
 const std::string kBadPrefix = "Read7BitEncodedInt:badly formatted 7 bit string length prefix";
 
 TEST_F(GetMessage, EndsTheProcessWhenThePeerClosesMidBody) {
@@ -15,7 +15,7 @@ TEST_F(GetMessage, EndsTheProcessWhenThePeerClosesMidBody) {
     FeedEnd();
     EXPECT_ABORT(Message(), Read(1, 1), Logged(1, "expecting a message of 10 bytes"), Read(10, 4),
                  Paused(250000), Read(6, 0), Logged(1, "EOF at: 4  exp=10"), Logged(1, "read success:4"),
-                 AssertionFailed(kFunction, "readBytes == expectedSize"));
+                 AssertionFailed(kGetMessage, "readBytes == expectedSize"));
 }
 
 TEST_F(GetMessage, EndsTheProcessWhenThePeerClosesBeforeTheBody) {
@@ -23,25 +23,25 @@ TEST_F(GetMessage, EndsTheProcessWhenThePeerClosesBeforeTheBody) {
     FeedEnd();
     EXPECT_ABORT(Message(), Read(1, 1), Logged(1, "expecting a message of 10 bytes"), Read(10, 0),
                  Logged(1, "EOF at: 0  exp=10"), Logged(1, "read success:0"),
-                 AssertionFailed(kFunction, "readBytes == expectedSize"));
+                 AssertionFailed(kGetMessage, "readBytes == expectedSize"));
 }
 
 TEST_F(GetMessage, EndsTheProcessOnAPrefixOfFiveContinuationBytes) {
     FeedBytes("\x80\x80\x80\x80\x80");
     EXPECT_ABORT(Message(), Read(1, 1), Read(1, 1), Read(1, 1), Read(1, 1), Read(1, 1), Logged(2, kBadPrefix),
-                 AssertionFailed(kFunction, "expectedSize not_eq -1"));
+                 AssertionFailed(kGetMessage, "expectedSize not_eq -1"));
 }
 
 TEST_F(GetMessage, ReadsNoSixthByteOfAPrefix) {
     FeedBytes("\xff\xff\xff\xff\xff\xff\xff\x01");
     EXPECT_ABORT(Message(), Read(1, 1), Read(1, 1), Read(1, 1), Read(1, 1), Read(1, 1), Logged(2, kBadPrefix),
-                 AssertionFailed(kFunction, "expectedSize not_eq -1"));
+                 AssertionFailed(kGetMessage, "expectedSize not_eq -1"));
 }
 
 TEST_F(GetMessage, EndsTheProcessOnTheSizeMinusOne) {
     FeedBytes("\xff\xff\xff\xff\x0f");
     EXPECT_ABORT(Message(), Read(1, 1), Read(1, 1), Read(1, 1), Read(1, 1), Read(1, 1),
-                 AssertionFailed(kFunction, "expectedSize not_eq -1"));
+                 AssertionFailed(kGetMessage, "expectedSize not_eq -1"));
 }
 
 TEST_F(GetMessage, EndsTheProcessOnAnyOtherNegativeSizeWithoutReading) {
@@ -86,10 +86,11 @@ TEST_F(GetMessage, EndsTheProcessJustTheSameWithoutALog) {
     LogMask(0);
     FeedBytes("\x80\x80\x80\x80\x80");
     EXPECT_ABORT(Message(), Read(1, 1), Read(1, 1), Read(1, 1), Read(1, 1), Read(1, 1),
-                 AssertionFailed(kFunction, "expectedSize not_eq -1"));
+                 AssertionFailed(kGetMessage, "expectedSize not_eq -1"));
     FeedBytes("\x0a");
     FeedEnd();
-    EXPECT_ABORT(Message(), Read(1, 1), Read(10, 0), AssertionFailed(kFunction, "readBytes == expectedSize"));
+    EXPECT_ABORT(Message(), Read(1, 1), Read(10, 0),
+                 AssertionFailed(kGetMessage, "readBytes == expectedSize"));
 }
 
 }  // namespace

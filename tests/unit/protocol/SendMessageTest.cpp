@@ -8,7 +8,7 @@
 
 namespace {
 
-const std::string kFunction = "void VelProtocolBase::SendMessage(TiXmlDocument&)";
+const std::string kSendMessage = "void VelProtocolBase::SendMessage(TiXmlDocument&)";
 const std::string kHeaderWritten = "writelen == static_cast<ssize_t>(headerLength)";
 const std::string kTextWritten = "writelen == static_cast<int>(msgSize)";
 
@@ -121,19 +121,19 @@ TEST_F(SendMessage, EndsTheProcessWhenThePrefixCannotBeWritten) {
     NextWriteFails(EPIPE);
     EXPECT_ABORT(Send("text"), Logged(64, "hdr[0]= 4"), WroteOnly("\x04", -1),
                  Logged(2, "SendMessage: msg: size= 4  errorno=Broken pipe"),
-                 AssertionFailed(kFunction, kHeaderWritten));
+                 AssertionFailed(kSendMessage, kHeaderWritten));
 }
 
 TEST_F(SendMessage, EndsTheProcessWhenNothingOfThePrefixIsTaken) {
     NextWriteTakes(0);
     EXPECT_ABORT(Send("text"), Logged(64, "hdr[0]= 4"), WroteOnly("\x04", 0),
-                 AssertionFailed(kFunction, kHeaderWritten));
+                 AssertionFailed(kSendMessage, kHeaderWritten));
 }
 
 TEST_F(SendMessage, EndsTheProcessWhenThePrefixIsCutShort) {
     NextWriteTakes(1);
     EXPECT_ABORT(Send(std::string(300, 'x')), Logged(64, "hdr[0]= ac"), Logged(64, "hdr[1]= 2"),
-                 WroteOnly("\xac\x02", 1), AssertionFailed(kFunction, kHeaderWritten));
+                 WroteOnly("\xac\x02", 1), AssertionFailed(kSendMessage, kHeaderWritten));
 }
 
 TEST_F(SendMessage, EndsTheProcessWhenTheTextCannotBeWritten) {
@@ -141,14 +141,14 @@ TEST_F(SendMessage, EndsTheProcessWhenTheTextCannotBeWritten) {
     NextWriteFails(ECONNRESET);
     EXPECT_ABORT(Send("text"), Logged(64, "hdr[0]= 4"), Wrote("\x04"), WroteOnly("text", -1),
                  Logged(2, "SendMessage: msg: size= 4  errorno=Connection reset by peer"),
-                 AssertionFailed(kFunction, kTextWritten));
+                 AssertionFailed(kSendMessage, kTextWritten));
 }
 
 TEST_F(SendMessage, EndsTheProcessWhenTheTextIsCutShort) {
     NextWriteSucceeds();
     NextWriteTakes(3);
     EXPECT_ABORT(Send("text"), Logged(64, "hdr[0]= 4"), Wrote("\x04"), WroteOnly("text", 3),
-                 AssertionFailed(kFunction, kTextWritten));
+                 AssertionFailed(kSendMessage, kTextWritten));
 }
 
 TEST_F(SendMessage, LogsNoSizeErrorWhenAWriteFails) {
@@ -157,7 +157,7 @@ TEST_F(SendMessage, LogsNoSizeErrorWhenAWriteFails) {
     NextWriteFails(EPIPE);
     EXPECT_ABORT(Send("text"), Logged(64, "hdr[0]= 6"), Wrote("\x06"), WroteOnly("text", -1),
                  Logged(2, "SendMessage: msg: size= 4  errorno=Broken pipe"),
-                 AssertionFailed(kFunction, kTextWritten));
+                 AssertionFailed(kSendMessage, kTextWritten));
 }
 
 TEST_F(SendMessage, EndsTheProcessJustTheSameWhateverIsLogged) {
@@ -167,12 +167,12 @@ TEST_F(SendMessage, EndsTheProcessJustTheSameWhateverIsLogged) {
         NextWriteFails(EPIPE);
         EXPECT_ABORT(Send("text"), Logged(64, "hdr[0]= 4"), WroteOnly("\x04", -1),
                      Logged(2, "SendMessage: msg: size= 4  errorno=Broken pipe"),
-                     AssertionFailed(kFunction, kHeaderWritten));
+                     AssertionFailed(kSendMessage, kHeaderWritten));
         NextWriteSucceeds();
         NextWriteFails(EPIPE);
         EXPECT_ABORT(Send("text"), Logged(64, "hdr[0]= 4"), Wrote("\x04"), WroteOnly("text", -1),
                      Logged(2, "SendMessage: msg: size= 4  errorno=Broken pipe"),
-                     AssertionFailed(kFunction, kTextWritten));
+                     AssertionFailed(kSendMessage, kTextWritten));
     }
 }
 

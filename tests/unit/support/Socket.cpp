@@ -13,7 +13,7 @@
 
 namespace {
 
-struct Result {
+struct WriteResult {
     long value;
     int error = 0;
 };
@@ -25,16 +25,16 @@ struct Piece {
 
 constexpr long kAll = -2;
 
-struct Script {
+struct Traffic {
     std::deque<Piece> pieces;
-    std::deque<Result> writes;
+    std::deque<WriteResult> writes;
     std::deque<int> commands;
     std::size_t failingSaves = 0;
 };
 
-Script& TheScript() {
-    static Script script;
-    return script;
+Traffic& TheTraffic() {
+    static Traffic traffic;
+    return traffic;
 }
 
 std::vector<Entry> SentAnnouncing(std::uint32_t announced, const std::string& text) {
@@ -59,20 +59,20 @@ void Feed(const std::string& text) {
 
 void FeedBytes(const std::string& bytes) {
     if (not bytes.empty()) {
-        TheScript().pieces.push_back({bytes});
+        TheTraffic().pieces.push_back({bytes});
     }
 }
 
 void FeedError(int error) {
-    TheScript().pieces.push_back({"", error});
+    TheTraffic().pieces.push_back({"", error});
 }
 
 void FeedEnd() {
-    TheScript().pieces.push_back({""});
+    TheTraffic().pieces.push_back({""});
 }
 
 void NextWriteTakes(long count) {
-    TheScript().writes.push_back({count});
+    TheTraffic().writes.push_back({count});
 }
 
 void NextWriteSucceeds() {
@@ -80,28 +80,28 @@ void NextWriteSucceeds() {
 }
 
 void NextWriteFails(int error) {
-    TheScript().writes.push_back({-1, error});
+    TheTraffic().writes.push_back({-1, error});
 }
 
 void NextSystemReturns(int status) {
-    TheScript().commands.push_back(status);
+    TheTraffic().commands.push_back(status);
 }
 
 void NextSaveFails() {
-    ++TheScript().failingSaves;
+    ++TheTraffic().failingSaves;
 }
 
 void ResetSocket() {
-    TheScript() = Script();
+    TheTraffic() = Traffic();
 }
 
 std::string UnusedScript() {
-    const Script& script = TheScript();
+    const Traffic& traffic = TheTraffic();
     std::string unused;
-    for (const Piece& piece : script.pieces) {
+    for (const Piece& piece : traffic.pieces) {
         unused += "to read: '" + Shown(piece.bytes) + "' error " + std::to_string(piece.error) + "\n";
     }
-    if (not script.writes.empty() or not script.commands.empty() or script.failingSaves not_eq 0) {
+    if (not traffic.writes.empty() or not traffic.commands.empty() or traffic.failingSaves not_eq 0) {
         unused += "results of writes, commands or saves\n";
     }
     return unused;
@@ -158,7 +158,7 @@ ssize_t __wrap_read(int descriptor, void* buffer, std::size_t size) {
     if (descriptor not_eq kSocket) {
         return __real_read(descriptor, buffer, size);
     }
-    std::deque<Piece>& pieces = TheScript().pieces;
+    std::deque<Piece>& pieces = TheTraffic().pieces;
     if (pieces.empty()) {
         AddToJournal("read " + std::to_string(size) + ": nothing was fed");
         throw std::logic_error("read with nothing fed");
@@ -185,8 +185,8 @@ ssize_t __wrap_write(int descriptor, const void* bytes, std::size_t size) {
     if (descriptor not_eq kSocket) {
         return __real_write(descriptor, bytes, size);
     }
-    std::deque<Result>& writes = TheScript().writes;
-    Result result = {kAll};
+    std::deque<WriteResult>& writes = TheTraffic().writes;
+    WriteResult result = {kAll};
     if (not writes.empty()) {
         result = writes.front();
         writes.pop_front();
@@ -213,7 +213,7 @@ unsigned int __wrap_sleep(unsigned int seconds) {
 
 int __wrap_system(const char* command) {
     AddToJournal(Ran(command).text);
-    std::deque<int>& commands = TheScript().commands;
+    std::deque<int>& commands = TheTraffic().commands;
     if (commands.empty()) {
         return 0;
     }
@@ -231,7 +231,7 @@ bool __wrap__ZNK13TiXmlDocument8SaveFileEPKc(const TiXmlDocument* document, cons
     fclose(file);
     AddToJournal(Saved(path, std::string(bytes, size)).text);
     free(bytes);
-    std::size_t& failing = TheScript().failingSaves;
+    std::size_t& failing = TheTraffic().failingSaves;
     if (failing == 0) {
         return true;
     }

@@ -7,7 +7,6 @@ const std::string kRequest =
     "<msg req=\"UPDATE_CONFIGURATION\" txt='&lt;FakeConfig info=&quot;This is a bogus config used for "
     "protocol "
     "1.0 testing&quot; /&gt;' />";
-const std::string kOk = "<msg req=\"OK\" />";
 const std::string kError = "<msg req=\"CONFIGURATION_UPDATE_ERROR\" />";
 
 class ConfigUpdate_1_0 : public Dialogue_1_0 {};

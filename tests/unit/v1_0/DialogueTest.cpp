@@ -2,7 +2,6 @@
 
 namespace {
 
-const std::string kOk = "<msg req=\"OK\" />";
 const std::string kGetXml = "<msg req=\"GET_XML\" />";
 
 class Export_1_0 : public Dialogue_1_0 {

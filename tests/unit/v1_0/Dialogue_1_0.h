@@ -12,6 +12,8 @@ class Dialogue_1_0 : public HarnessTest {
     using FileList = std::list<VelProtocolBase::FileEntry>;
     using EventList = std::list<std::string>;
 
+    static constexpr const char* kOk = "<msg req=\"OK\" />";
+
     VelProtocolBase::e_MsgReturn Handle(const std::string& text) {
         Feed(text);
         return protocol.HandleMessage();
