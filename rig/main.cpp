@@ -5,10 +5,10 @@
 #include <string>
 
 #include "rig/campaign/RunCommand.h"
+#include "rig/common/Printable.h"
 #include "rig/diff/DiffCommand.h"
 #include "rig/dvr/DvrCommand.h"
 #include "rig/dvr/Failure.h"
-#include "rig/dvr/Printable.h"
 #include "rig/judge/JudgeCommand.h"
 
 namespace {

@@ -1,22 +1,12 @@
 #include "rig/campaign/CampaignJson.h"
 
-#include <nlohmann/json.hpp>
+#include "rig/report/Json.h"
 
 namespace rig::campaign {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-constexpr int kIndent = 2;
-
-template <typename Value>
-Json Optional(const std::optional<Value>& value) {
-    return value ? Json(*value) : Json(nullptr);
-}
-
-std::string Print(const Json& json) {
-    return json.dump(kIndent, ' ', false, Json::error_handler_t::replace) + "\n";
-}
+using report::Json;
+using report::Optional;
 
 Json ToJson(const ProcessRecord& process) {
     return {{"command", process.command},
@@ -40,15 +30,6 @@ Json ToJson(const CaseTimes& times) {
 
 Json ToJson(const report::CheckResult& check) {
     return {{"id", check.id}, {"verdict", report::NameOf(check.verdict)}, {"found", check.found}};
-}
-
-Json ToJson(const report::Timing& timing) {
-    return {{"request", timing.request},
-            {"count", timing.count},
-            {"median", timing.median},
-            {"percentile95", timing.percentile95},
-            {"percentile99", timing.percentile99},
-            {"longest", timing.longest}};
 }
 
 Json ToJson(const Spread::Reaction& reaction) {
@@ -134,11 +115,11 @@ Json ToObject(const std::vector<std::pair<std::string, std::string>>& pairs) {
 
 Json OptionsOf(const CampaignRecord& campaign) {
     return {{"repeat", campaign.repeat},
-            {"patience", campaign.patience},
+            {"patience", campaign.patience.answer},
             {"maxReaction", Optional(campaign.maxReaction)},
-            {"connectTimeout", campaign.connectTimeout},
-            {"idleTimeout", campaign.idleTimeout},
-            {"caseTimeout", campaign.caseTimeout}};
+            {"connectTimeout", campaign.patience.connect},
+            {"idleTimeout", campaign.patience.idle},
+            {"caseTimeout", campaign.patience.whole}};
 }
 
 Json CoverageOf(const Coverage& coverage) {
@@ -152,31 +133,31 @@ Json CoverageOf(const Coverage& coverage) {
 
 std::string CampaignJson(const CampaignRecord& campaign) {
     const bool isOver = campaign.state != "running";
-    return Print({{"format", kFormat},
-                  {"state", campaign.state},
-                  {"outcome", isOver ? Json(NameOf(campaign.Whole())) : Json(nullptr)},
-                  {"status", isOver ? Json(ExitStatusOf(campaign.Whole())) : Json(nullptr)},
-                  {"counts", campaign.Counts()},
-                  {"begin", campaign.begin},
-                  {"end", Optional(campaign.end)},
-                  {"note", campaign.note},
-                  {"seed", campaign.seed},
-                  {"commandLine", campaign.commandLine},
-                  {"versions", ToObject(campaign.versions)},
-                  {"commands", ToObject(campaign.commands)},
-                  {"options", OptionsOf(campaign)},
-                  {"times", ToJson(campaign.Times())},
-                  {"cases", ToArray(campaign.cases)},
-                  {"spread", ToArray(campaign.Spreads())},
-                  {"knownUnseen", campaign.knownUnseen},
-                  {"coverage", CoverageOf(campaign.coverage)}});
+    return report::Print({{"format", kFormat},
+                          {"state", campaign.state},
+                          {"outcome", isOver ? Json(NameOf(campaign.Whole())) : Json(nullptr)},
+                          {"status", isOver ? Json(ExitStatusOf(campaign.Whole())) : Json(nullptr)},
+                          {"counts", campaign.Counts()},
+                          {"begin", campaign.begin},
+                          {"end", Optional(campaign.end)},
+                          {"note", campaign.note},
+                          {"seed", campaign.seed},
+                          {"commandLine", campaign.commandLine},
+                          {"versions", ToObject(campaign.versions)},
+                          {"commands", ToObject(campaign.commands)},
+                          {"options", OptionsOf(campaign)},
+                          {"times", ToJson(campaign.Times())},
+                          {"cases", ToArray(campaign.cases)},
+                          {"spread", ToArray(campaign.Spreads())},
+                          {"knownUnseen", campaign.knownUnseen},
+                          {"coverage", CoverageOf(campaign.coverage)}});
 }
 
 std::string CaseJson(const CaseRecord& record) {
     Json json = ToJson(record);
     Json whole = {{"format", kFormat}};
     whole.update(json);
-    return Print(whole);
+    return report::Print(whole);
 }
 
 }  // namespace rig::campaign

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "rig/common/Counted.h"
 #include "rig/report/HtmlPage.h"
 #include "rig/report/Words.h"
 
@@ -27,8 +28,7 @@ std::string Headline(const CampaignRecord& campaign) {
     const auto passed = static_cast<std::size_t>(
         std::count_if(campaign.cases.begin(), campaign.cases.end(),
                       [](const CaseRecord& record) { return record.outcome == Outcome::Pass; }));
-    const std::string part =
-        fmt::format("{} of {} passed", passed, report::Counted(campaign.cases.size(), "case"));
+    const std::string part = fmt::format("{} of {} passed", passed, Counted(campaign.cases.size(), "case"));
     switch (campaign.Whole()) {
         case Outcome::Pass:
             return "The DVR passed: " + part;

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 #include <pcap/pcap.h>
 
+#include <cerrno>
+#include <cstring>
 #include <stdexcept>
 
 #include "rig/campaign/Port.h"
@@ -68,10 +70,17 @@ int Capture::Number() const {
     return pcap_get_selectable_fd(handles_->device);
 }
 
-void Capture::Take() {
-    while (pcap_dispatch(handles_->device, -1, pcap_dump, reinterpret_cast<u_char*>(handles_->file)) > 0) {
+bool Capture::Take() {
+    int count = 0;
+    do {
+        count = pcap_dispatch(handles_->device, -1, pcap_dump, reinterpret_cast<u_char*>(handles_->file));
+    } while (count > 0);
+    if (count == 0 && pcap_dump_flush(handles_->file) != 0) {
+        error_ = std::strerror(errno);
+    } else if (count < 0) {
+        error_ = pcap_geterr(handles_->device);
     }
-    pcap_dump_flush(handles_->file);
+    return error_.empty();
 }
 
 }  // namespace rig::campaign

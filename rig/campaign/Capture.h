@@ -17,12 +17,16 @@ class Capture {
     /// @return a descriptor that poll finds readable when packets have come
     int Number() const;
 
-    /// Writes the packets that have come. Does not wait.
-    void Take();
+    /// Writes the packets that have come. Does not wait. @return whether the capture can go on
+    bool Take();
+
+    /// @return why it cannot
+    const std::string& Error() const { return error_; }
 
  private:
     struct Handles;
     std::unique_ptr<Handles> handles_;
+    std::string error_;
 };
 
 }  // namespace rig::campaign

@@ -34,9 +34,9 @@ void MakeFolder(const std::string& path) {
 
 }  // namespace
 
-GrowingFile::GrowingFile(std::string path) : path_(std::move(path)) {
-    descriptor_ =
-        Descriptor(open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, kReadableByAll));
+GrowingFile::GrowingFile(std::string path, bool goesOn) : path_(std::move(path)) {
+    const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | (goesOn ? 0 : O_TRUNC);
+    descriptor_ = Descriptor(open(path_.c_str(), flags, kReadableByAll));
     if (!descriptor_.IsOpen()) {
         Fail(path_, std::strerror(errno));
     }
@@ -49,12 +49,6 @@ void GrowingFile::Add(std::string_view bytes) {
             Fail(path_, std::strerror(errno));
         }
         bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-}
-
-void GrowingFile::Restart() {
-    if (ftruncate(descriptor_.Number(), 0) != 0) {
-        Fail(path_, std::strerror(errno));
     }
 }
 

@@ -4,20 +4,19 @@
 #include <string_view>
 #include <vector>
 
-#include "rig/dvr/Descriptor.h"
+#include "rig/common/Descriptor.h"
 
 namespace rig::campaign {
 
 /// A file of evidence that grows while the case runs.
 class GrowingFile {
  public:
-    explicit GrowingFile(std::string path);
+    /// Starts the file, or goes on with what is there. Throws std::runtime_error, which names the file and
+    /// the reason.
+    explicit GrowingFile(std::string path, bool goesOn = false);
 
     /// Appends. Throws std::runtime_error, which names the file and the reason.
     void Add(std::string_view bytes);
-
-    /// Empties the file.
-    void Restart();
 
     int Number() const { return descriptor_.Number(); }
 
@@ -37,6 +36,9 @@ class CaseFolder {
 
     /// Starts a file that grows.
     GrowingFile Grow(const std::string& file) const { return GrowingFile(PathOf(file)); }
+
+    /// Goes on with a file that grows, or starts it.
+    GrowingFile Append(const std::string& file) const { return GrowingFile(PathOf(file), true); }
 
     /// Writes a file whole or not at all.
     void Write(const std::string& file, const std::string& content) const;

@@ -16,12 +16,13 @@
 namespace rig::campaign {
 namespace {
 
-/// Signals as a fresh process has them: we ignore SIGPIPE and block those that we read.
+/// Signals as a fresh process has them: we ignore SIGPIPE and block those that we read. SIGHUP stays ignored
+/// where it was.
 void ResetSignals() {
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE, SIGCHLD}) {
+    for (const int signal : {SIGINT, SIGTERM, SIGPIPE, SIGCHLD}) {
         std::signal(signal, SIG_DFL);
     }
 }
@@ -45,8 +46,9 @@ bool IsProgram(const std::string& name) {
 /// @return what the shell is to run for the command
 std::string ScriptOf(const std::string& command) {
     const bool isPlain = command.find_first_of(";&|<>()`\n") == std::string::npos;
-    const std::string first = command.substr(0, command.find(' '));
-    const bool isCall = isPlain && first.find('=') == std::string::npos && IsProgram(first);
+    std::string first;
+    std::istringstream(command) >> first;
+    const bool isCall = isPlain && !first.empty() && first.find('=') == std::string::npos && IsProgram(first);
     return isCall ? "exec " + command : "trap : INT\n" + command;
 }
 
@@ -70,6 +72,11 @@ std::string ScriptOf(const std::string& command) {
     _exit(127);
 }
 
+[[noreturn]] void Fail(const std::string& command, int error) {
+    throw std::runtime_error(
+        fmt::format("expected to start a process for \"{}\", found: {}", command, std::strerror(error)));
+}
+
 Ending EndingOf(int status) {
     return WIFEXITED(status) ? Ending{WEXITSTATUS(status), {}} : Ending{{}, WTERMSIG(status)};
 }
@@ -87,19 +94,24 @@ Child::Child(const Launch& launch) {
     const pid_t parent = getpid();
     process_ = fork();
     if (process_ == -1) {
-        throw std::runtime_error(fmt::format("expected to start a process for \"{}\", found: {}",
-                                             launch.command, std::strerror(errno)));
+        Fail(launch.command, errno);
     }
     if (process_ == 0) {
         Become(launch, script, parent);
     }
     setpgid(process_, process_);  // here too, so that it is so before anyone sends a signal
     pidDescriptor_ = Descriptor(static_cast<int>(syscall(SYS_pidfd_open, process_, 0)));
+    if (!pidDescriptor_.IsOpen()) {
+        const int error = errno;
+        kill(-process_, SIGKILL);
+        Reap(0);
+        Fail(launch.command, error);
+    }
 }
 
 Child::~Child() {
-    if (!end_) {
-        kill(-process_, SIGKILL);
+    // What runs as another user (sudo) may not be killed, and may never end: it is not waited for.
+    if (!end_ && (kill(-process_, SIGKILL) == 0 || errno == ESRCH)) {
         Reap(0);
     }
 }

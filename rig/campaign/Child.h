@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "rig/dvr/Descriptor.h"
+#include "rig/common/Descriptor.h"
 
 namespace rig::campaign {
 
@@ -35,10 +35,10 @@ struct Launch {
 /// A command in a process group of its own, which reads nothing. A plain call of a program takes the place of
 /// the shell, so that signals and the end are the program's own; in anything else the shell waits for it also
 /// behind a SIGINT. What is left of the group is killed when the command has ended, and at the end of this
-/// object's life.
+/// object's life; but for what runs as another user, which is left alone.
 class Child {
  public:
-    /// Throws std::runtime_error when no process can be made.
+    /// Throws std::runtime_error when no process can be made, or none that can be waited for.
     explicit Child(const Launch& launch);
     ~Child();
     Child(const Child&) = delete;

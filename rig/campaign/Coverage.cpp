@@ -42,6 +42,13 @@ std::string KindOf(const std::string& rule) {
     return rule.substr(0, rule.find('.'));
 }
 
+/// A case may have several runs.
+void AddOnce(std::vector<std::string>& cases, const std::string& name) {
+    if (std::find(cases.begin(), cases.end(), name) == cases.end()) {
+        cases.push_back(name);
+    }
+}
+
 bool IsUsed(const Coverage::Use& use) {
     return !use.cases.empty();
 }
@@ -61,12 +68,12 @@ void Coverage::Add(const Case& plan, const report::RunResult& run, const std::ve
         const bool hasFired = std::any_of(item.checks.begin(), item.checks.end(),
                                           [&run](const std::string& id) { return Passed(run, id); });
         if (hasFired) {
-            fired_[std::string("-") + item.letter].push_back(plan.name);
+            AddOnce(fired_[std::string("-") + item.letter], plan.name);
         }
     }
     for (const report::CheckResult& check : run.checks) {
         if (IsDecided(check)) {
-            rules_[check.id].push_back(plan.name);
+            AddOnce(rules_[check.id], plan.name);
         }
     }
 }

@@ -6,9 +6,10 @@
 
 #include <iostream>
 
-#include "rig/dvr/Printable.h"
-#include "rig/dvr/ProgressBar.h"
+#include "rig/common/Counted.h"
+#include "rig/common/Printable.h"
 #include "rig/terminal/Colour.h"
+#include "rig/terminal/Columns.h"
 
 namespace rig::campaign {
 namespace {
@@ -16,14 +17,15 @@ namespace {
 constexpr std::chrono::seconds kNews(10);         // how often others than terminals hear of a phase again
 constexpr std::chrono::milliseconds kBlink(100);  // how often a terminal's line changes
 
-const char* ColourOf(Outcome outcome) {
+Colour ColourOf(Outcome outcome) {
     switch (ExitStatusOf(outcome)) {
         case 0:
-            return "\033[32m";
+            return Colour::Green;
         case 1:
-            return "\033[31m";
+        case 3:
+            return Colour::Red;
         default:
-            return "\033[33m";
+            return Colour::Yellow;
     }
 }
 
@@ -111,7 +113,7 @@ void Display::CaseEnds(const CaseRecord& record) {
     }
     const std::string name = fmt::format("{:<14}", NameOf(record.outcome));
     Print(fmt::format("{} {} {:6.1f} s", Head(record),
-                      hasColour_ ? ColourOf(record.outcome) + name + "\033[0m" : name,
+                      Coloured(name, hasColour_ ? ColourOf(record.outcome) : Colour::Plain),
                       record.times.duration));
     if (!record.reason.empty()) {
         Print("    " + Printable(record.reason));

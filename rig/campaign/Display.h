@@ -16,7 +16,8 @@ class Display {
     void Begin(const CampaignRecord& campaign, const std::string& folder);
     void CaseBegins(const CaseRecord& record, std::size_t number, std::size_t count);
 
-    /// Shows what the case is doing; a terminal gets it at once, others when `phase` is new or old news.
+    /// Shows what the case is doing; a terminal gets it at once, others when there is a `detail` and the
+    /// phase is new, and every 10 s from then on.
     void Show(const std::string& phase, const std::string& detail);
 
     /// Something that must not be missed: a line of its own on standard error.

@@ -1,9 +1,9 @@
 #include "rig/campaign/DvrMessages.h"
 
 #include <algorithm>
-#include <charconv>
 #include <pugixml.hpp>
 
+#include "rig/judge/Numbers.h"
 #include "rig/judge/Signs.h"
 
 namespace rig::campaign {
@@ -30,21 +30,15 @@ void DvrMessages::Add(const LogLine& line) {
     const judge::Sign sign = judge::SignOf(line.text);
     const std::string_view detail = judge::Behind(sign, line.text);
     if (sign == judge::Sign::Expecting) {
-        expected_ = 0;
-        std::from_chars(detail.data(), detail.data() + detail.size(), expected_);
-        text_.clear();
-    } else if (sign == judge::Sign::Incoming && detail.find(':') != std::string_view::npos) {
-        text_ += Unescaped(detail.substr(detail.find(':') + 1));
-        if (text_.size() >= expected_) {
-            Give();
-        }
+        incoming_.Expect(judge::NumberIn(detail), line.time);
+    } else if (sign == judge::Sign::Incoming && incoming_.Add(detail) && incoming_.IsWhole()) {
+        Give();
     }
 }
 
 void DvrMessages::Give() {
     pugi::xml_document document;
-    const pugi::xml_parse_result parsed = document.load_string(text_.c_str());
-    text_.clear();
+    const pugi::xml_parse_result parsed = document.load_string(incoming_.Text().c_str());
     const pugi::xml_node root = document.child("msg");
     if (!parsed || !root) {
         return;

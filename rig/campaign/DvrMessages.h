@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cstddef>
 #include <functional>
 #include <string>
 #include <vector>
 
+#include "rig/judge/Incoming.h"
 #include "rig/log/LogLine.h"
 
 namespace rig::campaign {
@@ -28,8 +28,7 @@ class DvrMessages {
     void Give();
 
     Take take_;
-    std::size_t expected_ = 0;
-    std::string text_;
+    judge::Incoming incoming_;
 };
 
 }  // namespace rig::campaign

@@ -17,7 +17,7 @@ constexpr double kPortPatience = 150;  // seconds: the system holds a port for a
 constexpr double kSettle = 2;          // seconds that the DVR has to close behind the end
 constexpr double kReady = 0.5;         // seconds from the first line of a harness elsewhere until it listens
 constexpr double kStop = 5;            // seconds that a command has to end when it is told to
-constexpr int kPortTaken = 99;
+constexpr double kPortPause = 3;       // seconds until a harness elsewhere tries its port again
 
 double Since(Clock::time_point begin) {
     return std::chrono::duration<double>(Clock::now() - begin).count();
@@ -37,9 +37,7 @@ Export::Export(const Rig& rig, const CaseFolder& folder, CaseRecord& record, Int
     : rig_(rig), folder_(folder), record_(record), interrupts_(interrupts), display_(display) {}
 
 Export::~Export() {
-    if (capture_ != nullptr) {
-        capture_->Take();
-    }
+    TakePackets();
 }
 
 report::Result Export::Run() {
@@ -98,6 +96,7 @@ void Export::StartHarness() {
     record_.harness.stoppedBy.clear();
     facts_ = {};
     dvr_.reset();
+    record_.dvr.reset();
     firstLine_.reset();
     isReady_ = false;
     watch_.emplace(record_.plan, rig_.patience, Clock::now());
@@ -117,9 +116,12 @@ bool Export::MayStartAgain() {
     }
     const Clock::time_point begin = Clock::now();
     display_.Show("waiting for port 5001, ", "which the harness found taken");
-    Until(rig_.patience.answer, [this] { return interrupts_.Came(); });
+    const bool isInterrupted = Until(kPortPause, [this] { return interrupts_.Came(); });
     record_.times.waited += Since(begin);
-    return !interrupts_.Came();
+    if (isInterrupted) {
+        TakeInterrupt();
+    }
+    return !isInterrupted;
 }
 
 /// @return whether a DVR can connect: the kernel knows, or, where the harness runs elsewhere, the log has
@@ -149,6 +151,11 @@ void Export::LookAtDvr() {
     }
 }
 
+void Export::TakeInterrupt() {
+    facts_.end = End::Interrupted;
+    facts_.words = fmt::format("by signal {}", interrupts_.Which());
+}
+
 /// Watches until there is nothing more to see.
 void Export::Follow() {
     while (facts_.end == End::None) {
@@ -160,8 +167,7 @@ void Export::Follow() {
         const bool hasEnded = harness_->Command().End().has_value();
         facts_.end = watch_->Look(Clock::now(), facts_.words);
         if (interrupts_.Came()) {
-            facts_.end = End::Interrupted;
-            facts_.words = fmt::format("by signal {}", interrupts_.Which());
+            TakeInterrupt();
         } else if (hasEnded && facts_.end != End::Done) {
             facts_.end = End::HarnessEnded;
         }
@@ -257,16 +263,14 @@ bool Export::Until(double seconds, Fact fact, int tick) {
     return true;
 }
 
-/// Waits for something to come, not longer than that, and takes all that has.
+/// Waits for something to come, not longer than that, and takes the next piece of it.
 void Export::Turn(int milliseconds) {
     std::vector<pollfd> waited;
     const auto add = [&waited](int descriptor) { waited.push_back({descriptor, POLLIN, 0}); };
-    const bool isRunning = harness_ != nullptr && !harness_->Command().End();
     if (harness_ != nullptr) {
         for (const int descriptor : harness_->Descriptors()) {
             add(descriptor);
         }
-        waited.back().fd = isRunning ? waited.back().fd : -1;
     }
     add(capture_ == nullptr ? -1 : capture_->Number());
     add(interrupts_.Came() ? -1 : interrupts_.Number());
@@ -274,8 +278,14 @@ void Export::Turn(int milliseconds) {
     if (harness_ != nullptr) {
         harness_->Read();
     }
-    if (capture_ != nullptr) {
-        capture_->Take();
+    TakePackets();
+}
+
+/// A capture that breaks off is no reason to go without the rest of the evidence.
+void Export::TakePackets() {
+    if (capture_ != nullptr && !capture_->Take()) {
+        display_.Warn(record_.id + ": the capture broke off: " + capture_->Error());
+        capture_.reset();
     }
 }
 

@@ -50,11 +50,13 @@ class Export {
     bool IsReady();
     void StartDvr();
     void LookAtDvr();
+    void TakeInterrupt();
     void Follow();
     void ShowProgress();
     void Settle();
     void StopHarness();
     void StopDvr();
+    void TakePackets();
     void TakeEnd(Clock::time_point begin);
     template <typename Fact>
     bool Until(double seconds, Fact fact, int tick = kTick);

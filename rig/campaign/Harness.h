@@ -9,10 +9,10 @@
 #include "rig/campaign/CaseFolder.h"
 #include "rig/campaign/Child.h"
 #include "rig/campaign/DvrMessages.h"
-#include "rig/campaign/LineCutter.h"
 #include "rig/campaign/LogSource.h"
 #include "rig/campaign/LogTimes.h"
 #include "rig/judge/Judge.h"
+#include "rig/log/LineCutter.h"
 
 namespace rig::campaign {
 
@@ -28,11 +28,11 @@ class Harness {
     Harness(const std::string& command, const std::string& log, const CaseFolder& folder,
             const judge::Limits& limits, TakeStatement take);
 
-    /// Takes what has come. Does not wait. @return whether anything had
-    bool Read();
+    /// Takes the next piece of what has come on each. Does not wait.
+    void Read();
 
     /// @return what poll is to wait for; -1 among them for nothing
-    std::vector<int> Descriptors() const;
+    std::vector<int> Descriptors();
 
     Child& Command() { return *command_; }
 
@@ -45,8 +45,8 @@ class Harness {
     const std::string& LastError() const { return lastError_; }
 
  private:
-    void TakeLine(std::uint64_t number, std::string_view line);
-    void TakeError(std::uint64_t number, std::string_view line);
+    bool TakeLine(std::uint64_t number, std::string_view line);
+    bool TakeError(std::uint64_t number, std::string_view line);
     bool ReadLog();
     bool ReadErrors();
 

@@ -1,19 +1,15 @@
 #include "rig/campaign/Hooks.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
 #include <poll.h>
 
 #include <chrono>
 #include <filesystem>
-#include <stdexcept>
 
 namespace rig::campaign {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-constexpr mode_t kReadableByAll = 0644;
 
 }  // namespace
 
@@ -69,11 +65,7 @@ std::string Hooks::Run(const std::string& hook, const std::string& command) {
 
 /// @return how it ended; nothing where it took too long or we were interrupted
 std::optional<Ending> Hooks::RunWithin(const std::string& command) const {
-    const Descriptor output(
-        open(folder_.PathOf("hooks.log").c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kReadableByAll));
-    if (!output.IsOpen()) {
-        throw std::runtime_error(folder_.PathOf("hooks.log") + ": expected to write evidence there");
-    }
+    const GrowingFile output = folder_.Append("hooks.log");
     Launch launch{command, output.Number(), output.Number()};
     launch.environment = {
         "VELLORAN_CASE=" + name_,

@@ -3,18 +3,40 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <initializer_list>
+#include <stdexcept>
+#include <string>
 
 namespace rig::campaign {
+namespace {
+
+/// A signal that is ignored would come all the same once it is blocked.
+bool IsIgnored(int signal) {
+    struct sigaction action = {};
+    return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+}  // namespace
 
 Interrupts::Interrupts() {
     sigset_t signals;
     sigemptyset(&signals);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        sigaddset(&signals, signal);
+        // A shell ignores SIGINT for what it starts in the background, where it is sent on purpose.
+        if (signal != SIGHUP || !IsIgnored(signal)) {
+            sigaddset(&signals, signal);
+        }
     }
     sigprocmask(SIG_BLOCK, &signals, &before_);
     descriptor_ = Descriptor(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+    if (!descriptor_.IsOpen()) {
+        const int error = errno;
+        sigprocmask(SIG_SETMASK, &before_, nullptr);
+        throw std::runtime_error(std::string("expected a descriptor for signals, found: ") +
+                                 std::strerror(error));
+    }
 }
 
 Interrupts::~Interrupts() {

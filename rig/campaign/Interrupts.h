@@ -2,13 +2,15 @@
 
 #include <csignal>
 
-#include "rig/dvr/Descriptor.h"
+#include "rig/common/Descriptor.h"
 
 namespace rig::campaign {
 
-/// SIGINT, SIGTERM and SIGHUP, to be read instead of suffered while this object lives.
+/// SIGINT, SIGTERM and SIGHUP, to be read instead of suffered while this object lives; but SIGHUP where it
+/// was ignored, as under nohup, so that a campaign survives the logout.
 class Interrupts {
  public:
+    /// Throws std::runtime_error where the system has no descriptor for signals.
     Interrupts();
     ~Interrupts();
     Interrupts(const Interrupts&) = delete;

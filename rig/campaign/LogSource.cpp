@@ -61,6 +61,9 @@ void LogSource::OpenNew() {
                         held.st_ino == named.st_ino && held.st_dev == named.st_dev;
     if (!isSame) {
         descriptor_ = Descriptor(open(path_.c_str(), O_RDONLY | O_CLOEXEC));
+        if (!descriptor_.IsOpen() && errno != ENOENT) {
+            Fail(path_);
+        }
     } else if (lseek(descriptor_.Number(), 0, SEEK_CUR) > named.st_size) {
         lseek(descriptor_.Number(), 0, SEEK_SET);
     }

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "rig/dvr/Descriptor.h"
+#include "rig/common/Descriptor.h"
 
 namespace rig::campaign {
 

@@ -1,9 +1,8 @@
 #include "rig/campaign/LogTimes.h"
 
 #include <algorithm>
-#include <charconv>
-#include <string_view>
 
+#include "rig/judge/Numbers.h"
 #include "rig/judge/Signs.h"
 
 namespace rig::campaign {
@@ -12,12 +11,6 @@ namespace {
 constexpr std::int64_t kPauseAfterRead = kSecond / 4;
 constexpr std::int64_t kPauseAheadOfClosing = kSecond;
 
-std::int64_t NumberIn(std::string_view text) {
-    std::int64_t number = 0;
-    std::from_chars(text.data(), text.data() + text.size(), number);
-    return number;
-}
-
 }  // namespace
 
 void LogTimes::Add(const LogLine& line) {
@@ -25,9 +18,10 @@ void LogTimes::Add(const LogLine& line) {
     const std::int64_t gap = line.time && last_ ? *line.time - *last_ : 0;
     last_ = line.time ? line.time : last_;
     if (sign == judge::Sign::SleepSwitch) {
-        sleep_ = NumberIn(judge::Behind(sign, line.text)) * kSecond;
+        const std::int64_t seconds = judge::NumberIn(judge::Behind(sign, line.text));
+        sleep_ = std::clamp<std::int64_t>(seconds, 0, INT32_MAX) * kSecond;
     } else if (sign == judge::Sign::FilesLeft) {
-        sleepsNext_ = NumberIn(judge::Behind(sign, line.text)) > 1;
+        sleepsNext_ = judge::NumberIn(judge::Behind(sign, line.text)) > 1;
     } else if (sign == judge::Sign::Expecting) {
         Count(gap, sleepsNext_ ? sleep_ : 0);
         sleepsNext_ = false;

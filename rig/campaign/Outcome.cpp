@@ -11,7 +11,6 @@ namespace {
 using report::Verdict;
 
 constexpr int kInterruptedHarness = 44;
-constexpr int kPortTaken = 99;
 
 Outcome OutcomeOf(Verdict verdict) {
     switch (verdict) {
@@ -104,9 +103,9 @@ Decision TimedOut(const CaseFacts& facts) {
 }  // namespace
 
 const char* NameOf(Outcome outcome) {
-    static constexpr const char* kNames[] = {"NOT RUN",     "RUNNING",      "PASS",        "KNOWN FAILURE",
-                                             "NOT REACHED", "INCONCLUSIVE", "ENVIRONMENT", "TIMEOUT",
-                                             "FAIL",        "INTERRUPTED"};
+    static constexpr const char* kNames[] = {"PASS",    "KNOWN FAILURE", "NOT REACHED", "NOT RUN",
+                                             "RUNNING", "INCONCLUSIVE",  "ENVIRONMENT", "TIMEOUT",
+                                             "FAIL",    "INTERRUPTED"};
     return kNames[static_cast<std::size_t>(outcome)];
 }
 
@@ -171,16 +170,6 @@ int ExitStatusOf(Outcome outcome) {
         default:
             return 2;
     }
-}
-
-Outcome Worse(Outcome one, Outcome other) {
-    // As the judge ranks its verdicts; a case that did not run tells as little as an inconclusive one.
-    static constexpr Outcome kRanks[] = {Outcome::Pass,        Outcome::KnownFailure, Outcome::NotReached,
-                                         Outcome::NotRun,      Outcome::Running,      Outcome::Inconclusive,
-                                         Outcome::Environment, Outcome::Timeout,      Outcome::Fail,
-                                         Outcome::Interrupted};
-    const auto* const first = std::find(std::begin(kRanks), std::end(kRanks), one);
-    return first < std::find(std::begin(kRanks), std::end(kRanks), other) ? other : one;
 }
 
 }  // namespace rig::campaign

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <optional>
 #include <string>
 
@@ -8,13 +9,14 @@
 
 namespace rig::campaign {
 
-/// How a case came out: what the judge says, or why there is nothing that it could say.
+/// How a case came out: what the judge says, or why there is nothing that it could say. From the best to the
+/// worst, as the judge ranks its verdicts; a case that did not run tells as little as an inconclusive one.
 enum class Outcome {
-    NotRun,
-    Running,
     Pass,
     KnownFailure,
     NotReached,
+    NotRun,
+    Running,
     Inconclusive,
     Environment,
     Timeout,
@@ -53,6 +55,9 @@ struct CaseFacts {
     std::string errors;                       // the last line of the harness's standard error
 };
 
+/// The harness's exit status where it cannot bind its port.
+constexpr int kPortTaken = 99;
+
 struct Decision {
     Outcome outcome = Outcome::NotRun;
     std::string reason;  // one line
@@ -71,6 +76,8 @@ report::CheckResult CheckOf(const Decision& decision, const std::optional<report
 int ExitStatusOf(Outcome outcome);
 
 /// @return of two outcomes the one that decides for both
-Outcome Worse(Outcome one, Outcome other);
+inline Outcome Worse(Outcome one, Outcome other) {
+    return std::max(one, other);
+}
 
 }  // namespace rig::campaign

@@ -10,6 +10,7 @@
 #include "rig/campaign/Child.h"
 #include "rig/campaign/Coverage.h"
 #include "rig/campaign/Outcome.h"
+#include "rig/campaign/Patience.h"
 #include "rig/report/Result.h"
 
 namespace rig::campaign {
@@ -84,10 +85,7 @@ struct CampaignRecord {
     std::string note;
     std::uint32_t seed = 0;
     int repeat = 1;
-    double patience = 3;
-    double connectTimeout = 60;
-    double idleTimeout = 30;
-    double caseTimeout = 600;
+    Patience patience;
     std::optional<double> maxReaction;
     std::int64_t begin = 0;
     std::optional<std::int64_t> end;

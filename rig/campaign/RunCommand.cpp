@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "rig/campaign/Start.h"
-#include "rig/dvr/NumberOption.h"
+#include "rig/common/NumberOption.h"
 
 namespace rig {
 namespace {
@@ -98,6 +98,11 @@ void AddEvidenceOptions(CLI::App& run, RunOptions& options) {
     run.add_flag("--capture", options.capture, "Capture the packets of port 5001 for each case");
 }
 
+int Complain(const std::string& text) {
+    std::cerr << "velloran-rig run: " << text << std::endl;
+    return kUsage;
+}
+
 }  // namespace
 
 void AddRunCommand(CLI::App& app, int& status) {
@@ -114,14 +119,13 @@ void AddRunCommand(CLI::App& app, int& status) {
 
 int RunCampaign(const RunOptions& options) {
     if (options.listCases) {
-        std::cout << campaign::ListCases();
-        return 0;
+        std::cout << campaign::ListCases() << std::flush;
+        return std::cout ? 0 : Complain("expected standard output to take the list, found that it did not");
     }
     try {
         return campaign::ExitStatusOf(campaign::Start(options));
     } catch (const std::exception& error) {
-        std::cerr << "velloran-rig run: " << error.what() << std::endl;
-        return kUsage;
+        return Complain(error.what());
     }
 }
 

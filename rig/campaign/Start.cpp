@@ -119,10 +119,7 @@ CampaignRecord RecordOf(const RunOptions& options, const Rig& rig) {
     record.note = options.note;
     record.seed = rig.seed;
     record.repeat = options.repeat;
-    record.patience = options.patience.answer;
-    record.connectTimeout = options.patience.connect;
-    record.idleTimeout = options.patience.idle;
-    record.caseTimeout = options.patience.whole;
+    record.patience = options.patience;
     record.maxReaction = options.maxReaction;
     record.cases = PlannedCases(options);
     return record;

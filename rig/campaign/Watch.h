@@ -7,6 +7,7 @@
 
 #include "rig/campaign/Cases.h"
 #include "rig/campaign/Outcome.h"
+#include "rig/campaign/Patience.h"
 #include "rig/log/LogLine.h"
 
 namespace rig::campaign {
@@ -16,18 +17,10 @@ using Clock = std::chrono::steady_clock;
 /// No log of a run is longer, in bytes, unless the harness repeats itself for ever.
 constexpr std::uint64_t kLargestLog = std::uint64_t{16} << 20;
 
-/// How long to wait for what. Seconds.
-struct Patience {
-    double connect = 60;  // for the DVR's connection
-    double idle = 30;     // for the next line of the log
-    double whole = 600;   // for the end of the case
-    double answer = 3;    // for the answer to a request, as the judge counts it
-};
-
 /// Decides from the log's lines and the clock when there is nothing more to watch in a run.
 class Watch {
  public:
-    /// @param now  when the harness was ready
+    /// @param now  when the harness is started; the time-outs run from here
     Watch(Case plan, const Patience& patience, Clock::time_point now)
         : plan_(std::move(plan)), patience_(patience), begin_(now), lastLine_(now) {}
 

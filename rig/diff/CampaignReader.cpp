@@ -9,8 +9,8 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "rig/common/Printable.h"
 #include "rig/diff/Severity.h"
-#include "rig/dvr/Printable.h"
 #include "rig/log/LogReader.h"
 
 namespace rig::diff {

@@ -6,6 +6,7 @@
 #include <optional>
 #include <set>
 
+#include "rig/common/Counted.h"
 #include "rig/diff/Dialogues.h"
 #include "rig/diff/Reactions.h"
 #include "rig/diff/Severity.h"
@@ -185,10 +186,8 @@ std::size_t Comparison::Count(Change change) const {
 }
 
 std::string Comparison::Words() const {
-    const std::size_t worse = Count(Change::Worse);
-    return fmt::format("{} {} worse, {} better, {} changed, {} the same", worse,
-                       worse == 1 ? "case" : "cases", Count(Change::Better), Count(Change::Changed),
-                       Count(Change::Same));
+    return fmt::format("{} worse, {} better, {} changed, {} the same", Counted(Count(Change::Worse), "case"),
+                       Count(Change::Better), Count(Change::Changed), Count(Change::Same));
 }
 
 Comparison Compare(const Campaign& before, const Campaign& after) {

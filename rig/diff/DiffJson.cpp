@@ -1,13 +1,11 @@
 #include "rig/diff/DiffJson.h"
 
-#include <nlohmann/json.hpp>
+#include "rig/report/Json.h"
 
 namespace rig::diff {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-constexpr int kIndent = 2;
+using report::Json;
 
 Json ToJson(const Campaign& campaign) {
     return {{"folder", campaign.folder},
@@ -50,7 +48,7 @@ std::string DiffJson(const Comparison& comparison) {
                        {"surroundings", ToJson(comparison.surroundings)},
                        {"counts", std::move(counts)},
                        {"cases", std::move(cases)}};
-    return json.dump(kIndent, ' ', false, Json::error_handler_t::replace) + "\n";
+    return report::Print(json);
 }
 
 }  // namespace rig::diff

@@ -4,8 +4,9 @@
 
 #include <iterator>
 
-#include "rig/dvr/Printable.h"
+#include "rig/common/Printable.h"
 #include "rig/report/Words.h"
+#include "rig/terminal/Colour.h"
 
 namespace rig::diff {
 namespace {
@@ -18,10 +19,9 @@ void Print(Text& text, fmt::format_string<Arguments...> format, Arguments&&... a
 }
 
 std::string Shown(Change change, int width, bool colour) {
-    static constexpr const char* kColours[] = {"", "\x1b[33m", "\x1b[32m", "\x1b[31m"};
+    static constexpr Colour kColours[] = {Colour::Plain, Colour::Yellow, Colour::Green, Colour::Red};
     const std::string name = fmt::format("{:<{}}", NameOf(change), width);
-    const char* const start = kColours[static_cast<std::size_t>(change)];
-    return colour && *start != '\0' ? start + name + "\x1b[0m" : name;
+    return Coloured(name, colour ? kColours[static_cast<std::size_t>(change)] : Colour::Plain);
 }
 
 void PrintDifference(Text& text, const Difference& difference, bool colour) {

@@ -6,9 +6,10 @@
 
 namespace rig::diff {
 
-/// All verdicts and outcomes, from the best to the worst: of several runs the worst counts.
+/// All verdicts and outcomes, from the best to the worst: of several runs the worst counts. As a campaign
+/// ranks them, but for INTERRUPTED, which tells nothing of the DVR and must not hide that another run failed.
 constexpr std::array<std::string_view, 10> kVerdicts = {
-    "PASS",         "KNOWN FAILURE", "NOT RUN",     "RUNNING", "NOT REACHED",
+    "PASS",         "KNOWN FAILURE", "NOT REACHED", "NOT RUN", "RUNNING",
     "INCONCLUSIVE", "INTERRUPTED",   "ENVIRONMENT", "TIMEOUT", "FAIL"};
 
 /// @return the place in that order; behind all where the name is none of them

@@ -12,8 +12,8 @@
 #include <cstring>
 #include <system_error>
 
+#include "rig/common/Printable.h"
 #include "rig/dvr/Failure.h"
-#include "rig/dvr/Printable.h"
 
 namespace rig {
 namespace {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "rig/dvr/Descriptor.h"
+#include "rig/common/Descriptor.h"
 #include "rig/dvr/Frame.h"
 
 struct addrinfo;

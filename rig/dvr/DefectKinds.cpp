@@ -1,9 +1,9 @@
 #include <algorithm>
 
+#include "rig/common/Printable.h"
 #include "rig/dvr/Defect.h"
 #include "rig/dvr/DefectChanges.h"
 #include "rig/dvr/Failure.h"
-#include "rig/dvr/Printable.h"
 
 namespace rig {
 namespace {

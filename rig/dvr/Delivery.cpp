@@ -2,8 +2,8 @@
 
 #include <system_error>
 
+#include "rig/common/Printable.h"
 #include "rig/dvr/Failure.h"
-#include "rig/dvr/Printable.h"
 
 namespace rig {
 namespace {

@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "rig/common/Counted.h"
+#include "rig/common/Printable.h"
 #include "rig/dvr/Failure.h"
-#include "rig/dvr/Printable.h"
 
 namespace rig {
 

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
+#include "rig/common/Counted.h"
+#include "rig/common/Printable.h"
 #include "rig/dvr/Failure.h"
-#include "rig/dvr/Printable.h"
 
 namespace rig {
 

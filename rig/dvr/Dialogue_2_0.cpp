@@ -1,7 +1,7 @@
 #include "rig/dvr/Dialogue_2_0.h"
 
+#include "rig/common/Printable.h"
 #include "rig/dvr/Failure.h"
-#include "rig/dvr/Printable.h"
 
 namespace rig {
 namespace {

@@ -7,6 +7,9 @@
 #include <memory>
 #include <random>
 
+#include "rig/common/Counted.h"
+#include "rig/common/NumberOption.h"
+#include "rig/common/Printable.h"
 #include "rig/dvr/Connection.h"
 #include "rig/dvr/Delivery.h"
 #include "rig/dvr/Dialogue_1_0.h"
@@ -14,8 +17,6 @@
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/FolderRecordings.h"
 #include "rig/dvr/Injector.h"
-#include "rig/dvr/NumberOption.h"
-#include "rig/dvr/Printable.h"
 #include "rig/dvr/ReplayCommand.h"
 #include "rig/dvr/Seconds.h"
 #include "rig/dvr/Session.h"
@@ -137,12 +138,7 @@ bool PlayOnce(const DvrOptions& options, const Recordings& recordings, const End
     return session.Reconnects();
 }
 
-/// Connects and plays; throws Failure for every end but the good one.
-void Play(const DvrOptions& options) {
-    if (options.replay) {
-        Transcript transcript(std::cout, WantsColour());
-        return PlayReplay(options, transcript);
-    }
+void PlayRecordings(const DvrOptions& options) {
     const std::unique_ptr<Recordings> recordings = OpenRecordings(options);
     const std::uint32_t seed = options.seed.value_or(std::random_device()());
     Injector injector = NewInjector(options, *recordings, seed);
@@ -161,6 +157,16 @@ void Play(const DvrOptions& options) {
     }
     if (!injector.Idle().empty()) {
         transcript.Note("had nothing to act on: " + injector.Idle());
+    }
+}
+
+/// Connects and plays; throws Failure for every end but the good one.
+void Play(const DvrOptions& options) {
+    if (options.replay) {
+        Transcript transcript(std::cout, WantsColour());
+        PlayReplay(options, transcript);
+    } else {
+        PlayRecordings(options);
     }
     if (!std::cout) {
         throw Failure(ExitStatus::UsageError,

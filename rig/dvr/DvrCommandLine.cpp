@@ -5,10 +5,10 @@
 #include <memory>
 #include <string>
 
+#include "rig/common/NumberOption.h"
 #include "rig/dvr/ChoiceOption.h"
 #include "rig/dvr/Defect.h"
 #include "rig/dvr/DvrCommand.h"
-#include "rig/dvr/NumberOption.h"
 #include "rig/dvr/ReplayCommand.h"
 
 namespace rig {

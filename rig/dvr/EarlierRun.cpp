@@ -7,8 +7,8 @@
 #include <istream>
 #include <map>
 
+#include "rig/common/Printable.h"
 #include "rig/dvr/Failure.h"
-#include "rig/dvr/Printable.h"
 #include "rig/dvr/RunBuilder.h"
 
 namespace rig {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "rig/log/StartsWith.h"
+#include "rig/common/Affix.h"
 
 namespace rig {
 namespace {

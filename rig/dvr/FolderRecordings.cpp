@@ -6,8 +6,8 @@
 #include <fstream>
 #include <memory>
 
+#include "rig/common/Printable.h"
 #include "rig/dvr/Failure.h"
-#include "rig/dvr/Printable.h"
 
 namespace rig {
 namespace {

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "rig/common/Printable.h"
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/Frame.h"
-#include "rig/dvr/Printable.h"
 
 namespace rig {
 namespace {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "rig/common/Printable.h"
 #include "rig/dvr/Failure.h"
-#include "rig/dvr/Printable.h"
 
 namespace rig {
 namespace {

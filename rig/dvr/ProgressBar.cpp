@@ -1,18 +1,14 @@
 #include "rig/dvr/ProgressBar.h"
 
-#include <sys/ioctl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <iomanip>
 #include <sstream>
 
-#include "rig/dvr/Printable.h"
+#include "rig/common/Printable.h"
 
 namespace rig {
 namespace {
 
-constexpr std::size_t kUsualColumns = 80;
 constexpr std::size_t kBarColumns = 20;
 
 /// @return " 48 %  1.2 of 2.5 MB"
@@ -47,12 +43,6 @@ std::string Shortened(const std::string& text, std::size_t bytes) {
 }
 
 }  // namespace
-
-std::size_t TerminalColumns() {
-    winsize size{};
-    const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-    return known ? size.ws_col : kUsualColumns;
-}
 
 std::string ProgressBar(const std::string& name, std::uint64_t done, std::uint64_t total,
                         std::size_t columns) {

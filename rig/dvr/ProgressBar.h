@@ -6,9 +6,6 @@
 
 namespace rig {
 
-/// @return how wide the terminal at standard output is, in columns; 80 where it does not say
-std::size_t TerminalColumns();
-
 /// @return a bar for people, on one line and not wider than `columns`:
 ///
 ///     front-1.ts [=========>          ]  48 %  1.2 of 2.5 MB

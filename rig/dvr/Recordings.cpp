@@ -3,17 +3,13 @@
 #include <algorithm>
 #include <map>
 
+#include "rig/common/Affix.h"
 #include "rig/dvr/Message.h"
 
 namespace rig {
 namespace {
 
 constexpr std::size_t kPieceBytes = std::size_t{64} * 1024;
-
-bool EndsWith(const std::string& text, const std::string& end) {
-    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
 }  // namespace
 
 Event Event::FromFiles(const std::string& id, const std::vector<std::string>& files) {

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <vector>
 
+#include "rig/common/Printable.h"
 #include "rig/dvr/Evidence.h"
 #include "rig/dvr/Message.h"
-#include "rig/dvr/Printable.h"
 
 namespace rig {
 namespace {

@@ -2,10 +2,10 @@
 
 #include <CLI/CLI.hpp>
 
+#include "rig/common/Printable.h"
 #include "rig/dvr/ChoiceOption.h"
 #include "rig/dvr/EarlierRun.h"
 #include "rig/dvr/Failure.h"
-#include "rig/dvr/Printable.h"
 #include "rig/dvr/Replay.h"
 #include "rig/dvr/Seconds.h"
 #include "rig/dvr/Transcript.h"

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <charconv>
 
+#include "rig/common/Affix.h"
+#include "rig/common/Printable.h"
 #include "rig/dvr/Evidence.h"
 #include "rig/dvr/Frame.h"
-#include "rig/dvr/Printable.h"
-#include "rig/log/StartsWith.h"
 
 namespace rig {
 namespace {

@@ -3,19 +3,15 @@
 #include <algorithm>
 #include <charconv>
 
+#include "rig/common/Affix.h"
+#include "rig/common/Printable.h"
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/Message.h"
-#include "rig/dvr/Printable.h"
-#include "rig/log/StartsWith.h"
 
 namespace rig {
 namespace {
 
 constexpr long long kSliceBytes = 800;
-
-bool EndsWith(const std::string& text, const std::string& end) {
-    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
 
 bool IsSwitch(const std::string& text) {
     return StartsWith(text, "closeEarly set to ") || StartsWith(text, "doneDuration set to ") ||

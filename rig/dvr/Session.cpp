@@ -1,7 +1,8 @@
 #include "rig/dvr/Session.h"
 
+#include "rig/common/Counted.h"
+#include "rig/common/Printable.h"
 #include "rig/dvr/Failure.h"
-#include "rig/dvr/Printable.h"
 
 namespace rig {
 

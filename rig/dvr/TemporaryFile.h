@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <string>
 
-#include "rig/dvr/Descriptor.h"
+#include "rig/common/Descriptor.h"
 
 namespace rig {
 

@@ -3,18 +3,14 @@
 #include <iomanip>
 #include <sstream>
 
-#include "rig/dvr/Printable.h"
+#include "rig/common/Printable.h"
 #include "rig/dvr/ProgressBar.h"
+#include "rig/terminal/Columns.h"
 
 namespace rig {
 namespace {
 
 constexpr std::size_t kValueBytes = 100;
-constexpr const char* kSentColour = "\033[36m";      // cyan
-constexpr const char* kDefectColour = "\033[31m";    // red
-constexpr const char* kReceivedColour = "\033[33m";  // yellow
-constexpr const char* kNoteColour = "\033[1m";       // bold
-constexpr const char* kPlain = "\033[0m";
 constexpr const char* kEraseLine = "\r\033[K";
 
 bool GoesWithoutSaying(const Message& message, const pugi::xml_attribute& attribute) {
@@ -51,16 +47,16 @@ void Transcript::Sent(const Message& message, const std::vector<std::string>& de
     for (const std::string& defect : defects) {
         marks += (marks.empty() ? "  [" : ", ") + defect;
     }
-    Print(marks.empty() ? kSentColour : kDefectColour,
+    Print(marks.empty() ? Colour::Cyan : Colour::Red,
           "-> " + Summarize(message) + (marks.empty() ? "" : marks + "]"));
 }
 
 void Transcript::Received(const Message& message) {
-    Print(kReceivedColour, "<- " + Summarize(message));
+    Print(Colour::Yellow, "<- " + Summarize(message));
 }
 
 void Transcript::Note(const std::string& text) {
-    Print(kNoteColour, Printable(text));
+    Print(Colour::Bold, Printable(text));
 }
 
 void Transcript::Progress(const std::string& file, std::uint64_t done, std::uint64_t length) {
@@ -78,12 +74,12 @@ void Transcript::EraseProgress() {
     }
 }
 
-void Transcript::Print(const char* colour, const std::string& text) {
+void Transcript::Print(Colour colour, const std::string& text) {
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start_;
     EraseProgress();
     std::ostringstream line;
     line << std::fixed << std::setprecision(3) << std::setw(9) << elapsed.count() << " ";
-    line << (terminal_ ? colour : "") << text << (terminal_ ? kPlain : "") << "\n";
+    line << Coloured(text, terminal_ ? colour : Colour::Plain) << "\n";
     out_ << line.str() << std::flush;
 }
 

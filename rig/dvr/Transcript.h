@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "rig/dvr/Message.h"
+#include "rig/terminal/Colour.h"
 
 namespace rig {
 
@@ -37,7 +38,7 @@ class Transcript {
 
  private:
     void EraseProgress();
-    void Print(const char* colour, const std::string& text);
+    void Print(Colour colour, const std::string& text);
 
     std::ostream& out_;
     bool terminal_;

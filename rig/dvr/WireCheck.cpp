@@ -4,9 +4,10 @@
 #include <pugixml.hpp>
 #include <vector>
 
+#include "rig/common/Counted.h"
+#include "rig/common/Printable.h"
 #include "rig/dvr/DocumentEnd.h"
 #include "rig/dvr/Failure.h"
-#include "rig/dvr/Printable.h"
 #include "rig/dvr/Skeleton.h"
 
 namespace rig {

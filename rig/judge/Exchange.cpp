@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "rig/common/Printable.h"
 #include "rig/judge/Protocol.h"
 
 namespace rig::judge {
@@ -19,7 +20,7 @@ bool IsExact(const Request& request, const Arrival& message) {
 }
 
 std::string FileIn(const Arrival& message) {
-    return message.reid.value_or("") + "/" + message.file.value_or("");
+    return Printable(message.reid.value_or("")) + "/" + Printable(message.file.value_or(""));
 }
 
 }  // namespace
@@ -39,7 +40,7 @@ void Exchange::Send(Request request, const Place& place) {
     if (request.pause > 0) {
         run_.Of(Fault::Pause).fired.Add(place);
     }
-    pausedFor_ =
+    pausedUntil_ =
         request.pause > 0 && request.time ? std::optional(*request.time + request.pause) : std::nullopt;
     if (!request.expects.empty()) {
         run_.pending.push_back(std::move(request));
@@ -50,7 +51,7 @@ void Exchange::Send(Request request, const Place& place) {
 }
 
 void Exchange::WasBusyUntil(std::optional<std::int64_t> time) {
-    free_ = pausedFor_ && time ? std::max(*pausedFor_, *time) : time;
+    free_ = pausedUntil_ && time ? std::max(*pausedUntil_, *time) : time;
 }
 
 void Exchange::Take(const Arrival& message, const std::string& event, const Place& place) {
@@ -73,7 +74,7 @@ void Exchange::Take(const Arrival& message, const std::string& event, const Plac
         }
     }
     last_ = message;
-    pausedFor_.reset();
+    pausedUntil_.reset();
 }
 
 void Exchange::TakeOk(const Arrival& message, const Place& place) {
@@ -112,7 +113,7 @@ bool Exchange::Answers(const Arrival& message, const std::string& event, const P
         // The refusal of a file with a damaged identifier may name the true event as well.
         const bool isTrue = answered_->fault == Fault::FileEvent && event == message.reid.value_or("");
         if (message.reid && *message.reid != answered_->reid && !isTrue && !message.isRepeated) {
-            run_.otherReid.Add(place, *message.reid + " instead of " + answered_->reid);
+            run_.otherReid.Add(place, Printable(*message.reid) + " instead of " + Printable(answered_->reid));
         }
     }
     if (message.isRepeated && !isExact_) {

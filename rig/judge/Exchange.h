@@ -48,8 +48,8 @@ class Exchange {
     bool isExact_ = false;             // which is about just what the request asked for
     std::string completed_;            // the file completed last, in words
     std::optional<std::int64_t> doneTime_;
-    std::optional<std::int64_t> free_;       // when the harness began to wait for a message
-    std::optional<std::int64_t> pausedFor_;  // when the last request went out behind which it pauses
+    std::optional<std::int64_t> free_;         // when the harness began to wait for a message
+    std::optional<std::int64_t> pausedUntil_;  // by the pause behind the last request
 };
 
 }  // namespace rig::judge

@@ -5,6 +5,7 @@
 #include <iostream>
 #include <memory>
 
+#include "rig/common/NumberOption.h"
 #include "rig/judge/Judge.h"
 #include "rig/judge/KnownFailures.h"
 #include "rig/log/LogReader.h"
@@ -21,6 +22,8 @@ namespace {
 
 constexpr int kUsage = 64;
 constexpr int kNoLog = 66;
+constexpr const char* kNoOutput = "expected standard output to take the report, found that it did not";
+constexpr double kLongest = 86'400;  // seconds
 
 constexpr const char* kExitStatuses =
     "Exit status: 0 every check passed; 1 a check failed; 2 the log cannot tell; 3 the harness or the rig "
@@ -103,9 +106,11 @@ void AddJudgeCommand(CLI::App& app, int& status) {
     judge
         ->add_option("--patience", options->patience,
                      "How long the harness must have waited for an answer before it counts as missing")
+        ->transform(Between(0.0, kLongest))
         ->type_name("SECONDS")
         ->capture_default_str();
     judge->add_option("--max-reaction", options->maxReaction, "Fail when an answer took longer")
+        ->transform(Between(0.0, kLongest * 1000))
         ->type_name("MS");
     judge
         ->add_option("--known", options->known,
@@ -136,8 +141,11 @@ int RunJudge(const JudgeOptions& options) {
                             options.logs.front() + ": expected a log of the harness, found no line of one");
         }
         printer.End();
-        std::cout << std::flush;
+        std::cout.flush();
         WriteReports(options, result);
+        if (!std::cout) {
+            return Complain(kUsage, kNoOutput);
+        }
         return report::ExitStatusOf(printer.Worst());
     } catch (const Unreadable& log) {
         return Complain(kNoLog, log.what());

@@ -21,7 +21,7 @@ bool IsCheck(const std::string& id) {
 
 /// @return the reason without what stands in parentheses at its end
 std::string_view Stable(std::string_view reason) {
-    const std::size_t parenthesis = reason.rfind(" (");
+    const std::size_t parenthesis = reason.find(" (");  // a later one may be of a name
     return !reason.empty() && reason.back() == ')' ? reason.substr(0, parenthesis) : reason;
 }
 

@@ -2,18 +2,12 @@
 
 #include <pugixml.hpp>
 
+#include "rig/common/Affix.h"
 #include "rig/judge/Numbers.h"
 #include "rig/judge/Protocol.h"
 #include "rig/log/LogLine.h"
 
 namespace rig::judge {
-namespace {
-
-bool EndsWith(std::string_view text, std::string_view end) {
-    return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
-}
-
-}  // namespace
 
 void NextRequest::Forget() {
     last_.clear();

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "rig/common/Printable.h"
+
 namespace rig::judge {
 namespace {
 
@@ -23,7 +25,7 @@ constexpr std::array kFlags = {Flag{Sign::EventSwitch, " -e"},     Flag{Sign::Fi
 }  // namespace
 
 report::Evidence Place::Proof() const {
-    return {file, line, std::string(text.substr(0, kEvidenceText))};
+    return {file, line, WithoutControls(text.substr(0, kEvidenceText))};
 }
 
 void Tally::Add(const Place& place, const std::string& note) {
@@ -47,7 +49,7 @@ bool Tally::Counts(const std::string& note) {
 }
 
 std::string Request::Words() const {
-    return name + (reid.empty() ? "" : " " + reid) + (file.empty() ? "" : "/" + file);
+    return name + (reid.empty() ? "" : " " + Printable(reid)) + (file.empty() ? "" : "/" + Printable(file));
 }
 
 void ReactionTimes::Add(std::int64_t microseconds, const Place& place) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <pugixml.hpp>
 
+#include "rig/common/Printable.h"
 #include "rig/judge/Numbers.h"
 #include "rig/judge/Protocol.h"
 
@@ -27,8 +28,9 @@ std::optional<std::string> ValueOf(const pugi::xml_node& message, const char* na
 }
 
 std::string Described(const Arrival& message) {
-    const std::string name = message.name.empty() ? "(no req)" : message.name;
-    return name + (message.reid ? " " + *message.reid : "") + (message.file ? " " + *message.file : "");
+    const std::string name = message.name.empty() ? "(no req)" : Printable(message.name);
+    return name + (message.reid ? " " + Printable(*message.reid) : "") +
+           (message.file ? " " + Printable(*message.file) : "");
 }
 
 }  // namespace
@@ -53,26 +55,7 @@ bool RunModel::IsOver() const {
 }
 
 void RunModel::Add(const LogLine& line, Sign sign, const Place& place) {
-    if (sign == Sign::Expecting) {
-        exchange_.WasBusyUntil(now_);  // when it said something last
-    }
-    now_ = line.time;
-    run_.last = sign;
-    run_.hasFractions = run_.hasFractions || (now_ && *now_ % kSecond != 0);
-    if (!run_.beginTime) {
-        run_.beginTime = line.time;
-    }
-    if (line.time) {
-        run_.endTime = line.time;
-    }
-    if (IsSwitch(sign) || sign == Sign::Connected || sign == Sign::BindFailed ||
-        sign == Sign::NoSignalHandler || sign == Sign::ShuttingDown) {
-        run_.hasStart = run_.hasStart || !run_.Saw(Sign::Expecting);
-    }
-    run_.signs[static_cast<std::size_t>(sign)].Add(place);
-    if (keep_.log) {
-        run_.log.push_back({place.line, line.time, line.level, std::string(line.text)});
-    }
+    Note(line, sign, place);
     switch (sign) {
         case Sign::Expecting:
             ExpectMessage(line, place);
@@ -96,6 +79,30 @@ void RunModel::Add(const LogLine& line, Sign sign, const Place& place) {
             TakeNumber(sign, line.text);
             TakeHandling(sign, line.text, place);
             break;
+    }
+}
+
+/// What every statement tells, whatever it is a sign of.
+void RunModel::Note(const LogLine& line, Sign sign, const Place& place) {
+    if (sign == Sign::Expecting) {
+        exchange_.WasBusyUntil(now_);  // when it said something last
+    }
+    now_ = line.time;
+    run_.last = sign;
+    run_.hasFractions = run_.hasFractions || (now_ && *now_ % kSecond != 0);
+    if (!run_.beginTime) {
+        run_.beginTime = line.time;
+    }
+    if (line.time) {
+        run_.endTime = line.time;
+    }
+    if (IsSwitch(sign) || sign == Sign::Connected || sign == Sign::BindFailed ||
+        sign == Sign::NoSignalHandler || sign == Sign::ShuttingDown) {
+        run_.hasStart = run_.hasStart || !run_.Saw(Sign::Expecting);
+    }
+    run_.signs[static_cast<std::size_t>(sign)].Add(place);
+    if (keep_.log) {
+        run_.log.push_back({place.line, line.time, line.level, std::string(line.text)});
     }
 }
 
@@ -197,7 +204,7 @@ void RunModel::Send(const Place& place) {
 
 void RunModel::AddStep(Step::Kind kind, std::string_view text, const Place& place) {
     if (keep_.steps) {
-        run_.steps.push_back({kind, now_, std::string(text), place.line});
+        run_.steps.push_back({kind, now_, WithoutControls(text), place.line});
     }
 }
 

@@ -47,6 +47,7 @@ class RunModel {
     const Run& Facts() const { return run_; }
 
  private:
+    void Note(const LogLine& line, Sign sign, const Place& place);
     void TakeNumber(Sign sign, std::string_view text);
     void ExpectMessage(const LogLine& line, const Place& place);
     void TakeSlice(std::string_view text, const Place& place);

@@ -3,7 +3,7 @@
 #include <array>
 #include <vector>
 
-#include "rig/log/StartsWith.h"
+#include "rig/common/Affix.h"
 
 namespace rig::judge {
 namespace {

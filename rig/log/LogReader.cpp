@@ -4,7 +4,6 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -60,53 +59,12 @@ class Input {
     int descriptor_;
 };
 
-/// Cuts chunks into lines.
-class Lines {
- public:
-    explicit Lines(const TakeLine& take) : take_(take) {}
-
-    /// @return whether to go on
-    bool Add(std::string_view chunk) {
-        std::size_t newline = 0;
-        while ((newline = chunk.find('\n')) != std::string_view::npos) {
-            const std::string_view rest = chunk.substr(0, newline);
-            chunk.remove_prefix(newline + 1);
-            if (!(rest_.empty() ? take_(++number_, rest.substr(0, kLongestLine)) : TakeWith(rest))) {
-                return false;
-            }
-        }
-        Keep(chunk);
-        return true;
-    }
-
-    void End() {
-        if (!rest_.empty()) {
-            TakeWith({});
-        }
-    }
-
- private:
-    void Keep(std::string_view part) {
-        rest_.append(part.substr(0, std::min(part.size(), kLongestLine - rest_.size())));
-    }
-    bool TakeWith(std::string_view part) {
-        Keep(part);
-        const bool more = take_(++number_, rest_);
-        rest_.clear();
-        return more;
-    }
-
-    const TakeLine& take_;
-    std::string rest_;
-    std::uint64_t number_ = 0;
-};
-
 }  // namespace
 
 void ReadLog(const std::string& name, const TakeLine& take) {
     const Input input(name);
     std::vector<char> chunk(kChunk);
-    Lines lines(take);
+    LineCutter lines(take);
     while (const std::size_t count = input.Read(chunk)) {
         if (!lines.Add({chunk.data(), count})) {
             return;
@@ -121,7 +79,7 @@ void FollowLog(const std::string& name, const TakeLine& take) {
     sigaction(SIGINT, &action, nullptr);
     const Input input(name);
     std::vector<char> chunk(kChunk);
-    Lines lines(take);
+    LineCutter lines(take);
     while (interrupted == 0) {
         const std::size_t count = input.Read(chunk);
         if (count > 0) {

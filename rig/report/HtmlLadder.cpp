@@ -4,8 +4,9 @@
 
 #include <algorithm>
 
-#include "rig/report/Excerpt.h"
+#include "rig/common/Counted.h"
 #include "rig/report/HtmlPage.h"
+#include "rig/report/KeptOf.h"
 #include "rig/report/ValidText.h"
 #include "rig/report/Words.h"
 
@@ -133,8 +134,8 @@ void AddPiece(pugi::xml_node ladder, const RunResult& run, const LogPlaces& plac
 }  // namespace
 
 void AddLadder(pugi::xml_node section, const RunResult& run, const LogPlaces& places, std::size_t limit) {
-    const auto kept = Excerpt(run.steps.size(), limit,
-                              [&run](std::size_t step) { return run.steps[step].kind == Step::Kind::Fault; });
+    const auto kept = KeptOf(run.steps.size(), limit,
+                             [&run](std::size_t step) { return run.steps[step].kind == Step::Kind::Fault; });
     Add(section, "p", "Seconds since the run began; each step is linked to its line of the log.", "hint");
     if (kept.size() < run.steps.size()) {
         Add(section, "p",

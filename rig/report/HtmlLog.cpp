@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <set>
 
+#include "rig/common/Counted.h"
 #include "rig/report/HtmlPage.h"
 #include "rig/report/Words.h"
 

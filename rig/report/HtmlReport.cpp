@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <map>
 
+#include "rig/common/Counted.h"
 #include "rig/report/HtmlChecks.h"
 #include "rig/report/HtmlLadder.h"
 #include "rig/report/HtmlLog.h"

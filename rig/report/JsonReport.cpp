@@ -1,17 +1,9 @@
 #include "rig/report/JsonReport.h"
 
-#include <nlohmann/json.hpp>
+#include "rig/report/Json.h"
 
 namespace rig::report {
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-constexpr int kIndent = 2;
-
-Json ToJson(const std::optional<std::int64_t>& time) {
-    return time ? Json(*time) : Json(nullptr);
-}
 
 Json ToJson(const CheckResult& check) {
     Json evidence = Json::array();
@@ -26,19 +18,10 @@ Json ToJson(const CheckResult& check) {
             {"evidence", std::move(evidence)}};
 }
 
-Json ToJson(const Timing& timing) {
-    return {{"request", timing.request},
-            {"count", timing.count},
-            {"median", timing.median},
-            {"percentile95", timing.percentile95},
-            {"percentile99", timing.percentile99},
-            {"longest", timing.longest}};
-}
-
 Json ToJson(const Step& step) {
     static constexpr const char* kKinds[] = {"dvr", "harness", "fault", "note"};
     return {{"kind", kKinds[static_cast<std::size_t>(step.kind)]},
-            {"time", ToJson(step.time)},
+            {"time", Optional(step.time)},
             {"text", step.text},
             {"line", step.line}};
 }
@@ -58,8 +41,8 @@ Json ToJson(const RunResult& run) {
     return {{"name", run.name},
             {"switches", run.switches},
             {"verdict", NameOf(WorstOf(run))},
-            {"begin", ToJson(run.begin)},
-            {"end", ToJson(run.end)},
+            {"begin", Optional(run.begin)},
+            {"end", Optional(run.end)},
             {"checks", ToArray(run.checks)},
             {"timings", ToArray(run.timings)},
             {"steps", ToArray(run.steps)}};
@@ -69,7 +52,7 @@ Json ToJson(const RunResult& run) {
 
 std::string JsonReport(const Result& result) {
     const Json json = {{"verdict", NameOf(WorstOf(result))}, {"runs", ToArray(result.runs)}};
-    return json.dump(kIndent, ' ', false, Json::error_handler_t::replace) + "\n";
+    return Print(json);
 }
 
 }  // namespace rig::report

@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "rig/report/Excerpt.h"
 #include "rig/report/HtmlLog.h"
+#include "rig/report/KeptOf.h"
 
 namespace rig::report {
 
@@ -20,7 +20,7 @@ LogPlaces::LogPlaces(const RunResult& run, std::string prefix, std::size_t limit
             }
         }
     }
-    kept_ = Excerpt(run.log.size(), limit, [this](std::size_t entry) { return proofs_.count(entry) > 0; });
+    kept_ = KeptOf(run.log.size(), limit, [this](std::size_t entry) { return proofs_.count(entry) > 0; });
 }
 
 std::string LogPlaces::AnchorOf(std::size_t entry) const {

@@ -7,6 +7,9 @@
 #include <ostream>
 #include <sstream>
 
+#include "rig/common/Counted.h"
+#include "rig/terminal/Colour.h"
+
 namespace rig::report {
 namespace {
 
@@ -19,21 +22,21 @@ void Print(Text& text, fmt::format_string<Arguments...> format, Arguments&&... a
     fmt::format_to(std::back_inserter(text), format, std::forward<Arguments>(arguments)...);
 }
 
-const char* ColourOf(Verdict verdict) {
+Colour ColourOf(Verdict verdict) {
     switch (verdict) {
         case Verdict::Pass:
-            return "\x1b[32m";
+            return Colour::Green;
         case Verdict::Fail:
         case Verdict::Environment:
-            return "\x1b[31m";
+            return Colour::Red;
         default:
-            return "\x1b[33m";
+            return Colour::Yellow;
     }
 }
 
 std::string Shown(Verdict verdict, int width, bool colour) {
     const std::string name = fmt::format("{:<{}}", NameOf(verdict), width);
-    return colour ? ColourOf(verdict) + name + "\x1b[0m" : name;
+    return Coloured(name, colour ? ColourOf(verdict) : Colour::Plain);
 }
 
 void PrintCheck(Text& text, const CheckResult& check, bool colour) {
@@ -145,10 +148,10 @@ void RunPrinter::End() {
         checks += count;
     }
     out_ << fmt::format(
-        "{}: {} {}, {} checks, {} passed, {} failed, {} inconclusive, {} not reached, {} environment\n",
-        Shown(worst_, 0, colour_), rows_.size(), rows_.size() == 1 ? "run" : "runs", checks,
+        "{}: {}, {}, {} passed, {} failed, {} inconclusive, {} not reached, {} environment, {} known\n",
+        Shown(worst_, 0, colour_), Counted(rows_.size(), "run"), Counted(checks, "check"),
         counts_[Verdict::Pass], counts_[Verdict::Fail], counts_[Verdict::Inconclusive],
-        counts_[Verdict::NotReached], counts_[Verdict::Environment]);
+        counts_[Verdict::NotReached], counts_[Verdict::Environment], counts_[Verdict::KnownFailure]);
 }
 
 std::string TextReport(const Result& result, bool colour) {

@@ -10,10 +10,6 @@ constexpr std::int64_t kMicroseconds = 1'000'000;  // in a second
 
 }  // namespace
 
-std::string Counted(std::size_t count, const std::string& thing) {
-    return fmt::format("{} {}{}", count, thing, count == 1 ? "" : "s");
-}
-
 std::string SecondsSince(const std::optional<std::int64_t>& begin, const std::optional<std::int64_t>& time) {
     return begin && time ? fmt::format("{:.3f}", static_cast<double>(*time - *begin) / kMicroseconds) : "";
 }

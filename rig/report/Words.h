@@ -6,9 +6,6 @@
 
 namespace rig::report {
 
-/// @return "1 check", "2 checks"
-std::string Counted(std::size_t count, const std::string& thing);
-
 /// @return the seconds between two times in microseconds, "0.255"; nothing where one is not known
 std::string SecondsSince(const std::optional<std::int64_t>& begin, const std::optional<std::int64_t>& time);
 

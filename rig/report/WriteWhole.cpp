@@ -11,10 +11,10 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "rig/common/Descriptor.h"
+
 namespace rig::report {
 namespace {
-
-constexpr mode_t kReadableByAll = 0644;
 
 [[noreturn]] void Fail(const std::string& path, int error) {
     throw std::runtime_error(path + ": expected to write a file, found: " + std::strerror(error));
@@ -31,19 +31,37 @@ bool WriteAll(int descriptor, const std::string& content) {
     return true;
 }
 
-/// @return 0, or the error; closes the descriptor
-int Fill(int descriptor, const std::string& content, bool isFile) {
-    const bool isFilled = WriteAll(descriptor, content) &&
-                          (!isFile || (fchmod(descriptor, kReadableByAll) == 0 && fsync(descriptor) == 0));
-    const int error = isFilled ? 0 : errno;
-    return close(descriptor) == 0 || error != 0 ? error : errno;
+/// @return our standard output or error where the path leads to the same file; -1 otherwise
+int OwnOutputAt(const std::string& path) {
+    struct stat named = {};
+    if (stat(path.c_str(), &named) != 0) {
+        return -1;
+    }
+    for (const int number : {STDOUT_FILENO, STDERR_FILENO}) {
+        struct stat own = {};
+        if (fstat(number, &own) == 0 && own.st_dev == named.st_dev && own.st_ino == named.st_ino) {
+            return number;
+        }
+    }
+    return -1;
+}
+
+/// @return of what is to be replaced, or as open() would give it
+mode_t ModeOf(const std::string& path) {
+    struct stat old = {};
+    if (stat(path.c_str(), &old) == 0) {
+        return old.st_mode & 0777;
+    }
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666 & ~mask;
 }
 
 void WriteInto(const std::string& path, const std::string& content) {
-    const int descriptor = open(path.c_str(), O_WRONLY | O_CLOEXEC);
-    const int error = descriptor == -1 ? errno : Fill(descriptor, content, false);
-    if (error != 0) {
-        Fail(path, error);
+    const int own = OwnOutputAt(path);
+    const Descriptor opened(own == -1 ? open(path.c_str(), O_WRONLY | O_CLOEXEC) : -1);
+    if (!WriteAll(own == -1 ? opened.Number() : own, content)) {
+        Fail(path, errno);
     }
 }
 
@@ -53,7 +71,12 @@ void Replace(const std::string& path, const std::string& content) {
     if (descriptor == -1) {
         Fail(path, errno);
     }
-    int error = Fill(descriptor, content, true);
+    const bool isFilled =
+        WriteAll(descriptor, content) && fchmod(descriptor, ModeOf(path)) == 0 && fsync(descriptor) == 0;
+    int error = isFilled ? 0 : errno;
+    if (close(descriptor) != 0 && error == 0) {
+        error = errno;
+    }
     if (error == 0 && std::rename(temporary.c_str(), path.c_str()) != 0) {
         error = errno;
     }
@@ -68,12 +91,13 @@ void Replace(const std::string& path, const std::string& content) {
 void WriteWhole(const std::string& path, const std::string& content) {
     std::error_code unknown;
     const auto kind = std::filesystem::status(path, unknown).type();
-    if (kind == std::filesystem::file_type::regular) {
-        Replace(std::filesystem::canonical(path), content);
-    } else if (std::filesystem::exists(path, unknown) && kind != std::filesystem::file_type::directory) {
+    const bool isFile = kind == std::filesystem::file_type::regular;
+    const bool isOther =
+        std::filesystem::exists(path, unknown) && !isFile && kind != std::filesystem::file_type::directory;
+    if (isOther || OwnOutputAt(path) != -1) {
         WriteInto(path, content);
     } else {
-        Replace(path, content);
+        Replace(isFile ? std::filesystem::canonical(path).string() : path, content);
     }
 }
 

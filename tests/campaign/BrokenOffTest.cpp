@@ -96,6 +96,18 @@ TEST_F(BrokenOffTest, InAHook) {
     EXPECT_EQ(AllIsWhole(), 3);
 }
 
+TEST_F(BrokenOffTest, NotByTheHangupThatItWasStartedToIgnore) {
+    ProgramSurroundings surroundings;
+    surroundings.prepare = [] { signal(SIGHUP, SIG_IGN); };
+    surroundings.started = [this](pid_t process) {
+        EXPECT_TRUE(Until([this] { return HasLogged("config-2.0", "got an OK"); }));
+        kill(process, SIGHUP);
+    };
+    const ProgramResult result =
+        RunCampaign({"--bare", "--cases", "config-2.0", "--dvr", Dvr()}, surroundings);
+    EXPECT_EQ(result.status, 0) << result.output;
+}
+
 /// Killed where nothing can be written any more, at a random moment of an export.
 class KilledTest : public BrokenOffTest, public testing::WithParamInterface<unsigned int> {};
 

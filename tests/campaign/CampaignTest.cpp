@@ -50,9 +50,8 @@ TEST_F(CampaignTest, RunsTheFirstDialectToo) {
 }
 
 TEST_F(CampaignTest, EndsSilenceAfterAWrongPrefixByPatience) {
-    const Json one = RunCase("size-2.0", {"--dvr", Dvr(), "--patience", "0.5"});
-    EXPECT_EQ(one["outcome"], "PASS") << one["reason"];
-    EXPECT_LT(one["times"]["duration"], 3) << "the DVR itself would wait for five seconds";
+    const Json one = RunCase("size-2.0", {"--dvr", Dvr("--frame-timeout 3600"), "--patience", "0.5"});
+    EXPECT_EQ(one["outcome"], "PASS") << one["reason"] << ": the DVR itself would wait for an hour";
 }
 
 TEST_F(CampaignTest, FindsWhatADvrDoesWrong) {

@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iostream>
 #include <set>
 
 #include "rig/campaign/Cases.h"
+#include "rig/campaign/RunCommand.h"
 #include "rig/judge/Checks.h"
 
 namespace rig::campaign {
@@ -105,6 +107,18 @@ TEST(Cases, KnowTheirSwitches) {
     for (const char letter : {'1', 'z', 'e'}) {
         EXPECT_FALSE(Has(plan, letter)) << letter;
     }
+}
+
+TEST(RunCommand, SaysThatItsListWasLost) {
+    RunOptions options;
+    options.listCases = true;
+    testing::internal::CaptureStderr();
+    std::streambuf* const buffer = std::cout.rdbuf(nullptr);
+    const int status = RunCampaign(options);
+    std::cout.rdbuf(buffer);
+    EXPECT_EQ(status, 64);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "velloran-rig run: expected standard output to take the list, found that it did not\n");
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 
 #include "rig/campaign/Child.h"
 
@@ -65,8 +66,17 @@ TEST(Child, RunsWhateverAShellTakes) {
     EXPECT_EQ(RunIt("echo 'one  two'").output, "one  two\n");
     EXPECT_EQ(RunIt("cd / && pwd").output, "/\n");
     EXPECT_EQ(RunIt("A=1 printenv A").output, "1\n");
+    EXPECT_EQ(RunIt(" cd /usr && pwd").output, "/usr\n");
+    EXPECT_TRUE(RunIt("\tcd /usr").end.IsStatus(0)) << "cd is no program";
     EXPECT_EQ(RunIt("echo out; echo err >&2").output, "out\nerr\n");
     EXPECT_EQ(RunIt("printenv VELLORAN_CASE", {"VELLORAN_CASE=x y"}).output, "x y\n");
+}
+
+TEST(Child, StaysDeafToTheHangupThatWeIgnore) {
+    const auto before = std::signal(SIGHUP, SIG_IGN);
+    EXPECT_TRUE(RunIt("sh -c 'kill -HUP $$'").end.IsStatus(0));
+    std::signal(SIGHUP, before);
+    EXPECT_TRUE(RunIt("sh -c 'kill -HUP $$'").end.IsSignal(SIGHUP));
 }
 
 TEST(Child, HasNoInputAndDefaultSignals) {

@@ -79,6 +79,20 @@ TEST(Coverage, NamesTheCasesOfSwitchesAndRules) {
         << "EVENT_LIST itself did not come";
 }
 
+TEST(Coverage, NamesACaseOfSeveralRunsOnce) {
+    Coverage coverage;
+    report::RunResult run;
+    run.checks = {{"xfer.fired", "", Verdict::Pass, "", "", {}}};
+    coverage.Add({"x", 2, "-p 2 -x", ""}, run, {});
+    coverage.Add({"x", 2, "-p 2 -x", ""}, run, {});
+    for (const Coverage::Use& use : coverage.Switches()) {
+        EXPECT_LE(use.cases.size(), 1U) << use.name;
+    }
+    for (const Coverage::Use& use : coverage.Rules()) {
+        EXPECT_LE(use.cases.size(), 1U) << use.name;
+    }
+}
+
 TEST(Coverage, AsksForNothingOfADialectThatDidNotRun) {
     Coverage coverage;
     EXPECT_EQ(coverage.Text(), "");

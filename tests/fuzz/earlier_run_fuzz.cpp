@@ -7,10 +7,10 @@
 #include "Choices.h"
 #include "Demand.h"
 #include "Messages.h"
+#include "rig/common/Printable.h"
 #include "rig/dvr/EarlierRun.h"
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/Frame.h"
-#include "rig/dvr/Printable.h"
 
 namespace {
 

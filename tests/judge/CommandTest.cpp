@@ -4,11 +4,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <CLI/CLI.hpp>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <optional>
 
 #include "Judging.h"
@@ -57,6 +59,28 @@ TEST(JudgeCommand, NeedsAListOfKnownFailuresThatCanBeRead) {
     JudgeOptions options;
     options.known = "/nowhere/known";
     EXPECT_EQ(Judge({"clean-2.0"}, options), 64);
+}
+
+TEST(JudgeCommand, TakesNoLimitThatIsNone) {
+    for (const std::string option :
+         {"--patience nan", "--patience -5", "--max-reaction nan", "--max-reaction x"}) {
+        CLI::App app;
+        int status = 0;
+        AddJudgeCommand(app, status);
+        EXPECT_THROW(app.parse("judge no-such-log " + option), CLI::ValidationError) << option;
+    }
+}
+
+TEST(JudgeCommand, SaysThatItsReportWasLost) {
+    JudgeOptions options;
+    options.logs = {std::string(VELLORAN_LOGS) + "/clean-2.0.log"};
+    testing::internal::CaptureStderr();
+    std::streambuf* const buffer = std::cout.rdbuf(nullptr);
+    const int status = RunJudge(options);
+    std::cout.rdbuf(buffer);
+    EXPECT_EQ(status, 64);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "velloran-rig judge: expected standard output to take the report, found that it did not\n");
 }
 
 TEST(JudgeCommand, ReadsStandardInput) {

@@ -24,6 +24,14 @@ TEST(KnownFailures, DoNotCountWhatStandsInParentheses) {
     EXPECT_EQ(With(Verdict::KnownFailure, result.runs.at(0)), "event-ack.reid");
 }
 
+TEST(KnownFailures, DoNotCountNamesThatHoldParentheses) {
+    report::RunResult run;
+    run.checks.push_back(
+        {"files.asked-for", "", Verdict::Fail, "", "another file (E/a (1).ts instead of GET_FILE E/a)", {}});
+    Apply({{"files.asked-for", "another file (E/other.ts instead of GET_FILE E/other)"}}, run);
+    EXPECT_EQ(With(Verdict::KnownFailure, run), "files.asked-for");
+}
+
 TEST(KnownFailures, FailForAnotherReason) {
     auto result = Judged(RealLog("d2-missing-source"));
     Apply({{"event-list.source", "another reason"}}, result.runs.at(0));

@@ -27,5 +27,29 @@ TEST(Timeline, MarksTheFaultBetweenTheMessages) {
     EXPECT_NE(text.find("DVR -->         INVALID_EVENT -0001\n"), std::string::npos);
 }
 
+/// @return the text with one part of it in place of another
+std::string With(std::string text, const std::string& part, const std::string& other) {
+    return text.replace(text.find(part), part.size(), other);
+}
+
+TEST(Timeline, KeepsWhatADvrSendsOnOneLine) {
+    const std::string log = With(RealLog("clean-2.0"), "file=\"front-1.ts\"", "file=\"a&#10;b.ts\"");
+    const std::string text = Timeline(Judged(log).runs.at(0));
+    EXPECT_NE(text.find("DVR -->         FILE_COMPLETE EVT-0001 a\\nb.ts\n"), std::string::npos);
+}
+
+TEST(Timeline, PassesNoControlByteOfAnotherLogger) {
+    const std::string log = With(RealLog("clean-2.0"), "Connected to:", "Connected\x1b[2J to:");
+    EXPECT_EQ(Timeline(Judged(log).runs.at(0)).find('\x1b'), std::string::npos);
+}
+
+TEST(TextReport, KeepsWhatADvrSendsOnOneLine) {
+    const std::string log =
+        With(RealLog("d1-wrong-file"), "file=\"no-such-file\"", "file=\"x&#10;PASS&#27;\"");
+    const std::string text = TextReport(Judged(log), false);
+    EXPECT_NE(text.find("EVT-0001/x\\nPASS\\x1b instead of GET_FILE"), std::string::npos) << text;
+    EXPECT_EQ(text.find('\x1b'), std::string::npos);
+}
+
 }  // namespace
 }  // namespace rig::report

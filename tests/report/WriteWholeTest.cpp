@@ -82,6 +82,32 @@ TEST_F(WriteWholeTest, WritesIntoAPipeInsteadOfReplacingIt) {
     EXPECT_TRUE(std::filesystem::is_fifo(Path()));
 }
 
+TEST_F(WriteWholeTest, KeepsTheModeOfWhatItReplaces) {
+    WriteWhole(Path(), "first");
+    std::filesystem::permissions(Path(), std::filesystem::perms::owner_read);
+    WriteWhole(Path(), "second");
+    EXPECT_EQ(std::filesystem::status(Path()).permissions(), std::filesystem::perms::owner_read);
+}
+
+TEST_F(WriteWholeTest, HeedsTheUmask) {
+    const mode_t before = umask(0027);
+    WriteWhole(Path(), "text");
+    umask(before);
+    EXPECT_EQ(static_cast<unsigned int>(std::filesystem::status(Path()).permissions()), 0640U);
+}
+
+TEST_F(WriteWholeTest, WritesBehindWhatWasPrintedIntoTheSameFile) {
+    const int output = dup(STDOUT_FILENO);
+    const int file = open(Path().c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    dup2(file, STDOUT_FILENO);
+    close(file);
+    EXPECT_EQ(write(STDOUT_FILENO, "printed\n", 8), 8);
+    WriteWhole("/dev/stdout", "report\n");
+    dup2(output, STDOUT_FILENO);
+    close(output);
+    EXPECT_EQ(Content(), "printed\nreport\n");
+}
+
 TEST_F(WriteWholeTest, KeepsALinkAndReplacesWhatItLeadsTo) {
     WriteWhole(Path() + ".real", "old");
     std::filesystem::create_symlink(Path() + ".real", Path());

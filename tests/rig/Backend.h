@@ -4,8 +4,8 @@
 #include <string>
 #include <thread>
 
+#include "rig/common/Descriptor.h"
 #include "rig/dvr/Connection.h"
-#include "rig/dvr/Descriptor.h"
 
 // Time limits: one that no test reaches, and one that some wait for.
 constexpr rig::Milliseconds kLong(15'000);

@@ -4,8 +4,8 @@
 #include <iomanip>
 #include <sstream>
 
+#include "rig/common/Printable.h"
 #include "rig/dvr/Frame.h"
-#include "rig/dvr/Printable.h"
 
 HarnessLog::HarnessLog(const std::string& prefix) : prefix_(prefix) {}
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "rig/dvr/NumberOption.h"
+#include "rig/common/NumberOption.h"
 
 namespace {
 

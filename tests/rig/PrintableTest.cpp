@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "rig/dvr/Printable.h"
+#include "rig/common/Printable.h"
 
 namespace {
 

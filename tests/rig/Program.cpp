@@ -12,7 +12,7 @@
 #include <chrono>
 #include <cstdlib>
 
-#include "rig/dvr/Descriptor.h"
+#include "rig/common/Descriptor.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace rig {
 
@@ -11,15 +11,14 @@ namespace rig {
 ///         on pass as they are. What a peer sends can so neither forge a line nor steer a terminal.
 std::string Printable(const std::string& text);
 
+/// @return the same of a text in which backslashes are escaped already, as they are in a log
+std::string WithoutControls(std::string_view text);
+
 /// How much of a text is enough to know it by.
 constexpr std::size_t kExcerptBytes = 80;
 
 /// @return at most `limit` bytes of the text, printable, with "..." where some were left out
 std::string Excerpt(const std::string& text, std::size_t limit = kExcerptBytes);
-
-/// @return a number of things: "1 file", "2 files"
-/// @param thing  one of them, a noun with a regular plural
-std::string Counted(std::uint64_t number, const char* thing);
 
 /// @return the text printable and in single quotes
 std::string Quoted(const std::string& text);

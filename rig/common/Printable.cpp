@@ -1,4 +1,4 @@
-#include "rig/dvr/Printable.h"
+#include "rig/common/Printable.h"
 
 namespace rig {
 namespace {
@@ -6,9 +6,6 @@ namespace {
 void AppendPrintable(std::string& printable, unsigned char byte) {
     static const char* const kDigits = "0123456789abcdef";
     switch (byte) {
-        case '\\':
-            printable += "\\\\";
-            return;
         case '\n':
             printable += "\\n";
             return;
@@ -36,6 +33,18 @@ std::string Printable(const std::string& text) {
     std::string printable;
     printable.reserve(text.size());
     for (const char byte : text) {
+        if (byte == '\\') {
+            printable += '\\';
+        }
+        AppendPrintable(printable, static_cast<unsigned char>(byte));
+    }
+    return printable;
+}
+
+std::string WithoutControls(std::string_view text) {
+    std::string printable;
+    printable.reserve(text.size());
+    for (const char byte : text) {
         AppendPrintable(printable, static_cast<unsigned char>(byte));
     }
     return printable;
@@ -46,10 +55,6 @@ std::string Excerpt(const std::string& text, std::size_t limit) {
         return Printable(text);
     }
     return Printable(text.substr(0, limit)) + "...";
-}
-
-std::string Counted(std::uint64_t number, const char* thing) {
-    return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
 }
 
 std::string Quoted(const std::string& text) {

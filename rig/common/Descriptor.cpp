@@ -1,4 +1,4 @@
-#include "rig/dvr/Descriptor.h"
+#include "rig/common/Descriptor.h"
 
 #include <unistd.h>
 

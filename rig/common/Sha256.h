@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+using EVP_MD_CTX = struct evp_md_ctx_st;
+
+namespace rig {
+
+/// SHA-256 of what arrives in pieces, by OpenSSL. All throw std::runtime_error where it does not offer it.
+class Sha256 {
+ public:
+    Sha256();
+    void Add(const char* bytes, std::size_t count);
+
+    /// @return the hash of all that was added, in lower-case hexadecimal; nothing can be added any more
+    std::string Hexadecimal();
+
+ private:
+    std::unique_ptr<EVP_MD_CTX, void (*)(EVP_MD_CTX*)> context_;
+};
+
+}  // namespace rig

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace rig {
+
+/// Takes one line of a log, without its newline. The line number counts from 1; the view is valid during the
+/// call only. @return whether to go on
+using TakeLine = std::function<bool(std::uint64_t number, std::string_view line)>;
+
+/// How much of one line is kept; what a line has beyond it is skipped. The harness's longest, a document of
+/// a peer in one line, may be cut by this: memory must not grow with what is in a log.
+constexpr std::size_t kLongestLine = std::size_t{4} << 20;
+
+/// Cuts what arrives in pieces into lines.
+class LineCutter {
+ public:
+    explicit LineCutter(TakeLine take) : take_(std::move(take)) {}
+
+    /// @return whether to go on, as the taker of the last line said
+    bool Add(std::string_view piece);
+
+    /// Gives a last line that has no newline.
+    void End();
+
+ private:
+    void Keep(std::string_view part);
+    bool Give(std::string_view end);
+
+    TakeLine take_;
+    std::string rest_;
+    std::uint64_t number_ = 0;
+};
+
+}  // namespace rig

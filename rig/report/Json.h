@@ -1,0 +1,25 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+
+#include "rig/report/Result.h"
+
+namespace rig::report {
+
+/// Keeps the order in which members are added.
+using Json = nlohmann::ordered_json;
+
+/// @return null where there is no value
+template <typename Value>
+Json Optional(const std::optional<Value>& value) {
+    return value ? Json(*value) : Json(nullptr);
+}
+
+Json ToJson(const Timing& timing);
+
+/// @return the text of a JSON file; bytes that are no UTF-8 are replaced
+std::string Print(const Json& json);
+
+}  // namespace rig::report

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <cstddef>
+
+namespace rig {
+
+/// @return how wide the terminal at standard output is, in columns; 80 where it does not say
+std::size_t TerminalColumns();
+
+}  // namespace rig
