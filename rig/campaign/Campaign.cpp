@@ -81,20 +81,17 @@ void Campaign::TakeResult(const CaseRecord& record, const CaseRun& run) {
     result_.runs.push_back(std::move(kept));
 }
 
-/// A known failure that cases came to, and none showed, is one no more.
 void Campaign::FindKnownUnseen() {
-    for (const auto& [id, reason] : rig_.known) {
-        bool isReached = false;
-        bool isSeen = false;
-        for (const report::RunResult& run : result_.runs) {
-            for (const report::CheckResult& check : run.checks) {
-                isReached = isReached || (check.id == id && check.verdict == report::Verdict::Pass);
-                isSeen = isSeen || (check.id == id && check.verdict == report::Verdict::KnownFailure);
-            }
-        }
-        if (isReached && !isSeen) {
-            record_.knownUnseen.push_back(id);
-        }
+    judge::KnownTally tally;
+    for (const report::RunResult& run : result_.runs) {
+        tally.Add(run);
+    }
+    report::RunResult unseen = tally.Unseen(rig_.known);
+    for (const report::CheckResult& check : unseen.checks) {
+        record_.knownUnseen.push_back(check.id);
+    }
+    if (!unseen.checks.empty()) {
+        result_.runs.push_back(std::move(unseen));
     }
 }
 

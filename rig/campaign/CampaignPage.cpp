@@ -29,6 +29,12 @@ std::string Headline(const CampaignRecord& campaign) {
         std::count_if(campaign.cases.begin(), campaign.cases.end(),
                       [](const CaseRecord& record) { return record.outcome == Outcome::Pass; }));
     const std::string part = fmt::format("{} of {} passed", passed, Counted(campaign.cases.size(), "case"));
+    const bool isListTheOnlyFault =
+        std::all_of(campaign.cases.begin(), campaign.cases.end(),
+                    [](const CaseRecord& record) { return ExitStatusOf(record.outcome) == 0; });
+    if (isListTheOnlyFault && !campaign.knownUnseen.empty()) {
+        return "The list of known failures is to be mended: " + part;
+    }
     switch (campaign.Whole()) {
         case Outcome::Pass:
             return "The DVR passed: " + part;
@@ -39,7 +45,7 @@ std::string Headline(const CampaignRecord& campaign) {
         case Outcome::Timeout:
             return "The DVR let the time run out: " + part;
         case Outcome::Environment:
-            return "The harness or the rig failed, not the DVR: " + part;
+            return "The harness, a hook or the rig failed: " + part;
         case Outcome::Interrupted:
             return "The campaign was interrupted: " + part;
         default:

@@ -73,7 +73,7 @@ void MakeCampaignFolder(const std::string& path) {
     std::error_code unknown;
     if (fs::exists(path, unknown) && !(fs::is_directory(path, unknown) && fs::is_empty(path, unknown))) {
         throw std::runtime_error(fmt::format(
-            "--out: expected a folder that is new or empty, found {} with something in it", path));
+            "--out: expected a folder that is new or empty, found {}", path));
     }
     MakeFolder(path);
 }

@@ -30,6 +30,7 @@ void CaseRun::Run() {
     record_.begin = Now();
     Hooks hooks(rig_.hooks, folder_, record_.id, interrupts_);
     CaseFacts facts;
+    display_.Show("hooks ahead of the case", "");
     facts.words = hooks.BeforeCase();
     if (facts.words.empty()) {
         facts = Play();
@@ -70,23 +71,11 @@ void CaseRun::TakeVerdict(report::Result result, CaseFacts& facts) {
         result.runs.begin(), result.runs.end(),
         [](const auto& one, const auto& other) { return report::WorstOf(one) < report::WorstOf(other); });
     result_ = std::move(*worst);
-    AdoptKnown();
+    judge::Apply(rig_.known, result_);
     Exclude();
     record_.verdict = report::WorstOf(result_);
     facts.judged.emplace();
     facts.judged->checks = result_.checks;
-}
-
-/// A known failure need not show in every case: those that pass here count over the whole campaign.
-void CaseRun::AdoptKnown() {
-    report::RunResult marked;
-    marked.checks = result_.checks;
-    judge::Apply(rig_.known, marked);
-    for (std::size_t number = 0; number < marked.checks.size(); ++number) {
-        if (marked.checks[number].verdict == Verdict::KnownFailure) {
-            result_.checks[number].verdict = Verdict::KnownFailure;
-        }
-    }
 }
 
 /// Takes out the checks that this case cannot reach, unless they have something to say all the same.
@@ -105,14 +94,16 @@ void CaseRun::Exclude() {
 }
 
 void CaseRun::AskWhetherAlive(Hooks& hooks) {
+    display_.Show("hooks behind the case", "");
     const std::string failure = hooks.AfterCase(NameOf(record_.outcome));
     std::string words;
     const Hooks::Life life = hooks.Alive(NameOf(record_.outcome), words);
     if (interrupts_.Came() && (!failure.empty() || life != Hooks::Life::Alive)) {
         record_.outcome = Outcome::Interrupted;
-        record_.reason = fmt::format("by signal {}, behind the case", interrupts_.Which());
+        record_.reason = fmt::format("by {}, behind the case", interrupts_.Words());
     } else if (!failure.empty() || life == Hooks::Life::Dead) {
-        record_.reason = (failure.empty() ? words : failure) + "; the case itself: " + InWords(record_);
+        record_.reason = (failure.empty() ? "the DVR is not alive behind the case: " + words : failure) +
+                         "; the case itself: " + InWords(record_);
         record_.outcome = Outcome::Environment;
     } else if (life == Hooks::Life::Revived) {
         record_.reason = "the DVR did not survive the case, and came back by --power-cycle: " + words +

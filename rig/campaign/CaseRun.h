@@ -33,7 +33,6 @@ class CaseRun {
  private:
     CaseFacts Play();
     void TakeVerdict(report::Result result, CaseFacts& facts);
-    void AdoptKnown();
     void Exclude();
     void AskWhetherAlive(Hooks& hooks);
     void TakeHooks(const Hooks& hooks);

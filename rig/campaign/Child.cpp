@@ -89,7 +89,7 @@ std::string Ending::Words() const {
                                 strsignal(signal.value_or(0)));
 }
 
-Child::Child(const Launch& launch) {
+Child::Child(const Launch& launch) : mayLeaveOthers_(launch.mayLeaveOthers) {
     const std::string script = ScriptOf(launch.command);
     const pid_t parent = getpid();
     process_ = fork();
@@ -111,6 +111,9 @@ Child::Child(const Launch& launch) {
 
 Child::~Child() {
     // What runs as another user (sudo) may not be killed, and may never end: it is not waited for.
+    if (HasOthers()) {
+        kill(-process_, SIGKILL);
+    }
     if (!end_ && (kill(-process_, SIGKILL) == 0 || errno == ESRCH)) {
         Reap(0);
     }
@@ -124,7 +127,7 @@ const std::optional<Ending>& Child::End() {
 }
 
 void Child::Signal(int signal) {
-    if (!End()) {
+    if (!End() || HasOthers()) {
         kill(-process_, signal);
     }
 }
@@ -135,10 +138,19 @@ void Child::Reap(int flags) {
         info.si_pid == 0) {
         return;
     }
-    kill(-process_, SIGKILL);  // while its number is still its own
+    const bool isGood = info.si_code == CLD_EXITED && info.si_status == 0;
+    if (!(mayLeaveOthers_ && isGood)) {
+        kill(-process_, SIGKILL);  // while its number is still its own
+        mayLeaveOthers_ = false;
+    }
     int status = 0;
     waitpid(process_, &status, 0);
     end_ = EndingOf(status);
+}
+
+/// @return whether the command has ended and has left a group that may live on
+bool Child::HasOthers() const {
+    return end_ && mayLeaveOthers_;
 }
 
 }  // namespace rig::campaign

@@ -30,12 +30,13 @@ struct Launch {
     int errors = -1;
     std::vector<std::string> environment = {};  // NAME=VALUE, beside our own
     int atOurDeath = SIGTERM;                   // the signal that it gets should we be killed
+    bool mayLeaveOthers = false;                // what it started may go on when it has ended with status 0
 };
 
 /// A command in a process group of its own, which reads nothing. A plain call of a program takes the place of
 /// the shell, so that signals and the end are the program's own; in anything else the shell waits for it also
-/// behind a SIGINT. What is left of the group is killed when the command has ended, and at the end of this
-/// object's life; but for what runs as another user, which is left alone.
+/// behind a SIGINT. What is left of the group is killed when the command has ended (unless it may leave
+/// others), and at the end of this object's life; but for what runs as another user, which is left alone.
 class Child {
  public:
     /// Throws std::runtime_error when no process can be made, or none that can be waited for.
@@ -50,14 +51,16 @@ class Child {
     /// @return how the command ended; nothing while it runs. Does not wait.
     const std::optional<Ending>& End();
 
-    /// Sends a signal to the whole group, unless the command has ended.
+    /// Sends a signal to the whole group, unless the command has ended and may leave nobody.
     void Signal(int signal);
 
  private:
     void Reap(int flags);
+    bool HasOthers() const;
 
     pid_t process_ = -1;
     Descriptor pidDescriptor_;
+    bool mayLeaveOthers_ = false;
     std::optional<Ending> end_;
 };
 

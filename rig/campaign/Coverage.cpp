@@ -128,7 +128,7 @@ std::vector<Coverage::Use> Coverage::Rules() const {
     std::vector<Use> uses;
     for (const judge::Check& check : judge::AllChecks()) {
         const auto found = rules_.find(check.id);
-        if (check.needsMaxReaction && found == rules_.end()) {
+        if (check.needs == judge::Needs::MaxReaction && found == rules_.end()) {
             continue;  // without a limit there is no such rule
         }
         uses.push_back({check.id, found == rules_.end() ? std::vector<std::string>() : found->second});

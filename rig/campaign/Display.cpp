@@ -77,6 +77,7 @@ void Display::Begin(const CampaignRecord& campaign, const std::string& folder) {
 void Display::CaseBegins(const CaseRecord& record, std::size_t number, std::size_t count) {
     number_ = fmt::format("{:>{}}/{}", number, std::to_string(count).size(), count);
     head_ = Head(record);
+    name_ = record.id;
     phase_.clear();
     begin_ = Clock::now();
     shown_ = {};
@@ -91,10 +92,12 @@ void Display::Show(const std::string& phase, const std::string& detail) {
     const bool isNew = phase != phase_;
     if (isTerminal_ && (isNew || now - shown_ >= kBlink)) {
         const double seconds = std::chrono::duration<double>(now - begin_).count();
-        Rewrite(fmt::format("{} {:5.1f} s {}{}", head_, seconds, phase, detail));
+        // What changes comes first: the rest may not fit on the line.
+        Rewrite(fmt::format("{} {} {:5.1f} s  {}{}", number_, name_, seconds,
+                            detail.empty() ? "" : detail + ", ", phase));
         shown_ = now;
     } else if (!isTerminal_ && (isNew || now - shown_ >= kNews) && !detail.empty()) {
-        Print(fmt::format("{} {}{}", head_, phase, detail));
+        Print(fmt::format("{} {}, {}", head_, phase, detail));
         shown_ = now;
     }
     phase_ = phase;

@@ -36,7 +36,8 @@ class Display {
     bool isTerminal_;
     bool hasColour_;
     std::string number_;
-    std::string head_;
+    std::string head_;  // number, name and switches
+    std::string name_;
     std::string phase_;
     Clock::time_point shown_;
     Clock::time_point begin_;

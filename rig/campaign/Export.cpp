@@ -75,8 +75,12 @@ bool Export::AwaitPort() {
     bool isFree = mayGoOn();
     if (!isFree) {
         const Clock::time_point begin = Clock::now();
-        display_.Show("waiting for port 5001, ", "which the last connection still holds");
-        isFree = Until(kPortPatience, mayGoOn, kSlowTick);
+        const auto isOver = [&] {
+            display_.Show("waiting for port 5001, which the last connection still holds",
+                          fmt::format("at most {:.0f} s left", std::ceil(kPortPatience - Since(begin))));
+            return mayGoOn();
+        };
+        isFree = Until(kPortPatience, isOver, kSlowTick);
         record_.times.waited += Since(begin);
     }
     wasListening_ = LookAtPort(kHarnessPort).isListening;
@@ -115,7 +119,8 @@ bool Export::MayStartAgain() {
         return false;
     }
     const Clock::time_point begin = Clock::now();
-    display_.Show("waiting for port 5001, ", "which the harness found taken");
+    display_.Show("waiting for port 5001, which the harness found taken",
+                  fmt::format("at most {:.0f} s left", kPortPatience - record_.times.waited));
     const bool isInterrupted = Until(kPortPause, [this] { return interrupts_.Came(); });
     record_.times.waited += Since(begin);
     if (isInterrupted) {
@@ -142,6 +147,7 @@ void Export::StartDvr() {
     const GrowingFile output = folder_.Grow("dvr.log");
     Launch launch{record_.dvr->command, output.Number(), output.Number()};
     launch.environment = {"VELLORAN_CASE=" + record_.id};
+    launch.mayLeaveOthers = true;  // a script that starts the DVR in the background
     dvr_ = std::make_unique<Child>(launch);
 }
 
@@ -153,7 +159,7 @@ void Export::LookAtDvr() {
 
 void Export::TakeInterrupt() {
     facts_.end = End::Interrupted;
-    facts_.words = fmt::format("by signal {}", interrupts_.Which());
+    facts_.words = "by " + interrupts_.Words();
 }
 
 /// Watches until there is nothing more to see.
@@ -186,7 +192,7 @@ void Export::ShowProgress() {
     } else if (rig_.dvr || !IsReady()) {
         display_.Show("starting", "");
     } else {
-        display_.Show("waiting for the DVR to connect to port 5001, ",
+        display_.Show("waiting for the DVR to connect to port 5001",
                       fmt::format("{:.0f} s left", std::ceil(watch_->LeftToConnect(Clock::now()))));
     }
 }
@@ -247,6 +253,7 @@ void Export::StopDvr() {
             Until(kSettle, hasEnded);
         }
     }
+    dvr_->Signal(SIGTERM);  // what it has left
     record_.dvr->end = dvr_->End();
 }
 

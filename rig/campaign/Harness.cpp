@@ -46,8 +46,8 @@ Harness::Harness(const std::string& command, const std::string& log, const CaseF
       }),
       logFile_(folder.Grow(kLogName)),
       errorFile_(folder.Grow(kErrorName)),
-      lines_([this](std::uint64_t number, std::string_view line) { return TakeLine(number, line); }),
-      errorLines_([this](std::uint64_t number, std::string_view line) { return TakeError(number, line); }) {
+      lines_([this](std::uint64_t number, std::string_view line) { TakeLine(number, line); }),
+      errorLines_([this](std::uint64_t number, std::string_view line) { TakeError(number, line); }) {
     auto [readErrors, writeErrors] = Pipe();
     errors_ = std::make_unique<LogSource>(std::move(readErrors));
     Launch launch{command, -1, writeErrors.Number()};
@@ -104,25 +104,25 @@ report::Result Harness::Finish() {
     return std::move(result_);
 }
 
-bool Harness::TakeLine(std::uint64_t number, std::string_view line) {
+void Harness::TakeLine(std::uint64_t number, std::string_view line) {
     judge_.Add(kLogName, number, line);
     if (const auto statement = ParseLogLine(line)) {
         times_.Add(*statement);
         collector_.Add(*statement);
         take_(*statement, judge_.IsOver());
     }
-    return true;
 }
 
-/// The judge gets these lines last, so that they stand behind all that the harness logged ahead of them.
-bool Harness::TakeError(std::uint64_t number, std::string_view line) {
-    if (line.find(kAssertion) != std::string_view::npos && assertions_.size() < kMostAssertions) {
+/// The judge gets assertions last, so that they stand behind all that the harness logged ahead of them.
+void Harness::TakeError(std::uint64_t number, std::string_view line) {
+    if (judge::IsMarkerFailure(line)) {
+        judge_.Add(kErrorName, number, line);
+    } else if (line.find(kAssertion) != std::string_view::npos && assertions_.size() < kMostAssertions) {
         assertions_.emplace_back(number, line);
     }
     if (!line.empty()) {
         lastError_ = Excerpt(std::string(line), kLongestExcerpt);
     }
-    return true;
 }
 
 }  // namespace rig::campaign

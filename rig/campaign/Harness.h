@@ -45,8 +45,8 @@ class Harness {
     const std::string& LastError() const { return lastError_; }
 
  private:
-    bool TakeLine(std::uint64_t number, std::string_view line);
-    bool TakeError(std::uint64_t number, std::string_view line);
+    void TakeLine(std::uint64_t number, std::string_view line);
+    void TakeError(std::uint64_t number, std::string_view line);
     bool ReadLog();
     bool ReadErrors();
 

@@ -1,5 +1,6 @@
 #include "rig/campaign/Interrupts.h"
 
+#include <fmt/format.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -52,6 +53,10 @@ bool Interrupts::Came() {
         }
     }
     return which_ != 0;
+}
+
+std::string Interrupts::Words() const {
+    return fmt::format("SIG{} ({})", sigabbrev_np(which_), strsignal(which_));
 }
 
 }  // namespace rig::campaign

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <csignal>
+#include <string>
 
 #include "rig/common/Descriptor.h"
 
@@ -22,8 +23,8 @@ class Interrupts {
     /// @return whether one has come, ever
     bool Came();
 
-    /// @return the first that came; 0 where none has
-    int Which() const { return which_; }
+    /// @return the first that came, in words: "SIGINT (Interrupt)"
+    std::string Words() const;
 
  private:
     sigset_t before_ = {};

@@ -30,11 +30,21 @@ Outcome OutcomeOf(Verdict verdict) {
     return Outcome::Fail;
 }
 
-/// @return the first check that has the run's verdict, in words; nothing for a pass
+/// A request without answer, or an export without end, often follows from something else.
+bool IsConsequence(const report::CheckResult& check) {
+    return check.id == "requests.answered" || check.id == "export.done";
+}
+
+/// @return the first check that has the run's verdict, in words, a cause ahead of a consequence; nothing for
+/// a pass
 std::string ReasonOf(const report::RunResult& run) {
     const Verdict worst = report::WorstOf(run);
-    const auto check = std::find_if(run.checks.begin(), run.checks.end(),
-                                    [worst](const report::CheckResult& one) { return one.verdict == worst; });
+    const auto isWorst = [worst](const report::CheckResult& one) { return one.verdict == worst; };
+    auto check = std::find_if(run.checks.begin(), run.checks.end(),
+                              [&](const auto& one) { return isWorst(one) && !IsConsequence(one); });
+    if (check == run.checks.end()) {
+        check = std::find_if(run.checks.begin(), run.checks.end(), isWorst);
+    }
     return worst == Verdict::Pass || check == run.checks.end()
                ? ""
                : fmt::format("{}: {}", check->id, check->found);
@@ -91,12 +101,16 @@ Decision Stopped(const CaseFacts& facts) {
 }
 
 Decision TimedOut(const CaseFacts& facts) {
-    Decision decision{Outcome::Timeout, facts.words};
-    if (facts.judged) {
-        const Decision judged = Judged(*facts.judged);
-        decision.reason += fmt::format("; the judge says {}{}{}", NameOf(judged.outcome),
-                                       judged.reason.empty() ? "" : ", ", judged.reason);
+    if (!facts.judged) {
+        return {Outcome::Environment, "the harness wrote no line of a log; " + facts.words};
     }
+    Decision decision{Outcome::Timeout, facts.words};
+    if (report::WorstOf(*facts.judged) == Verdict::Environment) {
+        decision.outcome = Outcome::Environment;
+    }
+    const Decision judged = Judged(*facts.judged);
+    decision.reason += fmt::format("; the judge says {}{}{}", NameOf(judged.outcome),
+                                   judged.reason.empty() ? "" : ", ", judged.reason);
     return decision;
 }
 

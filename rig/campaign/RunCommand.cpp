@@ -9,6 +9,7 @@
 
 #include "rig/campaign/Start.h"
 #include "rig/common/NumberOption.h"
+#include "rig/terminal/Output.h"
 
 namespace rig {
 namespace {
@@ -119,8 +120,9 @@ void AddRunCommand(CLI::App& app, int& status) {
 
 int RunCampaign(const RunOptions& options) {
     if (options.listCases) {
-        std::cout << campaign::ListCases() << std::flush;
-        return std::cout ? 0 : Complain("expected standard output to take the list, found that it did not");
+        std::cout << campaign::ListCases();
+        return IsOutputLost() ? Complain("expected standard output to take the list, found that it did not")
+                              : 0;
     }
     try {
         return campaign::ExitStatusOf(campaign::Start(options));

@@ -13,6 +13,7 @@
 #include "rig/log/LogReader.h"
 #include "rig/report/WriteWhole.h"
 #include "rig/terminal/Colour.h"
+#include "rig/terminal/Output.h"
 
 namespace rig {
 namespace {
@@ -20,7 +21,6 @@ namespace {
 constexpr int kGotWorse = 1;
 constexpr int kUsage = 64;
 constexpr int kNoCampaign = 66;
-constexpr const char* kNoOutput = "expected standard output to take the report, found that it did not";
 
 constexpr const char* kExitStatuses =
     "Exit status: 0 nothing got worse; 1 something did; 64 usage, or a report that cannot be written;\n"
@@ -64,8 +64,8 @@ int RunDiff(const DiffOptions& options) {
         const diff::Comparison comparison = diff::Compare(before, after);
         std::cout << diff::DiffText(comparison, options.all, WantsColour()) << std::flush;
         WriteReports(options, comparison);
-        if (!std::cout) {
-            return Complain(kUsage, kNoOutput);
+        if (IsOutputLost()) {
+            return Complain(kUsage, "expected standard output to take the report, found that it did not");
         }
         return comparison.Count(diff::Change::Worse) > 0 ? kGotWorse : 0;
     } catch (const Unreadable& folder) {

@@ -24,6 +24,7 @@
 #include "rig/dvr/Transcript.h"
 #include "rig/dvr/WireCheck.h"
 #include "rig/terminal/Colour.h"
+#include "rig/terminal/Output.h"
 
 namespace rig {
 namespace {
@@ -168,7 +169,7 @@ void Play(const DvrOptions& options) {
     } else {
         PlayRecordings(options);
     }
-    if (!std::cout) {
+    if (IsOutputLost()) {
         throw Failure(ExitStatus::UsageError,
                       "expected standard output to take the transcript, found that it did not");
     }

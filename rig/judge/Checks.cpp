@@ -1,6 +1,13 @@
 #include "rig/judge/Checks.h"
 
 namespace rig::judge {
+namespace {
+
+bool LacksAPart(const Run& run) {
+    return !run.hasStart || run.damaged.Any();
+}
+
+}  // namespace
 
 const std::vector<Check>& AllChecks() {
     static const std::vector<Check> kChecks = [] {
@@ -17,10 +24,14 @@ const std::vector<Check>& AllChecks() {
 std::vector<report::CheckResult> JudgeRun(const Run& run, const Limits& limits) {
     std::vector<report::CheckResult> results;
     for (const Check& check : AllChecks()) {
-        if (!check.applies(run) || (check.needsMaxReaction && !limits.maxReaction)) {
+        if (!check.applies(run) || (check.needs == Needs::MaxReaction && !limits.maxReaction)) {
             continue;
         }
         Finding finding = check.judge(run, limits);
+        if (check.needs == Needs::WholeLog && finding.verdict == report::Verdict::Fail && LacksAPart(run)) {
+            finding.verdict = report::Verdict::Inconclusive;
+            finding.found = "the log does not hold all of the run; as far as it goes, " + finding.found;
+        }
         results.push_back({check.id, check.requirement, finding.verdict, std::move(finding.expected),
                            std::move(finding.found), std::move(finding.evidence)});
     }

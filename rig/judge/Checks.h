@@ -23,6 +23,13 @@ struct Finding {
     std::vector<report::Evidence> evidence;
 };
 
+/// What a check needs beside a run that it concerns.
+enum class Needs {
+    Nothing,
+    WholeLog,    // it follows from all that went before: where the log lacks a part, no failure is proven
+    MaxReaction  // left out unless the user gives a limit
+};
+
 /// One thing that is required of the DVR. To add a check, add its function and a row to the table of one of
 /// the files *Checks.cpp, and its test.
 struct Check {
@@ -30,7 +37,7 @@ struct Check {
     const char* requirement;  // one sentence
     bool (*applies)(const Run& run);
     Finding (*judge)(const Run& run, const Limits& limits);
-    bool needsMaxReaction = false;  // left out unless the user gives a limit
+    Needs needs = Needs::Nothing;
 };
 
 // The tables, by subject.

@@ -47,6 +47,11 @@ Finding HarnessRan(const Run& run, const Limits& /*limits*/) {
             return {Verdict::Environment, expected, "it aborted for a reason of its own", {assertion}};
         }
     }
+    if (run.markerFailures.Any()) {
+        return {Verdict::Environment, expected,
+                "its shell could not make the failure marker: /mnt/hd is missing or cannot be written",
+                run.markerFailures.Lines()};
+    }
     return Pass(expected, "no failure of the harness itself");
 }
 
@@ -133,8 +138,9 @@ const std::vector<Check>& ConnectionChecks() {
         {"log.start", "The log holds the start of the run.", Always, HasStart},
         {"log.whole", "The log holds the run to its end.", Always, LogIsWhole},
         {"harness.ran", "The harness could do its part.", Always, HarnessRan},
-        {"connection.made", "The DVR connects.", Always, ConnectionMade},
-        {"connection.opened", "The DVR opens the dialogue with OK.", Always, ConnectionOpened},
+        {"connection.made", "The DVR connects.", Always, ConnectionMade, Needs::WholeLog},
+        {"connection.opened", "The DVR opens the dialogue with OK.", Always, ConnectionOpened,
+         Needs::WholeLog},
         {"connection.kept", "The DVR keeps its one connection until the export is done.", AsksWhole,
          ConnectionKept},
     };

@@ -108,7 +108,11 @@ Finding ExportDone(const Run& run, const Limits& limits) {
         return Pass(expected, "DONE", run.Of(Sign::SendingDone));
     }
     if (!run.pending.empty() && IsUnanswered(run, run.pending.front(), limits)) {
-        return Fail(expected, "the export stopped where no " + run.pending.front().expects + " came",
+        const Request& request = run.pending.front();
+        return Fail(expected,
+                    request.isMistaken ? "the export stopped where the only " + request.expects +
+                                             " was one that the harness ignores"
+                                       : "the export stopped where no " + request.expects + " came",
                     run.Of(Sign::ShuttingDown));
     }
     return NotReached(expected, "the log ends before");
@@ -126,11 +130,12 @@ const std::vector<Check>& ExportChecks() {
         {"event.files", "An event has files.", IsExport, DescriptionFiles},
         {"file-complete.attributes", "FILE_COMPLETE names event and file.", IsExport, FileAttributes},
         {"file-complete.identity", "Every file requested is completed once, in order.", IsExport,
-         FileIdentity},
-        {"event-ack.reid", "Every event is acknowledged under its own identifier.", IsSecondDialect, AckReid},
+         FileIdentity, Needs::WholeLog},
+        {"event-ack.reid", "Every event is acknowledged under its own identifier.", IsSecondDialect, AckReid,
+         Needs::WholeLog},
         {"fault-report.reid", "The report of a fault names the event of the request.", ProvokesReports,
-         ReportReid},
-        {"export.done", "The export ends with DONE.", IsExport, ExportDone},
+         ReportReid, Needs::WholeLog},
+        {"export.done", "The export ends with DONE.", IsExport, ExportDone, Needs::WholeLog},
     };
     return kChecks;
 }

@@ -58,9 +58,13 @@ Finding FileNameAnswered(const Run& run, const Limits& limits) {
     return Answered(run, Fault::FileName, "INVALID_EVENT to the damaged file name", limits);
 }
 Finding TransportFired(const Run& run, const Limits& /*limits*/) {
-    return Fired(run, Fault::Transport);
+    return run.markerFailures.Any() ? NotInjected(run, "the failure marker could not be made")
+                                    : Fired(run, Fault::Transport);
 }
 Finding TransportAnswered(const Run& run, const Limits& limits) {
+    if (run.markerFailures.Any()) {
+        return NotReached("TRANSPORT_EXCEPTION while the failure marker exists", "the marker never existed");
+    }
     return Answered(run, Fault::Transport, "TRANSPORT_EXCEPTION while the failure marker exists", limits);
 }
 Finding XferFired(const Run& run, const Limits& /*limits*/) {
@@ -111,16 +115,16 @@ const std::vector<Check>& FaultChecks() {
     static const std::vector<Check> kChecks = {
         {"invalid-event.fired", kFiredSentence, With<Sign::EventSwitch>, EventFired},
         {"invalid-event.answer", "The DVR refuses an event that it does not have.", With<Sign::EventSwitch>,
-         EventAnswered},
+         EventAnswered, Needs::WholeLog},
         {"invalid-file.fired-event", kFiredSentence, With<Sign::FileSwitch>, FileEventFired},
         {"invalid-file.answer-event", "The DVR refuses a file of an event that it does not have.",
-         With<Sign::FileSwitch>, FileEventAnswered},
+         With<Sign::FileSwitch>, FileEventAnswered, Needs::WholeLog},
         {"invalid-file.fired-name", kFiredSentence, With<Sign::FileSwitch>, FileNameFired},
         {"invalid-file.answer-name", "The DVR refuses a file that it does not have.", With<Sign::FileSwitch>,
-         FileNameAnswered},
+         FileNameAnswered, Needs::WholeLog},
         {"transport.fired", kFiredSentence, With<Sign::TransportSwitch>, TransportFired},
         {"transport.answer", "The DVR reports a transfer that fails.", With<Sign::TransportSwitch>,
-         TransportAnswered},
+         TransportAnswered, Needs::WholeLog},
         {"rehash.fired", kFiredSentence, With<Sign::RehashSwitch>, RehashFired},
         {"rehash.attributes", "The DVR gives hash and length when a new hash is asked for.",
          With<Sign::RehashSwitch>, RehashAttributes},
@@ -128,9 +132,10 @@ const std::vector<Check>& FaultChecks() {
          With<Sign::RehashSwitch>, RehashSame},
         {"xfer.fired", kFiredSentence, With<Sign::XferSwitch>, XferFired},
         {"xfer.answer", "The DVR says that the file asked for again is in transfer.", With<Sign::XferSwitch>,
-         XferAnswered},
+         XferAnswered, Needs::WholeLog},
         {"sleep.fired", kFiredSentence, With<Sign::SleepSwitch>, PauseFired},
-        {"sleep.answer", "The DVR bears pauses between requests.", With<Sign::SleepSwitch>, PauseAnswered},
+        {"sleep.answer", "The DVR bears pauses between requests.", With<Sign::SleepSwitch>, PauseAnswered,
+         Needs::WholeLog},
     };
     return kChecks;
 }

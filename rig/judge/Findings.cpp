@@ -94,7 +94,7 @@ Tally Unanswered(const Run& run, const std::string& name, const Limits& limits) 
     for (const Request& request : run.pending) {
         if (Concerns(request, name) && IsUnanswered(run, request, limits)) {
             report::Evidence proof = request.evidence;
-            proof.text += "  (" + request.Words() + " goes out)";
+            proof.note = request.Words() + " goes out";
             unanswered.Add(proof,
                            fmt::format("{} waited for {:.1f} s", request.Words(), Waited(run, request)));
         }

@@ -10,7 +10,7 @@ constexpr std::size_t kLongest = std::size_t{64} << 20;  // bytes: memory must n
 }  // namespace
 
 bool Incoming::Expect(std::int64_t bytes, std::optional<std::int64_t> time) {
-    const bool wasWhole = !isOpen_ || text_.empty();
+    const bool wasWhole = !isOpen_;
     expected_ = bytes;
     time_ = time;
     text_.clear();

@@ -10,8 +10,7 @@ namespace rig::judge {
 /// The message that comes in, put together from the slices in which the harness logs it.
 class Incoming {
  public:
-    /// The harness has read a length prefix. @return whether the message before it was whole, or had not
-    /// begun
+    /// The harness has read a length prefix. @return whether the message before it was whole
     bool Expect(std::int64_t bytes, std::optional<std::int64_t> time);
 
     /// Adds a slice: "1 to 800:TEXT", escaped. @return whether it belongs to a message of bearable length

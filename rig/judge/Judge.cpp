@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "rig/common/Affix.h"
+
 namespace rig::judge {
 namespace {
 
@@ -30,14 +32,20 @@ report::RunResult Judged(const Run& run, const Limits& limits) {
 
 }  // namespace
 
-void Judge::Add(const std::string& file, std::uint64_t number, std::string_view line) {
+bool IsMarkerFailure(std::string_view line) {
+    return StartsWith(line, "touch: ") && line.find("/mnt/hd/velloranFail") != std::string_view::npos;
+}
+
+bool Judge::Add(const std::string& file, std::uint64_t number, std::string_view line) {
     const auto parsed = ParseLogLine(line);
     if (!parsed) {
         const auto run = open_.find(last_);
         if (run != open_.end() && IsAssertion(line)) {
             run->second->AddAssertion({file, number, line});
+        } else if (run != open_.end() && IsMarkerFailure(line)) {
+            run->second->AddMarkerFailure({file, number, line});
         }
-        return;
+        return false;
     }
     const Sign sign = SignOf(parsed->text);
     const Place place{file, number, parsed->text};
@@ -55,6 +63,7 @@ void Judge::Add(const std::string& file, std::uint64_t number, std::string_view 
     if (model->HasEnded()) {
         Close(last_);
     }
+    return true;
 }
 
 bool Judge::IsOver() const {

@@ -13,6 +13,10 @@
 
 namespace rig::judge {
 
+/// @return whether a line of the harness's standard error says that its shell could not make the failure
+/// marker, as it is where "/mnt/hd" is missing or cannot be written
+bool IsMarkerFailure(std::string_view line);
+
 /// Takes the verdict on a run, as soon as it is over.
 using TakeRun = std::function<void(report::RunResult run)>;
 
@@ -24,7 +28,8 @@ class Judge {
         : limits_(limits), keep_(keep), take_(std::move(take)) {}
 
     /// Takes the next line of a log. @param file as given by the user; the line is escaped, without newline
-    void Add(const std::string& file, std::uint64_t number, std::string_view line);
+    /// @return whether it is a statement of the harness
+    bool Add(const std::string& file, std::uint64_t number, std::string_view line);
 
     /// @return whether a run has begun and none is still going on
     bool IsOver() const;

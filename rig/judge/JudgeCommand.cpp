@@ -2,10 +2,12 @@
 
 #include <CLI/CLI.hpp>
 #include <exception>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 
 #include "rig/common/NumberOption.h"
+#include "rig/common/Printable.h"
 #include "rig/judge/Judge.h"
 #include "rig/judge/KnownFailures.h"
 #include "rig/log/LogReader.h"
@@ -16,13 +18,13 @@
 #include "rig/report/TextReport.h"
 #include "rig/report/WriteWhole.h"
 #include "rig/terminal/Colour.h"
+#include "rig/terminal/Output.h"
 
 namespace rig {
 namespace {
 
 constexpr int kUsage = 64;
 constexpr int kNoLog = 66;
-constexpr const char* kNoOutput = "expected standard output to take the report, found that it did not";
 constexpr double kLongest = 86'400;  // seconds
 
 constexpr const char* kExitStatuses =
@@ -34,43 +36,78 @@ bool WantsFiles(const JudgeOptions& options) {
     return !options.json.empty() || !options.junit.empty() || !options.tap.empty() || !options.html.empty();
 }
 
-void ReadLogs(const JudgeOptions& options, judge::Judge& judge) {
+/// @return those that hold no statement of the harness
+std::vector<std::string> ReadLogs(const JudgeOptions& options, judge::Judge& judge) {
+    std::vector<std::string> foreign;
     for (const std::string& log : options.logs) {
+        bool isForeign = true;
+        const auto take = [&](std::uint64_t number, std::string_view line) {
+            isForeign = !judge.Add(log, number, line) && isForeign;
+        };
         if (options.follow) {
-            FollowLog(log, [&judge, &log](std::uint64_t number, std::string_view line) {
-                judge.Add(log, number, line);
-                return !judge.IsOver();
-            });
+            FollowLog(log, take, [&judge] { return judge.IsOver(); });
         } else {
-            ReadLog(log, [&judge, &log](std::uint64_t number, std::string_view line) {
-                judge.Add(log, number, line);
-                return true;
-            });
+            ReadLog(log, take);
+        }
+        if (isForeign) {
+            foreign.push_back(log);
         }
     }
     judge.Finish();
+    return foreign;
 }
 
-/// Prints each run as soon as it is judged. Only what is to be written to a file is kept.
-/// @return what is to be written
-report::Result JudgeLogs(const JudgeOptions& options, const judge::KnownFailures& known,
-                         report::RunPrinter& printer) {
-    report::Result kept;
-    const bool wantsSteps = options.timeline || !options.json.empty() || !options.html.empty();
-    judge::Judge judge({options.patience, options.maxReaction}, {wantsSteps, !options.html.empty()},
-                       [&](report::RunResult run) {
-                           judge::Apply(known, run);
-                           if (options.timeline) {
-                               std::cout << report::Timeline(run);
-                           }
-                           printer.Add(run);
-                           if (WantsFiles(options)) {
-                               kept.runs.push_back(std::move(run));
-                           }
-                       });
-    ReadLogs(options, judge);
-    return kept;
-}
+/// Judges logs and prints each run as soon as it is judged. Only what is to be written to a file is kept.
+class Session {
+ public:
+    Session(const JudgeOptions& options, const judge::KnownFailures& known)
+        : options_(options), known_(known), printer_(std::cout, WantsColour()) {}
+
+    void JudgeLogs() {
+        const bool wantsSteps = options_.timeline || !options_.json.empty() || !options_.html.empty();
+        judge::Judge judge({options_.patience, options_.maxReaction}, {wantsSteps, !options_.html.empty()},
+                           [this](report::RunResult run) {
+                               judge::Apply(known_, run);
+                               tally_.Add(run);
+                               Take(std::move(run));
+                           });
+        foreign_ = ReadLogs(options_, judge);
+        report::RunResult unseen = tally_.Unseen(known_);
+        if (!unseen.checks.empty()) {
+            Take(std::move(unseen));
+        }
+        if (printer_.Count() > 0) {
+            printer_.End();
+        }
+        std::cout.flush();
+    }
+
+    /// @return what is to be written
+    const report::Result& Kept() const { return kept_; }
+
+    report::Verdict Worst() const { return printer_.Worst(); }
+
+    /// @return the logs that hold no statement of the harness
+    const std::vector<std::string>& Foreign() const { return foreign_; }
+
+ private:
+    void Take(report::RunResult run) {
+        if (options_.timeline && !run.steps.empty()) {
+            std::cout << report::Timeline(run);
+        }
+        printer_.Add(run);
+        if (WantsFiles(options_)) {
+            kept_.runs.push_back(std::move(run));
+        }
+    }
+
+    const JudgeOptions& options_;
+    const judge::KnownFailures& known_;
+    judge::KnownTally tally_;
+    report::RunPrinter printer_;
+    report::Result kept_;
+    std::vector<std::string> foreign_;
+};
 
 void WriteReports(const JudgeOptions& options, const report::Result& result) {
     if (!options.json.empty()) {
@@ -85,6 +122,20 @@ void WriteReports(const JudgeOptions& options, const report::Result& result) {
     if (!options.html.empty()) {
         report::WriteWhole(options.html, report::HtmlReport(result));
     }
+}
+
+/// @return a report that would replace a log that is to be judged; empty where none would
+std::string ReportOverLog(const JudgeOptions& options) {
+    for (const std::string& report : {options.json, options.junit, options.tap, options.html}) {
+        for (const std::string& log : options.logs) {
+            std::error_code unknown;
+            if (!report.empty() && std::filesystem::is_regular_file(report, unknown) &&
+                std::filesystem::equivalent(report, log, unknown)) {
+                return report;
+            }
+        }
+    }
+    return "";
 }
 
 int Complain(int status, const std::string& text) {
@@ -131,22 +182,26 @@ int RunJudge(const JudgeOptions& options) {
     if (options.logs.empty() || (options.follow && options.logs.size() > 1)) {
         return Complain(kUsage, options.follow ? "expected one log to follow" : "expected a log, found none");
     }
+    if (const std::string report = ReportOverLog(options); !report.empty()) {
+        return Complain(kUsage,
+                        Printable(report) + ": expected a file for a report, found a log to be judged");
+    }
     try {
         const judge::KnownFailures known =
             options.known.empty() ? judge::KnownFailures() : judge::ReadKnownFailures(options.known);
-        report::RunPrinter printer(std::cout, WantsColour());
-        const report::Result result = JudgeLogs(options, known, printer);
-        if (printer.Count() == 0) {
-            return Complain(kNoLog,
-                            options.logs.front() + ": expected a log of the harness, found no line of one");
+        Session session(options, known);
+        session.JudgeLogs();
+        if (session.Foreign().size() < options.logs.size()) {
+            WriteReports(options, session.Kept());
         }
-        printer.End();
-        std::cout.flush();
-        WriteReports(options, result);
-        if (!std::cout) {
-            return Complain(kUsage, kNoOutput);
+        if (IsOutputLost()) {
+            return Complain(kUsage, "expected standard output to take the report, found that it did not");
         }
-        return report::ExitStatusOf(printer.Worst());
+        if (!session.Foreign().empty()) {
+            return Complain(kNoLog, Printable(session.Foreign().front()) +
+                                        ": expected a log of the harness, found no line of one");
+        }
+        return report::ExitStatusOf(session.Worst());
     } catch (const Unreadable& log) {
         return Complain(kNoLog, log.what());
     } catch (const std::exception& error) {

@@ -1,10 +1,13 @@
 #include "rig/judge/KnownFailures.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <stdexcept>
+#include <string_view>
 
+#include "rig/common/Printable.h"
 #include "rig/judge/Checks.h"
 #include "rig/log/LogReader.h"
 
@@ -25,45 +28,86 @@ std::string_view Stable(std::string_view reason) {
     return !reason.empty() && reason.back() == ')' ? reason.substr(0, parenthesis) : reason;
 }
 
+bool IsBlank(char byte) {
+    return byte == ' ' || byte == '\t' || byte == '\r';
+}
+
+std::string_view Trimmed(std::string_view text) {
+    while (!text.empty() && IsBlank(text.front())) {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && IsBlank(text.back())) {
+        text.remove_suffix(1);
+    }
+    return text;
+}
+
+bool Has(const std::set<std::string>& reasons, const std::string& found) {
+    return std::any_of(reasons.begin(), reasons.end(),
+                       [&found](const std::string& reason) { return Stable(reason) == Stable(found); });
+}
+
 }  // namespace
 
 KnownFailures ReadKnownFailures(const std::string& path) try {
     KnownFailures known;
     ReadLog(path, [&known, &path](std::uint64_t number, std::string_view line) {
-        if (line.empty() || line.front() == '#') {
-            return true;
+        const std::string_view entry = Trimmed(line);
+        if (entry.empty() || entry.front() == '#') {
+            return;
         }
-        const std::size_t blank = std::min(line.find(' '), line.size());
-        const std::string id(line.substr(0, blank));
-        const std::string reason(line.substr(std::min(blank + 1, line.size())));
-        if (!IsCheck(id) || reason.empty()) {
+        const std::string_view id = entry.substr(0, entry.find_first_of(" \t"));
+        const std::string_view reason = Trimmed(entry.substr(id.size()));
+        if (!IsCheck(std::string(id)) || reason.empty()) {
             throw std::runtime_error(
-                fmt::format("{}:{}: expected the id of a check, a blank and a reason, found "
-                            "\"{}\"",
-                            path, number, line));
+                fmt::format("{}:{}: expected the id of a check, a blank and a reason, found \"{}\"",
+                            Printable(path), number, WithoutControls(line)));
         }
-        known[id] = reason;
-        return true;
+        known[std::string(id)].insert(std::string(reason));
     });
     return known;
 } catch (const Unreadable& file) {
-    throw std::runtime_error(file.what());
+    throw std::runtime_error(std::string("--known: ") + file.what());
 }
 
 void Apply(const KnownFailures& known, report::RunResult& run) {
     for (CheckResult& check : run.checks) {
         const auto entry = known.find(check.id);
-        if (entry == known.end()) {
+        if (entry == known.end() || check.verdict != Verdict::Fail) {
             continue;
         }
-        if (check.verdict == Verdict::Fail && Stable(check.found) == Stable(entry->second)) {
+        if (Has(entry->second, check.found)) {
             check.verdict = Verdict::KnownFailure;
-        } else if (check.verdict == Verdict::Pass) {
-            check.verdict = Verdict::Fail;
-            check.expected = "the known failure: " + entry->second;
-            check.found = "it passes now: the list of known failures is to be mended";
+        } else {
+            check.expected += fmt::format("; known is \"{}\"", fmt::join(entry->second, "\", \""));
         }
     }
+}
+
+void KnownTally::Add(const report::RunResult& run) {
+    for (const CheckResult& check : run.checks) {
+        if (check.verdict == Verdict::Pass) {
+            passed_.insert(check.id);
+        } else if (check.verdict == Verdict::KnownFailure) {
+            shown_.insert(check.id);
+        }
+    }
+}
+
+report::RunResult KnownTally::Unseen(const KnownFailures& known) const {
+    report::RunResult run;
+    run.name = "known failures";
+    for (const auto& [id, reasons] : known) {
+        if (passed_.count(id) > 0 && shown_.count(id) == 0) {
+            run.checks.push_back({id,
+                                  "A known failure shows, or is taken off the list.",
+                                  Verdict::Fail,
+                                  fmt::format("\"{}\"", fmt::join(reasons, "\" or \"")),
+                                  "it passes now: the list of known failures is to be mended",
+                                  {}});
+        }
+    }
+    return run;
 }
 
 }  // namespace rig::judge

@@ -17,8 +17,8 @@ Finding MessagesParsed(const Run& run, const Limits& /*limits*/) {
     return NoneOf({{run.noMessage, "a document without the element msg, for which the harness aborts"},
                    {run.empty, "a message without text, for which the harness aborts"},
                    {run.brokenOff,
-                    "a message that breaks off, or whose length prefix announces less than was sent, for "
-                    "which the harness aborts"},
+                    "a message that breaks off, is garbled, or whose length prefix announces less than was "
+                    "sent, for which the harness aborts"},
                    {run.Of(Sign::NotXml),
                     "a message, or a description in one, that is no XML, for which the harness aborts"},
                    {run.notWellFormed, "a message, or a description in one, that is no well-formed XML"},
@@ -37,6 +37,19 @@ Finding MessagesAsked(const Run& run, const Limits& /*limits*/) {
                   !run.received.empty(), "every message answers a request that waits for it", "no message");
 }
 
+std::string HowUnanswered(const Run& run, const Request& request) {
+    const std::string pair = request.expects + " to " + request.name;
+    if (request.isMistaken) {
+        return "the only " + pair + " is one that the harness ignores";
+    }
+    if (run.Saw(Sign::UnknownMessage)) {
+        return "no " + pair + ": the DVR sent another message, or one that the dialect does not know";
+    }
+    const bool couldClose = !request.isOvertaken && !run.Saw(Sign::PrefixReadError);
+    return "no " + pair + ": the DVR sent none" +
+           (couldClose ? ", or closed the connection, which leaves no line in the log" : "");
+}
+
 Finding RequestsAnswered(const Run& run, const Limits& limits) {
     const std::string expected = "an answer to every request";
     const Tally unanswered = Unanswered(run, "", limits);
@@ -44,15 +57,7 @@ Finding RequestsAnswered(const Run& run, const Limits& limits) {
         const auto first = std::find_if(
             run.pending.begin(), run.pending.end(),
             [&run, &limits](const Request& request) { return IsUnanswered(run, request, limits); });
-        const std::string pair = first->expects + " to " + first->name;
-        return Fail(
-            expected,
-            Words(first->isMistaken ? "the only " + pair + " is one that the harness ignores"
-                                    : "no " + pair +
-                                          ": the DVR sent none, or closed the connection, which leaves "
-                                          "no line in the log",
-                  unanswered),
-            unanswered);
+        return Fail(expected, Words(HowUnanswered(run, *first), unanswered), unanswered);
     }
     if (!run.pending.empty() && run.HarnessEnded()) {
         return NotReached(expected, "the harness had aborted before " + run.pending.front().expects);
@@ -71,8 +76,9 @@ const std::vector<Check>& MessageChecks() {
         {"messages.framed", "Every message has a good length prefix.", Always, MessagesFramed},
         {"messages.parsed", "Every message is an XML document with msg and req.", Always, MessagesParsed},
         {"messages.known", "Every message is one of the dialect's.", Always, MessagesKnown},
-        {"messages.asked", "The DVR sends only what it is asked for, once.", AsksWhole, MessagesAsked},
-        {"requests.answered", "The DVR answers every request.", AsksWhole, RequestsAnswered},
+        {"messages.asked", "The DVR sends only what it is asked for, once.", AsksWhole, MessagesAsked,
+         Needs::WholeLog},
+        {"requests.answered", "The DVR answers every request.", AsksWhole, RequestsAnswered, Needs::WholeLog},
     };
     return kChecks;
 }

@@ -135,6 +135,7 @@ struct Run {
     Tally badLength;               // announced lengths that no message has
     Tally damaged;                 // messages of which the log holds a part only
     Tally assertions;              // failed assertions, where the log holds standard error as well
+    Tally markerFailures;          // failure markers that could not be made, likewise
     Tally doneSent;                // DONE
     std::uint64_t files = 0;       // requested whole
     std::uint64_t acksAtDone = 0;  // acknowledgements when the first DONE went out

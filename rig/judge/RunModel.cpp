@@ -96,11 +96,14 @@ void RunModel::Note(const LogLine& line, Sign sign, const Place& place) {
     if (line.time) {
         run_.endTime = line.time;
     }
+    // A harness without switches to which no DVR connects says at its end that it is shutting down, and no more.
+    const bool isFirst = place.line == run_.begin.line && place.file == run_.begin.file;
     if (IsSwitch(sign) || sign == Sign::Connected || sign == Sign::BindFailed ||
-        sign == Sign::NoSignalHandler || sign == Sign::ShuttingDown) {
+        sign == Sign::NoSignalHandler || (sign == Sign::ShuttingDown && isFirst)) {
         run_.hasStart = run_.hasStart || !run_.Saw(Sign::Expecting);
     }
-    run_.signs[static_cast<std::size_t>(sign)].Add(place);
+    run_.signs[static_cast<std::size_t>(sign)].Add(
+        place, sign == Sign::UnknownMessage ? WithoutControls(Behind(sign, line.text)) : "");
     if (keep_.log) {
         run_.log.push_back({place.line, line.time, line.level, std::string(line.text)});
     }
@@ -109,6 +112,10 @@ void RunModel::Note(const LogLine& line, Sign sign, const Place& place) {
 void RunModel::AddAssertion(const Place& place) {
     run_.assertions.Add(place);
     AddStep(Step::Kind::Note, place.text, place);
+}
+
+void RunModel::AddMarkerFailure(const Place& place) {
+    run_.markerFailures.Add(place);
 }
 
 void RunModel::TakeNumber(Sign sign, std::string_view text) {
@@ -122,6 +129,9 @@ void RunModel::TakeNumber(Sign sign, std::string_view text) {
         run_.hasSleep = true;
     } else if (sign == Sign::ProtocolSwitch) {
         run_.protocol = static_cast<int>(number);
+    } else if (sign == Sign::Opening) {  // in a log that has lost its first lines
+        const std::string_view request = Behind(sign, text);
+        run_.protocol = request == "GET_EVENT_LIST" ? 2 : request == "GET_XML" ? 1 : run_.protocol;
     }
 }
 

@@ -38,6 +38,9 @@ class RunModel {
     /// Takes the message of a failed assertion of the harness, from its standard error.
     void AddAssertion(const Place& place);
 
+    /// Takes a line of the harness's standard error by which it could not make the failure marker.
+    void AddMarkerFailure(const Place& place);
+
     /// @return whether the harness has said that it ends
     bool HasEnded() const;
 

@@ -119,19 +119,19 @@ const std::vector<Check>& SwitchChecks() {
     static const std::vector<Check> kChecks = {
         {"upgrade.fired", kFiredSentence, With<Sign::UpgradeSwitch>, UpgradeFired},
         {"upgrade.answer", "The DVR confirms a software update.", WithWhole<Sign::UpgradeSwitch>,
-         UpgradeAnswered},
+         UpgradeAnswered, Needs::WholeLog},
         {"config.fired", kFiredSentence, With<Sign::ConfigSwitch>, ConfigFired},
         {"config.answer", "The DVR refuses a bogus configuration.", WithWhole<Sign::ConfigSwitch>,
-         ConfigAnswered},
+         ConfigAnswered, Needs::WholeLog},
         {"size.fired", kFiredSentence, With<Sign::SizeSwitch>, SizeFired},
         {"size.answer", "The DVR does not go on as if a frame that is too short were whole.",
-         With<Sign::SizeSwitch>, SizeAnswered},
+         With<Sign::SizeSwitch>, SizeAnswered, Needs::WholeLog},
         {"close.fired", kFiredSentence, With<Sign::CloseSwitch>, CloseFired},
         {"close.answer", "The DVR ends its export when DONE comes early.", With<Sign::CloseSwitch>,
-         CloseAnswered},
+         CloseAnswered, Needs::WholeLog},
         {"duration.fired", kFiredSentence, With<Sign::DurationSwitch>, DurationFired},
         {"duration.answer", "The DVR stays away as long as DONE says.", With<Sign::DurationSwitch>,
-         DurationAnswered},
+         DurationAnswered, Needs::WholeLog},
     };
     return kChecks;
 }

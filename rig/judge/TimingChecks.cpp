@@ -32,7 +32,8 @@ Finding Reaction(const Run& run, const Limits& limits) {
 
 const std::vector<Check>& TimingChecks() {
     static const std::vector<Check> kChecks = {
-        {"reaction.time", "The DVR answers within the time given.", HasReactions, Reaction, true},
+        {"reaction.time", "The DVR answers within the time given.", HasReactions, Reaction,
+         Needs::MaxReaction},
     };
     return kChecks;
 }

@@ -4,17 +4,17 @@
 
 namespace rig {
 
-bool LineCutter::Add(std::string_view piece) {
+void LineCutter::Add(std::string_view piece) {
     for (std::size_t newline = 0; (newline = piece.find('\n')) != std::string_view::npos;) {
         const std::string_view end = piece.substr(0, newline);
         piece.remove_prefix(newline + 1);
-        // Most lines come whole: no need to copy them.
-        if (!(rest_.empty() ? take_(++number_, end.substr(0, kLongestLine)) : Give(end))) {
-            return false;
+        if (rest_.empty()) {  // most lines come whole: no need to copy them
+            take_(++number_, end.substr(0, kLongestLine));
+        } else {
+            Give(end);
         }
     }
     Keep(piece);
-    return true;
 }
 
 void LineCutter::End() {
@@ -28,11 +28,10 @@ void LineCutter::Keep(std::string_view part) {
 }
 
 /// @param end  of the line that is kept so far
-bool LineCutter::Give(std::string_view end) {
+void LineCutter::Give(std::string_view end) {
     Keep(end);
-    const bool goesOn = take_(++number_, rest_);
+    take_(++number_, rest_);
     rest_.clear();
-    return goesOn;
 }
 
 }  // namespace rig

@@ -10,8 +10,8 @@
 namespace rig {
 
 /// Takes one line of a log, without its newline. The line number counts from 1; the view is valid during the
-/// call only. @return whether to go on
-using TakeLine = std::function<bool(std::uint64_t number, std::string_view line)>;
+/// call only.
+using TakeLine = std::function<void(std::uint64_t number, std::string_view line)>;
 
 /// How much of one line is kept; what a line has beyond it is skipped. The harness's longest, a document of
 /// a peer in one line, may be cut by this: memory must not grow with what is in a log.
@@ -22,15 +22,14 @@ class LineCutter {
  public:
     explicit LineCutter(TakeLine take) : take_(std::move(take)) {}
 
-    /// @return whether to go on, as the taker of the last line said
-    bool Add(std::string_view piece);
+    void Add(std::string_view piece);
 
     /// Gives a last line that has no newline.
     void End();
 
  private:
     void Keep(std::string_view part);
-    bool Give(std::string_view end);
+    void Give(std::string_view end);
 
     TakeLine take_;
     std::string rest_;

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <optional>
 #include <vector>
 
 namespace rig {
@@ -14,11 +15,18 @@ namespace {
 
 constexpr std::size_t kChunk = std::size_t{1} << 18;
 constexpr int kFollowInterval = 100;  // milliseconds: a file has no event for "grew"
+constexpr int kLastWords = 500;       // milliseconds in which a harness that was interrupted as well says so
 
-volatile std::sig_atomic_t interrupted = 0;
+volatile std::sig_atomic_t interrupts = 0;
 
-void Interrupt(int /*signal*/) {
-    interrupted = 1;
+void CountInterrupt(int /*signal*/) {
+    interrupts = interrupts + 1;
+}
+
+void CountInterrupts() {
+    struct sigaction action {};
+    action.sa_handler = CountInterrupt;  // without SA_RESTART: a read that waits must end
+    sigaction(SIGINT, &action, nullptr);
 }
 
 /// An open log; standard input is not closed.
@@ -38,8 +46,16 @@ class Input {
     Input(const Input&) = delete;
     Input& operator=(const Input&) = delete;
 
-    /// @return how many bytes were read; 0 at the end, or when a signal broke the wait
-    std::size_t Read(std::vector<char>& chunk) const {
+    bool IsStandardInput() const { return descriptor_ == STDIN_FILENO; }
+
+    /// @return whether a read would not wait
+    bool HasMore() const {
+        pollfd waited = {descriptor_, POLLIN, 0};
+        return poll(&waited, 1, 0) == 1;
+    }
+
+    /// @return how many bytes were read; 0 at the end; nothing when a signal broke the wait
+    std::optional<std::size_t> Read(std::vector<char>& chunk) const {
         const ssize_t count = read(descriptor_, chunk.data(), chunk.size());
         if (count >= 0) {
             return static_cast<std::size_t>(count);
@@ -47,12 +63,12 @@ class Input {
         if (errno != EINTR) {
             Fail();
         }
-        return 0;
+        return std::nullopt;
     }
 
  private:
     [[noreturn]] void Fail() const {
-        throw Unreadable(name_ + ": expected a log, found: " + std::strerror(errno));
+        throw Unreadable(name_ + ": expected to read it, found: " + std::strerror(errno));
     }
 
     std::string name_;
@@ -62,34 +78,33 @@ class Input {
 }  // namespace
 
 void ReadLog(const std::string& name, const TakeLine& take) {
-    const Input input(name);
-    std::vector<char> chunk(kChunk);
-    LineCutter lines(take);
-    while (const std::size_t count = input.Read(chunk)) {
-        if (!lines.Add({chunk.data(), count})) {
-            return;
-        }
-    }
-    lines.End();
+    FollowLog(name, take, {});
 }
 
-void FollowLog(const std::string& name, const TakeLine& take) {
-    struct sigaction action {};
-    action.sa_handler = Interrupt;  // without SA_RESTART: a read that waits must end
-    sigaction(SIGINT, &action, nullptr);
+void FollowLog(const std::string& name, const TakeLine& take, const std::function<bool()>& isOver) {
     const Input input(name);
+    if (isOver || input.IsStandardInput()) {
+        CountInterrupts();
+    }
     std::vector<char> chunk(kChunk);
     LineCutter lines(take);
-    while (interrupted == 0) {
-        const std::size_t count = input.Read(chunk);
-        if (count > 0) {
-            if (!lines.Add({chunk.data(), count})) {
-                return;
-            }
-        } else if (name == "-") {
+    int patience = kLastWords;
+    while (interrupts < 2) {
+        if (isOver && input.IsStandardInput() && !input.HasMore() && isOver()) {
+            break;
+        }
+        const std::optional<std::size_t> count = input.Read(chunk);
+        if (!count) {
+            continue;
+        }
+        if (*count > 0) {
+            lines.Add({chunk.data(), *count});
+            patience = kLastWords;
+        } else if (!isOver || input.IsStandardInput() || isOver() || patience <= 0) {
             break;
         } else {
             poll(nullptr, 0, kFollowInterval);
+            patience -= interrupts > 0 ? kFollowInterval : 0;
         }
     }
     lines.End();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 
@@ -13,11 +14,13 @@ class Unreadable : public std::runtime_error {
 };
 
 /// Reads a log line by line to its end; "-" is standard input. A last line without newline is a line.
-/// Throws Unreadable.
+/// SIGINT does not end reading from standard input: what writes it in a pipe gets the same Ctrl-C, and ends
+/// the input when it has said its last. Another SIGINT does. Throws Unreadable.
 void ReadLog(const std::string& name, const TakeLine& take);
 
-/// Reads as ReadLog does, and at the end of the file waits for more, until `take` returns false, or until
-/// SIGINT, which from the first call on ends following and not the process.
-void FollowLog(const std::string& name, const TakeLine& take);
+/// Reads as ReadLog does, and at the end of a file waits for more. Ends when `isOver` returns true, which is
+/// asked whenever all that is there has been read; for a file also when nothing comes any more behind a
+/// SIGINT, or at another one.
+void FollowLog(const std::string& name, const TakeLine& take, const std::function<bool()>& isOver);
 
 }  // namespace rig

@@ -24,6 +24,7 @@ void AddEvidence(pugi::xml_node cell, const CheckResult& check, const LogPlaces&
         }
         AddText(item, " ");
         Add(item, "code", line.text);
+        AddText(item, line.note.empty() ? "" : " " + line.note);
     }
 }
 

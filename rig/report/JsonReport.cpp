@@ -8,7 +8,8 @@ namespace {
 Json ToJson(const CheckResult& check) {
     Json evidence = Json::array();
     for (const Evidence& line : check.evidence) {
-        evidence.push_back({{"file", line.file}, {"line", line.line}, {"text", line.text}});
+        evidence.push_back(
+            {{"file", line.file}, {"line", line.line}, {"text", line.text}, {"note", line.note}});
     }
     return {{"id", check.id},
             {"requirement", check.requirement},

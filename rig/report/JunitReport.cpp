@@ -18,6 +18,7 @@ const char* ElementOf(Verdict verdict) {
         case Verdict::Fail:
             return "failure";
         case Verdict::Environment:
+        case Verdict::Inconclusive:
             return "error";
         default:
             return "skipped";
@@ -34,7 +35,7 @@ void AddOutcome(pugi::xml_node test, const CheckResult& check) {
     Set(outcome, "type", NameOf(check.verdict));
     std::string lines;
     for (const Evidence& line : check.evidence) {
-        lines += fmt::format("{}:{}: {}\n", line.file, line.line, line.text);
+        lines += line.Words() + "\n";
     }
     AddText(outcome, lines);
 }
@@ -73,7 +74,7 @@ void AddSuite(pugi::xml_node suites, const RunResult& run, std::size_t number) {
     pugi::xml_node suite = suites.append_child("testsuite");
     Set(suite, "id", std::to_string(number));
     Set(suite, "package", "velloran");
-    Set(suite, "name", run.name + " velloran " + run.switches);
+    Set(suite, "name", run.name + (run.switches.empty() ? "" : " velloran " + run.switches));
     AddCounts(suite, run);
     const std::string seconds = SecondsSince(run.begin, run.end);
     Set(suite, "time", seconds.empty() ? "0.000" : seconds);

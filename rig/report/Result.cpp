@@ -22,12 +22,18 @@ const char* NameOf(Verdict verdict) {
     return "FAIL";
 }
 
+std::string Evidence::Words() const {
+    return file + ":" + std::to_string(line) + ": " + text + (note.empty() ? "" : "  (" + note + ")");
+}
+
 Verdict WorstOf(const RunResult& run) {
     Verdict worst = Verdict::Pass;
+    bool isKnown = false;
     for (const CheckResult& check : run.checks) {
         worst = std::max(worst, check.verdict);
+        isKnown = isKnown || check.verdict == Verdict::KnownFailure;
     }
-    return worst;
+    return worst == Verdict::NotReached && isKnown ? Verdict::KnownFailure : worst;
 }
 
 Verdict WorstOf(const Result& result) {

@@ -25,6 +25,10 @@ struct Evidence {
     std::string file;        // as given on the command line; "-" is standard input
     std::uint64_t line = 0;  // counting from 1
     std::string text;        // the log's text, without its prefix, as it stands there (escaped)
+    std::string note = {};   // what the line itself does not tell
+
+    /// @return file, line, text and note
+    std::string Words() const;
 };
 
 struct CheckResult {
@@ -79,7 +83,8 @@ struct Result {
     std::vector<RunResult> runs;
 };
 
-/// @return the verdict that decides for the run: the worst of its checks
+/// @return the verdict that decides for the run: the worst of its checks. What was not reached for a known
+/// failure counts as known.
 Verdict WorstOf(const RunResult& run);
 
 /// @return the verdict that decides for all runs

@@ -43,8 +43,12 @@ void PrintCheck(Text& text, const CheckResult& check, bool colour) {
     Print(text, "\n{} {}\n", Shown(check.verdict, 0, colour), check.id);
     Print(text, "  {}\n  expected: {}\n  found:    {}\n", check.requirement, check.expected, check.found);
     for (const Evidence& line : check.evidence) {
-        Print(text, "  {}:{}: {}\n", line.file, line.line, line.text);
+        Print(text, "  {}\n", line.Words());
     }
+}
+
+std::string TitleOf(const RunResult& run) {
+    return run.name + (run.switches.empty() ? "" : "  velloran " + run.switches);
 }
 
 bool NeedsWords(const CheckResult& check) {
@@ -64,7 +68,7 @@ void PrintTimings(Text& text, const RunResult& run) {
 }
 
 void PrintRun(Text& text, const RunResult& run, bool colour) {
-    Print(text, "{}  velloran {}\n", run.name, run.switches);
+    Print(text, "{}\n", TitleOf(run));
     for (const CheckResult& check : run.checks) {
         Print(text, "  {}  {}\n", Shown(check.verdict, 13, colour), check.id);
     }
@@ -101,7 +105,7 @@ void RunPrinter::Add(const RunResult& run) {
     Text text;
     PrintRun(text, run, colour_);
     out_.write(text.data(), static_cast<std::streamsize>(text.size()));
-    Row row{fmt::format("{}  velloran {}", run.name, run.switches), std::string(ids_.size(), ' ')};
+    Row row{TitleOf(run), std::string(ids_.size(), ' ')};
     for (const CheckResult& check : run.checks) {
         const auto id = std::find(ids_.begin(), ids_.end(), check.id);
         const auto column = static_cast<std::size_t>(id - ids_.begin());
@@ -166,7 +170,7 @@ std::string TextReport(const Result& result, bool colour) {
 
 std::string Timeline(const RunResult& run) {
     Text text;
-    Print(text, "{}  velloran {}\n", run.name, run.switches);
+    Print(text, "{}\n", TitleOf(run));
     for (const Step& step : run.steps) {
         const double seconds =
             step.time && run.begin ? static_cast<double>(*step.time - *run.begin) / 1e6 : 0;

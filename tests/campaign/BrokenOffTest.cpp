@@ -84,7 +84,7 @@ TEST_F(BrokenOffTest, WhileItWaitsForARecorder) {
         RunUntil([] { EXPECT_TRUE(Until([] { return sockets::IsListening(5001); })); }, SIGTERM,
                  {"--cases", "event-2.0"});
     EXPECT_EQ(result.status, 130);
-    EXPECT_EQ(Evidence()["cases"][0]["reason"], "by signal 15");
+    EXPECT_EQ(Evidence()["cases"][0]["reason"], "by SIGTERM (Terminated)");
 }
 
 TEST_F(BrokenOffTest, InAHook) {

@@ -160,10 +160,10 @@ TEST(CampaignOnATerminal, RewritesTheLineOfTheCaseThatRuns) {
         RunRig({"run", "--bare", "--cases", "config-2.0", "--connect-timeout", "0.3", "--velloran",
                 "sh -c 'tail -f /dev/null' sh", "--out", (folder.Path() / "campaign").string()},
                surroundings);
-    EXPECT_EQ(result.status, 1) << result.output;
-    ExpectHolds(result.output, "\r\033[K1/1 config-2.0");
+    EXPECT_EQ(result.status, 3) << result.output;
+    ExpectHolds(result.output, "\r\033[K1/1 config-2.0 ");
     ExpectHolds(result.output, "starting");
-    ExpectHolds(result.output, "\033[31mTIMEOUT");
+    ExpectHolds(result.output, "\033[31mENVIRONMENT");
     std::istringstream lines(result.output);
     for (std::string line; std::getline(lines, line, '\r');) {
         const bool isLive = line.find("starting") != std::string::npos;

@@ -102,6 +102,22 @@ TEST(Child, GetsSignalsAsTheProgramItselfWould) {
     EXPECT_TRUE(EndOf(program, SIGKILL).IsSignal(SIGKILL));
 }
 
+TEST(Child, MayLeaveOthersUntilItsEnd) {
+    auto [output, write] = Pipe();
+    {
+        Launch launch{"(echo ready; exec sleep 1000) & exit 0", write.Number(), write.Number()};
+        launch.mayLeaveOthers = true;
+        Child child(launch);
+        write.Close();
+        EXPECT_TRUE(HasEnded(child));
+        char piece[16];
+        EXPECT_EQ(read(output.Number(), piece, sizeof piece), 6);
+        pollfd waited = {output.Number(), POLLIN, 0};
+        EXPECT_EQ(poll(&waited, 1, 50), 0) << "it has gone";
+    }
+    EXPECT_EQ(ReadAll(output.Number()), "");
+}
+
 TEST(Child, TakesItsGroupAlong) {
     auto [output, write] = Pipe();
     {

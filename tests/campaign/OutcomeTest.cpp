@@ -88,6 +88,21 @@ TEST(Outcome, NamesTheTimeoutAndWhatTheJudgeSays) {
     }
 }
 
+TEST(Outcome, OfATimeoutWithoutLogIsTheRigs) {
+    CaseFacts facts;
+    facts.isStopped = true;
+    facts.end = End::ConnectTimeout;
+    facts.words = "such a time-out";
+    EXPECT_EQ(Decide(facts).outcome, Outcome::Environment);
+    EXPECT_EQ(Decide(facts).reason, "the harness wrote no line of a log; such a time-out");
+}
+
+TEST(Outcome, OfATimeoutThatTheRigCausedIsTheRigs) {
+    CaseFacts facts = Stopped(Verdict::Environment);
+    facts.end = End::CaseTimeout;
+    EXPECT_EQ(Decide(facts).outcome, Outcome::Environment);
+}
+
 TEST(Outcome, OfAFailedCommandDependsOnWhetherADvrCame) {
     CaseFacts facts = Stopped(Verdict::Inconclusive);
     facts.end = End::DvrFailed;

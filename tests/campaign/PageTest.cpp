@@ -45,7 +45,11 @@ TEST_F(CampaignPageTest, SaysFirstHowItCameOut) {
     Make(Finished({Record("a", Outcome::Pass)}));
     EXPECT_EQ(Heading(), "The DVR passed: 1 of 1 case passed");
     Make(Finished({Record("a", Outcome::Environment)}));
-    EXPECT_EQ(Heading(), "The harness or the rig failed, not the DVR: 0 of 1 case passed");
+    EXPECT_EQ(Heading(), "The harness, a hook or the rig failed: 0 of 1 case passed");
+    CampaignRecord stale = Finished({Record("a", Outcome::Pass)});
+    stale.knownUnseen = {"xfer.answer"};
+    Make(stale);
+    EXPECT_EQ(Heading(), "The list of known failures is to be mended: 1 of 1 case passed");
     CampaignRecord running = Finished({Record("a", Outcome::Running)});
     running.state = "running";
     Make(running);

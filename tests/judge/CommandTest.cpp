@@ -55,6 +55,39 @@ TEST(JudgeCommand, NeverPassesALogThatIsNone) {
     std::remove(path.c_str());
 }
 
+TEST(JudgeCommand, NamesALogThatIsNoneAmongOthers) {
+    const std::string path = testing::TempDir() + "velloran-no-log-2";
+    JudgeOptions options;
+    options.logs = {path};
+    options.json = testing::TempDir() + "velloran-no-log.json";
+    std::ofstream(path).close();
+    EXPECT_EQ(Judge({"clean-1.0"}, options), 66);
+    EXPECT_TRUE(std::filesystem::exists(options.json)) << "what can be told is told";
+    std::remove(path.c_str());
+    std::remove(options.json.c_str());
+}
+
+TEST(JudgeCommand, KeepsALogThatIsNamedAsAReport) {
+    const std::string path = testing::TempDir() + "velloran-precious";
+    std::ofstream(path) << RealLog("clean-2.0");
+    JudgeOptions options;
+    options.logs = {path};
+    options.html = path;
+    EXPECT_EQ(Judge({}, options), 64);
+    std::ifstream file(path);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), RealLog("clean-2.0"));
+    std::remove(path.c_str());
+}
+
+TEST(JudgeCommand, FailsForAKnownFailureThatPasses) {
+    JudgeOptions options;
+    options.known = testing::TempDir() + "velloran-known";
+    std::ofstream(options.known) << "event-list.source EVENT_LIST without source\n";
+    EXPECT_EQ(Judge({"clean-2.0"}, options), 1);
+    EXPECT_EQ(Judge({"clean-2.0", "d2-missing-source"}, options), 0);
+    std::remove(options.known.c_str());
+}
+
 TEST(JudgeCommand, NeedsAListOfKnownFailuresThatCanBeRead) {
     JudgeOptions options;
     options.known = "/nowhere/known";
@@ -183,6 +216,17 @@ TEST(JudgeCommand, JudgesWhatItFollowedWhenInterrupted) {
     EXPECT_TRUE(follower.HasReadAll());
     follower.Interrupt();
     EXPECT_EQ(follower.ExitStatus(), 2);
+    std::remove(path.c_str());
+}
+
+TEST(JudgeCommand, FollowsTheRunThatGoesOnBehindOthers) {
+    const std::string log = RealLog("d2-missing-source");
+    const std::string path = testing::TempDir() + "velloran-appended";
+    std::ofstream(path) << RealLog("clean-2.0") + log.substr(0, log.size() / 2);
+    const Follower follower(path);
+    EXPECT_TRUE(follower.HasReadAll());
+    std::ofstream(path, std::ios::app) << log.substr(log.size() / 2);
+    EXPECT_EQ(follower.ExitStatus(), 1);
     std::remove(path.c_str());
 }
 

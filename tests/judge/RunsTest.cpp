@@ -51,6 +51,39 @@ TEST(Runs, WithoutTheirStartAreInconclusive) {
     EXPECT_NE(With(Verdict::Inconclusive, result.runs.at(0)).find("log.start"), std::string::npos);
 }
 
+/// A log that lost its first lines proves no failure of what came before them.
+TEST(Runs, OfAGoodDvrNeverFailWhereverTheirLogBegins) {
+    for (const std::string name : {"clean-1.0", "clean-2.0", "all-faults-2.0", "rehash-xfer-2.0"}) {
+        std::string log = RealLog(name);
+        for (int line = 1; !log.empty(); ++line) {
+            for (const auto& run : Judged(log).runs) {
+                EXPECT_EQ(With(Verdict::Fail, run), "") << name << " from line " << line;
+            }
+            log.erase(0, log.find('\n') + 1);
+        }
+    }
+}
+
+TEST(Runs, OfWhichAMessageIsCutFailForNothingThatFollows) {
+    std::string log = RealLog("clean-2.0");
+    const std::size_t slice = log.find("bytes 1 to ", log.size() / 2);
+    log.erase(log.rfind('\n', slice), log.find('\n', slice) - log.rfind('\n', slice));
+    const auto result = Judged(log);
+    EXPECT_EQ(With(Verdict::Fail, result.runs.at(0)), "");
+    EXPECT_EQ(With(Verdict::Inconclusive, result.runs.at(0)).find("log.whole"), 0U);
+}
+
+TEST(Runs, InWhichTheFailureMarkerCannotBeMadeAreTheEnvironments) {
+    const std::string log = RealLog("transport-2.0");
+    const std::size_t end = log.find('\n', log.find("processing 'transportException'")) + 1;
+    const auto result =
+        Judged(log.substr(0, end) + "touch: cannot touch '/mnt/hd/velloranFail': Read-only file system\n" +
+               log.substr(end));
+    EXPECT_EQ(With(Verdict::Environment, result.runs.at(0)), "harness.ran");
+    EXPECT_EQ(With(Verdict::Inconclusive, result.runs.at(0)), "transport.fired");
+    EXPECT_EQ(With(Verdict::NotReached, result.runs.at(0)), "transport.answer");
+}
+
 TEST(Runs, InterruptedSoonAfterARequestAreInconclusive) {
     const auto result = Judged(RealLog("d2-no-answer-on-EVENT_XFER_ACK"), {60, {}});
     EXPECT_EQ(With(Verdict::Fail, result.runs.at(0)), "");

@@ -11,7 +11,6 @@ TEST(LineCutter, CutsPiecesIntoNumberedLines) {
     std::vector<std::string> lines;
     LineCutter cutter([&lines](std::uint64_t number, std::string_view line) {
         lines.push_back(std::to_string(number) + ":" + std::string(line));
-        return true;
     });
     for (const char* piece : {"one\ntw", "o", "\n\nfo", "ur"}) {
         cutter.Add(piece);
@@ -25,27 +24,13 @@ TEST(LineCutter, CutsPiecesIntoNumberedLines) {
 
 TEST(LineCutter, KeepsOnlySoMuchOfALine) {
     std::size_t size = 0;
-    LineCutter cutter([&size](std::uint64_t, std::string_view line) {
-        size = line.size();
-        return true;
-    });
+    LineCutter cutter([&size](std::uint64_t, std::string_view line) { size = line.size(); });
     const std::string piece(kLongestLine / 2 + 1, 'x');
     for (int count = 0; count < 4; ++count) {
         cutter.Add(piece);
     }
     cutter.Add("\n");
     EXPECT_EQ(size, kLongestLine);
-}
-
-TEST(LineCutter, StopsWhereItIsTold) {
-    std::vector<std::string> lines;
-    LineCutter cutter([&lines](std::uint64_t, std::string_view line) {
-        lines.emplace_back(line);
-        return lines.size() < 2;
-    });
-    EXPECT_TRUE(cutter.Add("one\ntw"));
-    EXPECT_FALSE(cutter.Add("o\nthree\n"));
-    EXPECT_EQ(lines, (std::vector<std::string>{"one", "two"}));
 }
 
 }  // namespace

@@ -1,5 +1,10 @@
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <fstream>
 #include <vector>
@@ -18,7 +23,6 @@ class LogReader : public testing::Test {
         ReadLog(path_, [&lines](std::uint64_t number, std::string_view line) {
             EXPECT_EQ(number, lines.size() + 1);
             lines.emplace_back(line);
-            return true;
         });
         return lines;
     }
@@ -46,19 +50,114 @@ TEST_F(LogReader, KeepsNoMoreOfALineThanItsLimit) {
     EXPECT_EQ(lines[1], "end");
 }
 
-TEST_F(LogReader, FollowsAFileUntilToldToStop) {
+TEST_F(LogReader, FollowsAFileUntilItIsOverAndReadsAllThatIsThere) {
     Write("a\nb\nc\n");
     int taken = 0;
-    FollowLog(path_, [&taken](std::uint64_t /*number*/, std::string_view /*line*/) { return ++taken < 2; });
-    EXPECT_EQ(taken, 2);
+    FollowLog(
+        path_, [&taken](std::uint64_t /*number*/, std::string_view /*line*/) { ++taken; },
+        [&taken] { return taken >= 2; });
+    EXPECT_EQ(taken, 3);
+}
+
+/// A process of its own with a pipe at its standard input, which reads it as a log.
+class PipeReader {
+ public:
+    /// @param isFollowed  until it has three lines
+    explicit PipeReader(bool isFollowed) {
+        int ends[2] = {-1, -1};
+        EXPECT_EQ(pipe(ends), 0);
+        process_ = fork();
+        if (process_ == 0) {
+            dup2(ends[0], STDIN_FILENO);
+            close(ends[0]);
+            close(ends[1]);
+            _exit(Count(isFollowed));
+        }
+        close(ends[0]);
+        pipe_ = ends[1];
+    }
+    ~PipeReader() { Close(); }
+    PipeReader(const PipeReader&) = delete;
+    PipeReader& operator=(const PipeReader&) = delete;
+
+    void Write(const std::string& text) const {
+        EXPECT_EQ(write(pipe_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    }
+
+    /// Waits until all is read, so that the handler is there, and interrupts.
+    void Interrupt() const {
+        int left = 1;
+        while (left > 0 && ioctl(pipe_, FIONREAD, &left) == 0) {
+            poll(nullptr, 0, 1);
+        }
+        kill(process_, SIGINT);
+    }
+
+    void Close() {
+        if (pipe_ != -1) {
+            close(pipe_);
+        }
+        pipe_ = -1;
+    }
+
+    /// @return how many lines it has read
+    int Lines() const {
+        int status = 0;
+        waitpid(process_, &status, 0);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+ private:
+    static int Count(bool isFollowed) {
+        int lines = 0;
+        const auto take = [&lines](std::uint64_t /*number*/, std::string_view /*line*/) { ++lines; };
+        if (isFollowed) {
+            FollowLog("-", take, [&lines] { return lines >= 3; });
+        } else {
+            ReadLog("-", take);
+        }
+        return lines;
+    }
+
+    pid_t process_ = -1;
+    int pipe_ = -1;
+};
+
+/// Whether the pipe is followed, or read to its end.
+class LogReaderOfAPipe : public testing::TestWithParam<bool> {};
+
+TEST_P(LogReaderOfAPipe, TakesTheLastWordsOfAHarnessThatIsInterruptedWithIt) {
+    PipeReader reader(GetParam());
+    reader.Write("a\n");
+    reader.Interrupt();
+    reader.Write("shutting down\n");
+    reader.Close();
+    EXPECT_EQ(reader.Lines(), 2);
+}
+
+TEST_P(LogReaderOfAPipe, EndsAtASecondInterrupt) {
+    const PipeReader reader(GetParam());
+    reader.Write("a\n");
+    reader.Interrupt();
+    poll(nullptr, 0, 50);  // two signals at once may be one
+    reader.Interrupt();
+    EXPECT_EQ(reader.Lines(), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Followed, LogReaderOfAPipe, testing::Bool());
+
+TEST(LogReaderOfAFollowedPipe, EndsWhenAllIsOverThoughThePipeIsOpen) {
+    const PipeReader reader(true);
+    reader.Write("a\nb\nc\n");
+    EXPECT_EQ(reader.Lines(), 3);
 }
 
 TEST_F(LogReader, SaysWhatCannotBeRead) {
     try {
-        ReadLog("/nowhere/run.log", [](std::uint64_t /*number*/, std::string_view /*line*/) { return true; });
+        ReadLog("/nowhere/run.log", [](std::uint64_t /*number*/, std::string_view /*line*/) {});
         FAIL() << "expected it to throw";
     } catch (const Unreadable& error) {
-        EXPECT_STREQ(error.what(), "/nowhere/run.log: expected a log, found: No such file or directory");
+        EXPECT_STREQ(error.what(), "/nowhere/run.log: expected to read it, found: No such file or directory");
     }
 }
 

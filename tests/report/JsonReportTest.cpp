@@ -28,7 +28,7 @@ TEST(JsonReport, HasTheSameShapeForEveryRun) {
         for (const json& check : run["checks"]) {
             EXPECT_EQ(KeysOf(check), "evidence expected found id requirement verdict ");
             for (const json& line : check["evidence"]) {
-                EXPECT_EQ(KeysOf(line), "file line text ");
+                EXPECT_EQ(KeysOf(line), "file line note text ");
                 EXPECT_TRUE(line["line"].is_number_unsigned());
             }
         }
