@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <cerrno>
 #include <cstring>
@@ -70,7 +71,7 @@ void LogIncomingMessage(const char* text, int expectedSize) {
 }  // namespace
 
 void VelProtocolBase::GetMessage(std::vector<char>& message) {
-    std::vector<char> prefix(kPrefixSize);
+    std::array<char, kPrefixSize> prefix{};
     ReadPrefix(socketFd, prefix.data());
     int prefixLength = 0;
     const int expectedSize = Read7BitEncodedInt(prefix.data(), &prefixLength);
@@ -94,7 +95,7 @@ void VelProtocolBase::SendMessage(TiXmlDocument& document) {
     // that never comes, which is what shows whether its parser has a time limit.
     const unsigned int announcedSize = sizeError ? (msgSize * 3) >> 1 : msgSize;
 
-    std::vector<char> header(kPrefixSize);
+    std::array<char, kPrefixSize> header{};
     const int headerLength = Write7BitEncodedInt(header.data(), static_cast<int>(announcedSize));
     ssize_t writelen = write(socketFd, header.data(), static_cast<std::size_t>(headerLength));
     if (writelen == -1) {
