@@ -41,7 +41,8 @@ endforeach()
 
 set(CPACK_DEBIAN_RIG_PACKAGE_NAME velloran-rig)
 set(CPACK_DEBIAN_RIG_PACKAGE_SECTION net)
-set(CPACK_DEBIAN_RIG_PACKAGE_SUGGESTS "velloran, wireshark | tshark")
+set(CPACK_DEBIAN_RIG_PACKAGE_RECOMMENDS "python3, tshark")
+set(CPACK_DEBIAN_RIG_PACKAGE_SUGGESTS "velloran, wireshark")
 set(CPACK_DEBIAN_RIG_DESCRIPTION "companion tools of the velloran test harness
 Stands beside velloran, which plays the backend of the protocol by which a
 digital video recorder (DVR) exports its recordings.

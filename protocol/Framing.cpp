@@ -2,7 +2,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cassert>
 #include <cerrno>
 #include <cstring>
@@ -71,10 +70,10 @@ void LogIncomingMessage(const char* text, int expectedSize) {
 }  // namespace
 
 void VelProtocolBase::GetMessage(std::vector<char>& message) {
-    std::array<char, kPrefixSize> prefix{};
-    ReadPrefix(socketFd, prefix.data());
+    char prefix[kPrefixSize] = {};
+    ReadPrefix(socketFd, prefix);
     int prefixLength = 0;
-    const int expectedSize = Read7BitEncodedInt(prefix.data(), &prefixLength);
+    const int expectedSize = Read7BitEncodedInt(prefix, &prefixLength);
     assert(expectedSize not_eq -1);
     VEL_LOG(1) << "expecting a message of " << expectedSize << " bytes";
 
@@ -95,9 +94,9 @@ void VelProtocolBase::SendMessage(TiXmlDocument& document) {
     // that never comes, which is what shows whether its parser has a time limit.
     const unsigned int announcedSize = sizeError ? (msgSize * 3) >> 1 : msgSize;
 
-    std::array<char, kPrefixSize> header{};
-    const int headerLength = Write7BitEncodedInt(header.data(), static_cast<int>(announcedSize));
-    ssize_t writelen = write(socketFd, header.data(), static_cast<std::size_t>(headerLength));
+    char header[kPrefixSize] = {};
+    const int headerLength = Write7BitEncodedInt(header, static_cast<int>(announcedSize));
+    ssize_t writelen = write(socketFd, header, static_cast<std::size_t>(headerLength));
     if (writelen == -1) {
         const int error = errno;
         VEL_LOG(2) << "SendMessage: msg: size= " << msgSize << "  errorno=" << strerror(error);

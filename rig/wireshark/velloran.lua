@@ -98,7 +98,7 @@ local dialects = {
     UPDATE_CONFIGURATION = "", CONFIGURATION_UPDATE_ERROR = "",
 }
 
--- XML, as far as it takes to find the end of a document and what stands in it, in time linear in the text.
+-- XML, as far as it takes to find the end of a document and what stands in it, in time linear in the text. A message of many segments is looked at with each.
 
 local markup = {{"<!--", "-->"}, {"<![CDATA[", "]]>"}, {"<?", "?>"}, {"<!", ">"}}
 
@@ -158,6 +158,13 @@ end
 local function EndOfDocument(text)
     local depth = 0
     if not text:find("^[ \t\r\n]*<") then
+        return nil
+    end
+    -- A segment brings a part of a long document, of which the end tag of its first element is quickly seen to be missing.
+    local first = text:match("^[ \t\r\n]*()<[%w_:]")
+    local stop = first and EndOfTag(text, first)
+    if stop and text:sub(stop - 1, stop - 1) ~= "/" and
+        not text:find("</" .. text:match("^[^%s\"'<>/=]+", first + 1), stop, true) then
         return nil
     end
     for kind, _, stop in Tags(text, 1) do

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <iterator>
 
 #include "Dialogue.h"
 
@@ -10,16 +11,29 @@ namespace {
 
 using DescriptorsClosedAtStart = Dialect10;
 
-TEST_F(DescriptorsClosedAtStart, AreNotTakenForASocket) {
+/// Each set of the standard descriptors, as bits.
+class DescriptorsThatAreClosedAtStart : public Dialect10, public testing::WithParamInterface<int> {
+ protected:
+    static bool IsClosed(int descriptor) { return (GetParam() >> descriptor & 1) not_eq 0; }
+};
+
+TEST_P(DescriptorsThatAreClosedAtStart, AreNotTakenForASocket) {
+    const std::vector<int> standard = {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO};
     Launch launch;
-    launch.closedDescriptors = {STDIN_FILENO, STDERR_FILENO};
+    std::copy_if(standard.begin(), standard.end(), std::back_inserter(launch.closedDescriptors), IsClosed);
     harness.emplace(std::vector<std::string>{}, launch);
     harness->Listens();
     const std::vector<int> open = harness->GetProcess().Descriptors();
-    const std::vector<int> standard = {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO};
     EXPECT_TRUE(std::includes(open.begin(), open.end(), standard.begin(), standard.end()));
-    harness->StopsOnInterrupt();
+    if (IsClosed(STDOUT_FILENO)) {
+        harness->GetsSignal(SIGINT);
+        harness->EndsWithStatus(44);
+    } else {
+        harness->StopsOnInterrupt();
+    }
 }
+
+INSTANTIATE_TEST_SUITE_P(Sets, DescriptorsThatAreClosedAtStart, testing::Range(1, 8));
 
 TEST_F(DescriptorsClosedAtStart, LeaveTheSecondDialogueItsDescriptor) {
     Launch launch;

@@ -110,7 +110,9 @@ TEST_P(Disk10, IsNotNeededForAnExport) {
     EXPECT_EQ(GetParam().leaves, FilesOnTheDisk());
 }
 
-const Trouble kTroubles10[] = {{"Full", FillTheDisk, false, {"other, 65536", "outgoingETCstring, 0"}},
+const Trouble kTroubles10[] = {{"Missing", RemoveTheDisk, true, {}},
+                               {"WithoutInodes", TakeTheDisksInodes, true, {}},
+                               {"Full", FillTheDisk, false, {"other, 65536", "outgoingETCstring, 0"}},
                                {"ReadOnly", ForbidWriting, true, {}}};
 
 INSTANTIATE_TEST_SUITE_P(That, Disk10, testing::ValuesIn(kTroubles10),

@@ -41,6 +41,13 @@ const std::vector<Exchange> kExport20 = {
     {"AfterEventXferComplete", FileComplete("E1", "v"), v2::EventXferComplete("E1")},
     {"AfterTheNextEvent", EventXferAck("E1"), v2::NextEvent("E2")}};
 
+const std::vector<Exchange> kWholeExport20 = {
+    {"", Ok(), v2::kGetEventList},
+    {"", EventList({"E1"}), v2::NextEvent("E1")},
+    {"", Event("E1", Description("E1", {"m"})), v2::GetFile("E1", "m")},
+    {"", FileComplete("E1", "m"), v2::EventXferComplete("E1")},
+    {"", EventXferAck("E1"), v2::kDone}};
+
 struct Phase {
     std::string name;
     std::vector<std::string> switches;
@@ -60,6 +67,12 @@ std::vector<Phase> Phases() {
             phases.push_back({name, {"-p", dialect}, {exchanges.begin(), end}});
         }
     }
+    phases.push_back({"Of20AfterDone", {"-p", "2"}, kWholeExport20});
+    phases.push_back({"Of20AfterUpdateSoftware", {"-p", "2", "-u"}, {{"", Ok(), v2::kUpdateSoftware}}});
+    phases.push_back(
+        {"Of20AfterUpdateConfiguration", {"-p", "2", "-g"}, {{"", Ok(), v2::kUpdateConfiguration}}});
+    phases.push_back(
+        {"Of10AfterUpdateConfiguration", {"-p", "1", "-g"}, {{"", Ok(), v1::kUpdateConfiguration}}});
     return phases;
 }
 
@@ -92,6 +105,14 @@ TEST_F(Reset10, BeforeTheFirstConnectionIsAcceptedIsReadOn) {
     ReadsOnWithoutRest(*harness);
 }
 
+TEST_F(Reset10, InsideAPrefixIsLoggedOnceAndReadOn) {
+    Connect();
+    Opens();
+    dvr->SendsAndSeesRead("\x8f");
+    dvr->Resets();
+    ReadsOnWithoutRest(*harness);
+}
+
 TEST_F(Reset10, DuringThePauseBeforeClosingIsNotNoticed) {
     Connect();
     ExportsE1();
@@ -114,6 +135,21 @@ TEST_F(Reset10, BeforeALaterConnectionIsAcceptedIsReadOn) {
 }
 
 using Reset20 = Dialect20;
+
+TEST_F(Reset20, DuringThePauseBeforeClosingEarlyIsNotNoticed) {
+    Connect({"-p", "2", "-c", "1"});
+    for (const Exchange& exchange : kWholeExport20) {
+        dvr->Sends(exchange.message);
+        dvr->Receives(exchange.answer);
+    }
+    dvr->Resets();
+    harness->LogsUpTo(16, "Closing client socket...");
+    Reconnect();
+    dvr->Sends(Ok());
+    dvr->Receives(v2::kGetEventList);
+    harness->LogsUpTo(1, "got an OK, sending GET_EVENT_LIST");
+    harness->StopsOnInterrupt();
+}
 
 TEST_F(Reset20, DuringThePauseBetweenFilesIsReadOn) {
     Start();
