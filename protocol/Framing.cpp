@@ -70,10 +70,10 @@ void LogIncomingMessage(const char* text, int expectedSize) {
 }  // namespace
 
 void VelProtocolBase::GetMessage(std::vector<char>& message) {
-    char prefix[kPrefixSize] = {};
-    ReadPrefix(socketFd, prefix);
+    std::vector<char> prefix(kPrefixSize);
+    ReadPrefix(socketFd, prefix.data());
     int prefixLength = 0;
-    const int expectedSize = Read7BitEncodedInt(prefix, &prefixLength);
+    const int expectedSize = Read7BitEncodedInt(prefix.data(), &prefixLength);
     assert(expectedSize not_eq -1);
     VEL_LOG(1) << "expecting a message of " << expectedSize << " bytes";
 
@@ -94,9 +94,9 @@ void VelProtocolBase::SendMessage(TiXmlDocument& document) {
     // that never comes, which is what shows whether its parser has a time limit.
     const unsigned int announcedSize = sizeError ? (msgSize * 3) >> 1 : msgSize;
 
-    char header[kPrefixSize] = {};
-    const int headerLength = Write7BitEncodedInt(header, static_cast<int>(announcedSize));
-    ssize_t writelen = write(socketFd, header, static_cast<std::size_t>(headerLength));
+    std::vector<char> header(kPrefixSize);
+    const int headerLength = Write7BitEncodedInt(header.data(), static_cast<int>(announcedSize));
+    ssize_t writelen = write(socketFd, header.data(), static_cast<std::size_t>(headerLength));
     if (writelen == -1) {
         const int error = errno;
         VEL_LOG(2) << "SendMessage: msg: size= " << msgSize << "  errorno=" << strerror(error);
