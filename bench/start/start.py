@@ -2,7 +2,7 @@
 """Start to listening, and resident size: the harness against the listeners that a user would write instead.
 
 Usage: start.py VELLORAN ROUNDS    (inside a network namespace of its own, with the loopback device up)
-Prints one line of JSON: for each program the median seconds from its start to the first connection that it accepts,
+Prints one line of JSON: for each program the median seconds from its start until it listens,
 and its resident kilobytes then.
 """
 import json

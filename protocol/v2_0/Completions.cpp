@@ -27,8 +27,8 @@ void LogRehash(const char* hashCode, const char* length, const std::string& last
 }  // namespace
 
 void VelProtocol_2_0::Handle_FILE_COMPLETE(TiXmlDocument& document) {
-    // The last hash that came with any FILE_COMPLETE, for the right file or not.
-    static std::string lastHashCode;
+    // The last hash that came with any FILE_COMPLETE, for the right file or not. Lives for the whole process.
+    static std::string& lastHashCode = *new std::string;
 
     fileRequestPending = false;
     const char* const reid = MsgAttribute(document, "reid");

@@ -1,4 +1,4 @@
-// For coverage builds only: the harness ends by _exit in its signal handler and by abort in its assertions,
+// For coverage builds only: the harness ends by abort in its assertions, processes of its tests by _exit,
 // and neither writes the line counts. This writes them first.
 
 #include <unistd.h>

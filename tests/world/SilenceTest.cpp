@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 
-#include <cstdlib>
-
 #include "Dialogue.h"
 
 namespace {
@@ -49,31 +47,5 @@ TEST_F(Silence10, IsWaitedForWhereverItComes) {
     Opens();
     Ends();
 }
-
-#ifdef VELLORAN_SHORT_WAIT
-
-/// A harness for which a second counts as its 10,000 (ShortWait.cpp).
-class LongSilence : public Dialect20 {
- protected:
-    LongSilence() { setenv("LD_PRELOAD", VELLORAN_SHORT_WAIT, 1); }
-    ~LongSilence() override { unsetenv("LD_PRELOAD"); }
-};
-
-TEST_F(LongSilence, AheadOfTheFirstConnectionEndsTheHarness) {
-    harness.emplace();
-    harness->FailsAssertion("int main(int, char**)",
-                            "select(g_serverFd+1, &readFds, NULL, &exceptionFds, &time) == 1");
-}
-
-TEST_F(LongSilence, OfADvrEndsTheHarness) {
-    Connect({"-p", "2"});
-    dvr->Sends(Ok());
-    harness->LogsUpTo(1, "got an OK, sending GET_EVENT_LIST");
-    dvr->Receives(v2::kGetEventList);
-    Dies("int main(int, char**)",
-         "select(g_serverFd+g_clientFd+1, &readFds, NULL, &exceptionFds, &time) == 1");
-}
-
-#endif
 
 }  // namespace

@@ -183,4 +183,35 @@ TEST_F(MessageHelpers, AMessageBuiltHoldsNothingButItsMsg) {
     EXPECT_EQ(text, "<msg req=\"DONE\" a=\"b\" />");
 }
 
+TYPED_TEST(Envelope, LeavesTheEncodingToTheXmlLibrary) {
+    const std::string msg = "<msg req=\"a&#233;b\" />";
+    const std::string latin1 =
+        "a\xe9"
+        "b";
+    const std::string utf8 =
+        "a\xc3\xa9"
+        "b";
+    const std::pair<std::string, std::string> cases[] = {
+        {msg, latin1},  // nothing says which
+        {"<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>" + msg, latin1},
+        {"<?xml version=\"1.0\"?>" + msg, utf8},
+        {"<?xml version=\"1.0\" encoding=\"UTF-8\"?>" + msg, utf8},
+        {"\xef\xbb\xbf" + msg, utf8}};
+    for (const auto& [text, req] : cases) {
+        EXPECT_EQ(this->Handle(text), VelProtocolBase::MSG_CONTINUE);
+        EXPECT_JOURNAL(Received(text), Logged(1, "UNSUPPORTED MSG RECEIVED: " + req));
+    }
+}
+
+TYPED_TEST(Envelope, CountsColumnsAsTheXmlLibraryDoes) {
+    const std::pair<std::string, std::string> cases[] = {{"\t<msg req='x' <", "row: 1:18"},
+                                                         {"<msg req='\xc3\xa9' <", "row: 1:15"},
+                                                         {"\xef\xbb\xbf<msg req='\xc3\xa9' <", "row: 1:14"}};
+    for (const auto& [text, row] : cases) {
+        EXPECT_ABORT(this->Handle(text), Received(text), Logged(1, "error: 1:Error reading Attributes."),
+                     Logged(1, row),
+                     AssertionFailed(HandleMessageOf(this->protocol), "not incomingMessage.Error()"));
+    }
+}
+
 }  // namespace

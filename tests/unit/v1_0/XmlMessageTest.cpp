@@ -204,4 +204,9 @@ TEST_F(XmlMessage_1_0, UnpacksTheSameWhateverIsLogged) {
     }
 }
 
+TEST_F(XmlMessage_1_0, LeavesTheEncodingOfADescriptionToTheXmlLibrary) {
+    Unpack(Xml({Event("E&#233;", "m&#233;")}));
+    EXPECT_EQ(protocol.filesToReceive, FileList({{"E\xe9", "m\xe9"}}));
+}
+
 }  // namespace
