@@ -70,7 +70,7 @@ void Exchange::Take(const Arrival& message, const std::string& event, const Plac
         if (IsReport(message.name) && !message.reid) {
             run_.reportWithoutReid.Add(place, message.name);
         }
-        if (!Answers(message, event, place) && !AnswersWrongly(message, place)) {
+        if (!Answers(message, event, place) && !AnswersWrongly(message, place) && !RefusesAtLast(message)) {
             TakeUnasked(message, place);
         }
     }
@@ -138,6 +138,23 @@ bool Exchange::AnswersWrongly(const Arrival& message, const Place& place) {
         return false;
     }
     run_.Of(request->fault).wrong.Add(place, message.name + " to " + request->Words());
+    if (request->fault == Fault::Event) {
+        accepted_.insert(request->reid);
+    }
+    run_.pending.erase(request);
+    return true;
+}
+
+/// A DVR that took a damaged identifier for an event, and then refuses what it is asked of it, does right:
+/// its one fault has been counted.
+bool Exchange::RefusesAtLast(const Arrival& message) {
+    const std::string reid = message.reid.value_or("");
+    const auto request = std::find_if(
+        run_.pending.begin(), run_.pending.end(),
+        [&reid](const Request& waiting) { return waiting.fault == Fault::None && waiting.reid == reid; });
+    if (!IsReport(message.name) || accepted_.count(reid) == 0 || request == run_.pending.end()) {
+        return false;
+    }
     run_.pending.erase(request);
     return true;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 #include <string>
 
 #include "rig/judge/Run.h"
@@ -39,6 +40,7 @@ class Exchange {
     void TakeOk(const Arrival& message, const Place& place);
     bool Answers(const Arrival& message, const std::string& event, const Place& place);
     bool AnswersWrongly(const Arrival& message, const Place& place);
+    bool RefusesAtLast(const Arrival& message);
     void TakeUnasked(const Arrival& message, const Place& place);
     void Time(const Request& request, const Arrival& message, const Place& place);
 
@@ -47,6 +49,7 @@ class Exchange {
     std::optional<Request> answered_;  // by the last message
     bool isExact_ = false;             // which is about just what the request asked for
     std::string completed_;            // the file completed last, in words
+    std::set<std::string> accepted_;   // damaged identifiers that the DVR took for events
     std::optional<std::int64_t> doneTime_;
     std::optional<std::int64_t> free_;         // when the harness began to wait for a message
     std::optional<std::int64_t> pausedUntil_;  // by the pause behind the last request

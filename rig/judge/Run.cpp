@@ -29,7 +29,9 @@ report::Evidence Place::Proof() const {
 }
 
 void Tally::Add(const Place& place, const std::string& note) {
-    if (Counts(note)) {
+    const bool isKept =
+        !lines_.empty() && lines_.back().line == place.line && lines_.back().file == place.file;
+    if (Counts(note) && !isKept) {
         lines_.push_back(place.Proof());
     }
 }

@@ -96,7 +96,8 @@ void RunModel::Note(const LogLine& line, Sign sign, const Place& place) {
     if (line.time) {
         run_.endTime = line.time;
     }
-    // A harness without switches to which no DVR connects says at its end that it is shutting down, and no more.
+    // A harness without switches to which no DVR connects says at its end that it is shutting down, and no
+    // more.
     const bool isFirst = place.line == run_.begin.line && place.file == run_.begin.file;
     if (IsSwitch(sign) || sign == Sign::Connected || sign == Sign::BindFailed ||
         sign == Sign::NoSignalHandler || (sign == Sign::ShuttingDown && isFirst)) {

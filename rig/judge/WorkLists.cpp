@@ -3,6 +3,8 @@
 #include <pugixml.hpp>
 #include <set>
 
+#include "rig/common/Printable.h"
+
 namespace rig::judge {
 
 void WorkLists::TakeEventList(const pugi::xml_node& message, const Place& place, Run& facts) {
@@ -13,7 +15,7 @@ void WorkLists::TakeEventList(const pugi::xml_node& message, const Place& place,
             continue;  // the harness says so
         }
         if (!listed.insert(reid).second) {
-            facts.doubledEvents.Add(place);
+            facts.doubledEvents.Add(place, Printable(reid));
         }
         events.push_back(reid);
     }
@@ -37,7 +39,7 @@ void WorkLists::TakeXml(const pugi::xml_node& message, const Place& place, Run& 
         }
         const std::string reid = TakeDescription(text, "", place, facts);
         if (!reid.empty() && !listed.insert(reid).second) {
-            facts.doubledEvents.Add(place);
+            facts.doubledEvents.Add(place, Printable(reid));
         }
     }
     if (!container) {
