@@ -5,7 +5,7 @@
 namespace rig::campaign {
 namespace {
 
-CaseRecord Record(const std::string& name, Outcome outcome, double duration = 1) {
+CaseRecord Timed(const std::string& name, Outcome outcome, double duration = 1) {
     CaseRecord record;
     record.plan.name = name;
     record.outcome = outcome;
@@ -17,14 +17,14 @@ CaseRecord Record(const std::string& name, Outcome outcome, double duration = 1)
 TEST(CampaignRecord, ComesToTheWorstOfItsCases) {
     CampaignRecord campaign;
     EXPECT_EQ(campaign.Whole(), Outcome::NotRun) << "a campaign that ran no case proves nothing";
-    campaign.cases = {Record("a", Outcome::Pass)};
+    campaign.cases = {Timed("a", Outcome::Pass)};
     EXPECT_EQ(campaign.Whole(), Outcome::Pass);
     campaign.knownUnseen = {"x.answer"};
     EXPECT_EQ(campaign.Whole(), Outcome::Fail) << "the list of known failures is wrong";
     campaign.knownUnseen.clear();
-    campaign.cases.push_back(Record("b", Outcome::NotRun));
+    campaign.cases.push_back(Timed("b", Outcome::NotRun));
     EXPECT_EQ(campaign.Whole(), Outcome::NotRun);
-    campaign.cases.push_back(Record("c", Outcome::Fail));
+    campaign.cases.push_back(Timed("c", Outcome::Fail));
     EXPECT_EQ(campaign.Whole(), Outcome::Fail);
     EXPECT_EQ(campaign.Counts(), (std::map<std::string, int>{{"PASS", 1}, {"NOT RUN", 1}, {"FAIL", 1}}));
     campaign.state = "interrupted";
@@ -33,8 +33,8 @@ TEST(CampaignRecord, ComesToTheWorstOfItsCases) {
 
 TEST(CampaignRecord, ShowsHowTheRunsOfACaseDiffer) {
     CampaignRecord campaign;
-    campaign.cases = {Record("a", Outcome::Pass, 3), Record("a", Outcome::Fail, 1),
-                      Record("a", Outcome::Pass, 2), Record("a", Outcome::NotRun, 0)};
+    campaign.cases = {Timed("a", Outcome::Pass, 3), Timed("a", Outcome::Fail, 1),
+                      Timed("a", Outcome::Pass, 2), Timed("a", Outcome::NotRun, 0)};
     EXPECT_TRUE(campaign.Spreads().empty()) << "one run has no spread";
     campaign.repeat = 4;
     const std::vector<Spread> spreads = campaign.Spreads();
