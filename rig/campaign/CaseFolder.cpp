@@ -72,8 +72,8 @@ std::vector<std::string> CaseFolder::Files() const {
 void MakeCampaignFolder(const std::string& path) {
     std::error_code unknown;
     if (fs::exists(path, unknown) && !(fs::is_directory(path, unknown) && fs::is_empty(path, unknown))) {
-        throw std::runtime_error(fmt::format(
-            "--out: expected a folder that is new or empty, found {}", path));
+        throw std::runtime_error(
+            fmt::format("--out: expected a folder that is new or empty, found {}", path));
     }
     MakeFolder(path);
 }
