@@ -68,7 +68,6 @@ std::vector<Phase> Phases() {
         }
     }
     phases.push_back({"Of20AfterDone", {"-p", "2"}, kWholeExport20});
-    phases.push_back({"Of20AfterUpdateSoftware", {"-p", "2", "-u"}, {{"", Ok(), v2::kUpdateSoftware}}});
     phases.push_back(
         {"Of20AfterUpdateConfiguration", {"-p", "2", "-g"}, {{"", Ok(), v2::kUpdateConfiguration}}});
     phases.push_back(
@@ -135,6 +134,15 @@ TEST_F(Reset10, BeforeALaterConnectionIsAcceptedIsReadOn) {
 }
 
 using Reset20 = Dialect20;
+
+TEST_F(Reset20, AfterUpdateSoftwareAndTheRequestBehindItIsReadOn) {
+    Connect({"-p", "2", "-u"});
+    dvr->Sends(Ok());
+    dvr->Receives(v2::kUpdateSoftware);
+    dvr->Receives(v2::kGetEventList);
+    dvr->Resets();
+    ReadsOnWithoutRest(*harness);
+}
 
 TEST_F(Reset20, DuringThePauseBeforeClosingEarlyIsNotNoticed) {
     Connect({"-p", "2", "-c", "1"});
