@@ -110,11 +110,12 @@ Child::Child(const Launch& launch) : mayLeaveOthers_(launch.mayLeaveOthers) {
 }
 
 Child::~Child() {
-    // What runs as another user (sudo) may not be killed, and may never end: it is not waited for.
-    if (HasOthers()) {
-        kill(-process_, SIGKILL);
+    if (end_ && !HasOthers()) {
+        return;
     }
-    if (!end_ && (kill(-process_, SIGKILL) == 0 || errno == ESRCH)) {
+    const bool isKilled = kill(-process_, SIGKILL) == 0 || errno == ESRCH;
+    // What runs as another user (sudo) may not be killed, and may never end: it is not waited for.
+    if (!end_ && isKilled) {
         Reap(0);
     }
 }

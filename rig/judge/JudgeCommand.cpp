@@ -58,12 +58,12 @@ std::vector<std::string> ReadLogs(const JudgeOptions& options, judge::Judge& jud
 }
 
 /// Judges logs and prints each run as soon as it is judged. Only what is to be written to a file is kept.
-class Session {
+class LogsJudged {
  public:
-    Session(const JudgeOptions& options, const judge::KnownFailures& known)
+    LogsJudged(const JudgeOptions& options, const judge::KnownFailures& known)
         : options_(options), known_(known), printer_(std::cout, WantsColour()) {}
 
-    void JudgeLogs() {
+    void Run() {
         const bool wantsSteps = options_.timeline || !options_.json.empty() || !options_.html.empty();
         judge::Judge judge({options_.patience, options_.maxReaction}, {wantsSteps, !options_.html.empty()},
                            [this](report::RunResult run) {
@@ -189,19 +189,19 @@ int RunJudge(const JudgeOptions& options) {
     try {
         const judge::KnownFailures known =
             options.known.empty() ? judge::KnownFailures() : judge::ReadKnownFailures(options.known);
-        Session session(options, known);
-        session.JudgeLogs();
-        if (session.Foreign().size() < options.logs.size()) {
-            WriteReports(options, session.Kept());
+        LogsJudged logs(options, known);
+        logs.Run();
+        if (logs.Foreign().size() < options.logs.size()) {
+            WriteReports(options, logs.Kept());
         }
         if (IsOutputLost()) {
             return Complain(kUsage, "expected standard output to take the report, found that it did not");
         }
-        if (!session.Foreign().empty()) {
-            return Complain(kNoLog, Printable(session.Foreign().front()) +
+        if (!logs.Foreign().empty()) {
+            return Complain(kNoLog, Printable(logs.Foreign().front()) +
                                         ": expected a log of the harness, found no line of one");
         }
-        return report::ExitStatusOf(session.Worst());
+        return report::ExitStatusOf(logs.Worst());
     } catch (const Unreadable& log) {
         return Complain(kNoLog, log.what());
     } catch (const std::exception& error) {
