@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t kPiece = std::size_t{1} << 16;
 
-[[noreturn]] void Fail(const std::string& name) {
+[[noreturn]] void FailToRead(const std::string& name) {
     throw std::runtime_error(name + ": expected a log, found: " + std::strerror(errno));
 }
 
@@ -29,7 +29,7 @@ LogSource::LogSource(std::string path) : path_(std::move(path)) {
     if (descriptor_.IsOpen()) {
         lseek(descriptor_.Number(), 0, SEEK_END);
     } else if (errno != ENOENT) {
-        Fail(path_);
+        FailToRead(path_);
     }
 }
 
@@ -43,7 +43,7 @@ std::string LogSource::Read() {
     std::string piece(kPiece, '\0');
     const ssize_t count = read(descriptor_.Number(), piece.data(), piece.size());
     if (count == -1 && errno != EAGAIN && errno != EINTR) {
-        Fail(path_.empty() ? "the harness's standard output" : path_);
+        FailToRead(path_.empty() ? "the harness's standard output" : path_);
     }
     hasEnded_ = count == 0 && path_.empty();
     piece.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
@@ -62,7 +62,7 @@ void LogSource::OpenNew() {
     if (!isSame) {
         descriptor_ = Descriptor(open(path_.c_str(), O_RDONLY | O_CLOEXEC));
         if (!descriptor_.IsOpen() && errno != ENOENT) {
-            Fail(path_);
+            FailToRead(path_);
         }
     } else if (lseek(descriptor_.Number(), 0, SEEK_CUR) > named.st_size) {
         lseek(descriptor_.Number(), 0, SEEK_SET);

@@ -8,17 +8,16 @@
 #include <utility>
 
 #include "rig/campaign/Start.h"
+#include "rig/common/Complaint.h"
 #include "rig/common/NumberOption.h"
 #include "rig/terminal/Output.h"
 
 namespace rig {
 namespace {
 
-constexpr int kUsage = 64;
-constexpr double kLongest = 86'400;  // seconds
 constexpr int kMostRuns = 100;
 
-constexpr const char* kExitStatuses =
+constexpr const char* kRunStatuses =
     "Exit status: 0 every case passed; 1 a case failed or timed out; 2 a case was inconclusive or did not "
     "run;\n"
     "3 the harness, a hook or the rig failed; 64 usage, or evidence that cannot be written; 130 "
@@ -29,7 +28,7 @@ constexpr const char* kExitStatuses =
 
 CLI::Option* AddSeconds(CLI::App& run, const char* name, double& seconds, const char* text) {
     return run.add_option(name, seconds, text)
-        ->transform(Between(0.0, kLongest))
+        ->transform(Between(0.0, kLongestSeconds))
         ->type_name("SECONDS")
         ->capture_default_str();
 }
@@ -84,7 +83,7 @@ void AddPatienceOptions(CLI::App& run, RunOptions& options) {
                "How long the harness must have waited for an answer before it counts as missing");
     AddSeconds(run, "--linger", options.linger, "How long to watch on behind the end of a dialogue");
     run.add_option("--max-reaction", options.maxReaction, "Fail when an answer took longer")
-        ->transform(Between(0.0, kLongest * 1000))
+        ->transform(Between(0.0, kLongestSeconds * 1000))
         ->type_name("MS");
 }
 
@@ -99,18 +98,13 @@ void AddEvidenceOptions(CLI::App& run, RunOptions& options) {
     run.add_flag("--capture", options.capture, "Capture the packets of port 5001 for each case");
 }
 
-int Complain(const std::string& text) {
-    std::cerr << "velloran-rig run: " << text << std::endl;
-    return kUsage;
-}
-
 }  // namespace
 
 void AddRunCommand(CLI::App& app, int& status) {
     const auto options = std::make_shared<RunOptions>();
     CLI::App* const run =
         app.add_subcommand("run", "Exercises a DVR with every switch of the harness, and keeps the evidence");
-    run->footer(kExitStatuses);
+    run->footer(kRunStatuses);
     AddCaseOptions(*run, *options);
     AddCommandOptions(*run, *options);
     AddPatienceOptions(*run, *options);
@@ -121,13 +115,14 @@ void AddRunCommand(CLI::App& app, int& status) {
 int RunCampaign(const RunOptions& options) {
     if (options.listCases) {
         std::cout << campaign::ListCases();
-        return IsOutputLost() ? Complain("expected standard output to take the list, found that it did not")
+        return IsOutputLost() ? Complain("run", kUsageStatus,
+                                         "expected standard output to take the list, found that it did not")
                               : 0;
     }
     try {
         return campaign::ExitStatusOf(campaign::Start(options));
     } catch (const std::exception& error) {
-        return Complain(error.what());
+        return Complain("run", kUsageStatus, error.what());
     }
 }
 

@@ -11,6 +11,9 @@
 
 namespace rig {
 
+/// The longest time that an option takes.
+inline constexpr double kLongestSeconds = 86'400;
+
 /// @return the number that the text is, in decimal, also with leading zeros; nothing if it is something else
 template <typename Number>
 std::optional<Number> ParseNumber(const std::string& text) {

@@ -6,6 +6,7 @@
 #include <iostream>
 #include <memory>
 
+#include "rig/common/Complaint.h"
 #include "rig/diff/Compare.h"
 #include "rig/diff/DiffJson.h"
 #include "rig/diff/DiffPage.h"
@@ -19,10 +20,9 @@ namespace rig {
 namespace {
 
 constexpr int kGotWorse = 1;
-constexpr int kUsage = 64;
 constexpr int kNoCampaign = 66;
 
-constexpr const char* kExitStatuses =
+constexpr const char* kDiffStatuses =
     "Exit status: 0 nothing got worse; 1 something did; 64 usage, or a report that cannot be written;\n"
     "66 a folder that is none of a campaign.";
 
@@ -36,18 +36,13 @@ void WriteReports(const DiffOptions& options, const diff::Comparison& comparison
     }
 }
 
-int Complain(int status, const std::string& text) {
-    std::cerr << "velloran-rig diff: " << text << std::endl;
-    return status;
-}
-
 }  // namespace
 
 void AddDiffCommand(CLI::App& app, int& status) {
     const auto options = std::make_shared<DiffOptions>();
     CLI::App* const diff =
         app.add_subcommand("diff", "Says what changed between two campaigns, of two firmwares for instance");
-    diff->footer(kExitStatuses);
+    diff->footer(kDiffStatuses);
     diff->add_option("BEFORE", options->before, "Folder of a campaign")->required()->type_name("DIR");
     diff->add_option("NOW", options->after, "Folder of a later one")->required()->type_name("DIR");
     diff->add_flag("--all", options->all, "Name also the cases that are the same");
@@ -65,13 +60,14 @@ int RunDiff(const DiffOptions& options) {
         std::cout << diff::DiffText(comparison, options.all, WantsColour()) << std::flush;
         WriteReports(options, comparison);
         if (IsOutputLost()) {
-            return Complain(kUsage, "expected standard output to take the report, found that it did not");
+            return Complain("diff", kUsageStatus,
+                            "expected standard output to take the report, found that it did not");
         }
         return comparison.Count(diff::Change::Worse) > 0 ? kGotWorse : 0;
     } catch (const Unreadable& folder) {
-        return Complain(kNoCampaign, folder.what());
+        return Complain("diff", kNoCampaign, folder.what());
     } catch (const std::exception& error) {
-        return Complain(kUsage, error.what());
+        return Complain("diff", kUsageStatus, error.what());
     }
 }
 

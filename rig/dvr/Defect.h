@@ -5,6 +5,7 @@
 #include <optional>
 #include <random>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "rig/dvr/Message.h"
@@ -69,7 +70,7 @@ const std::vector<DefectKind>& DefectKinds();
 
 /// @return the kind of that name. Throws Failure (UsageError), with the names to choose from, when there is
 /// none.
-const DefectKind& FindDefectKind(const std::string& name);
+const DefectKind& FindDefectKind(std::string_view name);
 
 /// Throws Failure (UsageError) unless the value is one that the kind takes.
 void CheckDefectValue(const DefectKind& kind, const std::string& value);

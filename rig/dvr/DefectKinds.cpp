@@ -239,7 +239,7 @@ const std::vector<DefectKind>& DefectKinds() {
 }
 // clang-format on
 
-const DefectKind& FindDefectKind(const std::string& name) {
+const DefectKind& FindDefectKind(std::string_view name) {
     const std::vector<DefectKind>& kinds = DefectKinds();
     const auto found =
         std::find_if(kinds.begin(), kinds.end(), [&](const DefectKind& kind) { return name == kind.name; });
@@ -249,7 +249,7 @@ const DefectKind& FindDefectKind(const std::string& name) {
             names += (names.empty() ? "" : ", ") + std::string(kind.name);
         }
         throw Failure(ExitStatus::UsageError,
-                      "--defect: expected one of " + names + "; found " + Quoted(name));
+                      "--defect: expected one of " + names + "; found " + Quoted(std::string(name)));
     }
     return *found;
 }

@@ -14,13 +14,12 @@
 namespace rig {
 namespace {
 
-constexpr double kLongestSeconds = 86'400;
 constexpr int kLongestTransfer = 3'600'000;  // milliseconds
 constexpr int kLongestGap = 3'600'000;       // milliseconds
 constexpr std::size_t kLargestSegment = 1'000'000'000;
 constexpr std::uint64_t kHighestRate = 1'000'000'000'000;
 
-constexpr const char* kExitStatuses =
+constexpr const char* kDvrStatuses =
     "Exit status: 0 the dialogue ran to DONE (or to the refusal of a configuration update, after which\n"
     "the harness asks for nothing more, or to where a defect ended the connection); 1 the harness broke\n"
     "the protocol or closed the connection early; 2 usage error, or a file or folder that cannot be read\n"
@@ -85,11 +84,9 @@ void AddDefectOptions(CLI::App& dvr, const std::shared_ptr<DvrOptions>& options)
         }
         return options->defects.back();
     };
+    const auto addDefect = [options](const std::string& name) { options->defects.push_back({name, "", ""}); };
     dvr.add_option_function<std::string>(
-           "--defect",
-           [options](const std::string& defect) {
-               options->defects.push_back({defect, "", ""});
-           },
+           "--defect", addDefect,
            "A way in which to be wrong (see --list-defects); may be given several times")
         ->type_name("NAME[=VALUE]")
         ->trigger_on_parse();
@@ -134,7 +131,7 @@ void AddWireOptions(CLI::App& dvr, DvrOptions& options) {
 void AddDvrCommand(CLI::App& app, int& status) {
     const auto options = std::make_shared<DvrOptions>();
     CLI::App* const dvr = app.add_subcommand("dvr", "Plays a DVR that exports its recordings to the harness");
-    dvr->footer(kExitStatuses);
+    dvr->footer(kDvrStatuses);
     const auto* const protocol =
         dvr->add_option("--protocol", options->protocol, "Dialect, as the harness was told with its -p")
             ->transform(Between(1, 2))

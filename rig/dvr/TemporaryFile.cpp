@@ -32,7 +32,7 @@ void RemoveAndEnd(int signal) {
 /// Leaves alone what the process was started to ignore.
 void CatchSignals() {
     for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
-        struct sigaction action {};
+        struct sigaction action = {};
         if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_DFL) {
             action.sa_handler = RemoveAndEnd;
             sigaction(signal, &action, nullptr);

@@ -6,6 +6,7 @@
 #include <iostream>
 #include <memory>
 
+#include "rig/common/Complaint.h"
 #include "rig/common/NumberOption.h"
 #include "rig/common/Printable.h"
 #include "rig/judge/Judge.h"
@@ -23,11 +24,9 @@
 namespace rig {
 namespace {
 
-constexpr int kUsage = 64;
 constexpr int kNoLog = 66;
-constexpr double kLongest = 86'400;  // seconds
 
-constexpr const char* kExitStatuses =
+constexpr const char* kJudgeStatuses =
     "Exit status: 0 every check passed; 1 a check failed; 2 the log cannot tell; 3 the harness or the rig "
     "failed;\n64 usage, or a report that cannot be written; 66 a log that cannot be read, or is none of the "
     "harness.";
@@ -138,18 +137,13 @@ std::string ReportOverLog(const JudgeOptions& options) {
     return "";
 }
 
-int Complain(int status, const std::string& text) {
-    std::cerr << "velloran-rig judge: " << text << std::endl;
-    return status;
-}
-
 }  // namespace
 
 void AddJudgeCommand(CLI::App& app, int& status) {
     const auto options = std::make_shared<JudgeOptions>();
     CLI::App* const judge =
         app.add_subcommand("judge", "Reads the harness's log and says how the DVR behaved");
-    judge->footer(kExitStatuses);
+    judge->footer(kJudgeStatuses);
     judge->add_option("LOG", options->logs,
                       "Logs of the harness in the order in which they were written; - is standard input");
     judge->add_flag("--follow", options->follow, "Go on reading until the run ends, or until SIGINT");
@@ -157,11 +151,11 @@ void AddJudgeCommand(CLI::App& app, int& status) {
     judge
         ->add_option("--patience", options->patience,
                      "How long the harness must have waited for an answer before it counts as missing")
-        ->transform(Between(0.0, kLongest))
+        ->transform(Between(0.0, kLongestSeconds))
         ->type_name("SECONDS")
         ->capture_default_str();
     judge->add_option("--max-reaction", options->maxReaction, "Fail when an answer took longer")
-        ->transform(Between(0.0, kLongest * 1000))
+        ->transform(Between(0.0, kLongestSeconds * 1000))
         ->type_name("MS");
     judge
         ->add_option("--known", options->known,
@@ -180,10 +174,11 @@ void AddJudgeCommand(CLI::App& app, int& status) {
 
 int RunJudge(const JudgeOptions& options) {
     if (options.logs.empty() || (options.follow && options.logs.size() > 1)) {
-        return Complain(kUsage, options.follow ? "expected one log to follow" : "expected a log, found none");
+        return Complain("judge", kUsageStatus,
+                        options.follow ? "expected one log to follow" : "expected a log, found none");
     }
     if (const std::string report = ReportOverLog(options); !report.empty()) {
-        return Complain(kUsage,
+        return Complain("judge", kUsageStatus,
                         Printable(report) + ": expected a file for a report, found a log to be judged");
     }
     try {
@@ -195,17 +190,19 @@ int RunJudge(const JudgeOptions& options) {
             WriteReports(options, logs.Kept());
         }
         if (IsOutputLost()) {
-            return Complain(kUsage, "expected standard output to take the report, found that it did not");
+            return Complain("judge", kUsageStatus,
+                            "expected standard output to take the report, found that it did not");
         }
         if (!logs.Foreign().empty()) {
-            return Complain(kNoLog, Printable(logs.Foreign().front()) +
-                                        ": expected a log of the harness, found no line of one");
+            return Complain(
+                "judge", kNoLog,
+                Printable(logs.Foreign().front()) + ": expected a log of the harness, found no line of one");
         }
         return report::ExitStatusOf(logs.Worst());
     } catch (const Unreadable& log) {
-        return Complain(kNoLog, log.what());
+        return Complain("judge", kNoLog, log.what());
     } catch (const std::exception& error) {
-        return Complain(kUsage, error.what());
+        return Complain("judge", kUsageStatus, error.what());
     }
 }
 

@@ -24,7 +24,7 @@ void CountInterrupt(int /*signal*/) {
 }
 
 void CountInterrupts() {
-    struct sigaction action {};
+    struct sigaction action = {};
     action.sa_handler = CountInterrupt;  // without SA_RESTART: a read that waits must end
     sigaction(SIGINT, &action, nullptr);
 }

@@ -71,6 +71,7 @@ std::string PrefixOf(std::size_t run) {
 void AddChecks(pugi::xml_node section, const RunResult& run, const LogPlaces& places,
                const std::string& prefix) {
     std::vector<const CheckResult*> checks;
+    checks.reserve(run.checks.size());
     for (const CheckResult& check : run.checks) {
         checks.push_back(&check);
     }

@@ -7,10 +7,10 @@
 namespace rig::report {
 namespace {
 
-constexpr utf8::uint32_t kReplacement = 0xfffd;
+constexpr char32_t kReplacement = 0xfffd;
 
 /// Control characters and those that are none by definition: neither XML nor HTML holds them.
-bool IsForbidden(utf8::uint32_t character) {
+bool IsForbidden(char32_t character) {
     const bool isControl = character < 0x20 || (character >= 0x7f && character < 0xa0);
     const bool isNoCharacter = (character & 0xfffe) == 0xfffe || (character >= 0xfdd0 && character <= 0xfdef);
     return (isControl && character != '\n' && character != '\t') || isNoCharacter;
@@ -25,7 +25,7 @@ std::string ValidText(std::string_view text) {
     std::string valid;
     valid.reserve(unicode.size());
     for (auto position = unicode.cbegin(); position != unicode.cend();) {
-        const utf8::uint32_t character = utf8::unchecked::next(position);
+        const char32_t character = utf8::unchecked::next(position);
         utf8::unchecked::append(IsForbidden(character) ? kReplacement : character, std::back_inserter(valid));
     }
     return valid;

@@ -1,0 +1,51 @@
+#include "rig/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+#include "rig/campaign/RunCommand.h"
+#include "rig/common/Complaint.h"
+#include "rig/common/Printable.h"
+#include "rig/diff/DiffCommand.h"
+#include "rig/dvr/DvrCommand.h"
+#include "rig/judge/JudgeCommand.h"
+
+namespace rig {
+namespace {
+
+constexpr const char* kVersion = "velloran-rig " VELLORAN_VERSION;
+
+}  // namespace
+
+int RunCommandLine(int argc, char** argv) {
+    CLI::App app("Companion tools of the velloran test harness", "velloran-rig");
+    app.set_version_flag("--version", kVersion);
+    int status = 0;
+    AddDvrCommand(app, status);
+    AddJudgeCommand(app, status);
+    AddRunCommand(app, status);
+    AddDiffCommand(app, status);
+    for (CLI::App* const command : app.get_subcommands({})) {
+        command->set_version_flag("--version", kVersion);
+    }
+    try {
+        app.parse(argc, argv);
+        if (app.get_subcommands().empty()) {
+            throw CLI::ParseError("expected a subcommand: dvr, judge, run or diff",
+                                  CLI::ExitCodes::RequiredError);
+        }
+    } catch (const CLI::Success& asked) {  // --help and --version
+        return app.exit(asked);
+    } catch (const CLI::ParseError& error) {
+        for (const std::string command : {"judge", "run", "diff"}) {
+            if (app.got_subcommand(command)) {
+                const std::string help = " (velloran-rig " + command + " --help tells more)";
+                return Complain(command, kUsageStatus, Printable(error.what()) + help);
+            }
+        }
+        throw;
+    }
+    return status;
+}
+
+}  // namespace rig
