@@ -7,12 +7,12 @@
 #include <optional>
 #include <sstream>
 
-#include "Messages.h"
-#include "Process.h"
-#include "ScriptedDvr.h"
-#include "Sockets.h"
-#include "Until.h"
-#include "World.h"
+#include "tests/support/Messages.h"
+#include "tests/support/Process.h"
+#include "tests/support/ScriptedDvr.h"
+#include "tests/support/Sockets.h"
+#include "tests/support/Until.h"
+#include "tests/support/World.h"
 
 namespace {
 

@@ -6,12 +6,12 @@
 #include <filesystem>
 #include <sstream>
 
-#include "Process.h"
-#include "ScriptedDvr.h"
 #include "Scripts.h"
-#include "Sockets.h"
-#include "Until.h"
-#include "World.h"
+#include "tests/support/Process.h"
+#include "tests/support/ScriptedDvr.h"
+#include "tests/support/Sockets.h"
+#include "tests/support/Until.h"
+#include "tests/support/World.h"
 
 namespace {
 

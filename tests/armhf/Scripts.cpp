@@ -1,7 +1,7 @@
 #include "Scripts.h"
 
-#include "Messages.h"
-#include "ScriptedDvr.h"
+#include "tests/support/Messages.h"
+#include "tests/support/ScriptedDvr.h"
 
 namespace {
 

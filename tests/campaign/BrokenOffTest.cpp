@@ -5,8 +5,8 @@
 #include <random>
 
 #include "CampaignTest.h"
-#include "Sockets.h"
-#include "Until.h"
+#include "tests/support/Sockets.h"
+#include "tests/support/Until.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <fstream>
 
 #include "CampaignTest.h"
-#include "Dvr.h"
+#include "tests/support/Dvr.h"
 
 namespace {
 

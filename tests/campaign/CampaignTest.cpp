@@ -1,10 +1,11 @@
 #include "CampaignTest.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <sstream>
 
-#include "Dvr.h"
-#include "TemporaryFolder.h"
+#include "tests/support/Dvr.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace {
 

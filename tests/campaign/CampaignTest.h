@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "Program.h"
-#include "World.h"
+#include "tests/support/Program.h"
+#include "tests/support/World.h"
 
 using Json = nlohmann::json;
 

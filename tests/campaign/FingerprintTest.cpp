@@ -2,8 +2,8 @@
 
 #include <filesystem>
 
-#include "TemporaryFolder.h"
 #include "rig/campaign/Fingerprint.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace rig::campaign {
 namespace {

@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "TemporaryFolder.h"
 #include "rig/campaign/LogSource.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace rig::campaign {
 namespace {

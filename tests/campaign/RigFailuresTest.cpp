@@ -8,7 +8,7 @@
 #include <fstream>
 
 #include "CampaignTest.h"
-#include "Until.h"
+#include "tests/support/Until.h"
 
 namespace {
 

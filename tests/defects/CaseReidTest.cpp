@@ -4,8 +4,6 @@
 
 namespace {
 
-constexpr const char* kNoMatch = "'reid' attribute does not match expected: '";
-
 struct CaseReid10 : Defect10 {};
 struct CaseReid20 : InReports {};
 

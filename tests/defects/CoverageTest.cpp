@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "ShownLines.h"
-#include "World.h"
+#include "tests/support/World.h"
 
 // What the tests of defects leave out is found here: by the document that lists the harness's log lines and
 // by the program's own list of defects.

@@ -6,9 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "Dvr.h"
-#include "Harness.h"
-#include "World.h"
+#include "tests/support/Dvr.h"
+#include "tests/support/Harness.h"
+#include "tests/support/World.h"
+
+inline constexpr const char* kNoMatch = "'reid' attribute does not match expected: '";
 
 // The assertion on a message that is no document.
 constexpr const char* kHandleMessage10 =

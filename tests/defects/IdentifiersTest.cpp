@@ -4,8 +4,6 @@
 
 namespace {
 
-constexpr const char* kNoMatch = "'reid' attribute does not match expected: '";
-
 struct WrongReid10 : Defect10 {};
 struct WrongReid20 : InReports {};
 

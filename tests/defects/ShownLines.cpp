@@ -6,7 +6,7 @@
 #include <set>
 #include <sstream>
 
-#include "LogLine.h"
+#include "tests/support/LogLine.h"
 
 namespace {
 

@@ -2,9 +2,9 @@
 
 #include <nlohmann/json.hpp>
 
-#include "TemporaryFolder.h"
 #include "rig/diff/CampaignReader.h"
 #include "rig/log/LogReader.h"
+#include "tests/support/TemporaryFolder.h"
 
 using namespace rig::diff;
 using Json = nlohmann::json;

@@ -1,11 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <fstream>
 #include <stdexcept>
 
 #include "Judging.h"
 #include "rig/judge/KnownFailures.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace rig::judge {
 namespace {
@@ -90,14 +91,13 @@ TEST(KnownFailures, AreNotMissedWhereNothingCameToThem) {
 
 class KnownFailuresFile : public testing::Test {
  protected:
-    ~KnownFailuresFile() override { std::remove(path_.c_str()); }
-
     KnownFailures Read(const std::string& content) const {
         std::ofstream(path_, std::ios::binary) << content;
         return ReadKnownFailures(path_);
     }
 
-    std::string path_ = testing::TempDir() + "velloran-known-failures";
+    const TemporaryFolder folder_;
+    const std::string path_ = folder_.Path() / "known-failures";
 };
 
 TEST_F(KnownFailuresFile, HasALineForEachReason) {

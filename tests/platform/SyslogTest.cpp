@@ -23,7 +23,7 @@ constexpr double kMoment = 10;
 constexpr int kSyslogFd = 3;
 
 /// @return what reaches standard output when the named process runs `code`, which must change no descriptor
-Outcome RunNamed(const std::function<void()>& code) {
+Outcome RunKeepingDescriptors(const std::function<void()>& code) {
     return RunSubject([&code] {
         LogClient::Instance()->ProcessName("velloran");
         const std::vector<std::string> before = OpenDescriptors();
@@ -52,7 +52,7 @@ void ExpectLines(const Outcome& outcome, int count) {
 
 TEST(Syslog, GetsPriorityNamePidAndText) {
     Daemon daemon;
-    const Outcome outcome = RunNamed([] { Log(16, "velloran:212 Sending DONE"); });
+    const Outcome outcome = RunKeepingDescriptors([] { Log(16, "velloran:212 Sending DONE"); });
     EXPECT_EQ(daemon.Take(), std::vector<std::string>{"<30>velloran[" + std::to_string(outcome.pid) +
                                                       "]: velloran:212 Sending DONE"});
     EXPECT_EQ(TextOf(outcome.output), "velloran:212 Sending DONE");
@@ -63,7 +63,7 @@ TEST(Syslog, GetsTheSeverityOfTheLevel) {
     const std::pair<unsigned int, std::string> priorities[] = {
         {1, "<27>"}, {2, "<28>"}, {4, "<29>"}, {8, "<30>"}, {16, "<30>"}, {32, "<31>"}, {64, "<31>"}};
     Daemon daemon;
-    const Outcome outcome = RunNamed([&priorities] {
+    const Outcome outcome = RunKeepingDescriptors([&priorities] {
         for (const auto& [level, priority] : priorities) {
             Log(level, "text");
         }
@@ -78,7 +78,7 @@ TEST(Syslog, GetsTheSeverityOfTheLevel) {
 
 TEST(Syslog, GetsTheTextEscapedAndOneDatagramALine) {
     Daemon daemon;
-    const Outcome outcome = RunNamed([] { Log(16, std::string("a\nb\0c\\", 6)); });
+    const Outcome outcome = RunKeepingDescriptors([] { Log(16, std::string("a\nb\0c\\", 6)); });
     EXPECT_EQ(daemon.Take(),
               std::vector<std::string>{"<30>velloran[" + std::to_string(outcome.pid) + "]: a\\nb\\x00c\\\\"});
 }
@@ -86,7 +86,7 @@ TEST(Syslog, GetsTheTextEscapedAndOneDatagramALine) {
 TEST(Syslog, GetsLongTextsWhole) {
     Daemon daemon;
     const std::string text(100000, 'x');
-    const Outcome outcome = RunNamed([&text] { Log(16, text); });
+    const Outcome outcome = RunKeepingDescriptors([&text] { Log(16, text); });
     EXPECT_EQ(daemon.Take(),
               std::vector<std::string>{"<30>velloran[" + std::to_string(outcome.pid) + "]: " + text});
 }
@@ -94,7 +94,7 @@ TEST(Syslog, GetsLongTextsWhole) {
 TEST(Syslog, TooSmallForALineCostsNoLineOnStandardOutput) {
     Daemon daemon;
     const std::string text(300000, 'x');
-    const Outcome outcome = RunNamed([&text] { Log(16, text); });
+    const Outcome outcome = RunKeepingDescriptors([&text] { Log(16, text); });
     EXPECT_EQ(TextOf(outcome.output), text);
 }
 
@@ -116,7 +116,7 @@ TEST(Syslog, SocketIsOpenedOnceByTheFirstUseOfTheLogger) {
 
 TEST(Syslog, SocketIsAnUnconnectedDatagramSocketWithTheLowestNumber) {
     Daemon daemon;
-    const Outcome outcome = RunNamed([] {
+    const Outcome outcome = RunKeepingDescriptors([] {
         LogLines(1);
         int type = 0;
         socklen_t length = sizeof type;
@@ -132,12 +132,12 @@ TEST(Syslog, SocketIsAnUnconnectedDatagramSocketWithTheLowestNumber) {
 
 TEST(Syslog, MissingFromTheStartChangesNothingElse) {
     unlink("/dev/log");
-    ExpectLines(RunNamed([] { LogLines(100); }), 100);
+    ExpectLines(RunKeepingDescriptors([] { LogLines(100); }), 100);
 }
 
 TEST(Syslog, GetsTheLinesFromWhenItStarts) {
     unlink("/dev/log");
-    const Outcome outcome = RunNamed([] {
+    const Outcome outcome = RunKeepingDescriptors([] {
         LogLines(1);
         Daemon late;
         LogLines(3);
@@ -148,7 +148,7 @@ TEST(Syslog, GetsTheLinesFromWhenItStarts) {
 }
 
 TEST(Syslog, GetsTheLinesAfterItsRestart) {
-    const Outcome outcome = RunNamed([] {
+    const Outcome outcome = RunKeepingDescriptors([] {
         auto daemon = std::make_unique<Daemon>();
         LogLines(1);
         Report(std::to_string(daemon->Take().size()));
@@ -163,19 +163,19 @@ TEST(Syslog, GetsTheLinesAfterItsRestart) {
 }
 
 TEST(Syslog, KilledWithItsSocketFileLeftChangesNothingElse) {
-    { const Daemon killed; }
-    ExpectLines(RunNamed([] { LogLines(100); }), 100);
+    static_cast<void>(Daemon());
+    ExpectLines(RunKeepingDescriptors([] { LogLines(100); }), 100);
 }
 
 TEST(Syslog, ThatHangsCostsNoLineOnStandardOutputAndNoTime) {
     const Daemon hanging;
     const auto start = std::chrono::steady_clock::now();
-    ExpectLines(RunNamed([] { LogLines(3000); }), 3000);
+    ExpectLines(RunKeepingDescriptors([] { LogLines(3000); }), 3000);
     EXPECT_LT(Seconds(std::chrono::steady_clock::now() - start).count(), kMoment);
 }
 
 TEST(Syslog, GetsTheLinesAfterItStopsHanging) {
-    const Outcome outcome = RunNamed([] {
+    const Outcome outcome = RunKeepingDescriptors([] {
         Daemon daemon;
         LogLines(3000);
         const std::size_t kept = daemon.Take().size();

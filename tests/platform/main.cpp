@@ -4,7 +4,7 @@
 #include <iostream>
 #include <optional>
 
-#include "tests/system/World.h"
+#include "tests/support/World.h"
 
 /// The tests share one world, where /dev/log is theirs alone.
 int main(int argc, char** argv) {

@@ -1,14 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
 
-#include "Dvr.h"
-#include "Harness.h"
-#include "World.h"
+#include "tests/support/Dvr.h"
+#include "tests/support/Harness.h"
+#include "tests/support/World.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "Dvr.h"
-#include "Harness.h"
-#include "World.h"
+#include "tests/support/Dvr.h"
+#include "tests/support/Harness.h"
+#include "tests/support/World.h"
 
 // The harness's -z against a DVR that goes on all the same, and one that does not.
 

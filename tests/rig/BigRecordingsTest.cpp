@@ -10,9 +10,10 @@
 #include <vector>
 
 #include "Backend.h"
-#include "Program.h"
-#include "TemporaryFolder.h"
+#include "ScriptedExport.h"
 #include "rig/dvr/Message.h"
+#include "tests/support/Program.h"
+#include "tests/support/TemporaryFolder.h"
 
 // 10,000 events of 10 files: what a recorder holds after years. Nothing may be quadratic, and memory is
 // bounded.
@@ -90,11 +91,6 @@ long PeakOf(pid_t process) {
 std::string AnswerAtOnce(BackendConnection& backend, const std::string& request) {
     backend.SendAtOnce(request);
     return backend.Read();
-}
-
-std::string GetFile(const std::string& event, const std::string& file) {
-    return "<msg req=\"GET_FILE\" reid=\"" + event + "\" path=\"" + event + "\" file=\"" + file +
-           "\" protocolVersion=\"2.0\"/>";
 }
 
 /// Exports one event with all its files.

@@ -5,10 +5,11 @@
 #include <vector>
 
 #include "Backend.h"
-#include "Program.h"
-#include "TemporaryFolder.h"
+#include "ScriptedExport.h"
 #include "UsageError.h"
 #include "rig/dvr/Message.h"
+#include "tests/support/Program.h"
+#include "tests/support/TemporaryFolder.h"
 
 // The built program: its command line, its exit statuses, and whole dialogues over TCP.
 namespace {
@@ -112,14 +113,6 @@ TEST(Command, EndsWithStatus3WhenNobodyListens) {
                                  " within 100 ms, found: Connection refused\n");
 }
 
-/// Runs the DVR against a script. @return what it left behind
-ProgramResult PlayDvr(const Arguments& options, Backend::Script script) {
-    Backend backend(std::move(script));
-    Arguments arguments{"dvr", "--port", std::to_string(backend.Port())};
-    arguments.insert(arguments.end(), options.begin(), options.end());
-    return RunRig(arguments);
-}
-
 std::string LastLine(const std::string& text) {
     const auto start = text.rfind('\n', text.size() - 2);
     return text.substr(start + 1);
@@ -185,11 +178,6 @@ TEST(Command, EndsWithStatus0AfterARefusedConfiguration) {
     EXPECT_NE(LastLine(result.output).find("the configuration update is refused, and nothing more is due"),
               std::string::npos)
         << result.output;
-}
-
-std::string RequestOf(BackendConnection& backend, const std::string& request) {
-    backend.Send(request);
-    return backend.Read();
 }
 
 TEST(Command, ExportsAFolderIn20) {

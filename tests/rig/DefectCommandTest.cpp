@@ -4,10 +4,10 @@
 #include <vector>
 
 #include "Backend.h"
-#include "Program.h"
-#include "TemporaryFolder.h"
 #include "UsageError.h"
 #include "rig/dvr/Defect.h"
+#include "tests/support/Program.h"
+#include "tests/support/TemporaryFolder.h"
 
 // --defect and what goes with it, on the command line of the built program.
 namespace {
@@ -85,7 +85,7 @@ TEST(DefectCommand, ListsTheDefects) {
 }
 
 /// Runs the DVR against a backend that reads `OK`, asks for the descriptions and reads them.
-ProgramResult PlayDvr(Arguments options, std::string* descriptions = nullptr) {
+ProgramResult PlayToXml(Arguments options, std::string* descriptions = nullptr) {
     Backend backend([descriptions](BackendConnection& connection) {
         connection.Read();
         connection.Send(R"(<msg req="GET_XML"/>)");
@@ -101,21 +101,22 @@ ProgramResult PlayDvr(Arguments options, std::string* descriptions = nullptr) {
 TEST(DefectCommand, PrintsTheSeedThatRepeatsTheRun) {
     std::string first;
     std::string second;
-    const ProgramResult result = PlayDvr({"--defect", "garble=20", "--on", "XML"}, &first);
+    const ProgramResult result = PlayToXml({"--defect", "garble=20", "--on", "XML"}, &first);
     const std::size_t start = result.output.find("seed ") + 5;
     const std::string seed = result.output.substr(start, result.output.find('\n', start) - start);
-    PlayDvr({"--defect", "garble=20", "--on", "XML", "--seed", seed}, &second);
+    PlayToXml({"--defect", "garble=20", "--on", "XML", "--seed", seed}, &second);
     EXPECT_EQ(first, second);
     EXPECT_NE(first.size(), 0U);
 }
 
 TEST(DefectCommand, TakesASeedWithALeadingZeroForADecimalOne) {
-    EXPECT_NE(PlayDvr({"--defect", "double", "--on", "XML:0009", "--seed", "010"}).output.find(" seed 10\n"),
-              std::string::npos);
+    EXPECT_NE(
+        PlayToXml({"--defect", "double", "--on", "XML:0009", "--seed", "010"}).output.find(" seed 10\n"),
+        std::string::npos);
 }
 
 TEST(DefectCommand, MarksWhatADefectHasDone) {
-    const ProgramResult result = PlayDvr({"--defect", "description-other-reid=X", "--defect", "double"});
+    const ProgramResult result = PlayToXml({"--defect", "description-other-reid=X", "--defect", "double"});
     EXPECT_NE(result.output.find("-> OK  [double]\n"), std::string::npos) << result.output;
     EXPECT_NE(result.output.find("-> XML (xmlFile: 3)  [description-other-reid]\n"), std::string::npos)
         << result.output;
@@ -127,7 +128,7 @@ TEST(DefectCommand, TakesColonsInTheNameOfAnEvent) {
     folder.Write("21/b.ts", "b");
     for (const char* place : {"21:05:00", "21:05:00:a.ts", "21:b.ts", "21"}) {
         const ProgramResult result =
-            PlayDvr({"--recordings", folder.Path().string(), "--defect", "no-answer", "--at", place});
+            PlayToXml({"--recordings", folder.Path().string(), "--defect", "no-answer", "--at", place});
         EXPECT_EQ(result.status, 1) << "the backend leaves early";
         EXPECT_EQ(result.errors.find("--at"), std::string::npos) << result.errors;
     }

@@ -1,8 +1,10 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/capability.h>
 #include <sched.h>
 #include <signal.h>
 #include <sys/mount.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -15,7 +17,7 @@
 #include <vector>
 
 #include "ScriptedExport.h"
-#include "TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 // --deliver, with the built program: what is in the folder when something goes wrong.
 namespace {
@@ -124,10 +126,13 @@ TEST_F(DeliverCommandTest, RefusesAFolderThatCannotBeCreated) {
     EXPECT_EQ(file.output, "");
 }
 
-/// Takes from this process, should it be root, the right to go where the permissions forbid.
+/// Takes from the program that this process becomes, should it be root, the right to go where permissions
+/// forbid.
 void ObeyPermissions() {
-    if (unshare(CLONE_NEWUSER) == -1) {
-        _exit(126);
+    for (const int capability : {CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH}) {
+        if (geteuid() == 0 && prctl(PR_CAPBSET_DROP, capability) == -1) {
+            _exit(126);
+        }
     }
 }
 
@@ -232,16 +237,19 @@ void WriteFile(const char* name, const std::string& content) {
     close(file);
 }
 
-/// Mounts a small file system for this process alone. It is root of a namespace of its own for that.
+/// Mounts a small file system for this process alone. It is root of a namespace of its own for that, where
+/// the system lets it be.
 void MountSmallDisk(const fs::path& folder, const std::string& size) {
     const std::string user = std::to_string(getuid());
     const std::string group = std::to_string(getgid());
-    if (unshare(CLONE_NEWUSER | CLONE_NEWNS) == -1) {
+    if (unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) {
+        WriteFile("/proc/self/uid_map", "0 " + user + " 1");
+        WriteFile("/proc/self/setgroups", "deny");
+        WriteFile("/proc/self/gid_map", "0 " + group + " 1");
+    } else if (unshare(CLONE_NEWNS) == -1 ||
+               mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == -1) {
         _exit(126);
     }
-    WriteFile("/proc/self/uid_map", "0 " + user + " 1");
-    WriteFile("/proc/self/setgroups", "deny");
-    WriteFile("/proc/self/gid_map", "0 " + group + " 1");
     if (mount("small", folder.c_str(), "tmpfs", 0, ("size=" + size).c_str()) == -1) {
         _exit(126);
     }

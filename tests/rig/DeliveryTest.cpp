@@ -12,8 +12,8 @@
 
 #include "Failures.h"
 #include "FixedRecordings.h"
-#include "TemporaryFolder.h"
 #include "rig/dvr/Delivery.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace {
 
@@ -84,14 +84,14 @@ TEST_F(DeliveryTest, CopiesAFileThatAppearsWhenItIsComplete) {
 
 TEST_F(DeliveryTest, LeavesNothingOfAnAbandonedFile) {
     const DeliveryFolder folder(Place(), recordings_);
-    { Delivery(folder, "EVT1", "a.ts").Copy(3); }
+    Delivery(folder, "EVT1", "a.ts").Copy(3);
     EXPECT_EQ(FilesIn(Place()), Files());
 }
 
 TEST_F(DeliveryTest, ReplacesAnEarlierCopyAsAWhole) {
     const DeliveryFolder folder(Place(), recordings_);
     folder_.Write("a/b/EVT1/a.ts", "an earlier and longer content");
-    { Delivery(folder, "EVT1", "a.ts").Copy(3); }
+    Delivery(folder, "EVT1", "a.ts").Copy(3);
     EXPECT_EQ(FilesIn(Place()), (Files{{"EVT1/a.ts", "an earlier and longer content"}}));
     Delivery again(folder, "EVT1", "a.ts");
     again.Copy(100);

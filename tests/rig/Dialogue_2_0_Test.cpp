@@ -8,7 +8,8 @@
 
 #include "Failures.h"
 #include "FixedRecordings.h"
-#include "TemporaryFolder.h"
+#include "ScriptedExport.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace {
 
@@ -21,11 +22,6 @@ constexpr const char* kDone = R"(<msg req="DONE" protocolVersion="2.0"/>)";
 
 std::string NextEvent(const std::string& reid) {
     return R"(<msg req="NEXT_EVENT" reid=")" + reid + R"(" protocolVersion="2.0"/>)";
-}
-
-std::string GetFile(const std::string& reid, const std::string& file, const std::string& more = "") {
-    return R"(<msg req="GET_FILE" reid=")" + reid + R"(" path=")" + reid + R"(" file=")" + file +
-           R"(" protocolVersion="2.0")" + more + "/>";
 }
 
 std::string XferComplete(const std::string& reid) {

@@ -4,8 +4,8 @@
 
 #include "Failures.h"
 #include "HarnessLog.h"
-#include "TemporaryFolder.h"
 #include "rig/dvr/EarlierRun.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace {
 

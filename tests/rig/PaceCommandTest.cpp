@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "ScriptedExport.h"
-#include "TemporaryFolder.h"
 #include "UsageError.h"
+#include "tests/support/TemporaryFolder.h"
 
 // --segment, --gap, --rate and the progress bar, with the built program.
 namespace {

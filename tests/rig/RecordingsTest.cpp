@@ -6,11 +6,11 @@
 #include <vector>
 
 #include "Failures.h"
-#include "TemporaryFolder.h"
 #include "rig/dvr/Digest.h"
 #include "rig/dvr/FolderRecordings.h"
 #include "rig/dvr/Recordings.h"
 #include "rig/dvr/SyntheticRecordings.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace {
 

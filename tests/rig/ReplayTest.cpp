@@ -8,10 +8,10 @@
 #include "Backend.h"
 #include "Failures.h"
 #include "HarnessLog.h"
-#include "Program.h"
-#include "TemporaryFolder.h"
 #include "UsageError.h"
 #include "rig/dvr/Replay.h"
+#include "tests/support/Program.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace {
 
@@ -24,19 +24,19 @@ using rig::Replay;
 using rig::Transcript;
 using rig::WireCheck;
 
-const std::string kOk = R"(<msg req="OK"/>)";
+const std::string kOkIn10 = R"(<msg req="OK"/>)";
 const std::string kXml = R"(<msg req="XML"><xmlFile/></msg>)";
-const std::string kComplete = R"(<msg req="FILE_COMPLETE"/>)";
+const std::string kFileComplete = R"(<msg req="FILE_COMPLETE"/>)";
 const std::string kGetFile = R"(<msg req="GET_FILE" path="E1" file="a" />)";
 const std::string kUnasked = R"(<msg req="NOISE"/>)";
 
 /// A run with two requests, and a message that is not answered between them.
 HarnessLog Export() {
     HarnessLog log;
-    log.Connected().Received(kOk).Line("got an OK, sending GET_XML").Sent(kGetXml.size());
+    log.Connected().Received(kOkIn10).Line("got an OK, sending GET_XML").Sent(kGetXml.size());
     log.Received(kUnasked).Line("UNSUPPORTED MSG RECEIVED: NOISE");
     log.Received(kXml).Sent(kGetFile.size());
-    log.Received(kComplete).Line("Got FILE_COMPLETE for: reid=E1  file=a");
+    log.Received(kFileComplete).Line("Got FILE_COMPLETE for: reid=E1  file=a");
     return log;
 }
 
@@ -76,12 +76,12 @@ class ReplayTest : public testing::Test {
 
 TEST_F(ReplayTest, SendsEveryMessageAndEndsWell) {
     Play(Export().Text(), [](BackendConnection& backend) {
-        EXPECT_EQ(backend.Read(), kOk);
+        EXPECT_EQ(backend.Read(), kOkIn10);
         backend.Send(kGetXml);
         EXPECT_EQ(backend.Read(), kUnasked);
         EXPECT_EQ(backend.Read(), kXml);
         backend.Send(kGetFile);
-        EXPECT_EQ(backend.Read(), kComplete);
+        EXPECT_EQ(backend.Read(), kFileComplete);
     });
     EXPECT_EQ(summary_, "replayed 4 of 4 messages, 2 requests as in run.log");
     EXPECT_NE(out_.str().find("-> XML (xmlFile: 0 bytes)\n"), std::string::npos) << out_.str();
@@ -103,7 +103,7 @@ TEST_F(ReplayTest, SendsWhatIsNoMessageToo) {
 TEST_F(ReplayTest, KeepsThePausesOfTheDvrWhenTold) {
     const auto log = [](const std::string& second) {
         HarnessLog timed("2026-11-20T14:03:01.0Z velloran 1 ");
-        timed.Connected().From("2026-11-20T14:03:01.2Z velloran 1 ").Received(kOk);
+        timed.Connected().From("2026-11-20T14:03:01.2Z velloran 1 ").Received(kOkIn10);
         return timed.From("2026-11-20T14:03:" + second + "Z velloran 1 ").Received(kUnasked).Text();
     };
     Clock::duration waited{};
@@ -187,7 +187,7 @@ TEST_F(ReplayTest, NamesARequestTooMuchAtTheEnd) {
 
 TEST_F(ReplayTest, WaitsForNothingBehindTheEndOfTheLog) {
     HarnessLog log;
-    Play(log.Connected().Received(kOk).Text(), [](BackendConnection& backend) {
+    Play(log.Connected().Received(kOkIn10).Text(), [](BackendConnection& backend) {
         backend.Read();
         EXPECT_TRUE(backend.IsClosedByPeer());
     });
@@ -218,7 +218,7 @@ TEST_F(ReplayTest, NamesTheRequestAtWhichTheHarnessLeaves) {
 
 TEST_F(ReplayTest, ExpectsTheEndOfTheConnectionWhereTheLogHasIt) {
     HarnessLog log;
-    log.Connected().Received(kOk).Line("Closing client socket...");
+    log.Connected().Received(kOkIn10).Line("Closing client socket...");
     Play(log.Text(), [](BackendConnection& backend) { backend.Read(); });
     EXPECT_EQ(
         BreachOf([&] {
@@ -240,7 +240,7 @@ TEST_F(ReplayTest, ExpectsTheEndOfTheConnectionWhereTheLogHasIt) {
 
 TEST_F(ReplayTest, TakesAWrongPrefixThatTheLogHas) {
     HarnessLog log;
-    log.Connected({"'sizeError' flag set"}).Received(kOk).Line("got an OK, sending GET_XML").Sent(31);
+    log.Connected({"'sizeError' flag set"}).Received(kOkIn10).Line("got an OK, sending GET_XML").Sent(31);
     log.Line("sent: size= 1/31/21  '" + kGetXml + "'").Received(kUnasked);
     Play(log.Text(), [](BackendConnection& backend) {
         backend.Read();
@@ -273,7 +273,7 @@ TEST_F(ReplayTest, NamesAWrongPrefixThatTheLogDoesNotHave) {
 TEST_F(ReplayTest, DoesNotCompareWhatTheLogShowsInAnotherForm) {
     const std::string request = R"(<msg req="GET_FILE" path="E1" file="&#x41;" />)";
     HarnessLog log;
-    log.Connected().Received(kXml).Sent(request.size()).Received(kComplete);
+    log.Connected().Received(kXml).Sent(request.size()).Received(kFileComplete);
     log.Line("Got FILE_COMPLETE for: reid=E1  file=&#x41;");
     Play(log.Text(), [&](BackendConnection& backend) {
         backend.Read();
@@ -285,7 +285,7 @@ TEST_F(ReplayTest, DoesNotCompareWhatTheLogShowsInAnotherForm) {
 
 TEST(ReplayOption, EndsWithStatus0AndAClosingLine) {
     const TemporaryFolder folder;
-    folder.Write("run.log", Export().Line("shutting down").Connected().Received(kOk).Text());
+    folder.Write("run.log", Export().Line("shutting down").Connected().Received(kOkIn10).Text());
     const std::string log = (folder.Path() / "run.log").string();
     Backend backend([](BackendConnection& connection) {
         connection.Read();
@@ -335,7 +335,7 @@ class ReplayUsageTest : public testing::TestWithParam<UsageCase> {};
 
 TEST_P(ReplayUsageTest, EndsWithStatus2AndOneLine) {
     const TemporaryFolder folder;
-    folder.Write("run.log", HarnessLog("rig velloran[7]: ").Connected().Received(kOk).Text());
+    folder.Write("run.log", HarnessLog("rig velloran[7]: ").Connected().Received(kOkIn10).Text());
     std::vector<std::string> arguments{"dvr"};
     for (const std::string& argument : GetParam().arguments) {
         arguments.push_back(argument == "LOG" ? (folder.Path() / "run.log").string() : argument);

@@ -7,23 +7,40 @@
 #include <vector>
 
 #include "Backend.h"
-#include "Program.h"
 #include "rig/dvr/Message.h"
+#include "tests/support/Program.h"
 
-// A scripted backend and the built program, in protocol 2.0.
+// A scripted backend and the built program.
 
-/// Runs the DVR in 2.0 against a script.
-inline ProgramResult PlayDvr20(const std::vector<std::string>& options, Backend::Script script,
-                               const ProgramSurroundings& surroundings = {}) {
+/// Runs the DVR against a script. @return what it left behind
+inline ProgramResult PlayDvr(const std::vector<std::string>& options, Backend::Script script,
+                             const ProgramSurroundings& surroundings = {}) {
     Backend backend(std::move(script));
-    std::vector<std::string> arguments{"dvr", "--protocol", "2", "--port", std::to_string(backend.Port())};
+    std::vector<std::string> arguments{"dvr", "--port", std::to_string(backend.Port())};
     arguments.insert(arguments.end(), options.begin(), options.end());
     return RunRig(arguments, surroundings);
 }
 
-inline std::string RequestOf(BackendConnection& backend, const rig::Message& request) {
-    backend.Send(request.Text());
+/// The same in protocol 2.0.
+inline ProgramResult PlayDvr20(std::vector<std::string> options, Backend::Script script,
+                               const ProgramSurroundings& surroundings = {}) {
+    options.insert(options.begin(), {"--protocol", "2"});
+    return PlayDvr(options, std::move(script), surroundings);
+}
+
+inline std::string RequestOf(BackendConnection& backend, const std::string& request) {
+    backend.Send(request);
     return backend.Read();
+}
+
+inline std::string RequestOf(BackendConnection& backend, const rig::Message& request) {
+    return RequestOf(backend, request.Text());
+}
+
+/// The text of a request for a file in protocol 2.0. @param more  further attributes, with a blank in front
+inline std::string GetFile(const std::string& event, const std::string& file, const std::string& more = "") {
+    return R"(<msg req="GET_FILE" reid=")" + event + R"(" path=")" + event + R"(" file=")" + file +
+           R"(" protocolVersion="2.0")" + more + "/>";
 }
 
 /// A request about an event. @param file  empty: about none

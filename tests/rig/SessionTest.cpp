@@ -10,10 +10,11 @@
 #include "Backend.h"
 #include "Failures.h"
 #include "FixedRecordings.h"
-#include "TemporaryFolder.h"
+#include "ScriptedExport.h"
 #include "rig/dvr/Dialogue_1_0.h"
 #include "rig/dvr/Dialogue_2_0.h"
 #include "rig/dvr/Session.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace {
 
@@ -58,19 +59,19 @@ class SessionTest : public testing::Test {
     Dialogue_2_0 two_{recordings_, folder_.Path() / "velloranFail"};
 };
 
-std::string RequestOf(BackendConnection& backend, const std::string& request) {
-    backend.Send(request);
-    return Message::Parse(backend.Read()).Name();
+/// @return the name of the answer
+std::string AnswerTo(BackendConnection& backend, const std::string& request) {
+    return Message::Parse(RequestOf(backend, request)).Name();
 }
 
 TEST_F(SessionTest, PlaysAWholeExportIn10) {
     Play(one_, {kLong, kLong, Milliseconds(1)}, [](BackendConnection& backend) {
         EXPECT_EQ(backend.Read(), R"(<msg req="OK"/>)");
-        EXPECT_EQ(RequestOf(backend, R"(<msg req="GET_XML"/>)"), "XML");
+        EXPECT_EQ(AnswerTo(backend, R"(<msg req="GET_XML"/>)"), "XML");
         for (const char* file :
              {R"(path="EVT1" file="m.xml")", R"(path="EVT1" file="a.ts")", R"(path="EVT1" file="b.ts")",
               R"(path="EVT2" file="m.xml")", R"(path="EVT2" file="c.ts")"}) {
-            EXPECT_EQ(RequestOf(backend, std::string(R"(<msg req="GET_FILE" )") + file + "/>"),
+            EXPECT_EQ(AnswerTo(backend, std::string(R"(<msg req="GET_FILE" )") + file + "/>"),
                       "FILE_COMPLETE");
         }
         backend.Send(
@@ -101,30 +102,17 @@ TEST_F(SessionTest, MeetsASecondRequestWhileTheFileIsInTransfer) {
                    R"(" protocolVersion="2.0"/>)";
         };
         backend.Read();
-        EXPECT_EQ(RequestOf(backend, R"(<msg req="GET_EVENT_LIST" protocolVersion="2.0"/>)"), "EVENT_LIST");
-        EXPECT_EQ(RequestOf(backend, R"(<msg req="NEXT_EVENT" reid="EVT2" protocolVersion="2.0"/>)"),
-                  "EVENT");
-        EXPECT_EQ(RequestOf(backend, request("m.xml")), "FILE_COMPLETE");
+        EXPECT_EQ(AnswerTo(backend, R"(<msg req="GET_EVENT_LIST" protocolVersion="2.0"/>)"), "EVENT_LIST");
+        EXPECT_EQ(AnswerTo(backend, R"(<msg req="NEXT_EVENT" reid="EVT2" protocolVersion="2.0"/>)"), "EVENT");
+        EXPECT_EQ(AnswerTo(backend, request("m.xml")), "FILE_COMPLETE");
         backend.Send(request("c.ts"));
-        EXPECT_EQ(RequestOf(backend, request("c.ts")), "XFER_IN_PROGRESS");
+        EXPECT_EQ(AnswerTo(backend, request("c.ts")), "XFER_IN_PROGRESS");
         EXPECT_EQ(Message::Parse(backend.Read()).Name(), "FILE_COMPLETE");
-        EXPECT_EQ(RequestOf(backend, R"(<msg req="EVENT_XFER_COMPLETE" reid="EVT2" protocolVersion="2.0"/>)"),
+        EXPECT_EQ(AnswerTo(backend, R"(<msg req="EVENT_XFER_COMPLETE" reid="EVT2" protocolVersion="2.0"/>)"),
                   "EVENT_XFER_ACK");
         backend.Send(R"(<msg req="DONE" protocolVersion="2.0"/>)");
     });
     EXPECT_TRUE(two_.IsDone());
-}
-
-/// Brings the backend to where the event's files are asked for.
-void StartEvent(BackendConnection& backend, const std::string& event) {
-    backend.Read();
-    RequestOf(backend, R"(<msg req="GET_EVENT_LIST" protocolVersion="2.0"/>)");
-    RequestOf(backend, "<msg req=\"NEXT_EVENT\" reid=\"" + event + "\" protocolVersion=\"2.0\"/>");
-}
-
-std::string GetFile(const std::string& event, const std::string& file) {
-    return "<msg req=\"GET_FILE\" reid=\"" + event + "\" path=\"" + event + "\" file=\"" + file +
-           "\" protocolVersion=\"2.0\"/>";
 }
 
 TEST_F(SessionTest, TakesTheTimeOfTheRateForAFile) {
@@ -133,7 +121,7 @@ TEST_F(SessionTest, TakesTheTimeOfTheRateForAFile) {
                       [](BackendConnection& backend) {
                           StartEvent(backend, "EVT1");
                           const auto start = rig::Clock::now();
-                          EXPECT_EQ(RequestOf(backend, GetFile("EVT1", "a.ts")), "FILE_COMPLETE");
+                          EXPECT_EQ(AnswerTo(backend, GetFile("EVT1", "a.ts")), "FILE_COMPLETE");
                           EXPECT_GE(rig::Clock::now() - start, Milliseconds(300));
                           EXPECT_LT(rig::Clock::now() - start, kLong);
                       }),
@@ -163,7 +151,7 @@ TEST_F(SessionTest, DeliversAFileBeforeItSaysSo) {
                       [&](BackendConnection& backend) {
                           StartEvent(backend, "EVT1");
                           EXPECT_FALSE(std::filesystem::exists(copies / "EVT1/b.ts"));
-                          EXPECT_EQ(RequestOf(backend, GetFile("EVT1", "b.ts")), "FILE_COMPLETE");
+                          EXPECT_EQ(AnswerTo(backend, GetFile("EVT1", "b.ts")), "FILE_COMPLETE");
                           EXPECT_TRUE(std::filesystem::exists(copies / "EVT1/b.ts"));
                       }),
                  rig::Breach);
@@ -176,7 +164,7 @@ TEST_F(SessionTest, LeavesNothingOfATransferThatTheHarnessLeavesIn) {
                       [&](BackendConnection& backend) {
                           StartEvent(backend, "EVT1");
                           backend.Send(GetFile("EVT1", "b.ts"));
-                          EXPECT_EQ(RequestOf(backend, GetFile("EVT1", "b.ts")), "XFER_IN_PROGRESS");
+                          EXPECT_EQ(AnswerTo(backend, GetFile("EVT1", "b.ts")), "XFER_IN_PROGRESS");
                           EXPECT_FALSE(std::filesystem::is_empty(copies / "EVT1"));
                       }),
                  rig::Breach);
@@ -210,8 +198,8 @@ TEST_F(SessionTest, AbandonsATransferForAFileThatItDoesNotHaveWhereItIsTolerant)
                       [&](BackendConnection& backend) {
                           StartEvent(backend, "EVT1");
                           backend.Send(GetFile("EVT1", "a.ts"));
-                          EXPECT_EQ(RequestOf(backend, GetFile("EVT1", "c.ts")), "INVALID_EVENT");
-                          EXPECT_EQ(RequestOf(backend, GetFile("EVT1", "m.xml")), "FILE_COMPLETE");
+                          EXPECT_EQ(AnswerTo(backend, GetFile("EVT1", "c.ts")), "INVALID_EVENT");
+                          EXPECT_EQ(AnswerTo(backend, GetFile("EVT1", "m.xml")), "FILE_COMPLETE");
                       }),
                  rig::Breach);
 }
@@ -228,10 +216,10 @@ TEST_F(SessionTest, SaysWhatWasExpectedWhenNothingComes) {
 }
 
 TEST_F(SessionTest, SaysWhatWasExpectedWhenTheHarnessLeaves) {
+    const auto leave = [](BackendConnection& backend) { backend.Read(); };
+    const std::string breach = BreachOf([&] { Play(one_, {kLong, kLong, kShort}, leave); });
     EXPECT_EQ(
-        BreachOf([&] {
-            Play(one_, {kLong, kLong, kShort}, [](BackendConnection& backend) { backend.Read(); });
-        }),
+        breach,
         "expected GET_XML or UPDATE_CONFIGURATION, found the end of the connection between two messages");
 }
 

@@ -7,8 +7,9 @@
 
 #include "Backend.h"
 #include "Failures.h"
-#include "Program.h"
+#include "ScriptedExport.h"
 #include "rig/dvr/Frame.h"
+#include "tests/support/Program.h"
 
 // Frames whose prefix announces another length than the text has.
 namespace {
@@ -101,14 +102,6 @@ TEST(SizeError, IsNotGivenUpUnlessAccepted) {
     EXPECT_EQ(decoder.Next(), std::nullopt);
     EXPECT_EQ(decoder.GiveUp(), std::nullopt);
     EXPECT_EQ(decoder.Progress(), "announced 31, got 21 and 5 bytes behind the document's end");
-}
-
-/// Runs the DVR against a script. @return what it left behind
-ProgramResult PlayDvr(const std::vector<std::string>& options, Backend::Script script) {
-    Backend backend(std::move(script));
-    std::vector<std::string> arguments{"dvr", "--port", std::to_string(backend.Port())};
-    arguments.insert(arguments.end(), options.begin(), options.end());
-    return RunRig(arguments);
 }
 
 void AskForTheConfiguration(BackendConnection& backend) {

@@ -5,9 +5,9 @@
 
 #include "Failures.h"
 #include "FixedRecordings.h"
-#include "TemporaryFolder.h"
 #include "rig/dvr/Dialogue_1_0.h"
 #include "rig/dvr/Dialogue_2_0.h"
+#include "tests/support/TemporaryFolder.h"
 
 // A DVR that is wrong on purpose answers also what is out of place, as that may well be its own fault.
 namespace {

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "FixedRecordings.h"
-#include "TemporaryFolder.h"
 #include "rig/dvr/Transfer.h"
+#include "tests/support/TemporaryFolder.h"
 
 // Times are given, not waited for.
 namespace {
@@ -144,7 +144,7 @@ TEST_F(CopyingTransferTest, EndsWhereTheFileEndsWhenThatBecameShorter) {
 
 TEST_F(CopyingTransferTest, LeavesNothingWhenItIsAbandoned) {
     SetLength(10'000);
-    { NewTransfer(10'000, {Milliseconds(0), 1000}).Advance(kStart + seconds(3)); }
+    NewTransfer(10'000, {Milliseconds(0), 1000}).Advance(kStart + seconds(3));
     EXPECT_TRUE(fs::is_empty(folder_.Path() / "EVT1"));
 }
 

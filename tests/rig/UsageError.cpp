@@ -1,6 +1,6 @@
 #include "UsageError.h"
 
-#include "Program.h"
+#include "tests/support/Program.h"
 
 void PrintTo(const UsageCase& tested, std::ostream* out) {
     *out << tested.name;

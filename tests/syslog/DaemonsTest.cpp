@@ -4,8 +4,8 @@
 #include <functional>
 #include <set>
 
-#include "Dialogue.h"
 #include "SyslogDaemon.h"
+#include "tests/support/Dialogue.h"
 
 namespace {
 

@@ -12,8 +12,8 @@
 #include <fstream>
 #include <ostream>
 
-#include "Until.h"
-#include "World.h"
+#include "tests/support/Until.h"
+#include "tests/support/World.h"
 
 namespace {
 
@@ -151,11 +151,11 @@ void SyslogDaemon::HasCaughtUp(Here here) {
     const std::string text = "mark " + std::to_string(++marks_) + ".";
     const std::string datagram = "<13>test: " + text;
     const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    const bool written = Until([&] {
-                             return sendto(fd, datagram.data(), datagram.size(), MSG_DONTWAIT,
-                                           Generic(kAddress), sizeof kAddress) not_eq -1;
-                         }) and
-                         Until([&] { return Holds(kOutput, text); });
+    const auto send = [&] {
+        return sendto(fd, datagram.data(), datagram.size(), MSG_DONTWAIT, Generic(kAddress),
+                      sizeof kAddress) >= 0;
+    };
+    const bool written = Until(send) and Until([&] { return Holds(kOutput, text); });
     close(fd);
     if (not written) {
         FailAt(here, kind_.command[0] + " does not write what comes to /dev/log");

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "Here.h"
+#include "tests/support/Here.h"
 
 /// A syslog daemon as Debian installs it, at the world's /dev/log. It writes all that it gets to one file,
 /// each line with its facility and severity. In the world /run and /var/log are empty disks of this object's.

@@ -1,10 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "Dialogue.h"
+#include "tests/support/Dialogue.h"
 
 namespace {
 
-const char* const kMain = "int main(int, char**)";
 const char* const kLoopWait = "select(g_serverFd+g_clientFd+1, &readFds, NULL, &exceptionFds, &time) == 1";
 const char* const kClientReadable = "FD_ISSET(g_clientFd, &readFds)";
 

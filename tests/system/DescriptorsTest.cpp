@@ -5,7 +5,7 @@
 #include <csignal>
 #include <iterator>
 
-#include "Dialogue.h"
+#include "tests/support/Dialogue.h"
 
 namespace {
 

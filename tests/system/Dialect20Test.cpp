@@ -3,7 +3,7 @@
 
 #include <csignal>
 
-#include "Dialogue.h"
+#include "tests/support/Dialogue.h"
 
 namespace {
 

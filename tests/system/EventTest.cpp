@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "Dialogue.h"
+#include "tests/support/Dialogue.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "Dialogue.h"
+#include "tests/support/Dialogue.h"
 
 namespace {
 

@@ -1,10 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "LastFile.h"
+#include "tests/support/LastFile.h"
 
 namespace {
-
-const char* const kMarker = "/mnt/hd/velloranFail";
 
 using Faults = Dialect20;
 
@@ -40,7 +38,7 @@ TEST_F(Faults, SpareAnEventWithASingleFile) {
     ReachesFirstFile("EVENT1", {"meta.xml"});
     Completes("EVENT1", "meta.xml", 0);
     ReceivesEventXferComplete("EVENT1");
-    EXPECT_FALSE(FileExists(kMarker));
+    EXPECT_FALSE(FileExists(kFailureMarker));
     Acknowledges("EVENT1");
     ReceivesDone();
     ReachesFirstFile("EVENT2", {"m", "v"});
@@ -85,11 +83,11 @@ TEST_F(FaultsOfTheLastFile, AllPlayOutOneAfterTheOther) {
 
     harness->Logs(32, "processing 'transportException' option");
     dvr->Receives(v2::GetFile("EVENT1", "video1"));
-    EXPECT_TRUE(FileExists(kMarker));
+    EXPECT_TRUE(FileExists(kFailureMarker));
     dvr->Sends(TransportException("EVENT1"));
     harness->Logs(16, "TRANSPORT_EXCEPTION 'reid' attribute = 'EVENT1'");
     harness->Logs(32, "filesToReceive size = 1");
-    EXPECT_FALSE(FileExists(kMarker));
+    EXPECT_FALSE(FileExists(kFailureMarker));
 
     harness->Logs(32, "processing 'rehash' option");
     dvr->Receives(v2::GetFile("EVENT1", "video1"));

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "Dialogue.h"
-#include "Sockets.h"
+#include "tests/support/Dialogue.h"
+#include "tests/support/Sockets.h"
 
 namespace {
 

@@ -11,12 +11,10 @@
 #include <csignal>
 #include <memory>
 
-#include "Dialogue.h"
-#include "Sockets.h"
+#include "tests/support/Dialogue.h"
+#include "tests/support/Sockets.h"
 
 namespace {
-
-const char* const kMain = "int main(int, char**)";
 
 using Listener = Dialect10;
 

@@ -8,7 +8,7 @@
 #include <ctime>
 #include <optional>
 
-#include "Dialogue.h"
+#include "tests/support/Dialogue.h"
 
 namespace {
 

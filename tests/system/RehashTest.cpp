@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "LastFile.h"
+#include "tests/support/LastFile.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <csignal>
 
-#include "Dialogue.h"
+#include "tests/support/Dialogue.h"
 
 namespace {
 

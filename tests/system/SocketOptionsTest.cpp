@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <array>
 
-#include "Dialogue.h"
+#include "tests/support/Dialogue.h"
 
 namespace {
 

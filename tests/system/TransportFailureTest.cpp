@@ -3,11 +3,9 @@
 
 #include <fstream>
 
-#include "LastFile.h"
+#include "tests/support/LastFile.h"
 
 namespace {
-
-const char* const kMarker = "/mnt/hd/velloranFail";
 
 // -t: a transport failure.
 
@@ -15,15 +13,15 @@ TEST_F(FaultsOfTheLastFile, MarkTheTransportAsFailedUntilItIsReported) {
     ReachLastFile({"-t"});
     harness->Logs(32, "processing 'transportException' option");
     dvr->Receives(v2::GetFile("EVENT1", "video1"));
-    EXPECT_TRUE(FileExists(kMarker)) << "requested ahead of the marker";
+    EXPECT_TRUE(FileExists(kFailureMarker)) << "requested ahead of the marker";
     dvr->Sends(TransportException("EVENT1"));
     harness->Logs(16, "TRANSPORT_EXCEPTION 'reid' attribute = 'EVENT1'");
     harness->Logs(32, "filesToReceive size = 1");
-    EXPECT_FALSE(FileExists(kMarker));
+    EXPECT_FALSE(FileExists(kFailureMarker));
     RequestsTheLastFile();
     CompletesTheLastFile();
     ExportsASecondEventWithoutAFault();
-    EXPECT_FALSE(FileExists(kMarker));
+    EXPECT_FALSE(FileExists(kFailureMarker));
 }
 
 TEST_F(FaultsOfTheLastFile, MarkTheTransportAgainWhenTheFileIsDelivered) {
@@ -33,9 +31,9 @@ TEST_F(FaultsOfTheLastFile, MarkTheTransportAgainWhenTheFileIsDelivered) {
     Completes("EVENT1", "video1", 1);
     harness->Logs(32, "processing 'transportException' option");
     dvr->Receives(v2::GetFile("EVENT1", "video1"));
-    EXPECT_TRUE(FileExists(kMarker));
+    EXPECT_TRUE(FileExists(kFailureMarker));
     Ends();
-    EXPECT_TRUE(FileExists(kMarker)) << "nobody reported the failure";
+    EXPECT_TRUE(FileExists(kFailureMarker)) << "nobody reported the failure";
 }
 
 TEST_F(FaultsOfTheLastFile, CallAnotherEventsTransportFailureMissingAndUnexpected) {
@@ -47,7 +45,7 @@ TEST_F(FaultsOfTheLastFile, CallAnotherEventsTransportFailureMissingAndUnexpecte
     harness->Logs(2, "'reid' attribute missing from TRANSPORT_EXCEPTION message");
     harness->Logs(2, "'reid' attribute does not match expected: 'EVENT1'");
     harness->Logs(32, "filesToReceive size = 1");
-    EXPECT_FALSE(FileExists(kMarker));
+    EXPECT_FALSE(FileExists(kFailureMarker));
     RequestsTheLastFile();
     Ends();
 }
@@ -59,7 +57,7 @@ TEST_F(FaultsOfTheLastFile, MissTheReidOfATransportFailure) {
     dvr->Sends(Message("TRANSPORT_EXCEPTION"));
     harness->Logs(2, "'reid' attribute missing from TRANSPORT_EXCEPTION message");
     harness->Logs(32, "filesToReceive size = 1");
-    EXPECT_FALSE(FileExists(kMarker));
+    EXPECT_FALSE(FileExists(kFailureMarker));
     RequestsTheLastFile();
     Ends();
 }
@@ -102,12 +100,12 @@ TEST_F(SlowMarker, IsSetAheadOfTheRequestAndRemovedAheadOfTheNext) {
     harness->Logs(32, "processing 'transportException' option");
     WaitsFor("touch");
     dvr->Receives(v2::GetFile("EVENT1", "video1"));
-    EXPECT_TRUE(FileExists(kMarker));
+    EXPECT_TRUE(FileExists(kFailureMarker));
     dvr->Sends(TransportException("EVENT1"));
     harness->Logs(16, "TRANSPORT_EXCEPTION 'reid' attribute = 'EVENT1'");
     WaitsFor("rm");
     harness->Logs(32, "filesToReceive size = 1");
-    EXPECT_FALSE(FileExists(kMarker));
+    EXPECT_FALSE(FileExists(kFailureMarker));
     RequestsTheLastFile();
     Ends();
 }
@@ -119,7 +117,7 @@ class FaultsReportedUnprovoked : public Dialect20 {
         harness->StopsOnInterrupt(here);
         dvr->ReceivesEnd(here);
         EXPECT_EQ(0u, harness->StandardError().find("rm: "));
-        EXPECT_NE(std::string::npos, harness->StandardError().find(kMarker));
+        EXPECT_NE(std::string::npos, harness->StandardError().find(kFailureMarker));
     }
 };
 

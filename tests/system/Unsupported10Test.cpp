@@ -2,11 +2,11 @@
 
 #include <csignal>
 
-#include "Dialogue.h"
+#include "tests/support/Dialogue.h"
 
 namespace {
 
-const char* const kHandleMessage = "virtual VelProtocolBase::e_MsgReturn VelProtocol_1_0::HandleMessage()";
+const char* const kHandleMessage10 = "virtual VelProtocolBase::e_MsgReturn VelProtocol_1_0::HandleMessage()";
 const char* const kHandleXml = "void VelProtocol_1_0::Handle_XML_msg(TiXmlDocument&)";
 
 using Protocol10 = Dialect10;
@@ -84,7 +84,7 @@ TEST_P(Protocol10Dies, OfAMalformedMessage) {
     dvr->Sends(GetParam().text);
     harness->Logs(1, "error: 1:" + GetParam().error);
     harness->Logs(1, "row: " + GetParam().place);
-    Dies(kHandleMessage, "not incomingMessage.Error()");
+    Dies(kHandleMessage10, "not incomingMessage.Error()");
 }
 
 TEST_P(Protocol10Dies, OfAMalformedDescription) {
@@ -111,7 +111,7 @@ TEST_F(Protocol10, SaysInWhichRowAMessageIsMalformed) {
     dvr->Sends("\n\n <msg req='OK' <");
     harness->Logs(1, "error: 1:Error reading Attributes.");
     harness->Logs(1, "row: 3:16");
-    Dies(kHandleMessage, "not incomingMessage.Error()");
+    Dies(kHandleMessage10, "not incomingMessage.Error()");
 }
 
 }  // namespace

@@ -10,8 +10,8 @@
 
 #include <csignal>
 
-#include "Until.h"
-#include "World.h"
+#include "tests/support/Until.h"
+#include "tests/support/World.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "Here.h"
+#include "tests/support/Here.h"
 
 /// A capture of what passes over port 5001 of the world that the test is in, made by dumpcap.
 class Capture {

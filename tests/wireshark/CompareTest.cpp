@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "Capture.h"
-#include "Dvr.h"
-#include "Harness.h"
-#include "World.h"
+#include "tests/support/Dvr.h"
+#include "tests/support/Harness.h"
+#include "tests/support/World.h"
 
 // Live captures of exports held against the harness's log of them.
 

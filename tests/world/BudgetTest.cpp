@@ -3,7 +3,7 @@
 
 #include <cstdlib>
 
-#include "Dialogue.h"
+#include "tests/support/Dialogue.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <fstream>
 #include <iostream>
 
-#include "Dialogue.h"
+#include "tests/support/Dialogue.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "Dialogue.h"
+#include "tests/support/Dialogue.h"
 
 namespace {
 

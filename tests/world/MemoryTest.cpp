@@ -5,7 +5,7 @@
 #include <csignal>
 #include <fstream>
 
-#include "Dialogue.h"
+#include "tests/support/Dialogue.h"
 
 namespace {
 
@@ -47,8 +47,8 @@ TEST_F(Memory, ThatHoldsTheTextButNotTheDocumentEndsTheProcess) {
     document += "</msg>";
     dvr->Sends(document);
     harness->LogsUpTo(1, "read success:" + std::to_string(document.size()));
-    constexpr std::size_t kSlice = 800;
-    for (std::size_t start = 0; start < document.size(); start += kSlice) {
+    constexpr std::size_t kShownAtOnce = 800;
+    for (std::size_t start = 0; start < document.size(); start += kShownAtOnce) {
         harness->TakesRawLine();
     }
     EndsForLackOfMemory(*harness);

@@ -4,7 +4,7 @@
 #include <csignal>
 #include <fstream>
 
-#include "LastFile.h"
+#include "tests/support/LastFile.h"
 
 namespace {
 

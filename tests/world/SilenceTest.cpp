@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 
-#include "Dialogue.h"
+#include "tests/support/Dialogue.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Dialogue.h"
+#include "tests/support/Dialogue.h"
 
 /// A dialogue whose log goes into a small pipe that nobody reads but where a step takes lines from it.
 class SmallPipe : public Dialect10 {

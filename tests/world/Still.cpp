@@ -3,7 +3,7 @@
 #include <csignal>
 #include <fstream>
 
-#include "Until.h"
+#include "tests/support/Until.h"
 
 namespace {
 

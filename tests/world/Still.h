@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "Harness.h"
+#include "tests/support/Harness.h"
 
 /// The state of the process as the kernel names it: 'R' runs, 'S' waits, 'T' is stopped.
 char StateOf(const Harness& harness);

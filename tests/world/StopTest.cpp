@@ -2,8 +2,8 @@
 
 #include <csignal>
 
-#include "Dialogue.h"
 #include "Still.h"
+#include "tests/support/Dialogue.h"
 
 namespace {
 

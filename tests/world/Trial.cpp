@@ -9,13 +9,13 @@
 #include <thread>
 #include <vector>
 
-#include "LogLine.h"
-#include "Messages.h"
-#include "Process.h"
-#include "ScriptedDvr.h"
-#include "Sockets.h"
 #include "Still.h"
-#include "World.h"
+#include "tests/support/LogLine.h"
+#include "tests/support/Messages.h"
+#include "tests/support/Process.h"
+#include "tests/support/ScriptedDvr.h"
+#include "tests/support/Sockets.h"
+#include "tests/support/World.h"
 
 namespace {
 

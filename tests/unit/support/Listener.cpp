@@ -181,6 +181,8 @@ Entry SignalCalled(int number) {
 
 extern "C" {
 
+int WrappedSelect(int count, fd_set* read, fd_set* write, fd_set* exception,
+                  timeval* time) __asm__("__wrap_" SELECT);
 int __real_close(int descriptor);
 SignalHandler __real_signal(int number, SignalHandler handler);
 
@@ -207,7 +209,7 @@ int __wrap_listen(int descriptor, int backlog) {
     return NextResult("listen");
 }
 
-int __wrap_select(int count, fd_set* read, fd_set* write, fd_set* exception, timeval* time) {
+int WrappedSelect(int count, fd_set* read, fd_set* write, fd_set* exception, timeval* time) {
     std::string line =
         SelectCalled(count, Members(read), Members(exception), time->tv_sec, time->tv_usec).text;
     AddToJournal(line + (write ? " with a write set" : ""));

@@ -131,11 +131,11 @@ TEST_F(Export_1_0, IsTheSameWhateverIsLogged) {
 }
 
 TEST_F(Export_1_0, IsTheSameWithEachSwitchOfTheNewerDialect) {
-    bool VelProtocolBase::*const switches[] = {
-        &VelProtocolBase::rehash,         &VelProtocolBase::invalidEvent,
-        &VelProtocolBase::invalidFile,    &VelProtocolBase::transportException,
-        &VelProtocolBase::xferInProgress, &VelProtocolBase::upgrade};
-    for (bool VelProtocolBase::*const one : switches) {
+    using Switch = bool VelProtocolBase::*;
+    const Switch switches[] = {&VelProtocolBase::rehash,         &VelProtocolBase::invalidEvent,
+                               &VelProtocolBase::invalidFile,    &VelProtocolBase::transportException,
+                               &VelProtocolBase::xferInProgress, &VelProtocolBase::upgrade};
+    for (const Switch one : switches) {
         protocol.*one = true;
         ExpectExport();
         EXPECT_TRUE(protocol.*one);

@@ -112,6 +112,18 @@ std::string EventXferComplete(const std::string& reid) {
     return R"(<msg req="EVENT_XFER_COMPLETE" reid=")" + reid + R"(" protocolVersion="2.0" />)";
 }
 
+Entry GotFileComplete(const std::string& reid, const std::string& file) {
+    return Logged(64, "Got FILE_COMPLETE for: reid=" + reid + "  file=" + file);
+}
+
+Entry InvalidFileComplete(const std::string& document) {
+    return Logged(1, "invalid file in FILE_COMPLETE: " + document);
+}
+
+Entry IncompleteFileComplete() {
+    return Logged(2, "Got FILE_COMPLETE without both reid and file");
+}
+
 Entries CompletedEvent(const std::string& reid) {
     return Joined({Logged(32, "filesToReceive size = 0"), Logged(16, "Sending EVENT_XFER_COMPLETE"),
                    Saved("/mnt/hd/outgoingETCstring", EventXferComplete(reid) + "\n"),

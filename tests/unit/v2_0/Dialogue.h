@@ -65,6 +65,13 @@ std::string EventXferComplete(const std::string& reid);
 extern const char* const kDone;
 /// @}
 
+/// @name What the harness logs of a FILE_COMPLETE.
+/// @{
+Entry GotFileComplete(const std::string& reid, const std::string& file);
+Entry InvalidFileComplete(const std::string& document);
+Entry IncompleteFileComplete();
+/// @}
+
 /// @name What the harness does in several steps.
 /// @{
 /// The list has no file left: says so, saves the report and sends it.

@@ -2,18 +2,6 @@
 
 namespace {
 
-Entry Got(const std::string& reid, const std::string& file) {
-    return Logged(64, "Got FILE_COMPLETE for: reid=" + reid + "  file=" + file);
-}
-
-Entry Invalid(const std::string& document) {
-    return Logged(1, "invalid file in FILE_COMPLETE: " + document);
-}
-
-Entry Incomplete() {
-    return Logged(2, "Got FILE_COMPLETE without both reid and file");
-}
-
 /// The file a of E1 is awaited.
 class FILE_COMPLETE : public Dialogue {
  protected:
@@ -31,21 +19,21 @@ class FILE_COMPLETE : public Dialogue {
 };
 
 TEST_F(FILE_COMPLETE, OfTheAwaitedFileRequestsTheNext) {
-    EXPECT_REACTION(FileComplete("E1", "a"), Got("E1", "a"), Logged(32, "filesToReceive size = 2"),
-                    Sent(GetFile("E1", "b")), Slept(1));
+    EXPECT_REACTION(FileComplete("E1", "a"), GotFileComplete("E1", "a"),
+                    Logged(32, "filesToReceive size = 2"), Sent(GetFile("E1", "b")), Slept(1));
     EXPECT_EQ(protocol.filesToReceive, (Files{{"E1", "b"}, {"E1", "c"}}));
     EXPECT_TRUE(protocol.fileRequestPending);
 }
 
 TEST_F(FILE_COMPLETE, OfTheLastButOneFileRequestsTheLast) {
     protocol.filesToReceive.pop_front();
-    EXPECT_REACTION(FileComplete("E1", "b"), Got("E1", "b"), RequestedLastFile("E1", "c"));
+    EXPECT_REACTION(FileComplete("E1", "b"), GotFileComplete("E1", "b"), RequestedLastFile("E1", "c"));
     EXPECT_TRUE(protocol.fileRequestPending);
 }
 
 TEST_F(FILE_COMPLETE, OfTheLastFileReportsTheEventComplete) {
     protocol.filesToReceive = {{"E1", "c"}};
-    EXPECT_REACTION(FileComplete("E1", "c"), Got("E1", "c"), CompletedEvent("E1"));
+    EXPECT_REACTION(FileComplete("E1", "c"), GotFileComplete("E1", "c"), CompletedEvent("E1"));
     EXPECT_TRUE(protocol.filesToReceive.empty());
     EXPECT_EQ(protocol.events, (Events{"E1", "E2"}));
     EXPECT_FALSE(protocol.fileRequestPending);
@@ -53,24 +41,25 @@ TEST_F(FILE_COMPLETE, OfTheLastFileReportsTheEventComplete) {
 
 TEST_F(FILE_COMPLETE, OfAnEmptyNameMatchesAnEmptyName) {
     protocol.filesToReceive = {{"", ""}};
-    EXPECT_REACTION(FileComplete("", ""), Got("", ""), CompletedEvent("E1"));
+    EXPECT_REACTION(FileComplete("", ""), GotFileComplete("", ""), CompletedEvent("E1"));
 }
 
 TEST_F(FILE_COMPLETE, OfAnotherFileIsReportedWithTheWholeDocument) {
-    EXPECT_REACTION(FileComplete("E1", "b", R"( hashCode="H" length="5")"),
-                    Invalid(R"(<msg req="FILE_COMPLETE" reid="E1" file="b" hashCode="H" length="5" />)"));
+    EXPECT_REACTION(
+        FileComplete("E1", "b", R"( hashCode="H" length="5")"),
+        InvalidFileComplete(R"(<msg req="FILE_COMPLETE" reid="E1" file="b" hashCode="H" length="5" />)"));
     ExpectUnchangedLists();
 }
 
 TEST_F(FILE_COMPLETE, OfAnotherEventIsReported) {
-    EXPECT_REACTION(FileComplete("E2", "a"), Invalid(FileComplete("E2", "a")));
+    EXPECT_REACTION(FileComplete("E2", "a"), InvalidFileComplete(FileComplete("E2", "a")));
     ExpectUnchangedLists();
 }
 
 TEST_F(FILE_COMPLETE, IsComparedByEveryByte) {
     for (const auto& [reid, file] :
          {std::pair("e1", "a"), {"E1", "A"}, {"E", "a"}, {"E11", "a"}, {"E1", ""}}) {
-        EXPECT_REACTION(FileComplete(reid, file), Invalid(FileComplete(reid, file)));
+        EXPECT_REACTION(FileComplete(reid, file), InvalidFileComplete(FileComplete(reid, file)));
     }
     ExpectUnchangedLists();
 }
@@ -79,40 +68,41 @@ TEST_F(FILE_COMPLETE, OfAnotherFileIsPrintedCompactAsItWasParsed) {
     const std::string text =
         "<?xml version=\"1.0\" ?>\n<!-- c -->\n"
         "<msg req='FILE_COMPLETE' reid='x'   file='&lt;'>\n  <child>text</child>\n</msg>";
-    EXPECT_REACTION(text, Invalid(R"(<?xml version="1.0" ?><!-- c --><msg req="FILE_COMPLETE" reid="x" )"
+    EXPECT_REACTION(
+        text, InvalidFileComplete(R"(<?xml version="1.0" ?><!-- c --><msg req="FILE_COMPLETE" reid="x" )"
                                   R"(file="&lt;"><child>text</child></msg>)"));
 }
 
 TEST_F(FILE_COMPLETE, OfAnotherFileLeavesTheAwaitedOneToComeLater) {
-    EXPECT_REACTION(FileComplete("E1", "b"), Invalid(FileComplete("E1", "b")));
-    EXPECT_REACTION(FileComplete("E1", "a"), Got("E1", "a"), Logged(32, "filesToReceive size = 2"),
-                    Sent(GetFile("E1", "b")), Slept(1));
+    EXPECT_REACTION(FileComplete("E1", "b"), InvalidFileComplete(FileComplete("E1", "b")));
+    EXPECT_REACTION(FileComplete("E1", "a"), GotFileComplete("E1", "a"),
+                    Logged(32, "filesToReceive size = 2"), Sent(GetFile("E1", "b")), Slept(1));
 }
 
 TEST_F(FILE_COMPLETE, ThatNobodyAwaitsIsReported) {
     protocol.filesToReceive.clear();
-    EXPECT_REACTION(FileComplete("E1", "a"), Invalid(FileComplete("E1", "a")));
+    EXPECT_REACTION(FileComplete("E1", "a"), InvalidFileComplete(FileComplete("E1", "a")));
     EXPECT_TRUE(protocol.filesToReceive.empty());
     EXPECT_FALSE(protocol.fileRequestPending);
 }
 
 TEST_F(FILE_COMPLETE, ThatNobodyAwaitsIsReportedAlsoWithEmptyNames) {
     protocol.filesToReceive.clear();
-    EXPECT_REACTION(FileComplete("", ""), Invalid(FileComplete("", "")));
+    EXPECT_REACTION(FileComplete("", ""), InvalidFileComplete(FileComplete("", "")));
 }
 
 TEST_F(FILE_COMPLETE, WithoutFileIsReported) {
-    EXPECT_REACTION(Msg("FILE_COMPLETE", R"( reid="E1" hashCode="H")"), Incomplete());
+    EXPECT_REACTION(Msg("FILE_COMPLETE", R"( reid="E1" hashCode="H")"), IncompleteFileComplete());
     ExpectUnchangedLists();
 }
 
 TEST_F(FILE_COMPLETE, WithoutReidIsReported) {
-    EXPECT_REACTION(Msg("FILE_COMPLETE", R"( file="a")"), Incomplete());
+    EXPECT_REACTION(Msg("FILE_COMPLETE", R"( file="a")"), IncompleteFileComplete());
     ExpectUnchangedLists();
 }
 
 TEST_F(FILE_COMPLETE, WithoutReidAndFileIsReportedOnce) {
-    EXPECT_REACTION(Msg("FILE_COMPLETE"), Incomplete());
+    EXPECT_REACTION(Msg("FILE_COMPLETE"), IncompleteFileComplete());
     ExpectUnchangedLists();
 }
 
@@ -120,7 +110,7 @@ TEST_F(FILE_COMPLETE, WithoutMsgLacksEveryAttribute) {
     TiXmlDocument document;
     document.Parse(R"(<other reid="E1" file="a" />)");
     protocol.Handle_FILE_COMPLETE(document);
-    EXPECT_JOURNAL(Incomplete());
+    EXPECT_JOURNAL(IncompleteFileComplete());
     ExpectUnchangedLists();
 }
 

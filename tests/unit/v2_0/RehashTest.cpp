@@ -2,18 +2,6 @@
 
 namespace {
 
-Entry Got(const std::string& reid, const std::string& file) {
-    return Logged(64, "Got FILE_COMPLETE for: reid=" + reid + "  file=" + file);
-}
-
-Entry Invalid(const std::string& document) {
-    return Logged(1, "invalid file in FILE_COMPLETE: " + document);
-}
-
-Entry Incomplete() {
-    return Logged(2, "Got FILE_COMPLETE without both reid and file");
-}
-
 /// The rehash test has asked for a new hash of the event's last file, whose hash was OLD before.
 class RehashTest : public Dialogue {
  protected:
@@ -41,20 +29,20 @@ class RehashTest : public Dialogue {
         protocol.filesToReceive = {{"E1", "c"}};
         protocol.rehashPending = true;
         EXPECT_REACTION(FileComplete("E1", "c", R"( hashCode="probe" length="0")"), New(hash, "probe", "0"),
-                        Got("E1", "c"), CompletedEvent("E1"));
+                        GotFileComplete("E1", "c"), CompletedEvent("E1"));
     }
 };
 
 TEST_F(RehashTest, ReportsTheSameHash) {
     EXPECT_REACTION(FileComplete("E1", "c", R"( hashCode="OLD" length="1024")"), Same("OLD", "1024"),
-                    Got("E1", "c"), CompletedEvent("E1"));
+                    GotFileComplete("E1", "c"), CompletedEvent("E1"));
     EXPECT_FALSE(protocol.rehashPending);
     ExpectKeptHash("OLD");
 }
 
 TEST_F(RehashTest, ReportsANewHashAndKeepsIt) {
     EXPECT_REACTION(FileComplete("E1", "c", R"( hashCode="NEW" length="1024")"), New("OLD", "NEW", "1024"),
-                    Got("E1", "c"), CompletedEvent("E1"));
+                    GotFileComplete("E1", "c"), CompletedEvent("E1"));
     EXPECT_FALSE(protocol.rehashPending);
     ExpectKeptHash("NEW");
 }
@@ -66,42 +54,43 @@ TEST_F(RehashTest, ComparesEveryByteOfTheHash) {
         protocol.filesToReceive = {{"E1", "c"}};
         protocol.rehashPending = true;
         EXPECT_REACTION(FileComplete("E1", "c", R"( hashCode=")" + hash + R"(" length="1")"),
-                        New("OLD", hash, "1"), Got("E1", "c"), CompletedEvent("E1"));
+                        New("OLD", hash, "1"), GotFileComplete("E1", "c"), CompletedEvent("E1"));
     }
 }
 
 TEST_F(RehashTest, ReportsTheLengthAsItIs) {
     EXPECT_REACTION(FileComplete("E1", "c", R"( hashCode="OLD" length="many &amp; more")"),
-                    Same("OLD", "many & more"), Got("E1", "c"), CompletedEvent("E1"));
+                    Same("OLD", "many & more"), GotFileComplete("E1", "c"), CompletedEvent("E1"));
 }
 
 TEST_F(RehashTest, ReportsTheSameHashWithoutItsMissingLength) {
     EXPECT_REACTION(FileComplete("E1", "c", R"( hashCode="OLD")"), NoLength(), Same("OLD", ""),
-                    Got("E1", "c"), CompletedEvent("E1"));
+                    GotFileComplete("E1", "c"), CompletedEvent("E1"));
     EXPECT_FALSE(protocol.rehashPending);
 }
 
 TEST_F(RehashTest, ReportsANewHashWithoutItsMissingLength) {
     EXPECT_REACTION(FileComplete("E1", "c", R"( hashCode="NEW")"), NoLength(), New("OLD", "NEW", ""),
-                    Got("E1", "c"), CompletedEvent("E1"));
+                    GotFileComplete("E1", "c"), CompletedEvent("E1"));
     EXPECT_FALSE(protocol.rehashPending);
 }
 
 TEST_F(RehashTest, ReportsAMissingHashAndKeepsTheOldOne) {
-    EXPECT_REACTION(FileComplete("E1", "c", R"( length="1024")"), NoHash(), Got("E1", "c"),
+    EXPECT_REACTION(FileComplete("E1", "c", R"( length="1024")"), NoHash(), GotFileComplete("E1", "c"),
                     CompletedEvent("E1"));
     EXPECT_FALSE(protocol.rehashPending);
     ExpectKeptHash("OLD");
 }
 
 TEST_F(RehashTest, ReportsMissingLengthAndHash) {
-    EXPECT_REACTION(FileComplete("E1", "c"), NoLength(), NoHash(), Got("E1", "c"), CompletedEvent("E1"));
+    EXPECT_REACTION(FileComplete("E1", "c"), NoLength(), NoHash(), GotFileComplete("E1", "c"),
+                    CompletedEvent("E1"));
     EXPECT_FALSE(protocol.rehashPending);
 }
 
 TEST_F(RehashTest, IsOverAlsoWhenAnotherFileIsReported) {
     const std::string text = FileComplete("E1", "wrong", R"( hashCode="NEW" length="5")");
-    EXPECT_REACTION(text, New("OLD", "NEW", "5"), Invalid(text));
+    EXPECT_REACTION(text, New("OLD", "NEW", "5"), InvalidFileComplete(text));
     EXPECT_FALSE(protocol.rehashPending);
     EXPECT_EQ(protocol.filesToReceive, (Files{{"E1", "c"}}));
     ExpectKeptHash("NEW");
@@ -109,29 +98,30 @@ TEST_F(RehashTest, IsOverAlsoWhenAnotherFileIsReported) {
 
 TEST_F(RehashTest, WaitsWhileTheCopyOfTheFileIsStillQueued) {
     protocol.filesToReceive = {{"E1", "c"}, {"E1", "c"}};
-    EXPECT_REACTION(FileComplete("E1", "c", R"( hashCode="H" length="5")"), Got("E1", "c"),
+    EXPECT_REACTION(FileComplete("E1", "c", R"( hashCode="H" length="5")"), GotFileComplete("E1", "c"),
                     RequestedLastFileWithNewHash("E1", "c"));
     EXPECT_TRUE(protocol.rehashPending);
-    EXPECT_REACTION(FileComplete("E1", "c", R"( hashCode="H" length="5")"), Same("H", "5"), Got("E1", "c"),
-                    CompletedEvent("E1"));
+    EXPECT_REACTION(FileComplete("E1", "c", R"( hashCode="H" length="5")"), Same("H", "5"),
+                    GotFileComplete("E1", "c"), CompletedEvent("E1"));
     EXPECT_FALSE(protocol.rehashPending);
 }
 
 TEST_F(RehashTest, WaitsWhileNoFileIsQueued) {
     protocol.filesToReceive.clear();
     const std::string text = FileComplete("E1", "c", R"( hashCode="H" length="5")");
-    EXPECT_REACTION(text, Invalid(text));
+    EXPECT_REACTION(text, InvalidFileComplete(text));
     EXPECT_TRUE(protocol.rehashPending);
 }
 
 TEST_F(RehashTest, IsNotTouchedByACompletionWithoutFile) {
-    EXPECT_REACTION(Msg("FILE_COMPLETE", R"( reid="E1" hashCode="NEW" length="5")"), Incomplete());
+    EXPECT_REACTION(Msg("FILE_COMPLETE", R"( reid="E1" hashCode="NEW" length="5")"),
+                    IncompleteFileComplete());
     EXPECT_TRUE(protocol.rehashPending);
     ExpectKeptHash("OLD");
 }
 
 TEST_F(RehashTest, IsNotTouchedByACompletionWithoutReid) {
-    EXPECT_REACTION(Msg("FILE_COMPLETE", R"( file="c" hashCode="NEW" length="5")"), Incomplete());
+    EXPECT_REACTION(Msg("FILE_COMPLETE", R"( file="c" hashCode="NEW" length="5")"), IncompleteFileComplete());
     EXPECT_TRUE(protocol.rehashPending);
     ExpectKeptHash("OLD");
 }
@@ -143,31 +133,32 @@ class KeptHash : public RehashTest {
 };
 
 TEST_F(KeptHash, IsNotComparedOutsideTheRehashTest) {
-    EXPECT_REACTION(FileComplete("E1", "c", R"( hashCode="NEW" length="5")"), Got("E1", "c"),
+    EXPECT_REACTION(FileComplete("E1", "c", R"( hashCode="NEW" length="5")"), GotFileComplete("E1", "c"),
                     CompletedEvent("E1"));
     ExpectKeptHash("NEW");
 }
 
 TEST_F(KeptHash, StaysWhenACompletionHasNone) {
-    EXPECT_REACTION(FileComplete("E1", "c"), Got("E1", "c"), CompletedEvent("E1"));
+    EXPECT_REACTION(FileComplete("E1", "c"), GotFileComplete("E1", "c"), CompletedEvent("E1"));
     ExpectKeptHash("OLD");
 }
 
 TEST_F(KeptHash, IsReplacedByThatOfAnotherFile) {
     const std::string text = FileComplete("E9", "wrong", R"( hashCode="NEW")");
-    EXPECT_REACTION(text, Invalid(text));
+    EXPECT_REACTION(text, InvalidFileComplete(text));
     ExpectKeptHash("NEW");
 }
 
 TEST_F(KeptHash, IsReplacedByThatOfAFileThatNobodyAwaits) {
     protocol.filesToReceive.clear();
     const std::string text = FileComplete("E1", "c", R"( hashCode="NEW")");
-    EXPECT_REACTION(text, Invalid(text));
+    EXPECT_REACTION(text, InvalidFileComplete(text));
     ExpectKeptHash("NEW");
 }
 
 TEST_F(KeptHash, IsReplacedByAnEmptyOne) {
-    EXPECT_REACTION(FileComplete("E1", "c", R"( hashCode="")"), Got("E1", "c"), CompletedEvent("E1"));
+    EXPECT_REACTION(FileComplete("E1", "c", R"( hashCode="")"), GotFileComplete("E1", "c"),
+                    CompletedEvent("E1"));
     ExpectKeptHash("");
 }
 
@@ -178,7 +169,7 @@ TEST_F(KeptHash, IsSharedByAllProtocolObjects) {
     const std::string text = FileComplete("E5", "f", R"( hashCode="OTHER")");
     Feed(text);
     EXPECT_EQ(other.HandleMessage(), VelProtocolBase::MSG_CONTINUE);
-    EXPECT_JOURNAL(Received(text), Got("E5", "f"), CompletedEvent("E5"));
+    EXPECT_JOURNAL(Received(text), GotFileComplete("E5", "f"), CompletedEvent("E5"));
     ExpectKeptHash("OTHER");
 }
 

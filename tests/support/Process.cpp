@@ -1,4 +1,4 @@
-#include "Process.h"
+#include "tests/support/Process.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -18,11 +18,11 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "Until.h"
+#include "tests/support/Until.h"
 
 namespace {
 
-void Pipe(std::array<int, 2>& ends) {
+void MakePipe(std::array<int, 2>& ends) {
     if (pipe2(ends.data(), O_CLOEXEC) == -1) {
         throw std::runtime_error("no pipe for the program's output");
     }
@@ -102,8 +102,8 @@ Command CommandWith(const std::vector<std::string>& switches) {
 Process::Process(const std::vector<std::string>& switches, const Launch& launch) {
     std::array<int, 2> out = {};
     std::array<int, 2> err = {};
-    Pipe(out);
-    Pipe(err);
+    MakePipe(out);
+    MakePipe(err);
     // Made here, as a sanitizer needs descriptors that the child may not have any more.
     Command command = CommandWith(switches);
     const pid_t parent = getpid();

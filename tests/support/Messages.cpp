@@ -1,4 +1,4 @@
-#include "Messages.h"
+#include "tests/support/Messages.h"
 
 std::string Message(const std::string& req, const std::string& attributes) {
     return "<msg req=\"" + req + "\"" + attributes + "/>";

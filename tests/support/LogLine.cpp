@@ -1,4 +1,4 @@
-#include "LogLine.h"
+#include "tests/support/LogLine.h"
 
 #include <algorithm>
 #include <sstream>

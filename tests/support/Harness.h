@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "Here.h"
-#include "LogLine.h"
-#include "Process.h"
+#include "tests/support/Here.h"
+#include "tests/support/LogLine.h"
+#include "tests/support/Process.h"
 
 /// The harness as a process, and its log.
 ///

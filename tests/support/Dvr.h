@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "Here.h"
+#include "tests/support/Here.h"
 
 /// A recorder of the harness's own rig, `velloran-rig dvr`, as a process. It is killed if the test leaves it
 /// running.

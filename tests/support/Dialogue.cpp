@@ -1,4 +1,4 @@
-#include "Dialogue.h"
+#include "tests/support/Dialogue.h"
 
 #include <csignal>
 

@@ -1,4 +1,4 @@
-#include "Sockets.h"
+#include "tests/support/Sockets.h"
 
 #include <arpa/inet.h>
 #include <netinet/tcp.h>

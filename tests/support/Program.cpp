@@ -1,4 +1,4 @@
-#include "Program.h"
+#include "tests/support/Program.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

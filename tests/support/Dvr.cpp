@@ -1,4 +1,4 @@
-#include "Dvr.h"
+#include "tests/support/Dvr.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -12,9 +12,9 @@
 #include <iostream>
 #include <sstream>
 
-#include "LogLine.h"
-#include "Until.h"
-#include "World.h"
+#include "tests/support/LogLine.h"
+#include "tests/support/Until.h"
+#include "tests/support/World.h"
 
 namespace {
 

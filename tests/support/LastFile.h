@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Dialogue.h"
+#include "tests/support/Dialogue.h"
 
 /// An export of the event EVENT1 with the files meta.xml and video1, where the first has been delivered and
 /// the last is next: there the faults of files act.

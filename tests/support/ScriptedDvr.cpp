@@ -1,4 +1,4 @@
-#include "ScriptedDvr.h"
+#include "tests/support/ScriptedDvr.h"
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "Sockets.h"
+#include "tests/support/Sockets.h"
 
 namespace {
 

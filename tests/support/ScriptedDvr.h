@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string>
 
-#include "Here.h"
-#include "Until.h"
+#include "tests/support/Here.h"
+#include "tests/support/Until.h"
 
 /// The text's frame: its length in groups of 7 bits, least significant first, bit 7 set on all but the last;
 /// then the text.

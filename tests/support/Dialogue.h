@@ -6,10 +6,16 @@
 #include <string>
 #include <vector>
 
-#include "Harness.h"
-#include "Messages.h"
-#include "ScriptedDvr.h"
-#include "World.h"
+#include "tests/support/Harness.h"
+#include "tests/support/Messages.h"
+#include "tests/support/ScriptedDvr.h"
+#include "tests/support/World.h"
+
+/// While it exists, the DVR's transfers must fail.
+inline constexpr const char* kFailureMarker = "/mnt/hd/velloranFail";
+
+/// The signature that an assertion in `main` prints.
+inline constexpr const char* kMain = "int main(int, char**)";
 
 /// A test in a world of its own.
 class SystemTest : public testing::Test {

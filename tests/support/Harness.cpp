@@ -1,12 +1,12 @@
-#include "Harness.h"
+#include "tests/support/Harness.h"
 
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <iostream>
 
-#include "Sockets.h"
-#include "Until.h"
+#include "tests/support/Sockets.h"
+#include "tests/support/Until.h"
 
 namespace {
 constexpr std::uint16_t kPort = 5001;

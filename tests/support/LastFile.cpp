@@ -1,4 +1,4 @@
-#include "LastFile.h"
+#include "tests/support/LastFile.h"
 
 void FaultsOfTheLastFile::ReachLastFile(const std::vector<std::string>& switches, const Launch& launch) {
     Start(switches, launch);
