@@ -1,5 +1,5 @@
 """What scripts/judge-defects and scripts/judge-switches share: exports of the simulated DVR to the harness, many at a
-time, each in user, network and mount namespaces of its own, and the verdicts of velloran-rig judge on their logs."""
+time, each in a world of its own, and the verdicts of velloran-rig judge on their logs."""
 
 import json
 import os
@@ -14,7 +14,7 @@ from concurrent.futures import ThreadPoolExecutor
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 PAGE = ROOT / "doc" / "rig.md"
-WORLD = ["unshare", "--user", "--map-root-user", "--net", "--mount", "--pid", "--fork", "--kill-child"]
+WORLD = [str(ROOT / "scripts" / "world")]
 AT_ONCE = 40  # exports; they mostly wait
 DEADLINE = 30  # seconds for one export
 QUIET = 1.5  # seconds without a line: longer than any pause that the harness makes on its own
@@ -69,11 +69,8 @@ def nothing_more_comes(harness, log, deadline):
 
 
 def export_inside(harness_command, dvr_command, log):
-    """One export in the world that this process is the first of. The log gets standard error as well."""
+    """One export in the world that this process is in. The log gets standard error as well."""
     deadline = time.monotonic() + DEADLINE
-    subprocess.run(["ip", "link", "set", "lo", "up"], check=True)
-    subprocess.run(["mount", "-t", "tmpfs", "tmpfs", "/mnt"], check=True)
-    os.mkdir("/mnt/hd")
     log = pathlib.Path(log)
     with open(log, "ab") as out, open(log.with_suffix(".dvr"), "wb") as transcript:
         harness = subprocess.Popen(harness_command, stdout=out, stderr=out)
