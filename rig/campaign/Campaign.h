@@ -9,12 +9,12 @@
 
 namespace rig::campaign {
 
-/// Runs all planned cases one behind the other and leaves the evidence in a folder. campaign.json is written
-/// anew around each case, so that it tells the truth whenever the campaign is broken off.
+/// Runs all planned cases one after another and leaves the evidence in a folder. campaign.json is rewritten
+/// before and after each case, so that it is true whenever the campaign is cut short.
 class Campaign {
  public:
-    /// @param folder  is there and empty
-    /// @param record  all but what comes of the run
+    /// @param folder  exists and is empty
+    /// @param record  everything except the run's results
     Campaign(Rig rig, std::string folder, CampaignRecord record);
 
     /// Throws std::runtime_error when evidence cannot be written.
@@ -35,7 +35,7 @@ class Campaign {
     Interrupts interrupts_;
     Display display_;
     std::set<int> failedClean_;  // dialects whose first clean export did not pass
-    double away_ = 0;            // seconds for which the last case has told the DVR to call nobody
+    double away_ = 0;            // seconds for which the last case told the DVR to connect to nobody
     report::Result result_;
 };
 

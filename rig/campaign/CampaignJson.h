@@ -6,14 +6,14 @@
 
 namespace rig::campaign {
 
-/// The number of the format of campaign.json and case.json: doc/campaign.md describes it. It rises when what
-/// a reader relies on changes; what is added does not count.
+/// The format number of campaign.json and case.json, which doc/campaign.md describes. It rises when something
+/// that readers rely on changes; additions do not count.
 constexpr int kFormat = 1;
 
-/// @return campaign.json: the whole campaign as far as it has come. Bytes that are no UTF-8 are replaced.
+/// @return campaign.json: the whole campaign so far. Bytes that are not UTF-8 are replaced.
 std::string CampaignJson(const CampaignRecord& campaign);
 
-/// @return case.json: one case, as it also stands in campaign.json
+/// @return case.json: one case, exactly as in campaign.json
 std::string CaseJson(const CaseRecord& record);
 
 }  // namespace rig::campaign

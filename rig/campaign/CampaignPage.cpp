@@ -53,7 +53,7 @@ std::string Headline(const CampaignRecord& campaign) {
     }
 }
 
-/// The outcomes that verdicts do not have look like the verdict that they come nearest to.
+/// Outcomes that are not verdicts look like the nearest verdict.
 std::string ClassOf(Outcome outcome) {
     switch (outcome) {
         case Outcome::Pass:
@@ -142,7 +142,7 @@ void AddCases(pugi::xml_node main, const CampaignRecord& campaign) {
     }
 }
 
-/// @return the checks of all cases in the order in which they first stand
+/// @return the checks of all cases, in order of first appearance
 std::vector<std::string> ChecksOf(const CampaignRecord& campaign) {
     std::vector<std::string> ids;
     for (const CaseRecord& record : campaign.cases) {

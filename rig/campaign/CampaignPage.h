@@ -6,7 +6,7 @@
 
 namespace rig::campaign {
 
-/// @return index.html of the campaign's folder: what came out, the matrix of check by case, the evidence of
+/// @return index.html of the campaign's folder: the outcome, the matrix of checks by case, the evidence of
 ///         each case, the coverage. One self-contained page; its links lead into the folder.
 std::string CampaignPage(const CampaignRecord& campaign);
 

@@ -5,19 +5,19 @@
 
 namespace rig::campaign {
 
-/// Writes what passes over the harness's port on any of this machine's networks to a pcap file.
+/// Writes the traffic on the harness's port, on any of this machine's networks, to a pcap file.
 class Capture {
  public:
-    /// Throws std::runtime_error, in one line, where the privilege or the network is missing.
+    /// Throws std::runtime_error, with one line of text, when the privilege or the network is missing.
     explicit Capture(const std::string& path);
     ~Capture();
     Capture(const Capture&) = delete;
     Capture& operator=(const Capture&) = delete;
 
-    /// @return a descriptor that poll finds readable when packets have come
+    /// @return a descriptor that becomes readable when packets have arrived
     int Number() const;
 
-    /// Writes the packets that have come. Does not wait. @return whether the capture can go on
+    /// Writes the packets that have arrived. Does not wait. @return whether the capture can go on
     bool Take();
 
     /// @return why it cannot

@@ -11,8 +11,8 @@ namespace rig::campaign {
 /// A file of evidence that grows while the case runs.
 class GrowingFile {
  public:
-    /// Starts the file, or goes on with what is there. Throws std::runtime_error, which names the file and
-    /// the reason.
+    /// Starts the file, or continues an existing one. Throws std::runtime_error, which names the file and the
+    /// reason.
     explicit GrowingFile(std::string path, bool goesOn = false);
 
     /// Appends. Throws std::runtime_error, which names the file and the reason.
@@ -28,7 +28,7 @@ class GrowingFile {
 /// The folder with a case's evidence.
 class CaseFolder {
  public:
-    /// Makes the folder. Throws std::runtime_error where that is impossible.
+    /// Makes the folder. Throws std::runtime_error when it cannot.
     explicit CaseFolder(std::string path);
 
     const std::string& Path() const { return path_; }
@@ -37,20 +37,20 @@ class CaseFolder {
     /// Starts a file that grows.
     GrowingFile Grow(const std::string& file) const { return GrowingFile(PathOf(file)); }
 
-    /// Goes on with a file that grows, or starts it.
+    /// Continues a file that grows, or starts it.
     GrowingFile Append(const std::string& file) const { return GrowingFile(PathOf(file), true); }
 
     /// Writes a file whole or not at all.
     void Write(const std::string& file, const std::string& content) const;
 
-    /// @return the names of the files that are there, sorted
+    /// @return the names of the existing files, sorted
     std::vector<std::string> Files() const;
 
  private:
     std::string path_;
 };
 
-/// Makes the campaign's folder. Throws std::runtime_error where it is there already and holds something.
+/// Makes the campaign's folder. Throws std::runtime_error if it already exists and is not empty.
 void MakeCampaignFolder(const std::string& path);
 
 }  // namespace rig::campaign

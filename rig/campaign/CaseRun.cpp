@@ -66,7 +66,7 @@ void CaseRun::TakeVerdict(report::Result result, CaseFacts& facts) {
     if (result.runs.empty()) {
         return;
     }
-    // One start of the harness is one run; should the log say otherwise, the worst speaks for all.
+    // One start of the harness is one run; if the log says otherwise, the worst run counts.
     const auto worst = std::max_element(
         result.runs.begin(), result.runs.end(),
         [](const auto& one, const auto& other) { return report::WorstOf(one) < report::WorstOf(other); });
@@ -78,7 +78,7 @@ void CaseRun::TakeVerdict(report::Result result, CaseFacts& facts) {
     facts.judged->checks = result_.checks;
 }
 
-/// Takes out the checks that this case cannot reach, unless they have something to say all the same.
+/// Takes out the checks that this case cannot reach, unless they have something to say anyway.
 void CaseRun::Exclude() {
     const std::vector<std::string>& excluded = record_.plan.excluded;
     std::vector<report::CheckResult> kept;

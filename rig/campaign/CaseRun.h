@@ -16,15 +16,15 @@ namespace rig::campaign {
 /// Runs one case: hooks, export, verdict, evidence.
 class CaseRun {
  public:
-    /// @param record  of the case that is to run; filled in
+    /// @param record  of the case to run; filled in
     CaseRun(const Rig& rig, const CaseFolder& folder, CaseRecord& record, Interrupts& interrupts,
             Display& display);
 
     /// Throws std::runtime_error when evidence cannot be written.
     void Run();
 
-    /// @return the judge's result with the case's outcome as a check; without checks of its own where there
-    /// was nothing to judge. Its steps and its log are there.
+    /// @return the judge's result plus the case's outcome as a check; only that check where there was nothing
+    /// to judge. Includes steps and log.
     const report::RunResult& Result() const { return result_; }
 
     /// @return what the DVR sent

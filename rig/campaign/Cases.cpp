@@ -88,7 +88,7 @@ bool IsOf(const Case& plan, const std::string& protocol) {
     return protocol == "both" || protocol == std::to_string(plan.protocol);
 }
 
-/// Takes out the clean exports of a dialect of which nothing else was chosen, or all of them.
+/// Takes out the clean exports of each dialect of which nothing else was chosen, or all of them.
 void TakeFramesOut(std::vector<Case>& plans, const std::set<std::string>& names, bool bare) {
     const std::vector<Case> all = plans;
     const auto isNeedless = [&](const Case& plan) {

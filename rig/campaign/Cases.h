@@ -28,17 +28,17 @@ struct Selection {
 };
 
 /// @return the cases to run, in the table's order; each dialect that has a case begins and ends with its
-/// clean export. Names decide for themselves which dialect they are of. Throws std::runtime_error for a name
-/// that no case has, and where nothing is left to run.
+/// clean export. A name determines its dialect. Throws std::runtime_error for a name that no case has, and
+/// when nothing is left to run.
 std::vector<Case> Select(const Selection& selection);
 
-/// @return the table for people: name, switches, sentence
+/// @return the table for people to read: name, switches, sentence
 std::string ListCases();
 
 /// @return whether the harness runs with this switch, such as 'z'
 bool Has(const Case& plan, char letter);
 
-/// @return for how many seconds a good DVR calls nobody after the case
+/// @return for how many seconds a good DVR connects to nobody after the case
 double SecondsAway(const Case& plan);
 
 }  // namespace rig::campaign

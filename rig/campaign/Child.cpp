@@ -16,8 +16,8 @@
 namespace rig::campaign {
 namespace {
 
-/// Signals as a fresh process has them: we ignore SIGPIPE and block those that we read. SIGHUP stays ignored
-/// where it was.
+/// Resets signals to a fresh process's: we ignore SIGPIPE and block those that we read. SIGHUP stays ignored
+/// if it was.
 void ResetSignals() {
     sigset_t none;
     sigemptyset(&none);
@@ -27,7 +27,7 @@ void ResetSignals() {
     }
 }
 
-/// @return whether a program of this name, or path, is there
+/// @return whether a program of this name or path exists
 bool IsProgram(const std::string& name) {
     if (name.find('/') != std::string::npos) {
         return true;
@@ -43,7 +43,7 @@ bool IsProgram(const std::string& name) {
     return false;
 }
 
-/// @return what the shell is to run for the command
+/// @return the script that the shell runs for the command
 std::string ScriptOf(const std::string& command) {
     const bool isPlain = command.find_first_of(";&|<>()`\n") == std::string::npos;
     std::string first;
@@ -63,7 +63,7 @@ std::string ScriptOf(const std::string& command) {
         putenv(const_cast<char*>(variable.c_str()));
     }
     dup2(open("/dev/null", O_RDONLY | O_CLOEXEC), STDIN_FILENO);
-    // Both may be one and the same, or each other's number: never overwrite the one still to be copied.
+    // Both may be the same, or each other's number: never overwrite the one still to be copied.
     const int errors = fcntl(launch.errors, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     dup2(launch.output, STDOUT_FILENO);
     dup2(errors, STDERR_FILENO);
@@ -99,7 +99,7 @@ Child::Child(const Launch& launch) : mayLeaveOthers_(launch.mayLeaveOthers) {
     if (process_ == 0) {
         Become(launch, script, parent);
     }
-    setpgid(process_, process_);  // here too, so that it is so before anyone sends a signal
+    setpgid(process_, process_);  // here too, so that it is done before anyone sends a signal
     pidDescriptor_ = Descriptor(static_cast<int>(syscall(SYS_pidfd_open, process_, 0)));
     if (!pidDescriptor_.IsOpen()) {
         const int error = errno;
@@ -141,7 +141,7 @@ void Child::Reap(int flags) {
     }
     const bool isGood = info.si_code == CLD_EXITED && info.si_status == 0;
     if (!(mayLeaveOthers_ && isGood)) {
-        kill(-process_, SIGKILL);  // while its number is still its own
+        kill(-process_, SIGKILL);  // while the number still belongs to it
         mayLeaveOthers_ = false;
     }
     int status = 0;
@@ -149,7 +149,7 @@ void Child::Reap(int flags) {
     end_ = EndingOf(status);
 }
 
-/// @return whether the command has ended and has left a group that may live on
+/// @return whether the command has ended and left a group that may live on
 bool Child::HasOthers() const {
     return end_ && mayLeaveOthers_;
 }

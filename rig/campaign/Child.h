@@ -17,41 +17,42 @@ struct Ending {
     std::optional<int> signal;
 
     bool IsStatus(int expected) const { return status == expected; }
-    /// @return whether the signal ended it, or, as a shell in between says it, the status 128 + signal
+    /// @return whether this signal ended it, directly or as a shell in between reports it: status 128 +
+    /// signal
     bool IsSignal(int expected) const { return signal == expected || status == 128 + expected; }
     /// @return "ended with status 3", "was ended by signal 6 (Aborted)"
     std::string Words() const;
 };
 
-/// What to start. The descriptors stay the caller's.
+/// What to start. The caller keeps the descriptors.
 struct Launch {
     std::string command;  // for /bin/sh
     int output = -1;
     int errors = -1;
-    std::vector<std::string> environment = {};  // NAME=VALUE, beside our own
-    int atOurDeath = SIGTERM;                   // the signal that it gets should we be killed
-    bool mayLeaveOthers = false;                // what it started may go on when it has ended with status 0
+    std::vector<std::string> environment = {};  // NAME=VALUE, added to our own
+    int atOurDeath = SIGTERM;                   // the signal that it gets if we are killed
+    bool mayLeaveOthers = false;                // what it started may live on once it has ended with status 0
 };
 
-/// A command in a process group of its own, which reads nothing. A plain call of a program takes the place of
-/// the shell, so that signals and the end are the program's own; in anything else the shell waits for it also
-/// behind a SIGINT. What is left of the group is killed when the command has ended (unless it may leave
-/// others), and at the end of this object's life; but for what runs as another user, which is left alone.
+/// A command in a process group of its own, without input. A plain program call replaces the shell, so that
+/// signals and the exit are the program's own; otherwise the shell waits for it even after a SIGINT. What is
+/// left of the group is killed when the command has ended (unless it may leave others), and at the end of
+/// this object's life, except for what runs as another user, which is left alone.
 class Child {
  public:
-    /// Throws std::runtime_error when no process can be made, or none that can be waited for.
+    /// Throws std::runtime_error when no process can be started, or it cannot be waited for.
     explicit Child(const Launch& launch);
     ~Child();
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
 
-    /// @return a descriptor that poll finds readable once the command has ended
+    /// @return a descriptor that becomes readable once the command has ended
     int EndDescriptor() const { return pidDescriptor_.Number(); }
 
     /// @return how the command ended; nothing while it runs. Does not wait.
     const std::optional<Ending>& End();
 
-    /// Sends a signal to the whole group, unless the command has ended and may leave nobody.
+    /// Sends a signal to the whole group, unless the command has ended and may not leave others.
     void Signal(int signal);
 
  private:

@@ -78,7 +78,7 @@ void Coverage::Add(const Case& plan, const report::RunResult& run, const std::ve
     }
 }
 
-/// The requests stand in the judge's ladder; their optional fields follow from what was injected.
+/// The requests are in the judge's ladder; their optional fields follow from the injected faults.
 void Coverage::CountRequests(const Case& plan, const report::RunResult& run) {
     for (const report::Step& step : run.steps) {
         if (step.kind != report::Step::Kind::FromHarness) {
@@ -156,7 +156,7 @@ std::vector<std::string> Coverage::Unreached() const {
     return unreached;
 }
 
-/// For people: no field of a message that did not come itself, and one word for all rules of one kind.
+/// For people: leaves out the fields of a message that never came, and uses one word for all rules of a kind.
 std::vector<std::string> Coverage::UnreachedInShort() const {
     std::vector<std::string> unreached;
     for (const ItemCount& item : Items()) {

@@ -20,27 +20,27 @@ struct ProtocolItem {
     const char* field;    // attribute or path of children; empty for the message itself
 };
 
-/// @return every message of both dialects, each followed by its fields; of the harness only the fields that
+/// @return every message of both dialects, each followed by its fields; for the harness, only the fields that
 /// some messages lack
 const std::vector<ProtocolItem>& ProtocolItems();
 
-/// A switch of the harness, and the checks that pass when it has shown its effect.
+/// A switch of the harness, and the checks that pass when it has taken effect.
 struct SwitchItem {
     char letter;
-    bool isFirstDialect;  // 1.0 heeds it
+    bool isFirstDialect;  // it has an effect in 1.0
     std::vector<std::string> checks;
 };
 
 const std::vector<SwitchItem>& SwitchItems();
 
-/// What of the protocol a campaign has exercised.
+/// How much of the protocol a campaign has exercised.
 class Coverage {
  public:
     /// Takes what one case has shown.
-    /// @param messages  of the DVR, as they came
+    /// @param messages  of the DVR, in order of arrival
     void Add(const Case& plan, const report::RunResult& run, const std::vector<DvrMessage>& messages);
 
-    /// How often a message or a field came; what no case reached has the count 0. Only of dialects that had a
+    /// How often a message or a field occurred; 0 for what no case reached. Only for dialects that had a
     /// case.
     struct ItemCount {
         ProtocolItem item;
@@ -48,7 +48,7 @@ class Coverage {
     };
     std::vector<ItemCount> Items() const;
 
-    /// In which cases a switch, or a rule (a check of the judge), had its effect or was decided.
+    /// The cases in which a switch took effect, or a rule (a check of the judge) was decided.
     struct Use {
         std::string name;  // "-x", "xfer.answer"
         std::vector<std::string> cases;
@@ -59,7 +59,7 @@ class Coverage {
     /// @return everything that no case reached, in words
     std::vector<std::string> Unreached() const;
 
-    /// @return a few lines for people; empty where no case has run
+    /// @return a few lines for people; empty when no case has run
     std::string Text() const;
 
  private:
@@ -68,7 +68,7 @@ class Coverage {
     std::vector<std::string> UnreachedInShort() const;
 
     std::set<int> protocols_;
-    std::map<std::string, std::uint64_t> counts_;            // by the item's words
+    std::map<std::string, std::uint64_t> counts_;            // by the item's text
     std::map<std::string, std::vector<std::string>> fired_;  // cases by switch
     std::map<std::string, std::vector<std::string>> rules_;  // cases by check
 };

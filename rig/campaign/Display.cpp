@@ -14,7 +14,7 @@
 namespace rig::campaign {
 namespace {
 
-constexpr std::chrono::seconds kNews(10);         // how often others than terminals hear of a phase again
+constexpr std::chrono::seconds kNews(10);         // how often a phase is repeated when not on a terminal
 constexpr std::chrono::milliseconds kBlink(100);  // how often a terminal's line changes
 
 Colour ColourOf(Outcome outcome) {

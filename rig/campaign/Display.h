@@ -7,8 +7,8 @@
 
 namespace rig::campaign {
 
-/// Tells people how the campaign goes: a line for each case. On a terminal the line of the case that runs is
-/// rewritten in place; elsewhere only what matters is printed, line by line.
+/// Tells people how the campaign is going: a line for each case. On a terminal the line of the case that runs
+/// is rewritten in place; elsewhere only what matters is printed, line by line.
 class Display {
  public:
     Display();
@@ -16,8 +16,8 @@ class Display {
     void Begin(const CampaignRecord& campaign, const std::string& folder);
     void CaseBegins(const CaseRecord& record, std::size_t number, std::size_t count);
 
-    /// Shows what the case is doing; a terminal gets it at once, others when there is a `detail` and the
-    /// phase is new, and every 10 s from then on.
+    /// Shows what the case is doing: on a terminal at once, elsewhere when there is a `detail` and the phase
+    /// is new, and every 10 s after that.
     void Show(const std::string& phase, const std::string& detail);
 
     /// Something that must not be missed: a line of its own on standard error.

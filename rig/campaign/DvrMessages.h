@@ -9,14 +9,13 @@
 
 namespace rig::campaign {
 
-/// A message of the DVR as the log holds it.
+/// A message of the DVR as the log has it.
 struct DvrMessage {
-    std::string name;                 // `req`; empty where there is none
-    std::vector<std::string> fields;  // its attributes but `req`, and its children, "events/event"
+    std::string name;                 // `req`; empty if missing
+    std::vector<std::string> fields;  // its attributes except `req`, and its children, "events/event"
 };
 
-/// Puts the DVR's messages together from the slices that the log holds of them. Documents that are no XML are
-/// left out.
+/// Assembles the DVR's messages from their slices in the log. Leaves out documents that are not XML.
 class DvrMessages {
  public:
     using Take = std::function<void(const DvrMessage& message)>;

@@ -12,12 +12,12 @@
 namespace rig::campaign {
 namespace {
 
-constexpr int kSlowTick = 200;         // milliseconds, where a minute is to pass
-constexpr double kPortPatience = 150;  // seconds: the system holds a port for a minute, twice at the worst
-constexpr double kSettle = 2;          // seconds that the DVR has to close behind the end
-constexpr double kReady = 0.5;         // seconds from the first line of a harness elsewhere until it listens
-constexpr double kStop = 5;            // seconds that a command has to end when it is told to
-constexpr double kPortPause = 3;       // seconds until a harness elsewhere tries its port again
+constexpr int kSlowTick = 200;         // milliseconds, when waiting for a minute
+constexpr double kPortPatience = 150;  // seconds: the system holds a port for a minute, at worst twice
+constexpr double kSettle = 2;          // seconds that the DVR has to close after the end
+constexpr double kReady = 0.5;         // seconds from a remote harness's first line until it listens
+constexpr double kStop = 5;            // seconds that a command has to end when told to
+constexpr double kPortPause = 3;       // seconds until a remote harness tries its port again
 
 double Since(Clock::time_point begin) {
     return std::chrono::duration<double>(Clock::now() - begin).count();
@@ -59,7 +59,7 @@ report::Result Export::Run() {
     return result;
 }
 
-/// A missing privilege is no reason to go without the rest of the evidence.
+/// A missing privilege is no reason to lose the rest of the evidence.
 void Export::StartCapture() try {
     if (rig_.capture) {
         capture_ = std::make_unique<Capture>(folder_.PathOf("capture.pcap"));
@@ -68,8 +68,8 @@ void Export::StartCapture() try {
     display_.Warn(record_.id + ": no capture: " + error.what());
 }
 
-/// The system holds the port for a while where the harness closed a connection first, and the harness takes
-/// none that is held.
+/// The system holds the port for a while if the harness closed a connection first, and the harness cannot
+/// bind to a held port.
 bool Export::AwaitPort() {
     const auto mayGoOn = [this] { return interrupts_.Came() || !LookAtPort(kHarnessPort).isHeld; };
     bool isFree = mayGoOn();
@@ -111,7 +111,7 @@ void Export::StartHarness() {
                                          });
 }
 
-/// A port that is held on another machine shows in the harness's status only.
+/// A port held on another machine shows only in the harness's status.
 bool Export::MayStartAgain() {
     const bool isTaken = facts_.end == End::HarnessEnded && facts_.harness &&
                          facts_.harness->IsStatus(kPortTaken) && !wasListening_;
@@ -129,8 +129,8 @@ bool Export::MayStartAgain() {
     return !isInterrupted;
 }
 
-/// @return whether a DVR can connect: the kernel knows, or, where the harness runs elsewhere, the log has
-/// begun, and no line says that it could not listen
+/// @return whether a DVR can connect: the kernel says so or, if the harness runs elsewhere, the log has begun
+/// and no line says that it could not listen
 bool Export::IsReady() {
     isReady_ = isReady_ || (!wasListening_ && LookAtPort(kHarnessPort).isListening) ||
                (firstLine_ && Since(*firstLine_) >= kReady);
@@ -197,8 +197,8 @@ void Export::ShowProgress() {
     }
 }
 
-/// Who closes first has the port held for a minute. After a good end, let that be the DVR: it gets a moment
-/// to close by itself, and is told to where we started it. After a bad one its close would look like a
+/// The side that closes first has its port held for a minute. After a good end, let that be the DVR: it gets
+/// a moment to close by itself, and is told to if we started it. After a bad end its close would look like a
 /// failure of its own in the log.
 void Export::Settle() {
     if (facts_.end != End::Done && facts_.end != End::Silence) {
@@ -257,7 +257,7 @@ void Export::StopDvr() {
     record_.dvr->end = dvr_->End();
 }
 
-/// Goes on reading until the fact has come about. @return false if it has not in that time
+/// Keeps reading until the fact is true. @return false if it is not within that time
 template <typename Fact>
 bool Export::Until(double seconds, Fact fact, int tick) {
     const Clock::time_point begin = Clock::now();
@@ -270,7 +270,7 @@ bool Export::Until(double seconds, Fact fact, int tick) {
     return true;
 }
 
-/// Waits for something to come, not longer than that, and takes the next piece of it.
+/// Waits at most that long for something to arrive, and takes the next piece of it.
 void Export::Turn(int milliseconds) {
     std::vector<pollfd> waited;
     const auto add = [&waited](int descriptor) { waited.push_back({descriptor, POLLIN, 0}); };
@@ -288,7 +288,7 @@ void Export::Turn(int milliseconds) {
     TakePackets();
 }
 
-/// A capture that breaks off is no reason to go without the rest of the evidence.
+/// A capture that breaks off is no reason to lose the rest of the evidence.
 void Export::TakePackets() {
     if (capture_ != nullptr && !capture_->Take()) {
         display_.Warn(record_.id + ": the capture broke off: " + capture_->Error());

@@ -17,10 +17,10 @@
 
 namespace rig::campaign {
 
-constexpr int kTick = 20;  // milliseconds between looks at what gives no sign of its own
+constexpr int kTick = 20;  // milliseconds between looks at what sends no event
 
 /// Harness and DVR of one case, from the wait for the port until both have ended. Their output goes to the
-/// case's folder as it comes.
+/// case's folder as it arrives.
 class Export {
  public:
     /// @param record  of the case; commands, attempts, ends and times are filled in
@@ -30,11 +30,11 @@ class Export {
     Export(const Export&) = delete;
     Export& operator=(const Export&) = delete;
 
-    /// Plays it to its end, or until it is interrupted. Throws std::runtime_error when evidence cannot be
+    /// Runs it to its end, or until it is interrupted. Throws std::runtime_error when evidence cannot be
     /// written. @return what the judge says of the runs in the log
     report::Result Run();
 
-    /// @return what is known but for the judge's result
+    /// @return everything known except the judge's result
     const CaseFacts& Facts() const { return facts_; }
 
     /// @return what the DVR sent
@@ -75,7 +75,7 @@ class Export {
     std::optional<Watch> watch_;
     std::optional<Clock::time_point> firstLine_;
     bool isReady_ = false;       // a DVR can connect
-    bool wasListening_ = false;  // somebody, on this machine, before the harness started
+    bool wasListening_ = false;  // someone on this machine was, before the harness started
     double quiet_ = 0;           // seconds that the DVR was silent before we stopped watching
 };
 

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kChunk = std::size_t{1} << 16;
 
-/// @return the command's first word, which may stand in single quotes
+/// @return the command's first word, which may be in single quotes
 std::string FirstWord(const std::string& command) {
     const bool isQuoted = !command.empty() && command.front() == '\'';
     return isQuoted ? command.substr(1, command.find('\'', 1) - 1) : command.substr(0, command.find(' '));
@@ -21,7 +21,7 @@ std::string FirstWord(const std::string& command) {
 
 std::string FingerprintOf(const std::string& command) {
     const std::string path = FirstWord(command);
-    const bool isPath = path.find('/') != std::string::npos;  // a mere name is the shell's to find
+    const bool isPath = path.find('/') != std::string::npos;  // a bare name is for the shell to find
     std::error_code unknown;
     std::ifstream file(path, std::ios::binary);
     if (!isPath || !std::filesystem::is_regular_file(path, unknown) || !file) {

@@ -13,11 +13,11 @@
 namespace rig::campaign {
 namespace {
 
-// The evidence names the files as they stand in the case's folder.
+// The evidence names the files as in the case's folder.
 const std::string kLogName = "harness.log";
 const std::string kErrorName = "harness.err";
 
-constexpr std::size_t kMostMessages = 100'000;  // of which the coverage takes note
+constexpr std::size_t kMostMessages = 100'000;  // that the coverage counts
 constexpr std::size_t kMostAssertions = 16;
 constexpr std::string_view kAssertion = ": Assertion `";
 constexpr std::size_t kLongestExcerpt = 300;  // bytes
@@ -113,7 +113,7 @@ void Harness::TakeLine(std::uint64_t number, std::string_view line) {
     }
 }
 
-/// The judge gets assertions last, so that they stand behind all that the harness logged ahead of them.
+/// The judge gets assertions last, so that they come after all that the harness logged before them.
 void Harness::TakeError(std::uint64_t number, std::string_view line) {
     if (judge::IsMarkerFailure(line)) {
         judge_.Add(kErrorName, number, line);

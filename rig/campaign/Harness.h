@@ -16,22 +16,22 @@
 
 namespace rig::campaign {
 
-/// One start of the harness: its command, its log and its standard error, which are saved as they come
-/// (harness.log, harness.err; harness.out where the log is another file) and read by the judge.
+/// One start of the harness: its command, its log and its standard error, which are saved as they arrive
+/// (harness.log, harness.err; harness.out if the log is another file) and read by the judge.
 class Harness {
  public:
-    /// Takes a statement of the log. @param isOver  whether the run is over with it
+    /// Takes a statement of the log. @param isOver  whether it ends the run
     using TakeStatement = std::function<void(const LogLine& line, bool isOver)>;
 
     /// Starts it. @param command  for the shell, with the switches
-    /// @param log  the file that the log goes to; empty where it is the command's standard output
+    /// @param log  the file that the log goes to; empty if it goes to the command's standard output
     Harness(const std::string& command, const std::string& log, const CaseFolder& folder,
             const judge::Limits& limits, TakeStatement take);
 
-    /// Takes the next piece of what has come on each. Does not wait.
+    /// Takes the next piece that has arrived on each. Does not wait.
     void Read();
 
-    /// @return what poll is to wait for; -1 among them for nothing
+    /// @return the descriptors to poll; -1 among them means none
     std::vector<int> Descriptors();
 
     Child& Command() { return *command_; }

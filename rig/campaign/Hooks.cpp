@@ -63,7 +63,7 @@ std::string Hooks::Run(const std::string& hook, const std::string& command) {
                                             : fmt::format("did not end within {:g} s", commands_.timeout));
 }
 
-/// @return how it ended; nothing where it took too long or we were interrupted
+/// @return how it ended; nothing if it took too long or we were interrupted
 std::optional<Ending> Hooks::RunWithin(const std::string& command) const {
     const GrowingFile output = folder_.Append("hooks.log");
     Launch launch{command, output.Number(), output.Number()};

@@ -10,7 +10,7 @@
 
 namespace rig::campaign {
 
-/// Commands of the user around each case; empty where not given.
+/// The user's commands around each case; empty if not given.
 struct HookCommands {
     std::string beforeCase;
     std::string afterCase;
@@ -19,22 +19,22 @@ struct HookCommands {
     double timeout = 120;  // seconds for each
 };
 
-/// Runs the hooks of one case. They see VELLORAN_CASE, VELLORAN_CASE_DIR (absolute), VELLORAN_OUTCOME behind
+/// Runs the hooks of one case. They see VELLORAN_CASE, VELLORAN_CASE_DIR (absolute), VELLORAN_OUTCOME after
 /// the case; what they print goes to hooks.log in the case's folder.
-/// An interrupt ends the hook that runs, and none is started behind it.
+/// An interrupt ends the running hook, and no other is started after it.
 class Hooks {
  public:
     Hooks(const HookCommands& commands, const CaseFolder& folder, const std::string& name,
           Interrupts& interrupts);
 
-    /// What the DVR's --alive came to.
+    /// What --alive said about the DVR.
     enum class Life { Alive, Revived, Dead };
 
-    /// @return what went wrong, in words; empty where nothing did or there is no such hook
+    /// @return what went wrong, in words; empty if nothing did or there is no such hook
     std::string BeforeCase();
     std::string AfterCase(const std::string& outcome);
 
-    /// Asks whether the DVR lives; where it does not, and there is a --power-cycle, once more behind that.
+    /// Asks whether the DVR is alive; if not, and there is a --power-cycle, asks again after that.
     /// @param words  what went wrong, unless it is alive
     Life Alive(const std::string& outcome, std::string& words);
 

@@ -13,7 +13,7 @@
 namespace rig::campaign {
 namespace {
 
-/// A signal that is ignored would come all the same once it is blocked.
+/// An ignored signal would be delivered all the same once it is blocked.
 bool IsIgnored(int signal) {
     struct sigaction action = {};
     return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
@@ -25,7 +25,7 @@ Interrupts::Interrupts() {
     sigset_t signals;
     sigemptyset(&signals);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        // A shell ignores SIGINT for what it starts in the background, where it is sent on purpose.
+        // A shell makes background commands ignore SIGINT; one that reaches us was sent on purpose.
         if (signal != SIGHUP || !IsIgnored(signal)) {
             sigaddset(&signals, signal);
         }
@@ -41,7 +41,7 @@ Interrupts::Interrupts() {
 }
 
 Interrupts::~Interrupts() {
-    Came();  // what is not read would strike now
+    Came();  // an unread one would take effect now
     sigprocmask(SIG_SETMASK, &before_, nullptr);
 }
 

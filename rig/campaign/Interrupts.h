@@ -7,23 +7,23 @@
 
 namespace rig::campaign {
 
-/// SIGINT, SIGTERM and SIGHUP, to be read instead of suffered while this object lives; but SIGHUP where it
-/// was ignored, as under nohup, so that a campaign survives the logout.
+/// SIGINT, SIGTERM and SIGHUP, read instead of ending the process while this object lives. SIGHUP is left out
+/// if it was ignored, as under nohup, so that a campaign survives the logout.
 class Interrupts {
  public:
-    /// Throws std::runtime_error where the system has no descriptor for signals.
+    /// Throws std::runtime_error when the system gives no descriptor for signals.
     Interrupts();
     ~Interrupts();
     Interrupts(const Interrupts&) = delete;
     Interrupts& operator=(const Interrupts&) = delete;
 
-    /// @return a descriptor that poll finds readable when such a signal has come
+    /// @return a descriptor that becomes readable when such a signal has arrived
     int Number() const { return descriptor_.Number(); }
 
-    /// @return whether one has come, ever
+    /// @return whether one has ever arrived
     bool Came();
 
-    /// @return the first that came, in words: "SIGINT (Interrupt)"
+    /// @return the first that arrived, in words: "SIGINT (Interrupt)"
     std::string Words() const;
 
  private:

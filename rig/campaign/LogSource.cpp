@@ -50,7 +50,7 @@ std::string LogSource::Read() {
     return piece;
 }
 
-/// Another file under the name, or the old one cut, is what a harness that was started again writes into.
+/// A new file under the name, or the old one truncated, is what a restarted harness writes to.
 void LogSource::OpenNew() {
     struct stat named = {};
     if (stat(path_.c_str(), &named) != 0) {

@@ -34,7 +34,7 @@ void LogTimes::Add(const LogLine& line) {
     }
 }
 
-/// What is longer than the pause was spent on waiting.
+/// Time beyond the pause was spent waiting.
 void LogTimes::Count(std::int64_t gap, std::int64_t atMostPause) {
     const std::int64_t pause = std::clamp<std::int64_t>(gap, 0, atMostPause);
     pauses_ += pause;

@@ -7,8 +7,8 @@
 
 namespace rig::campaign {
 
-/// Tells from the harness's log how long it paused of its own accord (behind each piece that it reads, behind
-/// requests for files, ahead of closing) and how long it waited for the DVR.
+/// Tells from the harness's log how long it paused of its own accord (after each piece that it reads, after
+/// requests for files, before closing) and how long it waited for the DVR.
 class LogTimes {
  public:
     void Add(const LogLine& line);
@@ -24,7 +24,7 @@ class LogTimes {
     std::int64_t pauses_ = 0;
     std::int64_t waits_ = 0;
     std::int64_t sleep_ = 1'000'000;  // -s
-    bool sleepsNext_ = false;         // behind the request that goes out next
+    bool sleepsNext_ = false;         // after the request that goes out next
 };
 
 }  // namespace rig::campaign

@@ -30,13 +30,13 @@ Outcome OutcomeOf(Verdict verdict) {
     return Outcome::Fail;
 }
 
-/// A request without answer, or an export without end, often follows from something else.
+/// An unanswered request, or an export without an end, often follows from something else.
 bool IsConsequence(const report::CheckResult& check) {
     return check.id == "requests.answered" || check.id == "export.done";
 }
 
-/// @return the first check that has the run's verdict, in words, a cause ahead of a consequence; nothing for
-/// a pass
+/// @return the first check that has the run's verdict, in words, a cause before a consequence; nothing for a
+/// pass
 std::string ReasonOf(const report::RunResult& run) {
     const Verdict worst = report::WorstOf(run);
     const auto isWorst = [worst](const report::CheckResult& one) { return one.verdict == worst; };
@@ -59,7 +59,7 @@ std::string HarnessWords(const CaseFacts& facts) {
            (facts.errors.empty() ? "" : ": " + facts.errors);
 }
 
-/// The harness was not stopped by us.
+/// We did not stop the harness.
 Decision EndedByItself(const CaseFacts& facts) {
     if (facts.harness->IsStatus(kPortTaken)) {
         return {Outcome::Environment, "port 5001 was taken"};

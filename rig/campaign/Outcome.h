@@ -9,8 +9,8 @@
 
 namespace rig::campaign {
 
-/// How a case came out: what the judge says, or why there is nothing that it could say. From the best to the
-/// worst, as the judge ranks its verdicts; a case that did not run tells as little as an inconclusive one.
+/// How a case came out: what the judge says, or why it could say nothing. Ordered from best to worst, as the
+/// judge ranks its verdicts; a case that did not run tells as little as an inconclusive one.
 enum class Outcome {
     Pass,
     KnownFailure,
@@ -33,7 +33,7 @@ enum class End {
     Done,          // the dialogue is over, the harness wants nothing more
     Silence,       // -z: the DVR stayed silent, as it must, for longer than the patience
     HarnessEnded,  // by itself
-    DvrFailed,     // the DVR's command ended with another status than 0, and then nothing came
+    DvrFailed,     // the DVR's command ended with a status other than 0, and then nothing came
     ConnectTimeout,
     IdleTimeout,
     CaseTimeout,
@@ -43,19 +43,19 @@ enum class End {
     PortTaken
 };
 
-/// What a case's outcome follows from.
+/// The facts that decide a case's outcome.
 struct CaseFacts {
     End end = End::None;
-    std::string words;                        // what ended it, for the ends that need words
+    std::string words;                        // what ended it, where that needs words
     std::optional<Ending> harness;            // how its command ended
     bool isStopped = false;                   // we stopped it
     bool isConnected = false;                 // a DVR was there
     bool isDone = false;                      // the dialogue had come to its end
-    std::optional<report::RunResult> judged;  // nothing where the log holds no run
+    std::optional<report::RunResult> judged;  // nothing if the log holds no run
     std::string errors;                       // the last line of the harness's standard error
 };
 
-/// The harness's exit status where it cannot bind its port.
+/// The harness's exit status when it cannot bind its port.
 constexpr int kPortTaken = 99;
 
 struct Decision {
@@ -63,19 +63,19 @@ struct Decision {
     std::string reason;  // one line
 };
 
-/// @return the outcome with its reason. Of several reasons the one that casts doubt on the others wins:
+/// @return the outcome with its reason. Of several reasons, the one that casts doubt on the others wins:
 /// interrupted, then the rig's failures, then time-outs, then what the DVR did.
 Decision Decide(const CaseFacts& facts);
 
-/// @return the outcome as a check of the run, "campaign.case", so that the forms that know only checks tell
-/// of it. It passes where the outcome is the judge's own.
+/// @return the outcome as a check of the run, "campaign.case", so that report formats that know only checks
+/// show it. It passes if the outcome is the judge's own.
 report::CheckResult CheckOf(const Decision& decision, const std::optional<report::RunResult>& judged);
 
 /// @return the exit status: 0 pass or known failure, 1 failed or timed out, 2 inconclusive or not reached or
 /// not run, 3 environment, 130 interrupted
 int ExitStatusOf(Outcome outcome);
 
-/// @return of two outcomes the one that decides for both
+/// @return the one of two outcomes that decides for both
 inline Outcome Worse(Outcome one, Outcome other) {
     return std::max(one, other);
 }

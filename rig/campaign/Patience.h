@@ -2,7 +2,7 @@
 
 namespace rig::campaign {
 
-/// How long to wait for what. Seconds.
+/// How long to wait for each thing, in seconds.
 struct Patience {
     double connect = 60;  // for the DVR's connection
     double idle = 30;     // for the next line of the log

@@ -19,7 +19,7 @@ namespace rig::campaign {
 struct ProcessRecord {
     std::string command;
     std::optional<Ending> end;
-    std::string stoppedBy;  // "SIGINT", the command of --stop; empty where it ended by itself
+    std::string stoppedBy;  // "SIGINT", the command of --stop; empty if it ended by itself
 };
 
 struct HookRecord {
@@ -34,23 +34,22 @@ struct CaseTimes {
     double waited = 0;    // until port 5001 was free
     double duration = 0;  // from the start of the harness to its end
     double pauses = 0;    // of that, the harness's own
-    double dvr = 0;       // of that, the harness waited for the DVR
+    double dvr = 0;       // of that, the harness waiting for the DVR
     double overhead = 0;  // of that, the rest: the campaign's own
     double hooks = 0;
 };
 
 struct CaseRecord {
     Case plan;
-    std::string id;  // of this run: the case's name, and "-N" for run N where there are several
+    std::string id;  // of this run: the case's name, and "-N" for run N if there are several
     int run = 1;
     Outcome outcome = Outcome::NotRun;
     std::string reason;
-    bool isSuspect =
-        false;  // the clean export ahead of it failed: not to be blamed on how the DVR takes faults
+    bool isSuspect = false;  // the clean export before it failed: do not blame how the DVR takes faults
     std::optional<std::int64_t> begin;  // microseconds since 1970-01-01 UTC
     std::optional<std::int64_t> end;
     CaseTimes times;
-    int attempts = 0;  // starts of the harness: more than one where the port was still held
+    int attempts = 0;  // starts of the harness: more than one if the port was still held
     ProcessRecord harness;
     std::optional<ProcessRecord> dvr;
     std::vector<HookRecord> hooks;
@@ -89,20 +88,20 @@ struct CampaignRecord {
     std::optional<double> maxReaction;
     std::int64_t begin = 0;
     std::optional<std::int64_t> end;
-    std::vector<CaseRecord> cases;         // all that are planned, in order
+    std::vector<CaseRecord> cases;         // all planned ones, in order
     std::vector<std::string> knownUnseen;  // known failures that no case showed, though some reached them
     Coverage coverage;
 
     /// @return the outcome that decides for the campaign
     Outcome Whole() const;
 
-    /// @return how many cases came out so, by name
+    /// @return how many cases had each outcome, by name
     std::map<std::string, int> Counts() const;
 
-    /// @return for each case with several runs how they differ
+    /// @return for each case with several runs, how they differ
     std::vector<Spread> Spreads() const;
 
-    /// @return where the time of all cases went, added up
+    /// @return where the time of all cases went, in total
     CaseTimes Times() const;
 };
 

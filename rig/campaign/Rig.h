@@ -16,11 +16,11 @@ struct Rig {
     std::string harness;             // command, to which the switches are appended
     std::string log;                 // file that the log goes to; empty: the command's standard output
     std::string stop;                // command that interrupts the harness; empty: SIGINT
-    std::optional<std::string> dvr;  // command with {protocol} and {seed}; none: somebody else starts the DVR
+    std::optional<std::string> dvr;  // command with {protocol} and {seed}; none: someone else starts the DVR
     std::uint32_t seed = 0;
     HookCommands hooks;
     Patience patience;
-    double linger = 0;  // seconds to watch on behind the end of a dialogue
+    double linger = 0;  // seconds to keep watching after the end of a dialogue
     judge::Limits limits;
     judge::KnownFailures known;
     bool capture = false;

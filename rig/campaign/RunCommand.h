@@ -18,7 +18,7 @@ namespace rig {
 struct RunOptions {
     campaign::Selection selection;
     bool listCases = false;
-    std::string velloran;            // command; empty: the harness beside this program, or on PATH
+    std::string velloran;            // command; empty: the harness next to this program, or on PATH
     std::string log;                 // file to follow; empty: the command's standard output
     std::string stop;                // command; empty: SIGINT
     std::optional<std::string> dvr;  // command; empty: the simulated DVR; none: wait for a recorder
@@ -30,7 +30,7 @@ struct RunOptions {
     int repeat = 1;
     std::optional<std::uint32_t> seed;
     std::string note;
-    std::string out;  // folder; empty: one named for the time
+    std::string out;  // folder; empty: one named after the time
     bool capture = false;
 };
 
@@ -38,8 +38,8 @@ struct RunOptions {
 /// in `status`, which must live until then.
 void AddRunCommand(CLI::App& app, int& status);
 
-/// Runs a campaign: progress on standard output, evidence in a folder; where something goes wrong, one line
-/// on standard error.
+/// Runs a campaign: progress on standard output, evidence in a folder; if something goes wrong, one line on
+/// standard error.
 /// @return the exit status: 0 all pass, 1 a case failed or timed out, 2 inconclusive, 3 environment, 64
 ///         usage, or evidence that cannot be written, 130 interrupted
 int RunCampaign(const RunOptions& options);

@@ -19,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// @return a word that the shell takes as it is
+/// @return the text as a word that the shell takes literally
 std::string ShellWord(const std::string& text) {
     std::string word = "'";
     for (const char one : text) {
@@ -61,7 +61,7 @@ Rig RigOf(const RunOptions& options, std::uint32_t seed) {
     return rig;
 }
 
-/// @return the command line of this process, word by word
+/// @return this process's command line, word by word
 std::vector<std::string> OwnCommandLine() {
     std::ifstream file("/proc/self/cmdline");
     std::vector<std::string> words;

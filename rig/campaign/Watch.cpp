@@ -9,7 +9,7 @@
 namespace rig::campaign {
 namespace {
 
-constexpr double kMargin = 0.2;  // seconds, so that the judge counts the patience as over as well
+constexpr double kMargin = 0.2;  // seconds, so that the judge also counts the patience as over
 
 double Seconds(Clock::duration duration) {
     return std::chrono::duration<double>(duration).count();
@@ -25,7 +25,7 @@ void Watch::Add(const LogLine& line, bool isOver, Clock::time_point now) {
     isRefused_ = isRefused_ || line.text == "Got CONFIGURATION_UPDATE_ERROR";
     isConfirmed_ = isConfirmed_ || line.text == "Got SOFTWARE_UPDATE_CONFIRM";
     const bool isConfigured = Has(plan_, 'g') && isRefused_ && (isConfirmed_ || !Has(plan_, 'u'));
-    // A harness that could not listen, or was interrupted, is over as well, but no dialogue came to its end.
+    // A harness that could not listen, or was interrupted, is also over, but no dialogue came to its end.
     const bool isEnd = isOver && isConnected_ && sign != judge::Sign::ShuttingDown;
     isDone_ = isDone_ || isEnd || isConfigured;
 }

@@ -14,26 +14,26 @@ namespace rig::campaign {
 
 using Clock = std::chrono::steady_clock;
 
-/// No log of a run is longer, in bytes, unless the harness repeats itself for ever.
+/// The log of a run is never longer, in bytes, unless the harness repeats itself forever.
 constexpr std::uint64_t kLargestLog = std::uint64_t{16} << 20;
 
 /// Decides from the log's lines and the clock when there is nothing more to watch in a run.
 class Watch {
  public:
-    /// @param now  when the harness is started; the time-outs run from here
+    /// @param now  when the harness is started; the time-outs count from here
     Watch(Case plan, const Patience& patience, Clock::time_point now)
         : plan_(std::move(plan)), patience_(patience), begin_(now), lastLine_(now) {}
 
-    /// Takes the next line of the log. @param isOver  whether the judge calls the run over with it
+    /// Takes the next line of the log. @param isOver  whether the judge says that it ends the run
     void Add(const LogLine& line, bool isOver, Clock::time_point now);
 
-    /// The DVR's command has ended with another status than 0.
+    /// The DVR's command has ended with a status other than 0.
     void DvrFailed(Clock::time_point now);
 
-    /// The log has become this large, in bytes.
+    /// The log has reached this size, in bytes.
     void LogHas(std::uint64_t bytes) { bytes_ = bytes; }
 
-    /// @return why to stop watching; End::None for none yet. `words` then says it.
+    /// @return why to stop watching, which `words` then says; End::None to go on.
     End Look(Clock::time_point now, std::string& words) const;
 
     bool IsConnected() const { return isConnected_; }
