@@ -9,12 +9,12 @@
 
 namespace rig {
 
-/// Takes one line of a log, without its newline. The line number counts from 1; the view is valid during the
-/// call only.
+/// Takes one line of a log, without its newline. Line numbers count from 1; the view is valid only during the
+/// call.
 using TakeLine = std::function<void(std::uint64_t number, std::string_view line)>;
 
-/// How much of one line is kept; what a line has beyond it is skipped. The harness's longest, a document of
-/// a peer in one line, may be cut by this: memory must not grow with what is in a log.
+/// How much of one line is kept; the rest is skipped. This may cut the harness's longest line, a peer's
+/// document in one line: memory must not grow with what is in a log.
 constexpr std::size_t kLongestLine = std::size_t{4} << 20;
 
 /// Cuts what arrives in pieces into lines.
@@ -24,7 +24,7 @@ class LineCutter {
 
     void Add(std::string_view piece);
 
-    /// Gives a last line that has no newline.
+    /// Passes on a last line that has no newline.
     void End();
 
  private:

@@ -15,7 +15,7 @@ bool IsDigit(char byte) {
     return byte >= '0' && byte <= '9';
 }
 
-/// @return the number that the digits at `at` make, where there are exactly `count` of them
+/// @return the number that the `count` digits at `at` make; nothing if they are not all digits
 std::optional<int> Digits(std::string_view text, std::size_t at, std::size_t count) {
     if (at + count > text.size()) {
         return std::nullopt;
@@ -30,7 +30,7 @@ std::optional<int> Digits(std::string_view text, std::size_t at, std::size_t cou
     return number;
 }
 
-/// @return where "velloran:N " begins and its text, where the line has it
+/// @return where "velloran:N " begins and where its text does, if the line has it
 std::optional<std::pair<std::size_t, std::size_t>> FindSource(std::string_view line) {
     for (std::size_t at = line.find(kSource); at != std::string_view::npos; at = line.find(kSource, at + 1)) {
         std::size_t end = at + kSource.size();
@@ -47,7 +47,7 @@ std::optional<std::pair<std::size_t, std::size_t>> FindSource(std::string_view l
 
 /// @return the days from 1970-01-01 to a day of the Gregorian calendar
 std::int64_t DaysSinceEpoch(int year, int month, int day) {
-    const int shifted = month <= 2 ? year - 1 : year;  // years begin in March here: leap days stand last
+    const int shifted = month <= 2 ? year - 1 : year;  // years begin in March here: leap days come last
     const int era = shifted / 400;
     const int yearOfEra = shifted - era * 400;
     const int dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
@@ -57,7 +57,7 @@ std::int64_t DaysSinceEpoch(int year, int month, int day) {
 
 constexpr std::size_t kSecondsEnd = 19;  // in "2026-11-20T14:03:07"
 
-/// @return the time of day "HH:MM:SS" at `at`, with a fraction behind it where there is one, in microseconds
+/// @return the time of day "HH:MM:SS" at `at`, with the fraction after it if there is one, in microseconds
 std::optional<std::int64_t> TimeOfDay(std::string_view text, std::size_t at) {
     const auto hours = Digits(text, at, 2);
     const auto minutes = Digits(text, at + 3, 2);
@@ -75,8 +75,8 @@ std::optional<std::int64_t> TimeOfDay(std::string_view text, std::size_t at) {
     return time;
 }
 
-/// @return the microseconds that local time is ahead of UTC, by a zone such as "+0100" or "+01:00"; 0 for
-///         "Z" and for none: then only differences of times mean something
+/// @return the microseconds by which local time is ahead of UTC, from a zone such as "+0100" or "+01:00"; 0
+///         for "Z" and for no zone: then only differences of times are meaningful
 std::int64_t ZoneOffset(std::string_view zone) {
     if (zone.empty() || (zone[0] != '+' && zone[0] != '-')) {
         return 0;
@@ -121,7 +121,7 @@ std::optional<std::int64_t> SyslogTime(std::string_view prefix) {
     return DaysSinceEpoch(1970, number, *day) * 24 * 3600 * kSecond + *time;
 }
 
-/// @return the number behind the last `word` of the prefix
+/// @return the number after the last `word` of the prefix
 std::optional<int> NumberBehind(std::string_view prefix, std::string_view word) {
     const std::size_t at = prefix.rfind(word);
     if (at == std::string_view::npos) {
@@ -136,12 +136,12 @@ std::optional<int> NumberBehind(std::string_view prefix, std::string_view word) 
     return number;
 }
 
-/// @return the number that two digits make; negative where they are none
+/// @return the number that two digits make; negative if they are not digits
 int TwoDigits(const char* digits) {
     return IsDigit(digits[0]) && IsDigit(digits[1]) ? (digits[0] - '0') * 10 + (digits[1] - '0') : -1;
 }
 
-/// Reads "2026-11-20T14:03:07.123456Z", where each digit stands in its place.
+/// Reads "2026-11-20T14:03:07.123456Z", with each digit in its fixed place.
 std::optional<std::int64_t> OwnTime(const char* text) {
     const std::array<int, 10> pairs = {TwoDigits(text),      TwoDigits(text + 2),  TwoDigits(text + 5),
                                        TwoDigits(text + 8),  TwoDigits(text + 11), TwoDigits(text + 14),
@@ -157,7 +157,7 @@ std::optional<std::int64_t> OwnTime(const char* text) {
     return seconds * kSecond + std::int64_t{pairs[7]} * 10'000 + std::int64_t{pairs[8]} * 100 + pairs[9];
 }
 
-/// Reads a line of our own logger, where everything stands in its place: most logs consist of those.
+/// Reads a line of our own logger, where everything has its fixed place: most logs consist of these.
 /// "2026-11-20T14:03:07.123456Z velloran 16 velloran:212 Sending DONE"
 std::optional<LogLine> OwnLine(std::string_view line) {
     constexpr std::size_t kTimeEnd = 27;

@@ -18,12 +18,11 @@ struct LogLine {
     std::optional<int> level;          // from "velloran LEVEL velloran:"
 };
 
-/// Reads a line of our logger, of a syslog file or of journalctl's output: whatever stands before
-/// "velloran:N " is a prefix. @return nothing for a line that is no statement of the harness
+/// Reads a line of our logger, of a syslog file or of journalctl's output: whatever comes before "velloran:N
+/// " is a prefix. @return nothing for a line that is not a statement of the harness
 std::optional<LogLine> ParseLogLine(std::string_view line);
 
-/// @return the text with the logger's escapes taken back: `\\`, `\n`, `\r`, `\t`, `\xHH`. Other backslashes
-///         stay.
+/// @return the text with the logger's escapes undone: `\\`, `\n`, `\r`, `\t`, `\xHH`. Other backslashes stay.
 std::string Unescaped(std::string_view text);
 
 }  // namespace rig

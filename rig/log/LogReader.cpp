@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t kChunk = std::size_t{1} << 18;
 constexpr int kFollowInterval = 100;  // milliseconds: a file has no event for "grew"
-constexpr int kLastWords = 500;       // milliseconds in which a harness that was interrupted as well says so
+constexpr int kLastWords = 500;       // milliseconds in which a harness that was also interrupted says so
 
 volatile std::sig_atomic_t interrupts = 0;
 
@@ -25,7 +25,7 @@ void CountInterrupt(int /*signal*/) {
 
 void CountInterrupts() {
     struct sigaction action = {};
-    action.sa_handler = CountInterrupt;  // without SA_RESTART: a read that waits must end
+    action.sa_handler = CountInterrupt;  // without SA_RESTART: a waiting read must end
     sigaction(SIGINT, &action, nullptr);
 }
 
@@ -48,13 +48,13 @@ class Input {
 
     bool IsStandardInput() const { return descriptor_ == STDIN_FILENO; }
 
-    /// @return whether a read would not wait
+    /// @return whether a read would return at once
     bool HasMore() const {
         pollfd waited = {descriptor_, POLLIN, 0};
         return poll(&waited, 1, 0) == 1;
     }
 
-    /// @return how many bytes were read; 0 at the end; nothing when a signal broke the wait
+    /// @return how many bytes were read; 0 at the end; nothing when a signal interrupted the wait
     std::optional<std::size_t> Read(std::vector<char>& chunk) const {
         const ssize_t count = read(descriptor_, chunk.data(), chunk.size());
         if (count >= 0) {

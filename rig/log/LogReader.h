@@ -13,14 +13,14 @@ class Unreadable : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// Reads a log line by line to its end; "-" is standard input. A last line without newline is a line.
-/// SIGINT does not end reading from standard input: what writes it in a pipe gets the same Ctrl-C, and ends
-/// the input when it has said its last. Another SIGINT does. Throws Unreadable.
+/// Reads a log line by line to its end; "-" is standard input. A last line without a newline counts.
+/// SIGINT does not end reading from standard input: the writer at the other end of the pipe gets the same
+/// Ctrl-C, and ends the input after its last words. A second SIGINT does. Throws Unreadable.
 void ReadLog(const std::string& name, const TakeLine& take);
 
-/// Reads as ReadLog does, and at the end of a file waits for more. Ends when `isOver` returns true, which is
-/// asked whenever all that is there has been read; for a file also when nothing comes any more behind a
-/// SIGINT, or at another one.
+/// Reads as ReadLog does, and at the end of a file waits for more. Ends when `isOver`, asked whenever
+/// everything available has been read, returns true; for a file also when nothing more comes after a SIGINT,
+/// or at a second one.
 void FollowLog(const std::string& name, const TakeLine& take, const std::function<bool()>& isOver);
 
 }  // namespace rig
