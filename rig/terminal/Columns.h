@@ -4,7 +4,7 @@
 
 namespace rig {
 
-/// @return how wide the terminal at standard output is, in columns; 80 where it does not say
+/// @return how wide the terminal at standard output is, in columns; 80 if it does not say
 std::size_t TerminalColumns();
 
 }  // namespace rig
