@@ -39,7 +39,7 @@ void AddCheck(pugi::xml_node body, const CheckResult& check, const LogPlaces& pl
     AddEvidence(AddNamedCell(row, "Found", check.found), check, places);
 }
 
-/// @return the checks of all runs in the order in which they first stand
+/// @return the checks of all runs, in order of first appearance
 std::vector<std::string> IdsOf(const Result& result) {
     std::vector<std::string> ids;
     for (const RunResult& run : result.runs) {

@@ -15,7 +15,7 @@ void AddChecks(pugi::xml_node section, const RunResult& run, const LogPlaces& pl
 /// Adds the table of the DVR's reaction times.
 void AddTimings(pugi::xml_node section, const RunResult& run);
 
-/// Adds one table of all runs by check; each cell is linked to the check of the run.
+/// Adds one table of all runs by check; each cell links to the check of the run.
 void AddMatrix(pugi::xml_node section, const Result& result);
 
 /// @return how the anchors of a run, counted from 0, begin: nothing for the first, "run2-" for the second

@@ -15,17 +15,17 @@ namespace {
 
 constexpr std::size_t kStepsInPiece = 25;
 constexpr std::size_t kLetters = 36;  // in a line between the lifelines, on a phone
-constexpr int kLetterHeight = 15;     // pixels, as all that follow
+constexpr int kLetterHeight = 15;     // pixels, like all that follow
 constexpr int kGap = 14;              // below a step's text, with its arrow
 constexpr int kArrow = 6;             // below the text
 constexpr int kTop = 24;              // of a piece: the names of the lifelines
 
-// Across the picture, so that it fits any width.
+// Relative to the picture, so that it fits any width.
 constexpr const char* kDvr = "20%";
 constexpr const char* kMiddle = "57%";
 constexpr const char* kHarness = "94%";
 
-/// @return the text in lines short enough for a phone, parted at blanks where that can be
+/// @return the text in lines short enough for a phone, broken at blanks where possible
 std::vector<std::string> Wrapped(const std::string& text) {
     std::vector<std::string> lines;
     std::size_t begin = 0;
@@ -147,7 +147,7 @@ void AddLadder(pugi::xml_node section, const RunResult& run, const LogPlaces& pl
     }
     pugi::xml_node ladder = Add(section, "div", {}, "ladder");
     for (auto first = kept.begin(); first != kept.end();) {
-        // A gap between the steps parts the picture too.
+        // A gap between the steps divides the picture too.
         auto last = first + 1;
         while (last != kept.end() && *last == *(last - 1) + 1 &&
                last - first < static_cast<int>(kStepsInPiece)) {

@@ -9,8 +9,8 @@
 namespace rig::report {
 
 /// Adds the dialogue as a ladder in SVG: two lifelines, arrows with the messages, injected faults and notes
-/// between them. It comes in pieces that fit a printed page. @param limit how many steps the page takes,
-/// besides the faults
+/// between them, in pieces that fit a printed page. @param limit how many steps the page holds, not counting
+/// the faults
 void AddLadder(pugi::xml_node section, const RunResult& run, const LogPlaces& places, std::size_t limit);
 
 }  // namespace rig::report

@@ -12,7 +12,7 @@
 namespace rig::report {
 namespace {
 
-constexpr std::size_t kLinesInBlock = 200;  // the browser lays out only the blocks that are seen
+constexpr std::size_t kLinesInBlock = 200;  // the browser lays out only the visible blocks
 constexpr double kLineHeight = 1.5;         // em, as in the style
 
 std::string LevelOf(const LogEntry& entry) {
@@ -54,7 +54,7 @@ void AddLevels(pugi::xml_node form, const RunResult& run) {
     }
 }
 
-/// Hidden until the script, without which it does nothing, shows it.
+/// Hidden until the script shows it, as it does nothing without the script.
 void AddSearch(pugi::xml_node log, const RunResult& run) {
     pugi::xml_node form = Add(log, "form", {}, "search");
     Set(form, "role", "search");

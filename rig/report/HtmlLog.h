@@ -12,25 +12,25 @@
 
 namespace rig::report {
 
-/// Where the lines of a run's log stand on its page. A page takes a bounded number of them: the first and the
-/// last, and those between that prove something.
+/// Where the lines of a run's log are on its page. A page holds a bounded number of them: the first and the
+/// last, and those in between that prove something.
 class LogPlaces {
  public:
     /// @param run must outlive this. @param prefix of the anchors: "", "run2-". @param limit how many lines
-    ///        the page takes, besides those that prove something
+    ///        the page holds, not counting those that prove something
     LogPlaces(const RunResult& run, std::string prefix, std::size_t limit);
 
     /// @return the anchor of an entry of the run's log: "L12"; in the second of several files "L2.12"
     std::string AnchorOf(std::size_t entry) const;
 
-    /// @return a link's target, "#L12"; nothing where the page does not hold the line
+    /// @return a link's target, "#L12"; nothing if the page does not hold the line
     std::optional<std::string> TargetOf(const Evidence& evidence) const;
     std::optional<std::string> TargetOf(const Step& step) const;
 
-    /// @return the entries that the page holds, in their order
+    /// @return the entries that the page holds, in order
     const std::vector<std::size_t>& Kept() const { return kept_; }
 
-    /// @return the checks that an entry proves, of the run's checks
+    /// @return those of the run's checks that an entry proves
     const std::vector<const CheckResult*>& ProvedBy(std::size_t entry) const;
 
  private:

@@ -28,8 +28,8 @@ void AddHead(pugi::xml_node html, std::string_view title) {
     policy.append_attribute("http-equiv") = "Content-Security-Policy";
     policy.append_attribute("content") = kNothingIsLoaded;
     Add(head, "title", title);
-    // Browsers take what follows unescaped, XML readers by the section: the comments hide the section from
-    // browsers.
+    // Browsers take what follows literally, XML readers because of the CDATA section: the comments hide that
+    // section from browsers.
     pugi::xml_node style = head.append_child("style");
     style.append_child(pugi::node_pcdata).set_value("/*");
     style.append_child(pugi::node_cdata).set_value((std::string("*/\n") + kReportStyle + "/*").c_str());
@@ -42,8 +42,8 @@ void AddScript(pugi::xml_node body) {
     script.append_child(pugi::node_cdata).set_value((std::string("\n") + kReportScript + "//").c_str());
 }
 
-/// Browsers take "<td/>" for an element that goes on: gives each element without content an empty text, so
-/// that it is closed by a tag, except those that have none.
+/// Browsers take "<td/>" for an open element: gives each element without content an empty text, so that a tag
+/// closes it, except those that have no closing tag.
 class ClosedElements : public pugi::xml_tree_walker {
  public:
     bool for_each(pugi::xml_node& node) override {

@@ -15,7 +15,7 @@
 namespace rig::report {
 namespace {
 
-// What a browser opens within seconds; many runs share it, but each gets a fair part.
+// What a browser opens within seconds; many runs share it, but each gets a fair share.
 constexpr std::size_t kLogLines = 100'000;
 constexpr std::size_t kFewestLogLines = 1'000;
 constexpr std::size_t kSteps = 10'000;
@@ -87,7 +87,7 @@ void AddPart(pugi::xml_node section, pugi::xml_node parts, const char* heading, 
     Set(Add(section, heading, title), "id", anchor);
 }
 
-/// Adds all that there is about one run. @param heading the element of its headings
+/// Adds everything about one run. @param heading the element of its headings
 void AddRun(pugi::xml_node section, const RunResult& run, std::size_t number, std::size_t runs,
             const char* heading) {
     const std::string prefix = PrefixOf(number);

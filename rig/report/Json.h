@@ -8,10 +8,10 @@
 
 namespace rig::report {
 
-/// Keeps the order in which members are added.
+/// Keeps members in the order in which they are added.
 using Json = nlohmann::ordered_json;
 
-/// @return null where there is no value
+/// @return null if there is no value
 template <typename Value>
 Json Optional(const std::optional<Value>& value) {
     return value ? Json(*value) : Json(nullptr);
@@ -19,7 +19,7 @@ Json Optional(const std::optional<Value>& value) {
 
 Json ToJson(const Timing& timing);
 
-/// @return the text of a JSON file; bytes that are no UTF-8 are replaced
+/// @return the text of a JSON file; bytes that are not UTF-8 are replaced
 std::string Print(const Json& json);
 
 }  // namespace rig::report

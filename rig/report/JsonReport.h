@@ -6,7 +6,8 @@
 
 namespace rig::report {
 
-/// @return the whole result as JSON; bytes that are no UTF-8 are replaced. Times are microseconds since 1970.
+/// @return the whole result as JSON; bytes that are not UTF-8 are replaced. Times are microseconds since
+/// 1970.
 std::string JsonReport(const Result& result);
 
 }  // namespace rig::report

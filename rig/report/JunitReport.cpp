@@ -69,7 +69,7 @@ void AddCounts(pugi::xml_node suite, const RunResult& run) {
     Set(suite, "skipped", count("skipped"));
 }
 
-/// The widely used schemas differ in what they ask for: this holds what each of them wants.
+/// The widely used schemas differ in what they require: this satisfies all of them.
 void AddSuite(pugi::xml_node suites, const RunResult& run, std::size_t number) {
     pugi::xml_node suite = suites.append_child("testsuite");
     Set(suite, "id", std::to_string(number));

@@ -5,8 +5,9 @@
 
 namespace rig::report {
 
-/// @return which of `count` things a page takes that has room for `limit`, ascending: all, or the first
-///         half and the last, and up to `limit` of those between them that `matters(index)` names
+/// @return which of `count` things a page with room for `limit` holds, ascending: all, or half of `limit`
+///         from the start and half from the end, and up to `limit` of those in between for which
+///         `matters(index)` is true
 template <typename Predicate>
 std::vector<std::size_t> KeptOf(std::size_t count, std::size_t limit, const Predicate& matters) {
     std::vector<std::size_t> kept;

@@ -45,7 +45,7 @@ std::optional<std::size_t> LogPlaces::Find(std::uint64_t line, const Matches& ma
     return std::nullopt;
 }
 
-/// Evidence holds the beginning of a long line only.
+/// Evidence holds only the beginning of a long line.
 std::optional<std::size_t> LogPlaces::Find(const Evidence& evidence) const {
     return Find(evidence.line, [&evidence](const LogEntry& entry) {
         return entry.text.compare(0, evidence.text.size(), evidence.text) == 0;

@@ -2,7 +2,7 @@
 
 namespace rig::report {
 
-/// The files of page/, as they are; the styles one behind the other.
+/// The files of page/, unchanged; the styles one after another.
 extern const char* const kReportStyle;
 extern const char* const kReportScript;
 

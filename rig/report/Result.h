@@ -24,8 +24,8 @@ const char* NameOf(Verdict verdict);
 struct Evidence {
     std::string file;        // as given on the command line; "-" is standard input
     std::uint64_t line = 0;  // counting from 1
-    std::string text;        // the log's text, without its prefix, as it stands there (escaped)
-    std::string note = {};   // what the line itself does not tell
+    std::string text;        // the text of the log's line, without its prefix, still escaped
+    std::string note = {};   // what the line itself does not say
 
     /// @return file, line, text and note
     std::string Words() const;
@@ -53,7 +53,7 @@ struct Step {
 struct LogEntry {
     std::uint64_t line = 0;            // of the log
     std::optional<std::int64_t> time;  // microseconds since 1970-01-01 UTC
-    std::optional<int> level;          // 1 to 64, where the log has it
+    std::optional<int> level;          // 1 to 64, if the log has it
     std::string text;                  // without prefix, escaped
 };
 
@@ -69,7 +69,7 @@ struct Timing {
 
 /// The verdict on one run of the harness.
 struct RunResult {
-    std::string name;      // where its first line stands: "run.log:1"
+    std::string name;      // where its first line is: "run.log:1"
     std::string switches;  // as on the harness's command line: "-p 2 -e -c 3"
     std::optional<std::int64_t> begin;
     std::optional<std::int64_t> end;  // microseconds since 1970-01-01 UTC
@@ -83,8 +83,8 @@ struct Result {
     std::vector<RunResult> runs;
 };
 
-/// @return the verdict that decides for the run: the worst of its checks. What was not reached for a known
-/// failure counts as known.
+/// @return the verdict that decides for the run: the worst of its checks. A check not reached because of a
+/// known failure counts as known.
 Verdict WorstOf(const RunResult& run);
 
 /// @return the verdict that decides for all runs

@@ -8,7 +8,7 @@
 namespace rig::report {
 namespace {
 
-/// @return the text without what has a meaning in the protocol
+/// @return the text without characters that mean something in TAP
 std::string Plain(std::string text) {
     std::replace(text.begin(), text.end(), '#', ' ');
     std::replace(text.begin(), text.end(), '\n', ' ');

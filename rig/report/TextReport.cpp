@@ -15,7 +15,7 @@ namespace {
 
 using Text = fmt::memory_buffer;
 
-constexpr std::size_t kRunsAcross = 16;  // in one matrix: what a terminal is wide enough for
+constexpr std::size_t kRunsAcross = 16;  // in one matrix: what fits a terminal's width
 
 template <typename... Arguments>
 void Print(Text& text, fmt::format_string<Arguments...> format, Arguments&&... arguments) {

@@ -10,17 +10,17 @@
 
 namespace rig::report {
 
-/// Prints runs one by one, and at the end what they come to. Of a run that is printed only its row of the
-/// matrix is kept: there may be any number of them.
+/// Prints runs one by one, and a summary at the end. Of a printed run, only its row of the matrix is kept:
+/// there may be any number of runs.
 class RunPrinter {
  public:
-    /// @param out  must live as long as this
+    /// @param out  must outlive this object
     RunPrinter(std::ostream& out, bool colour) : out_(out), colour_(colour) {}
 
     /// Prints a short table, and the checks that did not pass with what was expected and found.
     void Add(const RunResult& run);
 
-    /// Prints one matrix, run by check, where there were many runs, and one closing line.
+    /// Prints one matrix, run by check, if there were several runs, and one closing line.
     void End();
 
     /// @return how many runs were printed
@@ -39,7 +39,7 @@ class RunPrinter {
 
     std::ostream& out_;
     bool colour_;
-    std::vector<std::string> ids_;  // of all checks that a run had so far
+    std::vector<std::string> ids_;  // of all checks that a run has had so far
     std::vector<Row> rows_;
     std::map<Verdict, std::size_t> counts_;
     Verdict worst_ = Verdict::Pass;

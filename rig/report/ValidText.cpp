@@ -9,7 +9,7 @@ namespace {
 
 constexpr char32_t kReplacement = 0xfffd;
 
-/// Control characters and those that are none by definition: neither XML nor HTML holds them.
+/// Control characters and noncharacters: neither XML nor HTML may hold them.
 bool IsForbidden(char32_t character) {
     const bool isControl = character < 0x20 || (character >= 0x7f && character < 0xa0);
     const bool isNoCharacter = (character & 0xfffe) == 0xfffe || (character >= 0xfdd0 && character <= 0xfdef);

@@ -5,9 +5,9 @@
 
 namespace rig::report {
 
-/// @return the text as an XML or HTML document may hold it: UTF-8, with U+FFFD in place of what is none and
-///         of each control character but newline and tab (also of NUL). Escapes nothing: that is the
-///         writer's part.
+/// @return the text as an XML or HTML document may hold it: UTF-8, with U+FFFD in place of what is not UTF-8
+///         and of each control character except newline and tab (NUL too). Escapes nothing: that is up to the
+///         writer.
 std::string ValidText(std::string_view text);
 
 }  // namespace rig::report

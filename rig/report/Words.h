@@ -6,7 +6,7 @@
 
 namespace rig::report {
 
-/// @return the seconds between two times in microseconds, "0.255"; nothing where one is not known
+/// @return the seconds between two times in microseconds, "0.255"; nothing if one is not known
 std::string SecondsSince(const std::optional<std::int64_t>& begin, const std::optional<std::int64_t>& time);
 
 /// @param time microseconds since 1970. @return "2026-11-20T14:03:07Z"

@@ -31,7 +31,7 @@ bool WriteAll(int descriptor, const std::string& content) {
     return true;
 }
 
-/// @return our standard output or error where the path leads to the same file; -1 otherwise
+/// @return our standard output or error if the path leads to the same file; -1 otherwise
 int OwnOutputAt(const std::string& path) {
     struct stat named = {};
     if (stat(path.c_str(), &named) != 0) {
@@ -46,7 +46,7 @@ int OwnOutputAt(const std::string& path) {
     return -1;
 }
 
-/// @return of what is to be replaced, or as open() would give it
+/// @return the mode of what is to be replaced, or what open() would give
 mode_t ModeOf(const std::string& path) {
     struct stat old = {};
     if (stat(path.c_str(), &old) == 0) {
