@@ -33,8 +33,8 @@ std::string ReadFile(const std::string& path, const std::string& expected) {
     return content.str();
 }
 
-/// Reads a file and hands its content on as JSON. What is no JSON, or not the one that `take` looks for, is
-/// refused.
+/// Reads a file and passes its content on as JSON. Refuses what is not JSON, or not the JSON that `take`
+/// looks for.
 template <typename Take>
 void TakeJson(const std::string& path, const std::string& expected, const Take& take) {
     errno = 0;

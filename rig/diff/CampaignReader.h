@@ -15,19 +15,19 @@ struct Reaction {
 };
 
 struct Check {
-    std::string verdict;  // "PASS", as verdicts and outcomes are named in reports
+    std::string verdict;  // "PASS", as reports name verdicts and outcomes
     std::string found;
 };
 
 /// One run of a case.
 struct CaseRun {
-    std::string folder;  // of its evidence, below the campaign's
+    std::string folder;  // with its evidence, below the campaign's
     bool hasPage = false;
     std::string outcome;  // "PASS", "TIMEOUT" ...
     std::string reason;
-    std::vector<std::pair<std::string, Check>> checks;  // by id, in the judge's order
+    std::vector<std::pair<std::string, Check>> checks;  // with their ids, in the judge's order
     std::map<std::string, Reaction> reactions;          // by request
-    std::vector<std::string> messages;                  // "DVR FILE_COMPLETE", in their order
+    std::vector<std::string> messages;                  // "DVR FILE_COMPLETE", in order
 };
 
 /// All runs of one case.
@@ -43,12 +43,12 @@ struct Campaign {
     std::string state;  // "finished", "interrupted", "running"
     std::string note;
     std::int64_t begin = 0;                       // microseconds since 1970-01-01 UTC
-    std::map<std::string, std::string> versions;  // of what it was made with, by name
+    std::map<std::string, std::string> versions;  // of the programs that made it, by name
     std::vector<Case> cases;                      // in the order in which they ran
 };
 
-/// Reads the record that `velloran-rig run` left, and of each case the dialogue, where there is one. Throws
-/// Unreadable, which names the file, what was expected there and what was found.
+/// Reads the record that `velloran-rig run` left, and each case's dialogue, if there is one. Throws
+/// Unreadable, which names the file, what was expected and what was found.
 Campaign ReadCampaign(const std::string& folder);
 
 }  // namespace rig::diff

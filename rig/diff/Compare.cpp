@@ -65,7 +65,7 @@ Verdicts OutcomesOf(const Case& all) {
     return outcomes;
 }
 
-/// @return whether the same verdict has another reason now. What a pass found is no reason.
+/// @return whether the same verdict now has another reason. What a pass found is not a reason.
 bool HasOtherReason(const Verdicts& before, const Verdicts& after) {
     return !IsPass(after.worst) &&
            std::none_of(after.found.begin(), after.found.end(),
@@ -94,7 +94,7 @@ std::vector<std::string> ChecksOf(const Case& before, const Case& after) {
     return ids;
 }
 
-/// A check that one of them lacks tells of the judge, not of the DVR.
+/// A check that one of them lacks says something about the judge, not the DVR.
 void CompareChecks(const Case& before, const Case& after, std::vector<Difference>& differences) {
     for (const std::string& id : ChecksOf(before, after)) {
         const std::optional<Verdicts> was = VerdictsOf(before, id);
@@ -123,7 +123,7 @@ CaseComparison CompareCase(const Case& before, const Case& after) {
     return compared;
 }
 
-/// A case that passed and is not there any more proves nothing any more.
+/// A case that passed but is gone no longer proves anything.
 CaseComparison Missing(const Case& before) {
     const Verdicts outcomes = OutcomesOf(before);
     const Change change = IsPass(outcomes.worst) ? Change::Worse : Change::Changed;

@@ -7,13 +7,13 @@
 
 namespace rig::diff {
 
-/// How a thing changed, in the order in which it decides for what it is part of.
+/// How a thing changed. Of a whole's parts, the last in this order decides.
 enum class Change { Same, Changed, Better, Worse };
 
 /// @return as reports print it: "worse"
 const char* NameOf(Change change);
 
-/// One thing that is not as it was.
+/// One thing that is different now.
 struct Difference {
     Change change = Change::Changed;
     std::string subject;  // "check event-list.source", "messages", "FILE_COMPLETE of the DVR" ...
@@ -24,9 +24,9 @@ struct Difference {
 struct CaseComparison {
     std::string name;
     std::string switches;
-    Change change = Change::Same;  // of its differences the one that decides
+    Change change = Change::Same;  // the deciding one of its differences
     std::vector<Difference> differences;
-    const Case* before = nullptr;  // nothing where the campaign has no such case
+    const Case* before = nullptr;  // null if the campaign has no such case
     const Case* after = nullptr;
 };
 
@@ -35,7 +35,7 @@ struct Comparison {
     const Campaign* before = nullptr;
     const Campaign* after = nullptr;
     std::vector<Difference> surroundings;  // versions and the like: other than these, the DVR changed
-    std::vector<CaseComparison> cases;     // in the order of the later campaign, then what it lacks
+    std::vector<CaseComparison> cases;     // in the order of the later campaign, then those it lacks
 
     std::size_t Count(Change change) const;
 
@@ -46,8 +46,8 @@ struct Comparison {
 /// Compares outcomes, verdicts, order and number of messages, and reaction times, case by case.
 Comparison Compare(const Campaign& before, const Campaign& after);
 
-/// The rule for verdicts and outcomes: to pass is better, to pass no longer or to fail is worse, any other
-/// change tells neither.
+/// The rule for verdicts and outcomes: to pass now is better, no longer to pass or to fail now is worse, any
+/// other change is neither.
 Change ChangeOf(const std::string& before, const std::string& after);
 
 }  // namespace rig::diff

@@ -23,7 +23,7 @@ std::string At(const Messages& messages, std::size_t index) {
                                    : fmt::format("the end after {}", messages.size());
 }
 
-/// @return the run whose dialogue goes on longest like the given one
+/// @return the run whose dialogue matches the given one longest
 const Messages& NearestTo(const Messages& messages, const Case& all) {
     return std::max_element(all.runs.begin(), all.runs.end(),
                             [&messages](const CaseRun& one, const CaseRun& other) {

@@ -13,7 +13,7 @@ struct DiffOptions {
     std::string before;  // folders of two campaigns
     std::string after;
     bool all = false;
-    std::string json;  // files; empty where not given
+    std::string json;  // files; empty if not given
     std::string html;
 };
 
@@ -21,10 +21,10 @@ struct DiffOptions {
 /// in `status`, which must live until then.
 void AddDiffCommand(CLI::App& app, int& status);
 
-/// Compares two campaigns: what changed on standard output, the files asked for; where something goes wrong,
-/// one line on standard error.
+/// Compares two campaigns: prints what changed on standard output and writes the files asked for; if
+/// something goes wrong, one line on standard error.
 /// @return the exit status: 0 nothing got worse, 1 something did, 64 usage, or a report that cannot be
-///         written, 66 a folder that is none of a campaign
+///         written, 66 a folder that is not a campaign's
 int RunDiff(const DiffOptions& options);
 
 }  // namespace rig

@@ -19,7 +19,7 @@ using report::AddTable;
 using report::AddText;
 using report::Set;
 
-/// A change looks like the verdict that it comes nearest to.
+/// A change looks like the nearest verdict.
 std::string ClassOf(Change change) {
     static constexpr report::Verdict kVerdicts[] = {report::Verdict::NotReached,
                                                     report::Verdict::Inconclusive, report::Verdict::Pass,

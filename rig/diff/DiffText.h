@@ -7,10 +7,10 @@
 namespace rig::diff {
 
 /// @return the comparison in words for a terminal
-/// @param all whether to name also the cases that are the same
+/// @param all whether to name the unchanged cases too
 std::string DiffText(const Comparison& comparison, bool all, bool colour);
 
-/// @return a campaign in one line: its folder, note and begin, and where it was not finished
+/// @return a campaign in one line: its folder, note and start, and its state if it was not finished
 std::string Words(const Campaign& campaign);
 
 }  // namespace rig::diff

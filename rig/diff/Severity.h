@@ -7,12 +7,13 @@
 namespace rig::diff {
 
 /// All verdicts and outcomes, from the best to the worst: of several runs the worst counts. As a campaign
-/// ranks them, but for INTERRUPTED, which tells nothing of the DVR and must not hide that another run failed.
+/// ranks them, except INTERRUPTED, which says nothing about the DVR and must not hide that another run
+/// failed.
 constexpr std::array<std::string_view, 10> kVerdicts = {
     "PASS",         "KNOWN FAILURE", "NOT REACHED", "NOT RUN", "RUNNING",
     "INCONCLUSIVE", "INTERRUPTED",   "ENVIRONMENT", "TIMEOUT", "FAIL"};
 
-/// @return the place in that order; behind all where the name is none of them
+/// @return the place in that order; after all of them if the name is not among them
 inline std::size_t Severity(std::string_view verdict) {
     return static_cast<std::size_t>(std::find(kVerdicts.begin(), kVerdicts.end(), verdict) -
                                     kVerdicts.begin());
