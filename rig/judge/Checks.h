@@ -9,7 +9,7 @@
 
 namespace rig::judge {
 
-/// What the judge is told beside the log.
+/// What the judge is told besides the log.
 struct Limits {
     double patience = 3;  // seconds after which a request without an answer counts as unanswered
     std::optional<double> maxReaction;  // milliseconds
@@ -23,15 +23,15 @@ struct Finding {
     std::vector<report::Evidence> evidence;
 };
 
-/// What a check needs beside a run that it concerns.
+/// What a check needs besides a run that it concerns.
 enum class Needs {
     Nothing,
-    WholeLog,    // it follows from all that went before: where the log lacks a part, no failure is proven
+    WholeLog,    // it follows from all that went before: if the log lacks a part, it proves no failure
     MaxReaction  // left out unless the user gives a limit
 };
 
-/// One thing that is required of the DVR. To add a check, add its function and a row to the table of one of
-/// the files *Checks.cpp, and its test.
+/// One thing that is required of the DVR. To add a check, add its function, a row in the table of one of the
+/// *Checks.cpp files, and its test.
 struct Check {
     const char* id;           // stable: users write it into their lists
     const char* requirement;  // one sentence
@@ -52,7 +52,7 @@ const std::vector<Check>& TimingChecks();
 /// @return all checks, in the order in which reports show them
 const std::vector<Check>& AllChecks();
 
-/// Applies to the run all checks that concern it.
+/// Applies all checks that concern the run.
 std::vector<report::CheckResult> JudgeRun(const Run& run, const Limits& limits);
 
 }  // namespace rig::judge

@@ -9,11 +9,12 @@ namespace rig::judge {
 namespace {
 
 constexpr std::size_t kMostPending = 1000;  // unanswered requests: memory must not grow with the log
-constexpr std::int64_t kBusy = 10'000;  // microseconds that no handling of a message takes without a pause
-/// Microseconds in which a message that was there already is read, also on a busy machine.
+constexpr std::int64_t kBusy =
+    10'000;  // microseconds; handling a message never takes this long without a pause
+/// Microseconds within which a message that had already arrived is read, even on a busy machine.
 constexpr std::int64_t kAtOnce = 50'000;
 
-/// @return whether the message is about just what the request asked for
+/// @return whether the message is about exactly what the request asked for
 bool IsExact(const Request& request, const Arrival& message) {
     const bool isFileLeftOut = !message.file && message.name != "FILE_COMPLETE";
     return request.reid == message.reid.value_or("") &&
@@ -63,7 +64,7 @@ void Exchange::Take(const Arrival& message, const std::string& event, const Plac
         if (run_.doneSent.Any() && !run_.isExporting) {
             run_.afterDone.Add(place, message.name);
         }
-        run_.isExporting = run_.isExporting || !run_.doneSent.Any();  // the log may begin behind the OK
+        run_.isExporting = run_.isExporting || !run_.doneSent.Any();  // the log may begin after the OK
         if (run_.Saw(Sign::SizeSwitch)) {
             run_.answeredWrong.Add(place, message.name);
         }
@@ -111,7 +112,7 @@ bool Exchange::Answers(const Arrival& message, const std::string& event, const P
     }
     if (answered_->fault != Fault::None) {
         run_.Of(answered_->fault).answered.Add(place);
-        // The refusal of a file with a damaged identifier may name the true event as well.
+        // The refusal of a file with a damaged identifier may also name the true event.
         const bool isTrue = answered_->fault == Fault::FileEvent && event == message.reid.value_or("");
         if (message.reid && *message.reid != answered_->reid && !isTrue && !message.isRepeated) {
             run_.otherReid.Add(place, Printable(*message.reid) + " instead of " + Printable(answered_->reid));
@@ -126,7 +127,7 @@ bool Exchange::Answers(const Arrival& message, const std::string& event, const P
     return true;
 }
 
-/// A request with a fault that the DVR answers as if there were none.
+/// A request with a fault that the DVR answers as if it had none.
 bool Exchange::AnswersWrongly(const Arrival& message, const Place& place) {
     const int protocol = run_.protocol;
     const auto request =
@@ -145,8 +146,8 @@ bool Exchange::AnswersWrongly(const Arrival& message, const Place& place) {
     return true;
 }
 
-/// A DVR that took a damaged identifier for an event, and then refuses what it is asked of it, does right:
-/// its one fault has been counted.
+/// A DVR that took a damaged identifier for an event, and then refuses requests about it, does right: its one
+/// fault has been counted.
 bool Exchange::RefusesAtLast(const Arrival& message) {
     const std::string reid = message.reid.value_or("");
     const auto request = std::find_if(
@@ -176,7 +177,7 @@ void Exchange::TakeUnasked(const Arrival& message, const Place& place) {
 
 void Exchange::IgnoreLast(Sign why, const Place& place) {
     if (answered_ && isExact_) {
-        return;  // it was asked for; a message out of turn has led the harness away from it since
+        return;  // it was asked for; since then a message out of turn has led the harness away from it
     }
     const std::string asked = answered_ ? answered_->Words() : "";
     if (why == Sign::WrongFile && FileIn(last_) == completed_) {
@@ -195,8 +196,8 @@ void Exchange::IgnoreLast(Sign why, const Place& place) {
     }
 }
 
-/// The harness reads nothing while it pauses: an answer that it finds as soon as it reads again has come at a
-/// time that nobody knows. Another one took the DVR all the time since the request.
+/// The harness reads nothing while it pauses: an answer that it finds as soon as it reads again arrived at an
+/// unknown time. Any other took the DVR all the time since the request.
 void Exchange::Time(const Request& request, const Arrival& message, const Place& place) {
     if (!request.time || !message.time) {
         return;

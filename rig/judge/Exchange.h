@@ -8,7 +8,7 @@
 
 namespace rig::judge {
 
-/// A message of the DVR, as far as it decides which request it answers.
+/// What decides which request a message of the DVR answers.
 struct Arrival {
     std::string name;
     std::optional<std::string> reid;
@@ -17,23 +17,24 @@ struct Arrival {
     bool isRepeated = false;           // it is, byte for byte, the message before it
 };
 
-/// The requests that wait for an answer, and what each message of the DVR is to them: its answer, another
-/// one than it must be, or something that nothing asked for.
+/// The requests that wait for an answer, and what each message of the DVR is to them: the right answer, a
+/// wrong one, or something that nobody asked for.
 class Exchange {
  public:
     explicit Exchange(Run& facts) : run_(facts) {}
 
-    /// The harness has sent a request, or DONE. It does not read while it pauses behind it.
+    /// The harness has sent a request, or DONE. It does not read while it pauses after it.
     void Send(Request request, const Place& place);
 
     /// The DVR has sent a message that its dialect knows.
     /// @param event  the identifier that the harness takes for the one in progress
     void Take(const Arrival& message, const std::string& event, const Place& place);
 
-    /// The harness has said that it ignores the last message: what that seemed to answer is still waiting.
+    /// The harness has said that it ignores the last message: the request that it seemed to answer is still
+    /// waiting.
     void IgnoreLast(Sign why, const Place& place);
 
-    /// The harness has said something at this time: it was not reading before.
+    /// The harness has logged something at this time: it was not reading before.
     void WasBusyUntil(std::optional<std::int64_t> time);
 
  private:
@@ -47,12 +48,12 @@ class Exchange {
     Run& run_;
     Arrival last_;
     std::optional<Request> answered_;  // by the last message
-    bool isExact_ = false;             // which is about just what the request asked for
-    std::string completed_;            // the file completed last, in words
+    bool isExact_ = false;             // which is about exactly what the request asked for
+    std::string completed_;            // the last completed file, in words
     std::set<std::string> accepted_;   // damaged identifiers that the DVR took for events
     std::optional<std::int64_t> doneTime_;
     std::optional<std::int64_t> free_;         // when the harness began to wait for a message
-    std::optional<std::int64_t> pausedUntil_;  // by the pause behind the last request
+    std::optional<std::int64_t> pausedUntil_;  // by the pause after the last request
 };
 
 }  // namespace rig::judge

@@ -23,16 +23,16 @@ Finding Fail(const std::string& expected, const std::string& found, const Tally&
 Finding Inconclusive(const std::string& expected, const std::string& reason, const Tally& proof = {});
 Finding NotReached(const std::string& expected, const std::string& found);
 
-// Of a switch: that the fault which it asks for was injected.
+// For a switch: that the fault it asks for was injected.
 constexpr const char* kFiredSentence = "The fault that the switch asks for was really injected.";
 constexpr const char* kFired = "the fault to be injected";
 
-/// @return the verdict on a fault that was not: why
-/// @param otherwise  the reason where no switch explains it
+/// @return the verdict on a fault that was not injected: why
+/// @param otherwise  the reason if no switch explains it
 Finding NotInjected(const Run& run, const std::string& otherwise);
 
-/// Something that must not happen, and what a report says was found then: what the DVR did wrong. Counts,
-/// names and times, which differ from run to run, stand in parentheses behind it (see KnownFailures.h).
+/// Something that must not happen, and what a report then says was found: what the DVR did wrong. Counts,
+/// names and times, which differ from run to run, follow in parentheses (see KnownFailures.h).
 struct Bad {
     const Tally& tally;
     const char* found;
@@ -41,18 +41,18 @@ struct Bad {
 /// @return what was found, with note and count of the tally in parentheses
 std::string Words(const std::string& found, const Tally& tally);
 
-/// Fails with the first of the bad things that happened; passes where none did and it was reached at all.
+/// Fails with the first of the bad things that happened; passes if none did and it was reached at all.
 Finding NoneOf(std::initializer_list<Bad> bad, bool reached, const std::string& expected,
                const std::string& notReached);
 
-/// @return the seconds from a request to the end of the log; 0 where the log has no times
+/// @return the seconds from a request to the end of the log; 0 if the log has no times
 double Waited(const Run& run, const Request& request);
 
-/// @return whether a request stayed without an answer for so long that none can be hoped for
+/// @return whether a request has waited so long that no answer can be expected any more
 bool IsUnanswered(const Run& run, const Request& request, const Limits& limits);
 
-/// @return the requests of this name, or all for "", without an injected fault for "GET_FILE", that stayed
-/// without an answer
+/// @return the unanswered requests of this name, or all for ""; for "GET_FILE" only those without an injected
+/// fault
 Tally Unanswered(const Run& run, const std::string& name, const Limits& limits);
 
 /// @return whether a request of this name, as above, is still waiting when the log ends

@@ -14,24 +14,25 @@
 namespace rig::judge {
 
 /// @return whether a line of the harness's standard error says that its shell could not make the failure
-/// marker, as it is where "/mnt/hd" is missing or cannot be written
+/// marker, which happens when "/mnt/hd" is missing or cannot be written
 bool IsMarkerFailure(std::string_view line);
 
-/// Takes the verdict on a run, as soon as it is over.
+/// Takes the verdict on a run as soon as the run is over.
 using TakeRun = std::function<void(report::RunResult run)>;
 
-/// Reads logs line by line, parts them into runs, and judges each when it is over. Memory does not grow with
-/// the logs, but for what is to be kept.
+/// Reads logs line by line, splits them into runs, and judges each when it is over. Memory does not grow with
+/// the logs, except for what is to be kept.
 class Judge {
  public:
     Judge(const Limits& limits, const Keep& keep, TakeRun take)
         : limits_(limits), keep_(keep), take_(std::move(take)) {}
 
-    /// Takes the next line of a log. @param file as given by the user; the line is escaped, without newline
+    /// Takes the next line of a log. @param file as given by the user; the line is escaped, without its
+    /// newline
     /// @return whether it is a statement of the harness
     bool Add(const std::string& file, std::uint64_t number, std::string_view line);
 
-    /// @return whether a run has begun and none is still going on
+    /// @return whether a run has begun and none is in progress
     bool IsOver() const;
 
     /// Judges what is still open.
@@ -42,7 +43,7 @@ class Judge {
 
     Limits limits_;
     Keep keep_;
-    std::map<int, std::unique_ptr<RunModel>> open_;  // by process; -1 where the log does not name it
+    std::map<int, std::unique_ptr<RunModel>> open_;  // by process; -1 if the log does not name it
     int last_ = -1;                                  // the process of the last statement
     bool hasBegun_ = false;                          // a run
     TakeRun take_;

@@ -35,7 +35,7 @@ bool WantsFiles(const JudgeOptions& options) {
     return !options.json.empty() || !options.junit.empty() || !options.tap.empty() || !options.html.empty();
 }
 
-/// @return those that hold no statement of the harness
+/// @return those without any statement of the harness
 std::vector<std::string> ReadLogs(const JudgeOptions& options, judge::Judge& judge) {
     std::vector<std::string> foreign;
     for (const std::string& log : options.logs) {
@@ -56,7 +56,7 @@ std::vector<std::string> ReadLogs(const JudgeOptions& options, judge::Judge& jud
     return foreign;
 }
 
-/// Judges logs and prints each run as soon as it is judged. Only what is to be written to a file is kept.
+/// Judges logs and prints each run as soon as it is judged. Keeps only what is to be written to a file.
 class LogsJudged {
  public:
     LogsJudged(const JudgeOptions& options, const judge::KnownFailures& known)
@@ -86,7 +86,7 @@ class LogsJudged {
 
     report::Verdict Worst() const { return printer_.Worst(); }
 
-    /// @return the logs that hold no statement of the harness
+    /// @return the logs without any statement of the harness
     const std::vector<std::string>& Foreign() const { return foreign_; }
 
  private:
@@ -123,7 +123,7 @@ void WriteReports(const JudgeOptions& options, const report::Result& result) {
     }
 }
 
-/// @return a report that would replace a log that is to be judged; empty where none would
+/// @return a report that would overwrite a log to be judged; empty if none would
 std::string ReportOverLog(const JudgeOptions& options) {
     for (const std::string& report : {options.json, options.junit, options.tap, options.html}) {
         for (const std::string& log : options.logs) {

@@ -17,8 +17,8 @@ struct JudgeOptions {
     bool timeline = false;
     double patience = 3;                // seconds
     std::optional<double> maxReaction;  // milliseconds
-    std::string known;                  // list of known failures; empty where not given
-    std::string json;                   // files; empty where not given
+    std::string known;                  // list of known failures; empty if not given
+    std::string json;                   // files; empty if not given
     std::string junit;
     std::string tap;
     std::string html;
@@ -28,10 +28,10 @@ struct JudgeOptions {
 /// in `status`, which must live until then.
 void AddJudgeCommand(CLI::App& app, int& status);
 
-/// Reads the logs, prints the report on standard output, writes the files asked for; where something goes
-/// wrong, one line on standard error.
+/// Reads the logs, prints the report on standard output, writes the files asked for; if something goes wrong,
+/// one line on standard error.
 /// @return the exit status: 0 all pass, 1 a check failed, 2 inconclusive, 3 environment, 64 usage,
-///         66 a log that cannot be read or is none of the harness
+///         66 a log that cannot be read or is not the harness's
 int RunJudge(const JudgeOptions& options);
 
 }  // namespace rig

@@ -22,9 +22,9 @@ bool IsCheck(const std::string& id) {
                        [&id](const Check& check) { return id == check.id; });
 }
 
-/// @return the reason without what stands in parentheses at its end
+/// @return the reason without the parentheses at its end
 std::string_view Stable(std::string_view reason) {
-    const std::size_t parenthesis = reason.find(" (");  // a later one may be of a name
+    const std::size_t parenthesis = reason.find(" (");  // a later one may be part of a name
     return !reason.empty() && reason.back() == ')' ? reason.substr(0, parenthesis) : reason;
 }
 

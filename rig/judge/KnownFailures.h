@@ -9,28 +9,28 @@
 namespace rig::judge {
 
 /// The failures that a firmware is known to have: for each check the reasons, word for word as a report gives
-/// them behind "found:". What stands there in parentheses at the end, counts, names and times, differs from
-/// run to run and does not count.
+/// them after "found:". Counts, names and times in parentheses at the end differ from run to run and do not
+/// count.
 using KnownFailures = std::map<std::string, std::set<std::string>>;
 
-/// Reads a list of known failures: in each line a check's id, blanks, and the reason; empty lines and lines
-/// that begin with # are left out. Throws std::runtime_error, which names the line, for an id that no check
-/// has, for a line without reason, and for a file that cannot be read.
+/// Reads a list of known failures: on each line a check's id, blanks, and the reason; empty lines and lines
+/// that begin with # are skipped. Throws std::runtime_error, which names the line, for an id that no check
+/// has, for a line without a reason, and for a file that cannot be read.
 KnownFailures ReadKnownFailures(const std::string& path);
 
-/// Makes known failures of the failures that the list has for the same reason. Another one is told the
-/// reasons that the list has.
+/// Turns failures that the list has, for the same reason, into known failures. A failure for another reason
+/// gets the list's reasons added.
 void Apply(const KnownFailures& known, report::RunResult& run);
 
-/// Which known failures show in some run, and which checks pass: of a fault that comes and goes a run may
-/// show nothing, but where some run passes and none shows it the list is to be mended.
+/// Which known failures show in some run, and which checks pass: an intermittent fault may not show in every
+/// run, but if some run passes and none shows it, the list must be fixed.
 class KnownTally {
  public:
     /// Takes a run as Apply left it.
     void Add(const report::RunResult& run);
 
-    /// @return a failed check for each known failure that no run showed, though some passed the check; a run
-    ///         of that name, so that every report tells of it
+    /// @return a failed check for each known failure that no run showed though some passed the check; as a
+    ///         run of its own, so that every report shows it
     report::RunResult Unseen(const KnownFailures& known) const;
 
  private:

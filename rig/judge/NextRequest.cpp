@@ -64,7 +64,7 @@ Fault NextRequest::Take(Sign sign, std::string_view text) {
     return Fault::None;
 }
 
-/// What the harness logs as it makes ready to do something wrong on purpose.
+/// What the harness logs when it is about to do something wrong on purpose.
 Fault NextRequest::TakeFault(Sign sign, std::string_view text) {
     switch (sign) {
         case Sign::EventFault:
@@ -145,7 +145,7 @@ Request NextRequest::Make() {
         request.pause = run_.sleepSeconds * kSecond;
     }
     if (doubled_ > 0 && --doubled_ == 0) {
-        fault_ = Fault::Xfer;  // only the second of the two is answered in another way
+        fault_ = Fault::Xfer;  // only the second of the two gets a different answer
     }
     request.fault = fault_;
     request.expects = AnswerTo(request.name, request.fault, run_.protocol);

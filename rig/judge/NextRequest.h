@@ -14,12 +14,12 @@ class xml_node;
 namespace rig::judge {
 
 /// What the harness asks for next. The log does not hold its requests: they follow from the lists that it
-/// keeps, from the last message, and from what it says between message and request.
+/// keeps, from the last message, and from what it logs between message and request.
 class NextRequest {
  public:
     explicit NextRequest(Run& facts) : run_(facts) {}
 
-    /// A message is in: nothing of what was said before it matters any more.
+    /// A message has arrived: nothing that was logged before it matters any more.
     void Forget();
 
     /// The message is one of the dialect's.
@@ -28,11 +28,11 @@ class NextRequest {
     /// Takes a statement of the harness about what it does. @return the fault that it injects, if it does
     Fault Take(Sign sign, std::string_view text);
 
-    /// The harness sends. @return its request, without what the statement at hand tells
+    /// The harness sends. @return its request, without what the current statement says
     Request Make();
 
-    /// @return the identifier of the event that the harness takes for the one in progress; empty where there
-    /// is none
+    /// @return the identifier of the event that the harness takes for the one in progress; empty if there is
+    /// none
     std::string Event() const;
 
  private:
@@ -45,9 +45,9 @@ class NextRequest {
     Run& run_;
     WorkLists lists_;
     std::string last_;           // the last message's name
-    std::string announced_;      // what a line said is sent next
+    std::string announced_;      // what a line said would be sent next
     bool popped_ = false;        // since the last message, a file was retired
-    std::int64_t left_ = 0;      // files of the event behind that
+    std::int64_t left_ = 0;      // files of the event after that
     Fault fault_ = Fault::None;  // of the next request
     int doubled_ = 0;            // requests of -x that are still to go out
 };

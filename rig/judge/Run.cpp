@@ -42,7 +42,7 @@ void Tally::Add(const report::Evidence& evidence, const std::string& note) {
     }
 }
 
-/// @return whether the line is to be kept
+/// @return whether to keep the line
 bool Tally::Counts(const std::string& note) {
     if (count_++ == 0) {
         note_ = note;

@@ -14,8 +14,8 @@
 
 namespace rig::judge {
 
-/// Where a line stands and its text, as long as the line is at hand. Most lines are proof of nothing: what is
-/// to be kept is copied by Proof().
+/// Where a line is and its text, while the line is current. Most lines prove nothing: Proof() copies what
+/// must be kept.
 struct Place {
     const std::string& file;
     std::uint64_t line;
@@ -27,7 +27,7 @@ struct Place {
 /// How often something happened, and the first few lines that prove it: bounded, however long the log is.
 class Tally {
  public:
-    /// @param note  what the line itself does not tell; that of the first time is kept
+    /// @param note  what the line itself does not say; the first one is kept
     void Add(const Place& place, const std::string& note = "");
     void Add(const report::Evidence& evidence, const std::string& note = "");
     std::uint64_t Count() const { return count_; }
@@ -53,7 +53,7 @@ struct FaultRecord {
     Tally wrong;     // by something else
 };
 
-/// A request of the harness that waits for its answer.
+/// A request of the harness that is waiting for its answer.
 struct Request {
     std::string name;     // GET_FILE
     std::string expects;  // FILE_COMPLETE
@@ -61,21 +61,21 @@ struct Request {
     std::string file;
     Fault fault = Fault::None;
     std::optional<std::int64_t> time;  // when it went out, microseconds
-    std::int64_t pause = 0;            // microseconds that the harness sleeps behind it
+    std::int64_t pause = 0;            // microseconds that the harness sleeps after it
     bool isOvertaken = false;          // DONE went out while it waited
-    bool isMistaken = false;           // what came as its answer was one that the harness ignores
+    bool isMistaken = false;           // the harness ignored what came as its answer
     report::Evidence evidence;
 
     /// @return name, event and file
     std::string Words() const;
 };
 
-/// Reaction times in a bounded space, each exact to 3 %.
+/// Reaction times in bounded memory, each accurate to 3 %.
 class ReactionTimes {
  public:
     void Add(std::int64_t microseconds, const Place& place);
     std::uint64_t Count() const { return count_; }
-    /// @return the time in ms that the given part (0 to 1) of all reactions did not exceed
+    /// @return the time in ms that the given fraction (0 to 1) of all reactions did not exceed
     double Percentile(double part) const;
     double Longest() const { return static_cast<double>(longest_) / 1000; }
     const report::Evidence& LongestAt() const { return longestAt_; }
@@ -87,12 +87,12 @@ class ReactionTimes {
     report::Evidence longestAt_;
 };
 
-/// What the log of one run tells, gathered while it is read: facts, no verdicts.
+/// What the log of one run says, gathered while reading it: facts, no verdicts.
 struct Run {
     report::Evidence begin;
     std::optional<std::int64_t> beginTime;
     std::optional<std::int64_t> endTime;
-    bool hasFractions = false;  // the log's times tell more than whole seconds
+    bool hasFractions = false;  // the log's times are finer than whole seconds
 
     // Switches, as the harness echoed them.
     int protocol = 1;
@@ -103,12 +103,12 @@ struct Run {
 
     bool hasStart = false;                // the log holds the run's first lines
     bool openedByOk = false;              // the first message was OK
-    bool isExporting = false;             // an OK came, and no DONE went out behind it
+    bool isExporting = false;             // an OK came, and no DONE went out after it
     Sign last = Sign::None;               // of the last statement
-    std::optional<std::int64_t> resumed;  // microseconds from the last DONE to the OK behind it
+    std::optional<std::int64_t> resumed;  // microseconds from the last DONE to the OK after it
     std::array<Tally, static_cast<std::size_t>(Sign::Count)> signs;
     std::array<FaultRecord, static_cast<std::size_t>(Fault::Count)> faults;
-    std::map<std::string, Tally> received;  // by message; those of no dialect under ""
+    std::map<std::string, Tally> received;  // by message; unknown ones under ""
     std::map<std::string, ReactionTimes> reactions;
     std::uint64_t hiddenReactions = 0;  // answers that waited while the harness paused
 
@@ -116,33 +116,33 @@ struct Run {
     Tally notAsked;                // messages of the DVR that answer nothing
     Tally noMessage;               // documents without `msg`
     Tally empty;                   // messages without text
-    Tally brokenOff;               // documents that end before their end
-    Tally notWellFormed;           // documents that another parser than the harness's refuses
-    Tally doubledEvents;           // identifiers that stand twice in one list
+    Tally brokenOff;               // documents that are cut off
+    Tally notWellFormed;           // documents that a parser other than the harness's refuses
+    Tally doubledEvents;           // identifiers that are twice in one list
     Tally noDescriptions;          // XML without `xmlFile`
-    Tally noEvent;                 // descriptions that are empty, or of something else than an event
-    Tally namelessFiles;           // files of a description without `name`
+    Tally noEvent;                 // descriptions that are empty, or not of an event
+    Tally namelessFiles;           // files without `name` in a description
     Tally noFiles;                 // descriptions (1.0: lists) that name no file
-    Tally reportWithoutReid;       // reports of a fault about no event
-    Tally otherReid;               // reports about another event than the one of the fault
-    Tally otherEvent;              // EVENT about another event than the one asked for
+    Tally reportWithoutReid;       // fault reports that name no event
+    Tally otherReid;               // fault reports about an event other than the fault's
+    Tally otherEvent;              // EVENT about an event other than the one asked for
     Tally otherAck;                // EVENT_XFER_ACK likewise
-    Tally otherFile;               // FILE_COMPLETE about another file than the one asked for
+    Tally otherFile;               // FILE_COMPLETE about a file other than the one asked for
     Tally completedAgain;          // FILE_COMPLETE about the file completed last
     Tally answeredWrong;           // answers to a frame with a wrong prefix (-z), as if it were whole
-    Tally afterDone;               // messages of the DVR behind DONE, other than the OK of the next export
+    Tally afterDone;               // messages of the DVR after DONE, other than the OK of the next export
     Tally resumedAt;               // that OK
     Tally badLength;               // announced lengths that no message has
-    Tally damaged;                 // messages of which the log holds a part only
-    Tally assertions;              // failed assertions, where the log holds standard error as well
+    Tally damaged;                 // messages that the log holds only in part
+    Tally assertions;              // failed assertions, if the log includes standard error
     Tally markerFailures;          // failure markers that could not be made, likewise
     Tally doneSent;                // DONE
-    std::uint64_t files = 0;       // requested whole
+    std::uint64_t files = 0;       // requested without a fault
     std::uint64_t acksAtDone = 0;  // acknowledgements when the first DONE went out
     bool hasLargeEvent = false;    // an event of at least two files came
     std::deque<Request> pending;   // still without an answer
 
-    std::vector<report::Step> steps;    // only when they are asked for
+    std::vector<report::Step> steps;    // only when asked for
     std::vector<report::LogEntry> log;  // likewise
 
     const Tally& Of(Sign sign) const { return signs[static_cast<std::size_t>(sign)]; }
@@ -150,7 +150,7 @@ struct Run {
     const FaultRecord& Of(Fault fault) const { return faults[static_cast<std::size_t>(fault)]; }
     FaultRecord& Of(Fault fault) { return faults[static_cast<std::size_t>(fault)]; }
     std::uint64_t Received(const std::string& message) const;
-    /// @return whether the DVR has sent something that the harness ends itself for
+    /// @return whether the DVR has sent something that makes the harness end itself
     bool HarnessEnded() const;
     /// @return the switches as on the harness's command line
     std::string Switches() const;

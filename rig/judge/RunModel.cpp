@@ -85,7 +85,7 @@ void RunModel::Add(const LogLine& line, Sign sign, const Place& place) {
 /// What every statement tells, whatever it is a sign of.
 void RunModel::Note(const LogLine& line, Sign sign, const Place& place) {
     if (sign == Sign::Expecting) {
-        exchange_.WasBusyUntil(now_);  // when it said something last
+        exchange_.WasBusyUntil(now_);  // when it last said something
     }
     now_ = line.time;
     run_.last = sign;
@@ -96,8 +96,7 @@ void RunModel::Note(const LogLine& line, Sign sign, const Place& place) {
     if (line.time) {
         run_.endTime = line.time;
     }
-    // A harness without switches to which no DVR connects says at its end that it is shutting down, and no
-    // more.
+    // A harness without switches that no DVR connects to only says at its end that it is shutting down.
     const bool isFirst = place.line == run_.begin.line && place.file == run_.begin.file;
     if (IsSwitch(sign) || sign == Sign::Connected || sign == Sign::BindFailed ||
         sign == Sign::NoSignalHandler || (sign == Sign::ShuttingDown && isFirst)) {
@@ -130,7 +129,7 @@ void RunModel::TakeNumber(Sign sign, std::string_view text) {
         run_.hasSleep = true;
     } else if (sign == Sign::ProtocolSwitch) {
         run_.protocol = static_cast<int>(number);
-    } else if (sign == Sign::Opening) {  // in a log that has lost its first lines
+    } else if (sign == Sign::Opening) {  // in a log that lacks its first lines
         const std::string_view request = Behind(sign, text);
         run_.protocol = request == "GET_EVENT_LIST" ? 2 : request == "GET_XML" ? 1 : run_.protocol;
     }

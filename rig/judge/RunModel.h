@@ -20,16 +20,15 @@ struct Keep {
     bool log = false;    // every statement
 };
 
-/// Follows one run of the harness statement by statement: what the DVR sent stands in the log; what the
-/// harness sent does not, and follows from the state that the log shows it to be in. Keeps facts, gives no
-/// verdicts.
+/// Follows one run of the harness statement by statement: what the DVR sent is in the log; what the harness
+/// sent is not, and follows from the state that the log shows. Keeps facts, gives no verdicts.
 class RunModel {
  public:
     RunModel(const Place& begin, const Keep& keep);
     RunModel(const RunModel&) = delete;
     RunModel& operator=(const RunModel&) = delete;
 
-    /// @return whether the statement can only belong to another run, begun after this one
+    /// @return whether the statement can only belong to a later run
     bool IsStartOfAnother(Sign sign) const;
 
     /// Takes the next statement of the run.
@@ -38,7 +37,7 @@ class RunModel {
     /// Takes the message of a failed assertion of the harness, from its standard error.
     void AddAssertion(const Place& place);
 
-    /// Takes a line of the harness's standard error by which it could not make the failure marker.
+    /// Takes a line of the harness's standard error that says it could not make the failure marker.
     void AddMarkerFailure(const Place& place);
 
     /// @return whether the harness has said that it ends

@@ -85,7 +85,7 @@ constexpr std::array kBeginnings = {
     Beginning{Sign::XferWithoutReid, "'reid' attribute missing from XFER_IN_PROGRESS message"},
 };
 
-/// The beginnings by their first character: every line of a log is looked up.
+/// The beginnings by first character: every line of a log is looked up.
 using ByFirst = std::array<std::vector<Beginning>, 256>;
 
 std::size_t IndexOf(char first) {

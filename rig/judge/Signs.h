@@ -79,10 +79,10 @@ enum class Sign : std::size_t {
     Count
 };
 
-/// @return what the text of a statement is a sign of; Sign::None for those that tell nothing more
+/// @return what the text of a statement is a sign of; Sign::None for those that say nothing further
 Sign SignOf(std::string_view text);
 
-/// @return the part of the text behind the sign's fixed beginning
+/// @return the part of the text after the sign's fixed beginning
 std::string_view Behind(Sign sign, std::string_view text);
 
 }  // namespace rig::judge

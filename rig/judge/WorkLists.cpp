@@ -50,8 +50,8 @@ void WorkLists::TakeXml(const pugi::xml_node& message, const Place& place, Run& 
     facts.files += files.size() - before;
 }
 
-/// @param reid  of the event, or nothing where the description must tell it
-/// @return the event's identifier, or nothing where there is no event
+/// @param reid  of the event, or empty if the description must give it
+/// @return the event's identifier, or empty if there is no event
 std::string WorkLists::TakeDescription(const std::string& text, const std::string& reid, const Place& place,
                                        Run& facts) {
     pugi::xml_document description;

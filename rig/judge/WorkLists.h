@@ -12,7 +12,7 @@ class xml_node;
 
 namespace rig::judge {
 
-/// The harness's lists of what is still to be asked for, rebuilt from what the DVR sent.
+/// The harness's lists of what it has yet to ask for, rebuilt from what the DVR sent.
 class WorkLists {
  public:
     using File = std::pair<std::string, std::string>;  // event identifier, name
@@ -20,7 +20,7 @@ class WorkLists {
     std::deque<std::string> events;
     std::deque<File> files;
 
-    /// Takes the identifiers of EVENT_LIST. What is wrong with them is added to the facts, here as below.
+    /// Takes the identifiers of EVENT_LIST. Adds what is wrong with them to the facts, as do those below.
     void TakeEventList(const pugi::xml_node& message, const Place& place, Run& facts);
 
     /// Takes the files of the one description in EVENT.
