@@ -3,7 +3,7 @@
 namespace rig {
 
 /// Reads the command line of velloran-rig and runs the subcommand that it asks for. Throws for a command line
-/// that no subcommand answers for, and what the subcommands throw. @return the exit status
+/// that no subcommand takes, and whatever the subcommands throw. @return the exit status
 int RunCommandLine(int argc, char** argv);
 
 }  // namespace rig

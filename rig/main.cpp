@@ -6,11 +6,11 @@
 #include "rig/common/Printable.h"
 #include "rig/dvr/Failure.h"
 
-// velloran-rig: what stands beside the harness. Each subcommand adds itself to the command line and says
-// there what its exit statuses mean; whatever is wrong with the command line itself ends with status 2 and
-// one line.
+// velloran-rig: the harness's companion tools. Each subcommand adds itself to the command line and says there
+// what its exit statuses mean; whatever is wrong with the command line itself ends with status 2 and one
+// line.
 int main(int argc, char** argv) {
-    // A reader of our output who leaves (`| head`) must not end an export in the middle.
+    // A reader of our output that leaves (`| head`) must not end an export halfway.
     std::signal(SIGPIPE, SIG_IGN);
     try {
         return rig::RunCommandLine(argc, argv);

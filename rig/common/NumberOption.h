@@ -14,7 +14,7 @@ namespace rig {
 /// The longest time that an option takes.
 inline constexpr double kLongestSeconds = 86'400;
 
-/// @return the number that the text is, in decimal, also with leading zeros; nothing if it is something else
+/// @return the decimal number in the text, leading zeros allowed; nothing if it is something else
 template <typename Number>
 std::optional<Number> ParseNumber(const std::string& text) {
     Number number{};
@@ -23,9 +23,9 @@ std::optional<Number> ParseNumber(const std::string& text) {
     return parsed.ec == std::errc() && parsed.ptr == end ? std::optional<Number>(number) : std::nullopt;
 }
 
-/// For CLI::Option::transform, which must be given it instead of `check`: by itself the library would take a
-/// number with a leading zero for an octal one.
-/// @return a check of an option's value for a number from `low` to `high`. "nan" is none.
+/// For CLI::Option::transform, not `check`: by itself the library would read a number with a leading zero as
+/// octal.
+/// @return a check of an option's value for a number from `low` to `high`. "nan" is not one.
 template <typename Number>
 CLI::Validator Between(Number low, Number high) {
     const auto check = [low, high](std::string& text) {
