@@ -26,8 +26,8 @@ constexpr Milliseconds kShortestAttempt(1000);
     throw std::system_error(errno, std::generic_category(), call);
 }
 
-/// Waits until the descriptor is ready for `events`. @return whether it is by the deadline; one look is
-/// always taken
+/// Waits until the descriptor is ready for `events`. @return whether it is by the deadline; always checks at
+/// least once
 bool WaitFor(int descriptor, short events, Clock::time_point deadline) {
     for (;;) {
         const auto left = std::chrono::ceil<Milliseconds>(deadline - Clock::now()).count();
@@ -45,7 +45,8 @@ bool WaitFor(int descriptor, short events, Clock::time_point deadline) {
     }
 }
 
-/// A client that knocks on a local port where nobody listens can be handed that very port and so meet itself.
+/// A client that tries a local port where nobody listens can be given that very port and so connect to
+/// itself.
 bool IsConnectedToItself(int socket) {
     sockaddr_storage own{};
     sockaddr_storage peer{};
@@ -116,7 +117,7 @@ Connection Connection::Open(const Endpoint& endpoint, Milliseconds wait) {
                               std::to_string(wait.count()) + " ms, found: " + std::strerror(error));
         }
         poll(nullptr, 0,
-             static_cast<int>(kRetryPause.count()));  // nothing tells us when somebody starts to listen
+             static_cast<int>(kRetryPause.count()));  // nothing tells us when someone starts to listen
     }
 }
 
@@ -125,8 +126,7 @@ Connection::Connection(Descriptor socket) : socket_(std::move(socket)), chunk_(k
     if (flags == -1 || fcntl(socket_.Number(), F_SETFL, flags | O_NONBLOCK) == -1) {
         ThrowSystemError("fcntl");
     }
-    // An answer leaves at once, also while an earlier one is unacknowledged. A local socket has no such
-    // option.
+    // Send an answer at once, even while an earlier one is unacknowledged. A local socket has no such option.
     const int on = 1;
     setsockopt(socket_.Number(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
 }

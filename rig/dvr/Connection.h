@@ -37,38 +37,38 @@ class Endpoint {
 /// One TCP connection with the harness. Blocking towards its caller, but never without a limit.
 class Connection {
  public:
-    /// Connects, trying again for as long as nobody listens there, until `wait` has passed; at least once,
-    /// for up to a second. Throws Failure (NothingCame) when no connection came about.
+    /// Connects, trying again as long as nobody listens there, until `wait` has passed; at least once, for up
+    /// to a second. Throws Failure (NothingCame) when no connection was made.
     static Connection Open(const Endpoint& endpoint, Milliseconds wait);
 
     /// Takes over a connected stream socket.
     explicit Connection(Descriptor socket);
 
-    /// From now on whatever is sent is sent in pieces of so many bytes, the last one shorter, with a pause
-    /// between them; it takes the pauses to send it.
+    /// From now on sends everything in pieces of so many bytes, the last one shorter, with a pause between
+    /// them; sending takes that much longer.
     /// @param bytes  above 0
     void SendInPieces(std::size_t bytes, Milliseconds pause);
 
-    /// Sends all bytes, in one piece where the system takes them so and no pieces are asked for: the harness
+    /// Sends all bytes, in one piece if the system takes them so and no pieces are asked for: the harness
     /// pauses after each piece it reads. Throws Breach when the harness has closed the connection, and
     /// Failure (NothingCame) when it takes no byte for `patience`.
     void Send(const std::string& bytes, Milliseconds patience);
 
-    /// Ends the connection: in order, or at once and with what is unsent lost.
+    /// Ends the connection: in order, or at once, losing what is unsent.
     void Close();
     void Reset();
 
-    /// Waits for one frame. A frame that has begun by the deadline is waited for beyond it, for as long as no
-    /// pause between its bytes exceeds `framePatience`.
+    /// Waits for one frame. A frame that has begun by the deadline may take longer, as long as no pause
+    /// between its bytes exceeds `framePatience`.
     /// @return the frame's text; nothing when no frame began before the deadline
     /// Throws Breach when the frame stays unfinished, when its prefix is bad and when the connection ends.
-    /// Once size errors are accepted, what has come of a frame that stays unfinished is handed out instead.
+    /// Once size errors are accepted, returns what has come of an unfinished frame instead.
     std::optional<std::string> Receive(Clock::time_point deadline, Milliseconds framePatience);
 
-    /// How the bytes become frames, for what is to be said or asked about that.
+    /// Turns the bytes into frames; for settings and questions about that.
     FrameDecoder& Decoder() { return decoder_; }
 
-    /// @return whether the harness has ended the connection, as far as was received
+    /// @return whether the harness has ended the connection, judging by what was received
     bool HasEnded() const { return ended_; }
 
  private:

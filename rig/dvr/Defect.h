@@ -20,17 +20,17 @@ struct Outgoing {
     explicit Outgoing(Message honest) : message(std::move(honest)) {}
 
     Message message;
-    std::vector<Message> before;        // sent ahead of it
-    std::vector<Message> after;         // sent behind it
-    bool dropped = false;               // it is not sent at all, nor what stands before and after it
+    std::vector<Message> before;        // sent before it
+    std::vector<Message> after;         // sent after it
+    bool dropped = false;               // it is not sent at all, nor is `before` or `after`
     std::optional<std::string> text;    // sent in place of the printed message
     std::optional<std::string> prefix;  // sent in place of the right one, byte by byte
     std::int64_t announcedTooMuch = 0;  // bytes; negative: too few
     std::optional<std::size_t> cut;     // only so many bytes of the frame are sent; more than it has: all
     bool cutAtRandom = false;           // the same, at a random byte
-    End end = End::Keep;                // what becomes of the connection behind it
-    bool silent = false;                // nothing more is sent behind it
-    bool knocks = false;                // a second connection is opened behind it
+    End end = End::Keep;                // what becomes of the connection after it
+    bool silent = false;                // nothing more is sent after it
+    bool knocks = false;                // a second connection is opened after it
     bool reconnects = false;            // the dialogue is held once more on a connection of its own
     std::vector<std::string> defects;   // names of those that acted, for people
 };
@@ -45,7 +45,7 @@ enum class DefectValue {
 
 /// What a defect works with.
 struct DefectContext {
-    const std::string& value;  // checked; the kind's standard one where none was given
+    const std::string& value;  // checked; the kind's standard value if none was given
     const Recordings& recordings;
     std::mt19937& random;
 };
@@ -57,7 +57,7 @@ struct DefectKind {
     const char* standard;               // the value when none is given
     const char* dialects;               // "1", "2" or "12"
     std::vector<const char*> messages;  // that it can act on; empty: all
-    bool always;                        // without --on it acts on each of them, not only on the first
+    bool always;                        // without --on it acts on every message, not only the first
     const char* does;
     const char* logs;  // what the harness then logs, or how it ends
 
@@ -65,11 +65,10 @@ struct DefectKind {
     bool (*change)(Outgoing& outgoing, const DefectContext& context);
 };
 
-/// All kinds, in the order in which people read them.
+/// All kinds, in the order in which they are listed.
 const std::vector<DefectKind>& DefectKinds();
 
-/// @return the kind of that name. Throws Failure (UsageError), with the names to choose from, when there is
-/// none.
+/// @return the kind of that name. Throws Failure (UsageError), listing the valid names, when there is none.
 const DefectKind& FindDefectKind(std::string_view name);
 
 /// Throws Failure (UsageError) unless the value is one that the kind takes.

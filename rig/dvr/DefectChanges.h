@@ -5,7 +5,7 @@
 namespace rig {
 
 /// What each kind of defect does to a message; see DefectKinds for the words. Each returns whether there was
-/// something to change: a defect that had nothing to act on waits for the next message.
+/// something to change: a defect that had nothing to change waits for the next message.
 bool WrongReid(Outgoing& outgoing, const DefectContext& context);
 bool MissingReid(Outgoing& outgoing, const DefectContext& context);
 bool CaseReid(Outgoing& outgoing, const DefectContext& context);

@@ -14,7 +14,7 @@ bool IsPlainName(const std::string& name) {
     return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
 }
 
-/// @return whether all that slashes part is a plain name, so that the path leads nowhere but down
+/// @return whether every part between slashes is a plain name, so that the path only leads down
 bool LeadsDown(const std::string& path) {
     std::size_t start = 0;
     for (std::size_t end = path.find('/'); end != std::string::npos; end = path.find('/', start)) {
@@ -43,7 +43,7 @@ void CheckNames(const Recordings& recordings) {
     }
 }
 
-/// Creates a folder and those that it lies in, where they are missing. @return it
+/// Creates a folder, and its parents, if they are missing. @return it
 const fs::path& Create(const fs::path& folder) {
     std::error_code error;
     fs::create_directories(folder, error);
@@ -54,7 +54,7 @@ const fs::path& Create(const fs::path& folder) {
     return folder;
 }
 
-/// @return the folder that the copy of a file lies in
+/// @return the folder for the copy of a file
 fs::path PlaceOf(const DeliveryFolder& folder, const std::string& event, const std::string& file) {
     return (folder.Folder() / event / file).parent_path();
 }
@@ -65,7 +65,7 @@ DeliveryFolder::DeliveryFolder(const fs::path& folder, const Recordings& recordi
     : folder_(folder), recordings_(recordings) {
     CheckNames(recordings);
     Create(folder);
-    const TemporaryFile trial(folder, "");  // tells more than permissions do, of a full disk for example
+    const TemporaryFile trial(folder, "");  // reveals more than permissions do, a full disk for example
 }
 
 Delivery::Delivery(const DeliveryFolder& folder, const std::string& event, const std::string& file)

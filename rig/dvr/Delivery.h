@@ -13,8 +13,8 @@ namespace rig {
 /// A folder that takes copies of the files as they are transferred, each as FOLDER/EVENT/FILE.
 class DeliveryFolder {
  public:
-    /// Creates the folder where it is missing. Throws Failure (UsageError) when that fails, when no file can
-    /// be created in it, and when the name of an event or of a file in the recordings would lead out of it.
+    /// Creates the folder if it is missing. Throws Failure (UsageError) when that fails, when no file can be
+    /// created in it, and when the name of an event or file in the recordings would lead out of it.
     /// @param recordings  must outlive this object
     DeliveryFolder(const std::filesystem::path& folder, const Recordings& recordings);
 
@@ -26,20 +26,20 @@ class DeliveryFolder {
     const Recordings& recordings_;
 };
 
-/// The copy of one file. It appears in the folder when it is completed, whole; nothing is left of it
-/// otherwise. Everything here throws Failure (UsageError) when something cannot be read or written.
+/// The copy of one file. It appears in the folder only when it is complete; otherwise nothing is left of it.
+/// Everything here throws Failure (UsageError) when something cannot be read or written.
 class Delivery {
  public:
-    /// What one call of Copy takes at most.
+    /// The most that one call of Copy takes.
     static constexpr std::size_t kMostBytes = std::size_t{64} * 1024;
 
     Delivery(const DeliveryFolder& folder, const std::string& event, const std::string& file);
 
-    /// Copies on, `count` bytes, fewer only at the file's end. @return how many
+    /// Copies `count` more bytes, fewer only at the file's end. @return how many
     /// @param count  at most kMostBytes
     std::size_t Copy(std::size_t count);
 
-    /// Gives the copy its name. What bore it is replaced: a file may be transferred again.
+    /// Gives the copy its name. It replaces an older one: a file may be transferred again.
     void Complete() { copy_.Keep(); }
 
  private:

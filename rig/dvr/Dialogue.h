@@ -15,10 +15,10 @@
 namespace rig {
 
 /// What an honest DVR answers, as pure logic: messages in, messages out, no socket and no clock. This base
-/// knows what both dialects have in common.
+/// class holds what both dialects share.
 ///
 /// A transfer takes time: Handle only starts it, and whoever drives the dialogue calls FinishTransfer when
-/// that time is over. Requests that come in between are handled like all others.
+/// that time is over. Requests that come in the meantime are handled like all others.
 class Dialogue {
  public:
     /// How much was exported.
@@ -35,38 +35,38 @@ class Dialogue {
     /// @return the message that opens the dialogue, OK. The DVR speaks first.
     Message Open() const;
 
-    /// From now on a well-made message that is out of place is remarked on and answered as well as it can be:
-    /// what a defect of ours provokes is not the harness's fault.
+    /// From now on a well-formed message that is out of place is noted and answered as well as possible: what
+    /// a defect of ours provokes is not the harness's fault.
     void Tolerate() { tolerant_ = true; }
 
     /// Takes one message of the harness. @return the answers that are due at once, often none
-    /// Throws Breach when the message is not one of the dialect, not well made or out of place here, and
+    /// Throws Breach when the message is not one of the dialect, not well formed or out of place, and
     /// Failure (UsageError) when a recording cannot be read.
     std::vector<Message> Handle(const Message& message);
 
-    /// @return what was found out of place since this was last asked, for people
+    /// @return what was out of place since the last call, for people
     std::vector<std::string> TakeRemarks();
 
     using FileId = std::pair<std::string, std::string>;  // event and file name
 
     bool IsTransferring() const { return transfer_.has_value(); }
 
-    /// @return the file in transfer; nothing where there is none
+    /// @return the file in transfer; nothing if there is none
     const std::optional<FileId>& InTransfer() const { return transfer_; }
 
-    /// @return the length of the file in transfer, in bytes; to be called during one
+    /// @return the length of the file in transfer, in bytes; call only during one
     std::uint64_t TransferLength() const { return digest_.length; }
 
     /// Ends the transfer that Handle started. @return its FILE_COMPLETE
     Message FinishTransfer();
 
-    /// @return whether nothing more is to come from either side
+    /// @return whether nothing more is due from either side
     bool IsDone() const { return done_; }
 
-    /// @return the messages that are in place now, for people: "NEXT_EVENT or DONE"
+    /// @return the messages that may come now, for people: "NEXT_EVENT or DONE"
     std::string Expected() const;
 
-    /// @return what the dialogue is at, for people: "while 2 files are still to be transferred"
+    /// @return where the dialogue is, for people: "while 2 files are still to be transferred"
     virtual std::string Standing() const = 0;
 
     /// @return what was exported, for people, in one line
@@ -81,16 +81,16 @@ class Dialogue {
     /// @return the names of the messages that may come now
     virtual std::vector<std::string> InPlace() const = 0;
 
-    /// Answers a message that keeps the dialect's rules and is in place.
+    /// Answers a message that follows the dialect's rules and may come now.
     virtual std::vector<Message> React(const Message& message) = 0;
 
-    /// @return a message of ours with what every message of the dialect carries
+    /// @return a message of ours, with what every message of the dialect carries
     Message NewMessage(const std::string& name) const;
 
-    /// Throws Breach, or keeps the text as a remark while the dialogue is tolerant.
+    /// Throws Breach or, if the dialogue is tolerant, keeps the text as a remark.
     void Object(const std::string& text);
 
-    /// Starts the transfer of a file that exists. Its digest is kept; `rehash` computes it anew all the same.
+    /// Starts the transfer of a file that exists. Its digest is kept; `rehash` recomputes it anyway.
     void StartTransfer(const FileId& file, bool rehash);
 
     /// Answers an UPDATE_CONFIGURATION, which no DVR accepts, and ends the dialogue: the harness asks for
@@ -98,7 +98,7 @@ class Dialogue {
     /// @param configuration  the attribute that carries it; throws Breach unless its value is an XML document
     Message RefuseConfiguration(const Message& message, const char* configuration);
 
-    /// @return "while 'E1'/'a.ts' is in transfer"; to be called during one
+    /// @return "while 'E1'/'a.ts' is in transfer"; call only during one
     std::string TransferStanding() const;
 
     const Recordings& recordings_;
@@ -109,7 +109,7 @@ class Dialogue {
 
  private:
     const MessageRules& rules_;
-    Digest digest_;                   // of the file that was asked for last
+    Digest digest_;                   // of the last requested file
     std::optional<FileId> digested_;  // that file
     bool configurationRefused_ = false;
     bool tolerant_ = false;

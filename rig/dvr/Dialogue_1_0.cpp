@@ -78,7 +78,7 @@ void Dialogue_1_0::StartFile(const Message& request) {
     if (outstanding_.count(file) == 0) {
         Object("GET_FILE for " + FileName(file) + ", which is not a file that is still to be transferred");
         if (!Exists(file)) {
-            return;  // this dialect has no word for it
+            return;  // this dialect has no message for it
         }
     }
     StartTransfer(file, false);
@@ -92,8 +92,7 @@ bool Dialogue_1_0::Exists(const FileId& file) const {
     return std::find(files.begin(), files.end(), file.second) != files.end();
 }
 
-/// The list may start with events of exports that the same harness ran before this one: it never forgets
-/// them.
+/// The list may start with events of earlier exports to the same harness: it never forgets them.
 void Dialogue_1_0::Complete(const Message& list) {
     std::vector<std::string> listed;
     for (const pugi::xml_node entry : list.Root().child("events").children("string")) {

@@ -8,7 +8,7 @@
 namespace rig {
 
 /// Protocol 1.0: all descriptions in one message, then every file, then the list of all events and DONE.
-/// Knows no faults: a request for a file that was not described is a breach.
+/// It has no fault reports: a request for a file that was not described is a breach.
 class Dialogue_1_0 : public Dialogue {
  public:
     /// @param recordings  must outlive the dialogue

@@ -137,18 +137,18 @@ std::vector<Message> Dialogue_2_0::RequestFile(const Message& request) {
     return answers;
 }
 
-/// A report echoes what was asked for, also where that is damaged.
+/// A report echoes what was asked for, even if that is damaged.
 Message Dialogue_2_0::ReportFile(const char* name, const FileId& file) const {
     return std::move(NewMessage(name).Set("reid", file.first).Set("file", file.second));
 }
 
-/// What is not a file of the event in progress is refused, even if another event should have it.
+/// A file that is not of the event in progress is refused, even if another event has it.
 bool Dialogue_2_0::IsFileInProgress(const FileId& file) const {
     return file.first == event_.id && files_.count(file.second) == 1;
 }
 
 bool Dialogue_2_0::IsFailureWanted() const {
-    std::error_code ignored;  // what cannot be looked at is not there
+    std::error_code ignored;  // what cannot be looked at does not exist
     return std::filesystem::exists(failureMarker_, ignored);
 }
 

@@ -14,7 +14,7 @@ namespace rig {
 class Dialogue_2_0 : public Dialogue {
  public:
     /// @param recordings     must outlive the dialogue
-    /// @param failureMarker  while this file exists, every transfer fails; looked at with each request
+    /// @param failureMarker  while this file exists, every transfer fails; checked at each request
     Dialogue_2_0(const Recordings& recordings, const std::filesystem::path& failureMarker);
 
     std::string Standing() const override;

@@ -7,7 +7,7 @@
 
 namespace rig {
 
-/// What FILE_COMPLETE tells about a file's contents.
+/// What FILE_COMPLETE says about a file's contents.
 struct Digest {
     std::string hashCode;      // SHA-256 in lower-case hexadecimal
     std::uint64_t length = 0;  // bytes

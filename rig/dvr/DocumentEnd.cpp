@@ -7,13 +7,13 @@ bool StartsAt(const std::string& text, std::size_t at, const char* start) {
     return text.compare(at, std::char_traits<char>::length(start), start) == 0;
 }
 
-/// @return the byte behind the next `end`; npos where there is none
+/// @return the position after the next `end`; npos if there is none
 std::size_t Behind(const std::string& text, std::size_t at, const char* end) {
     const std::size_t found = text.find(end, at);
     return found == std::string::npos ? found : found + std::char_traits<char>::length(end);
 }
 
-/// @return the byte behind the markup that starts at `at`; npos where it is not over
+/// @return the position after the markup that starts at `at`; npos if it does not end
 std::size_t BehindMarkup(const std::string& text, std::size_t at) {
     if (StartsAt(text, at, "<!--")) {
         return Behind(text, at + 4, "-->");

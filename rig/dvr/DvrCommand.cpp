@@ -29,7 +29,7 @@
 namespace rig {
 namespace {
 
-/// The harness makes this file to ask for failing transfers, and removes it again.
+/// The harness creates this file to make transfers fail, and then removes it.
 constexpr const char* kFailureMarker = "/mnt/hd/velloranFail";
 
 std::unique_ptr<Recordings> OpenRecordings(const DvrOptions& options) {
@@ -46,8 +46,8 @@ std::unique_ptr<Dialogue> NewDialogue(const DvrOptions& options, const Recording
     return std::make_unique<Dialogue_1_0>(recordings);
 }
 
-/// @return the folder for copies, none where none is wanted. It must not lie in the one that is copied from,
-/// which would change what is exported.
+/// @return the folder for copies, null if none is wanted. It must not be inside the recordings, as that would
+/// change what is exported.
 std::unique_ptr<DeliveryFolder> OpenDelivery(const DvrOptions& options, const Recordings& recordings) {
     if (!options.deliver) {
         return nullptr;
@@ -64,7 +64,7 @@ std::unique_ptr<DeliveryFolder> OpenDelivery(const DvrOptions& options, const Re
     return std::make_unique<DeliveryFolder>(*options.deliver, recordings);
 }
 
-/// @return the site that --on and --at name. Throws Failure (UsageError) when they do not make one.
+/// @return the site that --on and --at name. Throws Failure (UsageError) when they name none.
 DefectSite SiteOf(const DefectOption& option, const Recordings& recordings) {
     DefectSite site;
     const std::size_t colon = option.on.find(':');
@@ -81,7 +81,7 @@ DefectSite SiteOf(const DefectOption& option, const Recordings& recordings) {
         site.event = option.at;
         return site;
     }
-    // Identifiers may hold colons: the first one that parts an event from a file of it counts.
+    // Identifiers may contain colons: the first one that separates an event from one of its files counts.
     for (std::size_t part = option.at.find(':'); part != std::string::npos;
          part = option.at.find(':', part + 1)) {
         site.event = option.at.substr(0, part);
@@ -161,7 +161,7 @@ void PlayRecordings(const DvrOptions& options) {
     }
 }
 
-/// Connects and plays; throws Failure for every end but the good one.
+/// Connects and plays; throws Failure unless all goes well.
 void Play(const DvrOptions& options) {
     if (options.replay) {
         Transcript transcript(std::cout, WantsColour());
@@ -188,7 +188,7 @@ int RunDvr(const DvrOptions& options) {
         return static_cast<int>(ExitStatus::Complete);
     } catch (const Failure& failure) {
         return Report(failure.Status(), failure.what());
-    } catch (const std::exception& error) {  // of the system or a library: nothing the harness did
+    } catch (const std::exception& error) {  // from the system or a library: not the harness's doing
         return Report(ExitStatus::UsageError, Printable(error.what()));
     }
 }

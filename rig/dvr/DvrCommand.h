@@ -12,11 +12,11 @@ class App;
 
 namespace rig {
 
-/// One --defect with the --on and --at behind it.
+/// One --defect with the --on and --at after it.
 struct DefectOption {
     std::string defect;  // NAME or NAME=VALUE
-    std::string on;      // MESSAGE or MESSAGE:N; empty where not given
-    std::string at;      // EVENT or EVENT:FILE; empty where not given
+    std::string on;      // MESSAGE or MESSAGE:N; empty if not given
+    std::string at;      // EVENT or EVENT:FILE; empty if not given
 };
 
 /// What the command line of `velloran-rig dvr` says, with its defaults.
@@ -25,14 +25,14 @@ struct DvrOptions {
     bool hasProtocol = false;  // it was given
     std::string host = "127.0.0.1";
     int port = 5001;
-    std::string recordings;  // folder; only heeded when given
+    std::string recordings;  // folder; only used if given
     bool hasRecordings = false;
     double wait = 10;                    // seconds
     double timeout = 30;                 // seconds
     double frameTimeout = 5;             // seconds
     int transferTime = 200;              // milliseconds
-    std::uint64_t rate = 0;              // of transfers, in bytes a second, instead of that time; 0: none
-    std::optional<std::size_t> segment;  // bytes in which to send; all at once where not given
+    std::uint64_t rate = 0;              // of transfers, in bytes per second, instead of that time; 0: none
+    std::optional<std::size_t> segment;  // size of the pieces to send, in bytes; all at once if not given
     int gap = 10;                        // milliseconds between them
     std::optional<std::string> deliver;  // folder for copies
     std::optional<std::string> replay;   // log of an earlier run
@@ -40,14 +40,14 @@ struct DvrOptions {
     std::string onSizeError = "close";   // or "continue"
     bool wireCheck = false;
     std::vector<DefectOption> defects;
-    std::optional<std::uint32_t> seed;  // of everything random; a new one each run where none is given
+    std::optional<std::uint32_t> seed;  // of everything random; a new one for each run if not given
 };
 
 /// Adds the subcommand `dvr`. When the command line asks for it, parsing runs it and leaves its exit status
 /// in `status`, which must live until then.
 void AddDvrCommand(CLI::App& app, int& status);
 
-/// Plays a DVR to its end: transcript on standard output; where something goes wrong, one line on standard
+/// Plays a DVR to its end: transcript on standard output; if something goes wrong, one line on standard
 /// error.
 /// @return the exit status (ExitStatus)
 int RunDvr(const DvrOptions& options);

@@ -75,9 +75,9 @@ void AddPaceOptions(CLI::App& dvr, DvrOptions& options) {
         ->needs(segment);
 }
 
-/// In what the DVR is wrong.
+/// What the DVR does wrong.
 void AddDefectOptions(CLI::App& dvr, const std::shared_ptr<DvrOptions>& options) {
-    // In the order of the command line: a place belongs to the defect before it.
+    // In command-line order: a place belongs to the defect before it.
     const auto lastDefect = [options](const char* option) -> DefectOption& {
         if (options->defects.empty()) {
             throw CLI::ValidationError(option, "expected a --defect before it, found none");

@@ -14,9 +14,9 @@
 namespace rig {
 namespace {
 
-/// Far above any line of a real log; a longer one is no text.
+/// Far longer than any line of a real log; a longer one is not text.
 constexpr std::size_t kMaxLineBytes = std::size_t{256} * 1024 * 1024;
-constexpr int kNoProcess = -1;  // of lines that do not name theirs
+constexpr int kNoProcess = -1;  // for lines that do not name theirs
 constexpr const char* kLine = "a line of the harness's log (\"velloran:N TEXT\")";
 
 [[noreturn]] void ThrowAt(const std::string& log, std::size_t line, const std::string& text) {
@@ -37,13 +37,13 @@ std::ifstream Open(const std::string& log) {
     return in;
 }
 
-/// Reads one line without its newline. @return whether its newline was there: a line that was cut off says
+/// Reads one line without its newline. @return whether it had its newline: a line that was cut off proves
 /// nothing
 bool ReadLine(std::istream& in, std::string& line) {
     line.clear();
     for (int byte = in.get(); byte != std::istream::traits_type::eof(); byte = in.get()) {
         if (byte == '\n') {
-            if (!line.empty() && line.back() == '\r') {  // the logger writes none: the file came by a detour
+            if (!line.empty() && line.back() == '\r') {  // the logger writes none: the file was converted
                 line.pop_back();
             }
             return true;
@@ -84,7 +84,7 @@ class RunChooser {
         }
         if (chosen_ == nullptr) {
             for (const auto& run : runs_) {
-                run.second.Finish();  // perhaps it knows better
+                run.second.Finish();  // perhaps it has a better error
             }
             ThrowAt(log_, lines,
                     "expected a message of the DVR (\"GetMessage:incoming message, ...\") up to here, found "
@@ -115,7 +115,7 @@ EarlierRun ReadEarlierRun(const std::string& log) {
     if (in.bad()) {
         ThrowAt(log, lines + 1, "expected a log that can be read to its end, found that it cannot");
     }
-    if (lines == 0 && !line.empty()) {  // it is cut, but it tells what the file is
+    if (lines == 0 && !line.empty()) {  // it is cut off, but shows what the file is
         chooser.Take(++lines, line);
     }
     return chooser.Choose(lines);

@@ -12,22 +12,22 @@ namespace rig {
 /// When a line was logged, since 1970.
 using LogTime = std::chrono::microseconds;
 
-/// One frame that the harness sent in an earlier run, as far as its log tells. The log holds the prefix of
-/// each frame, and what it holds of the text stands in other lines.
+/// One frame that the harness sent in an earlier run, as far as its log shows. The log holds each frame's
+/// prefix; what it says about the text is on other lines.
 struct EarlierRequest {
-    std::size_t line = 0;                // of the log, from 1, with the first byte of the prefix
+    std::size_t line = 0;                // of the log, from 1, with the prefix's first byte
     std::uint32_t announced = 0;         // bytes of text
-    std::string name;                    // of the message; empty where the log does not tell
-    std::string evidence;                // what the log says that tells the name; empty likewise
-    std::optional<std::string> subject;  // what it is about (see SubjectsOf), where the log tells
-    std::optional<std::string> text;     // where the log holds it, as it does for wrong prefixes
+    std::string name;                    // of the message; empty if the log does not say
+    std::string evidence;                // the log text that reveals the name; empty likewise
+    std::optional<std::string> subject;  // what it is about (see SubjectsOf), if the log says
+    std::optional<std::string> text;     // if the log holds it, as it does for wrong prefixes
 };
 
 /// One message of the DVR in an earlier run, and what the harness did about it.
 struct EarlierMessage {
     std::size_t line = 0;          // of the log, from 1, where it is announced
     std::string text;              // byte for byte
-    std::optional<LogTime> pause;  // between what went before on the connection and this message
+    std::optional<LogTime> pause;  // between the previous traffic on the connection and this message
     std::vector<EarlierRequest> requests;
     bool closed = false;  // the harness then closed the connection
 };
@@ -39,15 +39,14 @@ struct EarlierRun {
     std::vector<EarlierMessage> messages;
     std::size_t lastLine = 0;    // of the log, of this run
     bool ended = false;          // the log shows the run's end
-    std::size_t cutMessage = 0;  // line that announces a message that the log does not hold whole; 0: none
+    std::size_t cutMessage = 0;  // line announcing a message that the log does not hold whole; 0: none
     bool followed = false;       // the log holds another run
     bool timed = false;          // every message has its pause
 };
 
-/// Reads the first run with a message from the harness's log. Lines that are not the harness's are passed
-/// over.
-/// Throws Failure (UsageError) when the file cannot be read, is no log of the harness, holds no message or
-/// lacks lines between others, with the file, the line, what was expected and what was found.
+/// Reads the first run with a message from the harness's log. Skips lines that are not the harness's.
+/// Throws Failure (UsageError) when the file cannot be read, is not a log of the harness, holds no message or
+/// lacks lines in between, with the file, the line, what was expected and what was found.
 EarlierRun ReadEarlierRun(const std::string& log);
 
 }  // namespace rig

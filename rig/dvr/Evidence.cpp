@@ -41,7 +41,7 @@ constexpr const char* kFileRequest = "calling SendFileRequest(";
 constexpr const char* kFileComplete = "Got FILE_COMPLETE for: ";
 constexpr const char* kAcknowledged = "Got EVENT_XFER_ACK for: ";
 
-/// @return what follows the start; empty where the text does not start so
+/// @return what follows the start; empty if the text does not start so
 std::string Rest(const std::string& text, const std::string& start) {
     return StartsWith(text, start) ? text.substr(start.size()) : "";
 }

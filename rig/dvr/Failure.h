@@ -13,8 +13,8 @@ enum class ExitStatus {
     NothingCame = 3,     // no connection within --wait, or no message within --timeout
 };
 
-/// The end of a run that did not go well: its exit status, and one line that says what was expected and what
-/// was found. Only the command catches it.
+/// The end of a run that went wrong: its exit status, and one line that says what was expected and what was
+/// found. Only the command catches it.
 class Failure : public std::runtime_error {
  public:
     Failure(ExitStatus status, const std::string& text) : std::runtime_error(text), status_(status) {}
@@ -25,7 +25,7 @@ class Failure : public std::runtime_error {
 };
 
 /// The harness broke the protocol. The text names what was found, as a phrase ("a length prefix of more than
-/// five bytes"); the session, which knows what was expected, makes the line of it.
+/// five bytes"); the session, which knows what was expected, turns it into the line.
 class Breach : public Failure {
  public:
     explicit Breach(const std::string& text) : Failure(ExitStatus::ProtocolBroken, text) {}

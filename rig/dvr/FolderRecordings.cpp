@@ -63,7 +63,7 @@ bool FolderRecordings::Has(const std::string& event) const {
 void FolderRecordings::VisitFiles(const std::string& event,
                                   const std::function<void(const fs::path&)>& visit) const {
     std::error_code error;
-    std::error_code ignored;             // what cannot be looked at is no file
+    std::error_code ignored;             // what cannot be looked at is not a file
     fs::path entered = folder_ / event;  // what an error is about
     fs::recursive_directory_iterator entry(entered, error);
     while (!error && entry != fs::recursive_directory_iterator()) {

@@ -9,13 +9,13 @@
 
 namespace rig {
 
-/// Recordings in a folder: one folder for each event, named as the event; whatever files lie in it, at any
-/// depth, are the event's files. Files beside the events' folders are left out.
+/// Recordings in a folder: one folder for each event, named after it; all files in that folder, at any depth,
+/// are the event's. Files next to the events' folders are ignored.
 class FolderRecordings : public Recordings {
  public:
-    /// Looks through the folder once, at names alone: a file is opened when it is asked for. Throws Failure
-    /// (UsageError) when it or a folder in it cannot be read, when it has no event and when an event has no
-    /// file: nothing of such an export could be shown.
+    /// Looks through the folder once, reading only names: a file is opened when it is asked for. Throws
+    /// Failure (UsageError) when it or a folder in it cannot be read, when it has no event and when an event
+    /// has no file: there would be nothing to export.
     explicit FolderRecordings(const std::filesystem::path& folder);
 
     const std::vector<std::string>& Events() const override { return events_; }
@@ -25,7 +25,7 @@ class FolderRecordings : public Recordings {
     bool Has(const std::string& event) const override;
 
  private:
-    /// Shows `visit` the path of each file of the event, in no order.
+    /// Calls `visit` with the path of each file of the event, in no particular order.
     void VisitFiles(const std::string& event,
                     const std::function<void(const std::filesystem::path&)>& visit) const;
 

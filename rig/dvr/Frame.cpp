@@ -8,7 +8,7 @@
 namespace rig {
 namespace {
 
-/// @return how much of the text is its document. Blanks behind that are no frame's beginning.
+/// @return how much of the text is its document. Blanks after it do not begin a frame.
 std::size_t SizeOfDocument(const std::string& text) {
     const std::optional<std::size_t> end = DocumentEnd(text);
     return end && text.find_first_not_of(" \t\r\n", *end) != std::string::npos ? *end : text.size();

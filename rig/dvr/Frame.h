@@ -7,15 +7,15 @@
 
 namespace rig {
 
-/// The wire format. A frame is the length of its text as a prefix of 1 to 5 bytes and then the text, with
-/// nothing before, between or after:
+/// The wire format. A frame is a prefix of 1 to 5 bytes, which gives the length of the text, and then the
+/// text, with nothing before, between or after:
 ///
-///     prefix   7 bits of the length a byte, least significant first; bit 7 set on every byte but the last
+///     prefix   7 bits of the length per byte, least significant first; bit 7 set on every byte but the last
 ///     text     one XML document, as many bytes as announced, no terminating NUL
 constexpr std::size_t kMaxPrefixBytes = 5;
 
-/// The longest text that is taken in, in bytes. Far above any message of a real export; a prefix that
-/// announces more was garbled.
+/// The longest text accepted, in bytes. Far more than any message of a real export; a prefix that announces
+/// more is garbled.
 constexpr std::size_t kMaxTextBytes = std::size_t{64} * 1024 * 1024;
 
 /// @return the prefix that announces `length` bytes
@@ -24,21 +24,21 @@ std::string EncodePrefix(std::uint32_t length);
 /// @return the whole frame of a text of less than 4 GiB
 std::string EncodeFrame(const std::string& text);
 
-/// What stood around a text that was received.
+/// What came with a received text.
 struct ReceivedFrame {
     std::string prefix;         // as it came
-    std::size_t announced = 0;  // bytes of text, by the prefix
+    std::size_t announced = 0;  // bytes of text, according to the prefix
 };
 
-/// Puts frames together from bytes that arrive in pieces of any size.
+/// Assembles frames from bytes that arrive in pieces of any size.
 class FrameDecoder {
  public:
-    /// From now on a wrong announced length is lived with: a text ends where its document does, and what
-    /// stands behind that is the next frame.
+    /// From now on tolerates a wrong announced length: a text ends where its document does, and what follows
+    /// is the next frame.
     void AcceptSizeErrors() { acceptsSizeErrors_ = true; }
 
-    /// The next frame, if it announces `announced` bytes, is handed out when `size` bytes of its text are
-    /// there.
+    /// The next frame, if it announces `announced` bytes, is handed out once `size` bytes of its text have
+    /// arrived.
     void ExpectSizeError(std::size_t announced, std::size_t size) { expected_ = {announced, size}; }
 
     /// Takes in `count` bytes as they arrived.
@@ -48,18 +48,18 @@ class FrameDecoder {
     /// Throws Breach for a prefix of more than five bytes or of more than kMaxTextBytes.
     std::optional<std::string> Next();
 
-    /// To be called when no more bytes of the frame that has begun will come.
-    /// @return what has come of its text, up to the document's end; nothing where size errors are not
-    /// accepted, or where not even its prefix is whole
+    /// Call this when no more bytes of the begun frame will come.
+    /// @return what has come of its text, up to the document's end; nothing if size errors are not accepted,
+    /// or if even its prefix is incomplete
     std::optional<std::string> GiveUp();
 
-    /// @return what stood around the text that was handed out last
+    /// @return what came with the text that was handed out last
     const ReceivedFrame& LastFrame() const { return last_; }
 
-    /// @return whether a frame has begun and is not yet whole. Asked after Next has returned nothing.
+    /// @return whether a frame has begun and is not yet whole. Call it after Next has returned nothing.
     bool InsideFrame() const;
 
-    /// @return how far the frame that has begun got, for people: "announced 450, got 300"
+    /// @return how much of the begun frame has come, for people: "announced 450, got 300"
     std::string Progress() const;
 
  private:
@@ -71,7 +71,7 @@ class FrameDecoder {
     bool ReadPrefix();
     std::string Take(std::size_t size);
 
-    std::string bytes_;  // received and not yet handed out, the prefix excluded once it is read
+    std::string bytes_;  // received and not yet handed out, without the prefix once it is read
     std::optional<std::size_t> announced_;  // length of the text that bytes_ starts with
     std::string prefix_;                    // that announced it
     ReceivedFrame last_;

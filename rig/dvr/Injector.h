@@ -6,13 +6,13 @@
 
 namespace rig {
 
-/// Where a defect acts. Without a site: on the first message that it can change, or on each where its kind
-/// says so.
+/// Where a defect acts. Without a site: on the first message that it can change, or on each if its kind says
+/// so.
 struct DefectSite {
     std::string message;         // --on: only on messages of this name; empty: any
-    std::size_t occurrence = 0;  // --on: only on the so-manieth of them, from 1; 0: each
+    std::size_t occurrence = 0;  // --on: only on the Nth of them, from 1; 0: each
     std::string event;           // --at: only on messages about this event; empty: any
-    std::string file;            // --at: and about this file; empty: any
+    std::string file;            // --at: and this file; empty: any
 };
 
 /// Lets defects act on the messages of an otherwise honest DVR.
@@ -23,14 +23,13 @@ class Injector {
     /// @param seed        of everything random
     Injector(const Recordings& recordings, int dialect, std::uint32_t seed);
 
-    /// Adds a defect, written "NAME" or "NAME=VALUE". Throws Failure (UsageError) for one that does not
-    /// exist, that the dialect cannot show, that cannot act on the site's message or that does not take the
-    /// value.
+    /// Adds a defect, written "NAME" or "NAME=VALUE". Throws Failure (UsageError) if it does not exist, the
+    /// dialect cannot show it, it cannot act on the site's message or it does not take the value.
     void Add(const std::string& defect, const DefectSite& site);
 
     bool HasDefects() const { return !defects_.empty(); }
 
-    /// @return the names of the defects that have had nothing to act on, for people; empty if all have acted
+    /// @return the names of the defects that have not acted yet, for people; empty if all have acted
     std::string Idle() const;
 
     /// Lets each defect act, in the order in which they were added.

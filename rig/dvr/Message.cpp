@@ -20,8 +20,8 @@ bool IsBlank(char byte) {
     return byte == ' ' || byte == '\t' || byte == '\n' || byte == '\r';
 }
 
-/// A blank of compact text is safe where it stands alone between other characters. '>' is always markup here:
-/// in values it is printed as a reference.
+/// A single blank between other characters is safe in compact text. '>' is always markup here: in values it
+/// is printed as a reference.
 bool NeedsReference(const std::string& text, std::size_t index) {
     if (!IsBlank(text[index])) {
         return false;
@@ -33,7 +33,7 @@ bool NeedsReference(const std::string& text, std::size_t index) {
 
 /// Parses one whole document. @return what is wrong with the text, empty if nothing is
 std::string ParseWhole(pugi::xml_document& document, const std::string& text) {
-    // As a fragment, so that what stands beside the top-level element is seen and can be refused.
+    // As a fragment, so that anything next to the top-level element is seen and can be refused.
     constexpr unsigned int kFlags = pugi::parse_default | pugi::parse_fragment | pugi::parse_ws_pcdata_single;
     if (text.find('\0') != std::string::npos) {
         return "a NUL byte";

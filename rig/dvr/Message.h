@@ -12,25 +12,25 @@ namespace rig {
 /// Kept as a document until it is sent, so that whoever sends it can still change it.
 class Message {
  public:
-    /// Starts a message of ours that has nothing but its name.
+    /// Starts a message of ours that has only its name.
     explicit Message(const std::string& name);
 
     /// Reads the text of one frame. Throws Breach unless it is one well-formed document with nothing before
-    /// or after it, its top-level element is `msg` and that has `req`.
+    /// or after it, its top-level element is `msg` and that element has `req`.
     static Message Parse(const std::string& text);
 
-    /// @return the same message once more, whatever was done to it
+    /// @return a copy of the message, with all changes made to it
     Message Copy() const;
 
     std::string Name() const;
 
-    /// Adds an attribute behind those that are there. @return this message
+    /// Adds an attribute after the existing ones. @return this message
     Message& Set(const char* attribute, const std::string& value);
 
-    /// @return the attribute's value; nothing where it is missing
+    /// @return the attribute's value; nothing if it is missing
     std::optional<std::string> Find(const char* attribute) const;
 
-    /// @return the attribute's value, empty where it is missing
+    /// @return the attribute's value, empty if it is missing
     std::string Get(const char* attribute) const;
 
     /// The element `msg`, for the children of a message. It belongs to this message.
@@ -46,8 +46,7 @@ class Message {
 };
 
 /// @return the document printed without indentation, line breaks or declaration. Blanks that a reader may
-///         merge or trim (leading, trailing or in a row) are written as references, so that names keep
-///         them.
+///         merge or trim (leading, trailing or in a row) are written as references, so that names keep them.
 std::string Print(const pugi::xml_document& document);
 
 /// Parses a document that travels inside a message as escaped text.

@@ -44,7 +44,7 @@ bool SendFirst(Outgoing& outgoing, const char* name) {
     return true;
 }
 
-/// @return the files of an event; none where there is no such event
+/// @return the files of an event; none if there is no such event
 std::vector<std::string> FilesOf(const Recordings& recordings, const std::string& event) {
     return recordings.Has(event) ? recordings.Find(event).Files() : std::vector<std::string>();
 }
@@ -138,7 +138,7 @@ bool NoException(Outgoing& outgoing, const DefectContext& context) {
     const std::string file = outgoing.message.Get("file");
     const std::vector<std::string> files = FilesOf(context.recordings, event);
     if (std::find(files.begin(), files.end(), file) == files.end()) {
-        return false;  // another defect has made it one that cannot be read
+        return false;  // another defect has made it unreadable
     }
     CompleteInstead(outgoing, DigestOf(context.recordings, event, file));
     return true;

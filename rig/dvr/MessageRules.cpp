@@ -12,7 +12,7 @@ bool Contains(const std::vector<const char*>& names, const std::string& name) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-/// Throws Breach unless the message carries the dialect's version, or none where the dialect has none.
+/// Throws Breach unless the message carries the dialect's version, or none if the dialect has none.
 void CheckVersion(const Message& message, const MessageRules& rules) {
     const auto version = message.Find("protocolVersion");
     if (rules.protocolVersion == nullptr) {

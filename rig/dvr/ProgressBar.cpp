@@ -33,7 +33,7 @@ std::string Bar(std::uint64_t done, std::uint64_t total) {
     return "[" + bar + "]";
 }
 
-/// Cuts to so many bytes, which are never fewer than columns, and not inside a character of several bytes.
+/// Cuts to so many bytes, which are never fewer than columns, and never inside a multi-byte character.
 std::string Shortened(const std::string& text, std::size_t bytes) {
     std::size_t end = std::min(bytes, text.size());
     while (end > 0 && end < text.size() && (static_cast<unsigned char>(text[end]) & 0xc0) == 0x80) {

@@ -10,8 +10,8 @@ namespace rig {
 ///
 ///     front-1.ts [=========>          ]  48 %  1.2 of 2.5 MB
 ///
-/// @param name        shortened where there is no room for it
-/// @param done,total  bytes; more than all counts as all
+/// @param name        shortened if there is no room for it
+/// @param done,total  bytes; more than `total` counts as `total`
 std::string ProgressBar(const std::string& name, std::uint64_t done, std::uint64_t total,
                         std::size_t columns);
 

@@ -15,25 +15,24 @@ struct Event {
     std::vector<std::vector<std::string>> streams;  // the other files
 
     /// Sorts out an event's files: the first *.xml, or else the first file, is the metadata; the others form
-    /// one stream for each folder that they lie in.
-    /// @param files  at least one name, sorted; a '/' parts a folder from what lies in it
+    /// one stream for each folder that they are in.
+    /// @param files  at least one name, sorted; a '/' separates a folder from what is in it
     static Event FromFiles(const std::string& id, const std::vector<std::string>& files);
 
     /// @return all file names, in the order in which the description gives them
     std::vector<std::string> Files() const;
 
-    /// @return the event's description: a printed XML document, to travel escaped inside a message
+    /// @return the event's description: a printed XML document, sent escaped inside a message
     std::string Describe() const;
 };
 
-/// What the DVR has recorded. Only identifiers are held; the files of an event are looked up when they are
-/// asked for.
+/// What the DVR has recorded. Keeps only identifiers; the files of an event are looked up when asked for.
 class Recordings {
  public:
     using Sink = std::function<void(const char* bytes, std::size_t count)>;
 
     /// Reads on in a file: puts `capacity` bytes into the buffer, fewer only at the file's end. @return how
-    /// many Throws Failure (UsageError) when the file cannot be read.
+    /// many. Throws Failure (UsageError) when the file cannot be read.
     using Source = std::function<std::size_t(char* buffer, std::size_t capacity)>;
 
     virtual ~Recordings() = default;
@@ -44,8 +43,8 @@ class Recordings {
     /// @return the files of an event of Events()
     virtual Event Find(const std::string& event) const = 0;
 
-    /// Opens a file, to be read from its beginning. The names must be ones that Events and Find gave. The
-    /// source may not outlive the recordings. Throws Failure (UsageError) when the file cannot be opened.
+    /// Opens a file, to be read from its beginning. The names must come from Events and Find. The source may
+    /// not outlive the recordings. Throws Failure (UsageError) when the file cannot be opened.
     virtual Source Open(const std::string& event, const std::string& file) const = 0;
 
     /// @return where the recordings are, for people
@@ -54,7 +53,7 @@ class Recordings {
     /// @return whether there is such an event
     virtual bool Has(const std::string& event) const;
 
-    /// Hands out a whole file, piece by piece, in constant memory. Throws Failure (UsageError) when it cannot
+    /// Passes on a whole file, piece by piece, in constant memory. Throws Failure (UsageError) when it cannot
     /// be read.
     void Read(const std::string& event, const std::string& file, const Sink& sink) const;
 };

@@ -10,7 +10,7 @@
 namespace rig {
 namespace {
 
-/// How long nothing must come for nothing more to be due. The harness takes 250 ms for each message.
+/// After this long without a message, none is due any more. The harness takes 250 ms for each message.
 constexpr Milliseconds kQuiet(1000);
 
 std::string Bytes(std::size_t count) {
@@ -21,7 +21,7 @@ std::string Milli(Milliseconds time) {
     return std::to_string(time.count()) + " ms";
 }
 
-/// @return a text of either side for people, message or not
+/// @return a text from either side for people, message or not
 std::string Describe(const std::string& text) {
     try {
         return Summarize(Message::Parse(text));
@@ -40,8 +40,8 @@ std::string Describe(const EarlierRequest& request) {
     return request.evidence.empty() ? text : text + " (" + Printable(request.evidence) + ")";
 }
 
-/// A hexadecimal reference in a value is not what the harness's log shows for it: it passes such a reference
-/// on as it is.
+/// The log does not reliably show a value with a hexadecimal reference: the harness sends such a reference on
+/// unchanged.
 bool IsTold(const std::string& subject) {
     return subject.find("&#x") == std::string::npos;
 }
@@ -100,7 +100,7 @@ void Replay::Play(const EarlierMessage& message) {
     }
 }
 
-/// Also looks whether the harness has asked for more than it did earlier.
+/// Also checks whether the harness has asked for more than it did earlier.
 void Replay::Pause(const EarlierMessage& message) {
     const auto pause = std::chrono::duration_cast<Milliseconds>(message.pause.value_or(LogTime(0)));
     const std::string expected = "nothing more before " + Describe(message.text);
@@ -153,7 +153,7 @@ void Replay::AwaitEnd(const EarlierMessage& message) {
     }
 }
 
-/// The harness may close the connection: whether it would have done so earlier is not in the log.
+/// The harness may close the connection: the log does not show whether the earlier one would have.
 void Replay::AwaitNothing(const EarlierMessage& message) {
     const std::string expected = "nothing more after " + Describe(message.text);
     try {

@@ -14,7 +14,7 @@
 namespace rig {
 namespace {
 
-/// Throws Failure (UsageError) where the options do not fit the log.
+/// Throws Failure (UsageError) if the options do not fit the log.
 void CheckOptions(const DvrOptions& options, const EarlierRun& run) {
     if (options.hasProtocol && options.protocol != run.dialect) {
         throw Failure(ExitStatus::UsageError, "--protocol: expected " + std::to_string(run.dialect) +

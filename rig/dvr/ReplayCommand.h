@@ -6,13 +6,13 @@ namespace rig {
 
 class Transcript;
 
-/// Adds the options of a replay to the subcommand, behind all those that it excludes.
+/// Adds the options of a replay to the subcommand, after all those that it excludes.
 /// @param options  must live while the command line is parsed
 void AddReplayOptions(CLI::App& dvr, DvrOptions& options);
 
-/// Plays the DVR's side of the log that the options name, and prints it. Nothing is sent before the log is
+/// Plays the DVR's side of the log that the options name, and prints it. Sends nothing before the log is
 /// read.
-/// Throws Failure for every end but that where the harness asks for the same to the end of the log.
+/// Throws Failure unless the harness asks for the same things up to the end of the log.
 void PlayReplay(const DvrOptions& options, Transcript& transcript);
 
 }  // namespace rig

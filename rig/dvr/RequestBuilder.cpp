@@ -11,7 +11,7 @@
 namespace rig {
 namespace {
 
-/// @return the byte behind the head, in hexadecimal up to the text's end; nothing where there is none
+/// @return the byte after the head, in hexadecimal up to the text's end; nothing if there is none
 std::optional<unsigned int> ByteBehind(const std::string& text, const std::string& head) {
     unsigned int byte = 0;
     if (!StartsWith(text, head)) {
@@ -37,7 +37,7 @@ void RequestBuilder::BeginAnswer(const EarlierRun& run, const std::string& name)
     if (name != "INVALID_EVENT" && name != "TRANSPORT_EXCEPTION") {
         return;
     }
-    // What was asked for last will not be confirmed any more: the file, or else the event.
+    // The last request will no longer be confirmed: the file's, or else the event's.
     const auto isFile = [&](const RequestId& id) { return At(run, id).name == "GET_FILE"; };
     const bool hasFiles = std::any_of(unconfirmed_.begin(), unconfirmed_.end(), isFile);
     unconfirmed_.erase(std::remove_if(unconfirmed_.begin(), unconfirmed_.end(),
@@ -70,7 +70,7 @@ void RequestBuilder::BeginRequest(EarlierRun& run, std::size_t number) {
         request.name = NameAnswering(name_);
         request.evidence = request.name.empty() ? "" : "in answer to " + name_;
     }
-    if (request.name == "DONE" && name_ == "EVENT_XFER_ACK") {  // the older dialect heeds no duration
+    if (request.name == "DONE" && name_ == "EVENT_XFER_ACK") {  // the older dialect ignores the duration
         request.subject = duration_;
     }
     std::vector<EarlierRequest>& requests = run.messages.back().requests;

@@ -28,7 +28,7 @@ bool IsEnd(const std::string& text) {
            text == "Could not install SIGINT handler";
 }
 
-/// @return the number behind the start of the text; nothing where there is none
+/// @return the number after the start of the text; nothing if there is none
 std::optional<long long> NumberBehind(const std::string& text, const std::string& start) {
     long long number = 0;
     if (!StartsWith(text, start)) {
@@ -43,7 +43,7 @@ std::string SliceHead(long long start, long long size) {
            std::to_string(start + std::min(size, kSliceBytes)) + ":";
 }
 
-/// @return the dialect that a message belongs to; nothing where both have it
+/// @return the dialect that a message belongs to; nothing if both have it
 std::optional<int> DialectOf(const std::string& name) {
     if (name == "GET_XML" || name == "XML") {
         return 1;
@@ -177,7 +177,7 @@ void RunBuilder::EndMessage() {
     }
 }
 
-/// What the harness says and does about the message that it has read.
+/// Takes what the harness says and does about the message that it has read.
 void RunBuilder::TakeAnswer(std::size_t number, const std::string& text) {
     if (!HasMessages()) {
         return;  // the log begins inside an answer

@@ -10,20 +10,20 @@
 
 namespace rig {
 
-/// Puts the dialogue of one run of the harness together from the log lines of one process, and notices where
-/// the next run begins.
+/// Assembles the dialogue of one run of the harness from the log lines of one process, and notices where the
+/// next run begins.
 class RunBuilder {
  public:
     /// @param log  name of the file, for people
     explicit RunBuilder(const std::string& log);
 
-    /// Takes the next line of the process. Lines behind the end of the first run with a message change
+    /// Takes the next line of the process. Lines after the end of the first run with a message change
     /// nothing.
     void Take(std::size_t number, const LogLine& line);
 
     bool HasMessages() const { return !run_.messages.empty(); }
 
-    /// @return the run, as far as the lines went
+    /// @return the run, as far as the lines go
     /// Throws Failure (UsageError) when lines are missing between others.
     EarlierRun Finish() const;
 
@@ -50,9 +50,9 @@ class RunBuilder {
     bool over_ = false;
     std::string error_;                 // of the first line that was not the one due
     bool connected_ = false;            // the run's start is in the log
-    std::optional<int> dialect_;        // as far as the lines tell
-    std::optional<LogTime> anchor_;     // when something last went over the connection, or it came about
-    std::optional<Incoming> incoming_;  // announced and not whole yet
+    std::optional<int> dialect_;        // as far as the lines show
+    std::optional<LogTime> anchor_;     // time of the last traffic on the connection, or of its start
+    std::optional<Incoming> incoming_;  // announced and not yet complete
 };
 
 }  // namespace rig

@@ -21,16 +21,16 @@ struct SessionTimes {
 
 /// Drives one dialogue over one connection, and prints it.
 ///
-/// A second request for a file in transfer is told from a later one by the transfer's time alone. The harness
-/// writes prefix and text apart and sets no socket option, so its second request can come some 40 ms after
-/// the first; the transfer must take well more than that.
+/// Only the transfer's time distinguishes a second request for a file in transfer from a later one. The
+/// harness writes prefix and text separately and sets no socket option, so its second request can come some
+/// 40 ms after the first; the transfer must take well over that.
 class Session {
  public:
-    /// All of them must outlive the session.
+    /// All arguments must outlive the session.
     Session(Connection& connection, Dialogue& dialogue, Transcript& transcript, const SessionTimes& times);
 
-    /// Lets defects act on what is sent. The dialogue then tolerates what they provoke. Both must outlive the
-    /// session.
+    /// Lets defects act on what is sent. The dialogue then tolerates what they provoke. Both arguments must
+    /// outlive the session.
     /// @param endpoint  where a second connection goes, if a defect opens one
     void Misbehave(Injector& injector, const Endpoint& endpoint);
 
@@ -38,10 +38,10 @@ class Session {
     /// @param folder  must outlive the session
     void Deliver(const DeliveryFolder& folder) { deliveryFolder_ = &folder; }
 
-    /// Lives with a message that is shorter than announced: what has come of it is answered.
+    /// Tolerates a message that is shorter than announced: answers what has come of it.
     void AcceptSizeErrors() { connection_.Decoder().AcceptSizeErrors(); }
 
-    /// Has the harness's frames inspected. It must outlive the session.
+    /// Has the harness's frames inspected. `check` must outlive the session.
     void Check(WireCheck& check) { wireCheck_ = &check; }
 
     /// Opens the dialogue and answers until it is done, or until a defect has ended the connection.
@@ -50,11 +50,11 @@ class Session {
     /// a file cannot be read or copied.
     void Run();
 
-    /// @return what was noticed about the harness's frames, for people, behind a summary of something else;
-    /// empty where nothing was looked for and nothing noticed
+    /// @return what was noticed about the harness's frames, for people, to append to another summary; empty
+    /// if nothing was looked for and nothing noticed
     std::string WireSummary() const;
 
-    /// @return whether a defect asks for the dialogue to be held once more, on a connection of its own
+    /// @return whether a defect asks to hold the dialogue once more, on a connection of its own
     bool Reconnects() const { return reconnects_; }
 
  private:
@@ -64,7 +64,7 @@ class Session {
     void FollowTransfer();
     void CarryOnTransfer();
 
-    /// Every message of ours goes out here, and here alone.
+    /// Every message of ours goes out here, and only here.
     void Send(Message message);
     void SendHonest(const Message& message);
     void SendDefective(Message message);

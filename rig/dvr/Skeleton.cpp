@@ -11,7 +11,7 @@ constexpr const char* kBlanks = " \t\r\n";
 
 void Append(std::string& skeleton, const pugi::xml_node& node) {
     if (node.type() != pugi::node_element) {
-        return;  // text, or what a compact document does not have
+        return;  // text, or something that a compact document does not have
     }
     skeleton += std::string("<") + node.name();
     for (const pugi::xml_attribute attribute : node.attributes()) {
@@ -28,7 +28,7 @@ void Append(std::string& skeleton, const pugi::xml_node& node) {
     skeleton += std::string("</") + node.name() + ">";
 }
 
-/// Leaves the values of a tag out.
+/// Removes the values from a tag.
 std::string BareTag(const std::string& tag) {
     std::string bare;
     char quote = '\0';

@@ -6,7 +6,7 @@ namespace rig {
 namespace {
 
 constexpr std::size_t kSmallestBytes = 100'000;
-constexpr std::size_t kStepBytes = 50'021;  // so that no two files have one size
+constexpr std::size_t kStepBytes = 50'021;  // so that no two files have the same size
 
 /// @return bytes that look like compressed video: a xorshift sequence from a seed other than 0
 std::string Noise(std::uint32_t seed, std::size_t count) {

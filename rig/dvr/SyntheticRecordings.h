@@ -8,8 +8,8 @@
 
 namespace rig {
 
-/// Three small events for who has no recordings at hand: one with two streams, one with one, one with its
-/// metadata alone, which gets no file fault. Held in memory; names and contents are the same in every run.
+/// Three small events for users without recordings: one with two streams, one with one, one with only its
+/// metadata, which gets no file fault. Held in memory; names and contents are the same in every run.
 class SyntheticRecordings : public Recordings {
  public:
     SyntheticRecordings();

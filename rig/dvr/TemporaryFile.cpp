@@ -29,7 +29,7 @@ void RemoveAndEnd(int signal) {
     std::raise(signal);
 }
 
-/// Leaves alone what the process was started to ignore.
+/// Leaves signals alone that the process was started to ignore.
 void CatchSignals() {
     for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
         struct sigaction action = {};
@@ -40,7 +40,7 @@ void CatchSignals() {
     }
 }
 
-/// @return a name that no recording has, and no other process either
+/// @return a name that no recording and no other process uses
 std::string NewName() {
     std::random_device random;
     std::ostringstream name;

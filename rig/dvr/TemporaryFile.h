@@ -8,11 +8,11 @@
 
 namespace rig {
 
-/// A file in the making. It bears a temporary name in its final folder until it is kept. Unless it is,
-/// nothing is left of it at the end of this object, nor when SIGHUP, SIGINT or SIGTERM ends the process. One
+/// A file in the making. It has a temporary name in its final folder until it is kept. If it is not kept,
+/// nothing is left of it at the end of this object, or when SIGHUP, SIGINT or SIGTERM ends the process. One
 /// at a time.
 ///
-/// Whatever fails throws Failure (UsageError) with a text that names the folder or the file.
+/// All failures throw Failure (UsageError) with a text that names the folder or the file.
 class TemporaryFile {
  public:
     /// Creates it, empty. The folder must exist.
@@ -24,8 +24,8 @@ class TemporaryFile {
     /// Appends all bytes.
     void Write(const char* bytes, std::size_t count);
 
-    /// Brings the contents to the disk and then gives the file its final name; what bore that name is
-    /// replaced.
+    /// Flushes the contents to the disk and then gives the file its final name, replacing any file of that
+    /// name.
     void Keep();
 
  private:

@@ -19,7 +19,7 @@ bool GoesWithoutSaying(const Message& message, const pugi::xml_attribute& attrib
            (name == "path" && message.Find("reid") == std::string(attribute.value()));
 }
 
-/// @return what a child of `msg` holds: the number of its entries, or of the bytes of its text
+/// @return what a child of `msg` holds: the number of its entries, or of bytes in its text
 std::string SummarizeChild(const pugi::xml_node& child) {
     std::size_t entries = 0;
     for (const pugi::xml_node entry : child.children()) {
@@ -61,7 +61,7 @@ void Transcript::Note(const std::string& text) {
 
 void Transcript::Progress(const std::string& file, std::uint64_t done, std::uint64_t length) {
     if (terminal_) {
-        // Short of the last column, behind which some terminals break the line.
+        // Stops before the last column, as some terminals break the line after it.
         out_ << kEraseLine << ProgressBar(file, done, length, TerminalColumns() - 1) << std::flush;
         hasProgress_ = true;
     }

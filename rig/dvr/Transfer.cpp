@@ -7,7 +7,7 @@ namespace {
 
 constexpr Milliseconds kLook(100);
 constexpr Milliseconds kLong(500);
-constexpr std::chrono::hours kLongest(24 * 365 * 30);  // as a clock's time cannot be much later
+constexpr std::chrono::hours kLongest(24 * 365 * 30);  // as clocks cannot go much further
 
 }  // namespace
 
@@ -30,7 +30,7 @@ Transfer::Transfer(const std::pair<std::string, std::string>& file, std::uint64_
 void Transfer::Advance(Clock::time_point now) {
     const bool timeIsOver = now >= start_ + time_;
     if (copy_) {
-        // In the end to where the file ends, which may not be where it did when the transfer started.
+        // Finally up to the end of the file, which may have moved since the transfer started.
         if (!CopyUpTo(timeIsOver ? UINT64_MAX : DueAt(now))) {
             nextLook_ = now;
             return;
@@ -49,7 +49,7 @@ bool Transfer::IsLong(Clock::time_point now) const {
     return time_ > kLong || now - start_ > kLong;
 }
 
-/// Copies one piece at most. @return whether the copy is as far as is due, or at its end
+/// Copies at most one piece. @return whether the copy has got as far as is due, or to its end
 bool Transfer::CopyUpTo(std::uint64_t due) {
     if (done_ >= due) {
         return true;

@@ -13,29 +13,29 @@ namespace rig {
 /// How long the transfer of a file takes.
 struct TransferPace {
     Milliseconds each{200};  // unless there is a rate: however long the file is
-    std::uint64_t rate = 0;  // bytes a second; 0: there is none
+    std::uint64_t rate = 0;  // bytes per second; 0: none
 
-    /// @return the time for a file of so many bytes, 30 years at most
+    /// @return the time for a file of so many bytes, at most 30 years
     Clock::duration TimeFor(std::uint64_t length) const;
 };
 
-/// One file in transfer: how far it is at a given time, and its copy, where one is made. Whoever drives it
-/// lets it advance, at NextLook() or later, until it is over. It knows no clock of its own.
+/// One file in transfer: how far it is at a given time, and its copy, if one is made. Whoever drives it calls
+/// Advance, at NextLook() or later, until it is over. It has no clock of its own.
 class Transfer {
  public:
     /// @param file    event and file name
     /// @param length  bytes
     /// @param folder  takes the copy; null: none is made. Must outlive the transfer.
-    /// Throws Failure (UsageError), as Advance, when the copy cannot be made.
+    /// Throws Failure (UsageError), as does Advance, when the copy cannot be made.
     Transfer(const std::pair<std::string, std::string>& file, std::uint64_t length, const TransferPace& pace,
              const DeliveryFolder* folder, Clock::time_point start);
 
-    /// Brings the transfer to where it should be at `now`. A copy that lags behind only comes nearer, so that
-    /// there is time for other things, and prolongs the transfer. It appears under its name when that is
-    /// over.
+    /// Brings the transfer to where it should be at `now`. A copy that lags behind only catches up a bit, so
+    /// that there is time for other things, and prolongs the transfer. It gets its final name when the
+    /// transfer is over.
     void Advance(Clock::time_point now);
 
-    /// @return when there is something to do again; not before that time has anything changed
+    /// @return when there is something to do again; nothing changes before then
     Clock::time_point NextLook() const { return nextLook_; }
 
     bool IsOver() const { return over_; }
@@ -44,7 +44,7 @@ class Transfer {
     std::uint64_t Length() const { return length_; }
     std::uint64_t Done() const { return done_; }  // bytes, of Length()
 
-    /// @return whether it takes so long that people should be shown how far it is
+    /// @return whether it takes so long that people should see its progress
     bool IsLong(Clock::time_point now) const;
 
  private:
@@ -53,7 +53,7 @@ class Transfer {
 
     std::pair<std::string, std::string> file_;
     std::uint64_t length_;
-    std::uint64_t done_ = 0;  // bytes; where a copy is made, those copied
+    std::uint64_t done_ = 0;  // bytes; those copied, if a copy is made
     Clock::time_point start_;
     Clock::duration time_;
     Clock::time_point nextLook_;

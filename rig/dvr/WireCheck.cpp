@@ -13,7 +13,7 @@
 namespace rig {
 namespace {
 
-/// The attributes of a message in the order of the wire. Those from `optional` on may be missing.
+/// The attributes of a message in their order on the wire. Those from `optional` on may be missing.
 struct Layout {
     int dialect;
     const char* name;
@@ -75,7 +75,7 @@ std::string PrefixFault(const ReceivedFrame& frame) {
                                             Hex(frame.prefix));
 }
 
-/// Parses the text with all that may stand around the document's element.
+/// Parses the text with everything that may surround the document's element.
 std::string DocumentFault(pugi::xml_document& document, const std::string& text) {
     constexpr unsigned int kFlags = pugi::parse_full | pugi::parse_fragment | pugi::parse_ws_pcdata;
     const std::string start = "'" + Excerpt(text) + "'";

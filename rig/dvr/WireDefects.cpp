@@ -5,7 +5,7 @@
 namespace rig {
 namespace {
 
-/// @return the element whose text is the (in 1.0 the first) description of an event; none where there is none
+/// @return the element whose text is the (in 1.0 the first) description of an event; null if there is none
 pugi::xml_node Description(const Outgoing& outgoing) {
     const pugi::xml_node container = outgoing.message.Root().child("xmlFile");
     return outgoing.message.Name() == "XML" ? container.child("string") : container;
@@ -42,7 +42,7 @@ bool EndConnection(Outgoing& outgoing, const std::string& place, Outgoing::End e
 
 bool MalformedXml(Outgoing& outgoing, const DefectContext&) {
     const std::string text = outgoing.message.Text();
-    // Of an element that closes itself all but its end, of any other its end tag.
+    // A self-closing element loses its end, any other its end tag.
     outgoing.text = text.find("</") == std::string::npos ? text.substr(0, text.rfind('/')) : WithoutEnd(text);
     return true;
 }
