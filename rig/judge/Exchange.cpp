@@ -9,8 +9,7 @@ namespace rig::judge {
 namespace {
 
 constexpr std::size_t kMostPending = 1000;  // unanswered requests: memory must not grow with the log
-constexpr std::int64_t kBusy =
-    10'000;  // microseconds; handling a message never takes this long without a pause
+constexpr std::int64_t kBusy = 10'000;  // microseconds that handling a message never takes without a pause
 /// Microseconds within which a message that had already arrived is read, even on a busy machine.
 constexpr std::int64_t kAtOnce = 50'000;
 
