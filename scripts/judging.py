@@ -18,7 +18,7 @@ WORLD = [str(ROOT / "scripts" / "world")]
 AT_ONCE = 40  # exports; they mostly wait
 DEADLINE = 30  # seconds for one export
 QUIET = 1.5  # seconds without a line: longer than any pause that the harness makes on its own
-ENDLESS = 1 << 20  # bytes of a log: the harness repeats a line for ever
+ENDLESS = 1 << 20  # bytes of a log: the harness repeats a line forever
 PATIENCE = 1  # seconds, for judge: less than QUIET
 
 

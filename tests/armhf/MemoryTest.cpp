@@ -23,12 +23,12 @@ bool IsHead(const std::string& line) {
     return line.find('-') < line.find(' ');
 }
 
-/// The memory of an emulated program, in kB, as the target's kernel would count it in VmRSS: what is in use
-/// of the program's own 4 GiB of addresses. They start at a multiple of 4 GiB, and what the emulator itself
-/// uses lies elsewhere.
+/// The memory of an emulated program, in kB, as the target's kernel would count it in VmRSS: the used part of
+/// the program's own 4 GiB of addresses. They start at a multiple of 4 GiB; the emulator's own memory is
+/// elsewhere.
 long TargetsMemory(const Process& process, const std::string& program) {
     std::ifstream mappings("/proc/" + std::to_string(process.Id()) + "/smaps");
-    std::vector<std::pair<std::uint64_t, long>> sizes;  // 4 GiB that the mapping is in, kB in use
+    std::vector<std::pair<std::uint64_t, long>> sizes;  // which 4 GiB the mapping is in, kB in use
     std::uint64_t space = 0;
     for (std::string line; std::getline(mappings, line);) {
         if (IsHead(line)) {
@@ -49,8 +49,7 @@ std::string LastWord(const std::string& words) {
     return words.substr(words.rfind(' ') + 1);
 }
 
-/// The harness in an export, with memory that is never given back, so that what it has is the most it has
-/// had.
+/// The harness in an export, with memory that is never given back, so that its current use is its peak.
 class Memory : public testing::Test {
  protected:
     void SetUp() override {
@@ -64,7 +63,7 @@ class Memory : public testing::Test {
         dvr_.emplace();
     }
 
-    /// One event with so many files out of a list of as many events, up to the request for its first file.
+    /// One event with `count` files from a list of `count` events, up to the request for its first file.
     void ReachesFirstFile(std::size_t count) {
         dvr_->Sends(Ok());
         dvr_->Receives(v2::kGetEventList);
@@ -80,7 +79,7 @@ class Memory : public testing::Test {
         dvr_->Receives(v2::GetFile("EVENT0", "video0.ts"));
     }
 
-    /// Prints what the program has in use, and expects no more than that.
+    /// Prints how much the program uses, and expects no more than `most`.
     void Takes(long most, const std::string& after) const {
         const long size = TargetsMemory(*harness_, program_);
         std::cout << "memory after " << after << ": " << size << " kB" << std::endl;

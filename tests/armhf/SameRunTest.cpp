@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::uint16_t kPort = 40000;  // the DVR's, which is logged
 
-/// All that a run leaves behind.
+/// Everything that a run leaves.
 struct Remains {
     std::string log;  // without time stamps
     std::string error;
@@ -71,7 +71,7 @@ Remains RunOf(const Script& script, const std::string& last) {
     return {WithoutTimes(harness.output), harness.error, harness.Ending(), SavedFiles()};
 }
 
-/// The same script with the harness of this machine.
+/// The same script with this machine's harness.
 Remains NativeRunOf(const Script& script, const std::string& last) {
     const std::string other = std::getenv("VELLORAN_HARNESS");
     unsetenv("VELLORAN_HARNESS");

@@ -5,13 +5,13 @@
 
 namespace {
 
-/// Bytes from 0x80 on, which are negative where char is signed.
+/// Bytes from 0x80 up, which are negative if char is signed.
 const std::string kHighBytes = "v\xc3\xbc\x80\xff";
 
-/// Numbers that a long holds or not, depending on its size.
+/// Numbers that fit a long or not, depending on its size.
 const std::vector<std::string> kNumbers = {"-c", "4294967297", "-d", "-99999999999999999999"};
 
-/// Longer than one line of the log holds, with all that the log escapes.
+/// Longer than one line of the log holds, with everything that the log escapes.
 std::string LongMessage() {
     std::string comment;
     while (comment.size() < 2000) {
@@ -48,7 +48,7 @@ Script SizeError10() {
               FrameWithSizeError(v1::EventXferComplete({"E1"})) + FrameWithSizeError(v1::kDone)}}};
 }
 
-/// Every switch of 2.0, and everything that is logged of an answer.
+/// Every switch of 2.0, and everything that is logged about an answer.
 Script AllFaults20() {
     const std::string done = "<msg req=\"DONE\" protocolVersion=\"2.0\" duration=\"2147483647\" />";
     const std::string file = Frame(v2::GetFile("EVENT1", kHighBytes));

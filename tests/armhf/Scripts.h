@@ -10,7 +10,7 @@ struct Step {
     std::string received;
 };
 
-/// A dialogue, whose steps and log are the same however often it is played.
+/// A dialogue whose steps and log are the same every time.
 struct Script {
     std::string name;
     std::vector<std::string> switches;
@@ -19,7 +19,7 @@ struct Script {
 
 std::ostream& operator<<(std::ostream& out, const Script& script);
 
-/// Dialogues that end by the harness closing the connection.
+/// Dialogues that end when the harness closes the connection.
 const std::vector<Script>& ScriptsToTheEnd();
 
 /// Dialogues that end the harness.

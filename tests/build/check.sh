@@ -1,4 +1,4 @@
-# Sourced by the tests of the build. Gives each a folder of its own, which goes with it, and the ways to fail.
+# Sourced by the tests of the build. Gives each a folder of its own, removed at its end, and the ways to fail.
 set -euo pipefail
 
 folder=$(mktemp -d)

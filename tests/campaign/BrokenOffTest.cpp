@@ -10,10 +10,10 @@
 
 namespace {
 
-/// Campaigns that do not come to their end.
+/// Campaigns that do not finish.
 class BrokenOffTest : public CampaignTest {
  protected:
-    /// All JSON that is on the disk is whole. @return how many files there are
+    /// Expects all JSON on the disk to be whole. @return how many files there are
     int AllIsWhole() const {
         int count = 0;
         for (const auto& entry : std::filesystem::recursive_directory_iterator(out_)) {
@@ -25,13 +25,13 @@ class BrokenOffTest : public CampaignTest {
         return count;
     }
 
-    /// A case has come so far that its harness has written this.
+    /// Whether a case's harness has already logged this.
     bool HasLogged(const std::string& id, const std::string& text) const {
         const std::string path = out_ + "/cases/" + id + "/harness.log";
         return FileExists(path) && ReadFile(path).find(text) != std::string::npos;
     }
 
-    /// Runs a campaign and sends it a signal at a time of the caller's choice.
+    /// Runs a campaign and sends it a signal once `moment` returns.
     ProgramResult RunUntil(const std::function<void()>& moment, int signal,
                            const std::vector<std::string>& arguments) {
         ProgramSurroundings surroundings;
@@ -108,7 +108,7 @@ TEST_F(BrokenOffTest, NotByTheHangupThatItWasStartedToIgnore) {
     EXPECT_EQ(result.status, 0) << result.output;
 }
 
-/// Killed where nothing can be written any more, at a random moment of an export.
+/// Killed so that nothing more can be written, at a random moment of an export.
 class KilledTest : public BrokenOffTest, public testing::WithParamInterface<unsigned int> {};
 
 TEST_P(KilledTest, LeavesWholeEvidenceAndNobodyBehind) {
@@ -129,7 +129,7 @@ TEST_P(KilledTest, LeavesWholeEvidenceAndNobodyBehind) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, KilledTest, testing::Values(1, 2, 3));
 
-/// A harness that ends at once makes a campaign that does little but write.
+/// With a harness that ends at once, a campaign mostly writes.
 TEST_F(BrokenOffTest, ByKillWhileItWritesLeavesWholeFiles) {
     std::mt19937 dice(4);
     std::uniform_int_distribution<int> moments(0, 200);

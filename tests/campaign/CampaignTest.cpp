@@ -151,7 +151,7 @@ TEST_F(CampaignTest, KnowsFailuresThatItIsTold) {
     EXPECT_EQ(Evidence()["knownUnseen"], Json({"event-list.source"}));
 }
 
-/// Without a world: that has no terminals.
+/// Without a world, which has no terminals.
 TEST(CampaignOnATerminal, RewritesTheLineOfTheCaseThatRuns) {
     const TemporaryFolder folder;
     ProgramSurroundings surroundings;

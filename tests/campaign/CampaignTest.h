@@ -17,17 +17,17 @@ class CampaignTest : public testing::Test {
  protected:
     CampaignTest();
 
-    /// @return the command of a simulated DVR with these options beside the usual ones
+    /// @return the command of a simulated DVR with these options added to the usual ones
     static std::string Dvr(const std::string& options = "");
 
-    /// Runs a campaign, with --out and what is given. @return how it ended; its core is not dumped
+    /// Runs a campaign with --out and these arguments. @return how it ended; its core is not dumped
     ProgramResult RunCampaign(std::vector<std::string> arguments,
                               ProgramSurroundings surroundings = {}) const;
 
     /// Runs one case bare. @return what campaign.json says of it
     Json RunCase(const std::string& name, std::vector<std::string> arguments);
 
-    /// @return a file of evidence as JSON; fails the test where it is none
+    /// @return a file of evidence as JSON; fails the test if it is not JSON
     Json Evidence(const std::string& file = "campaign.json") const;
 
     /// @return its text
@@ -40,5 +40,5 @@ class CampaignTest : public testing::Test {
     World world_;
 };
 
-/// Fails where the text does not hold the part.
+/// Fails unless the text contains the part.
 void ExpectHolds(const std::string& text, const std::string& part);

@@ -74,7 +74,7 @@ TEST_F(RigFailuresTest, EndWithAnInterruptWhileThePortIsHeld) {
     EXPECT_EQ(Evidence()["cases"][0]["outcome"], "INTERRUPTED");
 }
 
-/// Two ends of a connection over port 5001 that nobody listens on any more. @return them, open
+/// Two ends of a connection over port 5001, on which nobody listens any more. @return them, open
 std::array<int, 2> OldConnection() {
     const int server = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_in address = {};

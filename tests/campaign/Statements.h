@@ -12,7 +12,7 @@ namespace rig::campaign {
 /// Statements of a log, by their time in milliseconds and their text.
 using Statements = std::vector<std::pair<std::int64_t, std::string>>;
 
-/// Gives them to what takes lines of a log.
+/// Passes them to something that takes log lines.
 template <typename Taker>
 void Feed(Taker&& taker, const Statements& statements) {
     for (const auto& [milliseconds, text] : statements) {

@@ -7,7 +7,7 @@ namespace {
 
 constexpr Patience kPatience{10, 5, 100, 3};
 
-/// A watch whose clock stands where the test puts it.
+/// A watch whose clock the test sets.
 class WatchTest : public testing::Test {
  protected:
     void Begin(const std::string& switches) { watch_.emplace(Case{"x", 2, switches, ""}, kPatience, begin_); }

@@ -18,7 +18,7 @@ void __gcov_dump();
 namespace {
 
 void DumpAndAbort(int) {
-    close(STDIN_FILENO);  // a test may have left none free for the counts' files
+    close(STDIN_FILENO);  // a test may have left no descriptor free for the count files
     __gcov_dump();
     std::signal(SIGABRT, SIG_DFL);
     std::raise(SIGABRT);

@@ -1,6 +1,6 @@
 #include "DefectTest.h"
 
-// Answers that are not the right one, are missing, or come twice.
+// Answers that are wrong, missing, or come twice.
 
 namespace {
 

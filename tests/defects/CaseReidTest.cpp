@@ -1,6 +1,6 @@
 #include "InReports.h"
 
-// The event's identifier in a message, in other letters.
+// The event's identifier in a message, with upper and lower case swapped.
 
 namespace {
 
@@ -55,7 +55,7 @@ TEST_F(CaseReid20, OnInvalidEventForAnEvent) {
 }
 
 TEST_F(CaseReid20, OnInvalidEventForAFile) {
-    // The first one names a damaged event anyhow, the second would have named the true one.
+    // The first one names a damaged event anyway, the second would have named the true one.
     Start({"-f"}, {"--on", "INVALID_EVENT:2"});
     RequestsVideoWithFault("invalidFile");
     Logs(16, "INVALID_EVENT 'reid' attribute = 'nt1'");

@@ -11,8 +11,8 @@
 #include "ShownLines.h"
 #include "tests/support/World.h"
 
-// What the tests of defects leave out is found here: by the document that lists the harness's log lines and
-// by the program's own list of defects.
+// Finds what the tests of defects leave out, using the document that lists the harness's log lines and the
+// program's own list of defects.
 
 namespace {
 
@@ -22,7 +22,7 @@ std::string Printed(const Line& line) {
     return std::to_string(line.first) + " \"" + line.second + "\"";
 }
 
-/// The cells of a row of a table in Markdown, the first one at index 1.
+/// The cells of a Markdown table row, the first one at index 1.
 std::vector<std::string> Cells(const std::string& row) {
     const std::string separator = " | ";
     std::vector<std::string> cells = {""};
@@ -36,7 +36,7 @@ std::vector<std::string> Cells(const std::string& row) {
     return cells;
 }
 
-/// What stands between back quotes.
+/// The texts between back quotes.
 std::vector<std::string> Quoted(const std::string& text) {
     std::vector<std::string> found;
     std::istringstream pieces(text);

@@ -12,7 +12,7 @@
 
 inline constexpr const char* kNoMatch = "'reid' attribute does not match expected: '";
 
-// The assertion on a message that is no document.
+// The assertion on a message that is not a document.
 constexpr const char* kHandleMessage10 =
     "virtual VelProtocolBase::e_MsgReturn VelProtocol_1_0::HandleMessage()";
 constexpr const char* kHandleMessage20 =
@@ -30,15 +30,14 @@ extern const char* const kSendMessage;
 
 /// A DVR with one defect, and the harness that meets it.
 ///
-/// A suite is named for the defect that its tests play and for the dialect: MissingReid20 plays missing-reid
-/// in a 2.0 dialogue. The DVR has one event, Event1, with the files Meta.xml (4 bytes) and Video.ts (5
-/// bytes).
+/// A suite is named after the defect that its tests play and the dialect: MissingReid20 plays missing-reid in
+/// a 2.0 dialogue. The DVR has one event, Event1, with the files Meta.xml (4 bytes) and Video.ts (5 bytes).
 class DefectTest : public testing::Test {
  protected:
     explicit DefectTest(int dialect);
     void SetUp() override;
 
-    /// Every line that the table says this test shows is in the harness's log.
+    /// Expects every line that this test shows, according to the table, in the harness's log.
     void TearDown() override;
 
     /// Starts the harness with these switches and the DVR with the suite's defect. Takes the log up to the
@@ -51,7 +50,7 @@ class DefectTest : public testing::Test {
     /// The next line of the harness's log.
     void Logs(unsigned int level, const std::string& text, Here here = Here::current());
 
-    /// Takes the next line, but for the trace of the framing.
+    /// Takes the next line, skipping the framing trace.
     LogLine NextLine(Here here = Here::current());
 
     /// The export runs to DONE: the DVR says so and ends with status 0; the harness stops on SIGINT.
@@ -79,7 +78,7 @@ class DefectTest : public testing::Test {
 
     const std::string dialect;
     std::string timeout = "1";        // seconds that the DVR waits for a message
-    std::string transferTime = "20";  // milliseconds; longer with -x, for the second request to come in time
+    std::string transferTime = "20";  // milliseconds; longer with -x, so the second request is in time
     World world;
     std::optional<Harness> harness;
     std::optional<Dvr> dvr;
@@ -97,13 +96,13 @@ class Defect10 : public DefectTest {
     void Describes(const std::string& reid = "Event1", Here here = Here::current());
     void CompletesFile(const std::string& file, Here here = Here::current());
 
-    /// The lines behind the last FILE_COMPLETE.
+    /// The lines after the last FILE_COMPLETE.
     void IsDone(const std::vector<std::string>& events = {"Event1"}, Here here = Here::current());
 
-    /// All that follows the description.
+    /// Everything after the description.
     void ExportsEvent(Here here = Here::current());
 
-    /// The harness closes the connection, and all ends as Completes says.
+    /// The harness closes the connection, and everything ends as in Completes.
     void ClosesAndCompletes(Here here = Here::current());
 };
 
@@ -116,25 +115,25 @@ class Defect20 : public DefectTest {
     void Lists(Here here = Here::current());
     void Describes(const std::string& reid = "Event1", Here here = Here::current());
 
-    /// All up to the request for the first file.
+    /// Everything up to the request for the first file.
     void ReachesFirstFile(Here here = Here::current());
 
-    /// FILE_COMPLETE for the file awaited, after which `left` are queued.
+    /// FILE_COMPLETE for the awaited file, after which `left` are queued.
     void CompletesFile(const std::string& file, int left, Here here = Here::current());
 
     /// The same for Meta.xml, and the plain request for Video.ts, with a new hash or without.
     void CompletesMetadata(Here here = Here::current());
     void RequestsVideo(bool rehash = false, Here here = Here::current());
 
-    /// The same for Video.ts, and the report that all files are in.
+    /// The same for Video.ts, and the report that all files have arrived.
     void CompletesVideo(Here here = Here::current());
 
     void Acknowledges(Here here = Here::current());
 
-    /// The lines behind the plain request for Video.ts.
+    /// The lines after the plain request for Video.ts.
     void ExportsRest(Here here = Here::current());
 
-    /// All that follows the request for the first file.
+    /// Everything after the request for the first file.
     void ExportsFiles(Here here = Here::current());
 };
 

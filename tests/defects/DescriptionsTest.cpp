@@ -2,14 +2,14 @@
 
 #include "DefectTest.h"
 
-// The description of an event, which travels as a document in the text of a message.
+// The description of an event, which is a document in the text of a message.
 
 namespace {
 
 constexpr const char* kNothingToReceive = "Got EVENT message with no files to receive";
 constexpr const char* kNoErrorInside = "not embmsg.Error()";
 
-/// A description from which the harness learns of no file.
+/// A description that tells the harness of no file.
 struct WithoutFiles10 : Defect10 {
     void LeavesNothingToAskFor(bool found, Here here = Here::current()) {
         Start({}, {}, "", here);

@@ -2,7 +2,7 @@
 
 #include "DefectTest.h"
 
-// Documents that are no message, or no XML.
+// Documents that are not a message, or not XML.
 
 namespace {
 
@@ -55,7 +55,7 @@ TEST_F(MalformedXml10, OnXml) {
     Start({}, {"--on", "XML"});
     Opens();
     Logs(1, "error: 1:Error reading Element value.");
-    Logs(1, "row: 0:0");  // the end of the document has no place
+    Logs(1, "row: 0:0");  // the end of the document has no position
     Fails(kHandleMessage10, kNoError, "GET_FILE");
     Marks({"XML"});
 }

@@ -6,10 +6,10 @@ namespace {
 
 struct Double10 : Defect10 {};
 struct Double20 : Defect20 {
-    /// With the files of the event queued twice, each behind the other.
+    /// With the files of the event queued twice, one set after the other.
     void ExportsTheFilesTwice(Here here = Here::current()) {
         CompletesFile("Meta.xml", 3, here);
-        // The second request for the front file was answered as well.
+        // The second request for the front file was answered too.
         Logs(1, "invalid file in FILE_COMPLETE: " + FileComplete20("Event1", "Meta.xml"), here);
         CompletesFile("Video.ts", 2, here);
         CompletesFile("Meta.xml", 1, here);

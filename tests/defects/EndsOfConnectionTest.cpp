@@ -2,7 +2,7 @@
 
 #include "DefectTest.h"
 
-// The end of the connection, in good order or by reset, at a byte of a message.
+// The end of the connection, orderly or by reset, at a byte of a message.
 
 namespace {
 
@@ -12,7 +12,7 @@ constexpr const char* kReset = "Connection reset by peer";
 
 struct Close10 : Defect10 {};
 struct Close20 : Defect20 {
-    /// @return what the harness says of the text's end, in a world of its own
+    /// @return what the harness says about the text's end, in a world of its own
     std::string EndWithSeed(const std::string& seed, Here here = Here::current()) {
         const World fresh;
         SetUp();
@@ -31,7 +31,7 @@ TEST_F(Close10, BeforeAMessage) {
     Start({}, {"--on", "XML"}, "=0");
     Opens();
     DvrHasEnded();
-    harness->StopsOnInterrupt();  // it reads on without rest
+    harness->StopsOnInterrupt();  // it keeps reading without a pause
     Marks({"XML"});
     Notes("closed the connection, as told");
 }
@@ -177,7 +177,7 @@ TEST_F(Reset20, InsideAText) {
 }
 
 TEST_F(Reset20, BehindAMessage) {
-    // The harness rests 250 ms before it answers: by then the reset has come.
+    // The harness pauses 250 ms before it answers: by then the reset has come.
     Start({}, {"--on", "EVENT"});
     ReachesFirstFile();
     Logs(2, std::string("SendMessage: msg: size= 88  errorno=") + kReset);

@@ -1,6 +1,6 @@
 #include "DefectTest.h"
 
-// The file's name in a message: another, none, one in other letters, or that of the file whose turn has not
+// The file's name in a message: another, none, one in the wrong case, or that of a file whose turn has not
 // come.
 
 namespace {

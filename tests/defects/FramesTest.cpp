@@ -2,7 +2,7 @@
 
 #include "DefectTest.h"
 
-// Frames whose prefix is no number, or not the text's length, and texts with wrong bytes.
+// Frames whose prefix is not a number, or not the text's length, and texts with wrong bytes.
 
 namespace {
 
@@ -85,7 +85,7 @@ TEST_F(LongPrefix10, LeavesTheHarnessWaitingForTheRest) {
 }
 
 TEST_F(LongPrefix20, TakesTheNextMessageForTheRest) {
-    // All of the second OK, its prefix included: it is lost.
+    // All of the second OK, including its prefix: it is lost.
     Start({}, {"--defect", "double"}, "=38");
     harness->LogsInFull({{1, "expecting a message of 75 bytes"},
                          {1, "read success:75"},

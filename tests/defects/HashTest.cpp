@@ -1,6 +1,6 @@
 #include "DefectTest.h"
 
-// What a FILE_COMPLETE says of the file's content. The harness looks at it when it has asked for a new hash.
+// What a FILE_COMPLETE says about the file's content. The harness looks at it if it has asked for a new hash.
 
 namespace {
 
@@ -15,7 +15,7 @@ struct OnRehash : Defect20 {
         RequestsVideo(true, here);
     }
 
-    /// The export without -r does not tell the defect.
+    /// The export without -r does not reveal the defect.
     void GoesUnnoticed(Here here = Here::current()) {
         Start({}, {}, "", here);
         ReachesFirstFile(here);

@@ -1,6 +1,6 @@
 #include "DefectTest.h"
 
-// A second connection beside the first, and one behind it.
+// A second connection during the first, and one after it.
 
 namespace {
 
@@ -12,8 +12,8 @@ struct SecondConnection10 : Defect10 {};
 struct SecondConnection20 : Defect20 {};
 
 TEST_F(SecondConnection10, EndsTheHarness) {
-    // The knock comes behind the second piece of the message, while the harness rests after the first, and
-    // nothing else comes then.
+    // The second connection comes after the second piece of the message, while the harness pauses after the
+    // first, and nothing else comes then.
     Start({}, {"--on", "XML", "--defect", "silence", "--on", "XML", "--segment", "100", "--gap", "50"});
     Opens();
     Describes();
@@ -32,7 +32,7 @@ TEST_F(SecondConnection20, EndsTheHarness) {
 }
 
 TEST_F(SecondConnection20, EndsTheHarnessWithAMessageBesideIt) {
-    // FILE_COMPLETE and the knock come while the harness rests after XFER_IN_PROGRESS.
+    // FILE_COMPLETE and the second connection come while the harness pauses after XFER_IN_PROGRESS.
     Start({"-x"}, {"--on", "FILE_COMPLETE:2"});
     ReachesFirstFile();
     CompletesFile("Meta.xml", 1);
@@ -46,7 +46,7 @@ struct Reconnect10 : Defect10 {};
 struct Reconnect20 : Defect20 {};
 
 TEST_F(Reconnect10, IsServedAsBefore) {
-    timeout = "4";  // the harness rests a second before it closes and accepts
+    timeout = "4";  // the harness pauses a second before it closes and accepts
     Start({});
     Opens();
     Describes();
@@ -76,7 +76,7 @@ TEST_F(Reconnect20, IsServedAsBeforeWhenTheHarnessEndsEarly) {
 }
 
 TEST_F(Reconnect20, EndsTheHarnessThatHasKeptTheConnection) {
-    // The DVR is back while the harness rests after the second EVENT_XFER_ACK.
+    // The DVR is back while the harness pauses after the second EVENT_XFER_ACK.
     Start({}, {"--defect", "double", "--on", "EVENT_XFER_ACK"});
     ReachesFirstFile();
     ExportsFiles();

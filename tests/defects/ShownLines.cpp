@@ -20,7 +20,7 @@ bool StandsForAValue(const std::string& word) {
     return values.count(word) == 1;
 }
 
-/// The fixed parts of a listed text, with a value between each two of them.
+/// The fixed parts of a listed text; a value is between each two of them.
 std::vector<std::string> FixedParts(const std::string& text) {
     std::vector<std::string> parts = {""};
     for (auto start = text.begin(); start not_eq text.end();) {

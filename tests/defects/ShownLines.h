@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-/// A line of the harness's log as doc/log.md lists it, words in capitals standing for values, and the test in
+/// A line of the harness's log as in doc/log.md, where words in capitals stand for values, and the test in
 /// which a defect provokes it.
 struct ShownLine {
     unsigned int level;
@@ -18,8 +18,8 @@ struct UnprovokedLine {
     std::string reason;
 };
 
-/// Every line of levels 1 and 2 is in one of these two. A test whose log lacks a line that it is to show
-/// fails.
+/// Every line of levels 1 and 2 is in one of these two. A test fails if its log lacks a line that it should
+/// show.
 const std::vector<ShownLine>& ShownLines();
 const std::vector<UnprovokedLine>& UnprovokedLines();
 

@@ -47,7 +47,7 @@ TEST_F(UnaskedInvalidEvent20, DropsTheEvent) {
 }
 
 TEST_F(UnaskedInvalidEvent20, LeavesTheFileFaultWithoutARequest) {
-    // Counted once already, and once more for the first damaged request: the second is never sent.
+    // Already counted once, and once more for the first damaged request: the second is never sent.
     Start({"-f"}, {"--on", "FILE_COMPLETE:1"});
     ReachesFirstFile();
     Logs(16, "INVALID_EVENT 'reid' attribute = 'Event1'");
@@ -74,7 +74,7 @@ TEST_F(UnaskedTransportException20, DropsAFile) {
     ExportsRest();
     Completes();
     Marks({"TRANSPORT_EXCEPTION", "FILE_COMPLETE"});
-    // The marker file is removed, whether it is there or not.
+    // The harness removes the marker file whether or not it exists.
     EXPECT_NE(std::string::npos, harness->StandardError().find("/mnt/hd/velloranFail"));
 }
 

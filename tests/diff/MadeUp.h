@@ -5,9 +5,9 @@
 
 #include "rig/diff/Compare.h"
 
-// Campaigns of one case, made up of what a test is about.
+// Made-up campaigns of one case, holding only what a test is about.
 
-/// @return a run that came out so, with no check and no message
+/// @return a run with this outcome, without checks or messages
 rig::diff::CaseRun RunThat(const std::string& outcome, const std::string& reason = "");
 
 /// @return a passed run with the messages
@@ -20,6 +20,6 @@ rig::diff::Campaign CampaignOf(std::vector<rig::diff::CaseRun> runs);
 rig::diff::CaseComparison CompareRuns(std::vector<rig::diff::CaseRun> before,
                                       std::vector<rig::diff::CaseRun> after);
 
-/// Fails where the case has another difference than just this one.
+/// Fails unless the case has exactly this difference.
 void ExpectOnly(const rig::diff::CaseComparison& compared, rig::diff::Change change,
                 const std::string& subject, const std::string& before, const std::string& after);

@@ -6,7 +6,7 @@ using namespace rig::diff;
 
 namespace {
 
-/// @return a run whose reactions to GET_FILE took so long, milliseconds
+/// @return a run whose reactions to GET_FILE took this long, milliseconds
 CaseRun RunThatTook(double median, double percentile95) {
     CaseRun run = RunThat("PASS");
     run.reactions["GET_FILE"] = {median, percentile95};

@@ -6,7 +6,7 @@
 
 namespace fuzz {
 
-/// Makes choices of the bytes of an input. Zeros, and the end of the input, lead to the simplest choice, so
+/// Turns the bytes of an input into choices. Zeros, and the end of the input, give the simplest choice, so
 /// that a shorter input is a simpler run.
 class Choices {
  public:
@@ -36,7 +36,7 @@ class Choices {
         return word;
     }
 
-    /// @return up to `most` bytes as they stand in the input
+    /// @return up to `most` bytes of the input, unchanged
     std::string Bytes(std::size_t most) {
         const auto left = static_cast<std::size_t>(end_ - next_);
         const std::size_t count = most < left ? most : left;

@@ -6,7 +6,7 @@
 
 namespace fuzz {
 
-/// What must hold whatever the input is. Where it does not, the input is a finding: the process ends, with a
+/// Checks what must hold for every input. If it does not, the input is a finding: the process ends with a
 /// line that says what was found.
 inline void Demand(bool holds, const std::string& what) {
     if (!holds) {

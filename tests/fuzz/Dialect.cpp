@@ -24,7 +24,7 @@ std::string ChooseFrame(Choices& choices, const std::string& text) {
     return isTooMuch ? Prefix(static_cast<std::uint32_t>(text.size())) + text : frame;
 }
 
-/// @return the name of a message, by the first attribute of its `msg`; empty where it has none
+/// @return the name of a message, from the first attribute of its `msg`; empty if it has none
 std::string NameOf(const std::string& text) {
     const std::string start = "<msg req=\"";
     if (text.compare(0, start.size(), start) != 0) {
@@ -42,8 +42,8 @@ bool MaySend(const std::string& name, int protocol) {
     return std::find(known.begin(), known.end(), name) != known.end();
 }
 
-/// The writes of one answer: prefix and text in turn, at most two frames, each a message of the dialect with
-/// the length that it must announce.
+/// Checks the writes of one answer: prefix and text in turn, at most two frames, each a message of the
+/// dialect that announces the right length.
 void CheckFrames(const std::vector<std::string>& writes, const TestOptions& options) {
     Demand(writes.size() % 2 == 0 && writes.size() <= 4, "at most two frames, each in two writes");
     for (std::size_t index = 0; index < writes.size(); index += 2) {
@@ -119,7 +119,7 @@ void PlayDialogue(Choices& choices, VelProtocolBase& harness, Sender sender, con
         request = writes.empty() ? request : NameOf(writes.back());
         world.TakeLog(1);
         if (world.Unread() != 0) {
-            return;  // what follows a wrong prefix is no frame
+            return;  // what follows a wrong prefix is not a frame
         }
     }
 }

@@ -9,7 +9,7 @@ namespace {
 /// What the value of an attribute is about.
 enum class Value { Event, FileEvent, File, Hash, Length, Source, Version, Path, Zip, Config, True, Minutes };
 
-/// What stands inside `msg`.
+/// What is inside `msg`.
 enum class Body { None, EventList, Identifiers, Description, Descriptions };
 
 struct Attribute {
@@ -105,7 +105,7 @@ std::string Raw(Choices& choices) {
     return choices.Bytes(choices.Roll(16));
 }
 
-/// @return bytes as they stand in a document: now and then as they are, which may be no XML
+/// @return bytes as a document holds them; now and then unescaped, which may not be XML
 std::string Encoded(Choices& choices, const std::string& text) {
     if (choices.Hit(40)) {
         return text;
@@ -182,7 +182,7 @@ std::string AttributeText(Choices& choices, const std::string& name, const std::
     }
 }
 
-/// @return an element around a content, or now and then around none, doubled, or something else in its place
+/// @return an element around the content; now and then an empty one, two of them, or something else instead
 std::string ElementText(Choices& choices, const std::string& name, const std::string& attributes,
                         const std::string& content) {
     const std::string start = "<" + name + attributes;

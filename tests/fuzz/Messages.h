@@ -14,12 +14,12 @@ struct Expected {
     std::string req;                           // the message itself; empty: any
 };
 
-/// Who sends a message, in which dialect.
+/// Who sends a message, and in which dialect.
 enum class Sender { Dvr_1_0, Dvr_2_0, Harness_1_0, Harness_2_0 };
 
-/// @return the text of a message: one of the dialect's by a table of them, mostly whole, with values that are
-///         mostly those expected; now and then with attributes or elements missing, doubled or strange, or
-///         with bytes damaged anywhere
+/// @return the text of a message, chosen from a table of the dialect's, mostly whole and with mostly the
+///         expected values; now and then with attributes or elements missing, doubled or strange, or with
+///         bytes damaged anywhere
 std::string MakeMessage(Choices& choices, Sender sender, const Expected& expected);
 
 /// @return a text with a few bytes replaced, removed, inserted or doubled

@@ -1,4 +1,4 @@
-// Runs a fuzz target on files, once each, where the program is built without a fuzzer: the corpus as a test.
+// Runs a fuzz target once on each file, if the program is built without a fuzzer: the corpus as a test.
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>

@@ -1,4 +1,4 @@
-// HandleMessage of protocol 1.0, fed sequences of messages by a table of them, whole and damaged.
+// HandleMessage of protocol 1.0, fed sequences of messages from a table, whole and damaged.
 #include "Dialect.h"
 #include "protocol/v1_0/VelProtocol_1_0.h"
 #include "world/World.h"

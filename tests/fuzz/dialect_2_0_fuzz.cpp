@@ -1,4 +1,4 @@
-// HandleMessage of protocol 2.0, fed sequences of messages by a table of them, whole and damaged.
+// HandleMessage of protocol 2.0, fed sequences of messages from a table, whole and damaged.
 #include "Dialect.h"
 #include "protocol/v2_0/VelProtocol_2_0.h"
 #include "world/World.h"

@@ -1,5 +1,5 @@
-// The simulated DVR's dialogues, fed sequences of messages of a harness, whole and damaged. A breach ends a
-// dialogue that does not tolerate them.
+// The simulated DVR's dialogues, fed sequences of a harness's messages, whole and damaged. A breach ends a
+// dialogue that is not tolerant.
 #include <memory>
 
 #include "Choices.h"

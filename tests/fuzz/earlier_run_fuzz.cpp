@@ -1,4 +1,4 @@
-// The simulated DVR's reading of an earlier run from a log: any file is a run, or a usage error in one line.
+// How the simulated DVR reads an earlier run from a log: any file is a run, or a usage error of one line.
 #include <sys/mman.h>
 #include <unistd.h>
 

@@ -1,4 +1,4 @@
-// The simulated DVR's frame decoder: the same bytes give the same frames, whatever pieces they come in.
+// The simulated DVR's frame decoder: the same bytes give the same frames, however they are split.
 #include <optional>
 #include <vector>
 
@@ -22,7 +22,7 @@ bool operator==(const Outcome& one, const Outcome& other) {
            one.rest == other.rest;
 }
 
-/// @param piece  bytes a time; 0: all at once
+/// @param piece  bytes at a time; 0: all at once
 Outcome Decode(const std::string& stream, std::size_t piece) {
     rig::FrameDecoder decoder;
     Outcome outcome;
@@ -47,8 +47,8 @@ Outcome Decode(const std::string& stream, std::size_t piece) {
     return outcome;
 }
 
-/// With wrong lengths lived with, the decoder may give out other frames, but no byte twice and none of its
-/// own.
+/// When it tolerates wrong lengths, the decoder may produce other frames, but no byte twice and no byte that
+/// was not fed.
 void DecodeTolerantly(fuzz::Choices& choices, const std::string& stream) {
     rig::FrameDecoder decoder;
     decoder.AcceptSizeErrors();

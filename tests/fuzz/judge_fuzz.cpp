@@ -1,5 +1,5 @@
-// A log of any bytes: the judge comes to a verdict, every report can be made of it, and the verdict is the
-// same when the log was rotated in the middle and nothing of it is kept.
+// A log of any bytes: the judge reaches a verdict, every report can be made from it, and the verdict is the
+// same if the log was rotated in the middle and nothing of it is kept.
 #include <algorithm>
 #include <cstdint>
 #include <string_view>
@@ -26,7 +26,7 @@ std::vector<std::string_view> LinesOf(std::string_view log) {
     return lines;
 }
 
-/// @param rotated  how many lines stand in the first of two files
+/// @param rotated  how many lines are in the first of two files
 rig::report::Result Judged(const std::vector<std::string_view>& lines, std::size_t rotated, bool keep) {
     rig::report::Result result;
     rig::judge::Judge judge({3, 100.0}, {keep, keep},

@@ -1,5 +1,5 @@
-// The simulated DVR's reading of a message: any text is a message or a breach; a message is printed so that
-// it is read again as it was.
+// How the simulated DVR reads a message: any text is a message or a breach; a printed message reads back
+// unchanged.
 #include <pugixml.hpp>
 
 #include "Choices.h"

@@ -1,4 +1,4 @@
-// The prefix, both ways: every length comes back, and any five bytes are read as the format says.
+// The prefix, both ways: every length survives, and any five bytes are read as the format says.
 #include "Choices.h"
 #include "Demand.h"
 #include "protocol/v1_0/VelProtocol_1_0.h"
@@ -16,7 +16,7 @@ void CheckEncoding(VelProtocolBase& protocol, std::uint32_t length) {
                  "that the prefix of " + std::to_string(length) + " is read as it was written");
 }
 
-/// `bytes` is no longer than what may be read, so that a byte too many is noticed.
+/// `bytes` holds only what may be read, so that reading too far is noticed.
 void CheckDecoding(VelProtocolBase& protocol, const std::string& bytes) {
     std::string prefix;
     while (prefix.size() < 5) {

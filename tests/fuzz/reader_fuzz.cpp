@@ -12,7 +12,7 @@ namespace {
 constexpr int kErrors[] = {EINTR, EAGAIN, EIO, ECONNRESET};
 constexpr std::int64_t kMostText = 1 << 16;
 
-/// @return a prefix for that text: mostly right, of the shortest form or not, sometimes any bytes
+/// @return a prefix for that text: mostly right, in the shortest form or not, sometimes any bytes
 std::string ChoosePrefix(fuzz::Choices& choices, std::size_t size) {
     switch (choices.Roll(8)) {
         case 5:
@@ -74,7 +74,7 @@ bool ReadFrame(fuzz::Choices& choices, fuzz::World& world, VelProtocolBase& prot
     const std::string frame = ChoosePrefix(choices, text.size()) + text;
     const std::int64_t announced = fuzz::Announced(frame);
     if (announced > kMostText && announced <= INT32_MAX) {
-        return false;  // so much memory is no matter of this target
+        return false;  // so much memory is not this target's concern
     }
     FeedInPieces(choices, world, frame);
     std::vector<char> message;

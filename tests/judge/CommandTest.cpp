@@ -155,7 +155,7 @@ class Follower {
         }
     }
 
-    /// It has read the log to its end and waits for more.
+    /// Whether it has read the log to its end and waits for more.
     bool HasReadAll() const {
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
         const auto size = std::filesystem::file_size(log_);
@@ -177,7 +177,7 @@ class Follower {
     }
 
  private:
-    /// @return how far the child has read the log; none where it has not opened it yet
+    /// @return how far the child has read the log; nothing if it has not opened it yet
     std::optional<std::uintmax_t> Position() const {
         const std::string folder = "/proc/" + std::to_string(process_);
         std::error_code error;

@@ -6,7 +6,7 @@
 
 #include "rig/judge/Judge.h"
 
-/// @return the content of a log of a real run, kept beside the tests
+/// @return the content of a log of a real run, kept with the tests
 inline std::string RealLog(const std::string& name) {
     std::ifstream file(std::string(VELLORAN_LOGS) + "/" + name + ".log", std::ios::binary);
     std::ostringstream content;
@@ -14,7 +14,7 @@ inline std::string RealLog(const std::string& name) {
     return content.str();
 }
 
-/// @return the verdicts on the runs of a log that holds this text
+/// @return the verdicts on the runs of a log with this text
 inline rig::report::Result Judged(const std::string& text, const rig::judge::Limits& limits = {}) {
     rig::report::Result result;
     rig::judge::Judge judge(limits, {true, true},
@@ -28,7 +28,7 @@ inline rig::report::Result Judged(const std::string& text, const rig::judge::Lim
     return result;
 }
 
-/// @return the ids of the run's checks with this verdict, parted by blanks
+/// @return the ids of the run's checks with this verdict, separated by blanks
 inline std::string With(rig::report::Verdict verdict, const rig::report::RunResult& run) {
     std::string ids;
     for (const rig::report::CheckResult& check : run.checks) {

@@ -4,8 +4,8 @@
 
 #include "Judging.h"
 
-// Logs of the harness against the simulated DVR, good and with one defect each: what must fail, what the log
-// cannot tell, and that nothing else does.
+// Logs of the harness with the simulated DVR, good and with one defect each: what must fail, what the log
+// cannot tell, and that nothing else fails.
 
 namespace {
 
@@ -93,7 +93,7 @@ INSTANTIATE_TEST_SUITE_P(
         RealLogCase{"d2-reconnect-d", "", "duration.answer"},
         RealLogCase{"d2-unknown-message", "connection.opened messages.known", ""}));
 
-/// @return what was found by the check on the log's only run
+/// @return what the check found on the log's only run
 std::string Found(const char* log, const std::string& id) {
     const auto result = Judged(RealLog(log));
     for (const auto& check : result.runs.at(0).checks) {

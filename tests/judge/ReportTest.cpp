@@ -27,7 +27,7 @@ TEST(Timeline, MarksTheFaultBetweenTheMessages) {
     EXPECT_NE(text.find("DVR -->         INVALID_EVENT -0001\n"), std::string::npos);
 }
 
-/// @return the text with one part of it in place of another
+/// @return the text with `part` replaced by `other`
 std::string With(std::string text, const std::string& part, const std::string& other) {
     return text.replace(text.find(part), part.size(), other);
 }

@@ -51,7 +51,7 @@ TEST(Runs, WithoutTheirStartAreInconclusive) {
     EXPECT_NE(With(Verdict::Inconclusive, result.runs.at(0)).find("log.start"), std::string::npos);
 }
 
-/// A log that lost its first lines proves no failure of what came before them.
+/// A log that lost its first lines proves no failure of what came before.
 TEST(Runs, OfAGoodDvrNeverFailWhereverTheirLogBegins) {
     for (const std::string name : {"clean-1.0", "clean-2.0", "all-faults-2.0", "rehash-xfer-2.0"}) {
         std::string log = RealLog(name);
@@ -96,7 +96,7 @@ TEST(Runs, FailWhereAnAnswerTookLongerThanTheLimit) {
 }
 
 TEST(Runs, AreTimedNetOfTheHarnesssPauses) {
-    // -x: while the harness reads the answer to the second request, that to the first has come.
+    // -x: while the harness reads the answer to the second request, the answer to the first arrives.
     const auto hidden = Judged(RealLog("xfer-2.0")).runs.at(0);
     const auto plain = Judged(RealLog("clean-2.0")).runs.at(0);
     for (const auto& run : {hidden, plain}) {
@@ -137,7 +137,7 @@ TEST(Runs, TellThatASwitchMeansNothingToProtocolOne) {
     EXPECT_EQ(With(Verdict::Inconclusive, result.runs.at(0)), "invalid-event.fired");
 }
 
-// A DVR that answers the request behind a wrong prefix as if the frame had been whole.
+// A DVR that answers the request after a wrong prefix as if the frame were whole.
 TEST(Runs, FailWhereAFrameThatIsTooShortIsAnswered) {
     std::string log = At(1, "'sizeError' flag set") + RealLog("clean-1.0");
     log.insert(log.rfind('\n', log.find("hdr[")) + 1, At(2, "sent: size= 1/30/20  'TEXT'"));

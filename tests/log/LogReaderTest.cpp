@@ -59,7 +59,7 @@ TEST_F(LogReader, FollowsAFileUntilItIsOverAndReadsAllThatIsThere) {
     EXPECT_EQ(taken, 3);
 }
 
-/// A process of its own with a pipe at its standard input, which reads it as a log.
+/// A separate process that reads a pipe on its standard input as a log.
 class PipeReader {
  public:
     /// @param isFollowed  until it has three lines
@@ -84,7 +84,7 @@ class PipeReader {
         EXPECT_EQ(write(pipe_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
     }
 
-    /// Waits until all is read, so that the handler is there, and interrupts.
+    /// Waits until all is read, so that the handler is installed, and interrupts.
     void Interrupt() const {
         int left = 1;
         while (left > 0 && ioctl(pipe_, FIONREAD, &left) == 0) {
@@ -139,7 +139,7 @@ TEST_P(LogReaderOfAPipe, EndsAtASecondInterrupt) {
     const PipeReader reader(GetParam());
     reader.Write("a\n");
     reader.Interrupt();
-    poll(nullptr, 0, 50);  // two signals at once may be one
+    poll(nullptr, 0, 50);  // two signals at once may merge into one
     reader.Interrupt();
     EXPECT_EQ(reader.Lines(), 1);
 }

@@ -4,8 +4,8 @@
 
 namespace model {
 
-/// Descriptions travel as the text of an element. The model reads no XML: whoever makes a message leaves the
-/// tree of each description here.
+/// Descriptions are sent as the text of an element. The model reads no XML: whoever makes a message leaves
+/// each description's tree here.
 const Element* Description(const std::string& text);
 /// @return the text that stands for the description
 std::string Registered(const Element& description);

@@ -4,8 +4,8 @@
 #include <utility>
 #include <vector>
 
-/// Random choices, made ahead of time so that a failing run of them can be shortened: zeros, and an end of
-/// the dice, lead to the simplest choice.
+/// Random choices, made in advance so that a failing run of them can be shortened: zeros, and the end of the
+/// dice, give the simplest choice.
 class Dice {
  public:
     explicit Dice(std::vector<unsigned int> rolls) : rolls_(std::move(rolls)) {}

@@ -7,7 +7,7 @@
 
 namespace model {
 
-/// An XML element, with a text or with child elements or with neither.
+/// An XML element, with text or child elements or neither.
 struct Element {
     std::string name;
     std::vector<std::pair<std::string, std::string>> attributes;
@@ -20,10 +20,10 @@ struct Element {
     const Element* Child(const std::string& name) const;
 };
 
-/// @return the element in one line, as it travels
+/// @return the element on one line, as it is sent
 std::string Compact(const Element& element);
 
-/// @return the element as it is saved to a file: each element on a line of its own, indented by 4 blanks a
+/// @return the element as it is saved to a file: each element on a line of its own, indented by 4 blanks per
 /// level
 std::string Indented(const Element& element);
 

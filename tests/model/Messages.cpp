@@ -19,14 +19,14 @@ Element Msg(const std::string& req) {
     return {"msg", {{"req", req}}, std::nullopt, {}};
 }
 
-/// Adds an attribute, or now and then none.
+/// Adds an attribute; now and then does not.
 void Give(Dice& dice, Element& element, const std::string& name, const std::string& value) {
     if (!dice.Hit(12)) {
         element.attributes.emplace_back(name, value);
     }
 }
 
-/// @return the right one, or now and then any
+/// @return the right one; now and then any
 std::string Mostly(Dice& dice, const std::string& right, const std::vector<std::string>& any) {
     return dice.Hit(8) ? dice.Pick(any) : right;
 }
@@ -131,7 +131,7 @@ Element About(Dice& dice, const std::string& req, const std::string& reid) {
     return message;
 }
 
-/// What a DVR answers to the last request, a refusal included.
+/// What a DVR may answer to the last request, including a refusal.
 Element Answer(Dice& dice, const model::Model& model) {
     const std::string& asked = model.LastSent();
     const std::string event = model.Events().empty() ? "E1" : model.Events().front();

@@ -17,10 +17,10 @@ namespace model {
 struct Delivery {
     struct Piece {
         std::size_t size = 0;
-        int error = 0;  // of a read ahead of it; 0: none
+        int error = 0;  // of a read before it; 0: none
     };
     std::vector<Piece> pieces;
-    int prefixError = 0;  // of a read ahead of the prefix; 0: none
+    int prefixError = 0;  // of a read before the prefix; 0: none
 };
 
 /// What one message makes the harness do, in order, and what it tells its driver.
@@ -29,8 +29,8 @@ struct Reaction {
     bool closes = false;
 };
 
-/// The required behaviour of the harness, written down a second time: a message as a tree goes in, what must
-/// show in the journal comes out. Knows neither the harness's code nor its XML library.
+/// The required behaviour of the harness, written a second time: a message goes in as a tree, and what the
+/// journal must show comes out. Uses neither the harness's code nor its XML library.
 class Model {
  public:
     explicit Model(const TestOptions& options) : options_(options) {}

@@ -43,7 +43,7 @@ TEST(LogClient, WritesNothingWhenItIsSetUp) {
 
 TEST(LogClient, IsNotDestroyedAtExit) {
     // Registered first, so it runs after everything that is destroyed at exit. The name is too long to
-    // survive in the place of a string that is gone.
+    // survive in the memory of a destroyed string.
     const Outcome outcome = RunSubject([] {
         std::atexit([] { Log(1, "shutting down"); });
         LogClient::Instance()->ProcessName("a-name-that-a-string-keeps-on-the-heap");

@@ -110,7 +110,7 @@ TEST(Errno, IsKeptWhenStandardOutputFails) {
 
 int handlerRan[2];  // a pipe with a byte for each signal handled
 
-/// Interrupts a process so often that it is hit in the middle of a write that has not written anything yet.
+/// Interrupts a process so often that it is hit during a write that has not written anything yet.
 void Interrupt(pid_t writer) {
     for (int time = 0; time < 100; ++time) {
         char byte = 0;
@@ -128,7 +128,7 @@ void WaitUntilFull(int pipe) {
     }
 }
 
-/// Starts a process that runs `code` with standard output at a pipe. @return its id
+/// Starts a process that runs `code` with a pipe as its standard output. @return its id
 pid_t StartWriter(const std::array<int, 2>& pipe, const std::function<void()>& code) {
     const pid_t writer = fork();
     if (writer == 0) {

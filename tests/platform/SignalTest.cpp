@@ -22,8 +22,7 @@ void StartTimer() {
     setitimer(ITIMER_REAL, &soon, nullptr);
 }
 
-/// Started anew by each signal, as a timer that is faster than the handler would leave the code no time at
-/// all.
+/// Each signal restarts it, as a timer faster than the handler would leave the code no time at all.
 void HandleAlarm(int) {
     SysLogMsg().Log(1, LogClient::Instance()->ProcessName()) << "from the handler";
     handled = handled + 1;

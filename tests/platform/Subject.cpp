@@ -22,7 +22,7 @@ struct Channel {
     int reader, writer;
 };
 
-/// A connection that keeps writes apart.
+/// A connection that keeps writes separate.
 Channel OpenChannel() {
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) not_eq 0) {

@@ -16,10 +16,10 @@ namespace {
 
 using Seconds = std::chrono::duration<double>;
 
-/// More than a moment, less than any time-out of a stalled send; a loaded machine is given its share.
+/// More than a moment, less than any time-out of a stalled send; long enough for a loaded machine.
 constexpr double kMoment = 10;
 
-/// Descriptor 3 is the first that is free when the logger starts.
+/// Descriptor 3 is the first free one when the logger starts.
 constexpr int kSyslogFd = 3;
 
 /// @return what reaches standard output when the named process runs `code`, which must change no descriptor

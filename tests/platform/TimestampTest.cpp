@@ -9,7 +9,7 @@
 
 namespace {
 
-std::optional<timespec> instant;  // the clock stands there; runs on if there is none
+std::optional<timespec> instant;  // the clock stands still there; it runs if there is none
 
 }  // namespace
 

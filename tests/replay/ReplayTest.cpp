@@ -23,7 +23,7 @@ void WriteFile(const std::string& path, const std::string& content) {
     std::ofstream(path, std::ios::binary) << content;
 }
 
-/// Takes all lines up to and including "shutting down". @return them as they stand in the log
+/// Takes all lines up to and including "shutting down". @return them as in the log
 std::string RestOfLog(Harness& harness) {
     std::string log;
     std::string line;
@@ -66,7 +66,7 @@ void Replay(const std::string& log, const Words& switches, int status, const std
     harness.EndsWithStatus(44);
 }
 
-/// @return the number of the so-manieth line that contains the text, from 1
+/// @return the number of the line with the Nth occurrence of the text, from 1
 std::size_t LineWith(const std::string& log, const std::string& text, int occurrence = 1) {
     std::size_t number = 1;
     for (std::size_t start = 0; start < log.size(); ++number) {

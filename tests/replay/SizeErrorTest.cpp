@@ -9,7 +9,7 @@
 #include "tests/support/Harness.h"
 #include "tests/support/World.h"
 
-// The harness's -z against a DVR that goes on all the same, and one that does not.
+// The harness's -z against a DVR that goes on anyway, and one that does not.
 
 namespace {
 

@@ -34,7 +34,7 @@ TEST(HtmlChecks, LeadToTheLinesThatProveThem) {
     const pugi::xml_node list = ById(page, "made-up.fail").select_node(".//ul").node();
     EXPECT_STREQ(list.first_child().child("a").attribute("href").value(), "#L3");
     EXPECT_EQ(TextOf(list.first_child()), "made-up.log:3 Sending DONE");
-    // A line that the run's log does not hold is told without link.
+    // A line that the run's log does not hold is shown without a link.
     EXPECT_FALSE(list.last_child().child("a"));
     EXPECT_EQ(TextOf(list.last_child()), "made-up.log:99 not of this run");
 }

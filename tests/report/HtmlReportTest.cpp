@@ -9,7 +9,7 @@
 namespace rig::report {
 namespace {
 
-/// @return how often each anchor is defined on the page, and what is linked to but not defined
+/// @return how often each anchor is defined on the page, and what is linked but not defined
 std::pair<std::map<std::string, int>, std::set<std::string>> Anchors(const pugi::xml_document& page) {
     std::map<std::string, int> ids;
     std::set<std::string> missing;
@@ -84,7 +84,7 @@ TEST(HtmlReport, OfNoRunIsAPageToo) {
     EXPECT_EQ(HeadlineOf({}), "The DVR passed: 0 of 0 checks");
 }
 
-/// Puts the text in every place of a result that may hold what others wrote.
+/// Puts the text everywhere in a result that may hold what others wrote.
 Result WithEverywhere(const std::string& text) {
     Result result = MadeUp();
     RunResult& run = result.runs.at(0);
@@ -117,7 +117,7 @@ TEST_P(HtmlReportOfHostileText, HoldsItAsText) {
     EXPECT_FALSE(page.select_node("//img | //*[@onerror]"));
     EXPECT_EQ(text.find('\0'), std::string::npos);
     EXPECT_EQ(text.find("&#"),
-              text.find("&#10;"));  // of control characters only that of an attribute's newline
+              text.find("&#10;"));  // of control characters only an attribute's newline
 }
 
 INSTANTIATE_TEST_SUITE_P(Texts, HtmlReportOfHostileText,

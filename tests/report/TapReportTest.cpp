@@ -18,7 +18,7 @@ TEST(TapReport, TellsEachVerdict) {
     EXPECT_NE(text.find("\nnot ok 6 - made-up.log:1 made-up.fail\n# FAIL: expected "), std::string::npos);
 }
 
-/// @return the numbers of the tests in the order in which they stand; the plan first
+/// @return the numbers of the tests in order of appearance; the plan first
 std::vector<std::size_t> NumbersOf(const std::string& report) {
     std::vector<std::size_t> numbers;
     std::istringstream lines(report);

@@ -16,7 +16,7 @@ const std::string kGetXml = R"(<msg req="GET_XML" />)";
 /// @return a local TCP port at which nobody listens
 int UnusedPort();
 
-/// The backend's end of one connection, for a script to speak. Every wait ends after 20 seconds with an
+/// The backend's end of one connection, driven by a script. Every wait ends after 20 seconds with an
 /// exception.
 class BackendConnection {
  public:
@@ -25,13 +25,13 @@ class BackendConnection {
     /// @return the text of the next frame; throws std::runtime_error when there is none
     std::string Read();
 
-    /// Waits until the peer has closed the connection. @return whether it sent nothing more before
+    /// Waits until the peer has closed the connection. @return whether it sent nothing more before that
     bool IsClosedByPeer();
 
-    /// Sends the text as one frame, its prefix and itself apart, as the harness does.
+    /// Sends the text as one frame, prefix and text separately, as the harness does.
     void Send(const std::string& text);
 
-    /// Sends the text as one frame, in one piece, for where many messages are sent.
+    /// Sends the text as one frame, in one piece, for tests that send many messages.
     void SendAtOnce(const std::string& text);
 
     /// Sends bytes as they are.
@@ -45,12 +45,12 @@ class BackendConnection {
     rig::Descriptor socket_;
 };
 
-/// A backend that listens at a local port of its own and plays a script with the first client that connects.
+/// A backend that listens on a local port of its own and plays a script with the first client that connects.
 class Backend {
  public:
     using Script = std::function<void(BackendConnection&)>;
 
-    /// Listens at once, and plays the script in a thread. What the script throws fails the test.
+    /// Listens at once, and plays the script in a thread. An exception from the script fails the test.
     explicit Backend(Script script);
     ~Backend();
     Backend(const Backend&) = delete;

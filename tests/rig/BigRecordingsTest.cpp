@@ -41,8 +41,8 @@ std::string FileName(int file) {
 
 class BigRecordingsTest : public testing::Test {
  protected:
-    /// In memory, and as hard links, where so many files take seconds instead of minutes. A file can have
-    /// some 60,000 links.
+    /// In memory, and with hard links, so that this many files take seconds instead of minutes. A file can
+    /// have some 60,000 links.
     BigRecordingsTest() : folder_(fs::is_directory("/dev/shm") ? "/dev/shm" : fs::temp_directory_path()) {
         for (int event = 0; event < kEvents; ++event) {
             const fs::path folder = folder_.Path() / EventName(event);
@@ -57,7 +57,7 @@ class BigRecordingsTest : public testing::Test {
         }
     }
 
-    /// The script gets the DVR's process as well.
+    /// The script also gets the DVR's process.
     ProgramResult PlayDvr(const std::string& protocol,
                           const std::function<void(BackendConnection&, pid_t)>& script) const {
         std::promise<pid_t> process;
@@ -68,14 +68,14 @@ class BigRecordingsTest : public testing::Test {
                       {{}, false, nullptr, [&](pid_t started) { process.set_value(started); }});
     }
 
-    /// Exports so many of the events in 2.0. @return the memory that it took at most, in kilobytes
+    /// Exports that many of the events in 2.0. @return the peak memory, in kilobytes
     long Export(int events) const;
 
     TemporaryFolder folder_;
 };
 
-/// @return the most memory of its own that a process has had, in kilobytes; without the program and its
-///         libraries, of which the kernel maps more or less
+/// @return a process's peak memory of its own, in kilobytes; without the program and its libraries, of which
+///         the kernel maps more or less
 long PeakOf(pid_t process) {
     std::ifstream status("/proc/" + std::to_string(process) + "/status");
     std::map<std::string, long> kilobytes;

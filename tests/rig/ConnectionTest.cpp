@@ -24,7 +24,7 @@ using rig::Milliseconds;
 constexpr Milliseconds kLong(10'000);
 constexpr Milliseconds kShort(50);
 
-/// A connection whose other end is in the test's hands.
+/// A connection whose other end the test controls.
 class ConnectionTest : public testing::Test {
  protected:
     ConnectionTest() {
@@ -117,7 +117,7 @@ TEST_F(ConnectionTest, ReportsAPeerThatTakesNothing) {
     EXPECT_NE(failure.find("then none for 50 ms"), std::string::npos) << failure;
 }
 
-/// A connection that keeps apart what is sent apart.
+/// A connection that keeps separate sends separate.
 class PiecesTest : public testing::Test {
  protected:
     PiecesTest() {

@@ -16,7 +16,7 @@ Sent Text(const std::string& text, const std::string& then = "acted ") {
     return {EncodeFrame(text), {}, {}, then};
 }
 
-/// The text with the first `from` in it replaced; `from` must be there.
+/// The text with its first `from` replaced; it must contain one.
 std::string With(const std::string& text, const std::string& from, const std::string& to) {
     const std::size_t start = text.find(from);
     EXPECT_NE(start, std::string::npos) << from << " in " << text;
@@ -58,7 +58,7 @@ std::string WithoutEnd(const std::string& text) {
     return text.substr(0, text.size() - end.size());
 }
 
-/// The name of the message's element changed, at both ends.
+/// The message with its element's name changed, in both tags.
 std::string WithElement(const HonestMessage& honest, const std::string& name) {
     const std::string text = With(honest.text, "<msg ", "<" + name + " ");
     return text.find("</msg>") == std::string::npos ? text : With(text, "</msg>", "</" + name + ">");
@@ -89,7 +89,7 @@ bool IsAboutAFile(const HonestMessage& honest) {
     return honest.text.find(" file=") != std::string::npos;
 }
 
-/// A changed file name, where the message has one.
+/// A changed file name, if the message has one.
 Expectation EditFile(const std::string& to) {
     return [=](const HonestMessage& honest) {
         return IsAboutAFile(honest) ? Text(With(honest.text, R"( file="a.ts")", to)) : PassedOver(honest);

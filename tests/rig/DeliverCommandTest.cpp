@@ -126,8 +126,7 @@ TEST_F(DeliverCommandTest, RefusesAFolderThatCannotBeCreated) {
     EXPECT_EQ(file.output, "");
 }
 
-/// Takes from the program that this process becomes, should it be root, the right to go where permissions
-/// forbid.
+/// If this process is root, takes from the program that it becomes the right to bypass permissions.
 void ObeyPermissions() {
     for (const int capability : {CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH}) {
         if (geteuid() == 0 && prctl(PR_CAPBSET_DROP, capability) == -1) {
@@ -237,8 +236,8 @@ void WriteFile(const char* name, const std::string& content) {
     close(file);
 }
 
-/// Mounts a small file system for this process alone. It is root of a namespace of its own for that, where
-/// the system lets it be.
+/// Mounts a small file system for this process alone. For that it becomes root of a namespace of its own, if
+/// the system allows it.
 void MountSmallDisk(const fs::path& folder, const std::string& size) {
     const std::string user = std::to_string(getuid());
     const std::string group = std::to_string(getgid());

@@ -23,7 +23,7 @@ using rig::Event;
 using rig::ExitStatus;
 namespace fs = std::filesystem;
 
-/// One event with one file besides its metadata; the names are the test's.
+/// One event with one file besides its metadata; the test chooses the names.
 class NamedRecordings : public rig::Recordings {
  public:
     NamedRecordings(const std::string& event, const std::string& file) : events_{event}, file_(file) {}
@@ -37,7 +37,7 @@ class NamedRecordings : public rig::Recordings {
     std::string file_;
 };
 
-/// @return the path of everything below a folder that is no folder, and its contents
+/// @return the path and contents of each file below a folder
 std::map<std::string, std::string> FilesIn(const fs::path& folder) {
     std::map<std::string, std::string> files;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
@@ -184,7 +184,7 @@ TEST_F(DeliveryTest, RefusesToReplaceAFolderByAFile) {
     EXPECT_EQ(FilesIn(Place()), Files());
 }
 
-/// Lets no file of this process become longer than so many bytes.
+/// Limits the files of this process to so many bytes.
 class FileSizeLimit {
  public:
     explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {

@@ -15,7 +15,7 @@ using rig::Message;
 
 class Dialogue10Test : public testing::Test {
  protected:
-    /// Hands a message's text to the dialogue. @return the texts of the answers
+    /// Passes a message's text to the dialogue. @return the texts of the answers
     std::vector<std::string> Handle(const std::string& text) {
         std::vector<std::string> answers;
         for (const Message& answer : dialogue_.Handle(Message::Parse(text))) {

@@ -42,7 +42,7 @@ class Dialogue20Test : public testing::Test {
         return BreachOf([&] { Handle(text); });
     }
 
-    /// Brings the dialogue to where an event is in progress.
+    /// Advances the dialogue until an event is in progress.
     void Start(const std::string& reid) {
         Handle(kListRequest);
         Handle(NextEvent(reid));

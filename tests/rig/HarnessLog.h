@@ -3,22 +3,22 @@
 #include <string>
 #include <vector>
 
-/// Writes the log of a harness as it would come about.
+/// Writes a log as a harness would.
 class HarnessLog {
  public:
     /// @param prefix  of every line, with its blank
     explicit HarnessLog(const std::string& prefix = "2026-11-20T14:03:07.123456Z velloran 1 ");
 
-    /// A line with this text, as it stands in the log.
+    /// A line with this text, as in the log.
     HarnessLog& Line(const std::string& text);
 
-    /// The lines of a message that was read.
+    /// The lines about a message that was read.
     HarnessLog& Received(const std::string& text);
 
-    /// The lines of a prefix that was sent.
+    /// The lines about a prefix that was sent.
     HarnessLog& Sent(std::size_t announced);
 
-    /// "Connected to", behind these switches' lines.
+    /// "Connected to", after these switches' lines.
     HarnessLog& Connected(const std::vector<std::string>& switches = {});
 
     /// The next lines have this prefix.

@@ -8,7 +8,7 @@
 #include "rig/dvr/Frame.h"
 #include "rig/dvr/Injector.h"
 
-// When a defect acts, and which ones are refused. What each does: DefectsTest.
+// When a defect acts, and which ones are refused. DefectsTest shows what each does.
 namespace {
 
 using rig::DefectSite;

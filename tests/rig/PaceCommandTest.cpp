@@ -77,7 +77,7 @@ TEST_F(PaceCommandTest, SendsInPiecesWithPauses) {
     EXPECT_EQ(result.status, 1) << result.errors;
 }
 
-/// Plays the transfer of front.ts at 100,000 bytes a second. @return what stands on standard output
+/// Plays the transfer of front.ts at 100,000 bytes per second. @return what is on standard output
 std::string OutputOfATransfer(const fs::path& recordings, const Arguments& environment, bool onTerminal) {
     return PlayDvr20({"--recordings", recordings.string(), "--rate", "100000"},
                      [](BackendConnection& backend) {

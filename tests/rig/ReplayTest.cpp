@@ -30,7 +30,7 @@ const std::string kFileComplete = R"(<msg req="FILE_COMPLETE"/>)";
 const std::string kGetFile = R"(<msg req="GET_FILE" path="E1" file="a" />)";
 const std::string kUnasked = R"(<msg req="NOISE"/>)";
 
-/// A run with two requests, and a message that is not answered between them.
+/// A run with two requests, and an unanswered message between them.
 HarnessLog Export() {
     HarnessLog log;
     log.Connected().Received(kOkIn10).Line("got an OK, sending GET_XML").Sent(kGetXml.size());
@@ -42,7 +42,7 @@ HarnessLog Export() {
 
 class ReplayTest : public testing::Test {
  protected:
-    /// Plays the log against a backend with the script.
+    /// Plays the log to a backend with the script.
     void Play(const std::string& log, Backend::Script script, bool paced = false) {
         folder_.Write("run.log", log);
         EarlierRun run = rig::ReadEarlierRun((folder_.Path() / "run.log").string());
@@ -61,7 +61,7 @@ class ReplayTest : public testing::Test {
         summary_ = replay.Summary();
     }
 
-    /// @return what the replay of that run finds when the backend speaks this script
+    /// @return what the replay of that run finds when the backend plays this script
     std::string DeviationOf(Backend::Script script) {
         return BreachOf([&] { Play(Export().Text(), std::move(script)); });
     }

@@ -12,7 +12,7 @@
 
 // A scripted backend and the built program.
 
-/// Runs the DVR against a script. @return what it left behind
+/// Runs the DVR against a script. @return what it left
 inline ProgramResult PlayDvr(const std::vector<std::string>& options, Backend::Script script,
                              const ProgramSurroundings& surroundings = {}) {
     Backend backend(std::move(script));
@@ -53,7 +53,7 @@ inline rig::Message Request(const char* name, const std::string& event, const st
     return request;
 }
 
-/// Takes OK and asks for an event, up to where its files are requested.
+/// Takes OK and asks for an event, up to the request for its files.
 inline void StartEvent(BackendConnection& backend, const std::string& event) {
     backend.Read();
     backend.Send(R"(<msg req="GET_EVENT_LIST" protocolVersion="2.0"/>)");

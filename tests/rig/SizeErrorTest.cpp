@@ -11,7 +11,7 @@
 #include "rig/dvr/Frame.h"
 #include "tests/support/Program.h"
 
-// Frames whose prefix announces another length than the text has.
+// Frames whose prefix announces the wrong length.
 namespace {
 
 using rig::EncodePrefix;

@@ -9,7 +9,7 @@
 #include "rig/dvr/Dialogue_2_0.h"
 #include "tests/support/TemporaryFolder.h"
 
-// A DVR that is wrong on purpose answers also what is out of place, as that may well be its own fault.
+// A DVR that is wrong on purpose also answers what is out of place, as that may well be its own fault.
 namespace {
 
 using rig::Dialogue;

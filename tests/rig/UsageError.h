@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-/// Behind what the command line's parser has to say.
+/// Follows what the command line's parser says.
 inline const std::string kMoreHelp = " (velloran-rig --help tells more)";
 
 /// A command line that is refused.

@@ -29,7 +29,7 @@ class Dialogue : public SystemTest {
     /// Starts the harness and connects the DVR. Takes the log up to the line that says so.
     void Connect(const std::vector<std::string>& switches = {}, const Launch& launch = {});
 
-    /// A further DVR connects, after the harness has closed the connection of the last one.
+    /// Another DVR connects, after the harness has closed the last one's connection.
     void Reconnect();
 
     /// The harness closes the connection.
@@ -41,7 +41,7 @@ class Dialogue : public SystemTest {
     /// The process aborts at a failed assertion, having sent nothing more.
     void Dies(const std::string& function, const std::string& expression, Here here = Here::current());
 
-    /// The process ends by an exception that nobody catches, for a file without a name.
+    /// The process ends by an uncaught exception, for a file without a name.
     void DiesOfAMissingName(Here here = Here::current());
 
     std::optional<Harness> harness;
@@ -61,7 +61,7 @@ class Dialect10 : public Dialogue {
     void Describes(const std::string& reid, const std::vector<std::string>& files,
                    Here here = Here::current());
 
-    /// FILE_COMPLETE for the file awaited. Its answer is the test's to receive.
+    /// FILE_COMPLETE for the awaited file. The test must receive its answer.
     void Completes(const std::string& reid, const std::string& file, Here here = Here::current());
 
     /// The end of the export: EVENT_XFER_COMPLETE for these events and DONE.
@@ -80,25 +80,24 @@ class Dialect20 : public Dialogue {
     /// OK, answered by GET_EVENT_LIST.
     void Opens(Here here = Here::current());
 
-    /// EVENT_LIST. Its answer is the test's to receive.
+    /// EVENT_LIST. The test must receive its answer.
     void Lists(const std::vector<std::string>& ids, Here here = Here::current());
 
-    /// EVENT with this description. Its answer is the test's to receive.
+    /// EVENT with this description. The test must receive its answer.
     void Describes(const std::string& reid, const std::string& description, Here here = Here::current());
 
     /// OK, EVENT_LIST with this event and EVENT with these files, up to the request for the first file.
     void ReachesFirstFile(const std::string& reid, const std::vector<std::string>& files,
                           Here here = Here::current());
 
-    /// FILE_COMPLETE for the file awaited, after which `left` are queued. Its answer is the test's to
-    /// receive.
+    /// FILE_COMPLETE for the awaited file, after which `left` are queued. The test must receive its answer.
     void Completes(const std::string& reid, const std::string& file, int left,
                    const std::string& attributes = "", Here here = Here::current());
 
     /// What follows the last file: EVENT_XFER_COMPLETE.
     void ReceivesEventXferComplete(const std::string& reid, Here here = Here::current());
 
-    /// EVENT_XFER_ACK for the event in progress. Its answer is the test's to receive.
+    /// EVENT_XFER_ACK for the event in progress. The test must receive its answer.
     void Acknowledges(const std::string& reid, Here here = Here::current());
 
     /// What follows the last event: DONE, with further attributes if given.

@@ -11,17 +11,17 @@
 /// running.
 class Dvr {
  public:
-    /// @param arguments  behind "dvr"
+    /// @param arguments  after "dvr"
     explicit Dvr(const std::vector<std::string>& arguments);
     ~Dvr();
     Dvr(const Dvr&) = delete;
     Dvr& operator=(const Dvr&) = delete;
 
-    /// It ends with this status. With another than 0 it says why in one line on standard error, which starts
-    /// with "velloran-rig dvr: " and this text; with 0 it says nothing there.
+    /// It ends with this status. If that is not 0, it says why in one line on standard error, which starts
+    /// with "velloran-rig dvr: " and this text; if it is 0, it says nothing there.
     void EndsWithStatus(int status, const std::string& why = "", Here here = Here::current());
 
-    /// @return what it printed, line by line, without the times. Whole only after it has ended.
+    /// @return what it printed, line by line, without the times. Complete only after it has ended.
     std::vector<std::string> Transcript() const;
 
     /// @return the names of the messages that it sent with the mark of this defect, in order

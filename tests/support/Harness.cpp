@@ -18,7 +18,7 @@ Harness::Harness(const std::vector<std::string>& switches, const Launch& launch)
 /// A failed test's report ends with what the harness did.
 Harness::~Harness() {
     if (testing::Test::HasFailure()) {
-        constexpr std::size_t kEnough = 20000;  // of a log that repeats one line for ever
+        constexpr std::size_t kEnough = 20000;  // of a log that repeats one line forever
         std::cerr << "-- the harness's log:\n"
                   << process_.output.substr(0, kEnough) << (process_.output.size() > kEnough ? "...\n" : "")
                   << "-- its standard error:\n"
@@ -36,7 +36,7 @@ void Harness::Listens(Here here) {
     }
 }
 
-/// Takes the next line, of the trace of the framing too or not.
+/// Takes the next line, with or without the framing trace.
 /// @return false if none comes
 bool Harness::NextLine(bool withFraming, LogLine& line) {
     while (process_.Await([this] { return not process_.lines.empty(); })) {

@@ -11,8 +11,8 @@
 ///
 /// The log is read in order: each step takes the line after the one that the step before it took, and waits
 /// for it if need be. Every line must be taken by some step; the steps that see the process end check that
-/// nothing is left. The trace of the framing (the bytes of each prefix sent, the sizes and the slices of each
-/// message received) is passed over by all steps but those that say otherwise.
+/// nothing is left. All steps skip the framing trace (the bytes of each prefix sent, the sizes and slices of
+/// each message received) unless they say otherwise.
 class Harness {
  public:
     explicit Harness(const std::vector<std::string>& switches = {}, const Launch& launch = {});
@@ -26,13 +26,13 @@ class Harness {
     /// The next line has this level and text.
     void Logs(unsigned int level, const std::string& text, Here here = Here::current());
 
-    /// The next lines, the trace of the framing included, are these.
+    /// The next lines, including the framing trace, are these.
     void LogsInFull(const std::vector<LogLine>& lines, Here here = Here::current());
 
-    /// Takes all lines up to and including this one, the trace of the framing included.
+    /// Takes all lines up to and including this one, including the framing trace.
     void LogsUpTo(unsigned int level, const std::string& text, Here here = Here::current());
 
-    /// Takes the next line, the trace of the framing included, as the harness wrote it.
+    /// Takes the next line, including the framing trace, as the harness wrote it.
     std::string TakesRawLine(Here here = Here::current());
 
     /// Sends it a signal.
@@ -44,15 +44,14 @@ class Harness {
     /// It is ended by this signal.
     void EndsBySignal(int signal, Here here = Here::current());
 
-    /// It aborts at a failed assertion, with the C library's message on standard error and nothing else
-    /// there.
+    /// It aborts at a failed assertion, with only the C library's message on standard error.
     void FailsAssertion(const std::string& function, const std::string& expression,
                         Here here = Here::current());
 
     /// It gets SIGINT, logs "shutting down" next, and ends with status 44.
     void StopsOnInterrupt(Here here = Here::current());
 
-    /// What it wrote to standard error. Whole only after it has ended.
+    /// What it wrote to standard error. Complete only after it has ended.
     const std::string& StandardError() const { return process_.error; }
 
     const Process& GetProcess() const { return process_; }

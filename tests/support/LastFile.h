@@ -3,10 +3,10 @@
 #include "tests/support/Dialogue.h"
 
 /// An export of the event EVENT1 with the files meta.xml and video1, where the first has been delivered and
-/// the last is next: there the faults of files act.
+/// the last is next: that is where the faults of files act.
 class FaultsOfTheLastFile : public Dialect20 {
  protected:
-    /// Goes there. What happens with the last file is the test's to see.
+    /// Goes there. The test then handles the last file.
     void ReachLastFile(const std::vector<std::string>& switches, const Launch& launch = {});
 
     /// The last file is requested without a fault; with rehash="true" or not.

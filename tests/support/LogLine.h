@@ -18,11 +18,11 @@ std::ostream& operator<<(std::ostream& out, const LogLine& line);
 
 std::string Printed(const LogLine& line);
 
-/// Takes a line apart. What is no line of the log gets level 0 and a text that says so.
+/// Parses a line. What is not a log line gets level 0 and a text that says so.
 LogLine ParseLogLine(const std::string& raw);
 
-/// Whether the line belongs to the trace of the framing: the bytes of a prefix sent, the size and the slices
-/// of a message received.
+/// Whether the line belongs to the framing trace: the bytes of a prefix sent, the size and slices of a
+/// message received.
 bool IsFramingTrace(const LogLine& line);
 
 /// The trace of a message received in one piece and short enough for one slice.

@@ -3,12 +3,12 @@
 #include <string>
 #include <vector>
 
-/// The messages of both sides, as text. What the DVR sends is written here as a DVR might write it; what the
-/// harness sends stands here byte for byte.
+/// The messages of both sides, as text. What the DVR sends is here as a DVR might write it; what the harness
+/// sends is here byte for byte.
 
 // From the DVR, both dialects.
 
-/// A message with nothing but its name and, if given, further attributes: ` reid="E1"`.
+/// A message with only its name and, if given, further attributes: ` reid="E1"`.
 std::string Message(const std::string& req, const std::string& attributes = "");
 
 std::string Ok();
@@ -19,7 +19,7 @@ std::string FileComplete(const std::string& reid, const std::string& file,
 /// without `video`.
 std::string Description(const std::string& reid, const std::vector<std::string>& files);
 
-/// Text as it stands inside an element.
+/// Text as it is inside an element.
 std::string Escaped(const std::string& text);
 
 // From the DVR, 1.0.

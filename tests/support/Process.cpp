@@ -61,7 +61,7 @@ std::vector<std::string> EmulatorsWords() {
     return {std::istream_iterator<std::string>(words), {}};
 }
 
-/// An emulator's own word on standard error, ahead of the signal that ends the program, is not the program's.
+/// An emulator's own line on standard error, before the signal that ends the program, is not the program's.
 void DropEmulatorsWord(std::string& error) {
     const std::size_t start = error.find("qemu: uncaught target signal ");
     const std::size_t end = error.find('\n', start);
@@ -104,7 +104,7 @@ Process::Process(const std::vector<std::string>& switches, const Launch& launch)
     std::array<int, 2> err = {};
     MakePipe(out);
     MakePipe(err);
-    // Made here, as a sanitizer needs descriptors that the child may not have any more.
+    // Made here, as a sanitizer needs descriptors that the child may no longer have.
     Command command = CommandWith(switches);
     const pid_t parent = getpid();
     pid_ = fork();

@@ -8,19 +8,19 @@
 #include <string>
 #include <vector>
 
-/// How to start the program, where it is not the usual way.
+/// How to start the program, if not in the usual way.
 struct Launch {
     std::vector<int> closedDescriptors = {};  // of 0, 1 and 2
     unsigned int descriptorLimit = 0;         // RLIMIT_NOFILE; 0: as it is
     bool interruptIgnored = false;            // as a shell starts a background job
-    std::string commandFolder = {};           // searched for commands ahead of the others
-    int output = -1;  // standard output, in place of what this object reads; stays the caller's to close
+    std::string commandFolder = {};           // searched for commands before the others
+    int output = -1;  // standard output, in place of what this object reads; the caller closes it
 };
 
-/// The real program as a child process, with what it writes. It reads /dev/null, has no other descriptors
-/// than the standard ones, dumps no core, and does not outlive this object or this process.
+/// The real program as a child process, with its output. It reads /dev/null, has only the standard
+/// descriptors, dumps no core, and does not outlive this object or this process.
 ///
-/// VELLORAN_HARNESS in the environment names another program in its place: words with blanks between, such as
+/// VELLORAN_HARNESS in the environment names another program instead: words separated by blanks, such as
 /// "qemu-arm -0 velloran -L /usr/arm-linux-gnueabihf build/armhf/bin/velloran".
 class Process {
  public:
@@ -29,11 +29,11 @@ class Process {
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
 
-    /// Reads what the program writes until the fact has come about.
-    /// @return false if it has not within kPatience, or cannot any more because the program has ended
+    /// Reads what the program writes until the fact is true.
+    /// @return false if it is not within kPatience, or can no longer be because the program has ended
     bool Await(const std::function<bool()>& fact);
 
-    /// Whether it has ended and all that it wrote has been read. Becomes true in Await only.
+    /// Whether it has ended and all its output has been read. Becomes true only in Await.
     bool HasEnded() const;
 
     /// How it ended: these are -1 unless it ended by itself, or by a signal.
@@ -43,12 +43,12 @@ class Process {
     /// The same in words, for reports.
     std::string Ending() const;
 
-    /// Whether it runs at this moment.
+    /// Whether it is running now.
     bool IsRunning() const;
 
     pid_t Id() const { return pid_; }
 
-    /// A copy of one of its descriptors, the caller's to close.
+    /// A copy of one of its descriptors, which the caller closes.
     int Copy(int descriptor) const;
 
     /// Processor time that it has used.
@@ -73,7 +73,7 @@ class Process {
 
     pid_t pid_ = -1;
     int pidFd_ = -1;
-    int status_ = 0;  // as waitpid gives it, once the process has ended
+    int status_ = 0;  // from waitpid, once the process has ended
     bool ended_ = false;
     Stream output_;
     Stream error_;

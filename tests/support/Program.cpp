@@ -20,7 +20,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kLongestRun(30);
 
-/// A pipe, or a terminal, which is read at its other end.
+/// A pipe or a terminal, read at its other end.
 struct Pipe {
     explicit Pipe(bool terminal = false) {
         int ends[2] = {-1, -1};

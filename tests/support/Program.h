@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-/// What a run of a program left behind.
+/// What a run of a program left.
 struct ProgramResult {
     int status = -1;  // exit status; -1 when a signal ended it
     std::string output;
@@ -16,14 +16,14 @@ struct ProgramResult {
 
 /// The surroundings of a run.
 struct ProgramSurroundings {
-    std::vector<std::string> environment;  // NAME=VALUE, beside what the test itself has
+    std::vector<std::string> environment;  // NAME=VALUE, added to the test's own
     bool onTerminal = false;               // standard output is a terminal of 80 columns
     std::function<void()> prepare;         // called in the new process, before the program takes its place
     std::function<void(pid_t process)> started;  // called when the program runs
 };
 
-/// Runs velloran-rig with these arguments to its end, standard input empty. Ends it, and fails the test, when
-/// it takes more than 30 seconds.
+/// Runs velloran-rig with these arguments to its end, with empty standard input. Ends it, and fails the test,
+/// if it takes more than 30 seconds.
 ProgramResult RunRig(const std::vector<std::string>& arguments, const ProgramSurroundings& surroundings = {});
 
 /// @return how many lines the text has; a last line must end with a newline to count

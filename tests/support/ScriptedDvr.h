@@ -16,8 +16,8 @@ std::string Prefix(std::uint32_t length);
 /// The harness's peer: a TCP client that does what the test says, step by step, right or wrong.
 class ScriptedDvr {
  public:
-    /// Connects to the harness. With an address and a port, from there; they must be the world's. Fails the
-    /// test if the harness does not listen.
+    /// Connects to the harness. With an address and a port, from there; they must belong to the world. Fails
+    /// the test if the harness does not listen.
     explicit ScriptedDvr(const std::string& address = "127.0.0.1", std::uint16_t port = 0,
                          Here here = Here::current());
     ~ScriptedDvr();
@@ -47,7 +47,7 @@ class ScriptedDvr {
     /// Nothing more comes; the harness closes the connection.
     void ReceivesEnd(Here here = Here::current());
 
-    /// Takes what comes, whatever it is, until the harness closes the connection or the moment has come.
+    /// Takes whatever comes until the harness closes the connection or the moment has come.
     /// @return whether it has closed
     bool IsClosedBefore(Clock::time_point moment);
 
@@ -57,13 +57,13 @@ class ScriptedDvr {
     /// Sends no more, but still receives.
     void EndsSending();
 
-    /// Closes the connection in good order.
+    /// Closes the connection in the normal way.
     void HangsUp();
 
-    /// Breaks the connection off; what the harness writes or reads then fails.
+    /// Resets the connection; the harness's writes and reads then fail.
     void Resets();
 
-    /// Is gone as if its power had failed: the harness learns it from the answer to the next bytes it sends.
+    /// Disappears as in a power failure: the harness learns it from the answer to the next bytes it sends.
     void Vanishes();
 
  private:

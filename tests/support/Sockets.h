@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-/// What the world's kernel says of its IPv4 TCP sockets.
+/// What the world's kernel says about its IPv4 TCP sockets.
 namespace sockets {
 
 struct Socket {
@@ -17,10 +17,10 @@ struct Socket {
 
 std::vector<Socket> All();
 
-/// Whether a socket listens on the port, and on which address, all zeroes included.
+/// Whether a socket listens on the port at this address, which may be all zeroes.
 bool IsListening(std::uint16_t port, std::uint32_t address = 0);
 
-/// Bytes that wait for the owner of the socket (local port, remote port); 0 also if there is no such socket.
+/// Bytes that wait for the owner of the socket (local port, remote port); also 0 if there is no such socket.
 unsigned int Unread(std::uint16_t localPort, std::uint16_t remotePort);
 
 }  // namespace sockets

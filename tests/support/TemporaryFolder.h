@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <string>
 
-/// A fresh folder that goes away with its contents.
+/// A fresh folder that is removed with its contents.
 class TemporaryFolder {
  public:
     explicit TemporaryFolder(const std::filesystem::path& place = std::filesystem::temp_directory_path()) {
@@ -26,7 +26,7 @@ class TemporaryFolder {
 
     const std::filesystem::path& Path() const { return path_; }
 
-    /// Writes a file, and the folders that it lies in.
+    /// Writes a file, and makes the folders that it is in.
     void Write(const std::string& name, const std::string& content) const {
         std::filesystem::create_directories((path_ / name).parent_path());
         std::ofstream(path_ / name, std::ios::binary) << content;

@@ -40,9 +40,9 @@ void WriteProcess(const std::string& name, const std::string& text) {
     Check(written == -1 ? -1 : 0, path);
 }
 
-/// Becomes root of a user namespace. Once a process: namespaces nest only 32 deep, and one is enough. Root
-/// does without where there is none to be had. An emulated process is in one already: its emulator has
-/// threads, so it could not make one itself.
+/// Becomes root of a user namespace. Once per process: namespaces nest only 32 deep, and one is enough. Root
+/// does without if there is none to be had. An emulated process is already in one: its emulator has threads,
+/// so it could not make one itself.
 void EnterUserNamespace() {
     static bool entered = false;
     if (entered) {
@@ -70,8 +70,8 @@ void Move(const std::string& device, const std::string& folder) {
     Check(mount(("/dev/" + device).c_str(), target.c_str(), nullptr, MS_BIND, nullptr), target);
 }
 
-/// Builds the new /dev on the new disk, because the devices are still to be had from the old one, and then
-/// moves it into place. So no test's log reaches the machine's syslog.
+/// Builds the new /dev on the new disk, while the old one still has the devices, and then moves it into
+/// place. So no test's log reaches the machine's syslog.
 void MountDisks() {
     MountEmpty("/mnt");
     Check(mkdir("/mnt/dev", 0755), "/mnt/dev");

@@ -6,11 +6,11 @@
 /// loopback device is the whole network, /mnt/hd is an empty disk and /dev holds a few harmless devices and
 /// no syslog daemon. Needs no privileges.
 ///
-/// The process that makes it moves in, and what it starts lives there too. The process must be single
-/// threaded. One world at a time; the next one starts afresh.
+/// The process that makes it moves in, and what it starts lives there too. The process must be
+/// single-threaded. One world at a time; the next one starts afresh.
 class World {
  public:
-    /// Throws std::runtime_error with one line that says what to do if the system forbids namespaces.
+    /// Throws std::runtime_error, with one line that says what to do, if the system forbids namespaces.
     World();
     ~World();
     World(const World&) = delete;
@@ -23,7 +23,7 @@ class World {
     int addresses_ = 0;  // added so far
 };
 
-/// Mounts an empty disk there, in the world that there is. Throws as World() does.
+/// Mounts an empty disk there, in the current world. Throws as World() does.
 void MountEmpty(const char* path);
 
 /// The content of a file; fails the test if there is none.

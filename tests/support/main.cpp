@@ -2,9 +2,9 @@
 
 namespace {
 
-/// Ends a test at its first fatal failure, also where a helper found it: the steps of a dialogue build on one
-/// another, and each one after a failed one would only wait for its deadline. A failure without a place is an
-/// exception that the framework has already caught.
+/// Ends a test at its first fatal failure, even if a helper found it: the steps of a dialogue build on one
+/// another, and each one after a failed one would only wait for its deadline. A failure without a location is
+/// an exception that the framework has already caught.
 class EndTestOnFailure : public testing::EmptyTestEventListener {
     void OnTestPartResult(const testing::TestPartResult& result) override {
         if (result.fatally_failed() and result.file_name() not_eq nullptr) {

@@ -11,7 +11,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-/// The raw lines of a log, cut out of what the harness wrote.
+/// The raw lines of a log, cut from the harness's output.
 Lines Split(const std::string& output) {
     Lines lines;
     std::size_t start = 0;
@@ -56,7 +56,7 @@ bool Contains(const Lines& lines, const std::string& end) {
                        [&end](const std::string& line) { return EndsWith(line, end); });
 }
 
-/// What the harness wrote to standard output, as its lines must stand in the syslog.
+/// What the harness wrote to standard output, as the syslog must have it.
 Lines AsInSyslog(const Harness& harness) {
     const std::string process = " velloran[" + std::to_string(harness.GetProcess().Id()) + "]: ";
     Lines lines = Split(harness.GetProcess().output);
@@ -84,7 +84,7 @@ class SyslogTakes20 : public Dialect20, public testing::WithParamInterface<Syslo
  protected:
     SyslogDaemon daemon{GetParam()};
 
-    /// The kernel keeps some ten lines for a daemon that is busy, which is more than one message makes.
+    /// The kernel keeps some ten lines for a busy daemon, which is more than one message makes.
     void Passes(const std::function<void()>& step) {
         step();
         daemon.HasCaughtUp();
@@ -131,10 +131,10 @@ class SyslogTrouble : public Dialect10, public testing::WithParamInterface<Syslo
 
     using Step = std::function<void()>;
 
-    /// Two DVRs, one after the other, export an event each; then the harness is stopped. The steps are done
-    /// in the midst of the exports; after the second the daemon must be there. Where it should have every
-    /// line it is waited for, as the kernel keeps no more than some ten for it.
-    /// @return what the harness wrote, as far as it is the same in every such run
+    /// Two DVRs, one after the other, export an event each; then the harness is stopped. The steps happen
+    /// during the exports; after the second the daemon must be running. If it should have every line, the
+    /// test waits for it, as the kernel keeps only some ten for it.
+    /// @return the part of the harness's output that is the same in every such run
     Lines ExportsTwice(const Step& inTheFirst, const Step& inTheSecond) {
         Connect();
         const std::vector<int> descriptors = harness->GetProcess().Descriptors();
@@ -164,7 +164,7 @@ class SyslogTrouble : public Dialect10, public testing::WithParamInterface<Syslo
         return Comparable(*harness);
     }
 
-    /// The same lines come as when the daemon is left alone.
+    /// The same lines arrive as when the daemon is left alone.
     void CostsNoLine(const Step& inTheFirst, const Step& inTheSecond) {
         const auto nothing = [] {};
         const Lines undisturbed = ExportsTwice(nothing, nothing);
@@ -172,7 +172,7 @@ class SyslogTrouble : public Dialect10, public testing::WithParamInterface<Syslo
         daemon.HasCaughtUp();
     }
 
-    /// What the daemon has of this run. What it lacks, and it does lack something, is one piece.
+    /// The daemon's lines of this run. It must lack some, in a single gap.
     Lines LinesButForOneGap() {
         const Lines written = AsInSyslog(*harness);
         const std::string process = "velloran[" + std::to_string(harness->GetProcess().Id()) + "]: ";

@@ -38,13 +38,13 @@ const sockaddr* Generic(const sockaddr_un& address) {
         arguments.push_back(word.data());
     }
     arguments.push_back(nullptr);
-    // Daemons are in /usr/sbin, which is not in the path of every user.
+    // Daemons are in /usr/sbin, which is not in every user's path.
     setenv("PATH", "/usr/sbin:/usr/bin:/sbin:/bin", 1);
     execvp(arguments[0], arguments.data());
     _exit(127);
 }
 
-/// "Nov 21 01:26:51 [HOST] daemon.warn velloran[77]: TEXT": the part behind the facility, with one name for
+/// "Nov 21 01:26:51 [HOST] daemon.warn velloran[77]: TEXT": the part after the facility, with one name for
 /// the severity that has two. Empty if the line is of another facility.
 std::string WithoutHead(const std::string& line) {
     const std::string facility = " daemon.";
@@ -68,7 +68,7 @@ bool Holds(const std::string& path, const std::string& text) {
     return false;
 }
 
-/// Whether somebody is behind /dev/log.
+/// Whether someone serves /dev/log.
 bool IsServed() {
     const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     const bool served = connect(fd, Generic(kAddress), sizeof kAddress) == 0;
@@ -146,7 +146,7 @@ void SyslogDaemon::GoesOn() {
     kill(pid_, SIGCONT);
 }
 
-/// A line of another facility is sent behind all the others; when it has been written, they have.
+/// Sends a line of another facility after all the others; when it has been written, so have they.
 void SyslogDaemon::HasCaughtUp(Here here) {
     const std::string text = "mark " + std::to_string(++marks_) + ".";
     const std::string datagram = "<13>test: " + text;

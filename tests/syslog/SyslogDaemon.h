@@ -8,8 +8,8 @@
 
 #include "tests/support/Here.h"
 
-/// A syslog daemon as Debian installs it, at the world's /dev/log. It writes all that it gets to one file,
-/// each line with its facility and severity. In the world /run and /var/log are empty disks of this object's.
+/// A syslog daemon as Debian installs it, at the world's /dev/log. It writes everything it gets to one file,
+/// each line with its facility and severity. In the world, this object makes /run and /var/log empty disks.
 class SyslogDaemon {
  public:
     struct Kind {
@@ -27,23 +27,23 @@ class SyslogDaemon {
     SyslogDaemon(const SyslogDaemon&) = delete;
     SyslogDaemon& operator=(const SyslogDaemon&) = delete;
 
-    /// Runs it, anew after IsKilled, until it takes what comes to /dev/log.
+    /// Runs it, or restarts it after IsKilled, and waits until it takes what comes to /dev/log.
     void Starts(Here here = Here::current());
 
-    /// Ends it without notice. Its socket's name stays, with nobody behind it.
+    /// Kills it without warning. Its socket's name stays, but nobody serves it.
     void IsKilled();
 
-    /// Stops it in its tracks: it takes nothing any more, and its socket fills up.
+    /// Suspends it: it takes nothing any more, and its socket fills up.
     void IsStopped(Here here = Here::current());
 
     /// Lets it go on.
     void GoesOn();
 
-    /// It has written all that had come to /dev/log before.
+    /// It has written everything that had come to /dev/log before.
     void HasCaughtUp(Here here = Here::current());
 
-    /// What it has written of facility daemon, the oldest first: "SEVERITY velloran[PID]: TEXT", severities
-    /// as in RFC 5424: err, warning, notice, info, debug.
+    /// What it has written of facility daemon, oldest first: "SEVERITY velloran[PID]: TEXT", severities as in
+    /// RFC 5424: err, warning, notice, info, debug.
     std::vector<std::string> Lines() const;
 
  private:

@@ -33,7 +33,7 @@ struct Accepted {
 struct Rejected {
     std::string name;
     std::vector<std::string> switches;
-    std::string diagnostic;  // of the library's option parser, ahead of the usage text
+    std::string diagnostic;  // of the library's option parser, before the usage text
 };
 
 template <typename Row>

@@ -95,7 +95,7 @@ TEST_F(ConnectionLoop, EndsWhenASecondClientKnocksBetweenMessages) {
 
 TEST_F(ConnectionLoop, EndsWhenASecondClientKnocksWhileTheFirstSpeaks) {
     Connect();
-    // Both are ready at the same wait: the harness is still reading the first message when they knock and
+    // Both are ready at the same wait: the harness is still reading the first message when they connect and
     // speak.
     const std::string first = Frame(Ok());
     dvr->SendsAndSeesRead(first.substr(0, 5));

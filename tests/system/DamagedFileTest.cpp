@@ -6,8 +6,7 @@ namespace {
 
 using Faults = Dialect20;
 
-// -f: a damaged file. The fault is over with its second request, so that the second refusal is called
-// unexpected.
+// -f: a damaged file. The fault ends with its second request, so the second refusal is called unexpected.
 
 TEST_F(FaultsOfTheLastFile, DamageItsEventAndThenItsName) {
     ReachLastFile({"-f"});

@@ -202,7 +202,7 @@ TEST_F(Protocol20, DoesNotExpectTheReportsOfUpdatesUnprovoked) {
     Ends();
 }
 
-// What is no message of this dialect.
+// What is not a message of this dialect.
 
 class Protocol20DoesNotSupport : public Dialect20, public testing::WithParamInterface<const char*> {};
 

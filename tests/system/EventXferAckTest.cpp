@@ -116,7 +116,7 @@ TEST_F(EarlyClose, KeepsTheConnectionWhenTheEventsRunOutFirst) {
 }
 
 TEST_F(EarlyClose, DoesNotCountTheEventThatRunsOut) {
-    // The last event ends the export and leaves the count as it is: the count goes down only ahead of another
+    // The last event ends the export and leaves the count unchanged: the count goes down only before another
     // event.
     Start({"-c", "2"});
     Lists({"E1"});

@@ -6,7 +6,7 @@ namespace {
 
 using Faults = Dialect20;
 
-// -x: a request of the file in transfer.
+// -x: a request for the file in transfer.
 
 TEST_F(FaultsOfTheLastFile, RequestItTwiceInARow) {
     ReachLastFile({"-x"});

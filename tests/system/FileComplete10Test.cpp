@@ -13,7 +13,7 @@ class FileComplete10 : public Dialect10 {
         Describes("E1", {"a.xml", "b"});
     }
 
-    /// The file awaited is still a.xml.
+    /// The awaited file is still a.xml.
     void StillAwaitsTheFirstFile() {
         Completes("E1", "a.xml");
         dvr->Receives(v1::GetFile("E1", "b"));

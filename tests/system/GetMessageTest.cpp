@@ -16,7 +16,7 @@ class GetMessage : public Dialogue {
  protected:
     void SetUp() override { Connect(); }
 
-    /// The frame, sent as these bytes, is understood as OK.
+    /// The harness takes these bytes for an OK.
     void AnswersOk(Here here = Here::current()) {
         harness->LogsInFull(IncomingTrace(Ok()), here);
         harness->LogsInFull({{1, "got an OK, sending GET_XML"}, {64, "hdr[0]= 15"}}, here);
@@ -169,7 +169,7 @@ TEST_F(GetMessage, LogsAReadErrorInTheTextAndReadsAgain) {
 
 class GetMessageSpins : public GetMessage {
  protected:
-    /// Reads again and again, silently, until it is interrupted.
+    /// Reads again and again, silently, until interrupted.
     void Spins() {
         const milliseconds before = harness->GetProcess().ProcessorTime();
         EXPECT_TRUE(

@@ -23,8 +23,7 @@ TEST_F(Interrupt, StopsItWhileAClientIsSilent) {
 
 TEST_F(Interrupt, ShutsBothSocketsDown) {
     Connect();
-    // Somebody else holds the sockets too, so that they outlive the process: the peers learn of the end all
-    // the same.
+    // Someone else holds the sockets too, so they outlive the process: the peers still learn of the end.
     const std::vector<int> descriptors = harness->GetProcess().Descriptors();
     ASSERT_LE(2u, descriptors.size());
     const int client = harness->GetProcess().Copy(descriptors.back());

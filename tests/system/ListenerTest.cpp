@@ -35,7 +35,7 @@ class PortTaken {
     int fd_;
 };
 
-/// From now on the process may have this many descriptors and no more.
+/// From now on the process may have at most this many descriptors.
 void LimitDescriptors(const Harness& harness, std::size_t count) {
     const rlimit limit = {count, count};
     ASSERT_EQ(0, prlimit(harness.GetProcess().Id(), RLIMIT_NOFILE, &limit, nullptr));
@@ -52,7 +52,7 @@ TEST_F(Listener, KeepsABacklogOfFive) {
     Connect();
     dvr->SendsAndSeesRead(Prefix(100) + "a text that does not end");
 
-    // The kernel lets one connection more than the backlog wait.
+    // The kernel lets one more connection wait than the backlog says.
     std::vector<std::unique_ptr<ScriptedDvr>> waiting;
     waiting.reserve(6);
     for (int count = 0; count < 6; ++count) {

@@ -18,7 +18,7 @@ class Rehash : public FaultsOfTheLastFile {
         RequestsTheLastFile(true);
     }
 
-    /// The answer to that request, and the lines that the comparison of its hash logs.
+    /// The answer to that request, and the lines logged when its hash is compared.
     void Compares(const std::string& attributes, const std::vector<LogLine>& lines) {
         dvr->Sends(FileComplete("EVENT1", "video1", attributes));
         for (const LogLine& line : lines) {

@@ -114,7 +114,7 @@ TEST_F(SendMessage, LogsAFailedWriteOfThePrefixAndEndsTheProcess) {
 }
 
 TEST_F(SendMessage, LogsAFailedWriteOfTheTextAndEndsTheProcess) {
-    // The answer to the prefix is the reset: the text then finds a broken connection.
+    // The prefix is answered by the reset: the text then finds a broken connection.
     dvr->SendsAndSeesRead(Frame(Ok()));
     dvr->Vanishes();
     harness->LogsInFull(IncomingTrace(Ok()));

@@ -62,7 +62,7 @@ TEST_F(FaultsOfTheLastFile, MissTheReidOfATransportFailure) {
     Ends();
 }
 
-/// The commands that set and remove the marker wait at a gate, so that a request sent ahead of them shows.
+/// The commands that set and remove the marker wait at a gate, so that a request sent before them shows.
 class SlowMarker : public FaultsOfTheLastFile {
  protected:
     void SetUp() override {
@@ -73,7 +73,7 @@ class SlowMarker : public FaultsOfTheLastFile {
         slow_.commandFolder = "/mnt/commands";
     }
 
-    /// The command has been started and waits, and the harness waits for it. Lets it go on.
+    /// The command has been started and waits, and the harness waits for it. Then lets it go on.
     void WaitsFor(const std::string& command, Here here = Here::current()) {
         const std::string started = "/mnt/" + command + ".started";
         if (not Until([&] { return FileExists(started); })) {
@@ -112,7 +112,7 @@ TEST_F(SlowMarker, IsSetAheadOfTheRequestAndRemovedAheadOfTheNext) {
 
 class FaultsReportedUnprovoked : public Dialect20 {
  protected:
-    /// The marker is removed whether or not it is there, and the command complains when it is not.
+    /// The marker is removed whether or not it exists, and the command complains if it does not.
     void EndsWithAComplaintOfRm(Here here = Here::current()) {
         harness->StopsOnInterrupt(here);
         dvr->ReceivesEnd(here);

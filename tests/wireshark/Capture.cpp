@@ -33,7 +33,7 @@ bool Contains(const std::string& path, const std::string& text) {
     return FileExists(path) and ReadFile(path).find(text) not_eq std::string::npos;
 }
 
-/// The capture sees what we send, so this, once it is in the file, tells that all before it is there too.
+/// The capture sees what we send, so once this is in the file, everything before it is there too.
 void SendMark() {
     const int fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     sockaddr_in address = {};
@@ -54,7 +54,7 @@ Capture::Capture(const std::string& path, Here here) : path_(path) {
     if (pid_ == 0) {
         Become(path, parent);
     }
-    // It names the file when the device is open and filtered.
+    // It names the file once the device is open and filtered.
     if (not Until([] { return Contains(kDumpcapErrors, "File: "); })) {
         FailAt(here, "dumpcap does not start: " + ReadFile(kDumpcapErrors));
     }

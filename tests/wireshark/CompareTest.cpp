@@ -14,7 +14,7 @@
 #include "tests/support/Harness.h"
 #include "tests/support/World.h"
 
-// Live captures of exports held against the harness's log of them.
+// Live captures of exports compared with the harness's log of them.
 
 namespace {
 
@@ -31,7 +31,7 @@ struct Run {
     const char* result;
 };
 
-/// Writes the log up to and including "shutting down" into kLog.
+/// Writes the log up to and including "shutting down" to kLog.
 void WriteLog(Harness& harness) {
     std::ofstream log(kLog, std::ios::binary);
     std::string line;
@@ -61,8 +61,8 @@ void Record(const Run& run) {
     capture.Stop();
 }
 
-/// Where the environment names a folder, the captures and logs stay there: so those beside this file are
-/// made.
+/// If the environment names a folder, the captures and logs stay there: that is how those next to this file
+/// are made.
 void Keep(const std::string& name) {
     const char* const folder = std::getenv("VELLORAN_KEEP_CAPTURES");
     if (folder) {

@@ -23,14 +23,13 @@ class TimeBudget : public Dialect10 {
         start_ = Clock::now();
     }
 
-    /// Nothing happens for so long.
+    /// Nothing happens for this long.
     static void Passes(milliseconds time) {
         pollfd nothing = {-1, 0, 0};
         poll(&nothing, 1, static_cast<int>(time.count()));
     }
 
-    /// The waits have taken 3 seconds. Had one of them had its time filled again, the run would not have
-    /// ended.
+    /// The waits have taken 3 seconds. If one of them had got its time back, the run would not have ended.
     void IsSpent() const { EXPECT_GE(Clock::now() - start_, seconds(3) - milliseconds(100)); }
 
  private:

@@ -20,7 +20,7 @@ void RemoveTheDisk() {
     ASSERT_EQ(0, rmdir(kDisk));
 }
 
-/// No byte more fits on it; a file can still be made.
+/// No more bytes fit on it; a file can still be made.
 void FillTheDisk() {
     Mount("size=64k");
     const int fd = open("/mnt/hd/other", O_CREAT | O_WRONLY | O_CLOEXEC, 0644);
@@ -30,7 +30,7 @@ void FillTheDisk() {
     close(fd);
 }
 
-/// No file more can be made on it.
+/// No more files can be made on it.
 void TakeTheDisksInodes() {
     Mount("nr_inodes=1");
 }

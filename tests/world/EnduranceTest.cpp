@@ -27,7 +27,7 @@ long ResidentSize(const Process& process) {
     return size;
 }
 
-constexpr long kFlat = 16;  // kB; 32 bytes lost with each of 1000 messages are more
+constexpr long kFlat = 16;  // kB; losing 32 bytes with each of 1000 messages is more
 
 /// A harness without its pauses (NoPause.cpp) and without a log, whose DVR sends many messages at a time.
 class Endurance : public Dialogue {
@@ -54,10 +54,10 @@ class Endurance : public Dialogue {
         EXPECT_EQ("", harness->StandardError());
     }
 
-    /// Sends the messages again and again on one connection, and looks after each tenth part of it how large
-    /// the process is.
+    /// Sends the messages again and again on one connection, and checks the size of the process after each
+    /// tenth of it.
     void StaysFlat(const std::vector<std::string>& messages, const std::vector<std::string>& answers) {
-        constexpr int kAtATime = 10;  // as a peer that waits for each answer waits most of the time
+        constexpr int kAtATime = 10;  // as a peer that waits for each answer mostly waits
         const int perRound = kAtATime * static_cast<int>(messages.size());
         const int rounds = 1 + NumberOr(1000, "VELLORAN_MESSAGES") / 10 / perRound;
         std::vector<long> sizes;
@@ -113,7 +113,7 @@ TEST_F(Endurance, StaysAsLargeAsItIsOverManyExportsOf20) {
     Stops();
 }
 
-// A 1.0 harness lists the events of all exports in each report, so only other messages leave it as it is.
+// A 1.0 harness lists the events of all exports in each report, so only other messages leave it unchanged.
 
 TEST_F(Endurance, StaysAsLargeAsItIsOverManyMessagesOf10) {
     StartWithoutPauses({"-p", "1"});

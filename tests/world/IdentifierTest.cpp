@@ -10,7 +10,7 @@ namespace {
 
 using Paths = std::vector<std::string>;
 
-/// All that is in the world's disks, folders with a slash behind.
+/// Everything on the world's disks, folders with a trailing slash.
 Paths Tree() {
     Paths paths;
     for (const auto& entry : std::filesystem::recursive_directory_iterator("/mnt")) {
@@ -20,8 +20,8 @@ Paths Tree() {
     return paths;
 }
 
-/// An event's identifier becomes part of a file's name. There is no folder that its slashes could lead
-/// through: the harness makes files only, and their names all begin with "incoming_".
+/// An event's identifier becomes part of a file's name. Its slashes have no folder to lead through: the
+/// harness makes only files, and their names all begin with "incoming_".
 class IdentifierWithSlashes : public Dialect20 {
  protected:
     void SetUp() override {
@@ -29,8 +29,7 @@ class IdentifierWithSlashes : public Dialect20 {
         Start();
     }
 
-    /// The harness gets a description of the event E1 under this identifier, which decides on the file's
-    /// name.
+    /// The harness gets a description of the event E1 under this identifier, which decides the file's name.
     void IsGivenAsDescribed(const std::string& id, Here here = Here::current()) {
         dvr->Sends(Event("E1", Description(id, {})), here);
         harness->Logs(16, "'reid' attribute in EVENT msg = 'E1'", here);

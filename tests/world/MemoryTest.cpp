@@ -11,7 +11,7 @@ namespace {
 
 using Memory = Dialect10;
 
-/// From now on the process may have this much memory more than it has.
+/// From now on the process may take this much more memory.
 void Limit(const Harness& harness, __rlimit_resource resource, rlim_t more) {
     rlim_t pages = 0;
     std::ifstream("/proc/" + std::to_string(harness.GetProcess().Id()) + "/statm") >> pages;

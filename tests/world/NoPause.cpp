@@ -1,5 +1,5 @@
-// A library that is loaded ahead of the C library where thousands of messages are sent: without the harness's
-// pauses, which would take hours. Nothing else is changed.
+// A library loaded before the C library when thousands of messages are sent: it removes the harness's pauses,
+// which would take hours. Nothing else is changed.
 
 #include <unistd.h>
 

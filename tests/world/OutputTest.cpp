@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Descriptors of a pipe in place of the harness's standard output.
+/// The descriptors of a pipe that replaces the harness's standard output.
 class OutputPipe {
  public:
     OutputPipe() { EXPECT_EQ(0, pipe2(ends_, O_CLOEXEC)); }
@@ -58,7 +58,7 @@ TEST_F(SmallPipe, ThatIsFullHoldsTheDialogueUntilItIsReadAndCostsNoLine) {
     Ends();
 }
 
-// The last line may have to wait for room, until somebody reads; the peer does not wait for it.
+// The last line may have to wait for room until someone reads; the peer does not wait for it.
 
 TEST_F(SmallPipe, ThatIsFullKeepsTheEndFromNeitherThePeerNorTheReader) {
     ConnectWithASmallPipe();

@@ -15,7 +15,7 @@ int Interrupts() {
     return number ? std::atoi(number) : 200;
 }
 
-/// What the random choices follow from: new each time, or VELLORAN_SEED to repeat a run.
+/// The seed of the random choices: new each time, or VELLORAN_SEED to repeat a run.
 unsigned int Seed() {
     const char* const seed = std::getenv("VELLORAN_SEED");
     return seed ? static_cast<unsigned int>(std::atol(seed)) : std::random_device()();

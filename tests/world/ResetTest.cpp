@@ -9,7 +9,7 @@ namespace {
 
 const char* const kReset = "read error: 104:Connection reset by peer";
 
-/// What a reset between two messages leads to: one read error, then reads without rest.
+/// What a reset between two messages leads to: one read error, then reads without pause.
 void ReadsOnWithoutRest(Harness& harness, Here here = Here::current()) {
     harness.LogsUpTo(1, kReset, here);
     const auto before = harness.GetProcess().ProcessorTime();

@@ -1,5 +1,5 @@
-// A library that is loaded ahead of the C library where the harness's waits are to end: of the 10000 seconds
-// that all of them have together the first finds 3 left. Nothing else is changed.
+// A library loaded before the C library so that the harness's waits end soon: the first finds 3 left of the
+// 10000 seconds that they share. Nothing else is changed.
 
 #include <dlfcn.h>
 #include <sys/select.h>

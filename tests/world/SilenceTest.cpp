@@ -5,7 +5,7 @@
 
 namespace {
 
-/// A peer that says nothing is waited for, without a line in the log and without work.
+/// The harness waits for a silent peer, without a line in the log and without using the processor.
 class Silence10 : public Dialect10 {
  protected:
     /// Nothing comes for a while.

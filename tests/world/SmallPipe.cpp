@@ -30,13 +30,13 @@ std::string SmallPipe::LongMessage() {
 
 void SmallPipe::IsFilled(Here here) {
     dvr->Sends(LongMessage(), here);
-    // Then it waits for nothing but the pipe: it has read the whole message before it logs it.
+    // Then it waits only for the pipe: it has read the whole message before it logs it.
     const bool full = Until([this] {
         int held = 0;
         ioctl(writeEnd_, FIONREAD, &held);
         return held > fcntl(writeEnd_, F_GETPIPE_SZ) - kLongestLine and StateOf(*harness) == 'S';
     });
-    // Or the reader would not learn of the harness's end.
+    // Otherwise the reader would not learn of the harness's end.
     close(writeEnd_);
     writeEnd_ = -1;
     if (not full) {

@@ -2,12 +2,12 @@
 
 #include "tests/support/Dialogue.h"
 
-/// A dialogue whose log goes into a small pipe that nobody reads but where a step takes lines from it.
+/// A dialogue whose log goes into a small pipe that is read only where a step takes lines from it.
 class SmallPipe : public Dialect10 {
  protected:
     ~SmallPipe() override;
 
-    /// Connects, and makes the pipe as small as the kernel has it.
+    /// Connects, and makes the pipe as small as the kernel allows.
     void ConnectWithASmallPipe();
 
     /// The DVR sends a message that makes more lines than the pipe holds, and the pipe is full.

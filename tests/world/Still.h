@@ -10,5 +10,5 @@ char StateOf(const Harness& harness);
 /// Whether the process handles the signal, or takes the default.
 bool Handles(const Process& process, int signal);
 
-/// Stops the process in its tracks and waits until it stands still. SIGCONT lets it go on.
+/// Suspends the process and waits until it has stopped. SIGCONT lets it go on.
 void StandsStill(Harness& harness, Here here = Here::current());

@@ -15,7 +15,7 @@ class Stopped10 : public Dialect10 {
         harness->GetsSignal(SIGCONT);
     }
 
-    /// While the process stands still the DVR sends a frame, or a part of one.
+    /// While the process is stopped, the DVR sends a frame, or part of one.
     void SendsWhileStopped(const std::string& bytes, Here here = Here::current()) {
         StandsStill(*harness, here);
         dvr->SendsBytes(bytes, here);

@@ -38,7 +38,7 @@ struct Situation {
     microseconds latest;
 };
 
-/// Messages in frames, one behind the other.
+/// Messages in frames, one after another.
 std::string Frames(const std::vector<std::string>& messages) {
     std::string frames;
     for (const std::string& message : messages) {
@@ -47,8 +47,8 @@ std::string Frames(const std::vector<std::string>& messages) {
     return frames;
 }
 
-/// A harness handles a message 250 ms after it has read it, so most of the time it waits. The situations are
-/// such that it is busy for much of the time between their moments.
+/// A harness handles a message 250 ms after it has read it, so most of the time it waits. The situations keep
+/// it busy for much of the time between their moments.
 const std::vector<Situation>& Situations() {
     static const std::vector<Situation> situations = {
         {"start", {"-p", "2", "-z"}, Peer::kNone, {}, milliseconds(0), milliseconds(3)},
@@ -92,7 +92,7 @@ microseconds Between(microseconds from, microseconds to, std::mt19937& random) {
     return microseconds(std::uniform_int_distribution<long>(from.count(), to.count())(random));
 }
 
-/// Any moment of the situation, but in long ones half of the time one at which a message is handled.
+/// Any moment of the situation, but in long ones half of the time a moment when a message is handled.
 microseconds Moment(const Situation& situation, std::mt19937& random) {
     const microseconds any = Between(situation.earliest, situation.latest, random);
     const microseconds pause = milliseconds(250);
@@ -102,7 +102,7 @@ microseconds Moment(const Situation& situation, std::mt19937& random) {
     return any / pause * pause + Between(microseconds(0), milliseconds(5), random);
 }
 
-/// Does what the DVR of this situation does, on as many connections as the harness takes, until it is time.
+/// Does what the DVR of this situation does, on as many connections as the harness accepts, until it is time.
 void ActUntil(Clock::time_point moment, const Situation& situation, std::optional<ScriptedDvr>& dvr) {
     if (situation.peer == Peer::kGone) {
         dvr->HangsUp();
@@ -129,7 +129,7 @@ std::string FaultOf(const std::string& path) {
     return line == LogLine{1, "shutting down"} ? "" : "its last line is " + Printed(line);
 }
 
-/// Lets the harness handle SIGINT and listen, then the DVR act, then the interrupt come.
+/// Waits until the harness handles SIGINT and listens, lets the DVR act, then interrupts.
 void Play(const Situation& situation, microseconds moment, Process& harness) {
     Until([&harness] { return Handles(harness, SIGINT); });
     std::optional<ScriptedDvr> dvr;
@@ -141,7 +141,7 @@ void Play(const Situation& situation, microseconds moment, Process& harness) {
     if (dvr) {
         ActUntil(end, situation, dvr);
     }
-    // A random moment is no fact that could be waited for.
+    // A random moment is not a fact that one could wait for.
     std::this_thread::sleep_until(end);
     kill(harness.Id(), SIGINT);
     harness.Await([&harness] { return harness.HasEnded(); });

@@ -2,7 +2,7 @@
 
 #include <string>
 
-/// A rig's logger as another maker would write it: the same operations, and nothing else like ours.
+/// A rig's logger as another vendor might write it: the same operations, otherwise unlike ours.
 struct LogClient {
     static LogClient* Instance();
     int ProcessName(const std::string& name);

@@ -13,10 +13,10 @@ namespace {
 /// other end is a finding.
 constexpr const char* kEnds[] = {
     // assertions
-    "expectedSize not_eq -1",                          // a prefix that goes on after its fifth byte
+    "expectedSize not_eq -1",                          // a prefix that continues after its fifth byte
     "readBytes == expectedSize",                       // a connection that ends inside a text
-    "not incomingMessage.Error()",                     // a message that is no XML
-    "not embmsg.Error()",                              // a description that is no XML
+    "not incomingMessage.Error()",                     // a message that is not XML
+    "not embmsg.Error()",                              // a description that is not XML
     "writelen == static_cast<ssize_t>(headerLength)",  // a connection that takes no prefix
     "writelen == static_cast<int>(msgSize)",           // a connection that takes no text
     // uncaught exceptions of the standard library

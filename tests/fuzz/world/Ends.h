@@ -2,24 +2,24 @@
 
 namespace fuzz {
 
-/// The harness has ended in a way that it must: see the table in Ends.cpp. Derived from nothing, so that
-/// nothing but the fuzz targets catches it.
+/// The harness has ended in an allowed way: see the table in Ends.cpp. Derived from nothing, so that only the
+/// fuzz targets catch it.
 struct Ended {
     const char* how;
 };
 
-/// What a failed assertion of the harness does. Ends the process, as a finding, unless the table holds it.
+/// Called for a failed assertion of the harness. Ends the process, as a finding, unless the table has it.
 [[noreturn]] void AssertionFailed(const char* expression);
 
-/// What std::abort does in the harness.
+/// Called for std::abort in the harness.
 [[noreturn]] void AbortOfHarness();
 
-/// The harness would go on for ever now.
+/// Called when the harness would go on forever.
 /// @param how  as in the table
 [[noreturn]] void WouldNotEnd(const char* how);
 
-/// Runs a part of the harness. An end that the table does not hold is a finding.
-/// @return whether it came back; otherwise it has ended as it must
+/// Runs a part of the harness. An end that is not in the table is a finding.
+/// @return whether it came back; otherwise it has ended in an allowed way
 bool ComesBack(void (*run)(void*), void* context);
 
 template <typename Run>

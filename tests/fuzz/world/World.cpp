@@ -36,7 +36,7 @@ struct World::State {
     std::vector<Limit> limits;
     std::size_t writeCount = 0;
     std::vector<Line> lines;
-    bool isPauseDue = false;  // the text of a message came: 250 ms must follow
+    bool isPauseDue = false;  // a message's text came: 250 ms must follow
     int closedReads = 0;      // of a closed connection, in a row
     int linesWithoutReid = 0;
 };
@@ -86,7 +86,7 @@ bool IsPrintable(char character) {
     return byte >= 0x20 && byte != 0x7f;
 }
 
-/// One write is one line, "TIMESTAMP velloran LEVEL velloran:N TEXT", and holds no byte that could make it
+/// One write is one line, "TIMESTAMP velloran LEVEL velloran:N TEXT", without any byte that could split it in
 /// two.
 void TakeLogLine(World::State& world, const std::string& line) {
     constexpr std::size_t kTimestamp = 27;
@@ -244,7 +244,7 @@ int __wrap_system(const char* command) {
     return 0;
 }
 
-/// TiXmlDocument::SaveFile(const char*) const: the document is printed all the same.
+/// TiXmlDocument::SaveFile(const char*) const: the document is still printed.
 bool __wrap__ZNK13TiXmlDocument8SaveFileEPKc(const TiXmlDocument* document, const char* path) {
     if (g_world == nullptr) {
         return __real__ZNK13TiXmlDocument8SaveFileEPKc(document, path);

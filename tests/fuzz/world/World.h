@@ -8,8 +8,7 @@ namespace fuzz {
 
 /// The world of the harness: read, write, usleep, sleep, system, sendmsg and TiXmlDocument::SaveFile,
 /// replaced at link time while a World exists, and the system's own otherwise. The logger is the harness's
-/// real one. Whatever the harness does is checked against what it may do at all; what it may not is a
-/// finding.
+/// real one. Checks that the harness only does what it may do at all; anything else is a finding.
 ///
 /// One at a time.
 class World {
@@ -22,7 +21,7 @@ class World {
     World& operator=(const World&) = delete;
 
     /// @name What the harness will read, in the order fed. A read gets at most what is left of one piece.
-    /// Behind the last, the peer has closed.
+    /// After the last, the peer has closed.
     /// @{
     void Feed(const std::string& bytes);
     void FeedError(int error);
@@ -31,7 +30,7 @@ class World {
     /// @return how many bytes were fed and have not been read
     std::size_t Unread() const;
 
-    /// The write that comes then takes `taken` bytes, or fails if that is -1.
+    /// That write takes `taken` bytes, or fails if that is -1.
     void LimitWrite(std::size_t writesFromNow, long taken, int error);
 
     /// @return the writes to the DVR since this was last asked
@@ -47,8 +46,8 @@ class World {
     State* state_;
 };
 
-/// @return the length that a prefix announces, worked out independently of the harness; -1 for one that
-///         goes on after its fifth byte or is not whole
+/// @return the length that a prefix announces, computed independently of the harness; -1 for one that
+///         continues after its fifth byte or is incomplete
 std::int64_t Announced(const std::string& prefix);
 
 /// @return the prefix that announces a length

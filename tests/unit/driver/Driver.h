@@ -21,7 +21,7 @@ class Driver : public HarnessTest {
  protected:
     Driver();
 
-    /// Runs the harness with these arguments, the program's name not counted.
+    /// Runs the harness with these arguments, not counting the program's name.
     static void RunMain(const std::vector<std::string>& arguments = {});
 
     /// Scripts, from scratch, a start in which everything works, up to the first DVR's connection.
@@ -36,14 +36,14 @@ class Driver : public HarnessTest {
 Entries LoggerSetUp();
 /// The listening socket is opened, the first wait has begun and ended, ScriptConnection's DVR is connected.
 Entries Connection();
-/// The first wait of the loop. Its exception set lacks the server, which the first wait has taken out.
+/// The first wait of the loop. Its exception set lacks the server, which the first wait has removed.
 Entry FirstLoopWait(long seconds = 10000);
 /// Every later wait of the loop.
 Entry LoopWait(long seconds = 10000);
-/// What was called last never comes back: nothing is scripted for it, and the process is aborted there.
+/// The last call never returns: nothing is scripted for it, and the process is aborted there.
 Entry Unscripted(const std::string& function);
-/// Everything from the first connection to the wait for the second message, of an object that was made with
-/// these values.
+/// Everything from the first connection to the wait for the second message, for an object made with these
+/// values.
 Entries Service(const TestOptions& options);
 /// The usage text.
 Entries Usage();

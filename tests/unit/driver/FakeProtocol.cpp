@@ -14,7 +14,7 @@ std::deque<int>& Results() {
     return results;
 }
 
-/// The members that TestOptions and the protocol objects have by the same names.
+/// The members that TestOptions and the protocol objects have under the same names.
 template <typename T>
 std::string Values(const T& values) {
     std::string text = std::to_string(values.closeEarly) + " " + std::to_string(values.doneDuration) + " " +

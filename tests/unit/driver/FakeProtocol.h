@@ -3,11 +3,11 @@
 #include "protocol/VelProtocolBase.h"
 #include "support/Journal.h"
 
-/// Protocol objects that handle no message: HandleMessage of both dialects leaves a line in the journal and
+/// Protocol objects that handle no message: HandleMessage of both dialects adds a line to the journal and
 /// returns what was scripted. Without a script it ends the process with a line that says so.
 void NextHandleMessageReturns(int result);
 
-/// Forgets all that was scripted.
+/// Forgets everything that was scripted.
 void ResetProtocol();
 
 /// The line of one HandleMessage.

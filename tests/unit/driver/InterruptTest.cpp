@@ -2,8 +2,8 @@
 
 namespace {
 
-/// SIGINT while main is in a call that never comes back. Such a call has no script and aborts the process,
-/// which here brings the interrupt.
+/// SIGINT while main is in a call that never returns. Such a call has no script and aborts the process, which
+/// here raises the interrupt.
 class Interrupt : public Driver {
  protected:
     static void RunUntilInterrupted() {

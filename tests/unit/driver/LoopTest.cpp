@@ -120,7 +120,7 @@ TEST_F(Loop, TakesAnyResultButCloseForContinue) {
     EXPECT_ABORT(RunMain(), Connected(), entries, Unscripted("select"));
 }
 
-/// When the dialogue of a connection is over.
+/// When a connection's dialogue is over.
 class Closing : public Loop {
  protected:
     static Entries Closed(int client) {

@@ -6,7 +6,7 @@ namespace {
 struct Rejected {
     std::string name;
     std::vector<std::string> arguments;
-    std::string complaint;           // of the system's parser; empty if it has none
+    std::string complaint;           // from the system's parser; empty if it has none
     std::vector<std::string> lines;  // logged at level 32 before
 };
 

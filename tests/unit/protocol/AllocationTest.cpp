@@ -17,7 +17,7 @@ class Allocating : public HarnessTest {
         return g_allocations;
     }
 
-    /// What reading 1600 bytes into a buffer that has room for them allocates.
+    /// What is allocated when 1600 bytes are read into a buffer with room for them.
     Allocations WhileReading() {
         std::vector<char> message;
         message.reserve(2000);

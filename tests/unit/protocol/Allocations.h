@@ -2,8 +2,8 @@
 
 #include <cstddef>
 
-/// What the process has taken from the heap while `counting` was on. Linking Allocations.cpp replaces new and
-/// delete.
+/// What the process has allocated from the heap while `counting` was on. Linking Allocations.cpp replaces new
+/// and delete.
 struct Allocations {
     bool counting = false;
     std::size_t all = 0;

@@ -18,7 +18,7 @@ const char* HandleMessageOf(const VelProtocol_2_0&) {
     return "virtual VelProtocolBase::e_MsgReturn VelProtocol_2_0::HandleMessage()";
 }
 
-/// What every message received has in common, whichever the dialect.
+/// What all received messages have in common, in either dialect.
 template <typename T>
 class Envelope : public HarnessTest {
  protected:

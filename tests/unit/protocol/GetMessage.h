@@ -9,7 +9,7 @@
 /// A test of reading frames.
 class GetMessage : public HarnessTest {
  protected:
-    /// @return the bytes that the next frame leaves in the buffer, but for the NUL that must end them
+    /// @return the bytes that the next frame leaves in the buffer, without the NUL that must end them
     std::string Message() {
         std::vector<char> message;
         protocol.GetMessage(message);

@@ -55,7 +55,7 @@ TEST_F(GetMessage, EndsTheProcessOnAnyOtherNegativeSizeWithoutReading) {
         const std::string ending = RunToItsEnd([&] { Message(); });
         const std::string expected = Expected({Read(1, 1), Read(1, 1), Read(1, 1), Read(1, 1), Read(1, 1),
                                                Logged(1, "expecting a message of " + size + " bytes")});
-        // How the buffer's library reports a size that is none is its own affair.
+        // How the buffer's library reports an invalid size is its own business.
         EXPECT_EQ(ending.substr(0, expected.size()), expected);
         EXPECT_EQ(ending.find("read ", expected.size()), std::string::npos) << ending;
         const std::string end = "\nended by signal 6\n";
@@ -68,7 +68,7 @@ TEST_F(GetMessage, AsksForABufferOfTheLargestSizeAndOneByte) {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "the sanitizer's own memory does not fit under the limit";
 #endif
-    // On 32 bits the standard library does not even ask for so much.
+    // On 32 bits the standard library does not even ask for that much.
     const bool isAsked = std::vector<char>().max_size() > std::size_t{1} << 31;
     const Entries refusal = isAsked ? Uncaught("std::bad_alloc", "std::bad_alloc")
                                     : Uncaught("std::length_error", "vector::_M_default_append");

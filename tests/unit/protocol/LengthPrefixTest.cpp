@@ -23,7 +23,7 @@ class LengthPrefix : public HarnessTest {
         return std::string(buffer, static_cast<std::size_t>(count));
     }
 
-    /// Decodes a prefix that stands in a buffer of exactly 5 bytes, filled up with `filler`.
+    /// Decodes a prefix in a buffer of exactly 5 bytes, padded with `filler`.
     int Decoded(const std::string& bytes, char filler = 0) {
         const std::unique_ptr<char[]> buffer(new char[5]);
         memset(buffer.get(), filler, 5);

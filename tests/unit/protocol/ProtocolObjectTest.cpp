@@ -123,8 +123,8 @@ TEST(NewerDialect, KeepsItsOwnMembersBehindThoseOfBoth) {
 }
 
 #if defined(__x86_64__) or defined(__i386__)
-/// @return the slot of a virtual member function, counted from 0; -1 for an ordinary one. As the C++ ABI of
-/// these machines has it: a pointer to a virtual member function holds 1 plus the slot's offset.
+/// @return the slot of a virtual member function, counted from 0; -1 for an ordinary one. In the C++ ABI of
+/// these machines, a pointer to a virtual member function holds 1 plus the slot's offset.
 template <typename Function>
 int Slot(Function function) {
     std::uintptr_t word = 0;

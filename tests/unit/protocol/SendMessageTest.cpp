@@ -14,7 +14,7 @@ const std::string kTextWritten = "writelen == static_cast<int>(msgSize)";
 
 class SendMessage : public HarnessTest {
  protected:
-    /// Sends a document that is printed as just that text.
+    /// Sends a document that prints as exactly that text.
     void Send(const std::string& text) {
         TiXmlDocument document;
         if (not text.empty()) {

@@ -15,7 +15,7 @@ namespace {
 
 constexpr unsigned int kTimeLimit = 30;  // seconds
 
-/// An exception that leaves the code ends the process, as in a program that catches none.
+/// An exception that escapes the code ends the process, as in a program that catches none.
 void RunWithoutCatching(const std::function<void()>& code) noexcept {
     code();
 }
@@ -40,7 +40,7 @@ std::string ReadAll(int input) {
     return all;
 }
 
-/// Takes program, file and line off the message of a failed assertion:
+/// Removes program, file and line from the message of a failed assertion:
 /// PROGRAM: FILE:LINE: FUNCTION: Assertion `EXPRESSION' failed.
 std::string Simplified(const std::string& line) {
     const std::string middle = ": Assertion `";
@@ -57,7 +57,7 @@ std::string Simplified(const std::string& line) {
         .text;
 }
 
-/// What an emulator says of a signal that ends the process is not the process's.
+/// What an emulator says about a signal that ends the process is not the process's output.
 bool IsEmulators(const std::string& line) {
     return line.rfind("qemu: uncaught target signal ", 0) == 0;
 }

@@ -5,11 +5,11 @@
 
 #include "support/Journal.h"
 
-/// Runs code that ends its process, in a process of its own that has the scripts and all objects of this one.
-/// The scripts are used up by it: here they are empty afterwards.
+/// Runs code that ends its process, in a separate process that has this one's scripts and objects. It uses up
+/// the scripts: here they are empty afterwards.
 /// @return the lines that it adds to the journal and what it prints to standard error, in order, an
-///         assertion's message as AssertionFailed says it, and a last line about its end. A process that runs
-///         for 30 seconds is ended by SIGALRM.
+///         assertion's message as in AssertionFailed, and a last line about its end. SIGALRM ends a process
+///         that runs for 30 seconds.
 std::string RunToItsEnd(const std::function<void()>& code);
 
 /// Expects a statement to end its process by SIGABRT, after exactly these lines:

@@ -11,8 +11,8 @@
 /// All levels on, all off, and each alone.
 constexpr unsigned int kMasks[] = {127, 0, 1, 2, 4, 8, 16, 32, 64};
 
-/// A test that starts with an empty journal, empty scripts and all log levels on, and ends with every line of
-/// the journal expected and everything fed used.
+/// A test that starts with an empty journal, empty scripts and all log levels on. At its end every line of
+/// the journal must have been expected and everything fed used.
 class HarnessTest : public ::testing::Test {
  protected:
     HarnessTest() {

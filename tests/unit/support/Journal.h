@@ -5,8 +5,8 @@
 #include <vector>
 
 /// The journal: everything that the harness did, in order, one line each: what it logged and every platform
-/// function that it called. A test says what it expects with the functions below, each of which describes one
-/// line, and EXPECT_JOURNAL.
+/// function that it called. Tests state what they expect with EXPECT_JOURNAL and the functions below, each of
+/// which describes one line.
 
 /// One expected line.
 struct Entry {
@@ -28,7 +28,7 @@ class Entries {
 };
 
 /// A log line of that level. Expected only while the level is on in the mask; while it is off, the line must
-/// be missing. Its "velloran:LINE " is checked already and is not part of `text`.
+/// be missing. Its "velloran:LINE " is already checked and is not part of `text`.
 Entry Logged(unsigned int level, const std::string& text);
 
 Entry Read(std::size_t asked, std::size_t got);
@@ -41,25 +41,26 @@ Entry Slept(unsigned int seconds);        // sleep
 Entry Ran(const std::string& command);    // system
 /// A document saved. `content` is that of the file: printed with indentation, a newline after each element.
 Entry Saved(const std::string& path, const std::string& content);
-/// An assertion that failed in the function of that signature. Only the last but one line of an EXPECT_ABORT.
+/// An assertion that failed in the function with that signature. Only as the second-to-last line of an
+/// EXPECT_ABORT.
 Entry AssertionFailed(const std::string& function, const std::string& expression);
 /// An exception that nothing caught.
 Entries Uncaught(const std::string& type, const std::string& what);
-/// A line that is none of the above: what the harness printed to standard error itself.
+/// Any other line: what the harness itself printed to standard error.
 Entry Printed(const std::string& line);
-/// No line, where there must be an argument: EXPECT_ABORT(protocol.HandleMessage(), Nothing()).
+/// No line, for where an argument is required: EXPECT_ABORT(protocol.HandleMessage(), Nothing()).
 Entries Nothing();
 
 /// Adds a line. For the recorders only.
 void AddToJournal(const std::string& line);
 void AddLogLine(unsigned int level, const std::string& processName, const std::string& line);
 
-/// A journal is full after that many lines: the process then ends at once with status kJournalFull, without
+/// The journal is full after that many lines: the process then ends at once with status kJournalFull, without
 /// adding more. For EXPECT_EXIT_STATUS of a harness that would never end.
 void LimitJournal(std::size_t lines);
 constexpr int kJournalFull = 77;
 
-/// From here on each line is written to standard error at once as well as kept. For processes that end.
+/// From now on each line is also written to standard error at once. For processes that end.
 void EchoJournal();
 
 /// Empties the journal.

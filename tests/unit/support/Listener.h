@@ -36,9 +36,9 @@ using SignalHandler = void (*)(int);
 /// @return the handler that was installed for SIGINT; null if none was
 SignalHandler InterruptHandler();
 
-/// Forgets all that was scripted.
+/// Forgets everything that was scripted.
 void ResetListener();
-/// @return what was scripted and has not been used, in words; empty if nothing
+/// @return what was scripted but not used, in words; empty if nothing
 std::string UnusedListenerScript();
 
 /// @name What the calls leave in the journal. `shutdown` and `close` succeed.

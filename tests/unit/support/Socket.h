@@ -5,10 +5,9 @@
 
 #include "support/Journal.h"
 
-/// The DVR's end of the connection and the rest of the world, as far as the protocol objects see it. read,
-/// write, usleep, sleep, system and TiXmlDocument::SaveFile are replaced at link time by recorders that keep
-/// a journal and give scripted results. read and write on other descriptors than kSocket are the system's
-/// own.
+/// The DVR's end of the connection and the rest of the world, as the protocol objects see it. read, write,
+/// usleep, sleep, system and TiXmlDocument::SaveFile are replaced at link time by recorders that keep a
+/// journal and give scripted results. read and write on descriptors other than kSocket are the system's own.
 
 constexpr int kSocket = 71;
 
@@ -31,9 +30,9 @@ void NextSystemReturns(int status);
 void NextSaveFails();
 /// @}
 
-/// Forgets all that was fed and scripted.
+/// Forgets everything that was fed and scripted.
 void ResetSocket();
-/// @return what was fed or scripted and has not been used, in words; empty if nothing
+/// @return what was fed or scripted but not used, in words; empty if nothing
 std::string UnusedScript();
 
 /// @return the prefix that announces a size

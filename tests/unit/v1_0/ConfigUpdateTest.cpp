@@ -2,7 +2,7 @@
 
 namespace {
 
-// A value that holds double quotes is printed between single ones.
+// A value that contains double quotes is printed in single quotes.
 const std::string kRequest =
     "<msg req=\"UPDATE_CONFIGURATION\" txt='&lt;FakeConfig info=&quot;This is a bogus config used for "
     "protocol "

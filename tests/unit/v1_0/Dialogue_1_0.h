@@ -6,7 +6,7 @@
 #include "protocol/v1_0/VelProtocol_1_0.h"
 #include "support/HarnessTest.h"
 
-/// A test of one protocol object of the older dialect, and the texts that travel in it.
+/// A test of one protocol object of the older dialect, and the texts that are sent in it.
 class Dialogue_1_0 : public HarnessTest {
  protected:
     using FileList = std::list<VelProtocolBase::FileEntry>;
@@ -19,13 +19,13 @@ class Dialogue_1_0 : public HarnessTest {
         return protocol.HandleMessage();
     }
 
-    /// Takes a message that sets the scene, whatever it leaves in the journal.
+    /// Takes a message that sets the scene, and ignores its lines in the journal.
     void Given(const std::string& text) {
         Handle(text);
         TakeJournal();
     }
 
-    /// @return markup as it travels in a text
+    /// @return markup escaped for a text
     static std::string Escaped(const std::string& markup) {
         std::string escaped;
         for (const char character : markup) {

@@ -10,7 +10,7 @@ const std::string kFunction = "void VelProtocol_1_0::Handle_XML_msg(TiXmlDocumen
 /// Descriptions that the harness does not survive.
 class XmlFault_1_0 : public Dialogue_1_0 {
  protected:
-    /// Expects that a description with that content of its recording-event, E1, ends the process.
+    /// Expects a description with that content of its recording-event, E1, to end the process.
     void ExpectMissingName(const std::string& content) {
         SCOPED_TRACE(content);
         const std::string xml =

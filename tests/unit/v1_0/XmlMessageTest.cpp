@@ -7,7 +7,7 @@ namespace {
 /// What Handle_XML_msg takes from a message.
 class XmlMessage_1_0 : public Dialogue_1_0 {
  protected:
-    /// Hands a message to Handle_XML_msg, and expects one line for each event that it adds to `events`.
+    /// Passes a message to Handle_XML_msg, and expects one line for each event that it adds to `events`.
     void Unpack(const std::string& text) {
         const std::size_t before = protocol.events.size();
         TiXmlDocument document;

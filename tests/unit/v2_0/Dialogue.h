@@ -41,7 +41,7 @@ class Dialogue : public HarnessTest {
 /// @{
 std::string Msg(const std::string& req, const std::string& rest = "", const std::string& children = "");
 std::string EventList(const std::string& children);
-/// @param description  the event's description; travels escaped
+/// @param description  the event's description; sent escaped
 std::string Event(const std::string& reid, const std::string& description);
 std::string FileComplete(const std::string& reid, const std::string& file, const std::string& rest = "");
 std::string Acknowledgement(const std::string& reid);
@@ -49,7 +49,7 @@ std::string InvalidEvent(const std::string& reid);
 std::string TransportException(const std::string& reid);
 /// @}
 
-/// @return the description of an event of that identifier with its metadata and one stream of these files
+/// @return the description of an event with that identifier, its metadata and one stream of these files
 std::string Description(const std::string& reid, const std::string& metadata,
                         const std::list<std::string>& files);
 
@@ -65,7 +65,7 @@ std::string EventXferComplete(const std::string& reid);
 extern const char* const kDone;
 /// @}
 
-/// @name What the harness logs of a FILE_COMPLETE.
+/// @name What the harness logs about a FILE_COMPLETE.
 /// @{
 Entry GotFileComplete(const std::string& reid, const std::string& file);
 Entry InvalidFileComplete(const std::string& document);
@@ -76,7 +76,7 @@ Entry IncompleteFileComplete();
 /// @{
 /// The list has no file left: says so, saves the report and sends it.
 Entries CompletedEvent(const std::string& reid);
-/// The plain request of an event's last file.
+/// The plain request for an event's last file.
 Entries RequestedLastFile(const std::string& reid, const std::string& file);
 Entries RequestedLastFileWithNewHash(const std::string& reid, const std::string& file);
 /// @}

@@ -2,7 +2,7 @@
 
 namespace {
 
-/// What the description of the event E7 that was asked for names as its files.
+/// The files that the description of the requested event E7 names.
 class EventFiles : public Dialogue {
  protected:
     EventFiles() { protocol.events = {"E7"}; }
@@ -12,7 +12,7 @@ class EventFiles : public Dialogue {
         return Event("E7", R"(<recording-event reid="E7"><video>)" + children + "</video></recording-event>");
     }
 
-    /// Takes in EventWithVideo, whose saved copy is no matter of the test.
+    /// Takes in EventWithVideo, whose saved copy does not matter here.
     /// @return the files that it queued
     Files FilesOf(const std::string& children) {
         TiXmlDocument document;
@@ -91,7 +91,7 @@ TEST_F(EventFiles, TakesTheNamesOfItsFilesAsTheyAre) {
               (Files{{"E7", ""}, {"E7", "x & y"}}));
 }
 
-/// An EVENT whose description names a file badly ends the process, after the copy has been saved.
+/// An EVENT whose description names a file wrongly ends the process, after the copy has been saved.
 class BadEventFile : public EventFiles {
  protected:
     static Entries NoName() {

@@ -139,7 +139,7 @@ TEST_F(EVENT_LIST, IsTakenInWithoutAnswerByItsHandler) {
     EXPECT_FALSE(protocol.eventRequestPending);
 }
 
-/// With the test of a damaged event identifier on.
+/// With the damaged event identifier switched on.
 class EVENT_LIST_WithInvalidEvent : public Dialogue {
  protected:
     EVENT_LIST_WithInvalidEvent() { protocol.invalidEvent = true; }

@@ -24,7 +24,7 @@ class RehashTest : public Dialogue {
     static Entry NoLength() { return Logged(2, "'length' attribute not present when requested"); }
     static Entry NoHash() { return Logged(2, "'hashCode' attribute not present when requested"); }
 
-    /// Shows which hash is kept, by the answer to a further rehash test.
+    /// Shows which hash is kept, through the answer to another rehash test.
     void ExpectKeptHash(const std::string& hash) {
         protocol.filesToReceive = {{"E1", "c"}};
         protocol.rehashPending = true;

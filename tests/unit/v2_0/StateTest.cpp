@@ -6,8 +6,8 @@ namespace {
 
 using Values = std::map<std::string, std::string>;
 
-/// What a message leaves of the switches, the counters, the flags and the lists. All of them are set to what
-/// a handler that forgets something would not leave, and all that is not named must stay.
+/// How a message leaves the switches, the counters, the flags and the lists. All of them are set to values
+/// that a handler which forgets something would not leave, and all that are not named must stay.
 class State : public Dialogue {
  protected:
     State() { Set({{"E1", "a"}, {"E1", "b"}, {"E1", "c"}}); }
@@ -49,8 +49,8 @@ class State : public Dialogue {
         return values;
     }
 
-    /// The DVR says `text`, which changes these values and no others. What it makes the harness log and send
-    /// is the matter of other tests.
+    /// The DVR says `text`, which changes these values and no others. Other tests check what it makes the
+    /// harness log and send.
     void ExpectChanges(const std::string& text, const Values& changes) {
         SCOPED_TRACE(text);
         Values expected = changes;

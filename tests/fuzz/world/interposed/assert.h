@@ -1,4 +1,4 @@
-// Stands in for the system's header where the harness is compiled for fuzzing: a failed assertion throws, so
+// Stands in for the system's header when the harness is compiled for fuzzing: a failed assertion throws, so
 // that the run is unwound cleanly and the next can follow in the same process.
 #include "world/Ends.h"
 

@@ -2,9 +2,9 @@
 
 #include <string>
 
-/// A platform logger of the unit tests' own, with no part of ours in it: its lines go to the journal. That
-/// the harness builds with it also shows that a rig's own logger can take the place of ours. It gives what
-/// any such logger must give, and no more: the name comes as a copy, and each use clears errno.
+/// The unit tests' own platform logger, with no part of ours in it: its lines go to the journal. That the
+/// harness builds with it also shows that a rig's own logger can replace ours. It offers only what any such
+/// logger must: the name is returned as a copy, and each use clears errno.
 class LogClient {
  public:
     static LogClient* Instance();

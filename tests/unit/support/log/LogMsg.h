@@ -11,7 +11,7 @@ class LogMsg {
     virtual ~LogMsg() = default;
 
     /// @return the one stream that all messages share. Its format flags outlive a message, so a statement
-    /// that leaves std::hex behind shows in the next line.
+    /// that leaves std::hex set shows in the next line.
     std::ostream& Log(unsigned int level, const std::string& processName);
 
  protected:
