@@ -14,7 +14,7 @@ unsigned long PortIn(const std::string& address) {
     return std::stoul(address.substr(address.rfind(':') + 1), nullptr, 16);
 }
 
-/// Reads " 0: 0100007F:1389 0100007F:C350 01 ...": number, own address, peer's address, state.
+/// Reads "   0: 0100007F:1389 0100007F:C350 01 ...": number, own address, peer's address, state.
 void LookAt(const char* table, std::uint16_t port, PortUse& use) {
     std::ifstream sockets(table);
     std::string line;

@@ -6,7 +6,7 @@
 
 namespace rig::judge {
 
-/// @return what the DVR must answer to a request with a fault; empty where it need not answer
+/// @return what the DVR must answer to a request with a fault; empty if it need not answer
 std::string AnswerTo(const std::string& request, Fault fault, int protocol);
 
 /// @return whether the DVR may send the message in the dialect

@@ -18,8 +18,8 @@ struct Outcome {
 /// Runs `code` in a child process that has not used the logger, so that each run starts it afresh, and waits
 /// for its end. Standard input is /dev/null, standard error is the test's, and descriptors from 3 up are
 /// free. A child that hangs is ended after a minute.
-/// @param stdoutFd  where standard output goes instead of into the outcome, which takes writes of up to 400
-/// kB
+/// @param stdoutFd  where standard output goes instead of into the outcome, which takes writes of up to
+///                  400 kB
 Outcome RunSubject(const std::function<void()>& code, int stdoutFd = -1);
 
 /// Called by the code in the child: adds to Outcome::report.
@@ -35,6 +35,6 @@ void Log(unsigned int level, const std::string& text);
 /// @return the text with a 9 in place of each digit
 std::string ShapeOf(std::string text);
 
-/// @return the text of a line after the time stamp, the name and the level, without the newline; "not a line:
-/// " and the line if it is not a log line
+/// @return the text of a line after the time stamp, the name and the level, without the newline;
+/// "not a line: " and the line if it is not a log line
 std::string TextOf(const std::string& line);
