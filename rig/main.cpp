@@ -7,8 +7,7 @@
 #include "rig/dvr/Failure.h"
 
 // velloran-rig: the harness's companion tools. Each subcommand adds itself to the command line and says there
-// what its exit statuses mean; whatever is wrong with the command line itself ends with status 2 and one
-// line.
+// what its exit statuses mean; a command line that no subcommand answers for ends with status 2 and one line.
 int main(int argc, char** argv) {
     // A reader of our output that leaves (`| head`) must not end an export halfway.
     std::signal(SIGPIPE, SIG_IGN);

@@ -14,7 +14,7 @@ __velloran_rig_subcommands() {
 
 # Usage: __velloran_rig_defects PROGRAM
 __velloran_rig_defects() {
-    "$1" dvr --list-defects 2>/dev/null | sed -nE 's/^\| `([a-z-]+).*/\1/p'
+    "$1" dvr --list-defects 2>/dev/null | sed -nE 's/^([a-z-]+).*/\1/p'
 }
 
 # Usage: __velloran_rig_cases PROGRAM

@@ -6,7 +6,7 @@ set -g __velloran_rig_messages OK XML EVENT_LIST EVENT FILE_COMPLETE EVENT_XFER_
     XFER_IN_PROGRESS SOFTWARE_UPDATE_CONFIRM CONFIGURATION_UPDATE_ERROR
 
 function __velloran_rig_defects
-    velloran-rig dvr --list-defects | string replace -rf '^\| `([a-z-]+)[^|]*\|[^|]*\|[^|]*\| ([^|]*) \|.*' '$1\t$2'
+    velloran-rig dvr --list-defects --format markdown | string replace -rf '^\| `([a-z-]+)[^|]*\|[^|]*\|[^|]*\| ([^|]*) \|.*' '$1\t$2'
 end
 
 function __velloran_rig_cases

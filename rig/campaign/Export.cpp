@@ -17,7 +17,7 @@ constexpr double kPortPatience = 150;  // seconds: the system holds a port for a
 constexpr double kSettle = 2;          // seconds that the DVR has to close after the end
 constexpr double kReady = 0.5;         // seconds from a remote harness's first line until it listens
 constexpr double kStop = 5;            // seconds that a command has to end when told to
-constexpr double kPortPause = 3;       // seconds until a remote harness tries its port again
+constexpr double kPortPause = 3;  // seconds until a remote harness that found its port taken is started again
 
 double Since(Clock::time_point begin) {
     return std::chrono::duration<double>(Clock::now() - begin).count();

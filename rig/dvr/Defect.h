@@ -10,6 +10,7 @@
 
 #include "rig/dvr/Message.h"
 #include "rig/dvr/Recordings.h"
+#include "rig/terminal/Listing.h"
 
 namespace rig {
 
@@ -74,7 +75,7 @@ const DefectKind& FindDefectKind(std::string_view name);
 /// Throws Failure (UsageError) unless the value is one that the kind takes.
 void CheckDefectValue(const DefectKind& kind, const std::string& value);
 
-/// @return the table of all kinds as Markdown, for --list-defects and the documentation
-std::string ListDefects();
+/// @return all kinds, for --list-defects and the documentation
+Listing ListDefects();
 
 }  // namespace rig

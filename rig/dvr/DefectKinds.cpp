@@ -265,9 +265,8 @@ void CheckDefectValue(const DefectKind& kind, const std::string& value) {
                                               ", found " + Quoted(value));
 }
 
-std::string ListDefects() {
-    std::string table =
-        "| defect | dialect | acts on | what the DVR does | what the harness logs |\n|---|---|---|---|---|\n";
+Listing ListDefects() {
+    Listing listing{{"defect", "dialect", "acts on", "what the DVR does", "what the harness logs"}, {}};
     for (const DefectKind& kind : DefectKinds()) {
         std::string messages;
         for (const char* message : kind.messages) {
@@ -276,11 +275,11 @@ std::string ListDefects() {
         const std::string dialects = kind.dialects == std::string("12")  ? "1.0, 2.0"
                                      : kind.dialects == std::string("1") ? "1.0"
                                                                          : "2.0";
-        table += "| `" + (std::string(kind.name) + Placeholder(kind.value)) + "` | " + dialects + " | " +
-                 (messages.empty() ? "any" : messages) + (kind.always ? ", each" : "") + " | " + kind.does +
-                 " | " + kind.logs + " |\n";
+        listing.rows.push_back({std::string(kind.name) + Placeholder(kind.value), dialects,
+                                (messages.empty() ? "any" : messages) + (kind.always ? ", each" : ""),
+                                kind.does, kind.logs});
     }
-    return table;
+    return listing;
 }
 
 }  // namespace rig

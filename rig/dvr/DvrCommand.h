@@ -40,6 +40,8 @@ struct DvrOptions {
     std::string onSizeError = "close";   // or "continue"
     bool wireCheck = false;
     std::vector<DefectOption> defects;
+    bool listDefects = false;           // and play nothing
+    std::string format = "text";        // of that list, or "markdown"
     std::optional<std::uint32_t> seed;  // of everything random; a new one for each run if not given
 };
 

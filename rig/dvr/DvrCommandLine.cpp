@@ -5,8 +5,8 @@
 #include <memory>
 #include <string>
 
+#include "rig/common/ChoiceOption.h"
 #include "rig/common/NumberOption.h"
-#include "rig/dvr/ChoiceOption.h"
 #include "rig/dvr/Defect.h"
 #include "rig/dvr/DvrCommand.h"
 #include "rig/dvr/ReplayCommand.h"
@@ -104,13 +104,8 @@ void AddDefectOptions(CLI::App& dvr, const std::shared_ptr<DvrOptions>& options)
     dvr.add_option("--seed", options->seed, "Repeats the random choices of an earlier run")
         ->transform(Between<std::uint32_t>(0, UINT32_MAX))
         ->type_name("N");
-    dvr.add_flag_callback(
-        "--list-defects",
-        [] {
-            std::cout << ListDefects();
-            throw CLI::Success();
-        },
-        "Print the table of defects and exit");
+    dvr.add_flag("--list-defects", options->listDefects, "Print all defects and exit");
+    AddFormatOption(dvr, options->format);
 }
 
 /// How closely the DVR looks at what the harness sends.
@@ -154,6 +149,10 @@ void AddDvrCommand(CLI::App& app, int& status) {
     AddWireOptions(*dvr, *options);
     AddReplayOptions(*dvr, *options);
     dvr->callback([options, recordings, protocol, &status] {
+        if (options->listDefects) {
+            Print(ListDefects(), options->format);
+            return;
+        }
         options->hasRecordings = recordings->count() > 0;
         options->hasProtocol = protocol->count() > 0;
         status = RunDvr(*options);

@@ -2,8 +2,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "rig/common/ChoiceOption.h"
 #include "rig/common/Printable.h"
-#include "rig/dvr/ChoiceOption.h"
 #include "rig/dvr/EarlierRun.h"
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/Replay.h"

@@ -21,6 +21,14 @@ const std::vector<Check>& AllChecks() {
     return kChecks;
 }
 
+Listing ListChecks() {
+    Listing listing{{"check", "requirement", "what in the log proves it"}, {}};
+    for (const Check& check : AllChecks()) {
+        listing.rows.push_back({check.id, check.requirement, check.proof});
+    }
+    return listing;
+}
+
 std::vector<report::CheckResult> JudgeRun(const Run& run, const Limits& limits) {
     std::vector<report::CheckResult> results;
     for (const Check& check : AllChecks()) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "rig/judge/Run.h"
+#include "rig/terminal/Listing.h"
 
 namespace rig::judge {
 
@@ -35,6 +36,7 @@ enum class Needs {
 struct Check {
     const char* id;           // stable: users write it into their lists
     const char* requirement;  // one sentence
+    const char* proof;        // what in the log it goes by
     bool (*applies)(const Run& run);
     Finding (*judge)(const Run& run, const Limits& limits);
     Needs needs = Needs::Nothing;
@@ -51,6 +53,9 @@ const std::vector<Check>& TimingChecks();
 
 /// @return all checks, in the order in which reports show them
 const std::vector<Check>& AllChecks();
+
+/// @return the checks for --list-checks and the documentation
+Listing ListChecks();
 
 /// Applies all checks that concern the run.
 std::vector<report::CheckResult> JudgeRun(const Run& run, const Limits& limits);

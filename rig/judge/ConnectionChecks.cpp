@@ -135,14 +135,22 @@ Finding ConnectionKept(const Run& run, const Limits& /*limits*/) {
 
 const std::vector<Check>& ConnectionChecks() {
     static const std::vector<Check> kChecks = {
-        {"log.start", "The log holds the start of the run.", Always, HasStart},
-        {"log.whole", "The log holds the run to its end.", Always, LogIsWhole},
-        {"harness.ran", "The harness could do its part.", Always, HarnessRan},
-        {"connection.made", "The DVR connects.", Always, ConnectionMade, Needs::WholeLog},
-        {"connection.opened", "The DVR opens the dialogue with OK.", Always, ConnectionOpened,
+        {"log.start", "The log holds the start of the run.", "the switches echoed, or \"Connected to: \"",
+         Always, HasStart},
+        {"log.whole", "The log holds the run to its end.",
+         "\"Sending DONE\", \"shutting down\" or an assertion at the end; slices of every message without a "
+         "gap",
+         Always, LogIsWhole},
+        {"harness.ran", "The harness could do its part.",
+         "\"bind failed: \", \"Could not install SIGINT handler\", an assertion that is not about the DVR, "
+         "the shell's complaint about the marker",
+         Always, HarnessRan},
+        {"connection.made", "The DVR connects.", "\"Connected to: \"", Always, ConnectionMade,
          Needs::WholeLog},
-        {"connection.kept", "The DVR keeps its one connection until the export is done.", AsksWhole,
-         ConnectionKept},
+        {"connection.opened", "The DVR opens the dialogue with OK.",
+         "\"got an OK, sending \" as the first reaction", Always, ConnectionOpened, Needs::WholeLog},
+        {"connection.kept", "The DVR keeps its one connection until the export is done.",
+         "\"EOF at: \", read errors, an assertion about a second connection", AsksWhole, ConnectionKept},
     };
     return kChecks;
 }

@@ -122,20 +122,39 @@ Finding ExportDone(const Run& run, const Limits& limits) {
 
 const std::vector<Check>& ExportChecks() {
     static const std::vector<Check> kChecks = {
-        {"event-list.source", "EVENT_LIST names its source.", IsSecondDialect, EventListSource},
-        {"event-list.events", "EVENT_LIST names every event.", IsSecondDialect, EventListEvents},
-        {"event-list.once", "No event is listed twice.", IsExport, EventsOnce},
-        {"event.reid", "EVENT is about the event asked for.", IsSecondDialect, EventReid},
-        {"event.description", "The description of an event is complete.", IsExport, Description},
-        {"event.files", "An event has files.", IsExport, DescriptionFiles},
-        {"file-complete.attributes", "FILE_COMPLETE names event and file.", IsExport, FileAttributes},
-        {"file-complete.identity", "Every file requested is completed once, in order.", IsExport,
-         FileIdentity, Needs::WholeLog},
-        {"event-ack.reid", "Every event is acknowledged under its own identifier.", IsSecondDialect, AckReid,
+        {"event-list.source", "EVENT_LIST names its source.",
+         "\"'source' attribute missing from EVENT_LIST message\"", IsSecondDialect, EventListSource},
+        {"event-list.events", "EVENT_LIST names every event.",
+         "\"'event' found with no text\", \"could not find 'event' tag in EVENT_LIST message\", \"Got "
+         "EVENT_LIST message with no events\"",
+         IsSecondDialect, EventListEvents},
+        {"event-list.once", "No event is listed twice.", "the identifiers in the list", IsExport, EventsOnce},
+        {"event.reid", "EVENT is about the event asked for.",
+         "\"Handle_EVENT_msg: 'reid' attribute incorrect: \", reid against the request", IsSecondDialect,
+         EventReid},
+        {"event.description", "The description of an event is complete.",
+         "\"EVENT message does not contain 'xmlFile' tag\", \"EVENT message 'xmlFile' tag does not contain "
+         "data\", \"Escaped XML for event contains no REID\", \"Found event with no REID\", "
+         "\"Handle_EVENT_msg: 'reid' in escaped XML incorrect: \", the description itself",
+         IsExport, Description},
+        {"event.files", "An event has files.",
+         "\"Got EVENT message with no files to receive\", the description itself", IsExport,
+         DescriptionFiles},
+        {"file-complete.attributes", "FILE_COMPLETE names event and file.",
+         "\"Got FILE_COMPLETE without both reid and file\"", IsExport, FileAttributes},
+        {"file-complete.identity", "Every file requested is completed once, in order.",
+         "\"invalid file in FILE_COMPLETE: \", FILE_COMPLETE against the requests", IsExport, FileIdentity,
          Needs::WholeLog},
-        {"fault-report.reid", "The report of a fault names the event of the request.", ProvokesReports,
-         ReportReid, Needs::WholeLog},
-        {"export.done", "The export ends with DONE.", IsExport, ExportDone, Needs::WholeLog},
+        {"event-ack.reid", "Every event is acknowledged under its own identifier.",
+         "\"Got EVENT_XFER_ACK with no reid attribute\", \"In EVENT_XFER_ACK, got unexpected reid: \", a "
+         "report without its acknowledgement",
+         IsSecondDialect, AckReid, Needs::WholeLog},
+        {"fault-report.reid", "The report of a fault names the event of the request.",
+         "\"'reid' attribute missing from \" INVALID_EVENT, TRANSPORT_EXCEPTION or XFER_IN_PROGRESS; "
+         "\"'reid' attribute does not match expected: \"; reid against the request",
+         ProvokesReports, ReportReid, Needs::WholeLog},
+        {"export.done", "The export ends with DONE.", "\"Sending DONE\"", IsExport, ExportDone,
+         Needs::WholeLog},
     };
     return kChecks;
 }

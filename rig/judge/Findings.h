@@ -51,8 +51,7 @@ double Waited(const Run& run, const Request& request);
 /// @return whether a request has waited so long that no answer can be expected any more
 bool IsUnanswered(const Run& run, const Request& request, const Limits& limits);
 
-/// @return the unanswered requests of this name, or all for ""; for "GET_FILE" only those without an injected
-/// fault
+/// @return the unanswered requests of this name without an injected fault, other than a new hash; all for ""
 Tally Unanswered(const Run& run, const std::string& name, const Limits& limits);
 
 /// @return whether a request of this name, as above, is still waiting when the log ends

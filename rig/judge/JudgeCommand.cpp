@@ -6,9 +6,11 @@
 #include <iostream>
 #include <memory>
 
+#include "rig/common/ChoiceOption.h"
 #include "rig/common/Complaint.h"
 #include "rig/common/NumberOption.h"
 #include "rig/common/Printable.h"
+#include "rig/judge/Checks.h"
 #include "rig/judge/Judge.h"
 #include "rig/judge/KnownFailures.h"
 #include "rig/log/LogReader.h"
@@ -169,10 +171,18 @@ void AddJudgeCommand(CLI::App& app, int& status) {
         ->add_option("--html", options->html,
                      "Write one page with the table, the dialogue and the log, to be mailed")
         ->type_name("FILE");
+    judge->add_flag("--list-checks", options->listChecks, "Print all checks and exit");
+    AddFormatOption(*judge, options->format);
     judge->callback([options, &status] { status = RunJudge(*options); });
 }
 
 int RunJudge(const JudgeOptions& options) {
+    if (options.listChecks) {
+        Print(judge::ListChecks(), options.format);
+        return IsOutputLost() ? Complain("judge", kUsageStatus,
+                                         "expected standard output to take the list, found that it did not")
+                              : 0;
+    }
     if (options.logs.empty() || (options.follow && options.logs.size() > 1)) {
         return Complain("judge", kUsageStatus,
                         options.follow ? "expected one log to follow" : "expected a log, found none");

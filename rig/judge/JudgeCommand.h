@@ -22,6 +22,8 @@ struct JudgeOptions {
     std::string junit;
     std::string tap;
     std::string html;
+    bool listChecks = false;      // and read no log
+    std::string format = "text";  // of that list, or "markdown"
 };
 
 /// Adds the subcommand `judge`. When the command line asks for it, parsing runs it and leaves its exit status

@@ -73,12 +73,20 @@ Finding RequestsAnswered(const Run& run, const Limits& limits) {
 
 const std::vector<Check>& MessageChecks() {
     static const std::vector<Check> kChecks = {
-        {"messages.framed", "Every message has a good length prefix.", Always, MessagesFramed},
-        {"messages.parsed", "Every message is an XML document with msg and req.", Always, MessagesParsed},
-        {"messages.known", "Every message is one of the dialect's.", Always, MessagesKnown},
-        {"messages.asked", "The DVR sends only what it is asked for, once.", AsksWhole, MessagesAsked,
+        {"messages.framed", "Every message has a good length prefix.",
+         "\"Read7BitEncodedInt:badly formatted 7 bit string length prefix\", a negative length announced",
+         Always, MessagesFramed},
+        {"messages.parsed", "Every message is an XML document with msg and req.",
+         "\"error: \", \"INVALID XML RECEIVED\", the assertions on the parser, the message itself", Always,
+         MessagesParsed},
+        {"messages.known", "Every message is one of the dialect's.", "\"UNSUPPORTED MSG RECEIVED: \"", Always,
+         MessagesKnown},
+        {"messages.asked", "The DVR sends only what it is asked for, once.",
+         "messages against the requests before them; \"Unexpected \"", AsksWhole, MessagesAsked,
          Needs::WholeLog},
-        {"requests.answered", "The DVR answers every request.", AsksWhole, RequestsAnswered, Needs::WholeLog},
+        {"requests.answered", "The DVR answers every request.",
+         "a request without its answer, with more than --patience to the end of the log", AsksWhole,
+         RequestsAnswered, Needs::WholeLog},
     };
     return kChecks;
 }

@@ -32,7 +32,8 @@ Finding Reaction(const Run& run, const Limits& limits) {
 
 const std::vector<Check>& TimingChecks() {
     static const std::vector<Check> kChecks = {
-        {"reaction.time", "The DVR answers within the time given.", HasReactions, Reaction,
+        {"reaction.time", "The DVR answers within the time given.",
+         "the time from each request to its answer; only with --max-reaction", HasReactions, Reaction,
          Needs::MaxReaction},
     };
     return kChecks;

@@ -84,7 +84,7 @@ std::set<std::string> Tests() {
 }
 
 std::string ListedDefects() {
-    std::FILE* const output = popen("'" VELLORAN_RIG "' dvr --list-defects", "r");
+    std::FILE* const output = popen("'" VELLORAN_RIG "' dvr --list-defects --format markdown", "r");
     std::string text;
     char bytes[4096];
     while (const std::size_t count = std::fread(bytes, 1, sizeof bytes, output)) {

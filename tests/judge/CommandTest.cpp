@@ -14,6 +14,7 @@
 #include <optional>
 
 #include "Judging.h"
+#include "rig/judge/Checks.h"
 #include "rig/judge/JudgeCommand.h"
 
 namespace rig {
@@ -92,6 +93,15 @@ TEST(JudgeCommand, NeedsAListOfKnownFailuresThatCanBeRead) {
     JudgeOptions options;
     options.known = "/nowhere/known";
     EXPECT_EQ(Judge({"clean-2.0"}, options), 64);
+}
+
+TEST(JudgeCommand, ListsTheChecksWithoutALog) {
+    JudgeOptions options;
+    options.listChecks = true;
+    options.format = "markdown";
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(RunJudge(options), 0);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), AsMarkdown(judge::ListChecks()));
 }
 
 TEST(JudgeCommand, TakesNoLimitThatIsNone) {

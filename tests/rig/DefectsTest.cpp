@@ -101,7 +101,7 @@ TEST(DefectKinds, PassOverWhatTheyCannotActOn) {
 }
 
 TEST(DefectKinds, AreListedWithAllThatPeopleNeed) {
-    const std::string list = rig::ListDefects();
+    const std::string list = rig::AsMarkdown(rig::ListDefects());
     EXPECT_EQ(std::count(list.begin(), list.end(), '\n'), 2 + static_cast<long>(rig::DefectKinds().size()));
     const std::string head = "| defect | dialect | acts on | what the DVR does | what the harness logs |\n";
     EXPECT_EQ(list.substr(0, head.size()), head);

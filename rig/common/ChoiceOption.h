@@ -14,4 +14,12 @@ inline CLI::Validator OneOf(const std::string& one, const std::string& other) {
     return CLI::Validator(check, "");
 }
 
+/// Adds --format, which says how a --list-... option prints.
+inline void AddFormatOption(CLI::App& command, std::string& format) {
+    command.add_option("--format", format, "How a list is printed")
+        ->check(OneOf("text", "markdown"))
+        ->type_name("text|markdown")
+        ->capture_default_str();
+}
+
 }  // namespace rig
