@@ -96,6 +96,7 @@ def export(folder, name, dialect, switches, dvr_options, tools):
     ended = subprocess.run(WORLD + inside, stderr=subprocess.PIPE, text=True, check=False)
     if ended.returncode != 0:
         raise Problem(ended.stderr.strip() or f"expected an export ({name}), found status {ended.returncode}")
+    sys.stderr.write(ended.stderr)  # of scripts/world, where the export ran in place
     return log
 
 
