@@ -4,7 +4,6 @@ time, each in a world of its own, and the verdicts of velloran-rig judge on thei
 import json
 import os
 import pathlib
-import re
 import signal
 import subprocess
 import sys
@@ -13,7 +12,7 @@ import time
 from concurrent.futures import ThreadPoolExecutor
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-PAGE = ROOT / "doc" / "rig.md"
+TABLES = ROOT / "doc" / "tables"
 WORLD = [str(ROOT / "scripts" / "world")]
 AT_ONCE = 40  # exports; they mostly wait
 DEADLINE = 30  # seconds for one export
@@ -122,16 +121,14 @@ def at_once(jobs):
         return list(pool.map(lambda job: job(), jobs))
 
 
-def put_between(start, end, text, check):
-    """Puts the text between two marks of the page. @return whether it stood there already; with `check` nothing is
+def keep_page(page, head, text, check):
+    """Writes the text to the page, after its head. @return whether it was there already; with `check` nothing is
     written."""
-    page = PAGE.read_text()
-    if page.count(start + "\n") != 1 or page.count(end + "\n") != 1:
-        raise Problem(f'expected one line "{start}" and one line "{end}" in {PAGE}')
-    made = re.sub(re.escape(start) + r"\n.*?" + re.escape(end), lambda _: f"{start}\n{text}{end}", page, flags=re.S)
-    if made != page and not check:
-        PAGE.write_text(made)
-    return made == page
+    made = f"{head}\n\n{text}"
+    is_same = page.exists() and page.read_text() == made
+    if not is_same and not check:
+        page.write_text(made)
+    return is_same
 
 
 def work_folder(keep):
