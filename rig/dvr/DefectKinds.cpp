@@ -216,16 +216,16 @@ const std::vector<DefectKind>& DefectKinds() {
         {"close", Place, "all", "12", {}, false,
          "closes the connection after so many bytes of the frame (a number, `all`, `random`)",
          "before or inside the prefix: nothing, the harness reads on without rest; inside the text: \"EOF at: \", assertion "
-         "\"readBytes == expectedSize\"; behind it: ended by SIGPIPE as it answers, or, where it does not, nothing",
+         "\"readBytes == expectedSize\"; after it: ended by SIGPIPE as it answers, or, where it does not, nothing",
          Close},
         {"reset", Place, "all", "12", {}, false,
          "resets the connection after so many bytes of the frame (a number, `all`, `random`)",
          "before or inside the prefix: \"read error: 104:\"; inside the text: \"read errored out:104:\", \"EOF at: \", "
-         "assertion \"readBytes == expectedSize\"; behind it: \"SendMessage: msg: size= \" and an assertion as it answers, "
+         "assertion \"readBytes == expectedSize\"; after it: \"SendMessage: msg: size= \" and an assertion as it answers, "
          "or, where it does not, \"read error: 104:\"",
          Reset},
         {"second-connection", None, "", "12", {}, false,
-         "opens a second connection behind the message",
+         "opens a second connection after the message",
          "assertion \"FD_ISSET(g_clientFd, &readFds)\", or, with a message at the same time, \"select(g_serverFd+g_clientFd+1, "
          "&readFds, NULL, &exceptionFds, &time) == 1\"",
          SecondConnection},
