@@ -3,9 +3,9 @@
 #include <CLI/CLI.hpp>
 #include <string>
 
+#include "rig/base/Complaint.h"
+#include "rig/base/Printable.h"
 #include "rig/campaign/RunCommand.h"
-#include "rig/common/Complaint.h"
-#include "rig/common/Printable.h"
 #include "rig/diff/DiffCommand.h"
 #include "rig/dvr/DvrCommand.h"
 #include "rig/judge/JudgeCommand.h"

@@ -3,7 +3,7 @@
 #include <iostream>
 
 #include "rig/CommandLine.h"
-#include "rig/common/Printable.h"
+#include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
 
 // velloran-rig: the harness's companion tools. Each subcommand adds itself to the command line and says there

@@ -8,8 +8,8 @@
 #include <string>
 
 #include "LogClient.h"
-#include "MemoryPeer.h"
-#include "Messages.h"
+#include "bench/harness/MemoryPeer.h"
+#include "bench/harness/Messages.h"
 #include "protocol/v1_0/VelProtocol_1_0.h"
 #include "protocol/v2_0/VelProtocol_2_0.h"
 

@@ -1,4 +1,4 @@
-#include "MemoryPeer.h"
+#include "bench/harness/MemoryPeer.h"
 
 #include <tinyxml.h>
 #include <unistd.h>

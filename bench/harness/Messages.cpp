@@ -1,4 +1,4 @@
-#include "Messages.h"
+#include "bench/harness/Messages.h"
 
 #include <tinyxml.h>
 

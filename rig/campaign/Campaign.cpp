@@ -5,11 +5,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "rig/campaign/CampaignJson.h"
-#include "rig/campaign/CampaignPage.h"
-#include "rig/report/JunitReport.h"
-#include "rig/report/TapReport.h"
-#include "rig/report/WriteWhole.h"
+#include "rig/base/WriteWhole.h"
+#include "rig/campaign/evidence/CampaignJson.h"
+#include "rig/campaign/evidence/CampaignPage.h"
+#include "rig/result/JunitReport.h"
+#include "rig/result/TapReport.h"
 
 namespace rig::campaign {
 

@@ -2,10 +2,10 @@
 
 #include <string>
 
-#include "rig/campaign/CaseRun.h"
 #include "rig/campaign/Display.h"
-#include "rig/campaign/Interrupts.h"
-#include "rig/campaign/Records.h"
+#include "rig/campaign/evidence/Records.h"
+#include "rig/campaign/execution/CaseRun.h"
+#include "rig/campaign/execution/Interrupts.h"
 
 namespace rig::campaign {
 

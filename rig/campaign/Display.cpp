@@ -6,10 +6,10 @@
 
 #include <iostream>
 
-#include "rig/common/Counted.h"
-#include "rig/common/Printable.h"
-#include "rig/terminal/Colour.h"
-#include "rig/terminal/Columns.h"
+#include "rig/base/Colour.h"
+#include "rig/base/Columns.h"
+#include "rig/base/Counted.h"
+#include "rig/base/Printable.h"
 
 namespace rig::campaign {
 namespace {

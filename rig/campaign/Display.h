@@ -3,7 +3,7 @@
 #include <chrono>
 #include <string>
 
-#include "rig/campaign/Records.h"
+#include "rig/campaign/evidence/Records.h"
 
 namespace rig::campaign {
 

@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "rig/campaign/Child.h"
-#include "rig/report/Result.h"
+#include "rig/campaign/execution/Child.h"
+#include "rig/result/Result.h"
 
 namespace rig::campaign {
 

@@ -7,10 +7,10 @@
 #include <stdexcept>
 #include <utility>
 
-#include "rig/campaign/Start.h"
-#include "rig/common/Complaint.h"
-#include "rig/common/NumberOption.h"
-#include "rig/terminal/Output.h"
+#include "rig/base/Complaint.h"
+#include "rig/base/NumberOption.h"
+#include "rig/base/Output.h"
+#include "rig/campaign/execution/Start.h"
 
 namespace rig {
 namespace {

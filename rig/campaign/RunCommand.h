@@ -5,8 +5,8 @@
 #include <string>
 
 #include "rig/campaign/Cases.h"
-#include "rig/campaign/Hooks.h"
-#include "rig/campaign/Watch.h"
+#include "rig/campaign/execution/Hooks.h"
+#include "rig/campaign/execution/Watch.h"
 
 namespace CLI {
 class App;

@@ -9,7 +9,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "rig/common/Printable.h"
+#include "rig/base/Printable.h"
 #include "rig/diff/Severity.h"
 #include "rig/log/LogReader.h"
 

@@ -6,7 +6,7 @@
 #include <optional>
 #include <set>
 
-#include "rig/common/Counted.h"
+#include "rig/base/Counted.h"
 #include "rig/diff/Dialogues.h"
 #include "rig/diff/Reactions.h"
 #include "rig/diff/Severity.h"

@@ -6,15 +6,15 @@
 #include <iostream>
 #include <memory>
 
-#include "rig/common/Complaint.h"
+#include "rig/base/Colour.h"
+#include "rig/base/Complaint.h"
+#include "rig/base/Output.h"
+#include "rig/base/WriteWhole.h"
 #include "rig/diff/Compare.h"
 #include "rig/diff/DiffJson.h"
 #include "rig/diff/DiffPage.h"
 #include "rig/diff/DiffText.h"
 #include "rig/log/LogReader.h"
-#include "rig/report/WriteWhole.h"
-#include "rig/terminal/Colour.h"
-#include "rig/terminal/Output.h"
 
 namespace rig {
 namespace {

@@ -1,6 +1,6 @@
 #include "rig/diff/DiffJson.h"
 
-#include "rig/report/Json.h"
+#include "rig/result/Json.h"
 
 namespace rig::diff {
 namespace {

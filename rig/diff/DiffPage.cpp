@@ -5,7 +5,7 @@
 #include <filesystem>
 
 #include "rig/diff/DiffText.h"
-#include "rig/report/HtmlPage.h"
+#include "rig/html/HtmlPage.h"
 
 namespace rig::diff {
 namespace {

@@ -4,9 +4,9 @@
 
 #include <iterator>
 
-#include "rig/common/Printable.h"
-#include "rig/report/Words.h"
-#include "rig/terminal/Colour.h"
+#include "rig/base/Colour.h"
+#include "rig/base/Printable.h"
+#include "rig/result/Words.h"
 
 namespace rig::diff {
 namespace {

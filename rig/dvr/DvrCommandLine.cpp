@@ -5,11 +5,11 @@
 #include <memory>
 #include <string>
 
-#include "rig/common/ChoiceOption.h"
-#include "rig/common/NumberOption.h"
-#include "rig/dvr/Defect.h"
+#include "rig/base/ChoiceOption.h"
+#include "rig/base/NumberOption.h"
 #include "rig/dvr/DvrCommand.h"
-#include "rig/dvr/ReplayCommand.h"
+#include "rig/dvr/defects/Defect.h"
+#include "rig/dvr/replay/ReplayCommand.h"
 
 namespace rig {
 namespace {

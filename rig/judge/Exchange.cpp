@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "rig/common/Printable.h"
+#include "rig/base/Printable.h"
 #include "rig/judge/Protocol.h"
 
 namespace rig::judge {

@@ -3,7 +3,7 @@
 #include <initializer_list>
 #include <string>
 
-#include "rig/judge/Checks.h"
+#include "rig/judge/checks/Checks.h"
 
 namespace rig::judge {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "rig/common/Affix.h"
+#include "rig/base/Affix.h"
 
 namespace rig::judge {
 namespace {

@@ -7,9 +7,9 @@
 #include <string_view>
 #include <utility>
 
-#include "rig/judge/Checks.h"
 #include "rig/judge/RunModel.h"
-#include "rig/report/Result.h"
+#include "rig/judge/checks/Checks.h"
+#include "rig/result/Result.h"
 
 namespace rig::judge {
 

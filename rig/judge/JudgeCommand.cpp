@@ -6,22 +6,22 @@
 #include <iostream>
 #include <memory>
 
-#include "rig/common/ChoiceOption.h"
-#include "rig/common/Complaint.h"
-#include "rig/common/NumberOption.h"
-#include "rig/common/Printable.h"
-#include "rig/judge/Checks.h"
+#include "rig/base/ChoiceOption.h"
+#include "rig/base/Colour.h"
+#include "rig/base/Complaint.h"
+#include "rig/base/NumberOption.h"
+#include "rig/base/Output.h"
+#include "rig/base/Printable.h"
+#include "rig/base/WriteWhole.h"
+#include "rig/html/HtmlReport.h"
 #include "rig/judge/Judge.h"
 #include "rig/judge/KnownFailures.h"
+#include "rig/judge/checks/Checks.h"
 #include "rig/log/LogReader.h"
-#include "rig/report/HtmlReport.h"
-#include "rig/report/JsonReport.h"
-#include "rig/report/JunitReport.h"
-#include "rig/report/TapReport.h"
-#include "rig/report/TextReport.h"
-#include "rig/report/WriteWhole.h"
-#include "rig/terminal/Colour.h"
-#include "rig/terminal/Output.h"
+#include "rig/result/JsonReport.h"
+#include "rig/result/JunitReport.h"
+#include "rig/result/TapReport.h"
+#include "rig/result/TextReport.h"
 
 namespace rig {
 namespace {

@@ -7,8 +7,8 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "rig/common/Printable.h"
-#include "rig/judge/Checks.h"
+#include "rig/base/Printable.h"
+#include "rig/judge/checks/Checks.h"
 #include "rig/log/LogReader.h"
 
 namespace rig::judge {

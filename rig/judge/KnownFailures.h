@@ -4,7 +4,7 @@
 #include <set>
 #include <string>
 
-#include "rig/report/Result.h"
+#include "rig/result/Result.h"
 
 namespace rig::judge {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "rig/common/Printable.h"
+#include "rig/base/Printable.h"
 
 namespace rig::judge {
 namespace {

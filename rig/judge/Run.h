@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "rig/judge/Signs.h"
-#include "rig/report/Result.h"
+#include "rig/log/Signs.h"
+#include "rig/result/Result.h"
 
 namespace rig::judge {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <pugixml.hpp>
 
-#include "rig/common/Printable.h"
-#include "rig/judge/Numbers.h"
+#include "rig/base/Printable.h"
 #include "rig/judge/Protocol.h"
+#include "rig/log/Numbers.h"
 
 namespace rig::judge {
 namespace {

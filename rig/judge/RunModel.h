@@ -3,10 +3,10 @@
 #include <string>
 
 #include "rig/judge/Exchange.h"
-#include "rig/judge/Incoming.h"
-#include "rig/judge/NextRequest.h"
 #include "rig/judge/Run.h"
+#include "rig/log/Incoming.h"
 #include "rig/log/LogLine.h"
+#include "rig/log/NextRequest.h"
 
 namespace pugi {
 class xml_node;

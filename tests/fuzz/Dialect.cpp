@@ -1,12 +1,12 @@
-#include "Dialect.h"
+#include "tests/fuzz/Dialect.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <map>
 
-#include "Demand.h"
-#include "world/Ends.h"
-#include "world/World.h"
+#include "tests/fuzz/Demand.h"
+#include "tests/fuzz/world/Ends.h"
+#include "tests/fuzz/world/World.h"
 
 namespace fuzz {
 namespace {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Choices.h"
-#include "Messages.h"
 #include "protocol/VelProtocolBase.h"
+#include "tests/fuzz/Choices.h"
+#include "tests/fuzz/Messages.h"
 
 namespace fuzz {
 

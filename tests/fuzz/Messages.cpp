@@ -1,4 +1,4 @@
-#include "Messages.h"
+#include "tests/fuzz/Messages.h"
 
 #include <algorithm>
 #include <vector>

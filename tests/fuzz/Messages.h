@@ -3,7 +3,7 @@
 #include <string>
 #include <utility>
 
-#include "Choices.h"
+#include "tests/fuzz/Choices.h"
 
 namespace fuzz {
 

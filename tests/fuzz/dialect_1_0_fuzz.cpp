@@ -1,7 +1,7 @@
 // HandleMessage of protocol 1.0, fed sequences of messages from a table, whole and damaged.
-#include "Dialect.h"
 #include "protocol/v1_0/VelProtocol_1_0.h"
-#include "world/World.h"
+#include "tests/fuzz/Dialect.h"
+#include "tests/fuzz/world/World.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     fuzz::Choices choices(bytes, size);

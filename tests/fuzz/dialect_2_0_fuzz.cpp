@@ -1,7 +1,7 @@
 // HandleMessage of protocol 2.0, fed sequences of messages from a table, whole and damaged.
-#include "Dialect.h"
 #include "protocol/v2_0/VelProtocol_2_0.h"
-#include "world/World.h"
+#include "tests/fuzz/Dialect.h"
+#include "tests/fuzz/world/World.h"
 
 namespace {
 

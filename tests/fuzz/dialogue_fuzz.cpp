@@ -2,13 +2,13 @@
 // dialogue that is not tolerant.
 #include <memory>
 
-#include "Choices.h"
-#include "Demand.h"
-#include "FixedRecordings.h"
-#include "Messages.h"
-#include "rig/dvr/Dialogue_1_0.h"
-#include "rig/dvr/Dialogue_2_0.h"
 #include "rig/dvr/Failure.h"
+#include "rig/dvr/dialogue/Dialogue_1_0.h"
+#include "rig/dvr/dialogue/Dialogue_2_0.h"
+#include "tests/fuzz/Choices.h"
+#include "tests/fuzz/Demand.h"
+#include "tests/fuzz/Messages.h"
+#include "tests/rig/dvr/FixedRecordings.h"
 
 namespace {
 

@@ -4,13 +4,13 @@
 
 #include <string>
 
-#include "Choices.h"
-#include "Demand.h"
-#include "Messages.h"
-#include "rig/common/Printable.h"
-#include "rig/dvr/EarlierRun.h"
+#include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
-#include "rig/dvr/Frame.h"
+#include "rig/dvr/replay/EarlierRun.h"
+#include "rig/dvr/wire/Frame.h"
+#include "tests/fuzz/Choices.h"
+#include "tests/fuzz/Demand.h"
+#include "tests/fuzz/Messages.h"
 
 namespace {
 

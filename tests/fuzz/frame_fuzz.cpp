@@ -2,10 +2,10 @@
 #include <optional>
 #include <vector>
 
-#include "Choices.h"
-#include "Demand.h"
 #include "rig/dvr/Failure.h"
-#include "rig/dvr/Frame.h"
+#include "rig/dvr/wire/Frame.h"
+#include "tests/fuzz/Choices.h"
+#include "tests/fuzz/Demand.h"
 
 namespace {
 

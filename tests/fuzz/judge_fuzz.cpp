@@ -5,12 +5,12 @@
 #include <string_view>
 #include <vector>
 
-#include "Demand.h"
 #include "rig/judge/Judge.h"
-#include "rig/report/JsonReport.h"
-#include "rig/report/JunitReport.h"
-#include "rig/report/TapReport.h"
-#include "rig/report/TextReport.h"
+#include "rig/result/JsonReport.h"
+#include "rig/result/JunitReport.h"
+#include "rig/result/TapReport.h"
+#include "rig/result/TextReport.h"
+#include "tests/fuzz/Demand.h"
 
 namespace {
 

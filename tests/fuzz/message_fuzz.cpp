@@ -2,14 +2,14 @@
 // unchanged.
 #include <pugixml.hpp>
 
-#include "Choices.h"
-#include "Demand.h"
-#include "Messages.h"
-#include "rig/dvr/DocumentEnd.h"
 #include "rig/dvr/Failure.h"
-#include "rig/dvr/Message.h"
-#include "rig/dvr/MessageRules.h"
-#include "rig/dvr/WireCheck.h"
+#include "rig/dvr/dialogue/MessageRules.h"
+#include "rig/dvr/wire/DocumentEnd.h"
+#include "rig/dvr/wire/Message.h"
+#include "rig/dvr/wire/WireCheck.h"
+#include "tests/fuzz/Choices.h"
+#include "tests/fuzz/Demand.h"
+#include "tests/fuzz/Messages.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // The prefix, both ways: every length survives, and any five bytes are read as the format says.
-#include "Choices.h"
-#include "Demand.h"
 #include "protocol/v1_0/VelProtocol_1_0.h"
-#include "world/World.h"
+#include "tests/fuzz/Choices.h"
+#include "tests/fuzz/Demand.h"
+#include "tests/fuzz/world/World.h"
 
 namespace {
 

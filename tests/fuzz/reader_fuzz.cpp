@@ -1,11 +1,11 @@
 // GetMessage over a scripted socket: frames in any pieces, failing reads between them, any prefix, any text.
 #include <cerrno>
 
-#include "Choices.h"
-#include "Demand.h"
 #include "protocol/v1_0/VelProtocol_1_0.h"
-#include "world/Ends.h"
-#include "world/World.h"
+#include "tests/fuzz/Choices.h"
+#include "tests/fuzz/Demand.h"
+#include "tests/fuzz/world/Ends.h"
+#include "tests/fuzz/world/World.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include <chrono>
 #include <cstdlib>
 
-#include "rig/common/Descriptor.h"
+#include "rig/base/Descriptor.h"
 
 namespace {
 

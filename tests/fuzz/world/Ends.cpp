@@ -1,4 +1,4 @@
-#include "world/Ends.h"
+#include "tests/fuzz/world/Ends.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "world/World.h"
+#include "tests/fuzz/world/World.h"
 
 #include <sys/socket.h>
 #include <tinyxml.h>
@@ -10,9 +10,9 @@
 #include <cstring>
 #include <deque>
 
-#include "Demand.h"
 #include "LogClient.h"
-#include "world/Ends.h"
+#include "tests/fuzz/Demand.h"
+#include "tests/fuzz/world/Ends.h"
 
 namespace fuzz {
 

@@ -1,0 +1,22 @@
+#include "rig/base/Output.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <iostream>
+
+namespace rig {
+namespace {
+
+bool HasReaderLeft() {
+    pollfd output = {STDOUT_FILENO, POLLOUT, 0};
+    return poll(&output, 1, 0) == 1 && (output.revents & POLLERR) != 0;
+}
+
+}  // namespace
+
+bool IsOutputLost() {
+    return !std::cout.flush() && !HasReaderLeft();
+}
+
+}  // namespace rig

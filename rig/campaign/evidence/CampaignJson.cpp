@@ -1,0 +1,163 @@
+#include "rig/campaign/evidence/CampaignJson.h"
+
+#include "rig/result/Json.h"
+
+namespace rig::campaign {
+namespace {
+
+using report::Json;
+using report::Optional;
+
+Json ToJson(const ProcessRecord& process) {
+    return {{"command", process.command},
+            {"status", process.end ? Optional(process.end->status) : Json(nullptr)},
+            {"signal", process.end ? Optional(process.end->signal) : Json(nullptr)},
+            {"stoppedBy", process.stoppedBy}};
+}
+
+Json ToJson(const HookRecord& hook) {
+    return {{"hook", hook.hook},
+            {"command", hook.command},
+            {"status", hook.end ? Optional(hook.end->status) : Json(nullptr)},
+            {"signal", hook.end ? Optional(hook.end->signal) : Json(nullptr)},
+            {"seconds", hook.seconds}};
+}
+
+Json ToJson(const CaseTimes& times) {
+    return {{"waited", times.waited}, {"duration", times.duration}, {"pauses", times.pauses},
+            {"dvr", times.dvr},       {"overhead", times.overhead}, {"hooks", times.hooks}};
+}
+
+Json ToJson(const report::CheckResult& check) {
+    return {{"id", check.id}, {"verdict", report::NameOf(check.verdict)}, {"found", check.found}};
+}
+
+Json ToJson(const Spread::Reaction& reaction) {
+    return {{"request", reaction.request},
+            {"medianLeast", reaction.least},
+            {"medianMost", reaction.most},
+            {"longest", reaction.longest}};
+}
+
+Json ToJson(const Coverage::ItemCount& item) {
+    return {{"protocol", item.item.protocol},
+            {"from", item.item.from},
+            {"message", item.item.message},
+            {"field", item.item.field},
+            {"count", item.count}};
+}
+
+Json ToJson(const Coverage::Use& use) {
+    return {{"name", use.name}, {"cases", use.cases}};
+}
+
+Json ToJson(const Spread& spread);
+Json ToJson(const CaseRecord& record);
+
+template <typename Item>
+Json ToArray(const std::vector<Item>& items) {
+    Json array = Json::array();
+    for (const Item& item : items) {
+        array.push_back(ToJson(item));
+    }
+    return array;
+}
+
+Json ToJson(const Spread& spread) {
+    const std::vector<double>& durations = spread.durations;
+    return {{"case", spread.name},
+            {"outcomes", spread.outcomes},
+            {"duration",
+             {{"least", durations.front()},
+              {"median", durations[durations.size() / 2]},
+              {"most", durations.back()}}},
+            {"reactions", ToArray(spread.reactions)}};
+}
+
+Json RoleOf(const Case& plan) {
+    static constexpr const char* kRoles[] = {"first", "fault", "last"};
+    return kRoles[static_cast<std::size_t>(plan.role)];
+}
+
+Json ToJson(const CaseRecord& record) {
+    return {{"id", record.id},
+            {"name", record.plan.name},
+            {"run", record.run},
+            {"protocol", record.plan.protocol},
+            {"switches", record.plan.switches},
+            {"sentence", record.plan.sentence},
+            {"role", RoleOf(record.plan)},
+            {"outcome", NameOf(record.outcome)},
+            {"reason", record.reason},
+            {"suspect", record.isSuspect},
+            {"verdict", record.verdict ? Json(report::NameOf(*record.verdict)) : Json(nullptr)},
+            {"folder", record.Folder()},
+            {"files", record.files},
+            {"begin", Optional(record.begin)},
+            {"end", Optional(record.end)},
+            {"times", ToJson(record.times)},
+            {"attempts", record.attempts},
+            {"harness", ToJson(record.harness)},
+            {"dvr", record.dvr ? ToJson(*record.dvr) : Json(nullptr)},
+            {"hooks", ToArray(record.hooks)},
+            {"excluded", record.excluded},
+            {"checks", ToArray(record.checks)},
+            {"timings", ToArray(record.timings)}};
+}
+
+Json ToObject(const std::vector<std::pair<std::string, std::string>>& pairs) {
+    Json object = Json::object();
+    for (const auto& [name, value] : pairs) {
+        object[name] = value;
+    }
+    return object;
+}
+
+Json OptionsOf(const CampaignRecord& campaign) {
+    return {{"repeat", campaign.repeat},
+            {"patience", campaign.patience.answer},
+            {"maxReaction", Optional(campaign.maxReaction)},
+            {"connectTimeout", campaign.patience.connect},
+            {"idleTimeout", campaign.patience.idle},
+            {"caseTimeout", campaign.patience.whole}};
+}
+
+Json CoverageOf(const Coverage& coverage) {
+    return {{"items", ToArray(coverage.Items())},
+            {"switches", ToArray(coverage.Switches())},
+            {"rules", ToArray(coverage.Rules())},
+            {"unreached", coverage.Unreached()}};
+}
+
+}  // namespace
+
+std::string CampaignJson(const CampaignRecord& campaign) {
+    const bool isOver = campaign.state != "running";
+    return report::Print({{"format", kFormat},
+                          {"state", campaign.state},
+                          {"outcome", isOver ? Json(NameOf(campaign.Whole())) : Json(nullptr)},
+                          {"status", isOver ? Json(ExitStatusOf(campaign.Whole())) : Json(nullptr)},
+                          {"counts", campaign.Counts()},
+                          {"begin", campaign.begin},
+                          {"end", Optional(campaign.end)},
+                          {"note", campaign.note},
+                          {"seed", campaign.seed},
+                          {"commandLine", campaign.commandLine},
+                          {"versions", ToObject(campaign.versions)},
+                          {"commands", ToObject(campaign.commands)},
+                          {"options", OptionsOf(campaign)},
+                          {"times", ToJson(campaign.Times())},
+                          {"cases", ToArray(campaign.cases)},
+                          {"spread", ToArray(campaign.Spreads())},
+                          {"knownUnseen", campaign.knownUnseen},
+                          {"coverage", CoverageOf(campaign.coverage)}});
+}
+
+std::string CaseJson(const CaseRecord& record) {
+    Json json = ToJson(record);
+    Json whole = {{"format", kFormat}};
+    whole.update(json);
+    return report::Print(whole);
+}
+
+}  // namespace rig::campaign

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+#include "rig/campaign/evidence/Records.h"
+
+namespace rig::campaign {
+
+/// The format number of campaign.json and case.json, which doc/campaign.md describes. It rises when something
+/// that readers rely on changes; additions do not count.
+constexpr int kFormat = 1;
+
+/// @return campaign.json: the whole campaign so far. Bytes that are not UTF-8 are replaced.
+std::string CampaignJson(const CampaignRecord& campaign);
+
+/// @return case.json: one case, exactly as in campaign.json
+std::string CaseJson(const CaseRecord& record);
+
+}  // namespace rig::campaign

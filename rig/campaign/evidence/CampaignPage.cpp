@@ -1,0 +1,257 @@
+#include "rig/campaign/evidence/CampaignPage.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+
+#include "rig/base/Counted.h"
+#include "rig/html/HtmlPage.h"
+#include "rig/result/Words.h"
+
+namespace rig::campaign {
+namespace {
+
+using report::Add;
+using report::AddFact;
+using report::AddLink;
+using report::AddNamedCell;
+using report::AddRowHead;
+using report::AddTable;
+using report::AddText;
+using report::Set;
+
+std::string Headline(const CampaignRecord& campaign) {
+    if (campaign.state == "running") {
+        return "The campaign is still running, or was killed";
+    }
+    const auto passed = static_cast<std::size_t>(
+        std::count_if(campaign.cases.begin(), campaign.cases.end(),
+                      [](const CaseRecord& record) { return record.outcome == Outcome::Pass; }));
+    const std::string part = fmt::format("{} of {} passed", passed, Counted(campaign.cases.size(), "case"));
+    const bool isListTheOnlyFault =
+        std::all_of(campaign.cases.begin(), campaign.cases.end(),
+                    [](const CaseRecord& record) { return ExitStatusOf(record.outcome) == 0; });
+    if (isListTheOnlyFault && !campaign.knownUnseen.empty()) {
+        return "The list of known failures is to be mended: " + part;
+    }
+    switch (campaign.Whole()) {
+        case Outcome::Pass:
+            return "The DVR passed: " + part;
+        case Outcome::KnownFailure:
+            return "The DVR failed only as is known: " + part;
+        case Outcome::Fail:
+            return "The DVR failed: " + part;
+        case Outcome::Timeout:
+            return "The DVR let the time run out: " + part;
+        case Outcome::Environment:
+            return "The harness, a hook or the rig failed: " + part;
+        case Outcome::Interrupted:
+            return "The campaign was interrupted: " + part;
+        default:
+            return "The campaign cannot tell whether the DVR behaved: " + part;
+    }
+}
+
+/// Outcomes that are not verdicts look like the nearest verdict.
+std::string ClassOf(Outcome outcome) {
+    switch (outcome) {
+        case Outcome::Pass:
+            return report::ClassOf(report::Verdict::Pass);
+        case Outcome::KnownFailure:
+            return report::ClassOf(report::Verdict::KnownFailure);
+        case Outcome::Fail:
+        case Outcome::Timeout:
+            return report::ClassOf(report::Verdict::Fail);
+        case Outcome::Environment:
+        case Outcome::Interrupted:
+            return report::ClassOf(report::Verdict::Environment);
+        case Outcome::NotReached:
+        case Outcome::NotRun:
+        case Outcome::Running:
+            return report::ClassOf(report::Verdict::NotReached);
+        default:
+            return report::ClassOf(report::Verdict::Inconclusive);
+    }
+}
+
+void AddOutcome(pugi::xml_node parent, Outcome outcome) {
+    Add(parent, "span", NameOf(outcome), "verdict " + ClassOf(outcome));
+}
+
+void AddFacts(pugi::xml_node main, const CampaignRecord& campaign) {
+    pugi::xml_node list = Add(main, "dl", {}, "facts");
+    AddFact(list, "Note", campaign.note);
+    AddFact(list, "Begin", report::Date(campaign.begin));
+    AddFact(list, "End", campaign.end ? report::Date(*campaign.end) : "not yet");
+    const CaseTimes times = campaign.Times();
+    AddFact(list, "Time",
+            fmt::format("{:.1f} s in cases: {:.1f} s the harness's own pauses, {:.1f} s waiting for the DVR, "
+                        "{:.1f} s overhead; "
+                        "beyond them {:.1f} s for port 5001, {:.1f} s in hooks",
+                        times.duration, times.pauses, times.dvr, times.overhead, times.waited, times.hooks));
+    for (const auto& [name, version] : campaign.versions) {
+        AddFact(list, name, version);
+    }
+    for (const auto& [name, command] : campaign.commands) {
+        AddFact(list, "Command: " + name, command);
+    }
+    AddFact(list, "Called as", fmt::format("{}", fmt::join(campaign.commandLine, " ")));
+    AddFact(list, "Seed", std::to_string(campaign.seed));
+}
+
+void AddEnding(pugi::xml_node cell, const char* who, const ProcessRecord& process) {
+    const std::string stopped = process.stoppedBy.empty() ? "" : " on " + process.stoppedBy;
+    Add(cell, "div",
+        fmt::format("{} {}{}", who, process.end ? process.end->Words() : "did not end", stopped));
+}
+
+void AddCase(pugi::xml_node body, const CaseRecord& record, std::size_t number) {
+    pugi::xml_node row = Add(body, "tr");
+    Set(row, "id", record.id);
+    AddRowHead(row, std::to_string(number));
+    AddOutcome(AddNamedCell(row, "Outcome"), record.outcome);
+    pugi::xml_node name = AddNamedCell(row, "Case");
+    Add(name, "strong", record.id);
+    Add(name, "div", "velloran " + record.plan.switches);
+    Add(name, "div", record.plan.sentence);
+    pugi::xml_node found = AddNamedCell(row, "Found", record.reason);
+    if (record.isSuspect && record.outcome != Outcome::Pass) {
+        Add(found, "div",
+            "The clean export ahead of it failed: not to be blamed on how the DVR takes faults.");
+    }
+    AddEnding(found, "harness", record.harness);
+    if (record.dvr) {
+        AddEnding(found, "DVR", *record.dvr);
+    }
+    AddNamedCell(row, "Duration", fmt::format("{:.1f} s", record.times.duration));
+    pugi::xml_node files = AddNamedCell(row, "Evidence");
+    for (const std::string& file : record.files) {
+        AddLink(files, record.Folder() + "/" + file, file);
+        AddText(files, " ");
+    }
+}
+
+void AddCases(pugi::xml_node main, const CampaignRecord& campaign) {
+    Set(Add(main, "h2", "Cases"), "id", "cases");
+    pugi::xml_node body = AddTable(main, "In the order in which they ran",
+                                   {"Number", "Outcome", "Case", "Found", "Duration", "Evidence"});
+    Set(body.parent(), "class", "checks");
+    for (std::size_t index = 0; index < campaign.cases.size(); ++index) {
+        AddCase(body, campaign.cases[index], index + 1);
+    }
+}
+
+/// @return the checks of all cases, in order of first appearance
+std::vector<std::string> ChecksOf(const CampaignRecord& campaign) {
+    std::vector<std::string> ids;
+    for (const CaseRecord& record : campaign.cases) {
+        for (const report::CheckResult& check : record.checks) {
+            if (std::find(ids.begin(), ids.end(), check.id) == ids.end()) {
+                ids.push_back(check.id);
+            }
+        }
+    }
+    return ids;
+}
+
+void AddCell(pugi::xml_node row, const CaseRecord& record, const std::string& id) {
+    pugi::xml_node cell = Add(row, "td");
+    const auto check = std::find_if(record.checks.begin(), record.checks.end(),
+                                    [&id](const report::CheckResult& one) { return one.id == id; });
+    if (check != record.checks.end()) {
+        const bool hasPage =
+            std::find(record.files.begin(), record.files.end(), "report.html") != record.files.end();
+        report::AddVerdictLetter(cell, check->verdict,
+                                 hasPage ? record.Folder() + "/report.html#" + id : "#" + record.id);
+    }
+}
+
+void AddMatrix(pugi::xml_node main, const CampaignRecord& campaign) {
+    Set(Add(main, "h2", "Checks by case"), "id", "matrix");
+    std::vector<std::string> heads = {"Check"};
+    for (std::size_t number = 1; number <= campaign.cases.size(); ++number) {
+        heads.push_back(std::to_string(number));
+    }
+    pugi::xml_node body = AddTable(main, "Each cell leads to the case's dialogue and log", heads);
+    Set(body.parent(), "class", "matrix");
+    for (const std::string& id : ChecksOf(campaign)) {
+        pugi::xml_node row = Add(body, "tr");
+        AddRowHead(row, id);
+        for (const CaseRecord& record : campaign.cases) {
+            AddCell(row, record, id);
+        }
+    }
+    Add(main, "p", "P pass, F fail, I inconclusive, N not reached, E environment, K known failure", "hint");
+}
+
+void AddSpreads(pugi::xml_node main, const CampaignRecord& campaign) {
+    const std::vector<Spread> spreads = campaign.Spreads();
+    if (spreads.empty()) {
+        return;
+    }
+    Set(Add(main, "h2", "Spread"), "id", "spread");
+    pugi::xml_node body = AddTable(main, "Reaction of the DVR in ms over all runs of a case",
+                                   {"Case", "Request", "Least median", "Most median", "Longest"});
+    Set(body.parent(), "class", "numbers");
+    for (const Spread& spread : spreads) {
+        for (const Spread::Reaction& reaction : spread.reactions) {
+            pugi::xml_node row = Add(body, "tr");
+            AddRowHead(row, spread.name);
+            Add(row, "td", reaction.request);
+            for (const double time : {reaction.least, reaction.most, reaction.longest}) {
+                Add(row, "td", fmt::format("{:.1f}", time));
+            }
+        }
+    }
+}
+
+void AddCoverage(pugi::xml_node main, const CampaignRecord& campaign) {
+    Set(Add(main, "h2", "Coverage"), "id", "coverage");
+    const std::vector<std::string> unreached = campaign.coverage.Unreached();
+    if (unreached.empty()) {
+        Add(main, "p", "Every message and field of the protocol, every switch and every rule was exercised.");
+    } else {
+        Add(main, "p", "Reached by no case:");
+        pugi::xml_node list = Add(main, "ul");
+        for (const std::string& item : unreached) {
+            Add(list, "li", item);
+        }
+    }
+    pugi::xml_node body =
+        AddTable(main, "Messages and fields that came", {"Message", "Field", "Dialect", "From", "Count"});
+    for (const Coverage::ItemCount& item : campaign.coverage.Items()) {
+        pugi::xml_node row = Add(body, "tr");
+        AddRowHead(row, item.item.message);
+        Add(row, "td", item.item.field);
+        Add(row, "td", fmt::format("{}.0", item.item.protocol));
+        Add(row, "td", item.item.from);
+        Add(row, "td", std::to_string(item.count));
+    }
+}
+
+}  // namespace
+
+std::string CampaignPage(const CampaignRecord& campaign) {
+    report::HtmlPage page(Headline(campaign));
+    pugi::xml_node main = page.Body();
+    for (const std::string& known : campaign.knownUnseen) {
+        Add(main, "p",
+            "A known failure did not show: " + known + ". The list of known failures is to be mended.");
+    }
+    AddFacts(main, campaign);
+    pugi::xml_node parts = Add(main, "nav");
+    Set(parts, "aria-label", "Parts");
+    for (const auto& [target, title] : {std::pair("#cases", "Cases"), std::pair("#matrix", "Checks by case"),
+                                        std::pair("#coverage", "Coverage")}) {
+        AddLink(parts, target, title);
+        AddText(parts, " ");
+    }
+    AddCases(main, campaign);
+    AddMatrix(main, campaign);
+    AddSpreads(main, campaign);
+    AddCoverage(main, campaign);
+    return page.Text();
+}
+
+}  // namespace rig::campaign

@@ -1,0 +1,81 @@
+#include "rig/campaign/evidence/CaseFolder.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <stdexcept>
+#include <utility>
+
+#include "rig/base/WriteWhole.h"
+
+namespace rig::campaign {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr mode_t kReadableByAll = 0644;
+
+[[noreturn]] void Fail(const std::string& path, const std::string& reason) {
+    throw std::runtime_error(path + ": expected to write evidence there, found: " + reason);
+}
+
+void MakeFolder(const std::string& path) {
+    std::error_code error;
+    fs::create_directories(path, error);
+    if (error) {
+        Fail(path, error.message());
+    }
+}
+
+}  // namespace
+
+GrowingFile::GrowingFile(std::string path, bool goesOn) : path_(std::move(path)) {
+    const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | (goesOn ? 0 : O_TRUNC);
+    descriptor_ = Descriptor(open(path_.c_str(), flags, kReadableByAll));
+    if (!descriptor_.IsOpen()) {
+        Fail(path_, std::strerror(errno));
+    }
+}
+
+void GrowingFile::Add(std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = write(descriptor_.Number(), bytes.data(), bytes.size());
+        if (count < 0) {
+            Fail(path_, std::strerror(errno));
+        }
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+}
+
+CaseFolder::CaseFolder(std::string path) : path_(std::move(path)) {
+    MakeFolder(path_);
+}
+
+void CaseFolder::Write(const std::string& file, const std::string& content) const {
+    report::WriteWhole(PathOf(file), content);
+}
+
+std::vector<std::string> CaseFolder::Files() const {
+    std::vector<std::string> files;
+    for (const fs::directory_entry& entry : fs::directory_iterator(path_)) {
+        files.push_back(entry.path().filename().string());
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+void MakeCampaignFolder(const std::string& path) {
+    std::error_code unknown;
+    if (fs::exists(path, unknown) && !(fs::is_directory(path, unknown) && fs::is_empty(path, unknown))) {
+        throw std::runtime_error(
+            fmt::format("--out: expected a folder that is new or empty, found {}", path));
+    }
+    MakeFolder(path);
+}
+
+}  // namespace rig::campaign

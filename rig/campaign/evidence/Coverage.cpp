@@ -1,0 +1,199 @@
+#include "rig/campaign/evidence/Coverage.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+
+#include "rig/judge/checks/Checks.h"
+
+namespace rig::campaign {
+namespace {
+
+using report::Verdict;
+
+std::string WordsOf(int protocol, const std::string& from, const std::string& message,
+                    const std::string& field) {
+    return fmt::format("{}.0 {}: {}{}{}", protocol, from, message, field.empty() ? "" : " ", field);
+}
+
+std::string WordsOf(const ProtocolItem& item) {
+    return WordsOf(item.protocol, item.from, item.message, item.field);
+}
+
+bool Passed(const report::RunResult& run, const std::string& id) {
+    return std::any_of(run.checks.begin(), run.checks.end(), [&id](const report::CheckResult& check) {
+        return check.id == id && check.verdict == Verdict::Pass;
+    });
+}
+
+bool IsDecided(const report::CheckResult& check) {
+    return check.verdict == Verdict::Pass || check.verdict == Verdict::Fail ||
+           check.verdict == Verdict::KnownFailure;
+}
+
+template <typename List, typename IsReached>
+std::string Share(const List& list, IsReached isReached) {
+    return fmt::format("{} of {}", std::count_if(list.begin(), list.end(), isReached), list.size());
+}
+
+/// @return "xfer" of "xfer.answer"
+std::string KindOf(const std::string& rule) {
+    return rule.substr(0, rule.find('.'));
+}
+
+/// A case may have several runs.
+void AddOnce(std::vector<std::string>& cases, const std::string& name) {
+    if (std::find(cases.begin(), cases.end(), name) == cases.end()) {
+        cases.push_back(name);
+    }
+}
+
+bool IsUsed(const Coverage::Use& use) {
+    return !use.cases.empty();
+}
+
+}  // namespace
+
+void Coverage::Add(const Case& plan, const report::RunResult& run, const std::vector<DvrMessage>& messages) {
+    protocols_.insert(plan.protocol);
+    for (const DvrMessage& message : messages) {
+        Count(plan.protocol, "DVR", message.name, "");
+        for (const std::string& field : message.fields) {
+            Count(plan.protocol, "DVR", message.name, field);
+        }
+    }
+    CountRequests(plan, run);
+    for (const SwitchItem& item : SwitchItems()) {
+        const bool hasFired = std::any_of(item.checks.begin(), item.checks.end(),
+                                          [&run](const std::string& id) { return Passed(run, id); });
+        if (hasFired) {
+            AddOnce(fired_[std::string("-") + item.letter], plan.name);
+        }
+    }
+    for (const report::CheckResult& check : run.checks) {
+        if (IsDecided(check)) {
+            AddOnce(rules_[check.id], plan.name);
+        }
+    }
+}
+
+/// The requests are in the judge's ladder; their optional fields follow from the injected faults.
+void Coverage::CountRequests(const Case& plan, const report::RunResult& run) {
+    for (const report::Step& step : run.steps) {
+        if (step.kind != report::Step::Kind::FromHarness) {
+            continue;
+        }
+        const std::string name = step.text.substr(0, step.text.find(' '));
+        Count(plan.protocol, "harness", name, "");
+        if (name == "DONE" && Has(plan, 'd')) {
+            Count(plan.protocol, "harness", name, "duration");
+        }
+    }
+    if (Passed(run, "rehash.fired")) {
+        Count(plan.protocol, "harness", "GET_FILE", "rehash");
+    }
+}
+
+void Coverage::Count(int protocol, const std::string& from, const std::string& message,
+                     const std::string& field) {
+    ++counts_[WordsOf(protocol, from, message, field)];
+}
+
+std::vector<Coverage::ItemCount> Coverage::Items() const {
+    std::vector<ItemCount> items;
+    for (const ProtocolItem& item : ProtocolItems()) {
+        if (protocols_.count(item.protocol) > 0) {
+            const auto found = counts_.find(WordsOf(item));
+            items.push_back({item, found == counts_.end() ? 0 : found->second});
+        }
+    }
+    return items;
+}
+
+std::vector<Coverage::Use> Coverage::Switches() const {
+    std::vector<Use> uses;
+    for (const SwitchItem& item : SwitchItems()) {
+        if (!item.isFirstDialect && protocols_.count(2) == 0) {
+            continue;
+        }
+        const std::string name = std::string("-") + item.letter;
+        const auto found = fired_.find(name);
+        uses.push_back({name, found == fired_.end() ? std::vector<std::string>() : found->second});
+    }
+    return uses;
+}
+
+std::vector<Coverage::Use> Coverage::Rules() const {
+    std::vector<Use> uses;
+    for (const judge::Check& check : judge::AllChecks()) {
+        const auto found = rules_.find(check.id);
+        if (check.needs == judge::Needs::MaxReaction && found == rules_.end()) {
+            continue;  // without a limit there is no such rule
+        }
+        uses.push_back({check.id, found == rules_.end() ? std::vector<std::string>() : found->second});
+    }
+    return uses;
+}
+
+std::vector<std::string> Coverage::Unreached() const {
+    std::vector<std::string> unreached;
+    for (const ItemCount& item : Items()) {
+        if (item.count == 0) {
+            unreached.push_back(WordsOf(item.item));
+        }
+    }
+    for (const Use& use : Switches()) {
+        if (!IsUsed(use)) {
+            unreached.push_back("switch " + use.name);
+        }
+    }
+    for (const Use& use : Rules()) {
+        if (!IsUsed(use)) {
+            unreached.push_back("rule " + use.name);
+        }
+    }
+    return unreached;
+}
+
+/// For people: leaves out the fields of a message that never came, and uses one word for all rules of a kind.
+std::vector<std::string> Coverage::UnreachedInShort() const {
+    std::vector<std::string> unreached;
+    for (const ItemCount& item : Items()) {
+        const bool isField = item.item.field[0] != '\0';
+        const std::string message = WordsOf(item.item.protocol, item.item.from, item.item.message, "");
+        if (item.count == 0 && (!isField || counts_.count(message) > 0)) {
+            unreached.push_back(WordsOf(item.item));
+        }
+    }
+    for (const Use& use : Switches()) {
+        if (!IsUsed(use)) {
+            unreached.push_back("switch " + use.name);
+        }
+    }
+    std::map<std::string, bool> kinds;  // whether some rule of the kind was reached
+    for (const Use& use : Rules()) {
+        kinds[KindOf(use.name)] = kinds[KindOf(use.name)] || IsUsed(use);
+    }
+    for (const Use& use : Rules()) {
+        if (!IsUsed(use)) {
+            unreached.push_back("rule " + (kinds[KindOf(use.name)] ? use.name : KindOf(use.name) + ".*"));
+        }
+    }
+    unreached.erase(std::unique(unreached.begin(), unreached.end()), unreached.end());
+    return unreached;
+}
+
+std::string Coverage::Text() const {
+    if (protocols_.empty()) {
+        return "";
+    }
+    std::string text = fmt::format("coverage: {} messages and fields, {} switches, {} rules\n",
+                                   Share(Items(), [](const ItemCount& item) { return item.count > 0; }),
+                                   Share(Switches(), IsUsed), Share(Rules(), IsUsed));
+    const std::vector<std::string> unreached = UnreachedInShort();
+    return unreached.empty() ? text
+                             : text + fmt::format("reached by no case: {}\n", fmt::join(unreached, ", "));
+}
+
+}  // namespace rig::campaign

@@ -1,0 +1,111 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "rig/campaign/Cases.h"
+#include "rig/campaign/Outcome.h"
+#include "rig/campaign/evidence/Coverage.h"
+#include "rig/campaign/execution/Child.h"
+#include "rig/campaign/execution/Patience.h"
+#include "rig/result/Result.h"
+
+namespace rig::campaign {
+
+/// A command that a case started.
+struct ProcessRecord {
+    std::string command;
+    std::optional<Ending> end;
+    std::string stoppedBy;  // "SIGINT", the command of --stop; empty if it ended by itself
+};
+
+struct HookRecord {
+    std::string hook;  // "before-case"
+    std::string command;
+    std::optional<Ending> end;
+    double seconds = 0;
+};
+
+/// Where the time of a case went, in seconds.
+struct CaseTimes {
+    double waited = 0;    // until port 5001 was free
+    double duration = 0;  // from the start of the harness to its end
+    double pauses = 0;    // of that, the harness's own
+    double dvr = 0;       // of that, the harness waiting for the DVR
+    double overhead = 0;  // of that, the rest: the campaign's own
+    double hooks = 0;
+};
+
+struct CaseRecord {
+    Case plan;
+    std::string id;  // of this run: the case's name, and "-N" for run N if there are several
+    int run = 1;
+    Outcome outcome = Outcome::NotRun;
+    std::string reason;
+    bool isSuspect = false;  // the clean export before it failed: do not blame how the DVR takes faults
+    std::optional<std::int64_t> begin;  // microseconds since 1970-01-01 UTC
+    std::optional<std::int64_t> end;
+    CaseTimes times;
+    int attempts = 0;  // starts of the harness: more than one if the port was still held
+    ProcessRecord harness;
+    std::optional<ProcessRecord> dvr;
+    std::vector<HookRecord> hooks;
+    std::vector<std::string> files;           // in the case's folder
+    std::vector<std::string> excluded;        // checks that do not count in this case
+    std::optional<report::Verdict> verdict;   // the judge's own
+    std::vector<report::CheckResult> checks;  // without evidence
+    std::vector<report::Timing> timings;
+
+    std::string Folder() const { return "cases/" + id; }
+};
+
+/// How the runs of one case differ.
+struct Spread {
+    std::string name;
+    std::map<std::string, int> outcomes;  // by name
+    std::vector<double> durations;        // seconds, ascending
+    struct Reaction {
+        std::string request;
+        double least = 0;  // of the medians, milliseconds
+        double most = 0;
+        double longest = 0;  // of all
+    };
+    std::vector<Reaction> reactions;
+};
+
+struct CampaignRecord {
+    std::string state = "running";  // "finished", "interrupted"
+    std::vector<std::string> commandLine;
+    std::vector<std::pair<std::string, std::string>> versions;
+    std::vector<std::pair<std::string, std::string>> commands;  // what the options name: harness, dvr, hooks
+    std::string note;
+    std::uint32_t seed = 0;
+    int repeat = 1;
+    Patience patience;
+    std::optional<double> maxReaction;
+    std::int64_t begin = 0;
+    std::optional<std::int64_t> end;
+    std::vector<CaseRecord> cases;         // all planned ones, in order
+    std::vector<std::string> knownUnseen;  // known failures that no case showed, though some reached them
+    Coverage coverage;
+
+    /// @return the outcome that decides for the campaign
+    Outcome Whole() const;
+
+    /// @return how many cases had each outcome, by name
+    std::map<std::string, int> Counts() const;
+
+    /// @return for each case with several runs, how they differ
+    std::vector<Spread> Spreads() const;
+
+    /// @return where the time of all cases went, in total
+    CaseTimes Times() const;
+};
+
+/// @return now, in microseconds since 1970-01-01 UTC
+std::int64_t Now();
+
+}  // namespace rig::campaign

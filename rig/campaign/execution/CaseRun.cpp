@@ -1,0 +1,143 @@
+#include "rig/campaign/execution/CaseRun.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "rig/campaign/evidence/CampaignJson.h"
+#include "rig/campaign/execution/Export.h"
+#include "rig/html/HtmlReport.h"
+#include "rig/result/JsonReport.h"
+
+namespace rig::campaign {
+namespace {
+
+using report::Verdict;
+
+/// @return "PASS", or "FAIL, xfer.answer: ..."
+std::string InWords(const CaseRecord& record) {
+    return NameOf(record.outcome) + (record.reason.empty() ? "" : ", " + record.reason);
+}
+
+}  // namespace
+
+CaseRun::CaseRun(const Rig& rig, const CaseFolder& folder, CaseRecord& record, Interrupts& interrupts,
+                 Display& display)
+    : rig_(rig), folder_(folder), record_(record), interrupts_(interrupts), display_(display) {}
+
+void CaseRun::Run() {
+    record_.begin = Now();
+    Hooks hooks(rig_.hooks, folder_, record_.id, interrupts_);
+    CaseFacts facts;
+    display_.Show("hooks ahead of the case", "");
+    facts.words = hooks.BeforeCase();
+    if (facts.words.empty()) {
+        facts = Play();
+    } else {
+        facts.end = interrupts_.Came() ? End::Interrupted : End::HookFailed;
+    }
+    const Decision decision = Decide(facts);
+    record_.outcome = decision.outcome;
+    record_.reason = decision.reason;
+    if (facts.end != End::Interrupted && facts.end != End::HookFailed) {
+        AskWhetherAlive(hooks);
+    }
+    TakeHooks(hooks);
+    record_.end = Now();
+    if (record_.outcome == Outcome::Environment) {
+        display_.Warn(record_.id + ": " + InWords(record_));
+    }
+    WriteEvidence(facts);
+}
+
+CaseFacts CaseRun::Play() {
+    Export played(rig_, folder_, record_, interrupts_, display_);
+    report::Result result = played.Run();
+    CaseFacts facts = played.Facts();
+    if (played.Messages() != nullptr) {
+        messages_ = *played.Messages();
+    }
+    TakeVerdict(std::move(result), facts);
+    return facts;
+}
+
+void CaseRun::TakeVerdict(report::Result result, CaseFacts& facts) {
+    if (result.runs.empty()) {
+        return;
+    }
+    // One start of the harness is one run; if the log says otherwise, the worst run counts.
+    const auto worst = std::max_element(
+        result.runs.begin(), result.runs.end(),
+        [](const auto& one, const auto& other) { return report::WorstOf(one) < report::WorstOf(other); });
+    result_ = std::move(*worst);
+    judge::Apply(rig_.known, result_);
+    Exclude();
+    record_.verdict = report::WorstOf(result_);
+    facts.judged.emplace();
+    facts.judged->checks = result_.checks;
+}
+
+/// Takes out the checks that this case cannot reach, unless they have something to say anyway.
+void CaseRun::Exclude() {
+    const std::vector<std::string>& excluded = record_.plan.excluded;
+    std::vector<report::CheckResult> kept;
+    for (report::CheckResult& check : result_.checks) {
+        const bool isOpen = check.verdict == Verdict::Inconclusive || check.verdict == Verdict::NotReached;
+        if (isOpen && std::find(excluded.begin(), excluded.end(), check.id) != excluded.end()) {
+            record_.excluded.push_back(check.id);
+        } else {
+            kept.push_back(std::move(check));
+        }
+    }
+    result_.checks = std::move(kept);
+}
+
+void CaseRun::AskWhetherAlive(Hooks& hooks) {
+    display_.Show("hooks behind the case", "");
+    const std::string failure = hooks.AfterCase(NameOf(record_.outcome));
+    std::string words;
+    const Hooks::Life life = hooks.Alive(NameOf(record_.outcome), words);
+    if (interrupts_.Came() && (!failure.empty() || life != Hooks::Life::Alive)) {
+        record_.outcome = Outcome::Interrupted;
+        record_.reason = fmt::format("by {}, behind the case", interrupts_.Words());
+    } else if (!failure.empty() || life == Hooks::Life::Dead) {
+        record_.reason = (failure.empty() ? "the DVR is not alive behind the case: " + words : failure) +
+                         "; the case itself: " + InWords(record_);
+        record_.outcome = Outcome::Environment;
+    } else if (life == Hooks::Life::Revived) {
+        record_.reason = "the DVR did not survive the case, and came back by --power-cycle: " + words +
+                         "; the case itself: " + InWords(record_);
+        record_.outcome = Outcome::Fail;
+    }
+}
+
+void CaseRun::TakeHooks(const Hooks& hooks) {
+    record_.hooks = hooks.Records();
+    for (const HookRecord& hook : record_.hooks) {
+        record_.times.hooks += hook.seconds;
+    }
+}
+
+void CaseRun::WriteEvidence(const CaseFacts& facts) {
+    result_.name = record_.id;
+    result_.checks.push_back(CheckOf({record_.outcome, record_.reason}, facts.judged));
+    if (result_.switches.empty()) {
+        result_.switches = record_.plan.switches;
+        result_.begin = record_.begin;
+        result_.end = record_.end;
+    }
+    for (const report::CheckResult& check : result_.checks) {
+        record_.checks.push_back(
+            {check.id, check.requirement, check.verdict, check.expected, check.found, {}});
+    }
+    record_.timings = result_.timings;
+    report::Result whole;
+    whole.runs.push_back(result_);
+    folder_.Write("verdict.json", report::JsonReport(whole));
+    folder_.Write("report.html", report::HtmlReport(whole));
+    record_.files = folder_.Files();
+    folder_.Write("case.json", CaseJson(record_));
+}
+
+}  // namespace rig::campaign

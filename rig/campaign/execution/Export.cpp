@@ -1,0 +1,310 @@
+#include "rig/campaign/execution/Export.h"
+
+#include <fmt/format.h>
+#include <poll.h>
+
+#include <algorithm>
+#include <cmath>
+#include <csignal>
+
+#include "rig/campaign/execution/Port.h"
+
+namespace rig::campaign {
+namespace {
+
+constexpr int kSlowTick = 200;         // milliseconds, when waiting for a minute
+constexpr double kPortPatience = 150;  // seconds: the system holds a port for a minute, at worst twice
+constexpr double kSettle = 2;          // seconds that the DVR has to close after the end
+constexpr double kReady = 0.5;         // seconds from a remote harness's first line until it listens
+constexpr double kStop = 5;            // seconds that a command has to end when told to
+constexpr double kPortPause = 3;  // seconds until a remote harness that found its port taken is started again
+
+double Since(Clock::time_point begin) {
+    return std::chrono::duration<double>(Clock::now() - begin).count();
+}
+
+std::string Replaced(std::string text, const std::string& name, const std::string& value) {
+    for (std::size_t at = 0; (at = text.find(name, at)) != std::string::npos; at += value.size()) {
+        text.replace(at, name.size(), value);
+    }
+    return text;
+}
+
+}  // namespace
+
+Export::Export(const Rig& rig, const CaseFolder& folder, CaseRecord& record, Interrupts& interrupts,
+               Display& display)
+    : rig_(rig), folder_(folder), record_(record), interrupts_(interrupts), display_(display) {}
+
+Export::~Export() {
+    TakePackets();
+}
+
+report::Result Export::Run() {
+    StartCapture();
+    report::Result result;
+    do {
+        if (!AwaitPort()) {
+            return result;
+        }
+        StartHarness();
+        const Clock::time_point begin = Clock::now();
+        Follow();
+        Settle();
+        StopHarness();
+        StopDvr();
+        result = harness_->Finish();
+        TakeEnd(begin);
+    } while (MayStartAgain());
+    return result;
+}
+
+/// A missing privilege is no reason to lose the rest of the evidence.
+void Export::StartCapture() try {
+    if (rig_.capture) {
+        capture_ = std::make_unique<Capture>(folder_.PathOf("capture.pcap"));
+    }
+} catch (const std::exception& error) {
+    display_.Warn(record_.id + ": no capture: " + error.what());
+}
+
+/// The system holds the port for a while if the harness closed a connection first, and the harness cannot
+/// bind to a held port.
+bool Export::AwaitPort() {
+    const auto mayGoOn = [this] { return interrupts_.Came() || !LookAtPort(kHarnessPort).isHeld; };
+    bool isFree = mayGoOn();
+    if (!isFree) {
+        const Clock::time_point begin = Clock::now();
+        const auto isOver = [&] {
+            display_.Show("waiting for port 5001, which the last connection still holds",
+                          fmt::format("at most {:.0f} s left", std::ceil(kPortPatience - Since(begin))));
+            return mayGoOn();
+        };
+        isFree = Until(kPortPatience, isOver, kSlowTick);
+        record_.times.waited += Since(begin);
+    }
+    wasListening_ = LookAtPort(kHarnessPort).isListening;
+    if (interrupts_.Came()) {
+        facts_.end = End::Interrupted;
+        facts_.words = "before the harness could start";
+    } else if (!isFree) {
+        facts_.end = End::PortTaken;
+        facts_.words = fmt::format("port 5001 was still held after {:g} s", kPortPatience);
+    }
+    return isFree && !interrupts_.Came();
+}
+
+void Export::StartHarness() {
+    ++record_.attempts;
+    record_.harness.command = rig_.harness + " " + record_.plan.switches;
+    record_.harness.stoppedBy.clear();
+    facts_ = {};
+    dvr_.reset();
+    record_.dvr.reset();
+    firstLine_.reset();
+    isReady_ = false;
+    watch_.emplace(record_.plan, rig_.patience, Clock::now());
+    harness_ = std::make_unique<Harness>(record_.harness.command, rig_.log, folder_, rig_.limits,
+                                         [this](const LogLine& line, bool isOver) {
+                                             firstLine_ = firstLine_.value_or(Clock::now());
+                                             watch_->Add(line, isOver, Clock::now());
+                                         });
+}
+
+/// A port held on another machine shows only in the harness's status.
+bool Export::MayStartAgain() {
+    const bool isTaken = facts_.end == End::HarnessEnded && facts_.harness &&
+                         facts_.harness->IsStatus(kPortTaken) && !wasListening_;
+    if (!isTaken || record_.times.waited >= kPortPatience) {
+        return false;
+    }
+    const Clock::time_point begin = Clock::now();
+    display_.Show("waiting for port 5001, which the harness found taken",
+                  fmt::format("at most {:.0f} s left", kPortPatience - record_.times.waited));
+    const bool isInterrupted = Until(kPortPause, [this] { return interrupts_.Came(); });
+    record_.times.waited += Since(begin);
+    if (isInterrupted) {
+        TakeInterrupt();
+    }
+    return !isInterrupted;
+}
+
+/// @return whether a DVR can connect: the kernel says so or, if the harness runs elsewhere, the log has begun
+/// and no line says that it could not listen
+bool Export::IsReady() {
+    isReady_ = isReady_ || (!wasListening_ && LookAtPort(kHarnessPort).isListening) ||
+               (firstLine_ && Since(*firstLine_) >= kReady);
+    return isReady_;
+}
+
+void Export::StartDvr() {
+    if (dvr_ != nullptr || !rig_.dvr || !IsReady()) {
+        return;
+    }
+    record_.dvr.emplace();
+    record_.dvr->command = Replaced(Replaced(*rig_.dvr, "{protocol}", std::to_string(record_.plan.protocol)),
+                                    "{seed}", std::to_string(rig_.seed));
+    const GrowingFile output = folder_.Grow("dvr.log");
+    Launch launch{record_.dvr->command, output.Number(), output.Number()};
+    launch.environment = {"VELLORAN_CASE=" + record_.id};
+    launch.mayLeaveOthers = true;  // a script that starts the DVR in the background
+    dvr_ = std::make_unique<Child>(launch);
+}
+
+void Export::LookAtDvr() {
+    if (dvr_ != nullptr && dvr_->End() && !dvr_->End()->IsStatus(0)) {
+        watch_->DvrFailed(Clock::now());
+    }
+}
+
+void Export::TakeInterrupt() {
+    facts_.end = End::Interrupted;
+    facts_.words = "by " + interrupts_.Words();
+}
+
+/// Watches until there is nothing more to see.
+void Export::Follow() {
+    while (facts_.end == End::None) {
+        StartDvr();
+        Turn(kTick);
+        LookAtDvr();
+        ShowProgress();
+        watch_->LogHas(harness_->LogBytes());
+        const bool hasEnded = harness_->Command().End().has_value();
+        facts_.end = watch_->Look(Clock::now(), facts_.words);
+        if (interrupts_.Came()) {
+            TakeInterrupt();
+        } else if (hasEnded && facts_.end != End::Done) {
+            facts_.end = End::HarnessEnded;
+        }
+    }
+    facts_.isConnected = watch_->IsConnected();
+    facts_.isDone = watch_->IsDone();
+    if (facts_.end == End::DvrFailed) {
+        facts_.words = "the DVR's command " + dvr_->End()->Words();
+    }
+    quiet_ = facts_.isDone ? 0 : watch_->SilentFor(Clock::now());
+}
+
+void Export::ShowProgress() {
+    if (watch_->IsConnected()) {
+        display_.Show("the export runs", "");
+    } else if (rig_.dvr || !IsReady()) {
+        display_.Show("starting", "");
+    } else {
+        display_.Show("waiting for the DVR to connect to port 5001",
+                      fmt::format("{:.0f} s left", std::ceil(watch_->LeftToConnect(Clock::now()))));
+    }
+}
+
+/// The side that closes first has its port held for a minute. After a good end, let that be the DVR: it gets
+/// a moment to close by itself, and is told to if we started it. After a bad end its close would look like a
+/// failure of its own in the log.
+void Export::Settle() {
+    if (facts_.end != End::Done && facts_.end != End::Silence) {
+        return;
+    }
+    const auto isClosed = [this] {
+        return !LookAtPort(kHarnessPort).isConnected && (dvr_ == nullptr || dvr_->End());
+    };
+    if (facts_.end == End::Done) {
+        Until(rig_.linger, [this] { return interrupts_.Came(); });
+        Until(kSettle, isClosed);
+    }
+    if (dvr_ != nullptr && !dvr_->End()) {
+        StopDvr();
+        Until(kSettle, isClosed);
+    }
+}
+
+void Export::StopHarness() {
+    Child& command = harness_->Command();
+    if (command.End()) {
+        return;
+    }
+    facts_.isStopped = true;
+    const auto hasEnded = [&command] { return command.End().has_value(); };
+    if (rig_.stop.empty()) {
+        record_.harness.stoppedBy = "SIGINT";
+        command.Signal(SIGINT);
+        Until(kStop, hasEnded);
+    } else {
+        record_.harness.stoppedBy = rig_.stop;
+        const GrowingFile output = folder_.Grow("stop.log");
+        Child stop({rig_.stop, output.Number(), output.Number()});
+        Until(kStop, hasEnded);
+    }
+    if (!hasEnded()) {
+        record_.harness.stoppedBy += ", SIGKILL";
+        command.Signal(SIGKILL);
+        Until(kStop, hasEnded);
+    }
+}
+
+void Export::StopDvr() {
+    if (dvr_ == nullptr) {
+        return;
+    }
+    const auto hasEnded = [this] { return dvr_->End().has_value(); };
+    for (const int signal : {SIGTERM, SIGKILL}) {
+        if (!hasEnded()) {
+            record_.dvr->stoppedBy = signal == SIGTERM ? "SIGTERM" : "SIGTERM, SIGKILL";
+            dvr_->Signal(signal);
+            Until(kSettle, hasEnded);
+        }
+    }
+    dvr_->Signal(SIGTERM);  // what it has left
+    record_.dvr->end = dvr_->End();
+}
+
+/// Keeps reading until the fact is true. @return false if it is not within that time
+template <typename Fact>
+bool Export::Until(double seconds, Fact fact, int tick) {
+    const Clock::time_point begin = Clock::now();
+    while (!fact()) {
+        if (Since(begin) >= seconds) {
+            return false;
+        }
+        Turn(tick);
+    }
+    return true;
+}
+
+/// Waits at most that long for something to arrive, and takes the next piece of it.
+void Export::Turn(int milliseconds) {
+    std::vector<pollfd> waited;
+    const auto add = [&waited](int descriptor) { waited.push_back({descriptor, POLLIN, 0}); };
+    if (harness_ != nullptr) {
+        for (const int descriptor : harness_->Descriptors()) {
+            add(descriptor);
+        }
+    }
+    add(capture_ == nullptr ? -1 : capture_->Number());
+    add(interrupts_.Came() ? -1 : interrupts_.Number());
+    poll(waited.data(), waited.size(), milliseconds);
+    if (harness_ != nullptr) {
+        harness_->Read();
+    }
+    TakePackets();
+}
+
+/// A capture that breaks off is no reason to lose the rest of the evidence.
+void Export::TakePackets() {
+    if (capture_ != nullptr && !capture_->Take()) {
+        display_.Warn(record_.id + ": the capture broke off: " + capture_->Error());
+        capture_.reset();
+    }
+}
+
+void Export::TakeEnd(Clock::time_point begin) {
+    facts_.harness = record_.harness.end = harness_->Command().End();
+    facts_.errors = harness_->LastError();
+    facts_.isDone = watch_->IsDone();
+    CaseTimes& times = record_.times;
+    times.duration = Since(begin);
+    times.pauses = harness_->Times().Pauses();
+    times.dvr = harness_->Times().Waits() + quiet_;
+    times.overhead = std::max(times.duration - times.pauses - times.dvr, 0.0);
+}
+
+}  // namespace rig::campaign

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "rig/campaign/Display.h"
+#include "rig/campaign/evidence/CaseFolder.h"
+#include "rig/campaign/evidence/Records.h"
+#include "rig/campaign/execution/Capture.h"
+#include "rig/campaign/execution/Child.h"
+#include "rig/campaign/execution/Harness.h"
+#include "rig/campaign/execution/Interrupts.h"
+#include "rig/campaign/execution/Rig.h"
+#include "rig/campaign/execution/Watch.h"
+
+namespace rig::campaign {
+
+constexpr int kTick = 20;  // milliseconds between looks at what sends no event
+
+/// Harness and DVR of one case, from the wait for the port until both have ended. Their output goes to the
+/// case's folder as it arrives.
+class Export {
+ public:
+    /// @param record  of the case; commands, attempts, ends and times are filled in
+    Export(const Rig& rig, const CaseFolder& folder, CaseRecord& record, Interrupts& interrupts,
+           Display& display);
+    ~Export();
+    Export(const Export&) = delete;
+    Export& operator=(const Export&) = delete;
+
+    /// Runs it to its end, or until it is interrupted. Throws std::runtime_error when evidence cannot be
+    /// written. @return what the judge says of the runs in the log
+    report::Result Run();
+
+    /// @return everything known except the judge's result
+    const CaseFacts& Facts() const { return facts_; }
+
+    /// @return what the DVR sent
+    const std::vector<DvrMessage>* Messages() const {
+        return harness_ == nullptr ? nullptr : &harness_->Messages();
+    }
+
+ private:
+    void StartCapture();
+    bool AwaitPort();
+    void StartHarness();
+    bool MayStartAgain();
+    bool IsReady();
+    void StartDvr();
+    void LookAtDvr();
+    void TakeInterrupt();
+    void Follow();
+    void ShowProgress();
+    void Settle();
+    void StopHarness();
+    void StopDvr();
+    void TakePackets();
+    void TakeEnd(Clock::time_point begin);
+    template <typename Fact>
+    bool Until(double seconds, Fact fact, int tick = kTick);
+    void Turn(int milliseconds);
+
+    const Rig& rig_;
+    const CaseFolder& folder_;
+    CaseRecord& record_;
+    Interrupts& interrupts_;
+    Display& display_;
+
+    CaseFacts facts_;
+    std::unique_ptr<Capture> capture_;
+    std::unique_ptr<Harness> harness_;
+    std::unique_ptr<Child> dvr_;
+    std::optional<Watch> watch_;
+    std::optional<Clock::time_point> firstLine_;
+    bool isReady_ = false;       // a DVR can connect
+    bool wasListening_ = false;  // someone on this machine was, before the harness started
+    double quiet_ = 0;           // seconds that the DVR was silent before we stopped watching
+};
+
+}  // namespace rig::campaign

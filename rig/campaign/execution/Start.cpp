@@ -1,0 +1,150 @@
+#include "rig/campaign/execution/Start.h"
+
+#include <sys/utsname.h>
+#include <unistd.h>
+
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <sstream>
+
+#include "rig/campaign/Campaign.h"
+#include "rig/campaign/evidence/Fingerprint.h"
+#include "rig/judge/KnownFailures.h"
+
+namespace rig::campaign {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// @return the text as a word that the shell takes literally
+std::string ShellWord(const std::string& text) {
+    std::string word = "'";
+    for (const char one : text) {
+        word += one == '\'' ? std::string("'\\''") : std::string(1, one);
+    }
+    return word + "'";
+}
+
+fs::path OwnPath() {
+    std::error_code unknown;
+    return fs::read_symlink("/proc/self/exe", unknown);
+}
+
+std::string DefaultHarness() {
+    const fs::path beside = OwnPath().parent_path() / "velloran";
+    return access(beside.c_str(), X_OK) == 0 ? ShellWord(beside.string()) : "velloran";
+}
+
+std::optional<std::string> DvrCommand(const RunOptions& options) {
+    if (options.dvr && options.dvr->empty()) {
+        return ShellWord(OwnPath().string()) + " dvr --protocol {protocol} --seed {seed}";
+    }
+    return options.dvr;
+}
+
+Rig RigOf(const RunOptions& options, std::uint32_t seed) {
+    Rig rig;
+    rig.harness = options.velloran.empty() ? DefaultHarness() : options.velloran;
+    rig.log = options.log;
+    rig.stop = options.stop;
+    rig.dvr = DvrCommand(options);
+    rig.seed = seed;
+    rig.hooks = options.hooks;
+    rig.patience = options.patience;
+    rig.linger = options.linger;
+    rig.limits = {options.patience.answer, options.maxReaction};
+    rig.known = options.known.empty() ? judge::KnownFailures() : judge::ReadKnownFailures(options.known);
+    rig.capture = options.capture;
+    return rig;
+}
+
+/// @return this process's command line, word by word
+std::vector<std::string> OwnCommandLine() {
+    std::ifstream file("/proc/self/cmdline");
+    std::vector<std::string> words;
+    for (std::string word; std::getline(file, word, '\0');) {
+        words.push_back(word);
+    }
+    return words;
+}
+
+std::vector<std::pair<std::string, std::string>> VersionsOf(const Rig& rig) {
+    utsname system = {};
+    uname(&system);
+    return {{"velloran-rig", VELLORAN_VERSION},
+            {"harnessSha256", FingerprintOf(rig.harness)},
+            {"system", std::string(system.sysname) + " " + system.release + " " + system.machine},
+            {"host", system.nodename}};
+}
+
+std::vector<std::pair<std::string, std::string>> CommandsOf(const Rig& rig) {
+    std::vector<std::pair<std::string, std::string>> commands = {{"harness", rig.harness}};
+    const auto add = [&commands](const char* name, const std::string& command) {
+        if (!command.empty()) {
+            commands.emplace_back(name, command);
+        }
+    };
+    add("dvr", rig.dvr.value_or(""));
+    add("log", rig.log);
+    add("stop", rig.stop);
+    add("before-case", rig.hooks.beforeCase);
+    add("after-case", rig.hooks.afterCase);
+    add("alive", rig.hooks.alive);
+    add("power-cycle", rig.hooks.powerCycle);
+    return commands;
+}
+
+std::vector<CaseRecord> PlannedCases(const RunOptions& options) {
+    std::vector<CaseRecord> records;
+    for (const Case& plan : Select(options.selection)) {
+        for (int run = 1; run <= options.repeat; ++run) {
+            CaseRecord record;
+            record.plan = plan;
+            record.run = run;
+            record.id = options.repeat == 1 ? plan.name : plan.name + "-" + std::to_string(run);
+            records.push_back(std::move(record));
+        }
+    }
+    return records;
+}
+
+CampaignRecord RecordOf(const RunOptions& options, const Rig& rig) {
+    CampaignRecord record;
+    record.commandLine = OwnCommandLine();
+    record.versions = VersionsOf(rig);
+    record.commands = CommandsOf(rig);
+    record.note = options.note;
+    record.seed = rig.seed;
+    record.repeat = options.repeat;
+    record.patience = options.patience;
+    record.maxReaction = options.maxReaction;
+    record.cases = PlannedCases(options);
+    return record;
+}
+
+std::string FolderOf(const RunOptions& options) {
+    if (!options.out.empty()) {
+        return options.out;
+    }
+    const std::time_t now = std::time(nullptr);
+    std::tm local = {};
+    localtime_r(&now, &local);
+    char name[64] = "";
+    std::strftime(name, sizeof name, "velloran-campaign-%Y%m%d-%H%M%S", &local);
+    return name;
+}
+
+}  // namespace
+
+Outcome Start(const RunOptions& options) {
+    const Rig rig = RigOf(options, options.seed ? *options.seed : std::random_device()());
+    CampaignRecord record = RecordOf(options, rig);
+    const std::string folder = FolderOf(options);
+    MakeCampaignFolder(folder);
+    return Campaign(rig, folder, std::move(record)).Run();
+}
+
+}  // namespace rig::campaign

@@ -1,0 +1,75 @@
+#include "rig/campaign/execution/Watch.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "rig/log/Signs.h"
+
+namespace rig::campaign {
+namespace {
+
+constexpr double kMargin = 0.2;  // seconds, so that the judge also counts the patience as over
+
+double Seconds(Clock::duration duration) {
+    return std::chrono::duration<double>(duration).count();
+}
+
+}  // namespace
+
+void Watch::Add(const LogLine& line, bool isOver, Clock::time_point now) {
+    const judge::Sign sign = judge::SignOf(line.text);
+    lastLine_ = now;
+    isConnected_ = isConnected_ || sign == judge::Sign::Connected || sign == judge::Sign::Expecting;
+    isSent_ = isSent_ || sign == judge::Sign::SentWrongSize;
+    isRefused_ = isRefused_ || line.text == "Got CONFIGURATION_UPDATE_ERROR";
+    isConfirmed_ = isConfirmed_ || line.text == "Got SOFTWARE_UPDATE_CONFIRM";
+    const bool isConfigured = Has(plan_, 'g') && isRefused_ && (isConfirmed_ || !Has(plan_, 'u'));
+    // A harness that could not listen, or was interrupted, is also over, but no dialogue came to its end.
+    const bool isEnd = isOver && isConnected_ && sign != judge::Sign::ShuttingDown;
+    isDone_ = isDone_ || isEnd || isConfigured;
+}
+
+void Watch::DvrFailed(Clock::time_point now) {
+    dvrFailed_ = dvrFailed_.value_or(now);
+}
+
+double Watch::SilentFor(Clock::time_point now) const {
+    return Seconds(now - lastLine_);
+}
+
+double Watch::LeftToConnect(Clock::time_point now) const {
+    return std::max(patience_.connect - Seconds(now - begin_), 0.0);
+}
+
+End Watch::Look(Clock::time_point now, std::string& words) const {
+    const double enough = patience_.answer + kMargin;
+    if (isDone_) {
+        return End::Done;
+    }
+    if (isSent_ && SilentFor(now) >= enough) {
+        return End::Silence;
+    }
+    if (bytes_ > kLargestLog) {
+        words = fmt::format("the log grew beyond {} MiB", kLargestLog >> 20);
+        return End::LogTooLarge;
+    }
+    if (dvrFailed_ && Seconds(now - *dvrFailed_) >= enough && SilentFor(now) >= enough) {
+        return End::DvrFailed;
+    }
+    if (!isConnected_ && LeftToConnect(now) <= 0) {
+        words = fmt::format("connect time-out: no DVR connected within {:g} s", patience_.connect);
+        return End::ConnectTimeout;
+    }
+    if (isConnected_ && SilentFor(now) >= patience_.idle) {
+        words = fmt::format("idle time-out: no new line in the log for {:g} s", patience_.idle);
+        return End::IdleTimeout;
+    }
+    if (Seconds(now - begin_) >= patience_.whole) {
+        words = fmt::format("case time-out: the export did not end within {:g} s", patience_.whole);
+        return End::CaseTimeout;
+    }
+    return End::None;
+}
+
+}  // namespace rig::campaign

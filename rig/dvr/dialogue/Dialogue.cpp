@@ -1,0 +1,116 @@
+#include "rig/dvr/dialogue/Dialogue.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "rig/base/Counted.h"
+#include "rig/base/Printable.h"
+#include "rig/dvr/Failure.h"
+
+namespace rig {
+
+Dialogue::Dialogue(const Recordings& recordings, const MessageRules& rules)
+    : recordings_(recordings), rules_(rules) {}
+
+Message Dialogue::Open() const {
+    return NewMessage("OK");
+}
+
+std::vector<Message> Dialogue::Handle(const Message& message) {
+    CheckMessage(message, rules_);
+    const std::vector<std::string> inPlace = InPlace();
+    if (std::find(inPlace.begin(), inPlace.end(), message.Name()) == inPlace.end()) {
+        Object(message.Name() + " " + Standing());
+    }
+    return React(message);
+}
+
+std::vector<std::string> Dialogue::TakeRemarks() {
+    std::vector<std::string> remarks;
+    remarks.swap(remarks_);
+    return remarks;
+}
+
+void Dialogue::Object(const std::string& text) {
+    if (!tolerant_) {
+        throw Breach(text);
+    }
+    remarks_.push_back(text);
+}
+
+Message Dialogue::FinishTransfer() {
+    if (!transfer_) {
+        throw std::logic_error("no transfer to finish");
+    }
+    if (outstanding_.erase(*transfer_) == 1) {
+        ++tally_.files;
+        tally_.bytes += digest_.length;
+    }
+    Message complete = NewMessage("FILE_COMPLETE");
+    complete.Set("reid", transfer_->first)
+        .Set("file", transfer_->second)
+        .Set("length", std::to_string(digest_.length))
+        .Set("hashCode", digest_.hashCode);
+    transfer_.reset();
+    return complete;
+}
+
+std::string Dialogue::Expected() const {
+    const std::vector<std::string> names = InPlace();
+    std::string text;
+    for (const std::string& name : names) {
+        const char* const separator = &name == &names.front() ? "" : &name == &names.back() ? " or " : ", ";
+        text += separator + name;
+    }
+    return text.empty() ? "no message" : text;
+}
+
+std::string Dialogue::Summary() const {
+    if (configurationRefused_) {
+        return "exported nothing: the configuration update is refused, and nothing more is due";
+    }
+    return "exported " + std::to_string(tally_.events) + " of " +
+           Counted(recordings_.Events().size(), "event") + ", " + Counted(tally_.files, "file") + ", " +
+           Counted(tally_.bytes, "byte");
+}
+
+Message Dialogue::NewMessage(const std::string& name) const {
+    Message message(name);
+    if (rules_.protocolVersion != nullptr) {
+        message.Set("protocolVersion", rules_.protocolVersion);
+    }
+    return message;
+}
+
+void Dialogue::StartTransfer(const FileId& file, bool rehash) {
+    if (rehash || digested_ != file) {
+        digest_ = DigestOf(recordings_, file.first, file.second);
+        digested_ = file;
+    }
+    transfer_ = file;
+}
+
+Message Dialogue::RefuseConfiguration(const Message& message, const char* configuration) {
+    const std::string text = message.Get(configuration);
+    if (!IsDocument(text)) {
+        throw Breach(message.Name() + " with a '" + configuration + "' that is not an XML document: '" +
+                     Excerpt(text) + "'");
+    }
+    configurationRefused_ = true;
+    done_ = true;
+    return NewMessage("CONFIGURATION_UPDATE_ERROR");
+}
+
+std::string Dialogue::TransferStanding() const {
+    return "while " + FileName(*transfer_) + " is in transfer";
+}
+
+std::string FileName(const std::pair<std::string, std::string>& file) {
+    return Quoted(file.first) + "/" + Quoted(file.second);
+}
+
+std::string OutstandingStanding(std::size_t files) {
+    return "while " + Counted(files, "file") + (files == 1 ? " is" : " are") + " still to be transferred";
+}
+
+}  // namespace rig

@@ -1,0 +1,110 @@
+#include "rig/dvr/dialogue/Dialogue_1_0.h"
+
+#include <algorithm>
+
+#include "rig/base/Counted.h"
+#include "rig/base/Printable.h"
+#include "rig/dvr/Failure.h"
+
+namespace rig {
+
+Dialogue_1_0::Dialogue_1_0(const Recordings& recordings) : Dialogue(recordings, Rules_1_0()) {}
+
+std::vector<std::string> Dialogue_1_0::InPlace() const {
+    if (done_ || IsTransferring()) {
+        return {};
+    }
+    switch (phase_) {
+        case Phase::Opening:
+            return {"GET_XML", "UPDATE_CONFIGURATION"};
+        case Phase::Exporting:
+            if (outstanding_.empty()) {
+                return {"EVENT_XFER_COMPLETE"};
+            }
+            return {"GET_FILE"};
+        case Phase::Completed:
+            break;
+    }
+    return {"DONE"};
+}
+
+std::string Dialogue_1_0::Standing() const {
+    if (IsTransferring()) {
+        return TransferStanding();
+    }
+    switch (phase_) {
+        case Phase::Opening:
+            return "in answer to OK";
+        case Phase::Exporting:
+            return OutstandingStanding(outstanding_.size());
+        case Phase::Completed:
+            break;
+    }
+    return "after EVENT_XFER_COMPLETE";
+}
+
+std::vector<Message> Dialogue_1_0::React(const Message& message) {
+    std::vector<Message> answers;
+    if (message.Name() == "GET_XML") {
+        answers.push_back(DescribeAll());
+    } else if (message.Name() == "UPDATE_CONFIGURATION") {
+        answers.push_back(RefuseConfiguration(message, "txt"));
+    } else if (message.Name() == "GET_FILE") {
+        StartFile(message);
+    } else if (message.Name() == "EVENT_XFER_COMPLETE") {
+        Complete(message);
+    } else if (message.Name() == "DONE") {
+        done_ = true;
+    }
+    return answers;
+}
+
+Message Dialogue_1_0::DescribeAll() {
+    Message descriptions = NewMessage("XML");
+    pugi::xml_node container = descriptions.Root().append_child("xmlFile");
+    for (const std::string& id : recordings_.Events()) {
+        const Event event = recordings_.Find(id);
+        container.append_child("string").text().set(event.Describe().c_str());
+        for (const std::string& file : event.Files()) {
+            outstanding_.emplace(id, file);
+        }
+    }
+    phase_ = Phase::Exporting;
+    return descriptions;
+}
+
+void Dialogue_1_0::StartFile(const Message& request) {
+    const FileId file(request.Get("path"), request.Get("file"));  // `path` carries the event
+    if (outstanding_.count(file) == 0) {
+        Object("GET_FILE for " + FileName(file) + ", which is not a file that is still to be transferred");
+        if (!Exists(file)) {
+            return;  // this dialect has no message for it
+        }
+    }
+    StartTransfer(file, false);
+}
+
+bool Dialogue_1_0::Exists(const FileId& file) const {
+    if (!recordings_.Has(file.first)) {
+        return false;
+    }
+    const std::vector<std::string> files = recordings_.Find(file.first).Files();
+    return std::find(files.begin(), files.end(), file.second) != files.end();
+}
+
+/// The list may start with events of earlier exports to the same harness: it never forgets them.
+void Dialogue_1_0::Complete(const Message& list) {
+    std::vector<std::string> listed;
+    for (const pugi::xml_node entry : list.Root().child("events").children("string")) {
+        listed.emplace_back(entry.text().get());
+    }
+    const std::vector<std::string>& events = recordings_.Events();
+    if (listed.size() < events.size() || !std::equal(events.rbegin(), events.rend(), listed.rbegin())) {
+        Object("EVENT_XFER_COMPLETE with a list of " + Counted(listed.size(), "event") +
+               " that does not end with the " + std::to_string(events.size()) + " of this export");
+    }
+    tally_.events = events.size();
+    phase_ = Phase::Completed;
+}
+
+}  // namespace rig

@@ -1,0 +1,174 @@
+#include "rig/dvr/dialogue/Dialogue_2_0.h"
+
+#include "rig/base/Printable.h"
+#include "rig/dvr/Failure.h"
+
+namespace rig {
+namespace {
+
+/// @return whether the text is a decimal number above 0
+bool IsPositiveNumber(const std::string& text) {
+    return text.find_first_not_of("0123456789") == std::string::npos &&
+           text.find_first_not_of('0') != std::string::npos;
+}
+
+}  // namespace
+
+Dialogue_2_0::Dialogue_2_0(const Recordings& recordings, const std::filesystem::path& failureMarker)
+    : Dialogue(recordings, Rules_2_0()), failureMarker_(failureMarker) {}
+
+std::vector<std::string> Dialogue_2_0::InPlace() const {
+    if (done_) {
+        return {};
+    }
+    if (IsTransferring()) {
+        return {"GET_FILE"};
+    }
+    switch (phase_) {
+        case Phase::Opening:
+            return {"UPDATE_SOFTWARE", "UPDATE_CONFIGURATION", "GET_EVENT_LIST"};
+        case Phase::UpdatingSoftware:
+            return {"UPDATE_CONFIGURATION", "GET_EVENT_LIST"};
+        case Phase::BetweenEvents:
+            if (acknowledged_.empty()) {
+                return {"NEXT_EVENT"};
+            }
+            return {"NEXT_EVENT", "DONE"};
+        case Phase::Exporting:
+            break;
+    }
+    if (outstanding_.empty()) {
+        return {"GET_FILE", "EVENT_XFER_COMPLETE"};
+    }
+    return {"GET_FILE"};
+}
+
+std::string Dialogue_2_0::Standing() const {
+    if (IsTransferring()) {
+        return TransferStanding();
+    }
+    switch (phase_) {
+        case Phase::Opening:
+            return "in answer to OK";
+        case Phase::UpdatingSoftware:
+            return "after UPDATE_SOFTWARE";
+        case Phase::BetweenEvents:
+            return "with no event in progress";
+        case Phase::Exporting:
+            break;
+    }
+    return OutstandingStanding(outstanding_.size()) + " from " + Quoted(event_.id);
+}
+
+std::vector<Message> Dialogue_2_0::React(const Message& message) {
+    std::vector<Message> answers;
+    if (message.Name() == "GET_FILE") {
+        return RequestFile(message);
+    }
+    if (message.Name() == "UPDATE_SOFTWARE") {
+        phase_ = Phase::UpdatingSoftware;
+        answers.push_back(NewMessage("SOFTWARE_UPDATE_CONFIRM"));
+    } else if (message.Name() == "UPDATE_CONFIGURATION") {
+        answers.push_back(RefuseConfiguration(message, "message"));
+    } else if (message.Name() == "GET_EVENT_LIST") {
+        answers.push_back(ListEvents());
+    } else if (message.Name() == "NEXT_EVENT") {
+        answers.push_back(DescribeEvent(message.Get("reid")));
+    } else if (message.Name() == "EVENT_XFER_COMPLETE") {
+        answers.push_back(AcknowledgeEvent(message.Get("reid")));
+    } else if (message.Name() == "DONE") {
+        End(message);
+    }
+    return answers;
+}
+
+Message Dialogue_2_0::ListEvents() {
+    Message list = NewMessage("EVENT_LIST");
+    list.Set("source", "velloran-rig");
+    pugi::xml_node container = list.Root().append_child("events");
+    for (const std::string& id : recordings_.Events()) {
+        container.append_child("event").text().set(id.c_str());
+    }
+    phase_ = Phase::BetweenEvents;
+    return list;
+}
+
+Message Dialogue_2_0::DescribeEvent(const std::string& reid) {
+    if (!recordings_.Has(reid)) {
+        return std::move(NewMessage("INVALID_EVENT").Set("reid", reid));
+    }
+    event_ = recordings_.Find(reid);
+    files_.clear();
+    for (const std::string& file : event_.Files()) {
+        files_.insert(file);
+        outstanding_.emplace(reid, file);
+    }
+    phase_ = Phase::Exporting;
+    Message description = NewMessage("EVENT");
+    description.Set("reid", reid);
+    description.Root().append_child("xmlFile").text().set(event_.Describe().c_str());
+    return description;
+}
+
+std::vector<Message> Dialogue_2_0::RequestFile(const Message& request) {
+    const FileId file(request.Get("reid"), request.Get("file"));
+    if (request.Get("path") != file.first) {
+        throw Breach("GET_FILE with path " + Quoted(request.Get("path")) + " and another reid, " +
+                     Quoted(file.first));
+    }
+    const auto rehash = request.Find("rehash");
+    if (rehash && *rehash != "true") {
+        throw Breach("GET_FILE with rehash " + Quoted(*rehash) + " instead of 'true'");
+    }
+    if (transfer_ && *transfer_ != file) {
+        Object("GET_FILE for " + FileName(file) + " " + TransferStanding());
+        transfer_.reset();
+    }
+    std::vector<Message> answers;
+    if (transfer_) {
+        answers.push_back(ReportFile("XFER_IN_PROGRESS", file));
+    } else if (!IsFileInProgress(file)) {
+        answers.push_back(ReportFile("INVALID_EVENT", file));
+    } else if (IsFailureWanted()) {
+        answers.push_back(ReportFile("TRANSPORT_EXCEPTION", file));
+    } else {
+        StartTransfer(file, rehash.has_value());
+    }
+    return answers;
+}
+
+/// A report echoes what was asked for, even if that is damaged.
+Message Dialogue_2_0::ReportFile(const char* name, const FileId& file) const {
+    return std::move(NewMessage(name).Set("reid", file.first).Set("file", file.second));
+}
+
+/// A file that is not of the event in progress is refused, even if another event has it.
+bool Dialogue_2_0::IsFileInProgress(const FileId& file) const {
+    return file.first == event_.id && files_.count(file.second) == 1;
+}
+
+bool Dialogue_2_0::IsFailureWanted() const {
+    std::error_code ignored;  // what cannot be looked at does not exist
+    return std::filesystem::exists(failureMarker_, ignored);
+}
+
+Message Dialogue_2_0::AcknowledgeEvent(const std::string& reid) {
+    if (reid != event_.id) {
+        Object("EVENT_XFER_COMPLETE for " + Quoted(reid) + " while " + Quoted(event_.id) + " is in progress");
+    }
+    acknowledged_.insert(reid);
+    tally_.events = acknowledged_.size();
+    phase_ = Phase::BetweenEvents;
+    return std::move(NewMessage("EVENT_XFER_ACK").Set("reid", reid));
+}
+
+void Dialogue_2_0::End(const Message& done) {
+    const auto duration = done.Find("duration");
+    if (duration && !IsPositiveNumber(*duration)) {
+        throw Breach("DONE with a duration of " + Quoted(*duration) +
+                     " instead of a number of minutes above 0");
+    }
+    done_ = true;
+}
+
+}  // namespace rig

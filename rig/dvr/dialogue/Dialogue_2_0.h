@@ -1,0 +1,46 @@
+#pragma once
+
+#include <filesystem>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "rig/dvr/dialogue/Dialogue.h"
+
+namespace rig {
+
+/// Protocol 2.0: a list of events, then event by event its description, its files and an acknowledgement,
+/// then DONE.
+class Dialogue_2_0 : public Dialogue {
+ public:
+    /// @param recordings     must outlive the dialogue
+    /// @param failureMarker  while this file exists, every transfer fails; checked at each request
+    Dialogue_2_0(const Recordings& recordings, const std::filesystem::path& failureMarker);
+
+    std::string Standing() const override;
+
+ protected:
+    std::vector<std::string> InPlace() const override;
+    std::vector<Message> React(const Message& message) override;
+
+ private:
+    enum class Phase { Opening, UpdatingSoftware, BetweenEvents, Exporting };
+
+    Message ListEvents();
+    Message DescribeEvent(const std::string& reid);
+    std::vector<Message> RequestFile(const Message& request);
+    Message AcknowledgeEvent(const std::string& reid);
+    void End(const Message& done);
+
+    Message ReportFile(const char* name, const FileId& file) const;
+    bool IsFileInProgress(const FileId& file) const;
+    bool IsFailureWanted() const;
+
+    std::filesystem::path failureMarker_;
+    Phase phase_ = Phase::Opening;
+    Event event_;                         // the event in progress, while exporting
+    std::set<std::string> files_;         // of that event
+    std::set<std::string> acknowledged_;  // events
+};
+
+}  // namespace rig

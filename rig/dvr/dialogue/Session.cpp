@@ -1,0 +1,157 @@
+#include "rig/dvr/dialogue/Session.h"
+
+#include "rig/base/Counted.h"
+#include "rig/base/Printable.h"
+#include "rig/dvr/Failure.h"
+
+namespace rig {
+
+Session::Session(Connection& connection, Dialogue& dialogue, Transcript& transcript,
+                 const SessionTimes& times)
+    : connection_(connection), dialogue_(dialogue), transcript_(transcript), times_(times) {}
+
+void Session::Misbehave(Injector& injector, const Endpoint& endpoint) {
+    injector_ = &injector;
+    endpoint_ = &endpoint;
+    dialogue_.Tolerate();
+}
+
+void Session::Run() {
+    Send(dialogue_.Open());
+    while (!dialogue_.IsDone() && !ended_) {
+        const std::string expected = dialogue_.Expected();
+        try {
+            Step();
+        } catch (const Breach& found) {
+            throw Breach("expected " + expected + ", found " + found.what());
+        }
+    }
+}
+
+void Session::Step() {
+    const auto deadline = transfer_ ? transfer_->NextLook() : Clock::now() + times_.silence;
+    const std::optional<std::string> text = connection_.Receive(deadline, times_.frame);
+    if (text) {
+        Answer(*text);
+    } else if (transfer_) {
+        CarryOnTransfer();
+    } else {
+        throw Failure(ExitStatus::NothingCame,
+                      "expected " + dialogue_.Expected() + ", found nothing within " +
+                          std::to_string(times_.silence.count()) + " ms " + dialogue_.Standing());
+    }
+}
+
+void Session::Inspect(const std::string& text) {
+    const ReceivedFrame& frame = connection_.Decoder().LastFrame();
+    sizeErrors_ += frame.announced == text.size() ? 0U : 1U;
+    if (wireCheck_ != nullptr) {
+        wireCheck_->Inspect(frame, text, transcript_);
+    } else if (frame.announced != text.size()) {
+        transcript_.Note("size error: announced " + std::to_string(frame.announced) + ", got " +
+                         std::to_string(text.size()));
+    }
+}
+
+std::string Session::WireSummary() const {
+    return (sizeErrors_ == 0 ? "" : "; " + Counted(sizeErrors_, "size error")) +
+           (wireCheck_ == nullptr ? "" : "; " + wireCheck_->Summary());
+}
+
+void Session::Answer(const std::string& text) {
+    Inspect(text);
+    const Message message = Message::Parse(text);
+    transcript_.Received(message);
+    std::vector<Message> answers = dialogue_.Handle(message);
+    for (const std::string& remark : dialogue_.TakeRemarks()) {
+        transcript_.Note("out of place: " + remark);
+    }
+    for (Message& answer : answers) {
+        Send(std::move(answer));
+    }
+    FollowTransfer();
+}
+
+/// Starts the transfer that the dialogue has started, and abandons one that it has abandoned.
+void Session::FollowTransfer() {
+    const auto& file = dialogue_.InTransfer();
+    if (transfer_ && file != transfer_->File()) {
+        transfer_.reset();
+    }
+    if (file && !transfer_) {
+        transfer_.emplace(*file, dialogue_.TransferLength(), times_.transfer, deliveryFolder_, Clock::now());
+    }
+}
+
+void Session::CarryOnTransfer() {
+    const auto now = Clock::now();
+    transfer_->Advance(now);
+    if (transfer_->IsOver()) {
+        transfer_.reset();
+        Send(dialogue_.FinishTransfer());
+    } else if (transfer_->IsLong(now)) {
+        transcript_.Progress(transfer_->File().second, transfer_->Done(), transfer_->Length());
+    }
+}
+
+void Session::Send(Message message) {
+    if (silent_ || ended_) {
+        return;
+    }
+    if (injector_ == nullptr) {
+        SendHonest(message);
+    } else {
+        SendDefective(std::move(message));
+    }
+}
+
+void Session::SendHonest(const Message& message) {
+    transcript_.Sent(message);
+    connection_.Send(EncodeFrame(message.Text()), times_.silence);
+}
+
+void Session::SendDefective(Message message) {
+    const std::string honest = Summarize(message);
+    const Outgoing outgoing = injector_->Prepare(std::move(message));
+    reconnects_ = reconnects_ || outgoing.reconnects;
+    if (outgoing.dropped) {
+        transcript_.Note("not sent: " + honest);
+    } else {
+        Transmit(outgoing);
+    }
+    silent_ = outgoing.silent;
+    if (outgoing.knocks) {
+        second_ = Connection::Open(*endpoint_, times_.frame);
+        transcript_.Note("opened a second connection");
+    }
+    EndAsTold(outgoing.end);
+}
+
+void Session::Transmit(const Outgoing& outgoing) {
+    const auto sendExtras = [&](const std::vector<Message>& extras) {
+        for (const Message& extra : extras) {
+            transcript_.Sent(extra, outgoing.defects);
+            connection_.Send(EncodeFrame(extra.Text()), times_.silence);
+        }
+    };
+    sendExtras(outgoing.before);
+    transcript_.Sent(outgoing.message, outgoing.defects);
+    connection_.Send(injector_->Frame(outgoing), times_.silence);
+    sendExtras(outgoing.after);
+}
+
+void Session::EndAsTold(Outgoing::End end) {
+    if (end == Outgoing::End::Keep) {
+        return;
+    }
+    if (end == Outgoing::End::Close) {
+        connection_.Close();
+    } else {
+        connection_.Reset();
+    }
+    ended_ = true;
+    transcript_.Note(end == Outgoing::End::Close ? "closed the connection, as told"
+                                                 : "reset the connection, as told");
+}
+
+}  // namespace rig

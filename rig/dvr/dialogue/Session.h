@@ -1,0 +1,90 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "rig/dvr/defects/Injector.h"
+#include "rig/dvr/dialogue/Dialogue.h"
+#include "rig/dvr/dialogue/Transfer.h"
+#include "rig/dvr/wire/Connection.h"
+#include "rig/dvr/wire/Transcript.h"
+#include "rig/dvr/wire/WireCheck.h"
+
+namespace rig {
+
+/// How long a session waits.
+struct SessionTimes {
+    Milliseconds silence{30'000};  // for the harness's next message, and for it to take one of ours
+    Milliseconds frame{5'000};     // for the next bytes of a message that has begun
+    TransferPace transfer;         // of each file
+};
+
+/// Drives one dialogue over one connection, and prints it.
+///
+/// Only the transfer's time distinguishes a second request for a file in transfer from a later one. The
+/// harness writes prefix and text separately and sets no socket option, so its second request can come some
+/// 40 ms after the first; the transfer must take well over that.
+class Session {
+ public:
+    /// All arguments must outlive the session.
+    Session(Connection& connection, Dialogue& dialogue, Transcript& transcript, const SessionTimes& times);
+
+    /// Lets defects act on what is sent. The dialogue then tolerates what they provoke. Both arguments must
+    /// outlive the session.
+    /// @param endpoint  where a second connection goes, if a defect opens one
+    void Misbehave(Injector& injector, const Endpoint& endpoint);
+
+    /// Copies each file as it is transferred.
+    /// @param folder  must outlive the session
+    void Deliver(const DeliveryFolder& folder) { deliveryFolder_ = &folder; }
+
+    /// Tolerates a message that is shorter than announced: answers what has come of it.
+    void AcceptSizeErrors() { connection_.Decoder().AcceptSizeErrors(); }
+
+    /// Has the harness's frames inspected. `check` must outlive the session.
+    void Check(WireCheck& check) { wireCheck_ = &check; }
+
+    /// Opens the dialogue and answers until it is done, or until a defect has ended the connection.
+    /// Throws Breach when the harness breaks the protocol or leaves early, with a text that says what was
+    /// expected and what was found, Failure (NothingCame) when it stays silent, and Failure (UsageError) when
+    /// a file cannot be read or copied.
+    void Run();
+
+    /// @return what was noticed about the harness's frames, for people, to append to another summary; empty
+    /// if nothing was looked for and nothing noticed
+    std::string WireSummary() const;
+
+    /// @return whether a defect asks to hold the dialogue once more, on a connection of its own
+    bool Reconnects() const { return reconnects_; }
+
+ private:
+    void Step();
+    void Inspect(const std::string& text);
+    void Answer(const std::string& text);
+    void FollowTransfer();
+    void CarryOnTransfer();
+
+    /// Every message of ours goes out here, and only here.
+    void Send(Message message);
+    void SendHonest(const Message& message);
+    void SendDefective(Message message);
+    void Transmit(const Outgoing& outgoing);
+    void EndAsTold(Outgoing::End end);
+
+    Connection& connection_;
+    Dialogue& dialogue_;
+    Transcript& transcript_;
+    SessionTimes times_;
+    const DeliveryFolder* deliveryFolder_ = nullptr;
+    std::optional<Transfer> transfer_;  // of the file that the dialogue has in transfer
+    Injector* injector_ = nullptr;
+    const Endpoint* endpoint_ = nullptr;
+    WireCheck* wireCheck_ = nullptr;
+    std::size_t sizeErrors_ = 0;  // messages that were not as long as announced
+    std::optional<Connection> second_;
+    bool silent_ = false;      // a defect forbids every further message
+    bool ended_ = false;       // a defect has ended the connection
+    bool reconnects_ = false;  // a defect asks for another session
+};
+
+}  // namespace rig

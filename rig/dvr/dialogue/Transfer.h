@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "rig/dvr/recordings/Delivery.h"
+#include "rig/dvr/wire/Connection.h"
+
+namespace rig {
+
+/// How long the transfer of a file takes.
+struct TransferPace {
+    Milliseconds each{200};  // unless there is a rate: however long the file is
+    std::uint64_t rate = 0;  // bytes per second; 0: none
+
+    /// @return the time for a file of so many bytes, at most 30 years
+    Clock::duration TimeFor(std::uint64_t length) const;
+};
+
+/// One file in transfer: how far it is at a given time, and its copy, if one is made. Whoever drives it calls
+/// Advance, at NextLook() or later, until it is over. It has no clock of its own.
+class Transfer {
+ public:
+    /// @param file    event and file name
+    /// @param length  bytes
+    /// @param folder  takes the copy; null: none is made. Must outlive the transfer.
+    /// Throws Failure (UsageError), as does Advance, when the copy cannot be made.
+    Transfer(const std::pair<std::string, std::string>& file, std::uint64_t length, const TransferPace& pace,
+             const DeliveryFolder* folder, Clock::time_point start);
+
+    /// Brings the transfer to where it should be at `now`. A copy that lags behind only catches up a bit, so
+    /// that there is time for other things, and prolongs the transfer. It gets its final name when the
+    /// transfer is over.
+    void Advance(Clock::time_point now);
+
+    /// @return when there is something to do again; nothing changes before then
+    Clock::time_point NextLook() const { return nextLook_; }
+
+    bool IsOver() const { return over_; }
+
+    const std::pair<std::string, std::string>& File() const { return file_; }
+    std::uint64_t Length() const { return length_; }
+    std::uint64_t Done() const { return done_; }  // bytes, of Length()
+
+    /// @return whether it takes so long that people should see its progress
+    bool IsLong(Clock::time_point now) const;
+
+ private:
+    std::uint64_t DueAt(Clock::time_point now) const;
+    bool CopyUpTo(std::uint64_t due);
+
+    std::pair<std::string, std::string> file_;
+    std::uint64_t length_;
+    std::uint64_t done_ = 0;  // bytes; those copied, if a copy is made
+    Clock::time_point start_;
+    Clock::duration time_;
+    Clock::time_point nextLook_;
+    std::optional<Delivery> copy_;
+    bool over_ = false;
+};
+
+}  // namespace rig

@@ -1,0 +1,220 @@
+#include "rig/dvr/wire/Connection.h"
+
+#include <fcntl.h>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <system_error>
+
+#include "rig/base/Printable.h"
+#include "rig/dvr/Failure.h"
+
+namespace rig {
+namespace {
+
+constexpr std::size_t kChunkBytes = std::size_t{64} * 1024;
+constexpr Milliseconds kRetryPause(50);
+constexpr Milliseconds kShortestAttempt(1000);
+
+[[noreturn]] void ThrowSystemError(const char* call) {
+    throw std::system_error(errno, std::generic_category(), call);
+}
+
+/// Waits until the descriptor is ready for `events`. @return whether it is by the deadline; always checks at
+/// least once
+bool WaitFor(int descriptor, short events, Clock::time_point deadline) {
+    for (;;) {
+        const auto left = std::chrono::ceil<Milliseconds>(deadline - Clock::now()).count();
+        pollfd waited{descriptor, events, 0};
+        const int ready = poll(&waited, 1, static_cast<int>(std::clamp<long long>(left, 0, 1000)));
+        if (ready == -1 && errno != EINTR) {
+            ThrowSystemError("poll");
+        }
+        if (ready > 0) {
+            return true;
+        }
+        if (left <= 0) {
+            return false;
+        }
+    }
+}
+
+/// A client that tries a local port where nobody listens can be given that very port and so connect to
+/// itself.
+bool IsConnectedToItself(int socket) {
+    sockaddr_storage own{};
+    sockaddr_storage peer{};
+    socklen_t ownSize = sizeof own;
+    socklen_t peerSize = sizeof peer;
+    return getsockname(socket, reinterpret_cast<sockaddr*>(&own), &ownSize) == 0 &&
+           getpeername(socket, reinterpret_cast<sockaddr*>(&peer), &peerSize) == 0 && ownSize == peerSize &&
+           std::memcmp(&own, &peer, ownSize) == 0;
+}
+
+/// One attempt at one address. @return the connected socket, or none with errno set
+Descriptor TryConnect(const addrinfo& address, Clock::time_point deadline) {
+    Descriptor attempt(
+        socket(address.ai_family, address.ai_socktype | SOCK_NONBLOCK | SOCK_CLOEXEC, address.ai_protocol));
+    if (!attempt.IsOpen()) {
+        return Descriptor();
+    }
+    int error = 0;
+    if (connect(attempt.Number(), address.ai_addr, address.ai_addrlen) == -1) {
+        error = errno;
+        if (error == EINPROGRESS) {
+            error = ETIMEDOUT;
+            socklen_t size = sizeof error;
+            if (WaitFor(attempt.Number(), POLLOUT, deadline)) {
+                getsockopt(attempt.Number(), SOL_SOCKET, SO_ERROR, &error, &size);
+            }
+        }
+    }
+    if (error == 0 && IsConnectedToItself(attempt.Number())) {
+        error = ECONNREFUSED;
+    }
+    errno = error;
+    return error == 0 ? std::move(attempt) : Descriptor();
+}
+
+}  // namespace
+
+Endpoint::Endpoint(const std::string& host, int port) : name_(host + ":" + std::to_string(port)) {
+    addrinfo hints{};
+    hints.ai_socktype = SOCK_STREAM;
+    hints.ai_flags = AI_NUMERICSERV;
+    const int error = getaddrinfo(host.c_str(), std::to_string(port).c_str(), &hints, &addresses_);
+    if (error != 0) {
+        throw Failure(ExitStatus::UsageError, "--host: expected a host that can be resolved, found " +
+                                                  Quoted(host) + ": " + gai_strerror(error));
+    }
+}
+
+Endpoint::~Endpoint() {
+    freeaddrinfo(addresses_);
+}
+
+Connection Connection::Open(const Endpoint& endpoint, Milliseconds wait) {
+    const auto start = Clock::now();
+    const auto deadline = start + wait;
+    for (;;) {
+        int error = 0;
+        for (const addrinfo* address = endpoint.Addresses(); address != nullptr; address = address->ai_next) {
+            Descriptor connected = TryConnect(*address, std::max(deadline, start + kShortestAttempt));
+            if (connected.IsOpen()) {
+                return Connection(std::move(connected));
+            }
+            error = errno;
+        }
+        if (Clock::now() >= deadline) {
+            throw Failure(ExitStatus::NothingCame,
+                          "expected the harness to listen at " + Printable(endpoint.Name()) + " within " +
+                              std::to_string(wait.count()) + " ms, found: " + std::strerror(error));
+        }
+        poll(nullptr, 0,
+             static_cast<int>(kRetryPause.count()));  // nothing tells us when someone starts to listen
+    }
+}
+
+Connection::Connection(Descriptor socket) : socket_(std::move(socket)), chunk_(kChunkBytes) {
+    const int flags = fcntl(socket_.Number(), F_GETFL);
+    if (flags == -1 || fcntl(socket_.Number(), F_SETFL, flags | O_NONBLOCK) == -1) {
+        ThrowSystemError("fcntl");
+    }
+    // Send an answer at once, even while an earlier one is unacknowledged. A local socket has no such option.
+    const int on = 1;
+    setsockopt(socket_.Number(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+}
+
+void Connection::SendInPieces(std::size_t bytes, Milliseconds pause) {
+    pieceBytes_ = bytes;
+    pause_ = pause;
+}
+
+void Connection::Send(const std::string& bytes, Milliseconds patience) {
+    for (std::size_t start = 0; start < bytes.size();) {
+        const std::size_t end = start + std::min(pieceBytes_, bytes.size() - start);
+        SendPart(bytes, start, end, patience);
+        if (end < bytes.size()) {
+            WaitFor(socket_.Number(), 0, Clock::now() + pause_);  // or until the connection has failed
+        }
+        start = end;
+    }
+}
+
+void Connection::SendPart(const std::string& bytes, std::size_t start, std::size_t end,
+                          Milliseconds patience) {
+    std::size_t sent = start;
+    while (sent < end) {
+        const ssize_t count = send(socket_.Number(), bytes.data() + sent, end - sent, MSG_NOSIGNAL);
+        if (count >= 0) {
+            sent += static_cast<std::size_t>(count);
+        } else if (errno == EPIPE || errno == ECONNRESET) {
+            throw Breach("the end of the connection when " + std::to_string(sent) + " of " +
+                         std::to_string(bytes.size()) + " bytes were sent");
+        } else if (errno == EAGAIN) {
+            if (!WaitFor(socket_.Number(), POLLOUT, Clock::now() + patience)) {
+                throw Failure(ExitStatus::NothingCame,
+                              "expected the harness to take " + std::to_string(bytes.size()) +
+                                  " bytes of a message, found that it took " + std::to_string(sent) +
+                                  " and then none for " + std::to_string(patience.count()) + " ms");
+            }
+        } else if (errno != EINTR) {
+            ThrowSystemError("send");
+        }
+    }
+}
+
+void Connection::Close() {
+    socket_ = Descriptor();
+}
+
+void Connection::Reset() {
+    const linger atOnce{1, 0};
+    setsockopt(socket_.Number(), SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+    Close();
+}
+
+std::optional<std::string> Connection::Receive(Clock::time_point deadline, Milliseconds framePatience) {
+    for (;;) {
+        if (std::optional<std::string> text = decoder_.Next()) {
+            return text;
+        }
+        const bool inside = decoder_.InsideFrame();
+        const bool came = WaitFor(socket_.Number(), POLLIN, inside ? Clock::now() + framePatience : deadline);
+        if (came && ReadSome()) {
+            continue;
+        }
+        if (std::optional<std::string> text = decoder_.GiveUp()) {
+            return text;
+        }
+        if (came) {
+            throw Breach("the end of the connection " +
+                         (inside ? "inside a message: " + decoder_.Progress() : "between two messages"));
+        }
+        if (inside) {
+            throw Breach("a message that stays unfinished for " + std::to_string(framePatience.count()) +
+                         " ms: " + decoder_.Progress());
+        }
+        return std::nullopt;
+    }
+}
+
+/// @return whether the connection goes on
+bool Connection::ReadSome() {
+    const ssize_t count = recv(socket_.Number(), chunk_.data(), chunk_.size(), 0);
+    if (count > 0) {
+        decoder_.Append(chunk_.data(), static_cast<std::size_t>(count));
+    } else if (count == -1 && errno != EAGAIN && errno != EINTR && errno != ECONNRESET) {
+        ThrowSystemError("recv");
+    }
+    ended_ = count == 0 || (count == -1 && errno == ECONNRESET);
+    return !ended_;
+}
+
+}  // namespace rig

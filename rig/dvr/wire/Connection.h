@@ -1,0 +1,86 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "rig/base/Descriptor.h"
+#include "rig/dvr/wire/Frame.h"
+
+struct addrinfo;
+
+namespace rig {
+
+using Clock = std::chrono::steady_clock;
+using Milliseconds = std::chrono::milliseconds;
+
+/// Where the harness listens.
+class Endpoint {
+ public:
+    /// Resolves the name or address at once. Throws Failure (UsageError) when that fails.
+    Endpoint(const std::string& host, int port);
+    ~Endpoint();
+    Endpoint(const Endpoint&) = delete;
+    Endpoint& operator=(const Endpoint&) = delete;
+
+    const addrinfo* Addresses() const { return addresses_; }  // never null; belongs to this object
+    const std::string& Name() const { return name_; }         // "host:port", for people
+
+ private:
+    std::string name_;
+    addrinfo* addresses_ = nullptr;
+};
+
+/// One TCP connection with the harness. Blocking towards its caller, but never without a limit.
+class Connection {
+ public:
+    /// Connects, trying again as long as nobody listens there, until `wait` has passed; at least once, for up
+    /// to a second. Throws Failure (NothingCame) when no connection was made.
+    static Connection Open(const Endpoint& endpoint, Milliseconds wait);
+
+    /// Takes over a connected stream socket.
+    explicit Connection(Descriptor socket);
+
+    /// From now on sends everything in pieces of so many bytes, the last one shorter, with a pause between
+    /// them; sending takes that much longer.
+    /// @param bytes  above 0
+    void SendInPieces(std::size_t bytes, Milliseconds pause);
+
+    /// Sends all bytes, in one piece if the system takes them so and no pieces are asked for: the harness
+    /// pauses after each piece it reads. Throws Breach when the harness has closed the connection, and
+    /// Failure (NothingCame) when it takes no byte for `patience`.
+    void Send(const std::string& bytes, Milliseconds patience);
+
+    /// Ends the connection: in order, or at once, losing what is unsent.
+    void Close();
+    void Reset();
+
+    /// Waits for one frame. A frame that has begun by the deadline may take longer, as long as no pause
+    /// between its bytes exceeds `framePatience`.
+    /// @return the frame's text; nothing when no frame began before the deadline
+    /// Throws Breach when the frame stays unfinished, when its prefix is bad and when the connection ends.
+    /// Once size errors are accepted, returns what has come of an unfinished frame instead.
+    std::optional<std::string> Receive(Clock::time_point deadline, Milliseconds framePatience);
+
+    /// Turns the bytes into frames; for settings and questions about that.
+    FrameDecoder& Decoder() { return decoder_; }
+
+    /// @return whether the harness has ended the connection, judging by what was received
+    bool HasEnded() const { return ended_; }
+
+ private:
+    void SendPart(const std::string& bytes, std::size_t start, std::size_t end, Milliseconds patience);
+    bool ReadSome();
+
+    Descriptor socket_;
+    FrameDecoder decoder_;
+    std::vector<char> chunk_;  // what one read takes in
+    std::size_t pieceBytes_ = SIZE_MAX;
+    Milliseconds pause_{0};  // between pieces
+    bool ended_ = false;
+};
+
+}  // namespace rig

@@ -1,0 +1,103 @@
+#include "rig/dvr/wire/Frame.h"
+
+#include <stdexcept>
+
+#include "rig/dvr/Failure.h"
+#include "rig/dvr/wire/DocumentEnd.h"
+
+namespace rig {
+namespace {
+
+/// @return how much of the text is its document. Blanks after it do not begin a frame.
+std::size_t SizeOfDocument(const std::string& text) {
+    const std::optional<std::size_t> end = DocumentEnd(text);
+    return end && text.find_first_not_of(" \t\r\n", *end) != std::string::npos ? *end : text.size();
+}
+
+}  // namespace
+
+std::string EncodePrefix(std::uint32_t length) {
+    std::string prefix;
+    while (length > 0x7f) {
+        prefix += static_cast<char>((length & 0x7f) | 0x80);
+        length >>= 7;
+    }
+    prefix += static_cast<char>(length);
+    return prefix;
+}
+
+std::string EncodeFrame(const std::string& text) {
+    if (text.size() > UINT32_MAX) {
+        throw std::length_error("a frame of 4 GiB or more cannot be announced");
+    }
+    return EncodePrefix(static_cast<std::uint32_t>(text.size())) + text;
+}
+
+void FrameDecoder::Append(const char* bytes, std::size_t count) {
+    bytes_.append(bytes, count);
+}
+
+std::optional<std::string> FrameDecoder::Next() {
+    if (!announced_ && !ReadPrefix()) {
+        return std::nullopt;
+    }
+    const std::size_t size = expected_ && expected_->announced == *announced_ ? expected_->size : *announced_;
+    if (bytes_.size() < size) {
+        return std::nullopt;
+    }
+    return Take(acceptsSizeErrors_ ? SizeOfDocument(bytes_.substr(0, size)) : size);
+}
+
+std::optional<std::string> FrameDecoder::GiveUp() {
+    if (!acceptsSizeErrors_ || !announced_) {
+        return std::nullopt;
+    }
+    return Take(SizeOfDocument(bytes_));
+}
+
+std::string FrameDecoder::Take(std::size_t size) {
+    std::string text = bytes_.substr(0, size);
+    bytes_.erase(0, size);
+    last_ = {prefix_, *announced_};
+    announced_.reset();
+    expected_.reset();
+    return text;
+}
+
+bool FrameDecoder::ReadPrefix() {
+    std::uint64_t length = 0;
+    for (std::size_t index = 0; index < bytes_.size() && index < kMaxPrefixBytes; ++index) {
+        const auto byte = static_cast<unsigned char>(bytes_[index]);
+        length |= static_cast<std::uint64_t>(byte & 0x7f) << (7 * index);
+        if ((byte & 0x80) == 0) {
+            if (length > kMaxTextBytes) {
+                throw Breach("a length prefix that announces " + std::to_string(length) + " bytes (at most " +
+                             std::to_string(kMaxTextBytes) + " are taken)");
+            }
+            prefix_ = bytes_.substr(0, index + 1);
+            bytes_.erase(0, index + 1);
+            announced_ = static_cast<std::size_t>(length);
+            return true;
+        }
+    }
+    if (bytes_.size() >= kMaxPrefixBytes) {
+        throw Breach("a length prefix of more than five bytes");
+    }
+    return false;
+}
+
+bool FrameDecoder::InsideFrame() const {
+    return announced_.has_value() || !bytes_.empty();
+}
+
+std::string FrameDecoder::Progress() const {
+    if (!announced_) {
+        return "an unfinished length prefix of " + std::to_string(bytes_.size()) + " bytes";
+    }
+    const std::size_t size = SizeOfDocument(bytes_);
+    const std::size_t rest = bytes_.size() - size;
+    return "announced " + std::to_string(*announced_) + ", got " + std::to_string(size) +
+           (rest > 0 ? " and " + std::to_string(rest) + " bytes behind the document's end" : "");
+}
+
+}  // namespace rig

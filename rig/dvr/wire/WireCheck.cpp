@@ -1,0 +1,198 @@
+#include "rig/dvr/wire/WireCheck.h"
+
+#include <algorithm>
+#include <pugixml.hpp>
+#include <vector>
+
+#include "rig/base/Counted.h"
+#include "rig/base/Printable.h"
+#include "rig/dvr/Failure.h"
+#include "rig/dvr/wire/DocumentEnd.h"
+#include "rig/dvr/wire/Skeleton.h"
+
+namespace rig {
+namespace {
+
+/// The attributes of a message in their order on the wire. Those from `optional` on may be missing.
+struct Layout {
+    int dialect;
+    const char* name;
+    std::vector<const char*> attributes;
+    std::size_t optional;
+};
+
+const std::vector<Layout>& Layouts() {
+    static const std::vector<Layout> layouts{
+        {1, "GET_XML", {"req"}, 1},
+        {1, "GET_FILE", {"req", "path", "file"}, 3},
+        {1, "EVENT_XFER_COMPLETE", {"req"}, 1},
+        {1, "DONE", {"req"}, 1},
+        {1, "UPDATE_CONFIGURATION", {"req", "txt"}, 2},
+        {2, "GET_EVENT_LIST", {"req", "protocolVersion"}, 2},
+        {2, "NEXT_EVENT", {"req", "reid", "protocolVersion"}, 3},
+        {2, "GET_FILE", {"req", "reid", "path", "file", "protocolVersion", "rehash"}, 5},
+        {2, "EVENT_XFER_COMPLETE", {"req", "reid", "protocolVersion"}, 3},
+        {2, "DONE", {"req", "protocolVersion", "duration"}, 2},
+        {2, "UPDATE_SOFTWARE", {"req", "path", "file", "protocolVersion"}, 4},
+        {2, "UPDATE_CONFIGURATION", {"req", "protocolVersion", "message"}, 3},
+    };
+    return layouts;
+}
+
+std::string Hex(const std::string& bytes) {
+    static const char* const kDigits = "0123456789abcdef";
+    std::string hex;
+    for (const char byte : bytes) {
+        const auto value = static_cast<unsigned char>(byte);
+        hex += (hex.empty() ? "" : " ") + std::string{kDigits[value >> 4], kDigits[value & 0xf]};
+    }
+    return hex;
+}
+
+template <typename Names>
+std::string Join(const Names& names) {
+    std::string joined;
+    for (const auto& name : names) {
+        joined += (joined.empty() ? "" : ", ") + Printable(name);
+    }
+    return joined.empty() ? "none" : joined;
+}
+
+std::string Fault(const std::string& expected, const std::string& found) {
+    return "expected " + expected + ", found " + found;
+}
+
+std::string SizeFault(const ReceivedFrame& frame, std::size_t size) {
+    return Fault("a prefix that announces the " + std::to_string(size) + " bytes of the text",
+                 "one that announces " + std::to_string(frame.announced));
+}
+
+std::string PrefixFault(const ReceivedFrame& frame) {
+    const std::string shortest = EncodePrefix(static_cast<std::uint32_t>(frame.announced));
+    return frame.prefix == shortest ? ""
+                                    : Fault("the prefix " + Hex(shortest) + ", the shortest form of " +
+                                                std::to_string(frame.announced),
+                                            Hex(frame.prefix));
+}
+
+/// Parses the text with everything that may surround the document's element.
+std::string DocumentFault(pugi::xml_document& document, const std::string& text) {
+    constexpr unsigned int kFlags = pugi::parse_full | pugi::parse_fragment | pugi::parse_ws_pcdata;
+    const std::string start = "'" + Excerpt(text) + "'";
+    const auto result = document.load_buffer(text.data(), text.size(), kFlags, pugi::encoding_utf8);
+    if (!result) {
+        return Fault("one XML document",
+                     result.description() + (" at byte " + std::to_string(result.offset)) + ": " + start);
+    }
+    if (text.empty() || text.front() != '<' || document.first_child().type() != pugi::node_element) {
+        return Fault("the document's element at the start of the text", start);
+    }
+    const std::size_t end = DocumentEnd(text).value_or(text.size());
+    if (end < text.size()) {
+        return Fault("nothing behind the document's element",
+                     std::to_string(text.size() - end) + " bytes: '" + Excerpt(text.substr(end)) + "'");
+    }
+    return "";
+}
+
+std::string PrintingFault(const pugi::xml_document& document, const std::string& text) {
+    const auto control = std::find_if(text.begin(), text.end(), [](char byte) {
+        return static_cast<unsigned char>(byte) < 0x20;  // a value's are printed as references
+    });
+    if (control != text.end()) {
+        return Fault("compact printing, without a line break", "the byte " + Hex(std::string(1, *control)) +
+                                                                   " at byte " +
+                                                                   std::to_string(control - text.begin()));
+    }
+    const std::string compact = SkeletonOf(document);
+    const std::string printed = SkeletonOf(text);
+    return compact == printed ? ""
+                              : Fault("compact printing, with values left out '" + Printable(compact) + "'",
+                                      "'" + Printable(printed) + "'");
+}
+
+std::vector<std::string> AttributesOf(const pugi::xml_node& element) {
+    std::vector<std::string> names;
+    for (const pugi::xml_attribute attribute : element.attributes()) {
+        names.emplace_back(attribute.name());
+    }
+    return names;
+}
+
+std::string AttributeFault(const std::string& name, const Layout& layout,
+                           const std::vector<std::string>& found) {
+    const auto optional = layout.attributes.begin() + static_cast<std::ptrdiff_t>(layout.optional);
+    std::vector<std::string> expected(layout.attributes.begin(), optional);
+    std::copy_if(optional, layout.attributes.end(), std::back_inserter(expected), [&](const char* attribute) {
+        return std::find(found.begin(), found.end(), attribute) != found.end();
+    });
+    return expected == found
+               ? ""
+               : Fault("the attributes of " + name + " in the order " + Join(expected), Join(found));
+}
+
+std::string MessageFault(const pugi::xml_node& root, int dialect) {
+    const std::string name = root.attribute("req").value();
+    if (root.name() != std::string("msg")) {
+        return Fault("an element 'msg'", Quoted(root.name()));
+    }
+    const auto layout = std::find_if(Layouts().begin(), Layouts().end(), [&](const Layout& candidate) {
+        return candidate.dialect == dialect && candidate.name == name;
+    });
+    if (layout == Layouts().end()) {
+        return Fault("a message of protocol " + std::to_string(dialect) + ".0", Quoted(name));
+    }
+    std::string fault = AttributeFault(name, *layout, AttributesOf(root));
+    const std::string version = root.attribute("protocolVersion").value();
+    if (!fault.empty() || dialect == 1 || version == "2.0") {
+        return fault;
+    }
+    return Fault(name + " with protocolVersion '2.0'", Quoted(version));
+}
+
+}  // namespace
+
+std::vector<std::string> FindWireFaults(const ReceivedFrame& frame, const std::string& text, int dialect) {
+    std::vector<std::string> faults;
+    if (frame.announced != text.size()) {
+        faults.push_back(SizeFault(frame, text.size()));
+    }
+    pugi::xml_document document;
+    std::string fault = PrefixFault(frame);
+    if (fault.empty()) {
+        fault = DocumentFault(document, text);
+    }
+    if (fault.empty()) {
+        fault = PrintingFault(document, text);
+    }
+    if (fault.empty()) {
+        fault = MessageFault(document.first_child(), dialect);
+    }
+    if (!fault.empty()) {
+        faults.push_back(fault);
+    }
+    return faults;
+}
+
+WireCheck::WireCheck(int dialect, bool tolerant) : dialect_(dialect), tolerant_(tolerant) {}
+
+void WireCheck::Inspect(const ReceivedFrame& frame, const std::string& text, Transcript& transcript) {
+    ++frames_;
+    const std::vector<std::string> faults = FindWireFaults(frame, text, dialect_);
+    wrong_ += faults.empty() ? 0U : 1U;
+    for (const std::string& fault : faults) {
+        const bool isSize = frame.announced != text.size() && fault == faults.front();
+        const std::string line = "wire check: frame " + std::to_string(frames_) + ": " + fault;
+        if (!tolerant_ && !isSize) {
+            throw Failure(ExitStatus::ProtocolBroken, line);
+        }
+        transcript.Note(line);
+    }
+}
+
+std::string WireCheck::Summary() const {
+    return "wire check: " + Counted(frames_, "frame") + ", " +
+           (wrong_ == 0 ? "none" : std::to_string(wrong_)) + " wrong";
+}
+
+}  // namespace rig

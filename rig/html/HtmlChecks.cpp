@@ -1,0 +1,121 @@
+#include "rig/html/HtmlChecks.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "rig/html/HtmlPage.h"
+
+namespace rig::report {
+namespace {
+
+void AddEvidence(pugi::xml_node cell, const CheckResult& check, const LogPlaces& places) {
+    if (check.evidence.empty()) {
+        return;
+    }
+    pugi::xml_node list = Add(cell, "ul", {}, "evidence");
+    for (const Evidence& line : check.evidence) {
+        pugi::xml_node item = Add(list, "li");
+        const std::string place = fmt::format("{}:{}", line.file, line.line);
+        if (const auto target = places.TargetOf(line)) {
+            AddLink(item, *target, place);
+        } else {
+            AddText(item, place);
+        }
+        AddText(item, " ");
+        Add(item, "code", line.text);
+        AddText(item, line.note.empty() ? "" : " " + line.note);
+    }
+}
+
+void AddCheck(pugi::xml_node body, const CheckResult& check, const LogPlaces& places,
+              const std::string& prefix) {
+    pugi::xml_node row = Add(body, "tr");
+    Set(row, "id", prefix + check.id);
+    AddVerdict(AddNamedCell(row, "Verdict"), check.verdict);
+    AddLink(AddRowHead(row, {}), "#" + prefix + check.id, check.id);
+    AddNamedCell(row, "Requirement", check.requirement);
+    AddNamedCell(row, "Expected", check.expected);
+    AddEvidence(AddNamedCell(row, "Found", check.found), check, places);
+}
+
+/// @return the checks of all runs, in order of first appearance
+std::vector<std::string> IdsOf(const Result& result) {
+    std::vector<std::string> ids;
+    for (const RunResult& run : result.runs) {
+        for (const CheckResult& check : run.checks) {
+            if (std::find(ids.begin(), ids.end(), check.id) == ids.end()) {
+                ids.push_back(check.id);
+            }
+        }
+    }
+    return ids;
+}
+
+void AddLetter(pugi::xml_node row, const RunResult& run, const std::string& id, const std::string& prefix) {
+    pugi::xml_node cell = Add(row, "td");
+    const auto check = std::find_if(run.checks.begin(), run.checks.end(),
+                                    [&id](const CheckResult& one) { return one.id == id; });
+    if (check == run.checks.end()) {
+        return;
+    }
+    AddVerdictLetter(cell, check->verdict, "#" + prefix + id);
+}
+
+}  // namespace
+
+std::string PrefixOf(std::size_t run) {
+    return run == 0 ? "" : fmt::format("run{}-", run + 1);
+}
+
+void AddChecks(pugi::xml_node section, const RunResult& run, const LogPlaces& places,
+               const std::string& prefix) {
+    std::vector<const CheckResult*> checks;
+    checks.reserve(run.checks.size());
+    for (const CheckResult& check : run.checks) {
+        checks.push_back(&check);
+    }
+    std::stable_sort(checks.begin(), checks.end(), [](const CheckResult* left, const CheckResult* right) {
+        return left->verdict > right->verdict;
+    });
+    pugi::xml_node body = AddTable(section, "Checks, the worst first",
+                                   {"Verdict", "Check", "Requirement", "Expected", "Found"});
+    Set(body.parent(), "class", "checks");
+    for (const CheckResult* check : checks) {
+        AddCheck(body, *check, places, prefix);
+    }
+}
+
+void AddTimings(pugi::xml_node section, const RunResult& run) {
+    pugi::xml_node body = AddTable(section, "Reaction of the DVR in ms, net of the harness's own pauses",
+                                   {"Request", "Count", "Median", "95 %", "99 %", "Longest"});
+    Set(body.parent(), "class", "numbers");
+    for (const Timing& timing : run.timings) {
+        pugi::xml_node row = Add(body, "tr");
+        AddRowHead(row, timing.request);
+        Add(row, "td", std::to_string(timing.count));
+        for (const double time : {timing.median, timing.percentile95, timing.percentile99, timing.longest}) {
+            Add(row, "td", fmt::format("{:.1f}", time));
+        }
+    }
+}
+
+void AddMatrix(pugi::xml_node section, const Result& result) {
+    std::vector<std::string> heads = {"Check"};
+    for (std::size_t run = 0; run < result.runs.size(); ++run) {
+        heads.push_back(std::to_string(run + 1));
+    }
+    pugi::xml_node body = AddTable(section, "Checks by run", heads);
+    Set(body.parent(), "class", "matrix");
+    for (const std::string& id : IdsOf(result)) {
+        pugi::xml_node row = Add(body, "tr");
+        AddRowHead(row, id);
+        for (std::size_t run = 0; run < result.runs.size(); ++run) {
+            AddLetter(row, result.runs[run], id, PrefixOf(run));
+        }
+    }
+    Add(section, "p", "P pass, F fail, I inconclusive, N not reached, E environment, K known failure",
+        "hint");
+}
+
+}  // namespace rig::report

@@ -1,0 +1,152 @@
+#include "rig/html/HtmlReport.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+
+#include "rig/base/Counted.h"
+#include "rig/html/HtmlChecks.h"
+#include "rig/html/HtmlLadder.h"
+#include "rig/html/HtmlLog.h"
+#include "rig/html/HtmlPage.h"
+#include "rig/result/Words.h"
+
+namespace rig::report {
+namespace {
+
+// What a browser opens within seconds; many runs share it, but each gets a fair share.
+constexpr std::size_t kLogLines = 100'000;
+constexpr std::size_t kFewestLogLines = 1'000;
+constexpr std::size_t kSteps = 10'000;
+constexpr std::size_t kFewestSteps = 200;
+
+using Counts = std::map<Verdict, std::size_t>;
+
+Counts CountsOf(const Result& result) {
+    Counts counts;
+    for (const RunResult& run : result.runs) {
+        for (const CheckResult& check : run.checks) {
+            ++counts[check.verdict];
+        }
+    }
+    return counts;
+}
+
+std::string Headline(const Result& result) {
+    Counts counts = CountsOf(result);
+    std::size_t sum = 0;
+    for (const auto& [verdict, count] : counts) {
+        sum += count;
+    }
+    const Verdict worst = WorstOf(result);
+    const std::string part = fmt::format("{} of {}", counts[worst], Counted(sum, "check"));
+    switch (worst) {
+        case Verdict::Pass:
+            return fmt::format("The DVR passed: {}", part);
+        case Verdict::KnownFailure:
+            return fmt::format("The DVR failed only as is known: {}", part);
+        case Verdict::NotReached:
+            return fmt::format("The export did not get far enough: {} not reached", part);
+        case Verdict::Inconclusive:
+            return fmt::format("The log cannot tell whether the DVR behaved: {} inconclusive", part);
+        case Verdict::Environment:
+            return fmt::format("The harness or the rig failed, not the DVR: {}", part);
+        case Verdict::Fail:
+            break;
+    }
+    return fmt::format("The DVR failed: {}", part);
+}
+
+void AddSummary(pugi::xml_node section, const Result& result) {
+    pugi::xml_node line = Add(section, "p", {}, "summary");
+    const Counts counts = CountsOf(result);
+    for (auto count = counts.rbegin(); count != counts.rend(); ++count) {
+        AddText(line, fmt::format("{} ", count->second));
+        AddVerdict(line, count->first);
+        AddText(line, " ");
+    }
+}
+
+void AddFacts(pugi::xml_node section, const RunResult& run) {
+    pugi::xml_node list = Add(section, "dl", {}, "facts");
+    AddFact(list, "Run", run.name);
+    AddFact(list, "Switches", "velloran " + run.switches);
+    AddFact(list, "Begin", run.begin ? Date(*run.begin) : "not in the log");
+    AddFact(list, "End", run.end ? Date(*run.end) : "not in the log");
+    if (run.begin && run.end) {
+        AddFact(list, "Duration", SecondsSince(run.begin, run.end) + " s");
+    }
+}
+
+/// Adds the heading of a part, and a link to it in the run's list of parts.
+void AddPart(pugi::xml_node section, pugi::xml_node parts, const char* heading, const std::string& anchor,
+             const char* title) {
+    AddLink(parts, "#" + anchor, title);
+    AddText(parts, " ");
+    Set(Add(section, heading, title), "id", anchor);
+}
+
+/// Adds everything about one run. @param heading the element of its headings
+void AddRun(pugi::xml_node section, const RunResult& run, std::size_t number, std::size_t runs,
+            const char* heading) {
+    const std::string prefix = PrefixOf(number);
+    const LogPlaces places(run, prefix, std::max(kFewestLogLines, kLogLines / runs));
+    AddFacts(section, run);
+    pugi::xml_node parts = Add(section, "nav");
+    Set(parts, "aria-label", "Parts of " + run.name);
+    AddPart(section, parts, heading, prefix + "checks", "Checks");
+    AddChecks(section, run, places, prefix);
+    if (!run.timings.empty()) {
+        AddPart(section, parts, heading, prefix + "timing", "Timing");
+        AddTimings(section, run);
+    }
+    if (!run.steps.empty()) {
+        AddPart(section, parts, heading, prefix + "dialogue", "Dialogue");
+        AddLadder(section, run, places, std::max(kFewestSteps, kSteps / runs));
+    }
+    if (!run.log.empty()) {
+        AddPart(section, parts, heading, prefix + "log", "Log");
+        AddLog(section, run, places, prefix);
+    }
+}
+
+void AddListOfRuns(pugi::xml_node main, const Result& result) {
+    pugi::xml_node body = AddTable(main, "Runs", {"Run", "Verdict", "Log", "Switches"});
+    for (std::size_t number = 0; number < result.runs.size(); ++number) {
+        const RunResult& run = result.runs[number];
+        pugi::xml_node row = Add(body, "tr");
+        AddLink(AddRowHead(row, {}), fmt::format("#run{}", number + 1), std::to_string(number + 1));
+        AddVerdict(Add(row, "td"), WorstOf(run));
+        Add(row, "td", run.name);
+        Add(row, "td", "velloran " + run.switches);
+    }
+}
+
+void AddRuns(pugi::xml_node main, const Result& result) {
+    AddListOfRuns(main, result);
+    AddMatrix(main, result);
+    for (std::size_t number = 0; number < result.runs.size(); ++number) {
+        const RunResult& run = result.runs[number];
+        pugi::xml_node section = Add(main, "section");
+        Set(section, "id", fmt::format("run{}", number + 1));
+        pugi::xml_node heading = Add(section, "h2", fmt::format("Run {}: {} ", number + 1, run.name));
+        AddVerdict(heading, WorstOf(run));
+        AddRun(section, run, number, result.runs.size(), "h3");
+    }
+}
+
+}  // namespace
+
+std::string HtmlReport(const Result& result) {
+    HtmlPage page(Headline(result));
+    AddSummary(page.Body(), result);
+    if (result.runs.size() == 1) {
+        AddRun(page.Body(), result.runs.front(), 0, 1, "h2");
+    } else {
+        AddRuns(page.Body(), result);
+    }
+    return page.Text();
+}
+
+}  // namespace rig::report

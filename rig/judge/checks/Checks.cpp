@@ -1,0 +1,49 @@
+#include "rig/judge/checks/Checks.h"
+
+namespace rig::judge {
+namespace {
+
+bool LacksAPart(const Run& run) {
+    return !run.hasStart || run.damaged.Any();
+}
+
+}  // namespace
+
+const std::vector<Check>& AllChecks() {
+    static const std::vector<Check> kChecks = [] {
+        std::vector<Check> all;
+        for (const auto* table : {&ConnectionChecks(), &MessageChecks(), &ExportChecks(), &FaultChecks(),
+                                  &SwitchChecks(), &TimingChecks()}) {
+            all.insert(all.end(), table->begin(), table->end());
+        }
+        return all;
+    }();
+    return kChecks;
+}
+
+Listing ListChecks() {
+    Listing listing{{"check", "requirement", "what in the log proves it"}, {}};
+    for (const Check& check : AllChecks()) {
+        listing.rows.push_back({check.id, check.requirement, check.proof});
+    }
+    return listing;
+}
+
+std::vector<report::CheckResult> JudgeRun(const Run& run, const Limits& limits) {
+    std::vector<report::CheckResult> results;
+    for (const Check& check : AllChecks()) {
+        if (!check.applies(run) || (check.needs == Needs::MaxReaction && !limits.maxReaction)) {
+            continue;
+        }
+        Finding finding = check.judge(run, limits);
+        if (check.needs == Needs::WholeLog && finding.verdict == report::Verdict::Fail && LacksAPart(run)) {
+            finding.verdict = report::Verdict::Inconclusive;
+            finding.found = "the log does not hold all of the run; as far as it goes, " + finding.found;
+        }
+        results.push_back({check.id, check.requirement, finding.verdict, std::move(finding.expected),
+                           std::move(finding.found), std::move(finding.evidence)});
+    }
+    return results;
+}
+
+}  // namespace rig::judge

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "rig/base/Listing.h"
+#include "rig/judge/Run.h"
+
+namespace rig::judge {
+
+/// What the judge is told besides the log.
+struct Limits {
+    double patience = 3;  // seconds after which a request without an answer counts as unanswered
+    std::optional<double> maxReaction;  // milliseconds
+};
+
+/// The verdict of one check, with what was expected and found.
+struct Finding {
+    report::Verdict verdict = report::Verdict::NotReached;
+    std::string expected;
+    std::string found;
+    std::vector<report::Evidence> evidence;
+};
+
+/// What a check needs besides a run that it concerns.
+enum class Needs {
+    Nothing,
+    WholeLog,    // it follows from all that went before: if the log lacks a part, it proves no failure
+    MaxReaction  // left out unless the user gives a limit
+};
+
+/// One thing that is required of the DVR. To add a check, add its function, a row in the table of one of the
+/// *Checks.cpp files, and its test.
+struct Check {
+    const char* id;           // stable: users write it into their lists
+    const char* requirement;  // one sentence
+    const char* proof;        // what in the log it goes by
+    bool (*applies)(const Run& run);
+    Finding (*judge)(const Run& run, const Limits& limits);
+    Needs needs = Needs::Nothing;
+};
+
+// The tables, by subject.
+const std::vector<Check>& ConnectionChecks();
+const std::vector<Check>& MessageChecks();
+const std::vector<Check>& ExportChecks();
+// Two for each switch: the fault was injected, the DVR reacted as it must.
+const std::vector<Check>& FaultChecks();   // -e -f -t -r -x -s
+const std::vector<Check>& SwitchChecks();  // -u -g -z -c -d
+const std::vector<Check>& TimingChecks();
+
+/// @return all checks, in the order in which reports show them
+const std::vector<Check>& AllChecks();
+
+/// @return the checks for --list-checks and the documentation
+Listing ListChecks();
+
+/// Applies all checks that concern the run.
+std::vector<report::CheckResult> JudgeRun(const Run& run, const Limits& limits);
+
+}  // namespace rig::judge

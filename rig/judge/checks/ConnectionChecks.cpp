@@ -1,0 +1,158 @@
+#include "rig/judge/Findings.h"
+#include "rig/judge/checks/Checks.h"
+
+namespace rig::judge {
+namespace {
+
+using report::Verdict;
+
+bool IsKnownEnd(const Run& run) {
+    return (run.doneSent.Any() && !run.isExporting) || run.Saw(Sign::ShuttingDown);
+}
+
+bool Holds(const report::Evidence& line, const char* text) {
+    return line.text.find(text) != std::string::npos;
+}
+
+/// @return whether the harness aborted because another connection came while it served one
+bool IsSecondConnection(const report::Evidence& assertion) {
+    return Holds(assertion, "FD_ISSET(g_clientFd") || Holds(assertion, "select(g_serverFd+g_clientFd+1");
+}
+
+/// @return whether the harness aborted for something that the DVR sent or did
+bool IsForTheDvr(const report::Evidence& assertion) {
+    return IsSecondConnection(assertion) || Holds(assertion, "expectedSize not_eq -1") ||
+           Holds(assertion, "readBytes == expectedSize") || Holds(assertion, ".Error()") ||
+           Holds(assertion, "writelen == ");
+}
+
+Finding HasStart(const Run& run, const Limits& /*limits*/) {
+    const std::string expected = "the switches, or the line \"Connected to: \"";
+    return run.hasStart
+               ? Pass(expected, "the start of the run")
+               : Inconclusive(expected, "the log begins in the middle of a run: its switches are unknown");
+}
+
+Finding HarnessRan(const Run& run, const Limits& /*limits*/) {
+    const std::string expected = "a harness that serves until it is interrupted";
+    if (run.Saw(Sign::BindFailed)) {
+        return {Verdict::Environment, expected, "port 5001 was taken", run.Of(Sign::BindFailed).Lines()};
+    }
+    if (run.Saw(Sign::NoSignalHandler)) {
+        return {Verdict::Environment, expected, "no handler for SIGINT",
+                run.Of(Sign::NoSignalHandler).Lines()};
+    }
+    for (const report::Evidence& assertion : run.assertions.Lines()) {
+        if (!IsForTheDvr(assertion)) {
+            return {Verdict::Environment, expected, "it aborted for a reason of its own", {assertion}};
+        }
+    }
+    if (run.markerFailures.Any()) {
+        return {Verdict::Environment, expected,
+                "its shell could not make the failure marker: /mnt/hd is missing or cannot be written",
+                run.markerFailures.Lines()};
+    }
+    return Pass(expected, "no failure of the harness itself");
+}
+
+Finding LogIsWhole(const Run& run, const Limits& /*limits*/) {
+    const std::string expected = "every message whole, and the end of the run";
+    if (run.damaged.Any()) {
+        return Inconclusive(expected, "messages of which the log holds a part only", run.damaged);
+    }
+    if (run.HarnessEnded()) {
+        return Pass(expected, "the log ends where the harness aborts for what the DVR did", run.assertions);
+    }
+    if (IsKnownEnd(run) || run.Saw(Sign::BindFailed) || run.Saw(Sign::NoSignalHandler)) {
+        return Pass(expected, "both");
+    }
+    return run.last == Sign::HeaderByte
+               ? Inconclusive(
+                     expected,
+                     "the log ends behind a request: it was cut, or the harness still runs, was "
+                     "killed, or was ended by SIGPIPE (status 141), as it is when the DVR closes the "
+                     "connection instead of waiting for the request")
+               : Inconclusive(expected,
+                              "the log ends before DONE and without \"shutting down\": it was cut, or the "
+                              "harness was killed, aborted or still runs");
+}
+
+Finding ConnectionMade(const Run& run, const Limits& limits) {
+    const std::string expected = "a connection of the DVR";
+    if (run.Saw(Sign::Connected) || run.Saw(Sign::Expecting)) {
+        return Pass(expected, "connected", run.Of(Sign::Connected));
+    }
+    if (run.Saw(Sign::BindFailed) || run.Saw(Sign::NoSignalHandler)) {
+        return NotReached(expected, "the harness could not listen");
+    }
+    return RanForLong(run, limits) ? Fail(expected, "no DVR connected until the harness was interrupted",
+                                          run.Of(Sign::ShuttingDown))
+                                   : Inconclusive(expected, "none yet when the log ends");
+}
+
+Finding ConnectionOpened(const Run& run, const Limits& limits) {
+    const std::string expected = "OK as the first message";
+    if (run.openedByOk) {
+        return Pass(expected, "OK", run.Of(Sign::Opening));
+    }
+    if (!run.hasStart) {
+        return Inconclusive(expected, "the log begins behind the opening");
+    }
+    if (run.Saw(Sign::NoRequest)) {
+        return Fail(expected, "a message without req", run.Of(Sign::NoRequest));
+    }
+    if (!run.received.empty()) {
+        return Fail(expected, "another message", run.received.begin()->second);
+    }
+    if (run.Saw(Sign::Connected) && RanForLong(run, limits) && !run.HarnessEnded()) {
+        return Fail(expected, "the DVR connected and sent nothing", run.Of(Sign::Connected));
+    }
+    return NotReached(expected, "no message that could be read");
+}
+
+Finding ConnectionKept(const Run& run, const Limits& /*limits*/) {
+    const std::string expected = "one connection, kept until DONE, ended nowhere inside a message";
+    const bool isDone = run.doneSent.Any() && !run.isExporting;
+    for (const report::Evidence& assertion : run.assertions.Lines()) {
+        if (!isDone && IsSecondConnection(assertion)) {
+            return Fail(expected, "the DVR opened a second connection while the first was served",
+                        run.assertions);
+        }
+    }
+    const Tally none;
+    return NoneOf(
+        {{run.Of(Sign::TextReadError), "the DVR reset the connection inside a message"},
+         {run.Of(Sign::EndInsideText),
+          "the DVR ended the connection inside a message, or announced more than it sent"},
+         {isDone ? none : run.Of(Sign::PrefixReadError), "the DVR reset the connection before the end"},
+         {isDone ? none : run.Of(Sign::SendFailed),
+          "the DVR ended the connection instead of waiting for "
+          "the harness's message"}},
+        run.Saw(Sign::Connected) || run.Saw(Sign::Expecting), expected, "no connection");
+}
+
+}  // namespace
+
+const std::vector<Check>& ConnectionChecks() {
+    static const std::vector<Check> kChecks = {
+        {"log.start", "The log holds the start of the run.", "the switches echoed, or \"Connected to: \"",
+         Always, HasStart},
+        {"log.whole", "The log holds the run to its end.",
+         "\"Sending DONE\", \"shutting down\" or an assertion at the end; slices of every message without a "
+         "gap",
+         Always, LogIsWhole},
+        {"harness.ran", "The harness could do its part.",
+         "\"bind failed: \", \"Could not install SIGINT handler\", an assertion that is not about the DVR, "
+         "the shell's complaint about the marker",
+         Always, HarnessRan},
+        {"connection.made", "The DVR connects.", "\"Connected to: \"", Always, ConnectionMade,
+         Needs::WholeLog},
+        {"connection.opened", "The DVR opens the dialogue with OK.",
+         "\"got an OK, sending \" as the first reaction", Always, ConnectionOpened, Needs::WholeLog},
+        {"connection.kept", "The DVR keeps its one connection until the export is done.",
+         "\"EOF at: \", read errors, an assertion about a second connection", AsksWhole, ConnectionKept},
+    };
+    return kChecks;
+}
+
+}  // namespace rig::judge

@@ -1,0 +1,162 @@
+#include <fmt/format.h>
+
+#include "rig/judge/Findings.h"
+#include "rig/judge/checks/Checks.h"
+
+namespace rig::judge {
+namespace {
+
+bool ProvokesReports(const Run& run) {
+    const bool isProvoked = run.Saw(Sign::EventSwitch) || run.Saw(Sign::FileSwitch) ||
+                            run.Saw(Sign::TransportSwitch) || run.Saw(Sign::XferSwitch);
+    const bool isReported = run.Received("INVALID_EVENT") + run.Received("TRANSPORT_EXCEPTION") +
+                                run.Received("XFER_IN_PROGRESS") >
+                            0;
+    return IsSecondDialect(run) && (isProvoked || isReported);
+}
+
+Finding EventListSource(const Run& run, const Limits& /*limits*/) {
+    return NoneOf({{run.Of(Sign::NoSource), "EVENT_LIST without source"}}, run.Received("EVENT_LIST") > 0,
+                  "source in EVENT_LIST", "no EVENT_LIST");
+}
+
+Finding EventListEvents(const Run& run, const Limits& /*limits*/) {
+    const std::string expected = "an identifier for each event in EVENT_LIST";
+    if (run.Saw(Sign::NoEvents)) {
+        return Inconclusive(expected,
+                            "no event was listed: the log cannot tell whether the DVR has none, and nothing "
+                            "was exported",
+                            run.Of(Sign::NoEvents));
+    }
+    return NoneOf({{run.Of(Sign::EventWithoutText), "an event without identifier in EVENT_LIST"},
+                   {run.Of(Sign::NoEventTag), "EVENT_LIST without events"}},
+                  run.Received("EVENT_LIST") > 0, expected, "no EVENT_LIST");
+}
+
+Finding EventsOnce(const Run& run, const Limits& /*limits*/) {
+    const bool reached = run.Received("EVENT_LIST") + run.Received("XML") > 0;
+    return NoneOf({{run.doubledEvents, "an event that stands twice in one list"}}, reached,
+                  "each event once in the list", "no list");
+}
+
+Finding EventReid(const Run& run, const Limits& /*limits*/) {
+    return NoneOf({{run.otherEvent, "EVENT about another event than the one asked for, or about none"}},
+                  run.Received("EVENT") > 0, "the reid asked for in EVENT", "no EVENT");
+}
+
+Finding Description(const Run& run, const Limits& /*limits*/) {
+    return NoneOf(
+        {{run.Of(Sign::NoDescription), "EVENT without xmlFile"},
+         {run.Of(Sign::EmptyDescription), "EVENT with an empty xmlFile"},
+         {run.noDescriptions, "XML without xmlFile"},
+         {run.Of(Sign::DescriptionWithoutReid), "a description without reid"},
+         {run.Of(Sign::DescriptionReidWrong), "a description of another event than the one asked for"},
+         {run.noEvent, "a description that is empty, or of something else than an event"},
+         {run.namelessFiles, "a description of a file without name, for which the harness aborts"}},
+        run.Received("EVENT") + run.Received("XML") > 0,
+        "a description with the event's reid and a name for each file", "no description");
+}
+
+Finding DescriptionFiles(const Run& run, const Limits& /*limits*/) {
+    const Tally none;
+    const bool isWrong = run.Saw(Sign::EventReidWrong) || run.Saw(Sign::NoDescription) ||
+                         run.Saw(Sign::EmptyDescription) || run.noEvent.Any();
+    return NoneOf({{isWrong ? none : run.Of(Sign::EventWithoutFiles), "a description without files"},
+                   {run.noFiles, "a description without files"}},
+                  run.Received("EVENT") + run.Received("XML") > 0, "at least one file for each event",
+                  "no description");
+}
+
+Finding FileAttributes(const Run& run, const Limits& /*limits*/) {
+    return NoneOf({{run.Of(Sign::FileWithoutNames), "FILE_COMPLETE without reid or without file"}},
+                  run.Received("FILE_COMPLETE") > 0, "reid and file in FILE_COMPLETE", "no FILE_COMPLETE");
+}
+
+Finding FileIdentity(const Run& run, const Limits& limits) {
+    const std::string expected = "each file completed once, in the order of the requests";
+    const Tally unanswered = Unanswered(run, "GET_FILE", limits);
+    const bool isOpen = !unanswered.Any() && IsWaiting(run, "GET_FILE");
+    return NoneOf({{run.completedAgain, "a file completed twice"},
+                   {run.otherFile, "FILE_COMPLETE about another file than the one asked for"},
+                   {unanswered, "a file that was never completed"}},
+                  run.Received("FILE_COMPLETE") > 0 && !isOpen, expected,
+                  isOpen ? "the log ends before a file was complete" : "no file was asked for");
+}
+
+Finding AckReid(const Run& run, const Limits& limits) {
+    const Tally unanswered = Unanswered(run, "EVENT_XFER_COMPLETE", limits);
+    const bool isOpen = !unanswered.Any() && IsWaiting(run, "EVENT_XFER_COMPLETE");
+    return NoneOf({{run.Of(Sign::AckWithoutReid), "EVENT_XFER_ACK without reid"},
+                   {run.otherAck, "EVENT_XFER_ACK for another event than the one that was complete"},
+                   {unanswered, "an event that was never acknowledged"}},
+                  run.Received("EVENT_XFER_ACK") > 0 && !isOpen, "the event's reid in EVENT_XFER_ACK",
+                  isOpen ? "the log ends before an event was acknowledged" : "no event was complete");
+}
+
+Finding ReportReid(const Run& run, const Limits& /*limits*/) {
+    const bool reached = run.Received("INVALID_EVENT") + run.Received("TRANSPORT_EXCEPTION") +
+                             run.Received("XFER_IN_PROGRESS") >
+                         0;
+    return NoneOf({{run.reportWithoutReid, "the report of a fault without reid"},
+                   {run.otherReid, "the report of a fault about another event than the request"}},
+                  reached, "the reid of the request in each report of a fault", "no report");
+}
+
+Finding ExportDone(const Run& run, const Limits& limits) {
+    const std::string expected = "an export that ends with DONE";
+    if (run.doneSent.Any() && !run.isExporting) {
+        return Pass(expected, "DONE", run.Of(Sign::SendingDone));
+    }
+    if (!run.pending.empty() && IsUnanswered(run, run.pending.front(), limits)) {
+        const Request& request = run.pending.front();
+        return Fail(expected,
+                    request.isMistaken ? "the export stopped where the only " + request.expects +
+                                             " was one that the harness ignores"
+                                       : "the export stopped where no " + request.expects + " came",
+                    run.Of(Sign::ShuttingDown));
+    }
+    return NotReached(expected, "the log ends before");
+}
+
+}  // namespace
+
+const std::vector<Check>& ExportChecks() {
+    static const std::vector<Check> kChecks = {
+        {"event-list.source", "EVENT_LIST names its source.",
+         "\"'source' attribute missing from EVENT_LIST message\"", IsSecondDialect, EventListSource},
+        {"event-list.events", "EVENT_LIST names every event.",
+         "\"'event' found with no text\", \"could not find 'event' tag in EVENT_LIST message\", \"Got "
+         "EVENT_LIST message with no events\"",
+         IsSecondDialect, EventListEvents},
+        {"event-list.once", "No event is listed twice.", "the identifiers in the list", IsExport, EventsOnce},
+        {"event.reid", "EVENT is about the event asked for.",
+         "\"Handle_EVENT_msg: 'reid' attribute incorrect: \", reid against the request", IsSecondDialect,
+         EventReid},
+        {"event.description", "The description of an event is complete.",
+         "\"EVENT message does not contain 'xmlFile' tag\", \"EVENT message 'xmlFile' tag does not contain "
+         "data\", \"Escaped XML for event contains no REID\", \"Found event with no REID\", "
+         "\"Handle_EVENT_msg: 'reid' in escaped XML incorrect: \", the description itself",
+         IsExport, Description},
+        {"event.files", "An event has files.",
+         "\"Got EVENT message with no files to receive\", the description itself", IsExport,
+         DescriptionFiles},
+        {"file-complete.attributes", "FILE_COMPLETE names event and file.",
+         "\"Got FILE_COMPLETE without both reid and file\"", IsExport, FileAttributes},
+        {"file-complete.identity", "Every file requested is completed once, in order.",
+         "\"invalid file in FILE_COMPLETE: \", FILE_COMPLETE against the requests", IsExport, FileIdentity,
+         Needs::WholeLog},
+        {"event-ack.reid", "Every event is acknowledged under its own identifier.",
+         "\"Got EVENT_XFER_ACK with no reid attribute\", \"In EVENT_XFER_ACK, got unexpected reid: \", a "
+         "report without its acknowledgement",
+         IsSecondDialect, AckReid, Needs::WholeLog},
+        {"fault-report.reid", "The report of a fault names the event of the request.",
+         "\"'reid' attribute missing from \" INVALID_EVENT, TRANSPORT_EXCEPTION or XFER_IN_PROGRESS; "
+         "\"'reid' attribute does not match expected: \"; reid against the request",
+         ProvokesReports, ReportReid, Needs::WholeLog},
+        {"export.done", "The export ends with DONE.", "\"Sending DONE\"", IsExport, ExportDone,
+         Needs::WholeLog},
+    };
+    return kChecks;
+}
+
+}  // namespace rig::judge

@@ -1,0 +1,160 @@
+#include <fmt/format.h>
+
+#include "rig/judge/Findings.h"
+#include "rig/judge/checks/Checks.h"
+
+namespace rig::judge {
+namespace {
+
+Finding Fired(const Run& run, Fault fault) {
+    if (run.Of(fault).fired.Any()) {
+        return Pass(kFired, "injected", run.Of(fault).fired);
+    }
+    if (fault == Fault::Rehash && run.Saw(Sign::XferSwitch) && run.Saw(Sign::RehashFault)) {
+        return NotInjected(run, "with -r and -x together the request with rehash=\"true\" does not go out");
+    }
+    const bool isFileFault = fault != Fault::Event && fault != Fault::Pause;
+    if (isFileFault && run.Received("EVENT") > 0 && !run.hasLargeEvent) {
+        return NotInjected(run, "no event had two files or more");
+    }
+    return NotInjected(run, "the dialogue did not come to it");
+}
+
+Finding Answered(const Run& run, Fault fault, const std::string& expected, const Limits& limits) {
+    const FaultRecord& record = run.Of(fault);
+    if (!record.fired.Any()) {
+        return NotReached(expected, "the fault was never injected");
+    }
+    if (record.wrong.Any()) {
+        return Fail(expected, Words("an answer as if nothing were wrong", record.wrong), record.wrong);
+    }
+    if (record.answered.Any()) {
+        return Pass(expected, "it came", record.answered);
+    }
+    for (const Request& request : run.pending) {
+        if (request.fault == fault && IsUnanswered(run, request, limits)) {
+            return Fail(expected, "the DVR sent nothing of the kind", record.fired);
+        }
+    }
+    return NotReached(expected, "the log ends before an answer came");
+}
+
+Finding EventFired(const Run& run, const Limits& /*limits*/) {
+    return Fired(run, Fault::Event);
+}
+Finding EventAnswered(const Run& run, const Limits& limits) {
+    return Answered(run, Fault::Event, "INVALID_EVENT to the damaged identifier", limits);
+}
+Finding FileEventFired(const Run& run, const Limits& /*limits*/) {
+    return Fired(run, Fault::FileEvent);
+}
+Finding FileEventAnswered(const Run& run, const Limits& limits) {
+    return Answered(run, Fault::FileEvent, "INVALID_EVENT to the file of a damaged identifier", limits);
+}
+Finding FileNameFired(const Run& run, const Limits& /*limits*/) {
+    return Fired(run, Fault::FileName);
+}
+Finding FileNameAnswered(const Run& run, const Limits& limits) {
+    return Answered(run, Fault::FileName, "INVALID_EVENT to the damaged file name", limits);
+}
+Finding TransportFired(const Run& run, const Limits& /*limits*/) {
+    return run.markerFailures.Any() ? NotInjected(run, "the failure marker could not be made")
+                                    : Fired(run, Fault::Transport);
+}
+Finding TransportAnswered(const Run& run, const Limits& limits) {
+    if (run.markerFailures.Any()) {
+        return NotReached("TRANSPORT_EXCEPTION while the failure marker exists", "the marker never existed");
+    }
+    return Answered(run, Fault::Transport, "TRANSPORT_EXCEPTION while the failure marker exists", limits);
+}
+Finding XferFired(const Run& run, const Limits& /*limits*/) {
+    return Fired(run, Fault::Xfer);
+}
+Finding XferAnswered(const Run& run, const Limits& limits) {
+    return Answered(run, Fault::Xfer, "XFER_IN_PROGRESS to the second of two requests", limits);
+}
+Finding PauseFired(const Run& run, const Limits& /*limits*/) {
+    return run.Of(Fault::Pause).fired.Any() || run.Received("EVENT") == 0
+               ? Fired(run, Fault::Pause)
+               : NotInjected(run, "no event had three files or more");
+}
+Finding PauseAnswered(const Run& run, const Limits& limits) {
+    return Answered(run, Fault::Pause, "an export that goes on after the harness's pauses", limits);
+}
+
+Finding RehashFired(const Run& run, const Limits& /*limits*/) {
+    return Fired(run, Fault::Rehash);
+}
+Finding RehashAttributes(const Run& run, const Limits& /*limits*/) {
+    if (!run.Of(Fault::Rehash).fired.Any()) {
+        return NotReached("hashCode and length when a new hash is asked for", "it was never asked for");
+    }
+    return NoneOf({{run.Of(Sign::NoHash), "an answer without hashCode"},
+                   {run.Of(Sign::NoLength), "an answer without length"}},
+                  run.Saw(Sign::SameHash) || run.Saw(Sign::NewHash),
+                  "hashCode and length when a new hash is asked for", "no answer");
+}
+Finding RehashSame(const Run& run, const Limits& /*limits*/) {
+    const std::string expected = "the same hash, or a report that it is a new one";
+    if (!run.Of(Fault::Rehash).fired.Any()) {
+        return NotReached(expected, "a new hash was never asked for");
+    }
+    if (run.Saw(Sign::NewHash)) {
+        return Inconclusive(expected,
+                            "a new hash, reported as one: right if the recording changed, or its old hash "
+                            "was wrong; the DVR's fault if neither, which the log cannot tell",
+                            run.Of(Sign::NewHash));
+    }
+    return run.Saw(Sign::SameHash) ? Pass(expected, "the same hash", run.Of(Sign::SameHash))
+                                   : NotReached(expected, "no two hashes to compare");
+}
+
+}  // namespace
+
+const std::vector<Check>& FaultChecks() {
+    static const std::vector<Check> kChecks = {
+        {"invalid-event.fired", kFiredSentence,
+         "\"processing 'invalidEvent' option [event]\", and the request that follows",
+         With<Sign::EventSwitch>, EventFired},
+        {"invalid-event.answer", "The DVR refuses an event that it does not have.",
+         "INVALID_EVENT, or EVENT instead, as the next answer", With<Sign::EventSwitch>, EventAnswered,
+         Needs::WholeLog},
+        {"invalid-file.fired-event", kFiredSentence,
+         "\"processing 'invalidFile' option, cnt=\", the first time", With<Sign::FileSwitch>, FileEventFired},
+        {"invalid-file.answer-event", "The DVR refuses a file of an event that it does not have.",
+         "INVALID_EVENT, or FILE_COMPLETE instead, as the next answer", With<Sign::FileSwitch>,
+         FileEventAnswered, Needs::WholeLog},
+        {"invalid-file.fired-name", kFiredSentence,
+         "\"processing 'invalidFile' option, cnt=\", the second time", With<Sign::FileSwitch>, FileNameFired},
+        {"invalid-file.answer-name", "The DVR refuses a file that it does not have.",
+         "INVALID_EVENT, or FILE_COMPLETE instead, as the next answer", With<Sign::FileSwitch>,
+         FileNameAnswered, Needs::WholeLog},
+        {"transport.fired", kFiredSentence,
+         "\"processing 'transportException' option\"; the shell's complaint where the marker cannot be made",
+         With<Sign::TransportSwitch>, TransportFired},
+        {"transport.answer", "The DVR reports a transfer that fails.",
+         "TRANSPORT_EXCEPTION, or FILE_COMPLETE instead, as the next answer", With<Sign::TransportSwitch>,
+         TransportAnswered, Needs::WholeLog},
+        {"rehash.fired", kFiredSentence, "\"processing 'rehash' option\", and the request that follows",
+         With<Sign::RehashSwitch>, RehashFired},
+        {"rehash.attributes", "The DVR gives hash and length when a new hash is asked for.",
+         "\"'hashCode' attribute not present when requested\", \"'length' attribute not present when "
+         "requested\"",
+         With<Sign::RehashSwitch>, RehashAttributes},
+        {"rehash.same-hash", "A hash made anew equals the old one, or is reported as new.",
+         "\"rehash resulted in same hash: \", \"rehash resulted in new hash: \"", With<Sign::RehashSwitch>,
+         RehashSame},
+        {"xfer.fired", kFiredSentence, "\"processing 'xferInProgress' option\"", With<Sign::XferSwitch>,
+         XferFired},
+        {"xfer.answer", "The DVR says that the file asked for again is in transfer.",
+         "XFER_IN_PROGRESS to the second request", With<Sign::XferSwitch>, XferAnswered, Needs::WholeLog},
+        {"sleep.fired", kFiredSentence,
+         "a request with files left after it, in an event of three files or more", With<Sign::SleepSwitch>,
+         PauseFired},
+        {"sleep.answer", "The DVR bears pauses between requests.", "the answer after the pause",
+         With<Sign::SleepSwitch>, PauseAnswered, Needs::WholeLog},
+    };
+    return kChecks;
+}
+
+}  // namespace rig::judge

@@ -1,0 +1,94 @@
+#include <algorithm>
+
+#include "rig/judge/Findings.h"
+#include "rig/judge/checks/Checks.h"
+
+namespace rig::judge {
+namespace {
+
+Finding MessagesFramed(const Run& run, const Limits& /*limits*/) {
+    return NoneOf({{run.Of(Sign::BadPrefix), "a length prefix that goes on after its fifth byte"},
+                   {run.badLength, "a length prefix of 2 GiB or more"}},
+                  run.Saw(Sign::Expecting), "a length prefix of at most 5 bytes before every message",
+                  "no message");
+}
+
+Finding MessagesParsed(const Run& run, const Limits& /*limits*/) {
+    return NoneOf({{run.noMessage, "a document without the element msg, for which the harness aborts"},
+                   {run.empty, "a message without text, for which the harness aborts"},
+                   {run.brokenOff,
+                    "a message that breaks off, is garbled, or whose length prefix announces less than was "
+                    "sent, for which the harness aborts"},
+                   {run.Of(Sign::NotXml),
+                    "a message, or a description in one, that is no XML, for which the harness aborts"},
+                   {run.notWellFormed, "a message, or a description in one, that is no well-formed XML"},
+                   {run.Of(Sign::NoRequest), "a message without req, which the harness ignores"}},
+                  run.Saw(Sign::Incoming), "one XML document msg with req in every message", "no message");
+}
+
+Finding MessagesKnown(const Run& run, const Limits& /*limits*/) {
+    return NoneOf({{run.Of(Sign::UnknownMessage), "a message that this dialect does not know"}},
+                  run.Saw(Sign::Incoming), "messages of the dialect only", "no message");
+}
+
+Finding MessagesAsked(const Run& run, const Limits& /*limits*/) {
+    return NoneOf({{run.notAsked, "a message that nothing asked for"},
+                   {run.Of(Sign::UnexpectedAnswer), "an answer to a request that was never made"}},
+                  !run.received.empty(), "every message answers a request that waits for it", "no message");
+}
+
+std::string HowUnanswered(const Run& run, const Request& request) {
+    const std::string pair = request.expects + " to " + request.name;
+    if (request.isMistaken) {
+        return "the only " + pair + " is one that the harness ignores";
+    }
+    if (run.Saw(Sign::UnknownMessage)) {
+        return "no " + pair + ": the DVR sent another message, or one that the dialect does not know";
+    }
+    const bool couldClose = !request.isOvertaken && !run.Saw(Sign::PrefixReadError);
+    return "no " + pair + ": the DVR sent none" +
+           (couldClose ? ", or closed the connection, which leaves no line in the log" : "");
+}
+
+Finding RequestsAnswered(const Run& run, const Limits& limits) {
+    const std::string expected = "an answer to every request";
+    const Tally unanswered = Unanswered(run, "", limits);
+    if (unanswered.Any()) {
+        const auto first = std::find_if(
+            run.pending.begin(), run.pending.end(),
+            [&run, &limits](const Request& request) { return IsUnanswered(run, request, limits); });
+        return Fail(expected, Words(HowUnanswered(run, *first), unanswered), unanswered);
+    }
+    if (!run.pending.empty() && run.HarnessEnded()) {
+        return NotReached(expected, "the harness had aborted before " + run.pending.front().expects);
+    }
+    if (!run.pending.empty()) {
+        return Inconclusive(expected, "the log ends too soon to tell whether " + run.pending.front().expects +
+                                          " would have come");
+    }
+    return run.received.empty() ? NotReached(expected, "no request") : Pass(expected, "an answer to each");
+}
+
+}  // namespace
+
+const std::vector<Check>& MessageChecks() {
+    static const std::vector<Check> kChecks = {
+        {"messages.framed", "Every message has a good length prefix.",
+         "\"Read7BitEncodedInt:badly formatted 7 bit string length prefix\", a negative length announced",
+         Always, MessagesFramed},
+        {"messages.parsed", "Every message is an XML document with msg and req.",
+         "\"error: \", \"INVALID XML RECEIVED\", the assertions on the parser, the message itself", Always,
+         MessagesParsed},
+        {"messages.known", "Every message is one of the dialect's.", "\"UNSUPPORTED MSG RECEIVED: \"", Always,
+         MessagesKnown},
+        {"messages.asked", "The DVR sends only what it is asked for, once.",
+         "messages against the requests before them; \"Unexpected \"", AsksWhole, MessagesAsked,
+         Needs::WholeLog},
+        {"requests.answered", "The DVR answers every request.",
+         "a request without its answer, with more than --patience to the end of the log", AsksWhole,
+         RequestsAnswered, Needs::WholeLog},
+    };
+    return kChecks;
+}
+
+}  // namespace rig::judge

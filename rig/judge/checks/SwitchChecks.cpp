@@ -1,0 +1,147 @@
+#include <fmt/format.h>
+
+#include "rig/judge/Findings.h"
+#include "rig/judge/checks/Checks.h"
+
+namespace rig::judge {
+namespace {
+
+constexpr std::int64_t kMinute = 60'000'000;  // microseconds
+
+/// With -z the DVR must not answer: see size.answer.
+template <Sign sign>
+bool WithWhole(const Run& run) {
+    return With<sign>(run) && AsksWhole(run);
+}
+
+Finding UpgradeFired(const Run& run, const Limits& /*limits*/) {
+    for (const report::Evidence& line : run.Of(Sign::Opening).Lines()) {
+        if (line.text.find("UPDATE_SOFTWARE") != std::string::npos) {
+            return Pass(kFired, "UPDATE_SOFTWARE went out", run.Of(Sign::Opening));
+        }
+    }
+    return NotInjected(run, "the dialogue did not come to it");
+}
+Finding UpgradeAnswered(const Run& run, const Limits& limits) {
+    const std::string expected = "SOFTWARE_UPDATE_CONFIRM to UPDATE_SOFTWARE";
+    if (run.Received("SOFTWARE_UPDATE_CONFIRM") > 0) {
+        return Pass(expected, "it came", run.received.at("SOFTWARE_UPDATE_CONFIRM"));
+    }
+    for (const Request& request : run.pending) {
+        if (request.name == "UPDATE_SOFTWARE" && IsUnanswered(run, request, limits)) {
+            return Fail(expected, "the DVR sent nothing of the kind", run.Of(Sign::Opening));
+        }
+    }
+    return NotReached(expected, "the log ends before an answer came");
+}
+
+Finding ConfigFired(const Run& run, const Limits& /*limits*/) {
+    return run.Saw(Sign::Opening) ? Pass(kFired, "UPDATE_CONFIGURATION went out", run.Of(Sign::Opening))
+                                  : Inconclusive(kFired, "never injected: the dialogue did not come to it");
+}
+Finding ConfigAnswered(const Run& run, const Limits& limits) {
+    const std::string expected = "CONFIGURATION_UPDATE_ERROR to the bogus configuration";
+    if (run.Received("CONFIGURATION_UPDATE_ERROR") > 0) {
+        return Pass(expected, "it came", run.received.at("CONFIGURATION_UPDATE_ERROR"));
+    }
+    for (const Request& request : run.pending) {
+        if (request.name == "UPDATE_CONFIGURATION" && IsUnanswered(run, request, limits)) {
+            return Fail(expected, "the DVR sent nothing of the kind", run.Of(Sign::Opening));
+        }
+    }
+    return NotReached(expected, "the log ends before an answer came");
+}
+
+Finding SizeFired(const Run& run, const Limits& /*limits*/) {
+    return run.Saw(Sign::SentWrongSize)
+               ? Pass(kFired, "frames with a wrong prefix went out", run.Of(Sign::SentWrongSize))
+               : Inconclusive(kFired, "never injected: no frame went out");
+}
+Finding SizeAnswered(const Run& run, const Limits& limits) {
+    const std::string expected = "no answer to a frame that is shorter than its prefix says";
+    if (!run.Saw(Sign::SentWrongSize)) {
+        return NotReached(expected, "no frame went out");
+    }
+    if (run.answeredWrong.Any()) {
+        return Fail(expected, Words("a message as if the frame were whole", run.answeredWrong),
+                    run.answeredWrong);
+    }
+    const bool waited = !run.pending.empty() && IsUnanswered(run, run.pending.front(), limits);
+    return waited ? Pass(expected, "no answer")
+                  : Inconclusive(expected, "the log ends too soon to tell whether an answer would have come");
+}
+
+Finding CloseFired(const Run& run, const Limits& /*limits*/) {
+    if (run.protocol == 1 || !run.doneSent.Any()) {
+        return NotInjected(run, "the dialogue did not come to it");
+    }
+    const bool isEarly = run.acksAtDone == static_cast<std::uint64_t>(run.closeEarly);
+    return isEarly ? Pass(kFired, "DONE went out early", run.Of(Sign::SendingDone))
+                   : Inconclusive(kFired, fmt::format("never injected: DONE came after {} acknowledgements, "
+                                                      "when no event was left; -c asks for {}",
+                                                      run.acksAtDone, run.closeEarly));
+}
+Finding CloseAnswered(const Run& run, const Limits& limits) {
+    const std::string expected = fmt::format("{} acknowledgements, then DONE, then nothing", run.closeEarly);
+    if (CloseFired(run, limits).verdict != report::Verdict::Pass) {
+        return NotReached(expected, "the export was not closed early");
+    }
+    const Tally none;
+    return NoneOf({{run.afterDone, "a message after DONE"},
+                   {run.doneDuration > 0 ? none : run.resumedAt,
+                    "another export after DONE: the DVR connected again and answered more requests"}},
+                  true, expected, "");
+}
+
+Finding DurationFired(const Run& run, const Limits& /*limits*/) {
+    return run.doneSent.Any() && run.protocol == 2
+               ? Pass(kFired, "DONE with a duration went out", run.Of(Sign::SendingDone))
+               : NotInjected(run, "the dialogue did not come to DONE");
+}
+Finding DurationAnswered(const Run& run, const Limits& /*limits*/) {
+    const std::string expected = fmt::format("no call of the DVR for {} min after DONE", run.doneDuration);
+    if (run.doneSent.Any() && run.resumed && *run.resumed < run.doneDuration * kMinute) {
+        return Fail(expected,
+                    fmt::format("the DVR connected again before the time was over (after {:.1f} s)",
+                                static_cast<double>(*run.resumed) / 1e6),
+                    run.resumedAt);
+    }
+    if (run.doneSent.Any() && !run.isExporting && run.assertions.Any()) {
+        return Inconclusive(expected, "the DVR connected again; when, the log does not tell", run.assertions);
+    }
+    return NoneOf({{run.afterDone, "a message after DONE"}}, run.doneSent.Any() && run.protocol == 2,
+                  expected, run.protocol == 1 ? "protocol 1.0 does not heed this switch" : "no DONE");
+}
+
+}  // namespace
+
+const std::vector<Check>& SwitchChecks() {
+    static const std::vector<Check> kChecks = {
+        {"upgrade.fired", kFiredSentence, "\"got an OK, sending UPDATE_SOFTWARE\"", With<Sign::UpgradeSwitch>,
+         UpgradeFired},
+        {"upgrade.answer", "The DVR confirms a software update.", "SOFTWARE_UPDATE_CONFIRM",
+         WithWhole<Sign::UpgradeSwitch>, UpgradeAnswered, Needs::WholeLog},
+        {"config.fired", kFiredSentence, "\"got an OK, sending CONFIGURATION_UPDATE\"",
+         With<Sign::ConfigSwitch>, ConfigFired},
+        {"config.answer", "The DVR refuses a bogus configuration.", "CONFIGURATION_UPDATE_ERROR",
+         WithWhole<Sign::ConfigSwitch>, ConfigAnswered, Needs::WholeLog},
+        {"size.fired", kFiredSentence, "\"sent: size= \"", With<Sign::SizeSwitch>, SizeFired},
+        {"size.answer", "The DVR does not go on as if a frame that is too short were whole.",
+         "a message of the DVR after a frame that is too short", With<Sign::SizeSwitch>, SizeAnswered,
+         Needs::WholeLog},
+        {"close.fired", kFiredSentence,
+         "\"Sending DONE\" after as many acknowledgements as \"closeEarly set to \" says",
+         With<Sign::CloseSwitch>, CloseFired},
+        {"close.answer", "The DVR ends its export when DONE comes early.",
+         "messages and requests after \"Sending DONE\"", With<Sign::CloseSwitch>, CloseAnswered,
+         Needs::WholeLog},
+        {"duration.fired", kFiredSentence, "\"Sending DONE\" with \"doneDuration set to \" at the start",
+         With<Sign::DurationSwitch>, DurationFired},
+        {"duration.answer", "The DVR stays away as long as DONE says.",
+         "the next \"Connected to: \" or message after \"Sending DONE\", by its time",
+         With<Sign::DurationSwitch>, DurationAnswered, Needs::WholeLog},
+    };
+    return kChecks;
+}
+
+}  // namespace rig::judge

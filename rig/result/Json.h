@@ -1,0 +1,25 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+
+#include "rig/result/Result.h"
+
+namespace rig::report {
+
+/// Keeps members in the order in which they are added.
+using Json = nlohmann::ordered_json;
+
+/// @return null if there is no value
+template <typename Value>
+Json Optional(const std::optional<Value>& value) {
+    return value ? Json(*value) : Json(nullptr);
+}
+
+Json ToJson(const Timing& timing);
+
+/// @return the text of a JSON file; bytes that are not UTF-8 are replaced
+std::string Print(const Json& json);
+
+}  // namespace rig::report

@@ -1,0 +1,59 @@
+#include "rig/result/JsonReport.h"
+
+#include "rig/result/Json.h"
+
+namespace rig::report {
+namespace {
+
+Json ToJson(const CheckResult& check) {
+    Json evidence = Json::array();
+    for (const Evidence& line : check.evidence) {
+        evidence.push_back(
+            {{"file", line.file}, {"line", line.line}, {"text", line.text}, {"note", line.note}});
+    }
+    return {{"id", check.id},
+            {"requirement", check.requirement},
+            {"verdict", NameOf(check.verdict)},
+            {"expected", check.expected},
+            {"found", check.found},
+            {"evidence", std::move(evidence)}};
+}
+
+Json ToJson(const Step& step) {
+    static constexpr const char* kKinds[] = {"dvr", "harness", "fault", "note"};
+    return {{"kind", kKinds[static_cast<std::size_t>(step.kind)]},
+            {"time", Optional(step.time)},
+            {"text", step.text},
+            {"line", step.line}};
+}
+
+Json ToJson(const RunResult& run);
+
+template <typename Item>
+Json ToArray(const std::vector<Item>& items) {
+    Json array = Json::array();
+    for (const Item& item : items) {
+        array.push_back(ToJson(item));
+    }
+    return array;
+}
+
+Json ToJson(const RunResult& run) {
+    return {{"name", run.name},
+            {"switches", run.switches},
+            {"verdict", NameOf(WorstOf(run))},
+            {"begin", Optional(run.begin)},
+            {"end", Optional(run.end)},
+            {"checks", ToArray(run.checks)},
+            {"timings", ToArray(run.timings)},
+            {"steps", ToArray(run.steps)}};
+}
+
+}  // namespace
+
+std::string JsonReport(const Result& result) {
+    const Json json = {{"verdict", NameOf(WorstOf(result))}, {"runs", ToArray(result.runs)}};
+    return Print(json);
+}
+
+}  // namespace rig::report

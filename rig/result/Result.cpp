@@ -1,0 +1,63 @@
+#include "rig/result/Result.h"
+
+#include <algorithm>
+
+namespace rig::report {
+
+const char* NameOf(Verdict verdict) {
+    switch (verdict) {
+        case Verdict::Pass:
+            return "PASS";
+        case Verdict::KnownFailure:
+            return "KNOWN FAILURE";
+        case Verdict::NotReached:
+            return "NOT REACHED";
+        case Verdict::Inconclusive:
+            return "INCONCLUSIVE";
+        case Verdict::Environment:
+            return "ENVIRONMENT";
+        case Verdict::Fail:
+            break;
+    }
+    return "FAIL";
+}
+
+std::string Evidence::Words() const {
+    return file + ":" + std::to_string(line) + ": " + text + (note.empty() ? "" : "  (" + note + ")");
+}
+
+Verdict WorstOf(const RunResult& run) {
+    Verdict worst = Verdict::Pass;
+    bool isKnown = false;
+    for (const CheckResult& check : run.checks) {
+        worst = std::max(worst, check.verdict);
+        isKnown = isKnown || check.verdict == Verdict::KnownFailure;
+    }
+    return worst == Verdict::NotReached && isKnown ? Verdict::KnownFailure : worst;
+}
+
+Verdict WorstOf(const Result& result) {
+    Verdict worst = Verdict::Pass;
+    for (const RunResult& run : result.runs) {
+        worst = std::max(worst, WorstOf(run));
+    }
+    return worst;
+}
+
+int ExitStatusOf(Verdict verdict) {
+    switch (verdict) {
+        case Verdict::Pass:
+        case Verdict::KnownFailure:
+            return 0;
+        case Verdict::NotReached:
+        case Verdict::Inconclusive:
+            return 2;
+        case Verdict::Environment:
+            return 3;
+        case Verdict::Fail:
+            break;
+    }
+    return 1;
+}
+
+}  // namespace rig::report

@@ -1,0 +1,38 @@
+#include "rig/result/TapReport.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace rig::report {
+namespace {
+
+/// @return the text without characters that mean something in TAP
+std::string Plain(std::string text) {
+    std::replace(text.begin(), text.end(), '#', ' ');
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    return text;
+}
+
+}  // namespace
+
+std::string TapReport(const Result& result) {
+    fmt::memory_buffer tests;
+    std::size_t number = 0;
+    for (const RunResult& run : result.runs) {
+        for (const CheckResult& check : run.checks) {
+            const bool isKnown = check.verdict == Verdict::KnownFailure;
+            fmt::format_to(std::back_inserter(tests), "{} {} - {} {}{}\n",
+                           check.verdict == Verdict::Pass ? "ok" : "not ok", ++number, Plain(run.name),
+                           check.id, isKnown ? " # TODO known failure" : "");
+            if (check.verdict != Verdict::Pass) {
+                fmt::format_to(std::back_inserter(tests), "# {}: expected {}, found {}\n",
+                               NameOf(check.verdict), Plain(check.expected), Plain(check.found));
+            }
+        }
+    }
+    return fmt::format("TAP version 13\n1..{}\n{}", number, fmt::to_string(tests));
+}
+
+}  // namespace rig::report

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <iosfwd>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "rig/result/Result.h"
+
+namespace rig::report {
+
+/// Prints runs one by one, and a summary at the end. Of a printed run, only its row of the matrix is kept:
+/// there may be any number of runs.
+class RunPrinter {
+ public:
+    /// @param out  must outlive this object
+    RunPrinter(std::ostream& out, bool colour) : out_(out), colour_(colour) {}
+
+    /// Prints a short table, and the checks that did not pass with what was expected and found.
+    void Add(const RunResult& run);
+
+    /// Prints one matrix, run by check, if there were several runs, and one closing line.
+    void End();
+
+    /// @return how many runs were printed
+    std::size_t Count() const { return rows_.size(); }
+
+    /// @return the verdict that decides for all of them
+    Verdict Worst() const { return worst_; }
+
+ private:
+    struct Row {
+        std::string title;
+        std::string letters;  // of the verdicts, in the order of ids_
+    };
+
+    void PrintMatrix(std::size_t first, std::size_t end);
+
+    std::ostream& out_;
+    bool colour_;
+    std::vector<std::string> ids_;  // of all checks that a run has had so far
+    std::vector<Row> rows_;
+    std::map<Verdict, std::size_t> counts_;
+    Verdict worst_ = Verdict::Pass;
+};
+
+/// @return what RunPrinter prints of all runs
+std::string TextReport(const Result& result, bool colour);
+
+/// @return the dialogue of the run as a ladder: time since its start, direction, message, faults marked
+std::string Timeline(const RunResult& run);
+
+}  // namespace rig::report

@@ -1,0 +1,52 @@
+#include "tests/rig/campaign/CampaignTest.h"
+
+namespace {
+
+using TimeoutsTest = CampaignTest;
+
+TEST_F(TimeoutsTest, EndACaseWithoutADvr) {
+    const Json one = RunCase("clean-2.0", {"--dvr", "tail -f /dev/null", "--connect-timeout", "0.4"});
+    EXPECT_EQ(result_.status, 1);
+    EXPECT_EQ(one["outcome"], "TIMEOUT");
+    ExpectHolds(one["reason"], "connect time-out: no DVR connected within 0.4 s; the judge says ");
+    EXPECT_EQ(one["harness"]["status"], 44);
+    EXPECT_EQ(one["dvr"]["stoppedBy"], "SIGTERM");
+}
+
+TEST_F(TimeoutsTest, AreCountedDownWhileARecorderIsWaitedFor) {
+    const Json one = RunCase("clean-2.0", {"--connect-timeout", "1.5"});
+    EXPECT_EQ(one["outcome"], "TIMEOUT");
+    EXPECT_TRUE(one["dvr"].is_null());
+    ExpectHolds(result_.output, "waiting for the DVR to connect to port 5001, ");
+    ExpectHolds(result_.output, " s left\n");
+}
+
+TEST_F(TimeoutsTest, EndACaseWhoseDvrFallsSilent) {
+    const Json one = RunCase("clean-2.0", {"--dvr", Dvr("--defect silence --on EVENT"), "--idle-timeout",
+                                           "0.7", "--patience", "0.5"});
+    EXPECT_EQ(result_.status, 1);
+    EXPECT_EQ(one["outcome"], "TIMEOUT");
+    ExpectHolds(one["reason"], "idle time-out: no new line in the log for 0.7 s; the judge says FAIL");
+    EXPECT_EQ(one["verdict"], "FAIL");
+    ExpectHolds(EvidenceText("junit.xml"), "idle time-out");
+    EXPECT_GE(one["times"]["dvr"], 0.7) << "the silence is the DVR's";
+}
+
+TEST_F(TimeoutsTest, EndACaseThatTakesTooLong) {
+    const Json one = RunCase("clean-2.0", {"--dvr", Dvr(), "--case-timeout", "0.6"});
+    EXPECT_EQ(one["outcome"], "TIMEOUT");
+    ExpectHolds(one["reason"], "case time-out: the export did not end within 0.6 s; the judge says ");
+}
+
+TEST_F(TimeoutsTest, LeaveTheRestOfTheCampaign) {
+    const ProgramResult result =
+        RunCampaign({"--cases", "event-2.0", "--connect-timeout", "0.2", "--dvr", "tail -f /dev/null"});
+    EXPECT_EQ(result.status, 1);
+    const Json campaign = Evidence();
+    for (const Json& one : campaign["cases"]) {
+        EXPECT_EQ(one["outcome"], "TIMEOUT");
+    }
+    EXPECT_EQ(campaign["counts"], Json({{"TIMEOUT", 3}}));
+}
+
+}  // namespace

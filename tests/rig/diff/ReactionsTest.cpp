@@ -1,0 +1,53 @@
+#include <gtest/gtest.h>
+
+#include "tests/rig/diff/MadeUp.h"
+
+using namespace rig::diff;
+
+namespace {
+
+/// @return a run whose reactions to GET_FILE took this long, milliseconds
+CaseRun RunThatTook(double median, double percentile95) {
+    CaseRun run = RunThat("PASS");
+    run.reactions["GET_FILE"] = {median, percentile95};
+    return run;
+}
+
+TEST(Reactions, BeyondWhatNearlyAllTookBeforeAreWorse) {
+    ExpectOnly(CompareRuns({RunThatTook(100, 110)}, {RunThatTook(150, 160)}), Change::Worse,
+               "reaction to GET_FILE", "100.0 to 110.0 ms", "150.0 to 160.0 ms");
+}
+
+TEST(Reactions, ThatAreNearlyAllBelowWhatWasUsualAreBetter) {
+    ExpectOnly(CompareRuns({RunThatTook(150, 160)}, {RunThatTook(100, 110)}), Change::Better,
+               "reaction to GET_FILE", "150.0 to 160.0 ms", "100.0 to 110.0 ms");
+}
+
+TEST(Reactions, WithinTheSpreadAreNoChange) {
+    EXPECT_EQ(CompareRuns({RunThatTook(100, 200)}, {RunThatTook(190, 300)}).change, Change::Same);
+    EXPECT_EQ(CompareRuns({RunThatTook(190, 300)}, {RunThatTook(100, 200)}).change, Change::Same);
+}
+
+TEST(Reactions, WithinTheSpreadOfSeveralRunsAreNoChange) {
+    const std::vector<CaseRun> before = {RunThatTook(100, 110), RunThatTook(300, 310)};
+    EXPECT_EQ(CompareRuns(before, {RunThatTook(250, 260)}).change, Change::Same);
+    EXPECT_EQ(CompareRuns(before, {RunThatTook(500, 510)}).change, Change::Worse);
+    EXPECT_EQ(CompareRuns({RunThatTook(100, 110)}, before).change, Change::Same);
+}
+
+TEST(Reactions, OfAFewMillisecondsMoreAreNoChange) {
+    EXPECT_EQ(CompareRuns({RunThatTook(1, 2)}, {RunThatTook(20, 21)}).change, Change::Same);
+    EXPECT_EQ(CompareRuns({RunThatTook(1, 2)}, {RunThatTook(23, 24)}).change, Change::Worse);
+}
+
+TEST(Reactions, OfAFifthMoreAreNoChange) {
+    EXPECT_EQ(CompareRuns({RunThatTook(1000, 1000)}, {RunThatTook(1199, 1199)}).change, Change::Same);
+    EXPECT_EQ(CompareRuns({RunThatTook(1000, 1000)}, {RunThatTook(1201, 1201)}).change, Change::Worse);
+}
+
+TEST(Reactions, ThatOnlyOneCampaignHasAreNoChange) {
+    EXPECT_EQ(CompareRuns({RunThat("PASS")}, {RunThatTook(1000, 1000)}).change, Change::Same);
+    EXPECT_EQ(CompareRuns({RunThatTook(1000, 1000)}, {RunThat("PASS")}).change, Change::Same);
+}
+
+}  // namespace

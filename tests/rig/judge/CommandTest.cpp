@@ -1,0 +1,264 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <optional>
+
+#include "rig/judge/JudgeCommand.h"
+#include "rig/judge/checks/Checks.h"
+#include "tests/rig/judge/Judging.h"
+
+namespace rig {
+namespace {
+
+/// Runs the command on logs of real runs. @return its exit status
+int Judge(const std::vector<std::string>& names, JudgeOptions options = {}) {
+    for (const std::string& name : names) {
+        options.logs.push_back(std::string(VELLORAN_LOGS) + "/" + name + ".log");
+    }
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    const int status = RunJudge(options);
+    testing::internal::GetCapturedStdout();
+    testing::internal::GetCapturedStderr();
+    return status;
+}
+
+TEST(JudgeCommand, EndsWithTheWorstVerdictOfAllLogs) {
+    EXPECT_EQ(Judge({"clean-1.0"}), 0);
+    EXPECT_EQ(Judge({"d2-missing-source"}), 1);
+    EXPECT_EQ(Judge({"rehash-xfer-2.0"}), 2);
+    EXPECT_EQ(Judge({"clean-1.0", "d2-missing-source", "rehash-xfer-2.0"}), 1);
+}
+
+TEST(JudgeCommand, NeedsALog) {
+    EXPECT_EQ(Judge({}), 64);
+    EXPECT_EQ(Judge({"no-such-log"}), 66);
+}
+
+TEST(JudgeCommand, NeverPassesALogThatIsNone) {
+    const std::string path = testing::TempDir() + "velloran-no-log";
+    JudgeOptions options;
+    options.logs = {path};
+    std::ofstream(path).close();
+    EXPECT_EQ(Judge({}, options), 66);
+    std::ofstream(path) << "something else\n\xff\n";
+    EXPECT_EQ(Judge({}, options), 66);
+    std::remove(path.c_str());
+}
+
+TEST(JudgeCommand, NamesALogThatIsNoneAmongOthers) {
+    const std::string path = testing::TempDir() + "velloran-no-log-2";
+    JudgeOptions options;
+    options.logs = {path};
+    options.json = testing::TempDir() + "velloran-no-log.json";
+    std::ofstream(path).close();
+    EXPECT_EQ(Judge({"clean-1.0"}, options), 66);
+    EXPECT_TRUE(std::filesystem::exists(options.json)) << "what can be told is told";
+    std::remove(path.c_str());
+    std::remove(options.json.c_str());
+}
+
+TEST(JudgeCommand, KeepsALogThatIsNamedAsAReport) {
+    const std::string path = testing::TempDir() + "velloran-precious";
+    std::ofstream(path) << RealLog("clean-2.0");
+    JudgeOptions options;
+    options.logs = {path};
+    options.html = path;
+    EXPECT_EQ(Judge({}, options), 64);
+    std::ifstream file(path);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), RealLog("clean-2.0"));
+    std::remove(path.c_str());
+}
+
+TEST(JudgeCommand, FailsForAKnownFailureThatPasses) {
+    JudgeOptions options;
+    options.known = testing::TempDir() + "velloran-known";
+    std::ofstream(options.known) << "event-list.source EVENT_LIST without source\n";
+    EXPECT_EQ(Judge({"clean-2.0"}, options), 1);
+    EXPECT_EQ(Judge({"clean-2.0", "d2-missing-source"}, options), 0);
+    std::remove(options.known.c_str());
+}
+
+TEST(JudgeCommand, NeedsAListOfKnownFailuresThatCanBeRead) {
+    JudgeOptions options;
+    options.known = "/nowhere/known";
+    EXPECT_EQ(Judge({"clean-2.0"}, options), 64);
+}
+
+TEST(JudgeCommand, ListsTheChecksWithoutALog) {
+    JudgeOptions options;
+    options.listChecks = true;
+    options.format = "markdown";
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(RunJudge(options), 0);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), AsMarkdown(judge::ListChecks()));
+}
+
+TEST(JudgeCommand, TakesNoLimitThatIsNone) {
+    for (const std::string option :
+         {"--patience nan", "--patience -5", "--max-reaction nan", "--max-reaction x"}) {
+        CLI::App app;
+        int status = 0;
+        AddJudgeCommand(app, status);
+        EXPECT_THROW(app.parse("judge no-such-log " + option), CLI::ValidationError) << option;
+    }
+}
+
+TEST(JudgeCommand, SaysThatItsReportWasLost) {
+    JudgeOptions options;
+    options.logs = {std::string(VELLORAN_LOGS) + "/clean-2.0.log"};
+    testing::internal::CaptureStderr();
+    std::streambuf* const buffer = std::cout.rdbuf(nullptr);
+    const int status = RunJudge(options);
+    std::cout.rdbuf(buffer);
+    EXPECT_EQ(status, 64);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "velloran-rig judge: expected standard output to take the report, found that it did not\n");
+}
+
+TEST(JudgeCommand, ReadsStandardInput) {
+    const int before = dup(STDIN_FILENO);
+    const int log = open(VELLORAN_LOGS "/d2-missing-source.log", O_RDONLY);
+    dup2(log, STDIN_FILENO);
+    close(log);
+    JudgeOptions options;
+    options.logs = {"-"};
+    EXPECT_EQ(Judge({}, options), 1);
+    dup2(before, STDIN_FILENO);
+    close(before);
+}
+
+TEST(JudgeCommand, TakesRotatedFilesInTheirOrder) {
+    const std::string log = RealLog("clean-2.0");
+    const std::size_t half = log.find('\n', log.size() / 2) + 1;
+    const std::string path = testing::TempDir() + "velloran-rotated";
+    std::ofstream(path + ".1") << log.substr(0, half);
+    std::ofstream(path) << log.substr(half);
+    JudgeOptions options;
+    options.logs = {path + ".1", path};
+    EXPECT_EQ(Judge({}, options), 0);
+    options.logs = {path, path + ".1"};
+    EXPECT_NE(Judge({}, options), 0);
+    std::remove(path.c_str());
+    std::remove((path + ".1").c_str());
+}
+
+/// A child process that follows a log.
+class Follower {
+ public:
+    explicit Follower(const std::string& log) : log_(log), process_(fork()) {
+        if (process_ == 0) {
+            JudgeOptions options;
+            options.follow = true;
+            options.logs = {log};
+            _exit(Judge({}, options));
+        }
+    }
+
+    /// Whether it has read the log to its end and waits for more.
+    bool HasReadAll() const {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        const auto size = std::filesystem::file_size(log_);
+        while (std::chrono::steady_clock::now() < deadline) {
+            if (Position() == size) {
+                return true;
+            }
+            poll(nullptr, 0, 10);
+        }
+        return false;
+    }
+
+    void Interrupt() const { kill(process_, SIGINT); }
+
+    int ExitStatus() const {
+        int status = 0;
+        waitpid(process_, &status, 0);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+ private:
+    /// @return how far the child has read the log; nothing if it has not opened it yet
+    std::optional<std::uintmax_t> Position() const {
+        const std::string folder = "/proc/" + std::to_string(process_);
+        std::error_code error;
+        for (const auto& entry : std::filesystem::directory_iterator(folder + "/fd", error)) {
+            if (std::filesystem::read_symlink(entry, error) == std::filesystem::canonical(log_)) {
+                std::ifstream info(folder + "/fdinfo/" + entry.path().filename().string());
+                std::string word;
+                std::uintmax_t position = 0;
+                info >> word >> position;
+                return position;
+            }
+        }
+        return std::nullopt;
+    }
+
+    std::string log_;
+    pid_t process_;
+};
+
+TEST(JudgeCommand, FollowsAGrowingLogToTheEndOfTheRun) {
+    const std::string log = RealLog("clean-2.0");
+    const std::string path = testing::TempDir() + "velloran-growing";
+    std::ofstream(path) << log.substr(0, log.size() / 2);
+    const Follower follower(path);
+    EXPECT_TRUE(follower.HasReadAll());
+    std::ofstream(path, std::ios::app) << log.substr(log.size() / 2);
+    EXPECT_EQ(follower.ExitStatus(), 0);
+    std::remove(path.c_str());
+}
+
+TEST(JudgeCommand, JudgesWhatItFollowedWhenInterrupted) {
+    const std::string log = RealLog("clean-2.0");
+    const std::string path = testing::TempDir() + "velloran-interrupted";
+    std::ofstream(path) << log.substr(0, log.size() / 2);
+    const Follower follower(path);
+    EXPECT_TRUE(follower.HasReadAll());
+    follower.Interrupt();
+    EXPECT_EQ(follower.ExitStatus(), 2);
+    std::remove(path.c_str());
+}
+
+TEST(JudgeCommand, FollowsTheRunThatGoesOnBehindOthers) {
+    const std::string log = RealLog("d2-missing-source");
+    const std::string path = testing::TempDir() + "velloran-appended";
+    std::ofstream(path) << RealLog("clean-2.0") + log.substr(0, log.size() / 2);
+    const Follower follower(path);
+    EXPECT_TRUE(follower.HasReadAll());
+    std::ofstream(path, std::ios::app) << log.substr(log.size() / 2);
+    EXPECT_EQ(follower.ExitStatus(), 1);
+    std::remove(path.c_str());
+}
+
+TEST(JudgeCommand, FollowsARunToItsEnd) {
+    JudgeOptions options;
+    options.follow = true;
+    EXPECT_EQ(Judge({"clean-2.0"}, options), 0);
+}
+
+TEST(JudgeCommand, WritesItsReports) {
+    JudgeOptions options;
+    options.json = testing::TempDir() + "velloran-judge.json";
+    options.tap = testing::TempDir() + "velloran-judge.tap";
+    options.junit = testing::TempDir() + "velloran-judge.xml";
+    EXPECT_EQ(Judge({"clean-2.0"}, options), 0);
+    for (const std::string& path : {options.json, options.tap, options.junit}) {
+        EXPECT_TRUE(std::ifstream(path).good()) << path;
+        std::remove(path.c_str());
+    }
+    options.json = "/nowhere/judge.json";
+    EXPECT_EQ(Judge({"clean-2.0"}, options), 64);
+}
+
+}  // namespace
+}  // namespace rig

@@ -1,0 +1,177 @@
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "rig/judge/checks/Checks.h"
+#include "tests/rig/judge/Judging.h"
+
+namespace {
+
+using rig::report::Verdict;
+
+std::string At(int second, const std::string& text) {
+    return "2026-11-20T14:00:0" + std::to_string(second) + ".000000Z velloran 1 velloran:1 " + text + "\n";
+}
+
+TEST(Runs, BeginAnewWithASwitchOrAConnection) {
+    const std::string run = RealLog("clean-2.0");
+    EXPECT_EQ(Judged(run + RealLog("clean-1.0") + run).runs.size(), 3U);
+}
+
+TEST(Runs, GoOnInARotatedFile) {
+    const std::string run = RealLog("clean-2.0");
+    rig::report::Result result;
+    rig::judge::Judge judge(
+        {}, {}, [&result](rig::report::RunResult ended) { result.runs.push_back(std::move(ended)); });
+    std::istringstream lines(run);
+    std::uint64_t number = 0;
+    for (std::string line; std::getline(lines, line); ++number) {
+        judge.Add(number < 20 ? "run.log.1" : "run.log", number, line);
+    }
+    judge.Finish();
+    ASSERT_EQ(result.runs.size(), 1U);
+    EXPECT_EQ(rig::report::WorstOf(result), Verdict::Pass);
+}
+
+TEST(Runs, ThatCannotListenAreTheEnvironments) {
+    const auto result = Judged(At(1, "bind failed: 98") + At(1, "bind failed: Address already in use"));
+    EXPECT_EQ(With(Verdict::Environment, result.runs.at(0)), "harness.ran");
+    EXPECT_EQ(rig::report::ExitStatusOf(rig::report::WorstOf(result)), 3);
+}
+
+TEST(Runs, WithoutConnectionFailOnceTheHarnessWaitedLongEnough) {
+    const std::string start = At(1, "'protocol' option set to 2");
+    EXPECT_EQ(With(Verdict::Fail, Judged(start + At(9, "shutting down")).runs.at(0)), "connection.made");
+    EXPECT_EQ(With(Verdict::Fail, Judged(start + At(2, "shutting down")).runs.at(0)), "");
+}
+
+TEST(Runs, WithoutTheirStartAreInconclusive) {
+    const std::string log = RealLog("clean-2.0");
+    const auto result = Judged(log.substr(log.find("expecting")));
+    EXPECT_NE(With(Verdict::Inconclusive, result.runs.at(0)).find("log.start"), std::string::npos);
+}
+
+/// A log that lost its first lines proves no failure of what came before.
+TEST(Runs, OfAGoodDvrNeverFailWhereverTheirLogBegins) {
+    for (const std::string name : {"clean-1.0", "clean-2.0", "all-faults-2.0", "rehash-xfer-2.0"}) {
+        std::string log = RealLog(name);
+        for (int line = 1; !log.empty(); ++line) {
+            for (const auto& run : Judged(log).runs) {
+                EXPECT_EQ(With(Verdict::Fail, run), "") << name << " from line " << line;
+            }
+            log.erase(0, log.find('\n') + 1);
+        }
+    }
+}
+
+TEST(Runs, OfWhichAMessageIsCutFailForNothingThatFollows) {
+    std::string log = RealLog("clean-2.0");
+    const std::size_t slice = log.find("bytes 1 to ", log.size() / 2);
+    log.erase(log.rfind('\n', slice), log.find('\n', slice) - log.rfind('\n', slice));
+    const auto result = Judged(log);
+    EXPECT_EQ(With(Verdict::Fail, result.runs.at(0)), "");
+    EXPECT_EQ(With(Verdict::Inconclusive, result.runs.at(0)).find("log.whole"), 0U);
+}
+
+TEST(Runs, InWhichTheFailureMarkerCannotBeMadeAreTheEnvironments) {
+    const std::string log = RealLog("transport-2.0");
+    const std::size_t end = log.find('\n', log.find("processing 'transportException'")) + 1;
+    const auto result =
+        Judged(log.substr(0, end) + "touch: cannot touch '/mnt/hd/velloranFail': Read-only file system\n" +
+               log.substr(end));
+    EXPECT_EQ(With(Verdict::Environment, result.runs.at(0)), "harness.ran");
+    EXPECT_EQ(With(Verdict::Inconclusive, result.runs.at(0)), "transport.fired");
+    EXPECT_EQ(With(Verdict::NotReached, result.runs.at(0)), "transport.answer");
+}
+
+TEST(Runs, InterruptedSoonAfterARequestAreInconclusive) {
+    const auto result = Judged(RealLog("d2-no-answer-on-EVENT_XFER_ACK"), {60, {}});
+    EXPECT_EQ(With(Verdict::Fail, result.runs.at(0)), "");
+    EXPECT_EQ(With(Verdict::Inconclusive, result.runs.at(0)), "requests.answered");
+}
+
+TEST(Runs, FailWhereAnAnswerTookLongerThanTheLimit) {
+    EXPECT_EQ(With(Verdict::Fail, Judged(RealLog("clean-2.0"), {3, 50.0}).runs.at(0)), "reaction.time");
+    EXPECT_EQ(With(Verdict::Fail, Judged(RealLog("clean-2.0"), {3, 5000.0}).runs.at(0)), "");
+}
+
+TEST(Runs, AreTimedNetOfTheHarnesssPauses) {
+    // -x: while the harness reads the answer to the second request, the answer to the first arrives.
+    const auto hidden = Judged(RealLog("xfer-2.0")).runs.at(0);
+    const auto plain = Judged(RealLog("clean-2.0")).runs.at(0);
+    for (const auto& run : {hidden, plain}) {
+        for (const auto& timing : run.timings) {
+            EXPECT_LT(timing.longest, 240) << timing.request;
+        }
+    }
+}
+
+TEST(Runs, WithTimesInWholeSecondsHaveNoReactionTimes) {
+    std::istringstream lines(RealLog("clean-2.0"));
+    std::string syslog;
+    for (std::string line; std::getline(lines, line);) {
+        syslog += "Nov 20 14:03:07 rig " + line.substr(line.find("velloran:")) + "\n";
+    }
+    const auto result = Judged(syslog, {3, 5000.0});
+    EXPECT_TRUE(result.runs.at(0).timings.empty());
+    EXPECT_EQ(With(Verdict::Inconclusive, result.runs.at(0)), "reaction.time");
+}
+
+TEST(Runs, InWhichTheHarnessAbortsForItsOwnReasonAreTheEnvironments) {
+    const auto result = Judged(At(1, "'protocol' option set to 2") +
+                               "velloran: velloran.cpp:150: int main(int, char**): Assertion "
+                               "`listen(g_serverFd, 5) == 0' failed.\n");
+    EXPECT_EQ(With(Verdict::Environment, result.runs.at(0)), "harness.ran");
+}
+
+TEST(Runs, OfManyExportsAreDoneOnlyWithTheLast) {
+    const std::string log = RealLog("d1-reconnect");
+    const std::size_t again = log.find("got an OK", log.find("Closing client"));
+    const auto result = Judged(log.substr(0, log.find('\n', again) + 1) + At(9, "hdr[0]= 15"));
+    EXPECT_EQ(With(Verdict::Inconclusive, result.runs.at(0)), "log.whole requests.answered");
+    EXPECT_EQ(With(Verdict::NotReached, result.runs.at(0)), "export.done");
+}
+
+TEST(Runs, TellThatASwitchMeansNothingToProtocolOne) {
+    const auto result = Judged(At(1, "'invalidEvent' flag set") + RealLog("clean-1.0"));
+    EXPECT_EQ(With(Verdict::Inconclusive, result.runs.at(0)), "invalid-event.fired");
+}
+
+// A DVR that answers the request after a wrong prefix as if the frame were whole.
+TEST(Runs, FailWhereAFrameThatIsTooShortIsAnswered) {
+    std::string log = At(1, "'sizeError' flag set") + RealLog("clean-1.0");
+    log.insert(log.rfind('\n', log.find("hdr[")) + 1, At(2, "sent: size= 1/30/20  'TEXT'"));
+    EXPECT_EQ(With(Verdict::Fail, Judged(log).runs.at(0)), "size.answer");
+}
+
+TEST(Runs, SurviveRandomBytes) {
+    std::mt19937 random(20261120);
+    const std::string log = RealLog("all-faults-2.0");
+    for (int round = 0; round < 300; ++round) {
+        std::string garbled = log;
+        for (int change = 0; change < 40; ++change) {
+            garbled[random() % garbled.size()] = static_cast<char>(random());
+        }
+        garbled.erase(random() % garbled.size(), random() % 200);
+        EXPECT_FALSE(Judged(garbled).runs.empty());
+    }
+}
+
+TEST(Checks, HaveIdsOfTheirOwn) {
+    std::map<std::string, int> ids;
+    for (const auto& check : rig::judge::AllChecks()) {
+        EXPECT_EQ(++ids[check.id], 1) << check.id;
+    }
+}
+
+TEST(ReactionTimes, GivePercentilesToAFewPercent) {
+    rig::judge::ReactionTimes times;
+    for (int millisecond = 1; millisecond <= 1000; ++millisecond) {
+        times.Add(std::int64_t{millisecond} * 1000, {"test.log", 1, ""});
+    }
+    EXPECT_NEAR(times.Percentile(0.5), 500, 15);
+    EXPECT_NEAR(times.Percentile(0.99), 990, 30);
+    EXPECT_EQ(times.Longest(), 1000);
+}
+
+}  // namespace
