@@ -1,5 +1,5 @@
 // For sanitizer builds only: SIGINT ends the harness by exit at any moment, and the sanitizer's leak check at
-// exit takes locks of its allocator, which the signal may have interrupted. scripts/check-memory looks for
+// exit takes locks of its allocator, which the signal may have interrupted. valgrind (tests/harness/world) looks for
 // leaks instead.
 
 extern "C" const char* __asan_default_options() {
