@@ -1,11 +1,11 @@
 # Sourced by tests that change the system: they do so in a copy that ends with them, an overlay in a mount namespace.
 copy=/mnt/root # its changes are in /mnt/changes
 
-# Goes on as root, with the same arguments: become_root "$@"
+# Starts this test again as root, unless it is.
 become_root() {
     [ "$(id -u)" -ne 0 ] || return 0
     command -v sudo >/dev/null || leave_out "this takes root or sudo"
-    sudo --preserve-env=CI,BINARY "$script" "$@"
+    sudo --preserve-env=CI,BINARY "$script"
     exit
 }
 
