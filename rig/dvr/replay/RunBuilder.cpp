@@ -272,7 +272,7 @@ void RunBuilder::Miss(std::size_t number, const std::string& expected, const std
 
 EarlierRun RunBuilder::Finish() const {
     if (!error_.empty()) {
-        throw Failure(ExitStatus::UsageError, error_);
+        throw Failure(ExitStatus::Unusable, error_);
     }
     EarlierRun run = run_;
     run.dialect = dialect_.value_or(1);
