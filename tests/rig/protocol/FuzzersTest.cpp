@@ -1,10 +1,9 @@
-// Those who try messages, the fuzzers and the tests of the simulated DVR, have them all.
+// The fuzzers have all messages.
 #include <gtest/gtest.h>
 
 #include <utility>
 
 #include "tests/fuzz/Messages.h"
-#include "tests/rig/dvr/HonestMessages.h"
 #include "tests/rig/protocol/Facts.h"
 
 namespace rig::protocol {
@@ -63,17 +62,6 @@ TEST(MessageFuzzers, HaveEachMessage) {
         }
     }
     ExpectSame(OfAll(FormsOf), forms);
-}
-
-TEST(SimulatedDvr, IsTestedWithEachOfItsMessages) {
-    const Facts names = OfAll([](const MessageKind& kind) {
-        return kind.sender == Sender::Dvr ? Facts{std::to_string(kind.dialect) + " " + kind.name} : Facts();
-    });
-    Facts tested;
-    for (const HonestMessage& honest : HonestMessages()) {
-        tested.insert(std::to_string(honest.dialect) + " " + honest.name);
-    }
-    ExpectSame(names, tested);
 }
 
 }  // namespace
