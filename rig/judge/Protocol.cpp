@@ -7,8 +7,6 @@ namespace {
 
 using protocol::Sender;
 
-constexpr std::size_t kDamage = 3;  // characters
-
 }  // namespace
 
 std::string AnswerTo(const std::string& request, Fault fault, int protocol) {
@@ -33,16 +31,8 @@ std::string AnswerTo(const std::string& request, Fault fault, int protocol) {
     return kind == nullptr || kind->answers.empty() ? "" : kind->answers.front();
 }
 
-bool Knows(int protocol, const std::string& message) {
-    return protocol::Find(protocol == 2 ? 2 : 1, Sender::Dvr, message) != nullptr;
-}
-
 bool IsReport(const std::string& message) {
     return protocol::IsReport(message);
-}
-
-std::string Damaged(const std::string& text) {
-    return text.size() < kDamage ? "" : text.substr(kDamage);
 }
 
 }  // namespace rig::judge
