@@ -18,8 +18,8 @@ struct MessageKind {
     std::vector<const char*> required;  // attributes, in the order in which the harness writes them
     std::vector<const char*> optional;  // attributes, after those; of a DVR's, the harness does not read them
     const char* children;               // path of the elements in `msg`, "events/event"; empty if it has none
-    std::vector<const char*> answers;   // by the other side: to a DVR what comes next, to the harness first
-                                        // that to a good request, then the reports of a fault
+    std::vector<const char*> answers;  // of the other side. A DVR's: to a good request, then the reports of a
+                                       // fault. The harness's: what it sends next, the usual first
 };
 
 /// @return every message of both dialects, in the order of an export
