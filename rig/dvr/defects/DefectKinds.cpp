@@ -4,6 +4,7 @@
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/defects/Defect.h"
 #include "rig/dvr/defects/DefectChanges.h"
+#include "rig/protocol/Catalogue.h"
 
 namespace rig::dvr {
 namespace {
@@ -13,11 +14,23 @@ constexpr DefectValue Text = DefectValue::Text;
 constexpr DefectValue Count = DefectValue::Count;
 constexpr DefectValue Place = DefectValue::Place;
 
-const std::vector<const char*> kWithReid = {
-    "FILE_COMPLETE", "EVENT", "EVENT_XFER_ACK", "INVALID_EVENT", "TRANSPORT_EXCEPTION", "XFER_IN_PROGRESS"};
-const std::vector<const char*> kWithFile = {"FILE_COMPLETE", "INVALID_EVENT", "TRANSPORT_EXCEPTION",
-                                            "XFER_IN_PROGRESS"};
-const std::vector<const char*> kDescriptions = {"EVENT", "XML"};
+/// @return the messages of a DVR with that attribute or element, each once
+std::vector<const char*> MessagesWith(const char* field) {
+    std::vector<const char*> names;
+    for (const protocol::MessageKind& kind : protocol::Catalogue()) {
+        const bool hasField = HasAttribute(kind, field) || HasChild(kind, field);
+        const bool isListed =
+            std::find(names.begin(), names.end(), std::string_view(kind.name)) != names.end();
+        if (kind.sender == protocol::Sender::Dvr && hasField && !isListed) {
+            names.push_back(kind.name);
+        }
+    }
+    return names;
+}
+
+const std::vector<const char*> kWithReid = MessagesWith("reid");
+const std::vector<const char*> kWithFile = MessagesWith("file");
+const std::vector<const char*> kDescriptions = MessagesWith("xmlFile");
 
 /// @return what may follow the name, for people
 const char* Placeholder(DefectValue value) {
