@@ -73,6 +73,9 @@ TEST_F(Protocol20, SavesEachDescriptionAndReport) {
                       "\">\n"
                       "    <video>\n"
                       "        <metadata name=\"m\" />\n"
+                      "        <streams>\n"
+                      "            <stream />\n"
+                      "        </streams>\n"
                       "    </video>\n"
                       "</recording-event>\n",
                   ReadFile("/mnt/hd/incoming_" + id));
@@ -127,7 +130,7 @@ TEST_F(Protocol20, PausesAsLongAsToldAfterEachRequestButTheLast) {
     Ends();
 }
 
-TEST_F(Protocol20, OrdersAnUpgradeAheadOfTheExportOnDemand) {
+TEST_F(Protocol20, OrdersAnUpgradeBeforeTheExportOnDemand) {
     Start({"-u"});
     dvr->Sends(Ok());
     harness->Logs(1, "got an OK, sending UPDATE_SOFTWARE");

@@ -7,7 +7,7 @@ namespace {
 /// Each fault of 2.0, how the DVR answers it, and that it is over then.
 using Faults = FaultsOfTheLastFile;
 
-TEST_F(Faults, RequestADamagedEventAheadOfTheTrueOne) {
+TEST_F(Faults, RequestADamagedEventBeforeTheTrueOne) {
     Start({"-e"});
     Opens();
     Lists({"ABC123"});
