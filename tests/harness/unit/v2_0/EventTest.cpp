@@ -96,19 +96,12 @@ TEST_F(EVENT, WithoutIdentifierIsTheOneThatWasAskedForWithAnEmptyOne) {
 
 TEST_F(EVENT, ThatNobodyAskedForIsAMismatch) {
     protocol.events.clear();
-    EXPECT_REACTION(Event("E7", Description("E7", "m", {})), Reid("E7"), Mismatch("", "E7"), NoFiles());
-    EXPECT_TRUE(protocol.events.empty());
-}
-
-TEST_F(EVENT, ThatNobodyAskedForIsAMismatchAlsoWithoutIdentifier) {
-    protocol.events.clear();
+    for (const std::string reid : {"E7", ""}) {
+        EXPECT_REACTION(Event(reid, Description(reid, "m", {})), Reid(reid), Mismatch("", reid), NoFiles());
+    }
     EXPECT_REACTION(Msg("EVENT", "", "<xmlFile>&lt;recording-event/&gt;</xmlFile>"), Mismatch("", ""),
                     NoFiles());
-}
-
-TEST_F(EVENT, ThatNobodyAskedForIsAMismatchAlsoWithAnEmptyIdentifier) {
-    protocol.events.clear();
-    EXPECT_REACTION(Event("", Description("", "m", {})), Reid(""), Mismatch("", ""), NoFiles());
+    EXPECT_TRUE(protocol.events.empty());
 }
 
 TEST_F(EVENT, OfAnotherIdentifierRequestsTheFileInProgressAgain) {
@@ -142,26 +135,19 @@ TEST_F(EVENT, QueuesItsFilesBehindThoseStillQueued) {
 }
 
 TEST_F(EVENT, WithoutXmlFileIsReported) {
-    EXPECT_REACTION(Msg("EVENT", R"( reid="E7")", "<other>text</other>"), Reid("E7"),
-                    Logged(2, "EVENT message does not contain 'xmlFile' tag"), NoFiles());
-}
-
-TEST_F(EVENT, WithACommentOfTheNameXmlFileIsReported) {
-    EXPECT_REACTION(
-        Msg("EVENT", R"( reid="E7")", "<!--xmlFile--><xmlFile>&lt;recording-event/&gt;</xmlFile>"),
-        Reid("E7"), Logged(2, "EVENT message does not contain 'xmlFile' tag"), NoFiles());
-}
-
-TEST_F(EVENT, WithAnEmptyXmlFileIsReported) {
-    for (const std::string xmlFile : {"<xmlFile/>", "<xmlFile></xmlFile>", "<xmlFile> \n </xmlFile>"}) {
-        EXPECT_REACTION(Msg("EVENT", R"( reid="E7")", xmlFile), Reid("E7"),
-                        Logged(2, "EVENT message 'xmlFile' tag does not contain data"), NoFiles());
+    for (const std::string children :
+         {"<other>text</other>", "<!--xmlFile--><xmlFile>&lt;recording-event/&gt;</xmlFile>"}) {
+        EXPECT_REACTION(Msg("EVENT", R"( reid="E7")", children), Reid("E7"),
+                        Logged(2, "EVENT message does not contain 'xmlFile' tag"), NoFiles());
     }
 }
 
-TEST_F(EVENT, WithADescriptionThatIsNotEscapedIsReported) {
-    EXPECT_REACTION(Msg("EVENT", R"( reid="E7")", R"(<xmlFile><recording-event reid="E7"/></xmlFile>)"),
-                    Reid("E7"), Logged(2, "EVENT message 'xmlFile' tag does not contain data"), NoFiles());
+TEST_F(EVENT, WithAnEmptyXmlFileOrADescriptionThatIsNotEscapedIsReported) {
+    for (const std::string xmlFile : {"<xmlFile/>", "<xmlFile></xmlFile>", "<xmlFile> \n </xmlFile>",
+                                      R"(<xmlFile><recording-event reid="E7"/></xmlFile>)"}) {
+        EXPECT_REACTION(Msg("EVENT", R"( reid="E7")", xmlFile), Reid("E7"),
+                        Logged(2, "EVENT message 'xmlFile' tag does not contain data"), NoFiles());
+    }
 }
 
 TEST_F(EVENT, TakesADescriptionThatTravelsAsCdata) {
@@ -192,19 +178,14 @@ TEST_F(EVENT, WithADescriptionThatIsPlainTextEndsTheProcess) {
         AssertionFailed("void VelProtocol_2_0::Handle_EVENT_msg(TiXmlDocument&)", "not embmsg.Error()"));
 }
 
-TEST_F(EVENT, WithoutRecordingEventIsSilentlyWithoutFiles) {
-    EXPECT_REACTION(Event("E7", R"(<recording reid="E7"><video><metadata name="m"/></video></recording>)"),
-                    Reid("E7"), NoFiles());
+TEST_F(EVENT, WithoutRecordingEventAtTheTopIsSilentlyWithoutFiles) {
+    for (const std::string description :
+         {R"(<recording reid="E7"><video><metadata name="m"/></video></recording>)",
+          R"(<a><recording-event reid="E7"/></a>)",
+          R"(<!--recording-event--><recording-event reid="E7"/>)"}) {
+        EXPECT_REACTION(Event("E7", description), Reid("E7"), NoFiles());
+    }
     EXPECT_TRUE(protocol.filesToReceive.empty());
-}
-
-TEST_F(EVENT, WithRecordingEventBelowTheTopIsSilentlyWithoutFiles) {
-    EXPECT_REACTION(Event("E7", R"(<a><recording-event reid="E7"/></a>)"), Reid("E7"), NoFiles());
-}
-
-TEST_F(EVENT, WithACommentThatHidesRecordingEventIsSilentlyWithoutFiles) {
-    EXPECT_REACTION(Event("E7", R"(<!--recording-event--><recording-event reid="E7"/>)"), Reid("E7"),
-                    NoFiles());
 }
 
 TEST_F(EVENT, WhoseDescriptionHasNoIdentifierIsNotSavedButItsFilesAreQueued) {
