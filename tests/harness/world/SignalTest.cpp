@@ -71,7 +71,8 @@ TEST_P(OtherSignal, EndsTheProcessByItself) {
 INSTANTIATE_TEST_SUITE_P(Any, OtherSignal,
                          testing::Values(Signal{"Terminate", SIGTERM}, Signal{"HangUp", SIGHUP},
                                          Signal{"Quit", SIGQUIT}, Signal{"User1", SIGUSR1},
-                                         Signal{"User2", SIGUSR2}, Signal{"Alarm", SIGALRM}),
+                                         Signal{"User2", SIGUSR2}, Signal{"Alarm", SIGALRM},
+                                         Signal{"BrokenPipe", SIGPIPE}),
                          nameOfSignal);
 
 }  // namespace

@@ -31,9 +31,7 @@ TEST_F(Start, FindsNoDescriptorOpen) {
 }
 
 TEST_F(Start, SetsUpLoggerSignalAndSocketInThisOrderAndWaitsForTheDvr) {
-    NextSocketReturns(kServer);
-    NextBindReturns(0);
-    NextListenReturns(0);
+    ScriptListening();
     EXPECT_ABORT(RunMain(), NamedTheProcess("velloran"), SetTheLevelMask(127), SignalCalled(SIGINT),
                  SocketCalled(AF_INET, SOCK_STREAM, IPPROTO_TCP), BindCalled(kServer, "0.0.0.0", 5001),
                  ListenCalled(kServer, 5), SelectCalled(kServer + 1, {kServer}, {kServer}, 10000, 0),
@@ -97,9 +95,7 @@ class FirstWaitOf : public Driver {
  protected:
     /// Scripts a start in which the first wait ends in this way.
     static void ScriptFirstWait(const Wait& wait) {
-        NextSocketReturns(kServer);
-        NextBindReturns(0);
-        NextListenReturns(0);
+        ScriptListening();
         NextSelect(wait);
     }
 

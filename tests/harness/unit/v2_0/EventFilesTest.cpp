@@ -1,3 +1,4 @@
+#include "tests/harness/unit/support/Content.h"
 #include "tests/harness/unit/v2_0/Dialogue.h"
 
 namespace {
@@ -25,22 +26,12 @@ TEST_F(EventFiles, WithoutVideoHasNoFiles) {
                     Logged(4, "Got EVENT message with no files to receive"));
 }
 
-/// The children of `video`, and the names of the files that they stand for.
-struct Video {
-    std::string name;
-    std::string children;
-    std::vector<std::string> files;
-};
+class FilesOfADescription_2_0 : public EventFiles, public testing::WithParamInterface<Content> {};
 
-void PrintTo(const Video& video, std::ostream* stream) {
-    *stream << video.children;
-}
-
-class EventFilesOf : public EventFiles, public testing::WithParamInterface<Video> {};
-
-TEST_P(EventFilesOf, AVideoAreQueued) {
+TEST_P(FilesOfADescription_2_0, AreQueued) {
     TiXmlDocument document;
-    document.Parse(EventWithVideo(GetParam().children).c_str());
+    document.Parse(
+        Event("E7", "<recording-event reid=\"E7\">" + GetParam().text + "</recording-event>").c_str());
     protocol.Handle_EVENT_msg(document);
     TakeJournal();  // the saved copy does not matter here
     Files files;
@@ -50,38 +41,8 @@ TEST_P(EventFilesOf, AVideoAreQueued) {
     EXPECT_EQ(protocol.filesToReceive, files);
 }
 
-const Video kVideos[] = {
-    {"WithoutMetadata", R"(<streams><stream><a name="1"/></stream></streams>)", {"1"}},
-    {"WithoutStreams", R"(<metadata name="m"/>)", {"m"}},
-    {"MetadataFirstWhereverItStands",
-     R"(<streams><stream><a name="1"/></stream></streams><metadata name="m"/>)",
-     {"m", "1"}},
-    {"OneMetadataFile", R"(<metadata name="m"/><metadata name="n"/>)", {"m"}},
-    {"EveryStreamInOrder",
-     R"(<streams><stream><a name="1"/><b name="2"/></stream><stream><c name="3"/></stream></streams>)",
-     {"1", "2", "3"}},
-    {"NoneOfAStreamWithoutChildrenWhateverItsName",
-     R"(<streams><stream name="no file"/><stream><a name="1"/></stream></streams>)",
-     {"1"}},
-    {"EverySiblingOfAStreamAsAStream",
-     R"(<streams><stream><a name="1"/></stream><audio><b name="2"/></audio></streams>)",
-     {"1", "2"}},
-    {"FromTheFirstStreamOn",
-     R"(<streams><audio><b name="2"/></audio><stream><a name="1"/></stream></streams>)",
-     {"1"}},
-    {"PastCommentsAndTextBesideAStream",
-     R"(<streams><!--c--><stream><a name="1"/></stream>t<!--c--><stream><b name="2"/></stream></streams>)",
-     {"1", "2"}},
-    {"NoneBelowTheChildrenOfAStream",
-     R"(<streams><stream><a name="1"><b name="2"/></a></stream></streams>)",
-     {"1"}},
-    {"NamesAsTheyAre",
-     R"(<metadata name=""/><streams><stream><a name="x &amp; y"/></stream></streams>)",
-     {"", "x & y"}},
-};
-
-INSTANTIATE_TEST_SUITE_P(Are, EventFilesOf, testing::ValuesIn(kVideos),
-                         [](const auto& video) { return video.param.name; });
+INSTANTIATE_TEST_SUITE_P(With, FilesOfADescription_2_0, testing::ValuesIn(ContentsOfADescription()),
+                         [](const auto& content) { return content.param.name; });
 
 /// An EVENT whose description names a file wrongly ends the process, after the copy has been saved.
 class BadEventFile : public EventFiles {
