@@ -66,18 +66,16 @@ TEST_F(Start, WithoutSocketFailsAnAssertion) {
     EXPECT_ABORT(RunMain(), LoggerSetUp(), Opening(), AssertionFailed(kMain, "g_serverFd not_eq -1"));
 }
 
-TEST_F(Start, OnATakenPortSaysSoInTwoLinesAndEndsWithStatus99) {
-    NextSocketReturns(kServer);
-    NextBindReturns(-1, EADDRINUSE);
-    EXPECT_EXIT_STATUS(99, RunMain(), LoggerSetUp(), Opening(), Bound(), Logged(1, "bind failed: 98"),
-                       Logged(1, "bind failed: Address already in use"));
-}
-
-TEST_F(Start, OnAForbiddenPortSaysSoInTwoLinesAndEndsWithStatus99) {
-    NextSocketReturns(kServer);
-    NextBindReturns(-1, EACCES);
-    EXPECT_EXIT_STATUS(99, RunMain(), LoggerSetUp(), Opening(), Bound(), Logged(1, "bind failed: 13"),
-                       Logged(1, "bind failed: Permission denied"));
+TEST_F(Start, OnATakenOrForbiddenPortSaysSoInTwoLinesAndEndsWithStatus99) {
+    const std::pair<int, std::string> errors[] = {{EADDRINUSE, "Address already in use"},
+                                                  {EACCES, "Permission denied"}};
+    for (const auto& [error, text] : errors) {
+        NextSocketReturns(kServer);
+        NextBindReturns(-1, error);
+        EXPECT_EXIT_STATUS(99, RunMain(), LoggerSetUp(), Opening(), Bound(),
+                           Logged(1, "bind failed: " + std::to_string(error)),
+                           Logged(1, "bind failed: " + text));
+    }
 }
 
 TEST_F(Start, WithoutListeningFailsAnAssertion) {

@@ -17,6 +17,15 @@ class EVENT : public Dialogue {
         return Logged(
             2, "Handle_EVENT_msg: 'reid' attribute incorrect: exp='" + expected + "'  act='" + actual + "'");
     }
+    /// The saved copy of a description with a metadata file m.
+    static Entry SavedM(const std::string& reid) {
+        return Saved("/mnt/hd/incoming_" + reid, "<recording-event reid=\"" + reid +
+                                                     "\">\n"
+                                                     "    <video>\n"
+                                                     "        <metadata name=\"m\" />\n"
+                                                     "    </video>\n"
+                                                     "</recording-event>\n");
+    }
     static Entry NoFiles() { return Logged(4, "Got EVENT message with no files to receive"); }
 };
 
@@ -53,14 +62,8 @@ TEST_F(EVENT, IsTakenInWithoutAnswerByItsHandler) {
 TEST_F(EVENT, IsTakenInAgainWhenItComesAgain) {
     const std::string text = Event("E7", R"(<recording-event reid="E7"><video><metadata name="m"/></video>)"
                                          "</recording-event>");
-    const Entry saved = Saved("/mnt/hd/incoming_E7",
-                              "<recording-event reid=\"E7\">\n"
-                              "    <video>\n"
-                              "        <metadata name=\"m\" />\n"
-                              "    </video>\n"
-                              "</recording-event>\n");
-    EXPECT_REACTION(text, Reid("E7"), saved, Sent(GetFile("E7", "m")));
-    EXPECT_REACTION(text, Reid("E7"), saved, Sent(GetFile("E7", "m")));
+    EXPECT_REACTION(text, Reid("E7"), SavedM("E7"), Sent(GetFile("E7", "m")));
+    EXPECT_REACTION(text, Reid("E7"), SavedM("E7"), Sent(GetFile("E7", "m")));
     EXPECT_EQ(protocol.filesToReceive, (Files{{"E7", "m"}, {"E7", "m"}}));
 }
 
@@ -198,13 +201,7 @@ TEST_F(EVENT, WhoseDescriptionHasNoIdentifierIsNotSavedButItsFilesAreQueued) {
 TEST_F(EVENT, WhoseDescriptionHasAnotherIdentifierIsSavedUnderItAndItsFilesQueuedUnderItsOwn) {
     EXPECT_REACTION(
         Event("E7", R"(<recording-event reid="E9"><video><metadata name="m"/></video></recording-event>)"),
-        Reid("E7"),
-        Saved("/mnt/hd/incoming_E9",
-              "<recording-event reid=\"E9\">\n"
-              "    <video>\n"
-              "        <metadata name=\"m\" />\n"
-              "    </video>\n"
-              "</recording-event>\n"),
+        Reid("E7"), SavedM("E9"),
         Logged(2, "Handle_EVENT_msg: 'reid' in escaped XML incorrect: exp='E7'  act='E9'"),
         Sent(GetFile("E7", "m")));
     EXPECT_EQ(protocol.filesToReceive, (Files{{"E7", "m"}}));
@@ -227,14 +224,7 @@ TEST_F(EVENT, ThatCannotBeSavedIsTakenAllTheSame) {
     NextSaveFails();
     EXPECT_REACTION(
         Event("E7", R"(<recording-event reid="E7"><video><metadata name="m"/></video></recording-event>)"),
-        Reid("E7"),
-        Saved("/mnt/hd/incoming_E7",
-              "<recording-event reid=\"E7\">\n"
-              "    <video>\n"
-              "        <metadata name=\"m\" />\n"
-              "    </video>\n"
-              "</recording-event>\n"),
-        Sent(GetFile("E7", "m")));
+        Reid("E7"), SavedM("E7"), Sent(GetFile("E7", "m")));
 }
 
 TEST_F(EVENT, IsSavedWithAllThatItsDescriptionHolds) {
