@@ -134,3 +134,18 @@ void Harness::StopsOnInterrupt(Here here) {
     Logs(1, "shutting down", here);
     EndsWithStatus(44, here);
 }
+
+void Harness::RunsOut(std::chrono::milliseconds quiet, Here here) {
+    constexpr std::size_t kForever = 1 << 20;  // bytes
+    std::size_t size = 0;
+    do {
+        size = process_.output.size();
+    } while (size < kForever and
+             process_.Await([&] { return process_.output.size() not_eq size; }, quiet));
+    if (process_.IsRunning()) {
+        GetsSignal(SIGINT);
+    }
+    if (process_.Await([this] { return process_.HasEnded(); }); not process_.HasEnded()) {
+        FailAt(here, "the harness does not end");
+    }
+}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -50,6 +51,10 @@ class Harness {
 
     /// It gets SIGINT, logs "shutting down" next, and ends with status 44.
     void StopsOnInterrupt(Here here = Here::current());
+
+    /// It ends, or logs nothing for so long, or repeats itself forever; then, unless it has ended, it gets SIGINT and
+    /// ends. Takes no line.
+    void RunsOut(std::chrono::milliseconds quiet, Here here = Here::current());
 
     /// What it wrote to standard error. Complete only after it has ended.
     const std::string& StandardError() const { return process_.error; }
