@@ -21,10 +21,10 @@ int RunCommandLine(int argc, char** argv) {
     CLI::App app("Companion tools of the velloran test harness", "velloran-rig");
     app.set_version_flag("--version", kVersion);
     int status = 0;
-    AddDvrCommand(app, status);
-    AddJudgeCommand(app, status);
-    AddRunCommand(app, status);
-    AddDiffCommand(app, status);
+    dvr::AddDvrCommand(app, status);
+    judge::AddJudgeCommand(app, status);
+    campaign::AddRunCommand(app, status);
+    diff::AddDiffCommand(app, status);
     for (CLI::App* const command : app.get_subcommands({})) {
         command->set_version_flag("--version", kVersion);
     }

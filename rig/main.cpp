@@ -16,6 +16,6 @@ int main(int argc, char** argv) {
     } catch (const std::exception& error) {
         std::cerr << "velloran-rig: " << rig::Printable(error.what())
                   << " (velloran-rig --help tells more)\n";
-        return static_cast<int>(rig::ExitStatus::UsageError);
+        return static_cast<int>(rig::dvr::ExitStatus::UsageError);
     }
 }

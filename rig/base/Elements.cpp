@@ -2,7 +2,7 @@
 
 #include "rig/base/ValidText.h"
 
-namespace rig::report {
+namespace rig {
 
 pugi::xml_node Add(pugi::xml_node parent, const char* element, std::string_view text,
                    std::string_view cssClass) {
@@ -24,4 +24,4 @@ void Set(pugi::xml_node node, const char* attribute, std::string_view value) {
     node.append_attribute(attribute) = ValidText(value).c_str();
 }
 
-}  // namespace rig::report
+}  // namespace rig

@@ -6,7 +6,7 @@
 // Builds XML and HTML documents from any bytes. What a document may not hold is replaced (see ValidText);
 // what needs escaping is escaped when the document is written.
 
-namespace rig::report {
+namespace rig {
 
 /// Adds an element as its parent's last. @param text its content, none if empty
 pugi::xml_node Add(pugi::xml_node parent, const char* element, std::string_view text = {},
@@ -18,4 +18,4 @@ void AddText(pugi::xml_node parent, std::string_view text);
 /// Sets an attribute, whatever bytes the value holds.
 void Set(pugi::xml_node node, const char* attribute, std::string_view value);
 
-}  // namespace rig::report
+}  // namespace rig

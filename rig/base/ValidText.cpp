@@ -4,7 +4,7 @@
 
 #include <iterator>
 
-namespace rig::report {
+namespace rig {
 namespace {
 
 constexpr char32_t kReplacement = 0xfffd;
@@ -31,4 +31,4 @@ std::string ValidText(std::string_view text) {
     return valid;
 }
 
-}  // namespace rig::report
+}  // namespace rig

@@ -13,7 +13,7 @@
 
 #include "rig/base/Descriptor.h"
 
-namespace rig::report {
+namespace rig {
 namespace {
 
 [[noreturn]] void Fail(const std::string& path, int error) {
@@ -101,4 +101,4 @@ void WriteWhole(const std::string& path, const std::string& content) {
     }
 }
 
-}  // namespace rig::report
+}  // namespace rig

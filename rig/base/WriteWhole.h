@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace rig::report {
+namespace rig {
 
 /// Writes a file whole or not at all: under a temporary name next to it, then renamed over it. A replaced
 /// file keeps its mode; a new one gets what the umask leaves. A link to a file stays, and the file is
@@ -11,4 +11,4 @@ namespace rig::report {
 /// temporary file is left.
 void WriteWhole(const std::string& path, const std::string& content);
 
-}  // namespace rig::report
+}  // namespace rig

@@ -75,7 +75,7 @@ void Campaign::TakeResult(const CaseRecord& record, const CaseRun& run) {
     if (record.verdict) {
         record_.coverage.Add(record.plan, run.Result(), run.Messages());
     }
-    report::RunResult kept = run.Result();
+    result::RunResult kept = run.Result();
     kept.steps.clear();
     kept.log.clear();
     result_.runs.push_back(std::move(kept));
@@ -83,11 +83,11 @@ void Campaign::TakeResult(const CaseRecord& record, const CaseRun& run) {
 
 void Campaign::FindKnownUnseen() {
     judge::KnownTally tally;
-    for (const report::RunResult& run : result_.runs) {
+    for (const result::RunResult& run : result_.runs) {
         tally.Add(run);
     }
-    report::RunResult unseen = tally.Unseen(rig_.known);
-    for (const report::CheckResult& check : unseen.checks) {
+    result::RunResult unseen = tally.Unseen(rig_.known);
+    for (const result::CheckResult& check : unseen.checks) {
         record_.knownUnseen.push_back(check.id);
     }
     if (!unseen.checks.empty()) {
@@ -96,13 +96,13 @@ void Campaign::FindKnownUnseen() {
 }
 
 void Campaign::WriteRecord() const {
-    report::WriteWhole(folder_ + "/campaign.json", CampaignJson(record_));
-    report::WriteWhole(folder_ + "/index.html", CampaignPage(record_));
+    WriteWhole(folder_ + "/campaign.json", CampaignJson(record_));
+    WriteWhole(folder_ + "/index.html", CampaignPage(record_));
 }
 
 void Campaign::WriteReports() const {
-    report::WriteWhole(folder_ + "/junit.xml", report::JunitReport(result_));
-    report::WriteWhole(folder_ + "/campaign.tap", report::TapReport(result_));
+    WriteWhole(folder_ + "/junit.xml", result::JunitReport(result_));
+    WriteWhole(folder_ + "/campaign.tap", result::TapReport(result_));
 }
 
 }  // namespace rig::campaign

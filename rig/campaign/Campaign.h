@@ -36,7 +36,7 @@ class Campaign {
     Display display_;
     std::set<int> failedClean_;  // dialects whose first clean export did not pass
     double away_ = 0;            // seconds for which the last case told the DVR to connect to nobody
-    report::Result result_;
+    result::Result result_;
 };
 
 }  // namespace rig::campaign

@@ -8,7 +8,7 @@
 namespace rig::campaign {
 namespace {
 
-using report::Verdict;
+using result::Verdict;
 
 constexpr int kInterruptedHarness = 44;
 
@@ -31,15 +31,15 @@ Outcome OutcomeOf(Verdict verdict) {
 }
 
 /// An unanswered request, or an export without an end, often follows from something else.
-bool IsConsequence(const report::CheckResult& check) {
+bool IsConsequence(const result::CheckResult& check) {
     return check.id == "requests.answered" || check.id == "export.done";
 }
 
 /// @return the first check that has the run's verdict, in words, a cause before a consequence; nothing for a
 /// pass
-std::string ReasonOf(const report::RunResult& run) {
-    const Verdict worst = report::WorstOf(run);
-    const auto isWorst = [worst](const report::CheckResult& one) { return one.verdict == worst; };
+std::string ReasonOf(const result::RunResult& run) {
+    const Verdict worst = result::WorstOf(run);
+    const auto isWorst = [worst](const result::CheckResult& one) { return one.verdict == worst; };
     auto check = std::find_if(run.checks.begin(), run.checks.end(),
                               [&](const auto& one) { return isWorst(one) && !IsConsequence(one); });
     if (check == run.checks.end()) {
@@ -50,8 +50,8 @@ std::string ReasonOf(const report::RunResult& run) {
                : fmt::format("{}: {}", check->id, check->found);
 }
 
-Decision Judged(const report::RunResult& run) {
-    return {OutcomeOf(report::WorstOf(run)), ReasonOf(run)};
+Decision Judged(const result::RunResult& run) {
+    return {OutcomeOf(result::WorstOf(run)), ReasonOf(run)};
 }
 
 std::string HarnessWords(const CaseFacts& facts) {
@@ -105,7 +105,7 @@ Decision TimedOut(const CaseFacts& facts) {
         return {Outcome::Environment, "the harness wrote no line of a log; " + facts.words};
     }
     Decision decision{Outcome::Timeout, facts.words};
-    if (report::WorstOf(*facts.judged) == Verdict::Environment) {
+    if (result::WorstOf(*facts.judged) == Verdict::Environment) {
         decision.outcome = Outcome::Environment;
     }
     const Decision judged = Judged(*facts.judged);
@@ -145,11 +145,11 @@ Decision Decide(const CaseFacts& facts) {
     return !facts.isStopped && facts.harness ? EndedByItself(facts) : Stopped(facts);
 }
 
-report::CheckResult CheckOf(const Decision& decision, const std::optional<report::RunResult>& judged) {
-    report::CheckResult check{"campaign.case", "The case runs to its end, in time.",
+result::CheckResult CheckOf(const Decision& decision, const std::optional<result::RunResult>& judged) {
+    result::CheckResult check{"campaign.case", "The case runs to its end, in time.",
                               Verdict::Pass,   "a run that the judge can judge",
                               "one",           {}};
-    const bool isOwn = judged && OutcomeOf(report::WorstOf(*judged)) == decision.outcome;
+    const bool isOwn = judged && OutcomeOf(result::WorstOf(*judged)) == decision.outcome;
     if (isOwn) {
         return check;
     }

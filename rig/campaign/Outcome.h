@@ -51,7 +51,7 @@ struct CaseFacts {
     bool isStopped = false;                   // we stopped it
     bool isConnected = false;                 // a DVR was there
     bool isDone = false;                      // the dialogue had come to its end
-    std::optional<report::RunResult> judged;  // nothing if the log holds no run
+    std::optional<result::RunResult> judged;  // nothing if the log holds no run
     std::string errors;                       // the last line of the harness's standard error
 };
 
@@ -69,7 +69,7 @@ Decision Decide(const CaseFacts& facts);
 
 /// @return the outcome as a check of the run, "campaign.case", so that report formats that know only checks
 /// show it. It passes if the outcome is the judge's own.
-report::CheckResult CheckOf(const Decision& decision, const std::optional<report::RunResult>& judged);
+result::CheckResult CheckOf(const Decision& decision, const std::optional<result::RunResult>& judged);
 
 /// @return the exit status: 0 pass or known failure, 1 failed or timed out, 2 inconclusive or not reached or
 /// not run, 3 environment, 130 interrupted

@@ -12,7 +12,7 @@
 #include "rig/base/Output.h"
 #include "rig/campaign/execution/Start.h"
 
-namespace rig {
+namespace rig::campaign {
 namespace {
 
 constexpr int kMostRuns = 100;
@@ -114,16 +114,16 @@ void AddRunCommand(CLI::App& app, int& status) {
 
 int RunCampaign(const RunOptions& options) {
     if (options.listCases) {
-        std::cout << campaign::ListCases();
+        std::cout << ListCases();
         return IsOutputLost() ? Complain("run", kUsageStatus,
                                          "expected standard output to take the list, found that it did not")
                               : 0;
     }
     try {
-        return campaign::ExitStatusOf(campaign::Start(options));
+        return ExitStatusOf(Start(options));
     } catch (const std::exception& error) {
         return Complain("run", kUsageStatus, error.what());
     }
 }
 
-}  // namespace rig
+}  // namespace rig::campaign

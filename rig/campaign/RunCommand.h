@@ -12,18 +12,18 @@ namespace CLI {
 class App;
 }
 
-namespace rig {
+namespace rig::campaign {
 
 /// What the command line of `velloran-rig run` says, with its defaults.
 struct RunOptions {
-    campaign::Selection selection;
+    Selection selection;
     bool listCases = false;
     std::string velloran;            // command; empty: the harness next to this program, or on PATH
     std::string log;                 // file to follow; empty: the command's standard output
     std::string stop;                // command; empty: SIGINT
     std::optional<std::string> dvr;  // command; empty: the simulated DVR; none: wait for a recorder
-    campaign::HookCommands hooks;
-    campaign::Patience patience;
+    HookCommands hooks;
+    Patience patience;
     double linger = 0;                  // seconds
     std::optional<double> maxReaction;  // milliseconds
     std::string known;                  // list of known failures
@@ -44,4 +44,4 @@ void AddRunCommand(CLI::App& app, int& status);
 ///         usage, or evidence that cannot be written, 130 interrupted
 int RunCampaign(const RunOptions& options);
 
-}  // namespace rig
+}  // namespace rig::campaign

@@ -21,7 +21,7 @@ using Json = nlohmann::ordered_json;
 constexpr int kFormat = 1;  // of campaign.json, see doc/campaign.md
 
 [[noreturn]] void Refuse(const std::string& path, const std::string& expected, const std::string& found) {
-    throw Unreadable(fmt::format("{}: expected {}, found {}", path, expected, found));
+    throw log::Unreadable(fmt::format("{}: expected {}, found {}", path, expected, found));
 }
 
 std::string ReadFile(const std::string& path, const std::string& expected) {

@@ -16,7 +16,7 @@
 #include "rig/diff/DiffText.h"
 #include "rig/log/LogReader.h"
 
-namespace rig {
+namespace rig::diff {
 namespace {
 
 constexpr int kGotWorse = 1;
@@ -26,13 +26,13 @@ constexpr const char* kDiffStatuses =
     "Exit status: 0 nothing got worse; 1 something did; 64 usage, or a report that cannot be written;\n"
     "66 a folder that is none of a campaign.";
 
-void WriteReports(const DiffOptions& options, const diff::Comparison& comparison) {
+void WriteReports(const DiffOptions& options, const Comparison& comparison) {
     if (!options.json.empty()) {
-        report::WriteWhole(options.json, diff::DiffJson(comparison));
+        WriteWhole(options.json, DiffJson(comparison));
     }
     if (!options.html.empty()) {
         const std::string place = std::filesystem::absolute(options.html).parent_path().string();
-        report::WriteWhole(options.html, diff::DiffPage(comparison, place));
+        WriteWhole(options.html, DiffPage(comparison, place));
     }
 }
 
@@ -54,21 +54,21 @@ void AddDiffCommand(CLI::App& app, int& status) {
 
 int RunDiff(const DiffOptions& options) {
     try {
-        const diff::Campaign before = diff::ReadCampaign(options.before);
-        const diff::Campaign after = diff::ReadCampaign(options.after);
-        const diff::Comparison comparison = diff::Compare(before, after);
-        std::cout << diff::DiffText(comparison, options.all, WantsColour()) << std::flush;
+        const Campaign before = ReadCampaign(options.before);
+        const Campaign after = ReadCampaign(options.after);
+        const Comparison comparison = Compare(before, after);
+        std::cout << DiffText(comparison, options.all, WantsColour()) << std::flush;
         WriteReports(options, comparison);
         if (IsOutputLost()) {
             return Complain("diff", kUsageStatus,
                             "expected standard output to take the report, found that it did not");
         }
-        return comparison.Count(diff::Change::Worse) > 0 ? kGotWorse : 0;
-    } catch (const Unreadable& folder) {
+        return comparison.Count(Change::Worse) > 0 ? kGotWorse : 0;
+    } catch (const log::Unreadable& folder) {
         return Complain("diff", kNoCampaign, folder.what());
     } catch (const std::exception& error) {
         return Complain("diff", kUsageStatus, error.what());
     }
 }
 
-}  // namespace rig
+}  // namespace rig::diff

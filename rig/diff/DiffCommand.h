@@ -6,7 +6,7 @@ namespace CLI {
 class App;
 }
 
-namespace rig {
+namespace rig::diff {
 
 /// What the command line of `velloran-rig diff` says, with its defaults.
 struct DiffOptions {
@@ -27,4 +27,4 @@ void AddDiffCommand(CLI::App& app, int& status);
 ///         written, 66 a folder that is not a campaign's
 int RunDiff(const DiffOptions& options);
 
-}  // namespace rig
+}  // namespace rig::diff

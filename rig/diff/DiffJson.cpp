@@ -5,7 +5,7 @@
 namespace rig::diff {
 namespace {
 
-using report::Json;
+using result::Json;
 
 Json ToJson(const Campaign& campaign) {
     return {{"folder", campaign.folder},
@@ -48,7 +48,7 @@ std::string DiffJson(const Comparison& comparison) {
                        {"surroundings", ToJson(comparison.surroundings)},
                        {"counts", std::move(counts)},
                        {"cases", std::move(cases)}};
-    return report::Print(json);
+    return result::Print(json);
 }
 
 }  // namespace rig::diff

@@ -10,21 +10,18 @@
 namespace rig::diff {
 namespace {
 
-using report::Add;
-using report::AddFact;
-using report::AddLink;
-using report::AddNamedCell;
-using report::AddRowHead;
-using report::AddTable;
-using report::AddText;
-using report::Set;
+using html::AddFact;
+using html::AddLink;
+using html::AddNamedCell;
+using html::AddRowHead;
+using html::AddTable;
 
 /// A change looks like the nearest verdict.
 std::string ClassOf(Change change) {
-    static constexpr report::Verdict kVerdicts[] = {report::Verdict::NotReached,
-                                                    report::Verdict::Inconclusive, report::Verdict::Pass,
-                                                    report::Verdict::Fail};
-    return "verdict " + report::ClassOf(kVerdicts[static_cast<std::size_t>(change)]);
+    static constexpr result::Verdict kVerdicts[] = {result::Verdict::NotReached,
+                                                    result::Verdict::Inconclusive, result::Verdict::Pass,
+                                                    result::Verdict::Fail};
+    return "verdict " + html::ClassOf(kVerdicts[static_cast<std::size_t>(change)]);
 }
 
 void AddEvidence(pugi::xml_node cell, const std::string& place, const char* name, const Campaign& campaign,
@@ -67,7 +64,7 @@ void AddCase(pugi::xml_node body, const CaseComparison& one, const Comparison& c
 }  // namespace
 
 std::string DiffPage(const Comparison& comparison, const std::string& place) {
-    report::HtmlPage page("Two campaigns: " + comparison.Words());
+    html::HtmlPage page("Two campaigns: " + comparison.Words());
     pugi::xml_node list = Add(page.Body(), "dl", {}, "facts");
     AddFact(list, "Before", Words(*comparison.before));
     AddFact(list, "Now", Words(*comparison.after));

@@ -46,7 +46,7 @@ void PrintCase(Text& text, const CaseComparison& one, const Comparison& comparis
 
 std::string Words(const Campaign& campaign) {
     return campaign.folder + (campaign.note.empty() ? "" : ", " + campaign.note) + ", " +
-           report::Date(campaign.begin) +
+           result::Date(campaign.begin) +
            (campaign.state == "finished" ? "" : ", not finished: " + campaign.state);
 }
 

@@ -26,7 +26,7 @@
 #include "rig/dvr/wire/Transcript.h"
 #include "rig/dvr/wire/WireCheck.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 /// The harness creates this file to make transfers fail, and then removes it.
@@ -193,4 +193,4 @@ int RunDvr(const DvrOptions& options) {
     }
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -10,7 +10,7 @@ namespace CLI {
 class App;
 }
 
-namespace rig {
+namespace rig::dvr {
 
 /// One --defect with the --on and --at after it.
 struct DefectOption {
@@ -54,4 +54,4 @@ void AddDvrCommand(CLI::App& app, int& status);
 /// @return the exit status (ExitStatus)
 int RunDvr(const DvrOptions& options);
 
-}  // namespace rig
+}  // namespace rig::dvr

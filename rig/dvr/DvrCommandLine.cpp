@@ -11,7 +11,7 @@
 #include "rig/dvr/defects/Defect.h"
 #include "rig/dvr/replay/ReplayCommand.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 constexpr int kLongestTransfer = 3'600'000;  // milliseconds
@@ -159,4 +159,4 @@ void AddDvrCommand(CLI::App& app, int& status) {
     });
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

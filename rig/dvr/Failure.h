@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace rig {
+namespace rig::dvr {
 
 /// How `velloran-rig dvr` ends.
 enum class ExitStatus {
@@ -31,4 +31,4 @@ class Breach : public Failure {
     explicit Breach(const std::string& text) : Failure(ExitStatus::ProtocolBroken, text) {}
 };
 
-}  // namespace rig
+}  // namespace rig::dvr

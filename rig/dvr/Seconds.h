@@ -2,11 +2,11 @@
 
 #include <chrono>
 
-namespace rig {
+namespace rig::dvr {
 
 /// @return seconds as the command line takes them, with fractions, rounded down to milliseconds
 inline std::chrono::milliseconds FromSeconds(double seconds) {
     return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -6,15 +6,15 @@
 
 #include "rig/html/HtmlPage.h"
 
-namespace rig::report {
+namespace rig::html {
 namespace {
 
-void AddEvidence(pugi::xml_node cell, const CheckResult& check, const LogPlaces& places) {
+void AddEvidence(pugi::xml_node cell, const result::CheckResult& check, const LogPlaces& places) {
     if (check.evidence.empty()) {
         return;
     }
     pugi::xml_node list = Add(cell, "ul", {}, "evidence");
-    for (const Evidence& line : check.evidence) {
+    for (const result::Evidence& line : check.evidence) {
         pugi::xml_node item = Add(list, "li");
         const std::string place = fmt::format("{}:{}", line.file, line.line);
         if (const auto target = places.TargetOf(line)) {
@@ -28,7 +28,7 @@ void AddEvidence(pugi::xml_node cell, const CheckResult& check, const LogPlaces&
     }
 }
 
-void AddCheck(pugi::xml_node body, const CheckResult& check, const LogPlaces& places,
+void AddCheck(pugi::xml_node body, const result::CheckResult& check, const LogPlaces& places,
               const std::string& prefix) {
     pugi::xml_node row = Add(body, "tr");
     Set(row, "id", prefix + check.id);
@@ -40,10 +40,10 @@ void AddCheck(pugi::xml_node body, const CheckResult& check, const LogPlaces& pl
 }
 
 /// @return the checks of all runs, in order of first appearance
-std::vector<std::string> IdsOf(const Result& result) {
+std::vector<std::string> IdsOf(const result::Result& result) {
     std::vector<std::string> ids;
-    for (const RunResult& run : result.runs) {
-        for (const CheckResult& check : run.checks) {
+    for (const result::RunResult& run : result.runs) {
+        for (const result::CheckResult& check : run.checks) {
             if (std::find(ids.begin(), ids.end(), check.id) == ids.end()) {
                 ids.push_back(check.id);
             }
@@ -52,10 +52,11 @@ std::vector<std::string> IdsOf(const Result& result) {
     return ids;
 }
 
-void AddLetter(pugi::xml_node row, const RunResult& run, const std::string& id, const std::string& prefix) {
+void AddLetter(pugi::xml_node row, const result::RunResult& run, const std::string& id,
+               const std::string& prefix) {
     pugi::xml_node cell = Add(row, "td");
     const auto check = std::find_if(run.checks.begin(), run.checks.end(),
-                                    [&id](const CheckResult& one) { return one.id == id; });
+                                    [&id](const result::CheckResult& one) { return one.id == id; });
     if (check == run.checks.end()) {
         return;
     }
@@ -68,29 +69,30 @@ std::string PrefixOf(std::size_t run) {
     return run == 0 ? "" : fmt::format("run{}-", run + 1);
 }
 
-void AddChecks(pugi::xml_node section, const RunResult& run, const LogPlaces& places,
+void AddChecks(pugi::xml_node section, const result::RunResult& run, const LogPlaces& places,
                const std::string& prefix) {
-    std::vector<const CheckResult*> checks;
+    std::vector<const result::CheckResult*> checks;
     checks.reserve(run.checks.size());
-    for (const CheckResult& check : run.checks) {
+    for (const result::CheckResult& check : run.checks) {
         checks.push_back(&check);
     }
-    std::stable_sort(checks.begin(), checks.end(), [](const CheckResult* left, const CheckResult* right) {
-        return left->verdict > right->verdict;
-    });
+    std::stable_sort(checks.begin(), checks.end(),
+                     [](const result::CheckResult* left, const result::CheckResult* right) {
+                         return left->verdict > right->verdict;
+                     });
     pugi::xml_node body = AddTable(section, "Checks, the worst first",
                                    {"Verdict", "Check", "Requirement", "Expected", "Found"});
     Set(body.parent(), "class", "checks");
-    for (const CheckResult* check : checks) {
+    for (const result::CheckResult* check : checks) {
         AddCheck(body, *check, places, prefix);
     }
 }
 
-void AddTimings(pugi::xml_node section, const RunResult& run) {
+void AddTimings(pugi::xml_node section, const result::RunResult& run) {
     pugi::xml_node body = AddTable(section, "Reaction of the DVR in ms, net of the harness's own pauses",
                                    {"Request", "Count", "Median", "95 %", "99 %", "Longest"});
     Set(body.parent(), "class", "numbers");
-    for (const Timing& timing : run.timings) {
+    for (const result::Timing& timing : run.timings) {
         pugi::xml_node row = Add(body, "tr");
         AddRowHead(row, timing.request);
         Add(row, "td", std::to_string(timing.count));
@@ -100,7 +102,7 @@ void AddTimings(pugi::xml_node section, const RunResult& run) {
     }
 }
 
-void AddMatrix(pugi::xml_node section, const Result& result) {
+void AddMatrix(pugi::xml_node section, const result::Result& result) {
     std::vector<std::string> heads = {"Check"};
     for (std::size_t run = 0; run < result.runs.size(); ++run) {
         heads.push_back(std::to_string(run + 1));
@@ -118,4 +120,4 @@ void AddMatrix(pugi::xml_node section, const Result& result) {
         "hint");
 }
 
-}  // namespace rig::report
+}  // namespace rig::html

@@ -6,19 +6,19 @@
 #include "rig/html/HtmlLog.h"
 #include "rig/result/Result.h"
 
-namespace rig::report {
+namespace rig::html {
 
 /// Adds the table of a run's checks, the worst first; each row's anchor is the prefix and the check's id.
-void AddChecks(pugi::xml_node section, const RunResult& run, const LogPlaces& places,
+void AddChecks(pugi::xml_node section, const result::RunResult& run, const LogPlaces& places,
                const std::string& prefix);
 
 /// Adds the table of the DVR's reaction times.
-void AddTimings(pugi::xml_node section, const RunResult& run);
+void AddTimings(pugi::xml_node section, const result::RunResult& run);
 
 /// Adds one table of all runs by check; each cell links to the check of the run.
-void AddMatrix(pugi::xml_node section, const Result& result);
+void AddMatrix(pugi::xml_node section, const result::Result& result);
 
 /// @return how the anchors of a run, counted from 0, begin: nothing for the first, "run2-" for the second
 std::string PrefixOf(std::size_t run);
 
-}  // namespace rig::report
+}  // namespace rig::html

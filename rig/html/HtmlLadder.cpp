@@ -10,7 +10,7 @@
 #include "rig/html/KeptOf.h"
 #include "rig/result/Words.h"
 
-namespace rig::report {
+namespace rig::html {
 namespace {
 
 constexpr std::size_t kStepsInPiece = 25;
@@ -43,12 +43,12 @@ std::vector<std::string> Wrapped(const std::string& text) {
     return lines;
 }
 
-const char* ClassOf(Step::Kind kind) {
+const char* StepClassOf(result::Step::Kind kind) {
     static constexpr const char* kClasses[] = {"from-dvr", "from-harness", "fault", "note"};
     return kClasses[static_cast<std::size_t>(kind)];
 }
 
-const char* WordsFor(Step::Kind kind) {
+const char* WordsFor(result::Step::Kind kind) {
     static constexpr const char* kWords[] = {"DVR to harness: ", "harness to DVR: ", "Fault injected: ", ""};
     return kWords[static_cast<std::size_t>(kind)];
 }
@@ -80,13 +80,13 @@ void AddArrow(pugi::xml_node step, bool isFromDvr, int y) {
 }
 
 /// @return where the next step begins
-int AddStep(pugi::xml_node picture, const RunResult& run, const LogPlaces& places, const Step& step,
-            int top) {
-    const bool isFault = step.kind == Step::Kind::Fault;
+int AddStep(pugi::xml_node picture, const result::RunResult& run, const LogPlaces& places,
+            const result::Step& step, int top) {
+    const bool isFault = step.kind == result::Step::Kind::Fault;
     const auto lines = Wrapped(ValidText(isFault ? WordsFor(step.kind) + step.text : step.text));
     const int textBottom = top + static_cast<int>(lines.size()) * kLetterHeight;
-    const std::string time = SecondsSince(run.begin, step.time);
-    pugi::xml_node group = Add(picture, "g", {}, std::string("step ") + ClassOf(step.kind));
+    const std::string time = result::SecondsSince(run.begin, step.time);
+    pugi::xml_node group = Add(picture, "g", {}, std::string("step ") + StepClassOf(step.kind));
     Set(group, "role", "listitem");
     Set(group, "aria-label", time + " s, " + WordsFor(step.kind) + step.text);
     if (isFault) {
@@ -102,8 +102,8 @@ int AddStep(pugi::xml_node picture, const RunResult& run, const LogPlaces& place
     Add(AddShape(linked, "text", {{"class", "time"}, {"x", "0"}, {"y", std::to_string(textBottom)}}), "tspan",
         time);
     AddLines(linked, lines, top);
-    if (step.kind == Step::Kind::FromDvr || step.kind == Step::Kind::FromHarness) {
-        AddArrow(group, step.kind == Step::Kind::FromDvr, textBottom + kArrow);
+    if (step.kind == result::Step::Kind::FromDvr || step.kind == result::Step::Kind::FromHarness) {
+        AddArrow(group, step.kind == result::Step::Kind::FromDvr, textBottom + kArrow);
     }
     return textBottom + kGap;
 }
@@ -115,7 +115,7 @@ void AddLifeline(pugi::xml_node picture, const char* name, const char* x) {
 }
 
 template <typename Iterator>
-void AddPiece(pugi::xml_node ladder, const RunResult& run, const LogPlaces& places, Iterator first,
+void AddPiece(pugi::xml_node ladder, const result::RunResult& run, const LogPlaces& places, Iterator first,
               Iterator last) {
     pugi::xml_node picture = Add(ladder, "svg");
     Set(picture, "xmlns", "http://www.w3.org/2000/svg");
@@ -133,9 +133,11 @@ void AddPiece(pugi::xml_node ladder, const RunResult& run, const LogPlaces& plac
 
 }  // namespace
 
-void AddLadder(pugi::xml_node section, const RunResult& run, const LogPlaces& places, std::size_t limit) {
-    const auto kept = KeptOf(run.steps.size(), limit,
-                             [&run](std::size_t step) { return run.steps[step].kind == Step::Kind::Fault; });
+void AddLadder(pugi::xml_node section, const result::RunResult& run, const LogPlaces& places,
+               std::size_t limit) {
+    const auto kept = KeptOf(run.steps.size(), limit, [&run](std::size_t step) {
+        return run.steps[step].kind == result::Step::Kind::Fault;
+    });
     Add(section, "p", "Seconds since the run began; each step is linked to its line of the log.", "hint");
     if (kept.size() < run.steps.size()) {
         Add(section, "p",
@@ -162,4 +164,4 @@ void AddLadder(pugi::xml_node section, const RunResult& run, const LogPlaces& pl
     }
 }
 
-}  // namespace rig::report
+}  // namespace rig::html

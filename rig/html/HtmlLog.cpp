@@ -9,13 +9,13 @@
 #include "rig/html/HtmlPage.h"
 #include "rig/result/Words.h"
 
-namespace rig::report {
+namespace rig::html {
 namespace {
 
 constexpr std::size_t kLinesInBlock = 200;  // the browser lays out only the visible blocks
 constexpr double kLineHeight = 1.5;         // em, as in the style
 
-std::string LevelOf(const LogEntry& entry) {
+std::string LevelOf(const result::LogEntry& entry) {
     return entry.level ? std::to_string(*entry.level) : "none";
 }
 
@@ -35,12 +35,12 @@ pugi::xml_node AddInput(pugi::xml_node label, const char* type, const char* name
     return input;
 }
 
-void AddLevels(pugi::xml_node form, const RunResult& run) {
+void AddLevels(pugi::xml_node form, const result::RunResult& run) {
     const auto byNumber = [](const std::string& left, const std::string& right) {
         return left.size() != right.size() ? left.size() < right.size() : left < right;
     };
     std::set<std::string, decltype(byNumber)> levels(byNumber);
-    for (const LogEntry& entry : run.log) {
+    for (const result::LogEntry& entry : run.log) {
         levels.insert(LevelOf(entry));
     }
     pugi::xml_node fields = Add(form, "fieldset");
@@ -55,7 +55,7 @@ void AddLevels(pugi::xml_node form, const RunResult& run) {
 }
 
 /// Hidden until the script shows it, as it does nothing without the script.
-void AddSearch(pugi::xml_node log, const RunResult& run) {
+void AddSearch(pugi::xml_node log, const result::RunResult& run) {
     pugi::xml_node form = Add(log, "form", {}, "search");
     Set(form, "role", "search");
     Set(form, "hidden", "hidden");
@@ -68,22 +68,22 @@ void AddSearch(pugi::xml_node log, const RunResult& run) {
     Set(Add(form, "p", {}, "shown"), "role", "status");
 }
 
-void AddLine(pugi::xml_node list, const RunResult& run, const LogPlaces& places, std::size_t index,
+void AddLine(pugi::xml_node list, const result::RunResult& run, const LogPlaces& places, std::size_t index,
              const std::string& prefix) {
-    const LogEntry& entry = run.log[index];
+    const result::LogEntry& entry = run.log[index];
     const std::string anchor = places.AnchorOf(index);
     const auto& proved = places.ProvedBy(index);
     pugi::xml_node line = Add(list, "li", {}, proved.empty() ? "" : "evidence");
     Set(line, "id", anchor);
     Set(line, "data-level", LevelOf(entry));
     AddLink(line, "#" + anchor, std::to_string(entry.line));
-    Add(line, "span", SecondsSince(run.begin, entry.time));
+    Add(line, "span", result::SecondsSince(run.begin, entry.time));
     Add(line, "span", entry.level ? LevelOf(entry) : "");
     pugi::xml_node text = Add(line, "div");
     Add(text, "code", entry.text);
-    for (const CheckResult* check : proved) {
+    for (const result::CheckResult* check : proved) {
         AddText(text, " ");
-        const std::string words = fmt::format("evidence: {} {}", NameOf(check->verdict), check->id);
+        const std::string words = fmt::format("evidence: {} {}", result::NameOf(check->verdict), check->id);
         Set(AddLink(text, "#" + prefix + check->id, words), "class",
             "proof verdict " + ClassOf(check->verdict));
     }
@@ -96,7 +96,8 @@ pugi::xml_node AddBlock(pugi::xml_node log, std::size_t lines) {
     return list;
 }
 
-void AddLines(pugi::xml_node log, const RunResult& run, const LogPlaces& places, const std::string& prefix) {
+void AddLines(pugi::xml_node log, const result::RunResult& run, const LogPlaces& places,
+              const std::string& prefix) {
     const auto& kept = places.Kept();
     pugi::xml_node block;
     for (std::size_t number = 0; number < kept.size(); ++number) {
@@ -113,7 +114,7 @@ void AddLines(pugi::xml_node log, const RunResult& run, const LogPlaces& places,
 
 }  // namespace
 
-void AddLog(pugi::xml_node section, const RunResult& run, const LogPlaces& places,
+void AddLog(pugi::xml_node section, const result::RunResult& run, const LogPlaces& places,
             const std::string& prefix) {
     pugi::xml_node log = Add(section, "div", {}, "log");
     const std::size_t cut = run.log.size() - places.Kept().size();
@@ -129,4 +130,4 @@ void AddLog(pugi::xml_node section, const RunResult& run, const LogPlaces& place
     AddLines(log, run, places, prefix);
 }
 
-}  // namespace rig::report
+}  // namespace rig::html

@@ -10,7 +10,7 @@
 
 #include "rig/result/Result.h"
 
-namespace rig::report {
+namespace rig::html {
 
 /// Where the lines of a run's log are on its page. A page holds a bounded number of them: the first and the
 /// last, and those in between that prove something.
@@ -18,34 +18,35 @@ class LogPlaces {
  public:
     /// @param run must outlive this. @param prefix of the anchors: "", "run2-". @param limit how many lines
     ///        the page holds, not counting those that prove something
-    LogPlaces(const RunResult& run, std::string prefix, std::size_t limit);
+    LogPlaces(const result::RunResult& run, std::string prefix, std::size_t limit);
 
     /// @return the anchor of an entry of the run's log: "L12"; in the second of several files "L2.12"
     std::string AnchorOf(std::size_t entry) const;
 
     /// @return a link's target, "#L12"; nothing if the page does not hold the line
-    std::optional<std::string> TargetOf(const Evidence& evidence) const;
-    std::optional<std::string> TargetOf(const Step& step) const;
+    std::optional<std::string> TargetOf(const result::Evidence& evidence) const;
+    std::optional<std::string> TargetOf(const result::Step& step) const;
 
     /// @return the entries that the page holds, in order
     const std::vector<std::size_t>& Kept() const { return kept_; }
 
     /// @return those of the run's checks that an entry proves
-    const std::vector<const CheckResult*>& ProvedBy(std::size_t entry) const;
+    const std::vector<const result::CheckResult*>& ProvedBy(std::size_t entry) const;
 
  private:
     template <typename Matches>
     std::optional<std::size_t> Find(std::uint64_t line, const Matches& matches) const;
-    std::optional<std::size_t> Find(const Evidence& evidence) const;
+    std::optional<std::size_t> Find(const result::Evidence& evidence) const;
 
-    const RunResult& run_;
+    const result::RunResult& run_;
     std::string prefix_;
     std::vector<std::size_t> files_;  // the first entry of each file of the log
-    std::map<std::size_t, std::vector<const CheckResult*>> proofs_;
+    std::map<std::size_t, std::vector<const result::CheckResult*>> proofs_;
     std::vector<std::size_t> kept_;
 };
 
 /// Adds the log with its search, which needs the page's script.
-void AddLog(pugi::xml_node section, const RunResult& run, const LogPlaces& places, const std::string& prefix);
+void AddLog(pugi::xml_node section, const result::RunResult& run, const LogPlaces& places,
+            const std::string& prefix);
 
-}  // namespace rig::report
+}  // namespace rig::html

@@ -7,7 +7,7 @@
 
 #include "rig/html/PageFiles.h"
 
-namespace rig::report {
+namespace rig::html {
 namespace {
 
 constexpr const char* kNothingIsLoaded =
@@ -82,15 +82,15 @@ pugi::xml_node AddLink(pugi::xml_node parent, std::string_view target, std::stri
     return link;
 }
 
-pugi::xml_node AddVerdict(pugi::xml_node parent, Verdict verdict) {
-    return Add(parent, "span", NameOf(verdict), "verdict " + ClassOf(verdict));
+pugi::xml_node AddVerdict(pugi::xml_node parent, result::Verdict verdict) {
+    return Add(parent, "span", result::NameOf(verdict), "verdict " + ClassOf(verdict));
 }
 
-void AddVerdictLetter(pugi::xml_node parent, Verdict verdict, std::string_view target) {
-    pugi::xml_node link = AddLink(parent, target, std::string(1, *NameOf(verdict)));
+void AddVerdictLetter(pugi::xml_node parent, result::Verdict verdict, std::string_view target) {
+    pugi::xml_node link = AddLink(parent, target, std::string(1, *result::NameOf(verdict)));
     Set(link, "class", "letter verdict " + ClassOf(verdict));
-    Set(link, "title", NameOf(verdict));
-    Set(link, "aria-label", NameOf(verdict));
+    Set(link, "title", result::NameOf(verdict));
+    Set(link, "aria-label", result::NameOf(verdict));
 }
 
 pugi::xml_node AddTable(pugi::xml_node parent, std::string_view caption,
@@ -127,12 +127,12 @@ pugi::xml_node AddRowHead(pugi::xml_node row, std::string_view text) {
     return head;
 }
 
-std::string ClassOf(Verdict verdict) {
-    std::string name = NameOf(verdict);
+std::string ClassOf(result::Verdict verdict) {
+    std::string name = result::NameOf(verdict);
     std::transform(name.begin(), name.end(), name.begin(), [](unsigned char letter) {
         return static_cast<char>(letter == ' ' ? '-' : std::tolower(letter));
     });
     return name;
 }
 
-}  // namespace rig::report
+}  // namespace rig::html

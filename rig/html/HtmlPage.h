@@ -8,7 +8,7 @@
 #include "rig/base/Elements.h"
 #include "rig/result/Result.h"
 
-namespace rig::report {
+namespace rig::html {
 
 /// A self-contained HTML page: style and script are in it, nothing is loaded. What is added below Body() is
 /// escaped when the page is written, so any text may be given; see ValidText for bytes that a page may not
@@ -33,10 +33,10 @@ class HtmlPage {
 pugi::xml_node AddLink(pugi::xml_node parent, std::string_view target, std::string_view text);
 
 /// Adds the verdict in words, in its colour.
-pugi::xml_node AddVerdict(pugi::xml_node parent, Verdict verdict);
+pugi::xml_node AddVerdict(pugi::xml_node parent, result::Verdict verdict);
 
 /// Adds the verdict as one letter, for tables with many of them, with a link to what it is about.
-void AddVerdictLetter(pugi::xml_node parent, Verdict verdict, std::string_view target);
+void AddVerdictLetter(pugi::xml_node parent, result::Verdict verdict, std::string_view target);
 
 /// Adds a table with one row of column heads, in a frame that scrolls if the page is too narrow.
 /// @return its body, to add "tr" with "td" to; a row's head is a "th", see AddRowHead
@@ -53,6 +53,6 @@ void AddFact(pugi::xml_node list, std::string_view name, std::string_view value)
 pugi::xml_node AddRowHead(pugi::xml_node row, std::string_view text);
 
 /// @return the verdict's class in the style sheet: "pass", "known-failure", "not-reached" ...
-std::string ClassOf(Verdict verdict);
+std::string ClassOf(result::Verdict verdict);
 
-}  // namespace rig::report
+}  // namespace rig::html

@@ -12,7 +12,7 @@
 #include "rig/html/HtmlPage.h"
 #include "rig/result/Words.h"
 
-namespace rig::report {
+namespace rig::html {
 namespace {
 
 // What a browser opens within seconds; many runs share it, but each gets a fair share.
@@ -21,44 +21,44 @@ constexpr std::size_t kFewestLogLines = 1'000;
 constexpr std::size_t kSteps = 10'000;
 constexpr std::size_t kFewestSteps = 200;
 
-using Counts = std::map<Verdict, std::size_t>;
+using Counts = std::map<result::Verdict, std::size_t>;
 
-Counts CountsOf(const Result& result) {
+Counts CountsOf(const result::Result& result) {
     Counts counts;
-    for (const RunResult& run : result.runs) {
-        for (const CheckResult& check : run.checks) {
+    for (const result::RunResult& run : result.runs) {
+        for (const result::CheckResult& check : run.checks) {
             ++counts[check.verdict];
         }
     }
     return counts;
 }
 
-std::string Headline(const Result& result) {
+std::string Headline(const result::Result& result) {
     Counts counts = CountsOf(result);
     std::size_t sum = 0;
     for (const auto& [verdict, count] : counts) {
         sum += count;
     }
-    const Verdict worst = WorstOf(result);
+    const result::Verdict worst = result::WorstOf(result);
     const std::string part = fmt::format("{} of {}", counts[worst], Counted(sum, "check"));
     switch (worst) {
-        case Verdict::Pass:
+        case result::Verdict::Pass:
             return fmt::format("The DVR passed: {}", part);
-        case Verdict::KnownFailure:
+        case result::Verdict::KnownFailure:
             return fmt::format("The DVR failed only as is known: {}", part);
-        case Verdict::NotReached:
+        case result::Verdict::NotReached:
             return fmt::format("The export did not get far enough: {} not reached", part);
-        case Verdict::Inconclusive:
+        case result::Verdict::Inconclusive:
             return fmt::format("The log cannot tell whether the DVR behaved: {} inconclusive", part);
-        case Verdict::Environment:
+        case result::Verdict::Environment:
             return fmt::format("The harness or the rig failed, not the DVR: {}", part);
-        case Verdict::Fail:
+        case result::Verdict::Fail:
             break;
     }
     return fmt::format("The DVR failed: {}", part);
 }
 
-void AddSummary(pugi::xml_node section, const Result& result) {
+void AddSummary(pugi::xml_node section, const result::Result& result) {
     pugi::xml_node line = Add(section, "p", {}, "summary");
     const Counts counts = CountsOf(result);
     for (auto count = counts.rbegin(); count != counts.rend(); ++count) {
@@ -68,14 +68,14 @@ void AddSummary(pugi::xml_node section, const Result& result) {
     }
 }
 
-void AddFacts(pugi::xml_node section, const RunResult& run) {
+void AddFacts(pugi::xml_node section, const result::RunResult& run) {
     pugi::xml_node list = Add(section, "dl", {}, "facts");
     AddFact(list, "Run", run.name);
     AddFact(list, "Switches", "velloran " + run.switches);
-    AddFact(list, "Begin", run.begin ? Date(*run.begin) : "not in the log");
-    AddFact(list, "End", run.end ? Date(*run.end) : "not in the log");
+    AddFact(list, "Begin", run.begin ? result::Date(*run.begin) : "not in the log");
+    AddFact(list, "End", run.end ? result::Date(*run.end) : "not in the log");
     if (run.begin && run.end) {
-        AddFact(list, "Duration", SecondsSince(run.begin, run.end) + " s");
+        AddFact(list, "Duration", result::SecondsSince(run.begin, run.end) + " s");
     }
 }
 
@@ -88,7 +88,7 @@ void AddPart(pugi::xml_node section, pugi::xml_node parts, const char* heading, 
 }
 
 /// Adds everything about one run. @param heading the element of its headings
-void AddRun(pugi::xml_node section, const RunResult& run, std::size_t number, std::size_t runs,
+void AddRun(pugi::xml_node section, const result::RunResult& run, std::size_t number, std::size_t runs,
             const char* heading) {
     const std::string prefix = PrefixOf(number);
     const LogPlaces places(run, prefix, std::max(kFewestLogLines, kLogLines / runs));
@@ -111,34 +111,34 @@ void AddRun(pugi::xml_node section, const RunResult& run, std::size_t number, st
     }
 }
 
-void AddListOfRuns(pugi::xml_node main, const Result& result) {
+void AddListOfRuns(pugi::xml_node main, const result::Result& result) {
     pugi::xml_node body = AddTable(main, "Runs", {"Run", "Verdict", "Log", "Switches"});
     for (std::size_t number = 0; number < result.runs.size(); ++number) {
-        const RunResult& run = result.runs[number];
+        const result::RunResult& run = result.runs[number];
         pugi::xml_node row = Add(body, "tr");
         AddLink(AddRowHead(row, {}), fmt::format("#run{}", number + 1), std::to_string(number + 1));
-        AddVerdict(Add(row, "td"), WorstOf(run));
+        AddVerdict(Add(row, "td"), result::WorstOf(run));
         Add(row, "td", run.name);
         Add(row, "td", "velloran " + run.switches);
     }
 }
 
-void AddRuns(pugi::xml_node main, const Result& result) {
+void AddRuns(pugi::xml_node main, const result::Result& result) {
     AddListOfRuns(main, result);
     AddMatrix(main, result);
     for (std::size_t number = 0; number < result.runs.size(); ++number) {
-        const RunResult& run = result.runs[number];
+        const result::RunResult& run = result.runs[number];
         pugi::xml_node section = Add(main, "section");
         Set(section, "id", fmt::format("run{}", number + 1));
         pugi::xml_node heading = Add(section, "h2", fmt::format("Run {}: {} ", number + 1, run.name));
-        AddVerdict(heading, WorstOf(run));
+        AddVerdict(heading, result::WorstOf(run));
         AddRun(section, run, number, result.runs.size(), "h3");
     }
 }
 
 }  // namespace
 
-std::string HtmlReport(const Result& result) {
+std::string HtmlReport(const result::Result& result) {
     HtmlPage page(Headline(result));
     AddSummary(page.Body(), result);
     if (result.runs.size() == 1) {
@@ -149,4 +149,4 @@ std::string HtmlReport(const Result& result) {
     return page.Text();
 }
 
-}  // namespace rig::report
+}  // namespace rig::html

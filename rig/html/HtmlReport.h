@@ -4,10 +4,10 @@
 
 #include "rig/result/Result.h"
 
-namespace rig::report {
+namespace rig::html {
 
 /// @return the result as one self-contained HTML page: a table of the checks, the dialogue drawn as a
 ///         ladder, the log with a search. Needs the runs' steps and log.
-std::string HtmlReport(const Result& result);
+std::string HtmlReport(const result::Result& result);
 
-}  // namespace rig::report
+}  // namespace rig::html

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <vector>
 
-namespace rig::report {
+namespace rig::html {
 
 /// @return which of `count` things a page with room for `limit` holds, ascending: all, or half of `limit`
 ///         from the start and half from the end, and up to `limit` of those in between for which
@@ -20,4 +20,4 @@ std::vector<std::size_t> KeptOf(std::size_t count, std::size_t limit, const Pred
     return kept;
 }
 
-}  // namespace rig::report
+}  // namespace rig::html

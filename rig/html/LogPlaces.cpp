@@ -4,17 +4,17 @@
 #include "rig/html/HtmlLog.h"
 #include "rig/html/KeptOf.h"
 
-namespace rig::report {
+namespace rig::html {
 
-LogPlaces::LogPlaces(const RunResult& run, std::string prefix, std::size_t limit)
+LogPlaces::LogPlaces(const result::RunResult& run, std::string prefix, std::size_t limit)
     : run_(run), prefix_(std::move(prefix)) {
     for (std::size_t entry = 0; entry < run.log.size(); ++entry) {
         if (entry == 0 || run.log[entry].line <= run.log[entry - 1].line) {
             files_.push_back(entry);
         }
     }
-    for (const CheckResult& check : run.checks) {
-        for (const Evidence& evidence : check.evidence) {
+    for (const result::CheckResult& check : run.checks) {
+        for (const result::Evidence& evidence : check.evidence) {
             if (const auto entry = Find(evidence)) {
                 proofs_[*entry].push_back(&check);
             }
@@ -35,9 +35,9 @@ std::optional<std::size_t> LogPlaces::Find(std::uint64_t line, const Matches& ma
     for (std::size_t file = 0; file < files_.size(); ++file) {
         const std::size_t last = file + 1 < files_.size() ? files_[file + 1] : run_.log.size();
         const auto end = run_.log.begin() + static_cast<std::ptrdiff_t>(last);
-        const auto found =
-            std::lower_bound(run_.log.begin() + static_cast<std::ptrdiff_t>(files_[file]), end, line,
-                             [](const LogEntry& entry, std::uint64_t wanted) { return entry.line < wanted; });
+        const auto found = std::lower_bound(
+            run_.log.begin() + static_cast<std::ptrdiff_t>(files_[file]), end, line,
+            [](const result::LogEntry& entry, std::uint64_t wanted) { return entry.line < wanted; });
         if (found != end && found->line == line && matches(*found)) {
             return static_cast<std::size_t>(found - run_.log.begin());
         }
@@ -46,27 +46,28 @@ std::optional<std::size_t> LogPlaces::Find(std::uint64_t line, const Matches& ma
 }
 
 /// Evidence holds only the beginning of a long line.
-std::optional<std::size_t> LogPlaces::Find(const Evidence& evidence) const {
-    return Find(evidence.line, [&evidence](const LogEntry& entry) {
+std::optional<std::size_t> LogPlaces::Find(const result::Evidence& evidence) const {
+    return Find(evidence.line, [&evidence](const result::LogEntry& entry) {
         return entry.text.compare(0, evidence.text.size(), evidence.text) == 0;
     });
 }
 
-std::optional<std::string> LogPlaces::TargetOf(const Evidence& evidence) const {
+std::optional<std::string> LogPlaces::TargetOf(const result::Evidence& evidence) const {
     const auto entry = Find(evidence);
     return entry ? std::optional<std::string>("#" + AnchorOf(*entry)) : std::nullopt;
 }
 
-std::optional<std::string> LogPlaces::TargetOf(const Step& step) const {
-    const auto entry = Find(step.line, [&step](const LogEntry& one) { return one.time == step.time; });
+std::optional<std::string> LogPlaces::TargetOf(const result::Step& step) const {
+    const auto entry =
+        Find(step.line, [&step](const result::LogEntry& one) { return one.time == step.time; });
     const bool isKept = entry && std::binary_search(kept_.begin(), kept_.end(), *entry);
     return isKept ? std::optional<std::string>("#" + AnchorOf(*entry)) : std::nullopt;
 }
 
-const std::vector<const CheckResult*>& LogPlaces::ProvedBy(std::size_t entry) const {
-    static const std::vector<const CheckResult*> kNone;
+const std::vector<const result::CheckResult*>& LogPlaces::ProvedBy(std::size_t entry) const {
+    static const std::vector<const result::CheckResult*> kNone;
     const auto proof = proofs_.find(entry);
     return proof == proofs_.end() ? kNone : proof->second;
 }
 
-}  // namespace rig::report
+}  // namespace rig::html

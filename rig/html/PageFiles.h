@@ -1,9 +1,9 @@
 #pragma once
 
-namespace rig::report {
+namespace rig::html {
 
 /// The files of page/, unchanged; the styles one after another.
 extern const char* const kReportStyle;
 extern const char* const kReportScript;
 
-}  // namespace rig::report
+}  // namespace rig::html

@@ -29,7 +29,7 @@ std::string FileIn(const Arrival& message) {
 void Exchange::Send(Request request, const Place& place) {
     if (request.name == "DONE") {
         if (!run_.doneSent.Any()) {
-            run_.acksAtDone = run_.Of(Sign::Acknowledged).Count();
+            run_.acksAtDone = run_.Of(log::Sign::Acknowledged).Count();
         }
         run_.doneSent.Add(place);
         run_.isExporting = false;
@@ -64,7 +64,7 @@ void Exchange::Take(const Arrival& message, const std::string& event, const Plac
             run_.afterDone.Add(place, message.name);
         }
         run_.isExporting = run_.isExporting || !run_.doneSent.Any();  // the log may begin after the OK
-        if (run_.Saw(Sign::SizeSwitch)) {
+        if (run_.Saw(log::Sign::SizeSwitch)) {
             run_.answeredWrong.Add(place, message.name);
         }
         if (IsReport(message.name) && !message.reid) {
@@ -174,18 +174,18 @@ void Exchange::TakeUnasked(const Arrival& message, const Place& place) {
     }
 }
 
-void Exchange::IgnoreLast(Sign why, const Place& place) {
+void Exchange::IgnoreLast(log::Sign why, const Place& place) {
     if (answered_ && isExact_) {
         return;  // it was asked for; since then a message out of turn has led the harness away from it
     }
     const std::string asked = answered_ ? answered_->Words() : "";
-    if (why == Sign::WrongFile && FileIn(last_) == completed_) {
+    if (why == log::Sign::WrongFile && FileIn(last_) == completed_) {
         run_.completedAgain.Add(place, completed_);
-    } else if (why == Sign::WrongFile) {
+    } else if (why == log::Sign::WrongFile) {
         run_.otherFile.Add(place, asked.empty() ? "" : FileIn(last_) + " instead of " + asked);
-    } else if (why == Sign::EventReidWrong && answered_) {
+    } else if (why == log::Sign::EventReidWrong && answered_) {
         run_.otherEvent.Add(place);
-    } else if (why == Sign::AckReidWrong && answered_) {
+    } else if (why == log::Sign::AckReidWrong && answered_) {
         run_.otherAck.Add(place);
     }
     if (answered_) {

@@ -32,7 +32,7 @@ class Exchange {
 
     /// The harness has said that it ignores the last message: the request that it seemed to answer is still
     /// waiting.
-    void IgnoreLast(Sign why, const Place& place);
+    void IgnoreLast(log::Sign why, const Place& place);
 
     /// The harness has logged something at this time: it was not reading before.
     void WasBusyUntil(std::optional<std::int64_t> time);

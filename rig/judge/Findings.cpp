@@ -6,7 +6,7 @@
 
 namespace rig::judge {
 
-using report::Verdict;
+using result::Verdict;
 
 namespace {
 
@@ -22,7 +22,7 @@ bool Always(const Run& /*run*/) {
 }
 
 bool IsExport(const Run& run) {
-    return !run.Saw(Sign::ConfigSwitch) && !run.Saw(Sign::SizeSwitch);
+    return !run.Saw(log::Sign::ConfigSwitch) && !run.Saw(log::Sign::SizeSwitch);
 }
 
 bool IsSecondDialect(const Run& run) {
@@ -30,7 +30,7 @@ bool IsSecondDialect(const Run& run) {
 }
 
 bool AsksWhole(const Run& run) {
-    return !run.Saw(Sign::SizeSwitch);
+    return !run.Saw(log::Sign::SizeSwitch);
 }
 
 Finding Pass(const std::string& expected, const std::string& found, const Tally& proof) {
@@ -53,10 +53,10 @@ Finding NotInjected(const Run& run, const std::string& otherwise) {
     if (run.protocol == 1) {
         return Inconclusive(kFired, "protocol 1.0 does not heed this switch: it was never injected");
     }
-    if (run.Saw(Sign::ConfigSwitch)) {
+    if (run.Saw(log::Sign::ConfigSwitch)) {
         return Inconclusive(kFired, "never injected: with -g nothing else is asked for");
     }
-    if (run.Saw(Sign::SizeSwitch)) {
+    if (run.Saw(log::Sign::SizeSwitch)) {
         return Inconclusive(kFired,
                             "never injected: with -z a good DVR answers nothing, so it does not come to it");
     }
@@ -86,14 +86,15 @@ double Waited(const Run& run, const Request& request) {
 }
 
 bool IsUnanswered(const Run& run, const Request& request, const Limits& limits) {
-    return request.isOvertaken || (run.Saw(Sign::ShuttingDown) && Waited(run, request) >= limits.patience);
+    return request.isOvertaken ||
+           (run.Saw(log::Sign::ShuttingDown) && Waited(run, request) >= limits.patience);
 }
 
 Tally Unanswered(const Run& run, const std::string& name, const Limits& limits) {
     Tally unanswered;
     for (const Request& request : run.pending) {
         if (Concerns(request, name) && IsUnanswered(run, request, limits)) {
-            report::Evidence proof = request.evidence;
+            result::Evidence proof = request.evidence;
             proof.note = request.Words() + " goes out";
             unanswered.Add(proof,
                            fmt::format("{} waited for {:.1f} s", request.Words(), Waited(run, request)));
@@ -108,7 +109,7 @@ bool IsWaiting(const Run& run, const std::string& name) {
 }
 
 bool RanForLong(const Run& run, const Limits& limits) {
-    return run.Saw(Sign::ShuttingDown) && run.beginTime && run.endTime &&
+    return run.Saw(log::Sign::ShuttingDown) && run.beginTime && run.endTime &&
            static_cast<double>(*run.endTime - *run.beginTime) / 1e6 >= limits.patience;
 }
 

@@ -12,7 +12,7 @@ bool Always(const Run& run);
 bool IsExport(const Run& run);  // not with -g, which asks for nothing, nor with -z, which cannot get far
 bool IsSecondDialect(const Run& run);  // an export in 2.0
 bool AsksWhole(const Run& run);        // not with -z
-template <Sign sign>
+template <log::Sign sign>
 bool With(const Run& run) {
     return run.Saw(sign);
 }

@@ -13,8 +13,8 @@ bool IsAssertion(std::string_view line) {
            line.find(": Assertion `") != std::string_view::npos;
 }
 
-report::RunResult Judged(const Run& run, const Limits& limits) {
-    report::RunResult result;
+result::RunResult Judged(const Run& run, const Limits& limits) {
+    result::RunResult result;
     result.name = run.begin.file + ":" + std::to_string(run.begin.line);
     result.switches = run.Switches();
     result.begin = run.beginTime;
@@ -37,7 +37,7 @@ bool IsMarkerFailure(std::string_view line) {
 }
 
 bool Judge::Add(const std::string& file, std::uint64_t number, std::string_view line) {
-    const auto parsed = ParseLogLine(line);
+    const auto parsed = log::ParseLogLine(line);
     if (!parsed) {
         const auto run = open_.find(last_);
         if (run != open_.end() && IsAssertion(line)) {
@@ -47,7 +47,7 @@ bool Judge::Add(const std::string& file, std::uint64_t number, std::string_view 
         }
         return false;
     }
-    const Sign sign = SignOf(parsed->text);
+    const log::Sign sign = log::SignOf(parsed->text);
     const Place place{file, number, parsed->text};
     last_ = parsed->process.value_or(-1);
     const auto run = open_.find(last_);

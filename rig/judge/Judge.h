@@ -18,7 +18,7 @@ namespace rig::judge {
 bool IsMarkerFailure(std::string_view line);
 
 /// Takes the verdict on a run as soon as the run is over.
-using TakeRun = std::function<void(report::RunResult run)>;
+using TakeRun = std::function<void(result::RunResult run)>;
 
 /// Reads logs line by line, splits them into runs, and judges each when it is over. Memory does not grow with
 /// the logs, except for what is to be kept.

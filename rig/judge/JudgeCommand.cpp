@@ -23,7 +23,7 @@
 #include "rig/result/TapReport.h"
 #include "rig/result/TextReport.h"
 
-namespace rig {
+namespace rig::judge {
 namespace {
 
 constexpr int kNoLog = 66;
@@ -38,7 +38,7 @@ bool WantsFiles(const JudgeOptions& options) {
 }
 
 /// @return those without any statement of the harness
-std::vector<std::string> ReadLogs(const JudgeOptions& options, judge::Judge& judge) {
+std::vector<std::string> ReadLogs(const JudgeOptions& options, Judge& judge) {
     std::vector<std::string> foreign;
     for (const std::string& log : options.logs) {
         bool isForeign = true;
@@ -46,9 +46,9 @@ std::vector<std::string> ReadLogs(const JudgeOptions& options, judge::Judge& jud
             isForeign = !judge.Add(log, number, line) && isForeign;
         };
         if (options.follow) {
-            FollowLog(log, take, [&judge] { return judge.IsOver(); });
+            log::FollowLog(log, take, [&judge] { return judge.IsOver(); });
         } else {
-            ReadLog(log, take);
+            log::ReadLog(log, take);
         }
         if (isForeign) {
             foreign.push_back(log);
@@ -61,19 +61,19 @@ std::vector<std::string> ReadLogs(const JudgeOptions& options, judge::Judge& jud
 /// Judges logs and prints each run as soon as it is judged. Keeps only what is to be written to a file.
 class LogsJudged {
  public:
-    LogsJudged(const JudgeOptions& options, const judge::KnownFailures& known)
+    LogsJudged(const JudgeOptions& options, const KnownFailures& known)
         : options_(options), known_(known), printer_(std::cout, WantsColour()) {}
 
     void Run() {
         const bool wantsSteps = options_.timeline || !options_.json.empty() || !options_.html.empty();
-        judge::Judge judge({options_.patience, options_.maxReaction}, {wantsSteps, !options_.html.empty()},
-                           [this](report::RunResult run) {
-                               judge::Apply(known_, run);
-                               tally_.Add(run);
-                               Take(std::move(run));
-                           });
+        Judge judge({options_.patience, options_.maxReaction}, {wantsSteps, !options_.html.empty()},
+                    [this](result::RunResult run) {
+                        Apply(known_, run);
+                        tally_.Add(run);
+                        Take(std::move(run));
+                    });
         foreign_ = ReadLogs(options_, judge);
-        report::RunResult unseen = tally_.Unseen(known_);
+        result::RunResult unseen = tally_.Unseen(known_);
         if (!unseen.checks.empty()) {
             Take(std::move(unseen));
         }
@@ -84,17 +84,17 @@ class LogsJudged {
     }
 
     /// @return what is to be written
-    const report::Result& Kept() const { return kept_; }
+    const result::Result& Kept() const { return kept_; }
 
-    report::Verdict Worst() const { return printer_.Worst(); }
+    result::Verdict Worst() const { return printer_.Worst(); }
 
     /// @return the logs without any statement of the harness
     const std::vector<std::string>& Foreign() const { return foreign_; }
 
  private:
-    void Take(report::RunResult run) {
+    void Take(result::RunResult run) {
         if (options_.timeline && !run.steps.empty()) {
-            std::cout << report::Timeline(run);
+            std::cout << result::Timeline(run);
         }
         printer_.Add(run);
         if (WantsFiles(options_)) {
@@ -103,25 +103,25 @@ class LogsJudged {
     }
 
     const JudgeOptions& options_;
-    const judge::KnownFailures& known_;
-    judge::KnownTally tally_;
-    report::RunPrinter printer_;
-    report::Result kept_;
+    const KnownFailures& known_;
+    KnownTally tally_;
+    result::RunPrinter printer_;
+    result::Result kept_;
     std::vector<std::string> foreign_;
 };
 
-void WriteReports(const JudgeOptions& options, const report::Result& result) {
+void WriteReports(const JudgeOptions& options, const result::Result& result) {
     if (!options.json.empty()) {
-        report::WriteWhole(options.json, report::JsonReport(result));
+        WriteWhole(options.json, result::JsonReport(result));
     }
     if (!options.junit.empty()) {
-        report::WriteWhole(options.junit, report::JunitReport(result));
+        WriteWhole(options.junit, result::JunitReport(result));
     }
     if (!options.tap.empty()) {
-        report::WriteWhole(options.tap, report::TapReport(result));
+        WriteWhole(options.tap, result::TapReport(result));
     }
     if (!options.html.empty()) {
-        report::WriteWhole(options.html, report::HtmlReport(result));
+        WriteWhole(options.html, html::HtmlReport(result));
     }
 }
 
@@ -178,7 +178,7 @@ void AddJudgeCommand(CLI::App& app, int& status) {
 
 int RunJudge(const JudgeOptions& options) {
     if (options.listChecks) {
-        Print(judge::ListChecks(), options.format);
+        Print(ListChecks(), options.format);
         return IsOutputLost() ? Complain("judge", kUsageStatus,
                                          "expected standard output to take the list, found that it did not")
                               : 0;
@@ -192,8 +192,8 @@ int RunJudge(const JudgeOptions& options) {
                         Printable(report) + ": expected a file for a report, found a log to be judged");
     }
     try {
-        const judge::KnownFailures known =
-            options.known.empty() ? judge::KnownFailures() : judge::ReadKnownFailures(options.known);
+        const KnownFailures known =
+            options.known.empty() ? KnownFailures() : ReadKnownFailures(options.known);
         LogsJudged logs(options, known);
         logs.Run();
         if (logs.Foreign().size() < options.logs.size()) {
@@ -208,12 +208,12 @@ int RunJudge(const JudgeOptions& options) {
                 "judge", kNoLog,
                 Printable(logs.Foreign().front()) + ": expected a log of the harness, found no line of one");
         }
-        return report::ExitStatusOf(logs.Worst());
-    } catch (const Unreadable& log) {
+        return result::ExitStatusOf(logs.Worst());
+    } catch (const log::Unreadable& log) {
         return Complain("judge", kNoLog, log.what());
     } catch (const std::exception& error) {
         return Complain("judge", kUsageStatus, error.what());
     }
 }
 
-}  // namespace rig
+}  // namespace rig::judge

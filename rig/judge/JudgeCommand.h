@@ -8,7 +8,7 @@ namespace CLI {
 class App;
 }
 
-namespace rig {
+namespace rig::judge {
 
 /// What the command line of `velloran-rig judge` says, with its defaults.
 struct JudgeOptions {
@@ -36,4 +36,4 @@ void AddJudgeCommand(CLI::App& app, int& status);
 ///         66 a log that cannot be read or is not the harness's
 int RunJudge(const JudgeOptions& options);
 
-}  // namespace rig
+}  // namespace rig::judge

@@ -14,8 +14,8 @@
 namespace rig::judge {
 namespace {
 
-using report::CheckResult;
-using report::Verdict;
+using result::CheckResult;
+using result::Verdict;
 
 bool IsCheck(const std::string& id) {
     return std::any_of(AllChecks().begin(), AllChecks().end(),
@@ -51,7 +51,7 @@ bool Has(const std::set<std::string>& reasons, const std::string& found) {
 
 KnownFailures ReadKnownFailures(const std::string& path) try {
     KnownFailures known;
-    ReadLog(path, [&known, &path](std::uint64_t number, std::string_view line) {
+    log::ReadLog(path, [&known, &path](std::uint64_t number, std::string_view line) {
         const std::string_view entry = Trimmed(line);
         if (entry.empty() || entry.front() == '#') {
             return;
@@ -66,11 +66,11 @@ KnownFailures ReadKnownFailures(const std::string& path) try {
         known[std::string(id)].insert(std::string(reason));
     });
     return known;
-} catch (const Unreadable& file) {
+} catch (const log::Unreadable& file) {
     throw std::runtime_error(std::string("--known: ") + file.what());
 }
 
-void Apply(const KnownFailures& known, report::RunResult& run) {
+void Apply(const KnownFailures& known, result::RunResult& run) {
     for (CheckResult& check : run.checks) {
         const auto entry = known.find(check.id);
         if (entry == known.end() || check.verdict != Verdict::Fail) {
@@ -84,7 +84,7 @@ void Apply(const KnownFailures& known, report::RunResult& run) {
     }
 }
 
-void KnownTally::Add(const report::RunResult& run) {
+void KnownTally::Add(const result::RunResult& run) {
     for (const CheckResult& check : run.checks) {
         if (check.verdict == Verdict::Pass) {
             passed_.insert(check.id);
@@ -94,8 +94,8 @@ void KnownTally::Add(const report::RunResult& run) {
     }
 }
 
-report::RunResult KnownTally::Unseen(const KnownFailures& known) const {
-    report::RunResult run;
+result::RunResult KnownTally::Unseen(const KnownFailures& known) const {
+    result::RunResult run;
     run.name = "known failures";
     for (const auto& [id, reasons] : known) {
         if (passed_.count(id) > 0 && shown_.count(id) == 0) {

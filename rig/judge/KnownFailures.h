@@ -20,18 +20,18 @@ KnownFailures ReadKnownFailures(const std::string& path);
 
 /// Turns failures that the list has, for the same reason, into known failures. A failure for another reason
 /// gets the list's reasons added.
-void Apply(const KnownFailures& known, report::RunResult& run);
+void Apply(const KnownFailures& known, result::RunResult& run);
 
 /// Which known failures show in some run, and which checks pass: an intermittent fault may not show in every
 /// run, but if some run passes and none shows it, the list must be fixed.
 class KnownTally {
  public:
     /// Takes a run as Apply left it.
-    void Add(const report::RunResult& run);
+    void Add(const result::RunResult& run);
 
     /// @return a failed check for each known failure that no run showed though some passed the check; as a
     ///         run of its own, so that every report shows it
-    report::RunResult Unseen(const KnownFailures& known) const;
+    result::RunResult Unseen(const KnownFailures& known) const;
 
  private:
     std::set<std::string> passed_;  // checks

@@ -13,18 +13,18 @@ constexpr std::size_t kEvidenceText = 300;  // bytes
 constexpr double kBucketsPerDoubling = 24;  // 2^(1/24) is 1.029
 
 struct Flag {
-    Sign sign;
+    log::Sign sign;
     const char* text;
 };
 
-constexpr std::array kFlags = {Flag{Sign::EventSwitch, " -e"},     Flag{Sign::FileSwitch, " -f"},
-                               Flag{Sign::TransportSwitch, " -t"}, Flag{Sign::RehashSwitch, " -r"},
-                               Flag{Sign::XferSwitch, " -x"},      Flag{Sign::UpgradeSwitch, " -u"},
-                               Flag{Sign::SizeSwitch, " -z"},      Flag{Sign::ConfigSwitch, " -g"}};
+constexpr std::array kFlags = {Flag{log::Sign::EventSwitch, " -e"},     Flag{log::Sign::FileSwitch, " -f"},
+                               Flag{log::Sign::TransportSwitch, " -t"}, Flag{log::Sign::RehashSwitch, " -r"},
+                               Flag{log::Sign::XferSwitch, " -x"},      Flag{log::Sign::UpgradeSwitch, " -u"},
+                               Flag{log::Sign::SizeSwitch, " -z"},      Flag{log::Sign::ConfigSwitch, " -g"}};
 
 }  // namespace
 
-report::Evidence Place::Proof() const {
+result::Evidence Place::Proof() const {
     return {file, line, WithoutControls(text.substr(0, kEvidenceText))};
 }
 
@@ -36,7 +36,7 @@ void Tally::Add(const Place& place, const std::string& note) {
     }
 }
 
-void Tally::Add(const report::Evidence& evidence, const std::string& note) {
+void Tally::Add(const result::Evidence& evidence, const std::string& note) {
     if (Counts(note)) {
         lines_.push_back(evidence);
     }
@@ -82,7 +82,8 @@ std::uint64_t Run::Received(const std::string& message) const {
 
 bool Run::HarnessEnded() const {
     return assertions.Any() || noMessage.Any() || badLength.Any() || namelessFiles.Any() ||
-           Saw(Sign::BadPrefix) || Saw(Sign::NotXml) || Saw(Sign::EndInsideText) || Saw(Sign::SendFailed);
+           Saw(log::Sign::BadPrefix) || Saw(log::Sign::NotXml) || Saw(log::Sign::EndInsideText) ||
+           Saw(log::Sign::SendFailed);
 }
 
 std::string Run::Switches() const {
@@ -92,10 +93,10 @@ std::string Run::Switches() const {
             switches += flag.text;
         }
     }
-    if (Saw(Sign::CloseSwitch)) {
+    if (Saw(log::Sign::CloseSwitch)) {
         switches += " -c " + std::to_string(closeEarly);
     }
-    if (Saw(Sign::DurationSwitch)) {
+    if (Saw(log::Sign::DurationSwitch)) {
         switches += " -d " + std::to_string(doneDuration);
     }
     if (hasSleep) {

@@ -21,7 +21,7 @@ struct Place {
     std::uint64_t line;
     std::string_view text;
 
-    report::Evidence Proof() const;
+    result::Evidence Proof() const;
 };
 
 /// How often something happened, and the first few lines that prove it: bounded, however long the log is.
@@ -29,18 +29,18 @@ class Tally {
  public:
     /// @param note  what the line itself does not say; the first one is kept
     void Add(const Place& place, const std::string& note = "");
-    void Add(const report::Evidence& evidence, const std::string& note = "");
+    void Add(const result::Evidence& evidence, const std::string& note = "");
     std::uint64_t Count() const { return count_; }
     bool Any() const { return count_ > 0; }
     const std::string& Note() const { return note_; }
-    const std::vector<report::Evidence>& Lines() const { return lines_; }
+    const std::vector<result::Evidence>& Lines() const { return lines_; }
 
  private:
     bool Counts(const std::string& note);
 
     std::uint64_t count_ = 0;
     std::string note_;
-    std::vector<report::Evidence> lines_;
+    std::vector<result::Evidence> lines_;
 };
 
 /// What the harness does wrong on purpose in a request.
@@ -64,7 +64,7 @@ struct Request {
     std::int64_t pause = 0;            // microseconds that the harness sleeps after it
     bool isOvertaken = false;          // DONE went out while it waited
     bool isMistaken = false;           // the harness ignored what came as its answer
-    report::Evidence evidence;
+    result::Evidence evidence;
 
     /// @return name, event and file
     std::string Words() const;
@@ -78,18 +78,18 @@ class ReactionTimes {
     /// @return the time in ms that the given fraction (0 to 1) of all reactions did not exceed
     double Percentile(double part) const;
     double Longest() const { return static_cast<double>(longest_) / 1000; }
-    const report::Evidence& LongestAt() const { return longestAt_; }
+    const result::Evidence& LongestAt() const { return longestAt_; }
 
  private:
     std::map<int, std::uint64_t> buckets_;
     std::uint64_t count_ = 0;
     std::int64_t longest_ = 0;
-    report::Evidence longestAt_;
+    result::Evidence longestAt_;
 };
 
 /// What the log of one run says, gathered while reading it: facts, no verdicts.
 struct Run {
-    report::Evidence begin;
+    result::Evidence begin;
     std::optional<std::int64_t> beginTime;
     std::optional<std::int64_t> endTime;
     bool hasFractions = false;  // the log's times are finer than whole seconds
@@ -104,9 +104,9 @@ struct Run {
     bool hasStart = false;                // the log holds the run's first lines
     bool openedByOk = false;              // the first message was OK
     bool isExporting = false;             // an OK came, and no DONE went out after it
-    Sign last = Sign::None;               // of the last statement
+    log::Sign last = log::Sign::None;     // of the last statement
     std::optional<std::int64_t> resumed;  // microseconds from the last DONE to the OK after it
-    std::array<Tally, static_cast<std::size_t>(Sign::Count)> signs;
+    std::array<Tally, static_cast<std::size_t>(log::Sign::Count)> signs;
     std::array<FaultRecord, static_cast<std::size_t>(Fault::Count)> faults;
     std::map<std::string, Tally> received;  // by message; unknown ones under ""
     std::map<std::string, ReactionTimes> reactions;
@@ -142,11 +142,11 @@ struct Run {
     bool hasLargeEvent = false;    // an event of at least two files came
     std::deque<Request> pending;   // still without an answer
 
-    std::vector<report::Step> steps;    // only when asked for
-    std::vector<report::LogEntry> log;  // likewise
+    std::vector<result::Step> steps;    // only when asked for
+    std::vector<result::LogEntry> log;  // likewise
 
-    const Tally& Of(Sign sign) const { return signs[static_cast<std::size_t>(sign)]; }
-    bool Saw(Sign sign) const { return Of(sign).Any(); }
+    const Tally& Of(log::Sign sign) const { return signs[static_cast<std::size_t>(sign)]; }
+    bool Saw(log::Sign sign) const { return Of(sign).Any(); }
     const FaultRecord& Of(Fault fault) const { return faults[static_cast<std::size_t>(fault)]; }
     FaultRecord& Of(Fault fault) { return faults[static_cast<std::size_t>(fault)]; }
     std::uint64_t Received(const std::string& message) const;

@@ -10,16 +10,17 @@
 namespace rig::judge {
 namespace {
 
-using report::Step;
+using result::Step;
 
-bool IsSwitch(Sign sign) {
-    return sign >= Sign::CloseSwitch && sign <= Sign::ConfigSwitch;
+bool IsSwitch(log::Sign sign) {
+    return sign >= log::Sign::CloseSwitch && sign <= log::Sign::ConfigSwitch;
 }
 
 /// @return whether the harness says that it ignores the message
-bool IsRejection(Sign sign) {
-    return sign == Sign::FileWithoutNames || sign == Sign::WrongFile || sign == Sign::EventReidWrong ||
-           sign == Sign::AckWithoutReid || sign == Sign::AckReidWrong;
+bool IsRejection(log::Sign sign) {
+    return sign == log::Sign::FileWithoutNames || sign == log::Sign::WrongFile ||
+           sign == log::Sign::EventReidWrong || sign == log::Sign::AckWithoutReid ||
+           sign == log::Sign::AckReidWrong;
 }
 
 std::optional<std::string> ValueOf(const pugi::xml_node& message, const char* name) {
@@ -39,40 +40,40 @@ RunModel::RunModel(const Place& begin, const Keep& keep) : keep_(keep) {
     run_.begin = begin.Proof();
 }
 
-bool RunModel::IsStartOfAnother(Sign sign) const {
-    const bool hasBegun = run_.Saw(Sign::Connected) || run_.Saw(Sign::Expecting);
+bool RunModel::IsStartOfAnother(log::Sign sign) const {
+    const bool hasBegun = run_.Saw(log::Sign::Connected) || run_.Saw(log::Sign::Expecting);
     return HasEnded() || run_.assertions.Any() ||
-           (hasBegun && (IsSwitch(sign) || sign == Sign::Connected || sign == Sign::BindFailed));
+           (hasBegun && (IsSwitch(sign) || sign == log::Sign::Connected || sign == log::Sign::BindFailed));
 }
 
 bool RunModel::HasEnded() const {
-    return run_.Saw(Sign::ShuttingDown) || run_.Of(Sign::BindFailed).Count() > 1;
+    return run_.Saw(log::Sign::ShuttingDown) || run_.Of(log::Sign::BindFailed).Count() > 1;
 }
 
 bool RunModel::IsOver() const {
-    return HasEnded() || run_.Saw(Sign::ClosingClient) || run_.assertions.Any() ||
+    return HasEnded() || run_.Saw(log::Sign::ClosingClient) || run_.assertions.Any() ||
            (run_.doneSent.Any() && !run_.isExporting && run_.protocol == 2 && run_.closeEarly == 0);
 }
 
-void RunModel::Add(const LogLine& line, Sign sign, const Place& place) {
+void RunModel::Add(const log::LogLine& line, log::Sign sign, const Place& place) {
     Note(line, sign, place);
     switch (sign) {
-        case Sign::Expecting:
+        case log::Sign::Expecting:
             ExpectMessage(line, place);
             break;
-        case Sign::Incoming:
+        case log::Sign::Incoming:
             TakeSlice(line.text, place);
             break;
-        case Sign::HeaderByte:
-            if (Behind(sign, line.text).substr(0, 2) == "0]") {
+        case log::Sign::HeaderByte:
+            if (log::Behind(sign, line.text).substr(0, 2) == "0]") {
                 Send(place);
             }
             break;
-        case Sign::Connected:
-        case Sign::ClosingClient:
-        case Sign::ShuttingDown:
-        case Sign::EndInsideText:
-        case Sign::PrefixReadError:
+        case log::Sign::Connected:
+        case log::Sign::ClosingClient:
+        case log::Sign::ShuttingDown:
+        case log::Sign::EndInsideText:
+        case log::Sign::PrefixReadError:
             AddStep(Step::Kind::Note, line.text, place);
             break;
         default:
@@ -83,13 +84,13 @@ void RunModel::Add(const LogLine& line, Sign sign, const Place& place) {
 }
 
 /// What every statement tells, whatever it is a sign of.
-void RunModel::Note(const LogLine& line, Sign sign, const Place& place) {
-    if (sign == Sign::Expecting) {
+void RunModel::Note(const log::LogLine& line, log::Sign sign, const Place& place) {
+    if (sign == log::Sign::Expecting) {
         exchange_.WasBusyUntil(now_);  // when it last said something
     }
     now_ = line.time;
     run_.last = sign;
-    run_.hasFractions = run_.hasFractions || (now_ && *now_ % kSecond != 0);
+    run_.hasFractions = run_.hasFractions || (now_ && *now_ % log::kSecond != 0);
     if (!run_.beginTime) {
         run_.beginTime = line.time;
     }
@@ -98,12 +99,12 @@ void RunModel::Note(const LogLine& line, Sign sign, const Place& place) {
     }
     // A harness without switches that no DVR connects to only says at its end that it is shutting down.
     const bool isFirst = place.line == run_.begin.line && place.file == run_.begin.file;
-    if (IsSwitch(sign) || sign == Sign::Connected || sign == Sign::BindFailed ||
-        sign == Sign::NoSignalHandler || (sign == Sign::ShuttingDown && isFirst)) {
-        run_.hasStart = run_.hasStart || !run_.Saw(Sign::Expecting);
+    if (IsSwitch(sign) || sign == log::Sign::Connected || sign == log::Sign::BindFailed ||
+        sign == log::Sign::NoSignalHandler || (sign == log::Sign::ShuttingDown && isFirst)) {
+        run_.hasStart = run_.hasStart || !run_.Saw(log::Sign::Expecting);
     }
     run_.signs[static_cast<std::size_t>(sign)].Add(
-        place, sign == Sign::UnknownMessage ? WithoutControls(Behind(sign, line.text)) : "");
+        place, sign == log::Sign::UnknownMessage ? WithoutControls(log::Behind(sign, line.text)) : "");
     if (keep_.log) {
         run_.log.push_back({place.line, line.time, line.level, std::string(line.text)});
     }
@@ -118,25 +119,26 @@ void RunModel::AddMarkerFailure(const Place& place) {
     run_.markerFailures.Add(place);
 }
 
-void RunModel::TakeNumber(Sign sign, std::string_view text) {
-    const std::int64_t number = std::clamp<std::int64_t>(NumberIn(Behind(sign, text)), INT32_MIN, INT32_MAX);
-    if (sign == Sign::CloseSwitch) {
+void RunModel::TakeNumber(log::Sign sign, std::string_view text) {
+    const std::int64_t number =
+        std::clamp<std::int64_t>(log::NumberIn(log::Behind(sign, text)), INT32_MIN, INT32_MAX);
+    if (sign == log::Sign::CloseSwitch) {
         run_.closeEarly = number;
-    } else if (sign == Sign::DurationSwitch) {
+    } else if (sign == log::Sign::DurationSwitch) {
         run_.doneDuration = number;
-    } else if (sign == Sign::SleepSwitch) {
+    } else if (sign == log::Sign::SleepSwitch) {
         run_.sleepSeconds = number;
         run_.hasSleep = true;
-    } else if (sign == Sign::ProtocolSwitch) {
+    } else if (sign == log::Sign::ProtocolSwitch) {
         run_.protocol = static_cast<int>(number);
-    } else if (sign == Sign::Opening) {  // in a log that lacks its first lines
-        const std::string_view request = Behind(sign, text);
+    } else if (sign == log::Sign::Opening) {  // in a log that lacks its first lines
+        const std::string_view request = log::Behind(sign, text);
         run_.protocol = request == "GET_EVENT_LIST" ? 2 : request == "GET_XML" ? 1 : run_.protocol;
     }
 }
 
-void RunModel::ExpectMessage(const LogLine& line, const Place& place) {
-    const std::int64_t bytes = NumberIn(Behind(Sign::Expecting, line.text));
+void RunModel::ExpectMessage(const log::LogLine& line, const Place& place) {
+    const std::int64_t bytes = log::NumberIn(log::Behind(log::Sign::Expecting, line.text));
     if (!incoming_.Expect(bytes, line.time)) {
         run_.damaged.Add(place);
     }
@@ -146,7 +148,7 @@ void RunModel::ExpectMessage(const LogLine& line, const Place& place) {
 }
 
 void RunModel::TakeSlice(std::string_view text, const Place& place) {
-    if (!incoming_.Add(Behind(Sign::Incoming, text))) {
+    if (!incoming_.Add(log::Behind(log::Sign::Incoming, text))) {
         run_.damaged.Add(place);
     } else if (incoming_.IsWhole()) {
         TakeMessage(place);
@@ -187,7 +189,7 @@ void RunModel::TakeMessage(const Place& place) {
     next_.TakeMessage(name, message, place);
 }
 
-void RunModel::TakeHandling(Sign sign, std::string_view text, const Place& place) {
+void RunModel::TakeHandling(log::Sign sign, std::string_view text, const Place& place) {
     if (IsRejection(sign)) {
         if (keep_.steps) {
             AddStep(Step::Kind::Note, "ignored: " + std::string(text), place);

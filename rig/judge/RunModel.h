@@ -29,10 +29,10 @@ class RunModel {
     RunModel& operator=(const RunModel&) = delete;
 
     /// @return whether the statement can only belong to a later run
-    bool IsStartOfAnother(Sign sign) const;
+    bool IsStartOfAnother(log::Sign sign) const;
 
     /// Takes the next statement of the run.
-    void Add(const LogLine& line, Sign sign, const Place& place);
+    void Add(const log::LogLine& line, log::Sign sign, const Place& place);
 
     /// Takes the message of a failed assertion of the harness, from its standard error.
     void AddAssertion(const Place& place);
@@ -49,21 +49,21 @@ class RunModel {
     const Run& Facts() const { return run_; }
 
  private:
-    void Note(const LogLine& line, Sign sign, const Place& place);
-    void TakeNumber(Sign sign, std::string_view text);
-    void ExpectMessage(const LogLine& line, const Place& place);
+    void Note(const log::LogLine& line, log::Sign sign, const Place& place);
+    void TakeNumber(log::Sign sign, std::string_view text);
+    void ExpectMessage(const log::LogLine& line, const Place& place);
     void TakeSlice(std::string_view text, const Place& place);
     void TakeMessage(const Place& place);
-    void TakeHandling(Sign sign, std::string_view text, const Place& place);
+    void TakeHandling(log::Sign sign, std::string_view text, const Place& place);
     void Send(const Place& place);
-    void AddStep(report::Step::Kind kind, std::string_view text, const Place& place);
+    void AddStep(result::Step::Kind kind, std::string_view text, const Place& place);
 
     Run run_;
     Exchange exchange_{run_};
     Keep keep_;
     std::optional<std::int64_t> now_;  // the statement's time
 
-    Incoming incoming_;
+    log::Incoming incoming_;
     NextRequest next_{run_};
 };
 

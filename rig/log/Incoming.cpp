@@ -2,7 +2,7 @@
 
 #include "rig/log/LogLine.h"
 
-namespace rig::judge {
+namespace rig::log {
 namespace {
 
 constexpr std::size_t kLongest = std::size_t{64} << 20;  // bytes: memory must not grow with the log
@@ -29,4 +29,4 @@ bool Incoming::Add(std::string_view slice) {
     return true;
 }
 
-}  // namespace rig::judge
+}  // namespace rig::log

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace rig::judge {
+namespace rig::log {
 
 /// The incoming message, assembled from the slices in which the harness logs it.
 class Incoming {
@@ -37,4 +37,4 @@ class Incoming {
     std::optional<std::int64_t> time_;
 };
 
-}  // namespace rig::judge
+}  // namespace rig::log

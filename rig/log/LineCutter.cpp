@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace rig {
+namespace rig::log {
 
 void LineCutter::Add(std::string_view piece) {
     for (std::size_t newline = 0; (newline = piece.find('\n')) != std::string_view::npos;) {
@@ -34,4 +34,4 @@ void LineCutter::Give(std::string_view end) {
     rest_.clear();
 }
 
-}  // namespace rig
+}  // namespace rig::log

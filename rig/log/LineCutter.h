@@ -7,7 +7,7 @@
 #include <string_view>
 #include <utility>
 
-namespace rig {
+namespace rig::log {
 
 /// Takes one line of a log, without its newline. Line numbers count from 1; the view is valid only during the
 /// call.
@@ -36,4 +36,4 @@ class LineCutter {
     std::uint64_t number_ = 0;
 };
 
-}  // namespace rig
+}  // namespace rig::log

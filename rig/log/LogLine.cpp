@@ -4,7 +4,7 @@
 #include <array>
 #include <charconv>
 
-namespace rig {
+namespace rig::log {
 namespace {
 
 constexpr std::string_view kSource = "velloran:";
@@ -259,4 +259,4 @@ std::string Unescaped(std::string_view text) {
     return plain;
 }
 
-}  // namespace rig
+}  // namespace rig::log

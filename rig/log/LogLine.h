@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace rig {
+namespace rig::log {
 
 /// A second, in the unit of all times that are read from logs: microseconds.
 constexpr std::int64_t kSecond = 1'000'000;
@@ -25,4 +25,4 @@ std::optional<LogLine> ParseLogLine(std::string_view line);
 /// @return the text with the logger's escapes undone: `\\`, `\n`, `\r`, `\t`, `\xHH`. Other backslashes stay.
 std::string Unescaped(std::string_view text);
 
-}  // namespace rig
+}  // namespace rig::log

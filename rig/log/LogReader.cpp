@@ -10,7 +10,7 @@
 #include <optional>
 #include <vector>
 
-namespace rig {
+namespace rig::log {
 namespace {
 
 constexpr std::size_t kChunk = std::size_t{1} << 18;
@@ -110,4 +110,4 @@ void FollowLog(const std::string& name, const TakeLine& take, const std::functio
     lines.End();
 }
 
-}  // namespace rig
+}  // namespace rig::log

@@ -6,7 +6,7 @@
 
 #include "rig/log/LineCutter.h"
 
-namespace rig {
+namespace rig::log {
 
 /// A log that cannot be opened or read. The text names it and the reason.
 class Unreadable : public std::runtime_error {
@@ -23,4 +23,4 @@ void ReadLog(const std::string& name, const TakeLine& take);
 /// or at a second one.
 void FollowLog(const std::string& name, const TakeLine& take, const std::function<bool()>& isOver);
 
-}  // namespace rig
+}  // namespace rig::log

@@ -31,29 +31,29 @@ void NextRequest::TakeMessage(const std::string& name, const pugi::xml_node& mes
     }
 }
 
-Fault NextRequest::Take(Sign sign, std::string_view text) {
-    const std::string_view detail = Behind(sign, text);
+Fault NextRequest::Take(log::Sign sign, std::string_view text) {
+    const std::string_view detail = log::Behind(sign, text);
     switch (sign) {
-        case Sign::Opening:
+        case log::Sign::Opening:
             announced_ = detail == "CONFIGURATION_UPDATE" ? "UPDATE_CONFIGURATION" : detail;
             break;
-        case Sign::FileDone:
+        case log::Sign::FileDone:
             if (run_.protocol == 1) {
                 RetireFile();
             }
             break;
-        case Sign::FilesLeft:
+        case log::Sign::FilesLeft:
             popped_ = true;
-            left_ = NumberIn(detail);
+            left_ = log::NumberIn(detail);
             RetireFile();
             break;
-        case Sign::SendingComplete:
+        case log::Sign::SendingComplete:
             announced_ = "EVENT_XFER_COMPLETE";
             break;
-        case Sign::SendingDone:
+        case log::Sign::SendingDone:
             announced_ = "DONE";
             break;
-        case Sign::Acknowledged:
+        case log::Sign::Acknowledged:
             if (!lists_.events.empty()) {
                 lists_.events.pop_front();
             }
@@ -65,26 +65,26 @@ Fault NextRequest::Take(Sign sign, std::string_view text) {
 }
 
 /// What the harness logs when it is about to do something wrong on purpose.
-Fault NextRequest::TakeFault(Sign sign, std::string_view text) {
+Fault NextRequest::TakeFault(log::Sign sign, std::string_view text) {
     switch (sign) {
-        case Sign::EventFault:
+        case log::Sign::EventFault:
             lists_.events.push_front(Damaged(Event()));
             fault_ = Fault::Event;
             break;
-        case Sign::FileFault:
-            fault_ = DamageFile(NumberIn(Behind(sign, text)));
+        case log::Sign::FileFault:
+            fault_ = DamageFile(log::NumberIn(log::Behind(sign, text)));
             break;
-        case Sign::TransportFault:
+        case log::Sign::TransportFault:
             AskTwice();
             fault_ = Fault::Transport;
             break;
-        case Sign::RehashFault:
+        case log::Sign::RehashFault:
             AskTwice();
             break;
-        case Sign::LastFile:
+        case log::Sign::LastFile:
             fault_ = EndsWith(text, ", true)") ? Fault::Rehash : Fault::None;
             break;
-        case Sign::XferFault:
+        case log::Sign::XferFault:
             doubled_ = 2;
             return Fault::Xfer;
         default:
@@ -142,7 +142,7 @@ Request NextRequest::Make() {
         request.reid = Event();
     }
     if (request.name == "GET_FILE" && popped_ && left_ > 1) {
-        request.pause = run_.sleepSeconds * kSecond;
+        request.pause = run_.sleepSeconds * log::kSecond;
     }
     if (doubled_ > 0 && --doubled_ == 0) {
         fault_ = Fault::Xfer;  // only the second of the two gets a different answer

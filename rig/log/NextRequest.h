@@ -26,7 +26,7 @@ class NextRequest {
     void TakeMessage(const std::string& name, const pugi::xml_node& message, const Place& place);
 
     /// Takes a statement of the harness about what it does. @return the fault that it injects, if it does
-    Fault Take(Sign sign, std::string_view text);
+    Fault Take(log::Sign sign, std::string_view text);
 
     /// The harness sends. @return its request, without what the current statement says
     Request Make();
@@ -36,7 +36,7 @@ class NextRequest {
     std::string Event() const;
 
  private:
-    Fault TakeFault(Sign sign, std::string_view text);
+    Fault TakeFault(log::Sign sign, std::string_view text);
     Fault DamageFile(std::int64_t count);
     void RetireFile();
     void AskTwice();

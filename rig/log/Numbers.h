@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace rig::judge {
+namespace rig::log {
 
 /// @return the decimal number that the text begins with; 0 if there is none, or it does not fit
 inline std::int64_t NumberIn(std::string_view text) {
@@ -13,4 +13,4 @@ inline std::int64_t NumberIn(std::string_view text) {
     return number;
 }
 
-}  // namespace rig::judge
+}  // namespace rig::log

@@ -5,7 +5,7 @@
 
 #include "rig/base/Affix.h"
 
-namespace rig::judge {
+namespace rig::log {
 namespace {
 
 struct Beginning {
@@ -129,4 +129,4 @@ std::string_view Behind(Sign sign, std::string_view text) {
     return {};
 }
 
-}  // namespace rig::judge
+}  // namespace rig::log

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace rig::judge {
+namespace rig::log {
 
 /// What a statement of the harness's log is a sign of.
 enum class Sign : std::size_t {
@@ -85,4 +85,4 @@ Sign SignOf(std::string_view text);
 /// @return the part of the text after the sign's fixed beginning
 std::string_view Behind(Sign sign, std::string_view text);
 
-}  // namespace rig::judge
+}  // namespace rig::log

@@ -1,6 +1,6 @@
 #include "rig/result/Json.h"
 
-namespace rig::report {
+namespace rig::result {
 namespace {
 
 constexpr int kIndent = 2;
@@ -20,4 +20,4 @@ std::string Print(const Json& json) {
     return json.dump(kIndent, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-}  // namespace rig::report
+}  // namespace rig::result

@@ -6,7 +6,7 @@
 
 #include "rig/result/Result.h"
 
-namespace rig::report {
+namespace rig::result {
 
 /// Keeps members in the order in which they are added.
 using Json = nlohmann::ordered_json;
@@ -22,4 +22,4 @@ Json ToJson(const Timing& timing);
 /// @return the text of a JSON file; bytes that are not UTF-8 are replaced
 std::string Print(const Json& json);
 
-}  // namespace rig::report
+}  // namespace rig::result

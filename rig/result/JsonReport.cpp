@@ -2,7 +2,7 @@
 
 #include "rig/result/Json.h"
 
-namespace rig::report {
+namespace rig::result {
 namespace {
 
 Json ToJson(const CheckResult& check) {
@@ -56,4 +56,4 @@ std::string JsonReport(const Result& result) {
     return Print(json);
 }
 
-}  // namespace rig::report
+}  // namespace rig::result

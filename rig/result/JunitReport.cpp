@@ -10,7 +10,7 @@
 #include "rig/base/Elements.h"
 #include "rig/result/Words.h"
 
-namespace rig::report {
+namespace rig::result {
 namespace {
 
 const char* ElementOf(Verdict verdict) {
@@ -103,4 +103,4 @@ std::string JunitReport(const Result& result) {
     return text.str();
 }
 
-}  // namespace rig::report
+}  // namespace rig::result

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace rig::report {
+namespace rig::result {
 
 const char* NameOf(Verdict verdict) {
     switch (verdict) {
@@ -60,4 +60,4 @@ int ExitStatusOf(Verdict verdict) {
     return 1;
 }
 
-}  // namespace rig::report
+}  // namespace rig::result

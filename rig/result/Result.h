@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace rig::report {
+namespace rig::result {
 
 /// What is known about one thing that is required of the DVR.
 enum class Verdict {
@@ -94,4 +94,4 @@ Verdict WorstOf(const Result& result);
 /// environment
 int ExitStatusOf(Verdict verdict);
 
-}  // namespace rig::report
+}  // namespace rig::result

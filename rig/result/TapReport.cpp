@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <iterator>
 
-namespace rig::report {
+namespace rig::result {
 namespace {
 
 /// @return the text without characters that mean something in TAP
@@ -35,4 +35,4 @@ std::string TapReport(const Result& result) {
     return fmt::format("TAP version 13\n1..{}\n{}", number, fmt::to_string(tests));
 }
 
-}  // namespace rig::report
+}  // namespace rig::result

@@ -10,7 +10,7 @@
 #include "rig/base/Colour.h"
 #include "rig/base/Counted.h"
 
-namespace rig::report {
+namespace rig::result {
 namespace {
 
 using Text = fmt::memory_buffer;
@@ -180,4 +180,4 @@ std::string Timeline(const RunResult& run) {
     return fmt::to_string(text);
 }
 
-}  // namespace rig::report
+}  // namespace rig::result

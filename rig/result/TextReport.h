@@ -8,7 +8,7 @@
 
 #include "rig/result/Result.h"
 
-namespace rig::report {
+namespace rig::result {
 
 /// Prints runs one by one, and a summary at the end. Of a printed run, only its row of the matrix is kept:
 /// there may be any number of runs.
@@ -51,4 +51,4 @@ std::string TextReport(const Result& result, bool colour);
 /// @return the dialogue of the run as a ladder: time since its start, direction, message, faults marked
 std::string Timeline(const RunResult& run);
 
-}  // namespace rig::report
+}  // namespace rig::result

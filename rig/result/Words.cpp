@@ -3,7 +3,7 @@
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
-namespace rig::report {
+namespace rig::result {
 namespace {
 
 constexpr std::int64_t kMicroseconds = 1'000'000;  // in a second
@@ -18,4 +18,4 @@ std::string Date(std::int64_t time) {
     return fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(static_cast<std::time_t>(time / kMicroseconds)));
 }
 
-}  // namespace rig::report
+}  // namespace rig::result

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-namespace rig::report {
+namespace rig::result {
 
 /// @return the seconds between two times in microseconds, "0.255"; nothing if one is not known
 std::string SecondsSince(const std::optional<std::int64_t>& begin, const std::optional<std::int64_t>& time);
@@ -12,4 +12,4 @@ std::string SecondsSince(const std::optional<std::int64_t>& begin, const std::op
 /// @param time microseconds since 1970. @return "2026-11-20T14:03:07Z"
 std::string Date(std::int64_t time);
 
-}  // namespace rig::report
+}  // namespace rig::result

@@ -13,25 +13,25 @@
 namespace {
 
 /// What a harness would ask for next: what the last answer was about.
-void Learn(fuzz::Expected& expected, const rig::Message& answer) {
+void Learn(fuzz::Expected& expected, const rig::dvr::Message& answer) {
     if (const auto reid = answer.Find("reid")) {
         expected.event = *reid;
         expected.file.first = *reid;
     }
 }
 
-void CheckAnswer(const rig::Message& answer) {
+void CheckAnswer(const rig::dvr::Message& answer) {
     const std::string text = answer.Text();
-    fuzz::Demand(rig::Message::Parse(text).Text() == text,
+    fuzz::Demand(rig::dvr::Message::Parse(text).Text() == text,
                  "an answer that can be read, found '" + text + "'");
 }
 
 /// @return whether the dialogue goes on
-bool Step(fuzz::Choices& choices, rig::Dialogue& dialogue, fuzz::Sender sender, fuzz::Expected& expected,
+bool Step(fuzz::Choices& choices, rig::dvr::Dialogue& dialogue, fuzz::Sender sender, fuzz::Expected& expected,
           std::size_t& transfers) {
     try {
         if (dialogue.IsTransferring() && !choices.Hit(4)) {
-            const rig::Message complete = dialogue.FinishTransfer();
+            const rig::dvr::Message complete = dialogue.FinishTransfer();
             CheckAnswer(complete);
             ++transfers;
             fuzz::Demand(!dialogue.IsTransferring(), "the end of a transfer");
@@ -46,14 +46,15 @@ bool Step(fuzz::Choices& choices, rig::Dialogue& dialogue, fuzz::Sender sender, 
         }
         const std::string inPlace = dialogue.Expected();
         expected.req = inPlace.substr(0, inPlace.find_first_of(" ,"));
-        const rig::Message message = rig::Message::Parse(fuzz::MakeMessage(choices, sender, expected));
-        for (const rig::Message& answer : dialogue.Handle(message)) {
+        const rig::dvr::Message message =
+            rig::dvr::Message::Parse(fuzz::MakeMessage(choices, sender, expected));
+        for (const rig::dvr::Message& answer : dialogue.Handle(message)) {
             CheckAnswer(answer);
             Learn(expected, answer);
         }
         dialogue.TakeRemarks();
         return !dialogue.IsDone() || choices.Hit(2);
-    } catch (const rig::Breach& breach) {
+    } catch (const rig::dvr::Breach& breach) {
         const std::string line = breach.what();
         fuzz::Demand(line.find('\n') == std::string::npos, "a breach in one line, found '" + line + "'");
         return choices.Hit(2);
@@ -67,12 +68,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     const FixedRecordings recordings;
     const std::size_t kind = choices.Roll(6);
     const bool isFailing = kind == 5;
-    std::unique_ptr<rig::Dialogue> dialogue;
+    std::unique_ptr<rig::dvr::Dialogue> dialogue;
     if (kind < 2) {
-        dialogue = std::make_unique<rig::Dialogue_1_0>(recordings);
+        dialogue = std::make_unique<rig::dvr::Dialogue_1_0>(recordings);
     } else {
-        dialogue =
-            std::make_unique<rig::Dialogue_2_0>(recordings, isFailing ? "/" : "/nonexistent/velloranFail");
+        dialogue = std::make_unique<rig::dvr::Dialogue_2_0>(recordings,
+                                                            isFailing ? "/" : "/nonexistent/velloranFail");
     }
     if (kind % 2 == 0) {
         dialogue->Tolerate();

@@ -111,7 +111,8 @@ class LogMaker {
     }
 
     void Sent() {
-        const std::string prefix = rig::EncodePrefix(choices_.Hit(4) ? choices_.Word() : choices_.Byte());
+        const std::string prefix =
+            rig::dvr::EncodePrefix(choices_.Hit(4) ? choices_.Word() : choices_.Byte());
         for (std::size_t index = 0; index < prefix.size(); ++index) {
             constexpr char kDigits[] = "0123456789abcdef";
             const auto byte = static_cast<unsigned char>(prefix[index]);
@@ -143,10 +144,10 @@ class File {
     int descriptor_;
 };
 
-void CheckRun(const rig::EarlierRun& run) {
+void CheckRun(const rig::dvr::EarlierRun& run) {
     fuzz::Demand(!run.messages.empty(), "a run with a message");
     std::size_t line = 0;
-    for (const rig::EarlierMessage& message : run.messages) {
+    for (const rig::dvr::EarlierMessage& message : run.messages) {
         fuzz::Demand(message.line > line && message.line <= run.lastLine, "messages in the order of the log");
         line = message.line;
     }
@@ -158,11 +159,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     fuzz::Choices choices(bytes, size);
     const File file(choices.Hit(4) ? choices.Rest() : LogMaker(choices).Make());
     try {
-        CheckRun(rig::ReadEarlierRun(file.Path()));
-    } catch (const rig::Failure& failure) {
+        CheckRun(rig::dvr::ReadEarlierRun(file.Path()));
+    } catch (const rig::dvr::Failure& failure) {
         const std::string text = failure.what();
-        fuzz::Demand(failure.Status() == rig::ExitStatus::UsageError && text.find('\n') == std::string::npos,
-                     "a usage error in one line, found '" + text + "'");
+        fuzz::Demand(
+            failure.Status() == rig::dvr::ExitStatus::UsageError && text.find('\n') == std::string::npos,
+            "a usage error in one line, found '" + text + "'");
     }
     return 0;
 }

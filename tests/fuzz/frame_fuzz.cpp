@@ -24,7 +24,7 @@ bool operator==(const Outcome& one, const Outcome& other) {
 
 /// @param piece  bytes at a time; 0: all at once
 Outcome Decode(const std::string& stream, std::size_t piece) {
-    rig::FrameDecoder decoder;
+    rig::dvr::FrameDecoder decoder;
     Outcome outcome;
     try {
         std::size_t start = 0;
@@ -41,7 +41,7 @@ Outcome Decode(const std::string& stream, std::size_t piece) {
         decoder.Progress();
         outcome.rest = decoder.GiveUp();
         fuzz::Demand(!outcome.rest, "that no half frame is given out");
-    } catch (const rig::Breach& breach) {
+    } catch (const rig::dvr::Breach& breach) {
         outcome.breach = breach.what();
     }
     return outcome;
@@ -50,7 +50,7 @@ Outcome Decode(const std::string& stream, std::size_t piece) {
 /// When it tolerates wrong lengths, the decoder may produce other frames, but no byte twice and no byte that
 /// was not fed.
 void DecodeTolerantly(fuzz::Choices& choices, const std::string& stream) {
-    rig::FrameDecoder decoder;
+    rig::dvr::FrameDecoder decoder;
     decoder.AcceptSizeErrors();
     if (choices.Hit(2)) {
         decoder.ExpectSizeError(choices.Byte(), choices.Byte());
@@ -66,7 +66,7 @@ void DecodeTolerantly(fuzz::Choices& choices, const std::string& stream) {
             given += text->size() + decoder.LastFrame().prefix.size();
         }
         decoder.InsideFrame();
-    } catch (const rig::Breach&) {
+    } catch (const rig::dvr::Breach&) {
     }
     fuzz::Demand(given <= stream.size(), "no more bytes than came");
 }
@@ -82,7 +82,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
                  "the same frames in pieces of " + std::to_string(piece) + " bytes as at once");
     DecodeTolerantly(tolerance, stream);
 
-    const std::string frame = rig::EncodeFrame(stream);
+    const std::string frame = rig::dvr::EncodeFrame(stream);
     const Outcome own = Decode(frame, 0);
     fuzz::Demand(own.texts == std::vector<std::string>{stream}, "a frame of our own as one text");
     return 0;

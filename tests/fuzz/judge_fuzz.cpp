@@ -14,7 +14,7 @@
 
 namespace {
 
-using rig::report::Verdict;
+using rig::result::Verdict;
 
 std::vector<std::string_view> LinesOf(std::string_view log) {
     std::vector<std::string_view> lines;
@@ -27,10 +27,10 @@ std::vector<std::string_view> LinesOf(std::string_view log) {
 }
 
 /// @param rotated  how many lines are in the first of two files
-rig::report::Result Judged(const std::vector<std::string_view>& lines, std::size_t rotated, bool keep) {
-    rig::report::Result result;
+rig::result::Result Judged(const std::vector<std::string_view>& lines, std::size_t rotated, bool keep) {
+    rig::result::Result result;
     rig::judge::Judge judge({3, 100.0}, {keep, keep},
-                            [&result](rig::report::RunResult run) { result.runs.push_back(std::move(run)); });
+                            [&result](rig::result::RunResult run) { result.runs.push_back(std::move(run)); });
     for (std::size_t line = 0; line < lines.size(); ++line) {
         judge.Add(line < rotated ? "first" : "second", line + 1, lines[line]);
     }
@@ -38,7 +38,7 @@ rig::report::Result Judged(const std::vector<std::string_view>& lines, std::size
     return result;
 }
 
-std::vector<Verdict> VerdictsOf(const rig::report::Result& result) {
+std::vector<Verdict> VerdictsOf(const rig::result::Result& result) {
     std::vector<Verdict> verdicts;
     for (const auto& run : result.runs) {
         for (const auto& check : run.checks) {
@@ -52,20 +52,20 @@ std::vector<Verdict> VerdictsOf(const rig::report::Result& result) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::vector<std::string_view> lines = LinesOf({reinterpret_cast<const char*>(data), size});
-    const rig::report::Result result = Judged(lines, lines.size(), true);
+    const rig::result::Result result = Judged(lines, lines.size(), true);
     fuzz::Demand(VerdictsOf(result) == VerdictsOf(Judged(lines, lines.size() / 2, false)),
                  "the same verdicts on a rotated log");
     for (const auto& run : result.runs) {
         const bool isDone = std::any_of(run.checks.begin(), run.checks.end(), [](const auto& check) {
             return check.id == "log.whole" && check.verdict == Verdict::Pass;
         });
-        fuzz::Demand(isDone || rig::report::WorstOf(run) != Verdict::Pass, "no pass of a log without end");
+        fuzz::Demand(isDone || rig::result::WorstOf(run) != Verdict::Pass, "no pass of a log without end");
     }
     if (!result.runs.empty()) {
-        rig::report::TextReport(result, true);
-        rig::report::JsonReport(result);
-        rig::report::JunitReport(result);
-        rig::report::TapReport(result);
+        rig::result::TextReport(result, true);
+        rig::result::JsonReport(result);
+        rig::result::JunitReport(result);
+        rig::result::TapReport(result);
     }
     return 0;
 }

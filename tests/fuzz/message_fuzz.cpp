@@ -18,22 +18,22 @@ constexpr fuzz::Sender kSenders[] = {fuzz::Sender::Harness_1_0, fuzz::Sender::Ha
 
 void CheckMessageText(const std::string& text) {
     try {
-        const rig::Message message = rig::Message::Parse(text);
+        const rig::dvr::Message message = rig::dvr::Message::Parse(text);
         const std::string printed = message.Text();
         fuzz::Demand(message.Copy().Text() == printed, "a copy that is printed alike");
-        const rig::Message again = rig::Message::Parse(printed);
+        const rig::dvr::Message again = rig::dvr::Message::Parse(printed);
         fuzz::Demand(again.Text() == printed && again.Name() == message.Name(),
                      "'" + printed + "' again, found '" + again.Text() + "'");
-    } catch (const rig::Breach& breach) {
+    } catch (const rig::dvr::Breach& breach) {
         const std::string line = breach.what();
         fuzz::Demand(line.find('\n') == std::string::npos, "a breach in one line, found '" + line + "'");
     }
 }
 
-void CheckRules(const std::string& text, const rig::MessageRules& rules) {
+void CheckRules(const std::string& text, const rig::dvr::MessageRules& rules) {
     try {
-        rig::CheckMessage(rig::Message::Parse(text), rules);
-    } catch (const rig::Breach&) {
+        rig::dvr::CheckMessage(rig::dvr::Message::Parse(text), rules);
+    } catch (const rig::dvr::Breach&) {
     }
 }
 
@@ -46,14 +46,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
                                  ? choices.Rest()
                                  : fuzz::MakeMessage(choices, kSenders[kind], {"EVT1", {"EVT1", "a.ts"}, ""});
     CheckMessageText(text);
-    CheckRules(text, rig::Rules_1_0());
-    CheckRules(text, rig::Rules_2_0());
-    rig::IsDocument(text);
-    const auto end = rig::DocumentEnd(text);
+    CheckRules(text, rig::dvr::Rules_1_0());
+    CheckRules(text, rig::dvr::Rules_2_0());
+    rig::dvr::IsDocument(text);
+    const auto end = rig::dvr::DocumentEnd(text);
     fuzz::Demand(!end || *end <= text.size(), "a document's end inside its text");
-    const rig::ReceivedFrame frame = {rig::EncodePrefix(static_cast<std::uint32_t>(text.size())),
-                                      text.size()};
-    rig::FindWireFaults(frame, text, 1);
-    rig::FindWireFaults(frame, text, 2);
+    const rig::dvr::ReceivedFrame frame = {rig::dvr::EncodePrefix(static_cast<std::uint32_t>(text.size())),
+                                           text.size()};
+    rig::dvr::FindWireFaults(frame, text, 1);
+    rig::dvr::FindWireFaults(frame, text, 2);
     return 0;
 }

@@ -5,8 +5,8 @@
 namespace rig::campaign {
 namespace {
 
-using report::Json;
-using report::Optional;
+using result::Json;
+using result::Optional;
 
 Json ToJson(const ProcessRecord& process) {
     return {{"command", process.command},
@@ -28,8 +28,8 @@ Json ToJson(const CaseTimes& times) {
             {"dvr", times.dvr},       {"overhead", times.overhead}, {"hooks", times.hooks}};
 }
 
-Json ToJson(const report::CheckResult& check) {
-    return {{"id", check.id}, {"verdict", report::NameOf(check.verdict)}, {"found", check.found}};
+Json ToJson(const result::CheckResult& check) {
+    return {{"id", check.id}, {"verdict", result::NameOf(check.verdict)}, {"found", check.found}};
 }
 
 Json ToJson(const Spread::Reaction& reaction) {
@@ -90,7 +90,7 @@ Json ToJson(const CaseRecord& record) {
             {"outcome", NameOf(record.outcome)},
             {"reason", record.reason},
             {"suspect", record.isSuspect},
-            {"verdict", record.verdict ? Json(report::NameOf(*record.verdict)) : Json(nullptr)},
+            {"verdict", record.verdict ? Json(result::NameOf(*record.verdict)) : Json(nullptr)},
             {"folder", record.Folder()},
             {"files", record.files},
             {"begin", Optional(record.begin)},
@@ -133,7 +133,7 @@ Json CoverageOf(const Coverage& coverage) {
 
 std::string CampaignJson(const CampaignRecord& campaign) {
     const bool isOver = campaign.state != "running";
-    return report::Print({{"format", kFormat},
+    return result::Print({{"format", kFormat},
                           {"state", campaign.state},
                           {"outcome", isOver ? Json(NameOf(campaign.Whole())) : Json(nullptr)},
                           {"status", isOver ? Json(ExitStatusOf(campaign.Whole())) : Json(nullptr)},
@@ -157,7 +157,7 @@ std::string CaseJson(const CaseRecord& record) {
     Json json = ToJson(record);
     Json whole = {{"format", kFormat}};
     whole.update(json);
-    return report::Print(whole);
+    return result::Print(whole);
 }
 
 }  // namespace rig::campaign

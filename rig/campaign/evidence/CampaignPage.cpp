@@ -12,14 +12,11 @@
 namespace rig::campaign {
 namespace {
 
-using report::Add;
-using report::AddFact;
-using report::AddLink;
-using report::AddNamedCell;
-using report::AddRowHead;
-using report::AddTable;
-using report::AddText;
-using report::Set;
+using html::AddFact;
+using html::AddLink;
+using html::AddNamedCell;
+using html::AddRowHead;
+using html::AddTable;
 
 std::string Headline(const CampaignRecord& campaign) {
     if (campaign.state == "running") {
@@ -57,21 +54,21 @@ std::string Headline(const CampaignRecord& campaign) {
 std::string ClassOf(Outcome outcome) {
     switch (outcome) {
         case Outcome::Pass:
-            return report::ClassOf(report::Verdict::Pass);
+            return html::ClassOf(result::Verdict::Pass);
         case Outcome::KnownFailure:
-            return report::ClassOf(report::Verdict::KnownFailure);
+            return html::ClassOf(result::Verdict::KnownFailure);
         case Outcome::Fail:
         case Outcome::Timeout:
-            return report::ClassOf(report::Verdict::Fail);
+            return html::ClassOf(result::Verdict::Fail);
         case Outcome::Environment:
         case Outcome::Interrupted:
-            return report::ClassOf(report::Verdict::Environment);
+            return html::ClassOf(result::Verdict::Environment);
         case Outcome::NotReached:
         case Outcome::NotRun:
         case Outcome::Running:
-            return report::ClassOf(report::Verdict::NotReached);
+            return html::ClassOf(result::Verdict::NotReached);
         default:
-            return report::ClassOf(report::Verdict::Inconclusive);
+            return html::ClassOf(result::Verdict::Inconclusive);
     }
 }
 
@@ -82,8 +79,8 @@ void AddOutcome(pugi::xml_node parent, Outcome outcome) {
 void AddFacts(pugi::xml_node main, const CampaignRecord& campaign) {
     pugi::xml_node list = Add(main, "dl", {}, "facts");
     AddFact(list, "Note", campaign.note);
-    AddFact(list, "Begin", report::Date(campaign.begin));
-    AddFact(list, "End", campaign.end ? report::Date(*campaign.end) : "not yet");
+    AddFact(list, "Begin", result::Date(campaign.begin));
+    AddFact(list, "End", campaign.end ? result::Date(*campaign.end) : "not yet");
     const CaseTimes times = campaign.Times();
     AddFact(list, "Time",
             fmt::format("{:.1f} s in cases: {:.1f} s the harness's own pauses, {:.1f} s waiting for the DVR, "
@@ -146,7 +143,7 @@ void AddCases(pugi::xml_node main, const CampaignRecord& campaign) {
 std::vector<std::string> ChecksOf(const CampaignRecord& campaign) {
     std::vector<std::string> ids;
     for (const CaseRecord& record : campaign.cases) {
-        for (const report::CheckResult& check : record.checks) {
+        for (const result::CheckResult& check : record.checks) {
             if (std::find(ids.begin(), ids.end(), check.id) == ids.end()) {
                 ids.push_back(check.id);
             }
@@ -158,12 +155,12 @@ std::vector<std::string> ChecksOf(const CampaignRecord& campaign) {
 void AddCell(pugi::xml_node row, const CaseRecord& record, const std::string& id) {
     pugi::xml_node cell = Add(row, "td");
     const auto check = std::find_if(record.checks.begin(), record.checks.end(),
-                                    [&id](const report::CheckResult& one) { return one.id == id; });
+                                    [&id](const result::CheckResult& one) { return one.id == id; });
     if (check != record.checks.end()) {
         const bool hasPage =
             std::find(record.files.begin(), record.files.end(), "report.html") != record.files.end();
-        report::AddVerdictLetter(cell, check->verdict,
-                                 hasPage ? record.Folder() + "/report.html#" + id : "#" + record.id);
+        html::AddVerdictLetter(cell, check->verdict,
+                               hasPage ? record.Folder() + "/report.html#" + id : "#" + record.id);
     }
 }
 
@@ -233,7 +230,7 @@ void AddCoverage(pugi::xml_node main, const CampaignRecord& campaign) {
 }  // namespace
 
 std::string CampaignPage(const CampaignRecord& campaign) {
-    report::HtmlPage page(Headline(campaign));
+    html::HtmlPage page(Headline(campaign));
     pugi::xml_node main = page.Body();
     for (const std::string& known : campaign.knownUnseen) {
         Add(main, "p",

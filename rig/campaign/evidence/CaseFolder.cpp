@@ -57,7 +57,7 @@ CaseFolder::CaseFolder(std::string path) : path_(std::move(path)) {
 }
 
 void CaseFolder::Write(const std::string& file, const std::string& content) const {
-    report::WriteWhole(PathOf(file), content);
+    WriteWhole(PathOf(file), content);
 }
 
 std::vector<std::string> CaseFolder::Files() const {

@@ -10,7 +10,7 @@
 namespace rig::campaign {
 namespace {
 
-using report::Verdict;
+using result::Verdict;
 
 std::string WordsOf(int protocol, const std::string& from, const std::string& message,
                     const std::string& field) {
@@ -21,13 +21,13 @@ std::string WordsOf(const ProtocolItem& item) {
     return WordsOf(item.protocol, item.from, item.message, item.field);
 }
 
-bool Passed(const report::RunResult& run, const std::string& id) {
-    return std::any_of(run.checks.begin(), run.checks.end(), [&id](const report::CheckResult& check) {
+bool Passed(const result::RunResult& run, const std::string& id) {
+    return std::any_of(run.checks.begin(), run.checks.end(), [&id](const result::CheckResult& check) {
         return check.id == id && check.verdict == Verdict::Pass;
     });
 }
 
-bool IsDecided(const report::CheckResult& check) {
+bool IsDecided(const result::CheckResult& check) {
     return check.verdict == Verdict::Pass || check.verdict == Verdict::Fail ||
            check.verdict == Verdict::KnownFailure;
 }
@@ -55,7 +55,7 @@ bool IsUsed(const Coverage::Use& use) {
 
 }  // namespace
 
-void Coverage::Add(const Case& plan, const report::RunResult& run, const std::vector<DvrMessage>& messages) {
+void Coverage::Add(const Case& plan, const result::RunResult& run, const std::vector<DvrMessage>& messages) {
     protocols_.insert(plan.protocol);
     for (const DvrMessage& message : messages) {
         Count(plan.protocol, "DVR", message.name, "");
@@ -71,7 +71,7 @@ void Coverage::Add(const Case& plan, const report::RunResult& run, const std::ve
             AddOnce(fired_[std::string("-") + item.letter], plan.name);
         }
     }
-    for (const report::CheckResult& check : run.checks) {
+    for (const result::CheckResult& check : run.checks) {
         if (IsDecided(check)) {
             AddOnce(rules_[check.id], plan.name);
         }
@@ -79,9 +79,9 @@ void Coverage::Add(const Case& plan, const report::RunResult& run, const std::ve
 }
 
 /// The requests are in the judge's ladder; their optional fields follow from the injected faults.
-void Coverage::CountRequests(const Case& plan, const report::RunResult& run) {
-    for (const report::Step& step : run.steps) {
-        if (step.kind != report::Step::Kind::FromHarness) {
+void Coverage::CountRequests(const Case& plan, const result::RunResult& run) {
+    for (const result::Step& step : run.steps) {
+        if (step.kind != result::Step::Kind::FromHarness) {
             continue;
         }
         const std::string name = step.text.substr(0, step.text.find(' '));

@@ -38,7 +38,7 @@ class Coverage {
  public:
     /// Takes what one case has shown.
     /// @param messages  of the DVR, in order of arrival
-    void Add(const Case& plan, const report::RunResult& run, const std::vector<DvrMessage>& messages);
+    void Add(const Case& plan, const result::RunResult& run, const std::vector<DvrMessage>& messages);
 
     /// How often a message or a field occurred; 0 for what no case reached. Only for dialects that had a
     /// case.
@@ -64,7 +64,7 @@ class Coverage {
 
  private:
     void Count(int protocol, const std::string& from, const std::string& message, const std::string& field);
-    void CountRequests(const Case& plan, const report::RunResult& run);
+    void CountRequests(const Case& plan, const result::RunResult& run);
     std::vector<std::string> UnreachedInShort() const;
 
     std::set<int> protocols_;

@@ -26,12 +26,12 @@ void AddChildren(std::vector<std::string>& fields, const pugi::xml_node& parent,
 
 }  // namespace
 
-void DvrMessages::Add(const LogLine& line) {
-    const judge::Sign sign = judge::SignOf(line.text);
-    const std::string_view detail = judge::Behind(sign, line.text);
-    if (sign == judge::Sign::Expecting) {
-        incoming_.Expect(judge::NumberIn(detail), line.time);
-    } else if (sign == judge::Sign::Incoming && incoming_.Add(detail) && incoming_.IsWhole()) {
+void DvrMessages::Add(const log::LogLine& line) {
+    const log::Sign sign = log::SignOf(line.text);
+    const std::string_view detail = log::Behind(sign, line.text);
+    if (sign == log::Sign::Expecting) {
+        incoming_.Expect(log::NumberIn(detail), line.time);
+    } else if (sign == log::Sign::Incoming && incoming_.Add(detail) && incoming_.IsWhole()) {
         Give();
     }
 }

@@ -21,13 +21,13 @@ class DvrMessages {
     using Take = std::function<void(const DvrMessage& message)>;
 
     explicit DvrMessages(Take take) : take_(std::move(take)) {}
-    void Add(const LogLine& line);
+    void Add(const log::LogLine& line);
 
  private:
     void Give();
 
     Take take_;
-    judge::Incoming incoming_;
+    log::Incoming incoming_;
 };
 
 }  // namespace rig::campaign

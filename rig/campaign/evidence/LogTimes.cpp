@@ -8,26 +8,26 @@
 namespace rig::campaign {
 namespace {
 
-constexpr std::int64_t kPauseAfterRead = kSecond / 4;
-constexpr std::int64_t kPauseAheadOfClosing = kSecond;
+constexpr std::int64_t kPauseAfterRead = log::kSecond / 4;
+constexpr std::int64_t kPauseAheadOfClosing = log::kSecond;
 
 }  // namespace
 
-void LogTimes::Add(const LogLine& line) {
-    const judge::Sign sign = judge::SignOf(line.text);
+void LogTimes::Add(const log::LogLine& line) {
+    const log::Sign sign = log::SignOf(line.text);
     const std::int64_t gap = line.time && last_ ? *line.time - *last_ : 0;
     last_ = line.time ? line.time : last_;
-    if (sign == judge::Sign::SleepSwitch) {
-        const std::int64_t seconds = judge::NumberIn(judge::Behind(sign, line.text));
-        sleep_ = std::clamp<std::int64_t>(seconds, 0, INT32_MAX) * kSecond;
-    } else if (sign == judge::Sign::FilesLeft) {
-        sleepsNext_ = judge::NumberIn(judge::Behind(sign, line.text)) > 1;
-    } else if (sign == judge::Sign::Expecting) {
+    if (sign == log::Sign::SleepSwitch) {
+        const std::int64_t seconds = log::NumberIn(log::Behind(sign, line.text));
+        sleep_ = std::clamp<std::int64_t>(seconds, 0, INT32_MAX) * log::kSecond;
+    } else if (sign == log::Sign::FilesLeft) {
+        sleepsNext_ = log::NumberIn(log::Behind(sign, line.text)) > 1;
+    } else if (sign == log::Sign::Expecting) {
         Count(gap, sleepsNext_ ? sleep_ : 0);
         sleepsNext_ = false;
-    } else if (sign == judge::Sign::ClosingClient) {
+    } else if (sign == log::Sign::ClosingClient) {
         Count(gap, kPauseAheadOfClosing);
-    } else if (sign == judge::Sign::Connected) {
+    } else if (sign == log::Sign::Connected) {
         Count(gap, 0);
     } else if (line.text.substr(0, 12) == "read success") {
         Count(gap, kPauseAfterRead);

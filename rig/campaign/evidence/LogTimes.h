@@ -11,7 +11,7 @@ namespace rig::campaign {
 /// requests for files, before closing) and how long it waited for the DVR.
 class LogTimes {
  public:
-    void Add(const LogLine& line);
+    void Add(const log::LogLine& line);
 
     /// Seconds.
     double Pauses() const { return static_cast<double>(pauses_) / 1e6; }

@@ -6,7 +6,7 @@
 namespace rig::campaign {
 namespace {
 
-void AddReaction(Spread& spread, const report::Timing& timing) {
+void AddReaction(Spread& spread, const result::Timing& timing) {
     const auto found =
         std::find_if(spread.reactions.begin(), spread.reactions.end(),
                      [&timing](const Spread::Reaction& one) { return one.request == timing.request; });
@@ -24,7 +24,7 @@ void AddRun(Spread& spread, const CaseRecord& run) {
     spread.durations.insert(
         std::upper_bound(spread.durations.begin(), spread.durations.end(), run.times.duration),
         run.times.duration);
-    for (const report::Timing& timing : run.timings) {
+    for (const result::Timing& timing : run.timings) {
         AddReaction(spread, timing);
     }
 }

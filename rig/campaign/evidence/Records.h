@@ -55,9 +55,9 @@ struct CaseRecord {
     std::vector<HookRecord> hooks;
     std::vector<std::string> files;           // in the case's folder
     std::vector<std::string> excluded;        // checks that do not count in this case
-    std::optional<report::Verdict> verdict;   // the judge's own
-    std::vector<report::CheckResult> checks;  // without evidence
-    std::vector<report::Timing> timings;
+    std::optional<result::Verdict> verdict;   // the judge's own
+    std::vector<result::CheckResult> checks;  // without evidence
+    std::vector<result::Timing> timings;
 
     std::string Folder() const { return "cases/" + id; }
 };

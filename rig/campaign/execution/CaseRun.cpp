@@ -13,7 +13,7 @@
 namespace rig::campaign {
 namespace {
 
-using report::Verdict;
+using result::Verdict;
 
 /// @return "PASS", or "FAIL, xfer.answer: ..."
 std::string InWords(const CaseRecord& record) {
@@ -53,7 +53,7 @@ void CaseRun::Run() {
 
 CaseFacts CaseRun::Play() {
     Export played(rig_, folder_, record_, interrupts_, display_);
-    report::Result result = played.Run();
+    result::Result result = played.Run();
     CaseFacts facts = played.Facts();
     if (played.Messages() != nullptr) {
         messages_ = *played.Messages();
@@ -62,18 +62,18 @@ CaseFacts CaseRun::Play() {
     return facts;
 }
 
-void CaseRun::TakeVerdict(report::Result result, CaseFacts& facts) {
+void CaseRun::TakeVerdict(result::Result result, CaseFacts& facts) {
     if (result.runs.empty()) {
         return;
     }
     // One start of the harness is one run; if the log says otherwise, the worst run counts.
     const auto worst = std::max_element(
         result.runs.begin(), result.runs.end(),
-        [](const auto& one, const auto& other) { return report::WorstOf(one) < report::WorstOf(other); });
+        [](const auto& one, const auto& other) { return result::WorstOf(one) < result::WorstOf(other); });
     result_ = std::move(*worst);
     judge::Apply(rig_.known, result_);
     Exclude();
-    record_.verdict = report::WorstOf(result_);
+    record_.verdict = result::WorstOf(result_);
     facts.judged.emplace();
     facts.judged->checks = result_.checks;
 }
@@ -81,8 +81,8 @@ void CaseRun::TakeVerdict(report::Result result, CaseFacts& facts) {
 /// Takes out the checks that this case cannot reach, unless they have something to say anyway.
 void CaseRun::Exclude() {
     const std::vector<std::string>& excluded = record_.plan.excluded;
-    std::vector<report::CheckResult> kept;
-    for (report::CheckResult& check : result_.checks) {
+    std::vector<result::CheckResult> kept;
+    for (result::CheckResult& check : result_.checks) {
         const bool isOpen = check.verdict == Verdict::Inconclusive || check.verdict == Verdict::NotReached;
         if (isOpen && std::find(excluded.begin(), excluded.end(), check.id) != excluded.end()) {
             record_.excluded.push_back(check.id);
@@ -127,15 +127,15 @@ void CaseRun::WriteEvidence(const CaseFacts& facts) {
         result_.begin = record_.begin;
         result_.end = record_.end;
     }
-    for (const report::CheckResult& check : result_.checks) {
+    for (const result::CheckResult& check : result_.checks) {
         record_.checks.push_back(
             {check.id, check.requirement, check.verdict, check.expected, check.found, {}});
     }
     record_.timings = result_.timings;
-    report::Result whole;
+    result::Result whole;
     whole.runs.push_back(result_);
-    folder_.Write("verdict.json", report::JsonReport(whole));
-    folder_.Write("report.html", report::HtmlReport(whole));
+    folder_.Write("verdict.json", result::JsonReport(whole));
+    folder_.Write("report.html", html::HtmlReport(whole));
     record_.files = folder_.Files();
     folder_.Write("case.json", CaseJson(record_));
 }

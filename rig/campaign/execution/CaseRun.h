@@ -25,14 +25,14 @@ class CaseRun {
 
     /// @return the judge's result plus the case's outcome as a check; only that check where there was nothing
     /// to judge. Includes steps and log.
-    const report::RunResult& Result() const { return result_; }
+    const result::RunResult& Result() const { return result_; }
 
     /// @return what the DVR sent
     const std::vector<DvrMessage>& Messages() const { return messages_; }
 
  private:
     CaseFacts Play();
-    void TakeVerdict(report::Result result, CaseFacts& facts);
+    void TakeVerdict(result::Result result, CaseFacts& facts);
     void Exclude();
     void AskWhetherAlive(Hooks& hooks);
     void TakeHooks(const Hooks& hooks);
@@ -44,7 +44,7 @@ class CaseRun {
     Interrupts& interrupts_;
     Display& display_;
 
-    report::RunResult result_;
+    result::RunResult result_;
     std::vector<DvrMessage> messages_;
 };
 

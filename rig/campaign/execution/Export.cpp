@@ -40,9 +40,9 @@ Export::~Export() {
     TakePackets();
 }
 
-report::Result Export::Run() {
+result::Result Export::Run() {
     StartCapture();
-    report::Result result;
+    result::Result result;
     do {
         if (!AwaitPort()) {
             return result;
@@ -105,7 +105,7 @@ void Export::StartHarness() {
     isReady_ = false;
     watch_.emplace(record_.plan, rig_.patience, Clock::now());
     harness_ = std::make_unique<Harness>(record_.harness.command, rig_.log, folder_, rig_.limits,
-                                         [this](const LogLine& line, bool isOver) {
+                                         [this](const log::LogLine& line, bool isOver) {
                                              firstLine_ = firstLine_.value_or(Clock::now());
                                              watch_->Add(line, isOver, Clock::now());
                                          });

@@ -32,7 +32,7 @@ class Export {
 
     /// Runs it to its end, or until it is interrupted. Throws std::runtime_error when evidence cannot be
     /// written. @return what the judge says of the runs in the log
-    report::Result Run();
+    result::Result Run();
 
     /// @return everything known except the judge's result
     const CaseFacts& Facts() const { return facts_; }

@@ -38,7 +38,7 @@ std::array<Descriptor, 2> Pipe() {
 Harness::Harness(const std::string& command, const std::string& log, const CaseFolder& folder,
                  const judge::Limits& limits, TakeStatement take)
     : take_(std::move(take)),
-      judge_(limits, {true, true}, [this](report::RunResult run) { result_.runs.push_back(std::move(run)); }),
+      judge_(limits, {true, true}, [this](result::RunResult run) { result_.runs.push_back(std::move(run)); }),
       collector_([this](const DvrMessage& message) {
           if (messages_.size() < kMostMessages) {
               messages_.push_back(message);
@@ -90,7 +90,7 @@ std::vector<int> Harness::Descriptors() {
     return {log_->Number(), errors_->Number(), command_->End() ? -1 : command_->EndDescriptor()};
 }
 
-report::Result Harness::Finish() {
+result::Result Harness::Finish() {
     while (logBytes_ <= 2 * kLargestLog && ReadLog()) {
     }
     lines_.End();
@@ -106,7 +106,7 @@ report::Result Harness::Finish() {
 
 void Harness::TakeLine(std::uint64_t number, std::string_view line) {
     judge_.Add(kLogName, number, line);
-    if (const auto statement = ParseLogLine(line)) {
+    if (const auto statement = log::ParseLogLine(line)) {
         times_.Add(*statement);
         collector_.Add(*statement);
         take_(*statement, judge_.IsOver());

@@ -21,7 +21,7 @@ namespace rig::campaign {
 class Harness {
  public:
     /// Takes a statement of the log. @param isOver  whether it ends the run
-    using TakeStatement = std::function<void(const LogLine& line, bool isOver)>;
+    using TakeStatement = std::function<void(const log::LogLine& line, bool isOver)>;
 
     /// Starts it. @param command  for the shell, with the switches
     /// @param log  the file that the log goes to; empty if it goes to the command's standard output
@@ -37,7 +37,7 @@ class Harness {
     Child& Command() { return *command_; }
 
     /// Reads the rest, once the command has ended. @return what the judge says of each run in the log
-    report::Result Finish();
+    result::Result Finish();
 
     const LogTimes& Times() const { return times_; }
     const std::vector<DvrMessage>& Messages() const { return messages_; }
@@ -51,7 +51,7 @@ class Harness {
     bool ReadErrors();
 
     TakeStatement take_;
-    report::Result result_;  // what has been judged so far
+    result::Result result_;  // what has been judged so far
     judge::Judge judge_;
     LogTimes times_;
     std::vector<DvrMessage> messages_;
@@ -59,8 +59,8 @@ class Harness {
     GrowingFile logFile_;
     GrowingFile errorFile_;
     std::unique_ptr<GrowingFile> outputFile_;
-    LineCutter lines_;
-    LineCutter errorLines_;
+    log::LineCutter lines_;
+    log::LineCutter errorLines_;
     std::vector<std::pair<std::uint64_t, std::string>> assertions_;  // with their line numbers
     std::string lastError_;
     std::uint64_t logBytes_ = 0;

@@ -17,16 +17,16 @@ double Seconds(Clock::duration duration) {
 
 }  // namespace
 
-void Watch::Add(const LogLine& line, bool isOver, Clock::time_point now) {
-    const judge::Sign sign = judge::SignOf(line.text);
+void Watch::Add(const log::LogLine& line, bool isOver, Clock::time_point now) {
+    const log::Sign sign = log::SignOf(line.text);
     lastLine_ = now;
-    isConnected_ = isConnected_ || sign == judge::Sign::Connected || sign == judge::Sign::Expecting;
-    isSent_ = isSent_ || sign == judge::Sign::SentWrongSize;
+    isConnected_ = isConnected_ || sign == log::Sign::Connected || sign == log::Sign::Expecting;
+    isSent_ = isSent_ || sign == log::Sign::SentWrongSize;
     isRefused_ = isRefused_ || line.text == "Got CONFIGURATION_UPDATE_ERROR";
     isConfirmed_ = isConfirmed_ || line.text == "Got SOFTWARE_UPDATE_CONFIRM";
     const bool isConfigured = Has(plan_, 'g') && isRefused_ && (isConfirmed_ || !Has(plan_, 'u'));
     // A harness that could not listen, or was interrupted, is also over, but no dialogue came to its end.
-    const bool isEnd = isOver && isConnected_ && sign != judge::Sign::ShuttingDown;
+    const bool isEnd = isOver && isConnected_ && sign != log::Sign::ShuttingDown;
     isDone_ = isDone_ || isEnd || isConfigured;
 }
 

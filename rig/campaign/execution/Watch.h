@@ -25,7 +25,7 @@ class Watch {
         : plan_(std::move(plan)), patience_(patience), begin_(now), lastLine_(now) {}
 
     /// Takes the next line of the log. @param isOver  whether the judge says that it ends the run
-    void Add(const LogLine& line, bool isOver, Clock::time_point now);
+    void Add(const log::LogLine& line, bool isOver, Clock::time_point now);
 
     /// The DVR's command has ended with a status other than 0.
     void DvrFailed(Clock::time_point now);

@@ -12,7 +12,7 @@
 #include "rig/dvr/recordings/Recordings.h"
 #include "rig/dvr/wire/Message.h"
 
-namespace rig {
+namespace rig::dvr {
 
 /// One message of the DVR on its way to the wire, with all that a defect can do to it.
 struct Outgoing {
@@ -78,4 +78,4 @@ void CheckDefectValue(const DefectKind& kind, const std::string& value);
 /// @return all kinds, for --list-defects and the documentation
 Listing ListDefects();
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -2,7 +2,7 @@
 
 #include "rig/dvr/defects/Defect.h"
 
-namespace rig {
+namespace rig::dvr {
 
 /// What each kind of defect does to a message; see DefectKinds for the words. Each returns whether there was
 /// something to change: a defect that had nothing to change waits for the next message.
@@ -54,4 +54,4 @@ bool Reset(Outgoing& outgoing, const DefectContext& context);
 bool SecondConnection(Outgoing& outgoing, const DefectContext& context);
 bool Reconnect(Outgoing& outgoing, const DefectContext& context);
 
-}  // namespace rig
+}  // namespace rig::dvr

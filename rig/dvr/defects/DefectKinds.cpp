@@ -5,7 +5,7 @@
 #include "rig/dvr/defects/Defect.h"
 #include "rig/dvr/defects/DefectChanges.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 constexpr DefectValue None = DefectValue::None;
@@ -282,4 +282,4 @@ Listing ListDefects() {
     return listing;
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

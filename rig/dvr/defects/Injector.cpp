@@ -6,7 +6,7 @@
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/wire/Frame.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 bool CanActOn(const DefectKind& kind, const std::string& message) {
@@ -122,4 +122,4 @@ std::string Injector::Frame(const Outgoing& outgoing) {
     return frame;
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -4,7 +4,7 @@
 
 #include "rig/dvr/defects/Defect.h"
 
-namespace rig {
+namespace rig::dvr {
 
 /// Where a defect acts. Without a site: on the first message that it can change, or on each if its kind says
 /// so.
@@ -54,4 +54,4 @@ class Injector {
     std::map<std::string, std::size_t> occurrences_;  // of each message so far
 };
 
-}  // namespace rig
+}  // namespace rig::dvr

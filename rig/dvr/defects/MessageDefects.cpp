@@ -4,7 +4,7 @@
 #include "rig/dvr/defects/DefectChanges.h"
 #include "rig/dvr/recordings/Digest.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 constexpr const char* kHashOfNothing = "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855";
@@ -191,4 +191,4 @@ bool NoMsg(Outgoing& outgoing, const DefectContext&) {
     return outgoing.message.Root().set_name("message");
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -2,7 +2,7 @@
 
 #include "rig/dvr/defects/DefectChanges.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 /// @return the element whose text is the (in 1.0 the first) description of an event; null if there is none
@@ -162,4 +162,4 @@ bool Reconnect(Outgoing& outgoing, const DefectContext&) {
     return true;
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

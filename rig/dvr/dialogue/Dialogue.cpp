@@ -7,7 +7,7 @@
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
 
-namespace rig {
+namespace rig::dvr {
 
 Dialogue::Dialogue(const Recordings& recordings, const MessageRules& rules)
     : recordings_(recordings), rules_(rules) {}
@@ -113,4 +113,4 @@ std::string OutstandingStanding(std::size_t files) {
     return "while " + Counted(files, "file") + (files == 1 ? " is" : " are") + " still to be transferred";
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

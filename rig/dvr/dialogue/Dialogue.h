@@ -12,7 +12,7 @@
 #include "rig/dvr/recordings/Recordings.h"
 #include "rig/dvr/wire/Message.h"
 
-namespace rig {
+namespace rig::dvr {
 
 /// What an honest DVR answers, as pure logic: messages in, messages out, no socket and no clock. This base
 /// class holds what both dialects share.
@@ -122,4 +122,4 @@ std::string FileName(const std::pair<std::string, std::string>& file);
 /// @return "while 1 file is still to be transferred", "while 2 files are still to be transferred"
 std::string OutstandingStanding(std::size_t files);
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -6,7 +6,7 @@
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
 
-namespace rig {
+namespace rig::dvr {
 
 Dialogue_1_0::Dialogue_1_0(const Recordings& recordings) : Dialogue(recordings, Rules_1_0()) {}
 
@@ -107,4 +107,4 @@ void Dialogue_1_0::Complete(const Message& list) {
     phase_ = Phase::Completed;
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -5,7 +5,7 @@
 
 #include "rig/dvr/dialogue/Dialogue.h"
 
-namespace rig {
+namespace rig::dvr {
 
 /// Protocol 1.0: all descriptions in one message, then every file, then the list of all events and DONE.
 /// It has no fault reports: a request for a file that was not described is a breach.
@@ -33,4 +33,4 @@ class Dialogue_1_0 : public Dialogue {
     Phase phase_ = Phase::Opening;
 };
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -3,7 +3,7 @@
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 /// @return whether the text is a decimal number above 0
@@ -171,4 +171,4 @@ void Dialogue_2_0::End(const Message& done) {
     done_ = true;
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -7,7 +7,7 @@
 
 #include "rig/dvr/dialogue/Dialogue.h"
 
-namespace rig {
+namespace rig::dvr {
 
 /// Protocol 2.0: a list of events, then event by event its description, its files and an acknowledgement,
 /// then DONE.
@@ -43,4 +43,4 @@ class Dialogue_2_0 : public Dialogue {
     std::set<std::string> acknowledged_;  // events
 };
 
-}  // namespace rig
+}  // namespace rig::dvr

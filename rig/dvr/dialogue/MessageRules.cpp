@@ -5,7 +5,7 @@
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 bool Contains(const std::vector<const char*>& names, const std::string& name) {
@@ -86,4 +86,4 @@ void CheckMessage(const Message& message, const MessageRules& rules) {
     }
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

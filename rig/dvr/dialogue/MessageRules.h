@@ -5,7 +5,7 @@
 
 #include "rig/dvr/wire/Message.h"
 
-namespace rig {
+namespace rig::dvr {
 
 /// What a message from the harness looks like. `req`, and in dialect 2.0 `protocolVersion`, are implied.
 struct MessageRule {
@@ -28,4 +28,4 @@ const MessageRules& Rules_2_0();
 /// that are not allowed, and children only where allowed. The order does not matter.
 void CheckMessage(const Message& message, const MessageRules& rules);
 
-}  // namespace rig
+}  // namespace rig::dvr

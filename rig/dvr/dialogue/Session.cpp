@@ -4,7 +4,7 @@
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
 
-namespace rig {
+namespace rig::dvr {
 
 Session::Session(Connection& connection, Dialogue& dialogue, Transcript& transcript,
                  const SessionTimes& times)
@@ -154,4 +154,4 @@ void Session::EndAsTold(Outgoing::End end) {
                                                  : "reset the connection, as told");
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -10,7 +10,7 @@
 #include "rig/dvr/wire/Transcript.h"
 #include "rig/dvr/wire/WireCheck.h"
 
-namespace rig {
+namespace rig::dvr {
 
 /// How long a session waits.
 struct SessionTimes {
@@ -87,4 +87,4 @@ class Session {
     bool reconnects_ = false;  // a defect asks for another session
 };
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 constexpr Milliseconds kLook(100);
@@ -69,4 +69,4 @@ std::uint64_t Transfer::DueAt(Clock::time_point now) const {
                                       (elapsed / std::chrono::duration<double>(time_)));
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

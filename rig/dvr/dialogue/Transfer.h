@@ -8,7 +8,7 @@
 #include "rig/dvr/recordings/Delivery.h"
 #include "rig/dvr/wire/Connection.h"
 
-namespace rig {
+namespace rig::dvr {
 
 /// How long the transfer of a file takes.
 struct TransferPace {
@@ -61,4 +61,4 @@ class Transfer {
     bool over_ = false;
 };
 
-}  // namespace rig
+}  // namespace rig::dvr

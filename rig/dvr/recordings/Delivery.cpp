@@ -5,7 +5,7 @@
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 namespace fs = std::filesystem;
@@ -79,4 +79,4 @@ std::size_t Delivery::Copy(std::size_t count) {
     return read;
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

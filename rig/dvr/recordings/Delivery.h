@@ -8,7 +8,7 @@
 #include "rig/dvr/recordings/Recordings.h"
 #include "rig/dvr/recordings/TemporaryFile.h"
 
-namespace rig {
+namespace rig::dvr {
 
 /// A folder that takes copies of the files as they are transferred, each as FOLDER/EVENT/FILE.
 class DeliveryFolder {
@@ -48,4 +48,4 @@ class Delivery {
     std::vector<char> piece_;
 };
 
-}  // namespace rig
+}  // namespace rig::dvr

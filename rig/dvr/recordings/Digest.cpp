@@ -2,7 +2,7 @@
 
 #include "rig/base/Sha256.h"
 
-namespace rig {
+namespace rig::dvr {
 
 Digest DigestOf(const Recordings& recordings, const std::string& event, const std::string& file) {
     Sha256 hash;
@@ -15,4 +15,4 @@ Digest DigestOf(const Recordings& recordings, const std::string& event, const st
     return digest;
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

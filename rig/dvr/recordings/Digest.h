@@ -5,7 +5,7 @@
 
 #include "rig/dvr/recordings/Recordings.h"
 
-namespace rig {
+namespace rig::dvr {
 
 /// What FILE_COMPLETE says about a file's contents.
 struct Digest {
@@ -17,4 +17,4 @@ struct Digest {
 /// Throws Failure (UsageError) when it cannot be read.
 Digest DigestOf(const Recordings& recordings, const std::string& event, const std::string& file);
 
-}  // namespace rig
+}  // namespace rig::dvr

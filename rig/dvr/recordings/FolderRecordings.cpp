@@ -9,7 +9,7 @@
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 namespace fs = std::filesystem;
@@ -94,4 +94,4 @@ Recordings::Source FolderRecordings::Open(const std::string& event, const std::s
     };
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

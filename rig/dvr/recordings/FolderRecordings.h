@@ -7,7 +7,7 @@
 
 #include "rig/dvr/recordings/Recordings.h"
 
-namespace rig {
+namespace rig::dvr {
 
 /// Recordings in a folder: one folder for each event, named after it; all files in that folder, at any depth,
 /// are the event's. Files next to the events' folders are ignored.
@@ -33,4 +33,4 @@ class FolderRecordings : public Recordings {
     std::vector<std::string> events_;  // sorted
 };
 
-}  // namespace rig
+}  // namespace rig::dvr

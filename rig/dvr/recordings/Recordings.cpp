@@ -6,7 +6,7 @@
 #include "rig/base/Affix.h"
 #include "rig/dvr/wire/Message.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 constexpr std::size_t kPieceBytes = std::size_t{64} * 1024;
@@ -76,4 +76,4 @@ Recordings::Source SourceOf(const std::string& bytes) {
     };
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

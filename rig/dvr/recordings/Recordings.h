@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-namespace rig {
+namespace rig::dvr {
 
 /// One recorded event: its identifier and the names of its files.
 struct Event {
@@ -61,4 +61,4 @@ class Recordings {
 /// @return a source of these bytes, which must outlive it
 Recordings::Source SourceOf(const std::string& bytes);
 
-}  // namespace rig
+}  // namespace rig::dvr

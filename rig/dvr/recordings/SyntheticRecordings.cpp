@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 constexpr std::size_t kSmallestBytes = 100'000;
@@ -51,4 +51,4 @@ Recordings::Source SyntheticRecordings::Open(const std::string& event, const std
     return SourceOf(contents_.at({event, file}));
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

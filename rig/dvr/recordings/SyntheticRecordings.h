@@ -6,7 +6,7 @@
 
 #include "rig/dvr/recordings/Recordings.h"
 
-namespace rig {
+namespace rig::dvr {
 
 /// Three small events for users without recordings: one with two streams, one with one, one with only its
 /// metadata, which gets no file fault. Held in memory; names and contents are the same in every run.
@@ -27,4 +27,4 @@ class SyntheticRecordings : public Recordings {
     std::map<std::pair<std::string, std::string>, std::string> contents_;  // by event and file
 };
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -15,7 +15,7 @@
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 /// What a signal that ends the process must remove; empty: nothing.
@@ -96,4 +96,4 @@ void TemporaryFile::Keep() {
     }
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

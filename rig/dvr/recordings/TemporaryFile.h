@@ -6,7 +6,7 @@
 
 #include "rig/base/Descriptor.h"
 
-namespace rig {
+namespace rig::dvr {
 
 /// A file in the making. It has a temporary name in its final folder until it is kept. If it is not kept,
 /// nothing is left of it at the end of this object, or when SIGHUP, SIGINT or SIGTERM ends the process. One
@@ -34,4 +34,4 @@ class TemporaryFile {
     Descriptor descriptor_;
 };
 
-}  // namespace rig
+}  // namespace rig::dvr

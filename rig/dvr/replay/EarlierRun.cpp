@@ -11,7 +11,7 @@
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/replay/RunBuilder.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 /// Far longer than any line of a real log; a longer one is not text.
@@ -62,7 +62,7 @@ class RunChooser {
     explicit RunChooser(std::string log) : log_(std::move(log)) {}
 
     void Take(std::size_t number, const std::string& text) {
-        const std::optional<LogLine> line = ParseLogLine(text);
+        const std::optional<log::LogLine> line = log::ParseLogLine(text);
         if (number == 1) {
             firstLine_ = text;
         }
@@ -121,4 +121,4 @@ EarlierRun ReadEarlierRun(const std::string& log) {
     return chooser.Choose(lines);
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace rig {
+namespace rig::dvr {
 
 /// When a line was logged, since 1970.
 using LogTime = std::chrono::microseconds;
@@ -49,4 +49,4 @@ struct EarlierRun {
 /// lacks lines in between, with the file, the line, what was expected and what was found.
 EarlierRun ReadEarlierRun(const std::string& log);
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -4,7 +4,7 @@
 
 #include "rig/base/Affix.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 struct Announcement {
@@ -85,4 +85,4 @@ std::vector<std::string> SubjectsOf(const Message& message) {
                                 : std::vector<std::string>{};
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

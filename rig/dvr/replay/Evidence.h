@@ -5,7 +5,7 @@
 
 #include "rig/dvr/wire/Message.h"
 
-namespace rig {
+namespace rig::dvr {
 
 /// @return the name of the message that the harness sends next when it logs this text; empty if the text does
 /// not say. Of several texts about the same answer, the later one is right.
@@ -26,4 +26,4 @@ std::string SubjectConfirmedBy(const std::string& text);
 /// an event, the duration for DONE; empty if the log would name nothing
 std::vector<std::string> SubjectsOf(const Message& message);
 
-}  // namespace rig
+}  // namespace rig::dvr

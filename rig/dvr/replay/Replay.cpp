@@ -7,7 +7,7 @@
 #include "rig/dvr/replay/Evidence.h"
 #include "rig/dvr/wire/Message.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 /// After this long without a message, none is due any more. The harness takes 250 ms for each message.
@@ -206,4 +206,4 @@ std::string Replay::Summary() const {
            " messages, " + std::to_string(requests_) + " requests as in " + run_.log;
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -10,7 +10,7 @@
 #include "rig/dvr/wire/Transcript.h"
 #include "rig/dvr/wire/WireCheck.h"
 
-namespace rig {
+namespace rig::dvr {
 
 /// How a replay waits, and sends.
 struct ReplayManner {
@@ -76,4 +76,4 @@ class Replay {
     std::size_t requests_ = 0;  // received, as expected
 };
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -11,7 +11,7 @@
 #include "rig/dvr/wire/Transcript.h"
 #include "rig/dvr/wire/WireCheck.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 /// Throws Failure (UsageError) if the options do not fit the log.
@@ -99,4 +99,4 @@ void PlayReplay(const DvrOptions& options, Transcript& transcript) {
     transcript.Note(summary() + EndOfLog(run));
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

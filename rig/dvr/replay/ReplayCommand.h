@@ -2,7 +2,7 @@
 
 #include "rig/dvr/DvrCommand.h"
 
-namespace rig {
+namespace rig::dvr {
 
 class Transcript;
 
@@ -15,4 +15,4 @@ void AddReplayOptions(CLI::App& dvr, DvrOptions& options);
 /// Throws Failure unless the harness asks for the same things up to the end of the log.
 void PlayReplay(const DvrOptions& options, Transcript& transcript);
 
-}  // namespace rig
+}  // namespace rig::dvr

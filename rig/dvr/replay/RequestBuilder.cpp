@@ -8,7 +8,7 @@
 #include "rig/dvr/replay/Evidence.h"
 #include "rig/dvr/wire/Frame.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 /// @return the byte after the head, in hexadecimal up to the text's end; nothing if there is none
@@ -125,4 +125,4 @@ std::string RequestBuilder::Missing() const {
     return promised_.empty() ? "" : "'hdr[0]= ' behind " + Quoted(promised_) + ", as in a log of all levels";
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -8,7 +8,7 @@
 
 #include "rig/dvr/replay/EarlierRun.h"
 
-namespace rig {
+namespace rig::dvr {
 
 /// Assembles what the log of a run says about the requests that the harness sent. The requests become part of
 /// the run's last message; each call gets the run.
@@ -50,4 +50,4 @@ class RequestBuilder {
     std::vector<RequestId> unconfirmed_;   // whose subject a later line may reveal
 };
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -8,7 +8,7 @@
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/wire/Message.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 constexpr long long kSliceBytes = 800;
@@ -68,8 +68,8 @@ RunBuilder::RunBuilder(const std::string& log) {
     run_.log = log;
 }
 
-void RunBuilder::Take(std::size_t number, const LogLine& line) {
-    const std::string text = Unescaped(line.text);
+void RunBuilder::Take(std::size_t number, const log::LogLine& line) {
+    const std::string text = log::Unescaped(line.text);
     const auto time = line.time ? std::optional<LogTime>(*line.time) : std::nullopt;
     if (!over_ && BeginsAnew(text)) {
         BeginAnew();
@@ -227,4 +227,4 @@ EarlierRun RunBuilder::Finish() const {
     return run;
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -8,7 +8,7 @@
 #include "rig/dvr/replay/RequestBuilder.h"
 #include "rig/log/LogLine.h"
 
-namespace rig {
+namespace rig::dvr {
 
 /// Assembles the dialogue of one run of the harness from the log lines of one process, and notices where the
 /// next run begins.
@@ -19,7 +19,7 @@ class RunBuilder {
 
     /// Takes the next line of the process. Lines after the end of the first run with a message change
     /// nothing.
-    void Take(std::size_t number, const LogLine& line);
+    void Take(std::size_t number, const log::LogLine& line);
 
     bool HasMessages() const { return !run_.messages.empty(); }
 
@@ -55,4 +55,4 @@ class RunBuilder {
     std::optional<Incoming> incoming_;  // announced and not yet complete
 };
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -15,7 +15,7 @@
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 constexpr std::size_t kChunkBytes = std::size_t{64} * 1024;
@@ -217,4 +217,4 @@ bool Connection::ReadSome() {
     return !ended_;
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

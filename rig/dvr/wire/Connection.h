@@ -12,7 +12,7 @@
 
 struct addrinfo;
 
-namespace rig {
+namespace rig::dvr {
 
 using Clock = std::chrono::steady_clock;
 using Milliseconds = std::chrono::milliseconds;
@@ -83,4 +83,4 @@ class Connection {
     bool ended_ = false;
 };
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -1,6 +1,6 @@
 #include "rig/dvr/wire/DocumentEnd.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 bool StartsAt(const std::string& text, std::size_t at, const char* start) {
@@ -63,4 +63,4 @@ std::optional<std::size_t> DocumentEnd(const std::string& text) {
     return std::nullopt;
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

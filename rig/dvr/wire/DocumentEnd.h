@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-namespace rig {
+namespace rig::dvr {
 
 /// Finds the end of the XML document that the text starts with: a document ends where its root element does.
 /// For texts whose announced length cannot be trusted. Checks only the nesting, not whether the document is
@@ -16,4 +16,4 @@ std::optional<std::size_t> DocumentEnd(const std::string& text);
 /// to a value.
 std::size_t BehindTag(const std::string& text, std::size_t at);
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -5,7 +5,7 @@
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/wire/DocumentEnd.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 /// @return how much of the text is its document. Blanks after it do not begin a frame.
@@ -100,4 +100,4 @@ std::string FrameDecoder::Progress() const {
            (rest > 0 ? " and " + std::to_string(rest) + " bytes behind the document's end" : "");
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-namespace rig {
+namespace rig::dvr {
 
 /// The wire format. A frame is a prefix of 1 to 5 bytes, which gives the length of the text, and then the
 /// text, with nothing before, between or after:
@@ -79,4 +79,4 @@ class FrameDecoder {
     std::optional<SizeError> expected_;
 };
 
-}  // namespace rig
+}  // namespace rig::dvr

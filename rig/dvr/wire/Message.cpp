@@ -6,7 +6,7 @@
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 struct StringWriter : pugi::xml_writer {
@@ -128,4 +128,4 @@ bool IsDocument(const std::string& text) {
     return ParseWhole(document, text).empty();
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -4,7 +4,7 @@
 #include <pugixml.hpp>
 #include <string>
 
-namespace rig {
+namespace rig::dvr {
 
 /// One message of the protocol: an XML document with one top-level element `msg`, whose attribute `req` names
 /// it.
@@ -53,4 +53,4 @@ std::string Print(const pugi::xml_document& document);
 /// @return whether it is one well-formed document with exactly one top-level element
 bool IsDocument(const std::string& text);
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -4,7 +4,7 @@
 
 #include "rig/dvr/wire/DocumentEnd.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 constexpr const char* kBlanks = " \t\r\n";
@@ -86,4 +86,4 @@ std::string SkeletonOf(const std::string& text) {
     return skeleton;
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -3,7 +3,7 @@
 #include <pugixml.hpp>
 #include <string>
 
-namespace rig {
+namespace rig::dvr {
 
 /// The layout of a document without its values: `<msg req="" file=""/>`. A compactly printed text has the
 /// same skeleton as the document read from it.
@@ -14,4 +14,4 @@ std::string SkeletonOf(const pugi::xml_document& document);
 /// blank allowed before "/>".
 std::string SkeletonOf(const std::string& text);
 
-}  // namespace rig
+}  // namespace rig::dvr

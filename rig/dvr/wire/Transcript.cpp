@@ -7,7 +7,7 @@
 #include "rig/base/Printable.h"
 #include "rig/base/ProgressBar.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 constexpr std::size_t kValueBytes = 100;
@@ -97,4 +97,4 @@ std::string Summarize(const Message& message) {
     return text;
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

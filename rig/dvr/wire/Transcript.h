@@ -9,7 +9,7 @@
 #include "rig/base/Colour.h"
 #include "rig/dvr/wire/Message.h"
 
-namespace rig {
+namespace rig::dvr {
 
 /// Prints a dialogue for people to follow, one line per message, each flushed at once:
 ///
@@ -49,4 +49,4 @@ class Transcript {
 /// @return name and fields of a message in one line
 std::string Summarize(const Message& message);
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -10,7 +10,7 @@
 #include "rig/dvr/wire/DocumentEnd.h"
 #include "rig/dvr/wire/Skeleton.h"
 
-namespace rig {
+namespace rig::dvr {
 namespace {
 
 /// The attributes of a message in their order on the wire. Those from `optional` on may be missing.
@@ -195,4 +195,4 @@ std::string WireCheck::Summary() const {
            (wrong_ == 0 ? "none" : std::to_string(wrong_)) + " wrong";
 }
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -7,7 +7,7 @@
 #include "rig/dvr/wire/Frame.h"
 #include "rig/dvr/wire/Transcript.h"
 
-namespace rig {
+namespace rig::dvr {
 
 /// Looks at each frame of the harness more closely than a DVR would: is the prefix the text's length in its
 /// shortest form, is the text one document and nothing else, printed compactly, and are the attributes in the
@@ -37,4 +37,4 @@ class WireCheck {
 /// the first of all other faults
 std::vector<std::string> FindWireFaults(const ReceivedFrame& frame, const std::string& text, int dialect);
 
-}  // namespace rig
+}  // namespace rig::dvr

@@ -29,15 +29,15 @@ Listing ListChecks() {
     return listing;
 }
 
-std::vector<report::CheckResult> JudgeRun(const Run& run, const Limits& limits) {
-    std::vector<report::CheckResult> results;
+std::vector<result::CheckResult> JudgeRun(const Run& run, const Limits& limits) {
+    std::vector<result::CheckResult> results;
     for (const Check& check : AllChecks()) {
         if (!check.applies(run) || (check.needs == Needs::MaxReaction && !limits.maxReaction)) {
             continue;
         }
         Finding finding = check.judge(run, limits);
-        if (check.needs == Needs::WholeLog && finding.verdict == report::Verdict::Fail && LacksAPart(run)) {
-            finding.verdict = report::Verdict::Inconclusive;
+        if (check.needs == Needs::WholeLog && finding.verdict == result::Verdict::Fail && LacksAPart(run)) {
+            finding.verdict = result::Verdict::Inconclusive;
             finding.found = "the log does not hold all of the run; as far as it goes, " + finding.found;
         }
         results.push_back({check.id, check.requirement, finding.verdict, std::move(finding.expected),

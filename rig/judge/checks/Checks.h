@@ -18,10 +18,10 @@ struct Limits {
 
 /// The verdict of one check, with what was expected and found.
 struct Finding {
-    report::Verdict verdict = report::Verdict::NotReached;
+    result::Verdict verdict = result::Verdict::NotReached;
     std::string expected;
     std::string found;
-    std::vector<report::Evidence> evidence;
+    std::vector<result::Evidence> evidence;
 };
 
 /// What a check needs besides a run that it concerns.
@@ -58,6 +58,6 @@ const std::vector<Check>& AllChecks();
 Listing ListChecks();
 
 /// Applies all checks that concern the run.
-std::vector<report::CheckResult> JudgeRun(const Run& run, const Limits& limits);
+std::vector<result::CheckResult> JudgeRun(const Run& run, const Limits& limits);
 
 }  // namespace rig::judge

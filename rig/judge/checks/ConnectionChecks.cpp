@@ -4,23 +4,23 @@
 namespace rig::judge {
 namespace {
 
-using report::Verdict;
+using result::Verdict;
 
 bool IsKnownEnd(const Run& run) {
-    return (run.doneSent.Any() && !run.isExporting) || run.Saw(Sign::ShuttingDown);
+    return (run.doneSent.Any() && !run.isExporting) || run.Saw(log::Sign::ShuttingDown);
 }
 
-bool Holds(const report::Evidence& line, const char* text) {
+bool Holds(const result::Evidence& line, const char* text) {
     return line.text.find(text) != std::string::npos;
 }
 
 /// @return whether the harness aborted because another connection came while it served one
-bool IsSecondConnection(const report::Evidence& assertion) {
+bool IsSecondConnection(const result::Evidence& assertion) {
     return Holds(assertion, "FD_ISSET(g_clientFd") || Holds(assertion, "select(g_serverFd+g_clientFd+1");
 }
 
 /// @return whether the harness aborted for something that the DVR sent or did
-bool IsForTheDvr(const report::Evidence& assertion) {
+bool IsForTheDvr(const result::Evidence& assertion) {
     return IsSecondConnection(assertion) || Holds(assertion, "expectedSize not_eq -1") ||
            Holds(assertion, "readBytes == expectedSize") || Holds(assertion, ".Error()") ||
            Holds(assertion, "writelen == ");
@@ -35,14 +35,14 @@ Finding HasStart(const Run& run, const Limits& /*limits*/) {
 
 Finding HarnessRan(const Run& run, const Limits& /*limits*/) {
     const std::string expected = "a harness that serves until it is interrupted";
-    if (run.Saw(Sign::BindFailed)) {
-        return {Verdict::Environment, expected, "port 5001 was taken", run.Of(Sign::BindFailed).Lines()};
+    if (run.Saw(log::Sign::BindFailed)) {
+        return {Verdict::Environment, expected, "port 5001 was taken", run.Of(log::Sign::BindFailed).Lines()};
     }
-    if (run.Saw(Sign::NoSignalHandler)) {
+    if (run.Saw(log::Sign::NoSignalHandler)) {
         return {Verdict::Environment, expected, "no handler for SIGINT",
-                run.Of(Sign::NoSignalHandler).Lines()};
+                run.Of(log::Sign::NoSignalHandler).Lines()};
     }
-    for (const report::Evidence& assertion : run.assertions.Lines()) {
+    for (const result::Evidence& assertion : run.assertions.Lines()) {
         if (!IsForTheDvr(assertion)) {
             return {Verdict::Environment, expected, "it aborted for a reason of its own", {assertion}};
         }
@@ -63,10 +63,10 @@ Finding LogIsWhole(const Run& run, const Limits& /*limits*/) {
     if (run.HarnessEnded()) {
         return Pass(expected, "the log ends where the harness aborts for what the DVR did", run.assertions);
     }
-    if (IsKnownEnd(run) || run.Saw(Sign::BindFailed) || run.Saw(Sign::NoSignalHandler)) {
+    if (IsKnownEnd(run) || run.Saw(log::Sign::BindFailed) || run.Saw(log::Sign::NoSignalHandler)) {
         return Pass(expected, "both");
     }
-    return run.last == Sign::HeaderByte
+    return run.last == log::Sign::HeaderByte
                ? Inconclusive(
                      expected,
                      "the log ends behind a request: it was cut, or the harness still runs, was "
@@ -79,33 +79,33 @@ Finding LogIsWhole(const Run& run, const Limits& /*limits*/) {
 
 Finding ConnectionMade(const Run& run, const Limits& limits) {
     const std::string expected = "a connection of the DVR";
-    if (run.Saw(Sign::Connected) || run.Saw(Sign::Expecting)) {
-        return Pass(expected, "connected", run.Of(Sign::Connected));
+    if (run.Saw(log::Sign::Connected) || run.Saw(log::Sign::Expecting)) {
+        return Pass(expected, "connected", run.Of(log::Sign::Connected));
     }
-    if (run.Saw(Sign::BindFailed) || run.Saw(Sign::NoSignalHandler)) {
+    if (run.Saw(log::Sign::BindFailed) || run.Saw(log::Sign::NoSignalHandler)) {
         return NotReached(expected, "the harness could not listen");
     }
     return RanForLong(run, limits) ? Fail(expected, "no DVR connected until the harness was interrupted",
-                                          run.Of(Sign::ShuttingDown))
+                                          run.Of(log::Sign::ShuttingDown))
                                    : Inconclusive(expected, "none yet when the log ends");
 }
 
 Finding ConnectionOpened(const Run& run, const Limits& limits) {
     const std::string expected = "OK as the first message";
     if (run.openedByOk) {
-        return Pass(expected, "OK", run.Of(Sign::Opening));
+        return Pass(expected, "OK", run.Of(log::Sign::Opening));
     }
     if (!run.hasStart) {
         return Inconclusive(expected, "the log begins behind the opening");
     }
-    if (run.Saw(Sign::NoRequest)) {
-        return Fail(expected, "a message without req", run.Of(Sign::NoRequest));
+    if (run.Saw(log::Sign::NoRequest)) {
+        return Fail(expected, "a message without req", run.Of(log::Sign::NoRequest));
     }
     if (!run.received.empty()) {
         return Fail(expected, "another message", run.received.begin()->second);
     }
-    if (run.Saw(Sign::Connected) && RanForLong(run, limits) && !run.HarnessEnded()) {
-        return Fail(expected, "the DVR connected and sent nothing", run.Of(Sign::Connected));
+    if (run.Saw(log::Sign::Connected) && RanForLong(run, limits) && !run.HarnessEnded()) {
+        return Fail(expected, "the DVR connected and sent nothing", run.Of(log::Sign::Connected));
     }
     return NotReached(expected, "no message that could be read");
 }
@@ -113,7 +113,7 @@ Finding ConnectionOpened(const Run& run, const Limits& limits) {
 Finding ConnectionKept(const Run& run, const Limits& /*limits*/) {
     const std::string expected = "one connection, kept until DONE, ended nowhere inside a message";
     const bool isDone = run.doneSent.Any() && !run.isExporting;
-    for (const report::Evidence& assertion : run.assertions.Lines()) {
+    for (const result::Evidence& assertion : run.assertions.Lines()) {
         if (!isDone && IsSecondConnection(assertion)) {
             return Fail(expected, "the DVR opened a second connection while the first was served",
                         run.assertions);
@@ -121,14 +121,14 @@ Finding ConnectionKept(const Run& run, const Limits& /*limits*/) {
     }
     const Tally none;
     return NoneOf(
-        {{run.Of(Sign::TextReadError), "the DVR reset the connection inside a message"},
-         {run.Of(Sign::EndInsideText),
+        {{run.Of(log::Sign::TextReadError), "the DVR reset the connection inside a message"},
+         {run.Of(log::Sign::EndInsideText),
           "the DVR ended the connection inside a message, or announced more than it sent"},
-         {isDone ? none : run.Of(Sign::PrefixReadError), "the DVR reset the connection before the end"},
-         {isDone ? none : run.Of(Sign::SendFailed),
+         {isDone ? none : run.Of(log::Sign::PrefixReadError), "the DVR reset the connection before the end"},
+         {isDone ? none : run.Of(log::Sign::SendFailed),
           "the DVR ended the connection instead of waiting for "
           "the harness's message"}},
-        run.Saw(Sign::Connected) || run.Saw(Sign::Expecting), expected, "no connection");
+        run.Saw(log::Sign::Connected) || run.Saw(log::Sign::Expecting), expected, "no connection");
 }
 
 }  // namespace

@@ -7,8 +7,8 @@ namespace rig::judge {
 namespace {
 
 bool ProvokesReports(const Run& run) {
-    const bool isProvoked = run.Saw(Sign::EventSwitch) || run.Saw(Sign::FileSwitch) ||
-                            run.Saw(Sign::TransportSwitch) || run.Saw(Sign::XferSwitch);
+    const bool isProvoked = run.Saw(log::Sign::EventSwitch) || run.Saw(log::Sign::FileSwitch) ||
+                            run.Saw(log::Sign::TransportSwitch) || run.Saw(log::Sign::XferSwitch);
     const bool isReported = run.Received("INVALID_EVENT") + run.Received("TRANSPORT_EXCEPTION") +
                                 run.Received("XFER_IN_PROGRESS") >
                             0;
@@ -16,20 +16,20 @@ bool ProvokesReports(const Run& run) {
 }
 
 Finding EventListSource(const Run& run, const Limits& /*limits*/) {
-    return NoneOf({{run.Of(Sign::NoSource), "EVENT_LIST without source"}}, run.Received("EVENT_LIST") > 0,
-                  "source in EVENT_LIST", "no EVENT_LIST");
+    return NoneOf({{run.Of(log::Sign::NoSource), "EVENT_LIST without source"}},
+                  run.Received("EVENT_LIST") > 0, "source in EVENT_LIST", "no EVENT_LIST");
 }
 
 Finding EventListEvents(const Run& run, const Limits& /*limits*/) {
     const std::string expected = "an identifier for each event in EVENT_LIST";
-    if (run.Saw(Sign::NoEvents)) {
+    if (run.Saw(log::Sign::NoEvents)) {
         return Inconclusive(expected,
                             "no event was listed: the log cannot tell whether the DVR has none, and nothing "
                             "was exported",
-                            run.Of(Sign::NoEvents));
+                            run.Of(log::Sign::NoEvents));
     }
-    return NoneOf({{run.Of(Sign::EventWithoutText), "an event without identifier in EVENT_LIST"},
-                   {run.Of(Sign::NoEventTag), "EVENT_LIST without events"}},
+    return NoneOf({{run.Of(log::Sign::EventWithoutText), "an event without identifier in EVENT_LIST"},
+                   {run.Of(log::Sign::NoEventTag), "EVENT_LIST without events"}},
                   run.Received("EVENT_LIST") > 0, expected, "no EVENT_LIST");
 }
 
@@ -46,11 +46,11 @@ Finding EventReid(const Run& run, const Limits& /*limits*/) {
 
 Finding Description(const Run& run, const Limits& /*limits*/) {
     return NoneOf(
-        {{run.Of(Sign::NoDescription), "EVENT without xmlFile"},
-         {run.Of(Sign::EmptyDescription), "EVENT with an empty xmlFile"},
+        {{run.Of(log::Sign::NoDescription), "EVENT without xmlFile"},
+         {run.Of(log::Sign::EmptyDescription), "EVENT with an empty xmlFile"},
          {run.noDescriptions, "XML without xmlFile"},
-         {run.Of(Sign::DescriptionWithoutReid), "a description without reid"},
-         {run.Of(Sign::DescriptionReidWrong), "a description of another event than the one asked for"},
+         {run.Of(log::Sign::DescriptionWithoutReid), "a description without reid"},
+         {run.Of(log::Sign::DescriptionReidWrong), "a description of another event than the one asked for"},
          {run.noEvent, "a description that is empty, or of something else than an event"},
          {run.namelessFiles, "a description of a file without name, for which the harness aborts"}},
         run.Received("EVENT") + run.Received("XML") > 0,
@@ -59,16 +59,16 @@ Finding Description(const Run& run, const Limits& /*limits*/) {
 
 Finding DescriptionFiles(const Run& run, const Limits& /*limits*/) {
     const Tally none;
-    const bool isWrong = run.Saw(Sign::EventReidWrong) || run.Saw(Sign::NoDescription) ||
-                         run.Saw(Sign::EmptyDescription) || run.noEvent.Any();
-    return NoneOf({{isWrong ? none : run.Of(Sign::EventWithoutFiles), "a description without files"},
+    const bool isWrong = run.Saw(log::Sign::EventReidWrong) || run.Saw(log::Sign::NoDescription) ||
+                         run.Saw(log::Sign::EmptyDescription) || run.noEvent.Any();
+    return NoneOf({{isWrong ? none : run.Of(log::Sign::EventWithoutFiles), "a description without files"},
                    {run.noFiles, "a description without files"}},
                   run.Received("EVENT") + run.Received("XML") > 0, "at least one file for each event",
                   "no description");
 }
 
 Finding FileAttributes(const Run& run, const Limits& /*limits*/) {
-    return NoneOf({{run.Of(Sign::FileWithoutNames), "FILE_COMPLETE without reid or without file"}},
+    return NoneOf({{run.Of(log::Sign::FileWithoutNames), "FILE_COMPLETE without reid or without file"}},
                   run.Received("FILE_COMPLETE") > 0, "reid and file in FILE_COMPLETE", "no FILE_COMPLETE");
 }
 
@@ -86,7 +86,7 @@ Finding FileIdentity(const Run& run, const Limits& limits) {
 Finding AckReid(const Run& run, const Limits& limits) {
     const Tally unanswered = Unanswered(run, "EVENT_XFER_COMPLETE", limits);
     const bool isOpen = !unanswered.Any() && IsWaiting(run, "EVENT_XFER_COMPLETE");
-    return NoneOf({{run.Of(Sign::AckWithoutReid), "EVENT_XFER_ACK without reid"},
+    return NoneOf({{run.Of(log::Sign::AckWithoutReid), "EVENT_XFER_ACK without reid"},
                    {run.otherAck, "EVENT_XFER_ACK for another event than the one that was complete"},
                    {unanswered, "an event that was never acknowledged"}},
                   run.Received("EVENT_XFER_ACK") > 0 && !isOpen, "the event's reid in EVENT_XFER_ACK",
@@ -105,7 +105,7 @@ Finding ReportReid(const Run& run, const Limits& /*limits*/) {
 Finding ExportDone(const Run& run, const Limits& limits) {
     const std::string expected = "an export that ends with DONE";
     if (run.doneSent.Any() && !run.isExporting) {
-        return Pass(expected, "DONE", run.Of(Sign::SendingDone));
+        return Pass(expected, "DONE", run.Of(log::Sign::SendingDone));
     }
     if (!run.pending.empty() && IsUnanswered(run, run.pending.front(), limits)) {
         const Request& request = run.pending.front();
@@ -113,7 +113,7 @@ Finding ExportDone(const Run& run, const Limits& limits) {
                     request.isMistaken ? "the export stopped where the only " + request.expects +
                                              " was one that the harness ignores"
                                        : "the export stopped where no " + request.expects + " came",
-                    run.Of(Sign::ShuttingDown));
+                    run.Of(log::Sign::ShuttingDown));
     }
     return NotReached(expected, "the log ends before");
 }

@@ -10,7 +10,7 @@ Finding Fired(const Run& run, Fault fault) {
     if (run.Of(fault).fired.Any()) {
         return Pass(kFired, "injected", run.Of(fault).fired);
     }
-    if (fault == Fault::Rehash && run.Saw(Sign::XferSwitch) && run.Saw(Sign::RehashFault)) {
+    if (fault == Fault::Rehash && run.Saw(log::Sign::XferSwitch) && run.Saw(log::Sign::RehashFault)) {
         return NotInjected(run, "with -r and -x together the request with rehash=\"true\" does not go out");
     }
     const bool isFileFault = fault != Fault::Event && fault != Fault::Pause;
@@ -89,9 +89,9 @@ Finding RehashAttributes(const Run& run, const Limits& /*limits*/) {
     if (!run.Of(Fault::Rehash).fired.Any()) {
         return NotReached("hashCode and length when a new hash is asked for", "it was never asked for");
     }
-    return NoneOf({{run.Of(Sign::NoHash), "an answer without hashCode"},
-                   {run.Of(Sign::NoLength), "an answer without length"}},
-                  run.Saw(Sign::SameHash) || run.Saw(Sign::NewHash),
+    return NoneOf({{run.Of(log::Sign::NoHash), "an answer without hashCode"},
+                   {run.Of(log::Sign::NoLength), "an answer without length"}},
+                  run.Saw(log::Sign::SameHash) || run.Saw(log::Sign::NewHash),
                   "hashCode and length when a new hash is asked for", "no answer");
 }
 Finding RehashSame(const Run& run, const Limits& /*limits*/) {
@@ -99,14 +99,14 @@ Finding RehashSame(const Run& run, const Limits& /*limits*/) {
     if (!run.Of(Fault::Rehash).fired.Any()) {
         return NotReached(expected, "a new hash was never asked for");
     }
-    if (run.Saw(Sign::NewHash)) {
+    if (run.Saw(log::Sign::NewHash)) {
         return Inconclusive(expected,
                             "a new hash, reported as one: right if the recording changed, or its old hash "
                             "was wrong; the DVR's fault if neither, which the log cannot tell",
-                            run.Of(Sign::NewHash));
+                            run.Of(log::Sign::NewHash));
     }
-    return run.Saw(Sign::SameHash) ? Pass(expected, "the same hash", run.Of(Sign::SameHash))
-                                   : NotReached(expected, "no two hashes to compare");
+    return run.Saw(log::Sign::SameHash) ? Pass(expected, "the same hash", run.Of(log::Sign::SameHash))
+                                        : NotReached(expected, "no two hashes to compare");
 }
 
 }  // namespace
@@ -115,44 +115,47 @@ const std::vector<Check>& FaultChecks() {
     static const std::vector<Check> kChecks = {
         {"invalid-event.fired", kFiredSentence,
          "\"processing 'invalidEvent' option [event]\", and the request that follows",
-         With<Sign::EventSwitch>, EventFired},
+         With<log::Sign::EventSwitch>, EventFired},
         {"invalid-event.answer", "The DVR refuses an event that it does not have.",
-         "INVALID_EVENT, or EVENT instead, as the next answer", With<Sign::EventSwitch>, EventAnswered,
+         "INVALID_EVENT, or EVENT instead, as the next answer", With<log::Sign::EventSwitch>, EventAnswered,
          Needs::WholeLog},
         {"invalid-file.fired-event", kFiredSentence,
-         "\"processing 'invalidFile' option, cnt=\", the first time", With<Sign::FileSwitch>, FileEventFired},
+         "\"processing 'invalidFile' option, cnt=\", the first time", With<log::Sign::FileSwitch>,
+         FileEventFired},
         {"invalid-file.answer-event", "The DVR refuses a file of an event that it does not have.",
-         "INVALID_EVENT, or FILE_COMPLETE instead, as the next answer", With<Sign::FileSwitch>,
+         "INVALID_EVENT, or FILE_COMPLETE instead, as the next answer", With<log::Sign::FileSwitch>,
          FileEventAnswered, Needs::WholeLog},
         {"invalid-file.fired-name", kFiredSentence,
-         "\"processing 'invalidFile' option, cnt=\", the second time", With<Sign::FileSwitch>, FileNameFired},
+         "\"processing 'invalidFile' option, cnt=\", the second time", With<log::Sign::FileSwitch>,
+         FileNameFired},
         {"invalid-file.answer-name", "The DVR refuses a file that it does not have.",
-         "INVALID_EVENT, or FILE_COMPLETE instead, as the next answer", With<Sign::FileSwitch>,
+         "INVALID_EVENT, or FILE_COMPLETE instead, as the next answer", With<log::Sign::FileSwitch>,
          FileNameAnswered, Needs::WholeLog},
         {"transport.fired", kFiredSentence,
          "\"processing 'transportException' option\"; the shell's complaint where the marker cannot be made",
-         With<Sign::TransportSwitch>, TransportFired},
+         With<log::Sign::TransportSwitch>, TransportFired},
         {"transport.answer", "The DVR reports a transfer that fails.",
-         "TRANSPORT_EXCEPTION, or FILE_COMPLETE instead, as the next answer", With<Sign::TransportSwitch>,
-         TransportAnswered, Needs::WholeLog},
+         "TRANSPORT_EXCEPTION, or FILE_COMPLETE instead, as the next answer",
+         With<log::Sign::TransportSwitch>, TransportAnswered, Needs::WholeLog},
         {"rehash.fired", kFiredSentence, "\"processing 'rehash' option\", and the request that follows",
-         With<Sign::RehashSwitch>, RehashFired},
+         With<log::Sign::RehashSwitch>, RehashFired},
         {"rehash.attributes", "The DVR gives hash and length when a new hash is asked for.",
          "\"'hashCode' attribute not present when requested\", \"'length' attribute not present when "
          "requested\"",
-         With<Sign::RehashSwitch>, RehashAttributes},
+         With<log::Sign::RehashSwitch>, RehashAttributes},
         {"rehash.same-hash", "A hash made anew equals the old one, or is reported as new.",
-         "\"rehash resulted in same hash: \", \"rehash resulted in new hash: \"", With<Sign::RehashSwitch>,
-         RehashSame},
-        {"xfer.fired", kFiredSentence, "\"processing 'xferInProgress' option\"", With<Sign::XferSwitch>,
+         "\"rehash resulted in same hash: \", \"rehash resulted in new hash: \"",
+         With<log::Sign::RehashSwitch>, RehashSame},
+        {"xfer.fired", kFiredSentence, "\"processing 'xferInProgress' option\"", With<log::Sign::XferSwitch>,
          XferFired},
         {"xfer.answer", "The DVR says that the file asked for again is in transfer.",
-         "XFER_IN_PROGRESS to the second request", With<Sign::XferSwitch>, XferAnswered, Needs::WholeLog},
+         "XFER_IN_PROGRESS to the second request", With<log::Sign::XferSwitch>, XferAnswered,
+         Needs::WholeLog},
         {"sleep.fired", kFiredSentence,
-         "a request with files left after it, in an event of three files or more", With<Sign::SleepSwitch>,
-         PauseFired},
+         "a request with files left after it, in an event of three files or more",
+         With<log::Sign::SleepSwitch>, PauseFired},
         {"sleep.answer", "The DVR bears pauses between requests.", "the answer after the pause",
-         With<Sign::SleepSwitch>, PauseAnswered, Needs::WholeLog},
+         With<log::Sign::SleepSwitch>, PauseAnswered, Needs::WholeLog},
     };
     return kChecks;
 }

@@ -7,9 +7,9 @@ namespace rig::judge {
 namespace {
 
 Finding MessagesFramed(const Run& run, const Limits& /*limits*/) {
-    return NoneOf({{run.Of(Sign::BadPrefix), "a length prefix that goes on after its fifth byte"},
+    return NoneOf({{run.Of(log::Sign::BadPrefix), "a length prefix that goes on after its fifth byte"},
                    {run.badLength, "a length prefix of 2 GiB or more"}},
-                  run.Saw(Sign::Expecting), "a length prefix of at most 5 bytes before every message",
+                  run.Saw(log::Sign::Expecting), "a length prefix of at most 5 bytes before every message",
                   "no message");
 }
 
@@ -19,21 +19,22 @@ Finding MessagesParsed(const Run& run, const Limits& /*limits*/) {
                    {run.brokenOff,
                     "a message that breaks off, is garbled, or whose length prefix announces less than was "
                     "sent, for which the harness aborts"},
-                   {run.Of(Sign::NotXml),
+                   {run.Of(log::Sign::NotXml),
                     "a message, or a description in one, that is no XML, for which the harness aborts"},
                    {run.notWellFormed, "a message, or a description in one, that is no well-formed XML"},
-                   {run.Of(Sign::NoRequest), "a message without req, which the harness ignores"}},
-                  run.Saw(Sign::Incoming), "one XML document msg with req in every message", "no message");
+                   {run.Of(log::Sign::NoRequest), "a message without req, which the harness ignores"}},
+                  run.Saw(log::Sign::Incoming), "one XML document msg with req in every message",
+                  "no message");
 }
 
 Finding MessagesKnown(const Run& run, const Limits& /*limits*/) {
-    return NoneOf({{run.Of(Sign::UnknownMessage), "a message that this dialect does not know"}},
-                  run.Saw(Sign::Incoming), "messages of the dialect only", "no message");
+    return NoneOf({{run.Of(log::Sign::UnknownMessage), "a message that this dialect does not know"}},
+                  run.Saw(log::Sign::Incoming), "messages of the dialect only", "no message");
 }
 
 Finding MessagesAsked(const Run& run, const Limits& /*limits*/) {
     return NoneOf({{run.notAsked, "a message that nothing asked for"},
-                   {run.Of(Sign::UnexpectedAnswer), "an answer to a request that was never made"}},
+                   {run.Of(log::Sign::UnexpectedAnswer), "an answer to a request that was never made"}},
                   !run.received.empty(), "every message answers a request that waits for it", "no message");
 }
 
@@ -42,10 +43,10 @@ std::string HowUnanswered(const Run& run, const Request& request) {
     if (request.isMistaken) {
         return "the only " + pair + " is one that the harness ignores";
     }
-    if (run.Saw(Sign::UnknownMessage)) {
+    if (run.Saw(log::Sign::UnknownMessage)) {
         return "no " + pair + ": the DVR sent another message, or one that the dialect does not know";
     }
-    const bool couldClose = !request.isOvertaken && !run.Saw(Sign::PrefixReadError);
+    const bool couldClose = !request.isOvertaken && !run.Saw(log::Sign::PrefixReadError);
     return "no " + pair + ": the DVR sent none" +
            (couldClose ? ", or closed the connection, which leaves no line in the log" : "");
 }

@@ -9,15 +9,15 @@ namespace {
 constexpr std::int64_t kMinute = 60'000'000;  // microseconds
 
 /// With -z the DVR must not answer: see size.answer.
-template <Sign sign>
+template <log::Sign sign>
 bool WithWhole(const Run& run) {
     return With<sign>(run) && AsksWhole(run);
 }
 
 Finding UpgradeFired(const Run& run, const Limits& /*limits*/) {
-    for (const report::Evidence& line : run.Of(Sign::Opening).Lines()) {
+    for (const result::Evidence& line : run.Of(log::Sign::Opening).Lines()) {
         if (line.text.find("UPDATE_SOFTWARE") != std::string::npos) {
-            return Pass(kFired, "UPDATE_SOFTWARE went out", run.Of(Sign::Opening));
+            return Pass(kFired, "UPDATE_SOFTWARE went out", run.Of(log::Sign::Opening));
         }
     }
     return NotInjected(run, "the dialogue did not come to it");
@@ -29,15 +29,16 @@ Finding UpgradeAnswered(const Run& run, const Limits& limits) {
     }
     for (const Request& request : run.pending) {
         if (request.name == "UPDATE_SOFTWARE" && IsUnanswered(run, request, limits)) {
-            return Fail(expected, "the DVR sent nothing of the kind", run.Of(Sign::Opening));
+            return Fail(expected, "the DVR sent nothing of the kind", run.Of(log::Sign::Opening));
         }
     }
     return NotReached(expected, "the log ends before an answer came");
 }
 
 Finding ConfigFired(const Run& run, const Limits& /*limits*/) {
-    return run.Saw(Sign::Opening) ? Pass(kFired, "UPDATE_CONFIGURATION went out", run.Of(Sign::Opening))
-                                  : Inconclusive(kFired, "never injected: the dialogue did not come to it");
+    return run.Saw(log::Sign::Opening)
+               ? Pass(kFired, "UPDATE_CONFIGURATION went out", run.Of(log::Sign::Opening))
+               : Inconclusive(kFired, "never injected: the dialogue did not come to it");
 }
 Finding ConfigAnswered(const Run& run, const Limits& limits) {
     const std::string expected = "CONFIGURATION_UPDATE_ERROR to the bogus configuration";
@@ -46,20 +47,20 @@ Finding ConfigAnswered(const Run& run, const Limits& limits) {
     }
     for (const Request& request : run.pending) {
         if (request.name == "UPDATE_CONFIGURATION" && IsUnanswered(run, request, limits)) {
-            return Fail(expected, "the DVR sent nothing of the kind", run.Of(Sign::Opening));
+            return Fail(expected, "the DVR sent nothing of the kind", run.Of(log::Sign::Opening));
         }
     }
     return NotReached(expected, "the log ends before an answer came");
 }
 
 Finding SizeFired(const Run& run, const Limits& /*limits*/) {
-    return run.Saw(Sign::SentWrongSize)
-               ? Pass(kFired, "frames with a wrong prefix went out", run.Of(Sign::SentWrongSize))
+    return run.Saw(log::Sign::SentWrongSize)
+               ? Pass(kFired, "frames with a wrong prefix went out", run.Of(log::Sign::SentWrongSize))
                : Inconclusive(kFired, "never injected: no frame went out");
 }
 Finding SizeAnswered(const Run& run, const Limits& limits) {
     const std::string expected = "no answer to a frame that is shorter than its prefix says";
-    if (!run.Saw(Sign::SentWrongSize)) {
+    if (!run.Saw(log::Sign::SentWrongSize)) {
         return NotReached(expected, "no frame went out");
     }
     if (run.answeredWrong.Any()) {
@@ -76,14 +77,14 @@ Finding CloseFired(const Run& run, const Limits& /*limits*/) {
         return NotInjected(run, "the dialogue did not come to it");
     }
     const bool isEarly = run.acksAtDone == static_cast<std::uint64_t>(run.closeEarly);
-    return isEarly ? Pass(kFired, "DONE went out early", run.Of(Sign::SendingDone))
+    return isEarly ? Pass(kFired, "DONE went out early", run.Of(log::Sign::SendingDone))
                    : Inconclusive(kFired, fmt::format("never injected: DONE came after {} acknowledgements, "
                                                       "when no event was left; -c asks for {}",
                                                       run.acksAtDone, run.closeEarly));
 }
 Finding CloseAnswered(const Run& run, const Limits& limits) {
     const std::string expected = fmt::format("{} acknowledgements, then DONE, then nothing", run.closeEarly);
-    if (CloseFired(run, limits).verdict != report::Verdict::Pass) {
+    if (CloseFired(run, limits).verdict != result::Verdict::Pass) {
         return NotReached(expected, "the export was not closed early");
     }
     const Tally none;
@@ -95,7 +96,7 @@ Finding CloseAnswered(const Run& run, const Limits& limits) {
 
 Finding DurationFired(const Run& run, const Limits& /*limits*/) {
     return run.doneSent.Any() && run.protocol == 2
-               ? Pass(kFired, "DONE with a duration went out", run.Of(Sign::SendingDone))
+               ? Pass(kFired, "DONE with a duration went out", run.Of(log::Sign::SendingDone))
                : NotInjected(run, "the dialogue did not come to DONE");
 }
 Finding DurationAnswered(const Run& run, const Limits& /*limits*/) {
@@ -117,29 +118,29 @@ Finding DurationAnswered(const Run& run, const Limits& /*limits*/) {
 
 const std::vector<Check>& SwitchChecks() {
     static const std::vector<Check> kChecks = {
-        {"upgrade.fired", kFiredSentence, "\"got an OK, sending UPDATE_SOFTWARE\"", With<Sign::UpgradeSwitch>,
-         UpgradeFired},
+        {"upgrade.fired", kFiredSentence, "\"got an OK, sending UPDATE_SOFTWARE\"",
+         With<log::Sign::UpgradeSwitch>, UpgradeFired},
         {"upgrade.answer", "The DVR confirms a software update.", "SOFTWARE_UPDATE_CONFIRM",
-         WithWhole<Sign::UpgradeSwitch>, UpgradeAnswered, Needs::WholeLog},
+         WithWhole<log::Sign::UpgradeSwitch>, UpgradeAnswered, Needs::WholeLog},
         {"config.fired", kFiredSentence, "\"got an OK, sending CONFIGURATION_UPDATE\"",
-         With<Sign::ConfigSwitch>, ConfigFired},
+         With<log::Sign::ConfigSwitch>, ConfigFired},
         {"config.answer", "The DVR refuses a bogus configuration.", "CONFIGURATION_UPDATE_ERROR",
-         WithWhole<Sign::ConfigSwitch>, ConfigAnswered, Needs::WholeLog},
-        {"size.fired", kFiredSentence, "\"sent: size= \"", With<Sign::SizeSwitch>, SizeFired},
+         WithWhole<log::Sign::ConfigSwitch>, ConfigAnswered, Needs::WholeLog},
+        {"size.fired", kFiredSentence, "\"sent: size= \"", With<log::Sign::SizeSwitch>, SizeFired},
         {"size.answer", "The DVR does not go on as if a frame that is too short were whole.",
-         "a message of the DVR after a frame that is too short", With<Sign::SizeSwitch>, SizeAnswered,
+         "a message of the DVR after a frame that is too short", With<log::Sign::SizeSwitch>, SizeAnswered,
          Needs::WholeLog},
         {"close.fired", kFiredSentence,
          "\"Sending DONE\" after as many acknowledgements as \"closeEarly set to \" says",
-         With<Sign::CloseSwitch>, CloseFired},
+         With<log::Sign::CloseSwitch>, CloseFired},
         {"close.answer", "The DVR ends its export when DONE comes early.",
-         "messages and requests after \"Sending DONE\"", With<Sign::CloseSwitch>, CloseAnswered,
+         "messages and requests after \"Sending DONE\"", With<log::Sign::CloseSwitch>, CloseAnswered,
          Needs::WholeLog},
         {"duration.fired", kFiredSentence, "\"Sending DONE\" with \"doneDuration set to \" at the start",
-         With<Sign::DurationSwitch>, DurationFired},
+         With<log::Sign::DurationSwitch>, DurationFired},
         {"duration.answer", "The DVR stays away as long as DONE says.",
          "the next \"Connected to: \" or message after \"Sending DONE\", by its time",
-         With<Sign::DurationSwitch>, DurationAnswered, Needs::WholeLog},
+         With<log::Sign::DurationSwitch>, DurationAnswered, Needs::WholeLog},
     };
     return kChecks;
 }

@@ -5,7 +5,7 @@
 #include "rig/base/Elements.h"
 #include "rig/base/ValidText.h"
 
-namespace rig::report {
+namespace rig {
 namespace {
 
 const std::string kReplaced = "\xef\xbf\xbd";
@@ -46,4 +46,4 @@ TEST(Elements, HoldAnyBytes) {
 }
 
 }  // namespace
-}  // namespace rig::report
+}  // namespace rig

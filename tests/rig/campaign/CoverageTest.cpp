@@ -9,8 +9,8 @@
 namespace rig::campaign {
 namespace {
 
-using report::Step;
-using report::Verdict;
+using result::Step;
+using result::Verdict;
 
 std::uint64_t CountOf(const Coverage& coverage, const std::string& message, const std::string& field) {
     for (const Coverage::ItemCount& one : coverage.Items()) {
@@ -31,7 +31,7 @@ TEST(DvrMessages, PutsSlicesTogether) {
     DvrMessages collector([&messages](const DvrMessage& message) { messages.push_back(message); });
     const std::string text =
         "<msg req=\"EVENT_LIST\" source=\"s\\\\\"><events><event>E</event><event/></events></msg>";
-    Feed([&collector](const LogLine& line) { collector.Add(line); },
+    Feed([&collector](const log::LogLine& line) { collector.Add(line); },
          {{0, "expecting a message of " + std::to_string(text.size() - 1) + " bytes"},
           {1, "GetMessage:incoming message, bytes 1 to 20:" + text.substr(0, 20)},
           {2, "GetMessage:incoming message, bytes 21 to 99:" + text.substr(20)},
@@ -44,7 +44,7 @@ TEST(DvrMessages, PutsSlicesTogether) {
 
 TEST(Coverage, CountsMessagesAndFields) {
     Coverage coverage;
-    report::RunResult run;
+    result::RunResult run;
     run.steps = {{Step::Kind::FromHarness, {}, "GET_FILE E/f", 1},
                  {Step::Kind::FromHarness, {}, "DONE", 2},
                  {Step::Kind::FromDvr, {}, "EVENT E", 3}};
@@ -62,7 +62,7 @@ TEST(Coverage, CountsMessagesAndFields) {
 
 TEST(Coverage, NamesTheCasesOfSwitchesAndRules) {
     Coverage coverage;
-    report::RunResult run;
+    result::RunResult run;
     run.checks = {{"xfer.fired", "", Verdict::Pass, "", "", {}},
                   {"xfer.answer", "", Verdict::Fail, "", "", {}},
                   {"export.done", "", Verdict::NotReached, "", "", {}}};
@@ -81,7 +81,7 @@ TEST(Coverage, NamesTheCasesOfSwitchesAndRules) {
 
 TEST(Coverage, NamesACaseOfSeveralRunsOnce) {
     Coverage coverage;
-    report::RunResult run;
+    result::RunResult run;
     run.checks = {{"xfer.fired", "", Verdict::Pass, "", "", {}}};
     coverage.Add({"x", 2, "-p 2 -x", ""}, run, {});
     coverage.Add({"x", 2, "-p 2 -x", ""}, run, {});

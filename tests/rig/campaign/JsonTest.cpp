@@ -19,8 +19,8 @@ CaseRecord Record() {
     record.harness = {"velloran -p 2 -x", Ending{44, {}}, "SIGINT"};
     record.dvr = ProcessRecord{"dvr", Ending{{}, 15}, "SIGTERM"};
     record.hooks = {{"alive", "true", Ending{0, {}}, 0.5}};
-    record.verdict = report::Verdict::Fail;
-    record.checks = {{"xfer.answer", "", report::Verdict::Fail, "", "nothing", {}}};
+    record.verdict = result::Verdict::Fail;
+    record.checks = {{"xfer.answer", "", result::Verdict::Fail, "", "nothing", {}}};
     return record;
 }
 

@@ -5,12 +5,12 @@
 namespace rig::campaign {
 namespace {
 
-using report::Verdict;
+using result::Verdict;
 
 constexpr Ending kInterrupted{44, {}};
 
-report::RunResult Judged(Verdict verdict) {
-    report::RunResult run;
+result::RunResult Judged(Verdict verdict) {
+    result::RunResult run;
     run.checks = {{"log.start", "", Verdict::Pass, "", "fine", {}},
                   {"x.answer", "", verdict, "", "found it", {}}};
     return run;
@@ -132,7 +132,7 @@ TEST(Outcome, OfALogWithoutEndIsNoPass) {
 }
 
 TEST(Outcome, StandsAsACheckOfTheRun) {
-    const auto verdict = [](Outcome outcome, const std::optional<report::RunResult>& judged) {
+    const auto verdict = [](Outcome outcome, const std::optional<result::RunResult>& judged) {
         return CheckOf({outcome, "why"}, judged).verdict;
     };
     EXPECT_EQ(verdict(Outcome::Pass, Judged(Verdict::Pass)), Verdict::Pass);

@@ -12,7 +12,7 @@ CaseRecord Record(const std::string& name, Outcome outcome) {
     record.plan = {name, 2, "-p 2 -x", "A sentence."};
     record.id = name;
     record.outcome = outcome;
-    record.checks = {{"xfer.answer", "", report::Verdict::Fail, "", "nothing", {}}};
+    record.checks = {{"xfer.answer", "", result::Verdict::Fail, "", "nothing", {}}};
     record.files = {"harness.log", "report.html"};
     return record;
 }

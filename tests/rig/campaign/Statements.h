@@ -16,7 +16,7 @@ using Statements = std::vector<std::pair<std::int64_t, std::string>>;
 template <typename Taker>
 void Feed(Taker&& taker, const Statements& statements) {
     for (const auto& [milliseconds, text] : statements) {
-        LogLine line;
+        log::LogLine line;
         line.text = text;
         line.time = milliseconds * 1000;
         taker(line);

@@ -13,7 +13,7 @@ class WatchTest : public testing::Test {
     void Begin(const std::string& switches) { watch_.emplace(Case{"x", 2, switches, ""}, kPatience, begin_); }
 
     void Add(double seconds, const std::string& text, bool isOver = false) {
-        LogLine line;
+        log::LogLine line;
         line.text = text;
         watch_->Add(line, isOver, At(seconds));
     }

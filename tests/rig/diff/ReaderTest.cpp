@@ -19,7 +19,7 @@ class CampaignFolder : public testing::Test {
     std::string Refusal() const {
         try {
             ReadCampaign(Path());
-        } catch (const rig::Unreadable& refusal) {
+        } catch (const rig::log::Unreadable& refusal) {
             return std::string(refusal.what()).substr(Path().size());
         }
         return "nothing was refused";
@@ -131,7 +131,7 @@ TEST_F(CampaignFolder, WhoseVerdictIsGoneIsRefused) {
 
 TEST_F(CampaignFolder, ThatIsAFileIsRefused) {
     folder_.Write("file", "text");
-    EXPECT_THROW(ReadCampaign(Path() + "/file"), rig::Unreadable);
+    EXPECT_THROW(ReadCampaign(Path() + "/file"), rig::log::Unreadable);
 }
 
 }  // namespace

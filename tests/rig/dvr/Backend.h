@@ -8,8 +8,8 @@
 #include "rig/dvr/wire/Connection.h"
 
 // Time limits: one that no test reaches, and one that some wait for.
-constexpr rig::Milliseconds kLong(15'000);
-constexpr rig::Milliseconds kShort(100);
+constexpr rig::dvr::Milliseconds kLong(15'000);
+constexpr rig::dvr::Milliseconds kShort(100);
 
 const std::string kGetXml = R"(<msg req="GET_XML" />)";
 

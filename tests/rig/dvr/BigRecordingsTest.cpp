@@ -19,7 +19,7 @@
 // bounded.
 namespace {
 
-using rig::Message;
+using rig::dvr::Message;
 namespace fs = std::filesystem;
 
 constexpr int kEvents = 10'000;

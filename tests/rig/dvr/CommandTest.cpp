@@ -14,7 +14,7 @@
 // The built program: its command line, its exit statuses, and whole dialogues over TCP.
 namespace {
 
-using rig::Message;
+using rig::dvr::Message;
 using Arguments = std::vector<std::string>;
 
 INSTANTIATE_TEST_SUITE_P(

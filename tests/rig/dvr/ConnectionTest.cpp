@@ -14,12 +14,12 @@
 
 namespace {
 
-using rig::Clock;
-using rig::Connection;
 using rig::Descriptor;
-using rig::Endpoint;
-using rig::ExitStatus;
-using rig::Milliseconds;
+using rig::dvr::Clock;
+using rig::dvr::Connection;
+using rig::dvr::Endpoint;
+using rig::dvr::ExitStatus;
+using rig::dvr::Milliseconds;
 
 constexpr Milliseconds kLong(10'000);
 constexpr Milliseconds kShort(50);
@@ -43,7 +43,7 @@ class ConnectionTest : public testing::Test {
 };
 
 TEST_F(ConnectionTest, SendsAFrameInOnePiece) {
-    connection_->Send(rig::EncodeFrame("<msg/>"), kLong);
+    connection_->Send(rig::dvr::EncodeFrame("<msg/>"), kLong);
     char bytes[64];
     ASSERT_EQ(read(peer_.Number(), bytes, sizeof bytes), 7);
     EXPECT_EQ(std::string(bytes, 7), "\x06<msg/>");

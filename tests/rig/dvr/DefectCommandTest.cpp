@@ -80,11 +80,11 @@ TEST(DefectCommand, NamesTheChoicesForAnUnknownDefect) {
 TEST(DefectCommand, ListsTheDefects) {
     const ProgramResult result = RunRig({"dvr", "--list-defects"});
     EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.output, rig::AsText(rig::ListDefects(), 80));
+    EXPECT_EQ(result.output, rig::AsText(rig::dvr::ListDefects(), 80));
     EXPECT_EQ(result.errors, "");
     const ProgramResult table = RunRig({"dvr", "--list-defects", "--format", "markdown"});
     EXPECT_EQ(table.status, 0);
-    EXPECT_EQ(table.output, rig::AsMarkdown(rig::ListDefects()));
+    EXPECT_EQ(table.output, rig::AsMarkdown(rig::dvr::ListDefects()));
     EXPECT_EQ(table.errors, "");
 }
 

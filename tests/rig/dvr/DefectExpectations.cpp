@@ -9,8 +9,8 @@
 
 namespace {
 
-using rig::EncodeFrame;
-using rig::EncodePrefix;
+using rig::dvr::EncodeFrame;
+using rig::dvr::EncodePrefix;
 
 Sent Text(const std::string& text, const std::string& then = "acted ") {
     return {EncodeFrame(text), {}, {}, then};

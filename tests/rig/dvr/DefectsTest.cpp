@@ -15,10 +15,10 @@
 // What every kind of defect does to every message that it can act on, byte for byte.
 namespace {
 
-using rig::DefectKind;
-using rig::Injector;
-using rig::Message;
-using rig::Outgoing;
+using rig::dvr::DefectKind;
+using rig::dvr::Injector;
+using rig::dvr::Message;
+using rig::dvr::Outgoing;
 
 Sent Apply(const std::string& defect, const HonestMessage& honest) {
     const FixedRecordings recordings;
@@ -62,7 +62,7 @@ class DefectTest : public testing::TestWithParam<std::string> {};
 
 TEST_P(DefectTest, DoesWhatItSaysToEachMessageAndNothingElse) {
     const std::string& defect = GetParam();
-    const DefectKind& kind = rig::FindDefectKind(defect.substr(0, defect.find('=')));
+    const DefectKind& kind = rig::dvr::FindDefectKind(defect.substr(0, defect.find('=')));
     for (const HonestMessage& honest : HonestMessages()) {
         if (ActsOn(kind, honest)) {
             EXPECT_EQ(Show(Apply(defect, honest)), Show(Expectations().at(defect)(honest)))
@@ -81,7 +81,7 @@ std::string TestName(const testing::TestParamInfo<std::string>& tested) {
 INSTANTIATE_TEST_SUITE_P(Each, DefectTest, testing::ValuesIn(Defects()), TestName);
 
 TEST(DefectKinds, AreAllTested) {
-    for (const DefectKind& kind : rig::DefectKinds()) {
+    for (const DefectKind& kind : rig::dvr::DefectKinds()) {
         EXPECT_EQ(Expectations().count(kind.name), 1U) << kind.name;
         EXPECT_TRUE(std::any_of(HonestMessages().begin(), HonestMessages().end(),
                                 [&](const HonestMessage& honest) { return ActsOn(kind, honest); }))
@@ -90,7 +90,7 @@ TEST(DefectKinds, AreAllTested) {
 }
 
 TEST(DefectKinds, PassOverWhatTheyCannotActOn) {
-    for (const DefectKind& kind : rig::DefectKinds()) {
+    for (const DefectKind& kind : rig::dvr::DefectKinds()) {
         for (const HonestMessage& honest : HonestMessages()) {
             if (!ActsOn(kind, honest) &&
                 std::string(kind.dialects).find(std::to_string(honest.dialect)) != std::string::npos) {
@@ -101,8 +101,9 @@ TEST(DefectKinds, PassOverWhatTheyCannotActOn) {
 }
 
 TEST(DefectKinds, AreListedWithAllThatPeopleNeed) {
-    const std::string list = rig::AsMarkdown(rig::ListDefects());
-    EXPECT_EQ(std::count(list.begin(), list.end(), '\n'), 2 + static_cast<long>(rig::DefectKinds().size()));
+    const std::string list = rig::AsMarkdown(rig::dvr::ListDefects());
+    EXPECT_EQ(std::count(list.begin(), list.end(), '\n'),
+              2 + static_cast<long>(rig::dvr::DefectKinds().size()));
     const std::string head = "| defect | dialect | acts on | what the DVR does | what the harness logs |\n";
     EXPECT_EQ(list.substr(0, head.size()), head);
     for (const char* row :
@@ -117,7 +118,7 @@ TEST(DefectKinds, AreListedWithAllThatPeopleNeed) {
 
 TEST(DefectKinds, HaveNamesAndWordsOfTheirOwn) {
     std::map<std::string, int> names;
-    for (const DefectKind& kind : rig::DefectKinds()) {
+    for (const DefectKind& kind : rig::dvr::DefectKinds()) {
         EXPECT_EQ(++names[kind.name], 1) << kind.name;
         EXPECT_NE(std::string(kind.does), "") << kind.name;
         EXPECT_NE(std::string(kind.logs), "") << kind.name;

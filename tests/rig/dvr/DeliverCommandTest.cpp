@@ -22,7 +22,7 @@
 // --deliver, with the built program: what is in the folder when something goes wrong.
 namespace {
 
-using rig::Message;
+using rig::dvr::Message;
 using Arguments = std::vector<std::string>;
 using Clock = std::chrono::steady_clock;
 namespace fs = std::filesystem;

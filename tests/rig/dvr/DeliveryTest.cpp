@@ -17,19 +17,19 @@
 
 namespace {
 
-using rig::Delivery;
-using rig::DeliveryFolder;
-using rig::Event;
-using rig::ExitStatus;
+using rig::dvr::Delivery;
+using rig::dvr::DeliveryFolder;
+using rig::dvr::Event;
+using rig::dvr::ExitStatus;
 namespace fs = std::filesystem;
 
 /// One event with one file besides its metadata; the test chooses the names.
-class NamedRecordings : public rig::Recordings {
+class NamedRecordings : public rig::dvr::Recordings {
  public:
     NamedRecordings(const std::string& event, const std::string& file) : events_{event}, file_(file) {}
     const std::vector<std::string>& Events() const override { return events_; }
     Event Find(const std::string& event) const override { return {event, "m.xml", {{file_}}}; }
-    Source Open(const std::string&, const std::string&) const override { return rig::SourceOf(file_); }
+    Source Open(const std::string&, const std::string&) const override { return rig::dvr::SourceOf(file_); }
     std::string Origin() const override { return "a test"; }
 
  private:

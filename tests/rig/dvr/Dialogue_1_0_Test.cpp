@@ -10,8 +10,8 @@
 
 namespace {
 
-using rig::Dialogue_1_0;
-using rig::Message;
+using rig::dvr::Dialogue_1_0;
+using rig::dvr::Message;
 
 class Dialogue10Test : public testing::Test {
  protected:

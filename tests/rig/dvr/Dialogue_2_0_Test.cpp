@@ -13,8 +13,8 @@
 
 namespace {
 
-using rig::Dialogue_2_0;
-using rig::Message;
+using rig::dvr::Dialogue_2_0;
+using rig::dvr::Message;
 using Texts = std::vector<std::string>;
 
 constexpr const char* kListRequest = R"(<msg req="GET_EVENT_LIST" protocolVersion="2.0"/>)";

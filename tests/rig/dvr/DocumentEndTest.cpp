@@ -20,10 +20,10 @@ class WholeDocumentTest : public testing::TestWithParam<EndCase> {};
 
 TEST_P(WholeDocumentTest, EndsWhereItsRootElementDoes) {
     const std::string& document = GetParam().document;
-    EXPECT_EQ(rig::DocumentEnd(document), document.size());
-    EXPECT_EQ(rig::DocumentEnd(document + "\x16<msg/>"), document.size());
+    EXPECT_EQ(rig::dvr::DocumentEnd(document), document.size());
+    EXPECT_EQ(rig::dvr::DocumentEnd(document + "\x16<msg/>"), document.size());
     for (std::size_t size = 0; size < document.size(); ++size) {
-        EXPECT_EQ(rig::DocumentEnd(document.substr(0, size)), std::nullopt) << size;
+        EXPECT_EQ(rig::dvr::DocumentEnd(document.substr(0, size)), std::nullopt) << size;
     }
 }
 
@@ -40,7 +40,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(DocumentEnd, IsNotFoundWhereThereIsNoElement) {
     for (const char* text : {"", "text", "<", "<!-- a -->", "</a"}) {
-        EXPECT_EQ(rig::DocumentEnd(text), std::nullopt) << text;
+        EXPECT_EQ(rig::dvr::DocumentEnd(text), std::nullopt) << text;
     }
 }
 

@@ -9,10 +9,10 @@
 
 namespace {
 
-using rig::EarlierRequest;
-using rig::EarlierRun;
-using rig::ExitStatus;
-using rig::LogTime;
+using rig::dvr::EarlierRequest;
+using rig::dvr::EarlierRun;
+using rig::dvr::ExitStatus;
+using rig::dvr::LogTime;
 
 const std::string kOk = R"(<msg req="OK"/>)";
 
@@ -20,7 +20,7 @@ class EarlierRunTest : public testing::Test {
  protected:
     EarlierRun Read(const std::string& log) {
         folder_.Write("run.log", log);
-        return rig::ReadEarlierRun(Path());
+        return rig::dvr::ReadEarlierRun(Path());
     }
 
     /// @return what is wrong with the log, without the file's name
@@ -249,9 +249,9 @@ TEST_F(EarlierRunTest, IsNotInSomethingElse) {
 
 TEST_F(EarlierRunTest, IsNotWhereNothingCanBeRead) {
     const std::string expected = "--replay: expected a log of the harness that can be read, found '";
-    EXPECT_EQ(FailureOf(ExitStatus::UsageError, [] { rig::ReadEarlierRun("/nonexistent"); }),
+    EXPECT_EQ(FailureOf(ExitStatus::UsageError, [] { rig::dvr::ReadEarlierRun("/nonexistent"); }),
               expected + "/nonexistent': No such file or directory");
-    EXPECT_EQ(FailureOf(ExitStatus::UsageError, [] { rig::ReadEarlierRun("/"); }),
+    EXPECT_EQ(FailureOf(ExitStatus::UsageError, [] { rig::dvr::ReadEarlierRun("/"); }),
               expected + "/': Is a directory");
 }
 

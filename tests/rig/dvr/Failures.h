@@ -8,10 +8,10 @@
 #include "rig/dvr/Failure.h"
 
 /// @return the text of the Failure that the action must throw with this status; empty after a test failure
-inline std::string FailureOf(rig::ExitStatus status, const std::function<void()>& action) {
+inline std::string FailureOf(rig::dvr::ExitStatus status, const std::function<void()>& action) {
     try {
         action();
-    } catch (const rig::Failure& failure) {
+    } catch (const rig::dvr::Failure& failure) {
         EXPECT_EQ(failure.Status(), status) << failure.what();
         return failure.what();
     }
@@ -21,5 +21,5 @@ inline std::string FailureOf(rig::ExitStatus status, const std::function<void()>
 
 /// @return what the Breach says was found
 inline std::string BreachOf(const std::function<void()>& action) {
-    return FailureOf(rig::ExitStatus::ProtocolBroken, action);
+    return FailureOf(rig::dvr::ExitStatus::ProtocolBroken, action);
 }

@@ -11,11 +11,11 @@
 ///
 ///     EVT1   m.xml (metadata), a.ts, b.ts
 ///     EVT2   m.xml (metadata), c.ts
-class FixedRecordings : public rig::Recordings {
+class FixedRecordings : public rig::dvr::Recordings {
  public:
     const std::vector<std::string>& Events() const override { return events_; }
 
-    rig::Event Find(const std::string& event) const override {
+    rig::dvr::Event Find(const std::string& event) const override {
         if (event == "EVT1") {
             return {"EVT1", "m.xml", {{"a.ts"}, {"b.ts"}}};
         }
@@ -24,7 +24,7 @@ class FixedRecordings : public rig::Recordings {
 
     Source Open(const std::string& event, const std::string& file) const override {
         ++reads;
-        return rig::SourceOf(contents.emplace(std::make_pair(event, file), file).first->second);
+        return rig::dvr::SourceOf(contents.emplace(std::make_pair(event, file), file).first->second);
     }
 
     std::string Origin() const override { return "a test"; }

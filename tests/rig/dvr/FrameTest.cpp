@@ -12,9 +12,9 @@
 
 namespace {
 
-using rig::EncodeFrame;
-using rig::EncodePrefix;
-using rig::FrameDecoder;
+using rig::dvr::EncodeFrame;
+using rig::dvr::EncodePrefix;
+using rig::dvr::FrameDecoder;
 
 /// Feeds bytes to a decoder in pieces. @return the texts of all whole frames
 std::vector<std::string> Decode(FrameDecoder& decoder, const std::string& bytes, std::size_t piece) {

@@ -28,7 +28,7 @@ HarnessLog& HarnessLog::Received(const std::string& text) {
 }
 
 HarnessLog& HarnessLog::Sent(std::size_t announced) {
-    const std::string prefix = rig::EncodePrefix(static_cast<std::uint32_t>(announced));
+    const std::string prefix = rig::dvr::EncodePrefix(static_cast<std::uint32_t>(announced));
     for (std::size_t index = 0; index < prefix.size(); ++index) {
         std::ostringstream line;
         line << "hdr[" << index << "]= " << std::hex

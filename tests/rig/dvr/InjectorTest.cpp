@@ -11,11 +11,11 @@
 // When a defect acts, and which ones are refused. DefectsTest shows what each does.
 namespace {
 
-using rig::DefectSite;
-using rig::ExitStatus;
-using rig::Injector;
-using rig::Message;
-using rig::Outgoing;
+using rig::dvr::DefectSite;
+using rig::dvr::ExitStatus;
+using rig::dvr::Injector;
+using rig::dvr::Message;
+using rig::dvr::Outgoing;
 using Names = std::vector<std::string>;
 
 class InjectorTest : public testing::Test {
@@ -161,14 +161,14 @@ TEST_F(InjectorTest, ChangesNothingWithoutDefects) {
     EXPECT_FALSE(injector_.HasDefects());
     const Outgoing outgoing = injector_.Prepare(Message("OK"));
     EXPECT_EQ(outgoing.defects, none_);
-    EXPECT_EQ(injector_.Frame(outgoing), rig::EncodeFrame("<msg req=\"OK\"/>"));
+    EXPECT_EQ(injector_.Frame(outgoing), rig::dvr::EncodeFrame("<msg req=\"OK\"/>"));
     injector_.Add("silence", {});
     EXPECT_TRUE(injector_.HasDefects());
 }
 
 TEST_F(InjectorTest, NamesTheChoicesForAnUnknownDefect) {
     std::string names;
-    for (const rig::DefectKind& kind : rig::DefectKinds()) {
+    for (const rig::dvr::DefectKind& kind : rig::dvr::DefectKinds()) {
         names += (names.empty() ? "" : ", ") + std::string(kind.name);
     }
     EXPECT_EQ(Refused("wrong"), "--defect: expected one of " + names + "; found 'wrong'");
@@ -180,7 +180,7 @@ TEST_F(InjectorTest, NamesTheChoicesForAnUnknownDefect) {
 TEST_F(InjectorTest, RefusesADefectThatTheDialectCannotShow) {
     EXPECT_EQ(Refused("missing-hash", {}, 1),
               "--defect missing-hash: expected protocol 2.0, which alone can show it, found protocol 1.0");
-    for (const rig::DefectKind& kind : rig::DefectKinds()) {
+    for (const rig::dvr::DefectKind& kind : rig::dvr::DefectKinds()) {
         for (const int dialect : {1, 2}) {
             Injector injector(recordings_, dialect, 0);
             if (std::string(kind.dialects).find(std::to_string(dialect)) == std::string::npos) {

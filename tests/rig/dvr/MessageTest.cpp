@@ -8,7 +8,7 @@
 
 namespace {
 
-using rig::Message;
+using rig::dvr::Message;
 
 TEST(Message, IsPrintedInOneLineWithItsAttributesInOrder) {
     Message message("FILE_COMPLETE");
@@ -83,11 +83,11 @@ INSTANTIATE_TEST_SUITE_P(
     [](const testing::TestParamInfo<BadText>& tested) { return std::string(tested.param.what); });
 
 TEST(Message, TakesOnlyOneWholeDocumentForAnEmbeddedOne) {
-    EXPECT_TRUE(rig::IsDocument("<FakeConfig info=\"x\" />"));
-    EXPECT_FALSE(rig::IsDocument("<FakeConfig info=\"x\">"));
-    EXPECT_FALSE(rig::IsDocument("<a/><b/>"));
-    EXPECT_FALSE(rig::IsDocument("text"));
-    EXPECT_FALSE(rig::IsDocument(""));
+    EXPECT_TRUE(rig::dvr::IsDocument("<FakeConfig info=\"x\" />"));
+    EXPECT_FALSE(rig::dvr::IsDocument("<FakeConfig info=\"x\">"));
+    EXPECT_FALSE(rig::dvr::IsDocument("<a/><b/>"));
+    EXPECT_FALSE(rig::dvr::IsDocument("text"));
+    EXPECT_FALSE(rig::dvr::IsDocument(""));
 }
 
 }  // namespace

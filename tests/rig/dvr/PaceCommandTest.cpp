@@ -12,7 +12,7 @@
 // --segment, --gap, --rate and the progress bar, with the built program.
 namespace {
 
-using rig::Message;
+using rig::dvr::Message;
 using Arguments = std::vector<std::string>;
 using Clock = std::chrono::steady_clock;
 namespace fs = std::filesystem;

@@ -10,9 +10,9 @@
 // Defects that choose at random: what they choose from, and that a seed repeats every choice.
 namespace {
 
-using rig::Injector;
-using rig::Message;
-using rig::Outgoing;
+using rig::dvr::Injector;
+using rig::dvr::Message;
+using rig::dvr::Outgoing;
 
 const std::string kComplete =
     R"(<msg req="FILE_COMPLETE" protocolVersion="2.0" reid="EVT1" file="a.ts" length="4" hashCode="old"/>)";
@@ -57,7 +57,7 @@ TEST(NewHash, IsAnotherSha256EachTime) {
 TEST(Garble, ReplacesSoManyBytesAtMostAndKeepsTheLength) {
     for (std::uint32_t seed = 0; seed < 100; ++seed) {
         const std::string frame = Play("garble=3", seed, 1);
-        const std::string honest = rig::EncodeFrame(kComplete);
+        const std::string honest = rig::dvr::EncodeFrame(kComplete);
         ASSERT_EQ(frame.size(), honest.size());
         EXPECT_EQ(frame[0], honest[0]) << "the prefix stays right";
         int changed = 0;
@@ -72,7 +72,7 @@ TEST(Garble, ReachesTheFirstAndTheLastByte) {
     std::set<std::size_t> places;
     for (std::uint32_t seed = 0; seed < 3000; ++seed) {
         const std::string frame = Play("garble", seed, 1);
-        const std::string honest = rig::EncodeFrame(kComplete);
+        const std::string honest = rig::dvr::EncodeFrame(kComplete);
         for (std::size_t index = 0; index < frame.size(); ++index) {
             if (frame[index] != honest[index]) {
                 places.insert(index);
@@ -84,7 +84,7 @@ TEST(Garble, ReachesTheFirstAndTheLastByte) {
 
 TEST(RandomEnd, ComesBeforeTheMessageIsWhole) {
     std::set<std::size_t> sizes;
-    const std::string honest = rig::EncodeFrame(kComplete);
+    const std::string honest = rig::dvr::EncodeFrame(kComplete);
     for (std::uint32_t seed = 0; seed < 3000; ++seed) {
         const std::string frame = Play("close=random", seed, 1);
         ASSERT_LT(frame.size(), honest.size());

@@ -14,12 +14,12 @@
 
 namespace {
 
-using rig::Digest;
-using rig::DigestOf;
-using rig::Event;
-using rig::ExitStatus;
-using rig::FolderRecordings;
-using rig::SyntheticRecordings;
+using rig::dvr::Digest;
+using rig::dvr::DigestOf;
+using rig::dvr::Event;
+using rig::dvr::ExitStatus;
+using rig::dvr::FolderRecordings;
+using rig::dvr::SyntheticRecordings;
 using Names = std::vector<std::string>;
 
 TEST(Event, TakesTheFirstXmlFileForItsMetadata) {

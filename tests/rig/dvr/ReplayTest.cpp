@@ -15,14 +15,14 @@
 
 namespace {
 
-using rig::Clock;
-using rig::EarlierRun;
-using rig::Endpoint;
-using rig::ExitStatus;
-using rig::Milliseconds;
-using rig::Replay;
-using rig::Transcript;
-using rig::WireCheck;
+using rig::dvr::Clock;
+using rig::dvr::EarlierRun;
+using rig::dvr::Endpoint;
+using rig::dvr::ExitStatus;
+using rig::dvr::Milliseconds;
+using rig::dvr::Replay;
+using rig::dvr::Transcript;
+using rig::dvr::WireCheck;
 
 const std::string kOkIn10 = R"(<msg req="OK"/>)";
 const std::string kXml = R"(<msg req="XML"><xmlFile/></msg>)";
@@ -45,7 +45,7 @@ class ReplayTest : public testing::Test {
     /// Plays the log to a backend with the script.
     void Play(const std::string& log, Backend::Script script, bool paced = false) {
         folder_.Write("run.log", log);
-        EarlierRun run = rig::ReadEarlierRun((folder_.Path() / "run.log").string());
+        EarlierRun run = rig::dvr::ReadEarlierRun((folder_.Path() / "run.log").string());
         run.log = "run.log";
         Backend backend(std::move(script));
         const Endpoint endpoint("127.0.0.1", backend.Port());
@@ -165,7 +165,7 @@ TEST_F(ReplayTest, NamesARequestThatIsNoMessage) {
 TEST_F(ReplayTest, NamesARequestTooMuch) {
     EXPECT_EQ(DeviationOf([](BackendConnection& backend) {
                   backend.Read();
-                  const std::string frame = rig::EncodeFrame(kGetXml);
+                  const std::string frame = rig::dvr::EncodeFrame(kGetXml);
                   backend.SendBytes(frame + frame);
                   EXPECT_TRUE(backend.IsClosedByPeer());
               }),

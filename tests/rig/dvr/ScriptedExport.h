@@ -33,7 +33,7 @@ inline std::string RequestOf(BackendConnection& backend, const std::string& requ
     return backend.Read();
 }
 
-inline std::string RequestOf(BackendConnection& backend, const rig::Message& request) {
+inline std::string RequestOf(BackendConnection& backend, const rig::dvr::Message& request) {
     return RequestOf(backend, request.Text());
 }
 
@@ -44,8 +44,8 @@ inline std::string GetFile(const std::string& event, const std::string& file, co
 }
 
 /// A request about an event. @param file  empty: about none
-inline rig::Message Request(const char* name, const std::string& event, const std::string& file = "") {
-    rig::Message request(name);
+inline rig::dvr::Message Request(const char* name, const std::string& event, const std::string& file = "") {
+    rig::dvr::Message request(name);
     request.Set("reid", event).Set("protocolVersion", "2.0");
     if (!file.empty()) {
         request.Set("path", event).Set("file", file);
@@ -58,5 +58,5 @@ inline void StartEvent(BackendConnection& backend, const std::string& event) {
     backend.Read();
     backend.Send(R"(<msg req="GET_EVENT_LIST" protocolVersion="2.0"/>)");
     backend.Read();
-    EXPECT_EQ(rig::Message::Parse(RequestOf(backend, Request("NEXT_EVENT", event))).Name(), "EVENT");
+    EXPECT_EQ(rig::dvr::Message::Parse(RequestOf(backend, Request("NEXT_EVENT", event))).Name(), "EVENT");
 }

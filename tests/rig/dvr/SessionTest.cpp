@@ -18,19 +18,19 @@
 
 namespace {
 
-using rig::Connection;
-using rig::DeliveryFolder;
-using rig::Dialogue;
-using rig::Dialogue_1_0;
-using rig::Dialogue_2_0;
-using rig::Endpoint;
-using rig::ExitStatus;
-using rig::Injector;
-using rig::Message;
-using rig::Milliseconds;
-using rig::Session;
-using rig::SessionTimes;
-using rig::Transcript;
+using rig::dvr::Connection;
+using rig::dvr::DeliveryFolder;
+using rig::dvr::Dialogue;
+using rig::dvr::Dialogue_1_0;
+using rig::dvr::Dialogue_2_0;
+using rig::dvr::Endpoint;
+using rig::dvr::ExitStatus;
+using rig::dvr::Injector;
+using rig::dvr::Message;
+using rig::dvr::Milliseconds;
+using rig::dvr::Session;
+using rig::dvr::SessionTimes;
+using rig::dvr::Transcript;
 
 class SessionTest : public testing::Test {
  protected:
@@ -120,12 +120,12 @@ TEST_F(SessionTest, TakesTheTimeOfTheRateForAFile) {
     EXPECT_THROW(Play(two_, {kLong, kLong, {kLong, 10'000}},
                       [](BackendConnection& backend) {
                           StartEvent(backend, "EVT1");
-                          const auto start = rig::Clock::now();
+                          const auto start = rig::dvr::Clock::now();
                           EXPECT_EQ(AnswerTo(backend, GetFile("EVT1", "a.ts")), "FILE_COMPLETE");
-                          EXPECT_GE(rig::Clock::now() - start, Milliseconds(300));
-                          EXPECT_LT(rig::Clock::now() - start, kLong);
+                          EXPECT_GE(rig::dvr::Clock::now() - start, Milliseconds(300));
+                          EXPECT_LT(rig::dvr::Clock::now() - start, kLong);
                       }),
-                 rig::Breach);
+                 rig::dvr::Breach);
 }
 
 TEST_F(SessionTest, HandlesRequestsWhileAFileIsTransferredAtARate) {
@@ -141,7 +141,7 @@ TEST_F(SessionTest, HandlesRequestsWhileAFileIsTransferredAtARate) {
                           EXPECT_EQ(Message::Parse(backend.Read()).Name(), "XFER_IN_PROGRESS");
                           EXPECT_EQ(Message::Parse(backend.Read()).Name(), "FILE_COMPLETE");
                       }),
-                 rig::Breach);
+                 rig::dvr::Breach);
 }
 
 TEST_F(SessionTest, DeliversAFileBeforeItSaysSo) {
@@ -154,7 +154,7 @@ TEST_F(SessionTest, DeliversAFileBeforeItSaysSo) {
                           EXPECT_EQ(AnswerTo(backend, GetFile("EVT1", "b.ts")), "FILE_COMPLETE");
                           EXPECT_TRUE(std::filesystem::exists(copies / "EVT1/b.ts"));
                       }),
-                 rig::Breach);
+                 rig::dvr::Breach);
 }
 
 TEST_F(SessionTest, LeavesNothingOfATransferThatTheHarnessLeavesIn) {
@@ -167,7 +167,7 @@ TEST_F(SessionTest, LeavesNothingOfATransferThatTheHarnessLeavesIn) {
                           EXPECT_EQ(AnswerTo(backend, GetFile("EVT1", "b.ts")), "XFER_IN_PROGRESS");
                           EXPECT_FALSE(std::filesystem::is_empty(copies / "EVT1"));
                       }),
-                 rig::Breach);
+                 rig::dvr::Breach);
     EXPECT_TRUE(std::filesystem::is_empty(copies / "EVT1"));
 }
 
@@ -186,7 +186,7 @@ TEST_F(SessionTest, AbandonsATransferForAnotherFileWhereItIsTolerant) {
                           EXPECT_TRUE(std::filesystem::exists(copies / "EVT1/b.ts"));
                           EXPECT_FALSE(std::filesystem::exists(copies / "EVT1/a.ts"));
                       }),
-                 rig::Breach);
+                 rig::dvr::Breach);
     EXPECT_NE(out_.str().find("out of place: GET_FILE for 'EVT1'/'b.ts' while 'EVT1'/'a.ts' is in transfer"),
               std::string::npos)
         << out_.str();
@@ -201,7 +201,7 @@ TEST_F(SessionTest, AbandonsATransferForAFileThatItDoesNotHaveWhereItIsTolerant)
                           EXPECT_EQ(AnswerTo(backend, GetFile("EVT1", "c.ts")), "INVALID_EVENT");
                           EXPECT_EQ(AnswerTo(backend, GetFile("EVT1", "m.xml")), "FILE_COMPLETE");
                       }),
-                 rig::Breach);
+                 rig::dvr::Breach);
 }
 
 TEST_F(SessionTest, SaysWhatWasExpectedWhenNothingComes) {

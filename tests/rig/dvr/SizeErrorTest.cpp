@@ -14,8 +14,8 @@
 // Frames whose prefix announces the wrong length.
 namespace {
 
-using rig::EncodePrefix;
-using rig::FrameDecoder;
+using rig::dvr::EncodePrefix;
+using rig::dvr::FrameDecoder;
 
 /// @return the frame of a harness that announces half as many bytes again
 std::string TooLongFrame(const std::string& text) {
@@ -77,7 +77,7 @@ TEST_F(DecoderTest, PartsTwoFramesOfWhichTheFirstSwallowsTheSecondWhole) {
 
 TEST_F(DecoderTest, LeavesRightFramesAsTheyAre) {
     const std::string text = kGetXml + "\r\n";
-    Append(rig::EncodeFrame(text) + rig::EncodeFrame("no document"));
+    Append(rig::dvr::EncodeFrame(text) + rig::dvr::EncodeFrame("no document"));
     EXPECT_EQ(decoder_.Next(), text);
     EXPECT_EQ(decoder_.Next(), "no document");
     EXPECT_FALSE(decoder_.InsideFrame());

@@ -12,8 +12,8 @@
 // A DVR that is wrong on purpose also answers what is out of place, as that may well be its own fault.
 namespace {
 
-using rig::Dialogue;
-using rig::Message;
+using rig::dvr::Dialogue;
+using rig::dvr::Message;
 using Texts = std::vector<std::string>;
 
 class ToleranceTest : public testing::Test {
@@ -39,8 +39,8 @@ class ToleranceTest : public testing::Test {
 
     FixedRecordings recordings_;
     TemporaryFolder folder_;
-    rig::Dialogue_1_0 one_{recordings_};
-    rig::Dialogue_2_0 two_{recordings_, folder_.Path() / "velloranFail"};
+    rig::dvr::Dialogue_1_0 one_{recordings_};
+    rig::dvr::Dialogue_2_0 two_{recordings_, folder_.Path() / "velloranFail"};
 };
 
 TEST_F(ToleranceTest, RemarksOnWhatIsOutOfPlaceOnce) {

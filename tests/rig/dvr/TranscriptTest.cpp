@@ -7,9 +7,9 @@
 
 namespace {
 
-using rig::Message;
-using rig::Summarize;
-using rig::Transcript;
+using rig::dvr::Message;
+using rig::dvr::Summarize;
+using rig::dvr::Transcript;
 
 std::string WithoutDigits(std::string text) {
     for (char& byte : text) {

@@ -11,11 +11,11 @@
 // Times are given, not waited for.
 namespace {
 
-using rig::Clock;
-using rig::DeliveryFolder;
-using rig::Milliseconds;
-using rig::Transfer;
-using rig::TransferPace;
+using rig::dvr::Clock;
+using rig::dvr::DeliveryFolder;
+using rig::dvr::Milliseconds;
+using rig::dvr::Transfer;
+using rig::dvr::TransferPace;
 using std::chrono::hours;
 using std::chrono::microseconds;
 using std::chrono::seconds;

@@ -10,11 +10,11 @@
 
 namespace {
 
-using rig::EncodePrefix;
-using rig::FindWireFaults;
-using rig::ReceivedFrame;
-using rig::Transcript;
-using rig::WireCheck;
+using rig::dvr::EncodePrefix;
+using rig::dvr::FindWireFaults;
+using rig::dvr::ReceivedFrame;
+using rig::dvr::Transcript;
+using rig::dvr::WireCheck;
 
 ReceivedFrame HonestFrame(const std::string& text) {
     return {EncodePrefix(static_cast<std::uint32_t>(text.size())), text.size()};

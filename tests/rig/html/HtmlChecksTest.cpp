@@ -4,7 +4,7 @@
 #include "rig/html/HtmlReport.h"
 #include "tests/rig/result/MadeUp.h"
 
-namespace rig::report {
+namespace rig::html {
 namespace {
 
 std::string RowsOf(const pugi::xml_document& page, const char* cssClass, const char* cells) {
@@ -44,7 +44,8 @@ TEST(HtmlTimings, StandInMilliseconds) {
 }
 
 TEST(HtmlMatrix, TellsEachCheckOfEachRunInALetterAndAWord) {
-    const auto page = Read(HtmlReport({{MadeUp().runs[0], With(Verdict::Pass).runs[0], MadeUp().runs[0]}}));
+    const auto page =
+        Read(HtmlReport({{MadeUp().runs[0], With(result::Verdict::Pass).runs[0], MadeUp().runs[0]}}));
     EXPECT_EQ(RowsOf(page, "matrix", "/thead/tr/th"), "Check|1|2|3|");
     EXPECT_EQ(RowsOf(page, "matrix", "/tbody/tr[th='made-up.fail']/td"), "F||F|");
     EXPECT_EQ(RowsOf(page, "matrix", "/tbody/tr[th='made-up.check']/td"), "|P||");
@@ -57,4 +58,4 @@ TEST(HtmlMatrix, IsThereForManyRunsOnly) {
 }
 
 }  // namespace
-}  // namespace rig::report
+}  // namespace rig::html

@@ -3,20 +3,21 @@
 #include "rig/html/HtmlLadder.h"
 #include "tests/rig/result/MadeUp.h"
 
-namespace rig::report {
+namespace rig::html {
 namespace {
 
-pugi::xml_document Ladder(const RunResult& run, std::size_t limit = kNoLimit) {
+pugi::xml_document Ladder(const result::RunResult& run, std::size_t limit = kNoLimit) {
     pugi::xml_document page;
     const LogPlaces places(run, "", kNoLimit);
     AddLadder(page.append_child("section"), run, places, limit);
     return page;
 }
 
-RunResult RunOfSteps(std::size_t steps) {
-    RunResult run;
+result::RunResult RunOfSteps(std::size_t steps) {
+    result::RunResult run;
     for (std::size_t step = 1; step <= steps; ++step) {
-        run.steps.push_back({Step::Kind::FromDvr, std::nullopt, "MESSAGE " + std::to_string(step), step});
+        run.steps.push_back(
+            {result::Step::Kind::FromDvr, std::nullopt, "MESSAGE " + std::to_string(step), step});
     }
     return run;
 }
@@ -54,7 +55,7 @@ TEST(HtmlLadder, ShowsNotesWithoutTime) {
 }
 
 TEST(HtmlLadder, WrapsALongTextAndLosesNothingOfIt) {
-    RunResult run = RunOfSteps(1);
+    result::RunResult run = RunOfSteps(1);
     const std::string word = "\xc3\xa4\xc3\xb6\xc3\xbc\xe2\x82\xac";
     for (int count = 0; count < 40; ++count) {
         run.steps[0].text += word;
@@ -87,8 +88,8 @@ std::string CutsOf(const pugi::xml_document& page) {
 }
 
 TEST(HtmlLadder, SaysWhatItLeavesOut) {
-    RunResult run = RunOfSteps(60);
-    run.steps[29].kind = Step::Kind::Fault;
+    result::RunResult run = RunOfSteps(60);
+    run.steps[29].kind = result::Step::Kind::Fault;
     const auto page = Ladder(run, 20);
     EXPECT_EQ(page.select_nodes("//g").size(), 21U);
     EXPECT_TRUE(StepOf(page, "fault"));
@@ -99,9 +100,9 @@ TEST(HtmlLadder, SaysWhatItLeavesOut) {
 }
 
 TEST(HtmlLadder, IsBoundedHoweverManyFaultsThereAre) {
-    RunResult run = RunOfSteps(1000);
-    for (Step& step : run.steps) {
-        step.kind = Step::Kind::Fault;
+    result::RunResult run = RunOfSteps(1000);
+    for (result::Step& step : run.steps) {
+        step.kind = result::Step::Kind::Fault;
     }
     const auto page = Ladder(run, 20);
     EXPECT_EQ(page.select_nodes("//g").size(), 40U);
@@ -109,4 +110,4 @@ TEST(HtmlLadder, IsBoundedHoweverManyFaultsThereAre) {
 }
 
 }  // namespace
-}  // namespace rig::report
+}  // namespace rig::html

@@ -3,17 +3,17 @@
 #include "rig/html/HtmlLog.h"
 #include "tests/rig/result/MadeUp.h"
 
-namespace rig::report {
+namespace rig::html {
 namespace {
 
-pugi::xml_document Log(const RunResult& run, std::size_t limit = kNoLimit) {
+pugi::xml_document Log(const result::RunResult& run, std::size_t limit = kNoLimit) {
     pugi::xml_document page;
     AddLog(page.append_child("section"), run, LogPlaces(run, "", limit), "");
     return page;
 }
 
-RunResult RunOfLines(std::size_t lines) {
-    RunResult run;
+result::RunResult RunOfLines(std::size_t lines) {
+    result::RunResult run;
     for (std::size_t line = 1; line <= lines; ++line) {
         run.log.push_back({line, std::nullopt, 1, "line " + std::to_string(line)});
     }
@@ -53,8 +53,8 @@ TEST(HtmlLog, ComesInBlocks) {
 }
 
 TEST(HtmlLog, SaysWhatItLeavesOutButNothingThatProvesSomething) {
-    RunResult run = RunOfLines(1000);
-    run.checks.push_back({"made-up.check", "", Verdict::Fail, "", "", {{"a.log", 500, "line 500"}}});
+    result::RunResult run = RunOfLines(1000);
+    run.checks.push_back({"made-up.check", "", result::Verdict::Fail, "", "", {{"a.log", 500, "line 500"}}});
     const auto page = Log(run, 100);
     EXPECT_EQ(page.select_nodes("//li").size(), 101U);
     EXPECT_TRUE(ById(page, "L500"));
@@ -70,23 +70,23 @@ TEST(HtmlLog, SaysWhatItLeavesOutButNothingThatProvesSomething) {
 }
 
 TEST(HtmlLog, LinksNoStepToALineThatIsLeftOut) {
-    const RunResult run = RunOfLines(1000);
+    const result::RunResult run = RunOfLines(1000);
     const LogPlaces places(run, "", 100);
-    EXPECT_EQ(places.TargetOf(Step{Step::Kind::Note, std::nullopt, "", 50}), "#L50");
-    EXPECT_EQ(places.TargetOf(Step{Step::Kind::Note, std::nullopt, "", 51}), std::nullopt);
+    EXPECT_EQ(places.TargetOf(result::Step{result::Step::Kind::Note, std::nullopt, "", 50}), "#L50");
+    EXPECT_EQ(places.TargetOf(result::Step{result::Step::Kind::Note, std::nullopt, "", 51}), std::nullopt);
 }
 
 TEST(HtmlLog, TellsTheLinesOfSeveralFilesApart) {
-    RunResult run = RunOfLines(10);
+    result::RunResult run = RunOfLines(10);
     run.log.push_back({1, std::nullopt, 1, "first line of the next file"});
     run.log.push_back({2, std::nullopt, 1, "line"});
     const LogPlaces places(run, "run2-", kNoLimit);
     EXPECT_EQ(places.AnchorOf(0), "run2-L1");
     EXPECT_EQ(places.AnchorOf(10), "run2-L2.1");
-    EXPECT_EQ(places.TargetOf(Evidence{"b.log", 1, "first line"}), "#run2-L2.1");
-    EXPECT_EQ(places.TargetOf(Evidence{"a.log", 1, "line 1"}), "#run2-L1");
-    EXPECT_EQ(places.TargetOf(Evidence{"a.log", 1, "another line"}), std::nullopt);
+    EXPECT_EQ(places.TargetOf(result::Evidence{"b.log", 1, "first line"}), "#run2-L2.1");
+    EXPECT_EQ(places.TargetOf(result::Evidence{"a.log", 1, "line 1"}), "#run2-L1");
+    EXPECT_EQ(places.TargetOf(result::Evidence{"a.log", 1, "another line"}), std::nullopt);
 }
 
 }  // namespace
-}  // namespace rig::report
+}  // namespace rig::html

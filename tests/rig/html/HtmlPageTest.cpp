@@ -4,7 +4,7 @@
 #include "rig/html/PageFiles.h"
 #include "tests/rig/result/MadeUp.h"
 
-namespace rig::report {
+namespace rig::html {
 namespace {
 
 bool Holds(const std::string& text, const std::string& part) {
@@ -69,16 +69,17 @@ TEST(AddTable, NamesItselfItsColumnsAndRows) {
 
 TEST(AddVerdict, SaysItInWordsAndColour) {
     HtmlPage page("title");
-    AddVerdict(page.Body(), Verdict::NotReached);
+    AddVerdict(page.Body(), result::Verdict::NotReached);
     EXPECT_TRUE(Holds(page.Text(), "<span class=\"verdict not-reached\">NOT REACHED</span>"));
 }
 
 TEST(AddVerdict, HasAStyleForEachVerdict) {
-    for (const Verdict verdict : {Verdict::Pass, Verdict::KnownFailure, Verdict::NotReached,
-                                  Verdict::Inconclusive, Verdict::Environment, Verdict::Fail}) {
+    for (const result::Verdict verdict :
+         {result::Verdict::Pass, result::Verdict::KnownFailure, result::Verdict::NotReached,
+          result::Verdict::Inconclusive, result::Verdict::Environment, result::Verdict::Fail}) {
         EXPECT_TRUE(Holds(kReportStyle, ".verdict." + ClassOf(verdict))) << ClassOf(verdict);
     }
 }
 
 }  // namespace
-}  // namespace rig::report
+}  // namespace rig::html

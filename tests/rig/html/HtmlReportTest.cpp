@@ -6,7 +6,7 @@
 #include "rig/html/HtmlReport.h"
 #include "tests/rig/result/MadeUp.h"
 
-namespace rig::report {
+namespace rig::html {
 namespace {
 
 /// @return how often each anchor is defined on the page, and what is linked but not defined
@@ -25,7 +25,7 @@ std::pair<std::map<std::string, int>, std::set<std::string>> Anchors(const pugi:
     return {ids, missing};
 }
 
-void ExpectSoundAnchors(const Result& result) {
+void ExpectSoundAnchors(const result::Result& result) {
     const auto [ids, missing] = Anchors(Read(HtmlReport(result)));
     EXPECT_TRUE(missing.empty()) << *missing.begin();
     for (const auto& [id, count] : ids) {
@@ -33,18 +33,19 @@ void ExpectSoundAnchors(const Result& result) {
     }
 }
 
-std::string HeadlineOf(const Result& result) {
+std::string HeadlineOf(const result::Result& result) {
     return Read(HtmlReport(result)).select_node("//h1").node().child_value();
 }
 
 TEST(HtmlReport, SaysTheVerdictInWords) {
-    EXPECT_EQ(HeadlineOf(With(Verdict::Pass)), "The DVR passed: 1 of 1 check");
-    EXPECT_EQ(HeadlineOf(With(Verdict::KnownFailure)), "The DVR failed only as is known: 1 of 1 check");
-    EXPECT_EQ(HeadlineOf(With(Verdict::NotReached)),
+    EXPECT_EQ(HeadlineOf(With(result::Verdict::Pass)), "The DVR passed: 1 of 1 check");
+    EXPECT_EQ(HeadlineOf(With(result::Verdict::KnownFailure)),
+              "The DVR failed only as is known: 1 of 1 check");
+    EXPECT_EQ(HeadlineOf(With(result::Verdict::NotReached)),
               "The export did not get far enough: 1 of 1 check not reached");
-    EXPECT_EQ(HeadlineOf(With(Verdict::Inconclusive)),
+    EXPECT_EQ(HeadlineOf(With(result::Verdict::Inconclusive)),
               "The log cannot tell whether the DVR behaved: 1 of 1 check inconclusive");
-    EXPECT_EQ(HeadlineOf(With(Verdict::Environment)),
+    EXPECT_EQ(HeadlineOf(With(result::Verdict::Environment)),
               "The harness or the rig failed, not the DVR: 1 of 1 check");
     EXPECT_EQ(HeadlineOf(MadeUp()), "The DVR failed: 1 of 6 checks");
 }
@@ -57,13 +58,14 @@ TEST(HtmlReport, NamesTheRun) {
 }
 
 TEST(HtmlReport, SaysWhereTheLogHoldsNoTime) {
-    const std::string facts = TextOf(Read(HtmlReport(With(Verdict::Pass))).select_node("//dl").node());
+    const std::string facts =
+        TextOf(Read(HtmlReport(With(result::Verdict::Pass))).select_node("//dl").node());
     EXPECT_NE(facts.find("Beginnot in the logEndnot in the log"), std::string::npos);
 }
 
 TEST(HtmlReport, LeadsEveryLinkToItsPlace) {
     ExpectSoundAnchors(MadeUp());
-    ExpectSoundAnchors({{MadeUp().runs[0], With(Verdict::Pass).runs[0], MadeUp().runs[0]}});
+    ExpectSoundAnchors({{MadeUp().runs[0], With(result::Verdict::Pass).runs[0], MadeUp().runs[0]}});
 }
 
 TEST(HtmlReport, KeepsTheAnchorsOfTheFirstRunWithoutPrefix) {
@@ -74,7 +76,7 @@ TEST(HtmlReport, KeepsTheAnchorsOfTheFirstRunWithoutPrefix) {
 }
 
 TEST(HtmlReport, LeavesOutWhatTheRunDoesNotHave) {
-    const auto page = Read(HtmlReport(With(Verdict::Pass)));
+    const auto page = Read(HtmlReport(With(result::Verdict::Pass)));
     EXPECT_EQ(page.select_nodes("//h2").size(), 1U);
     EXPECT_FALSE(page.select_node("//form"));
     EXPECT_FALSE(page.select_node("//*[local-name()='svg']"));
@@ -85,18 +87,18 @@ TEST(HtmlReport, OfNoRunIsAPageToo) {
 }
 
 /// Puts the text everywhere in a result that may hold what others wrote.
-Result WithEverywhere(const std::string& text) {
-    Result result = MadeUp();
-    RunResult& run = result.runs.at(0);
+result::Result WithEverywhere(const std::string& text) {
+    result::Result result = MadeUp();
+    result::RunResult& run = result.runs.at(0);
     run.name = run.switches = text;
-    for (CheckResult& check : run.checks) {
+    for (result::CheckResult& check : run.checks) {
         check.requirement = check.expected = check.found = text;
         check.evidence = {{text, 3, text}, {text, 99, text}};
     }
-    for (Step& step : run.steps) {
+    for (result::Step& step : run.steps) {
         step.text = text;
     }
-    for (LogEntry& entry : run.log) {
+    for (result::LogEntry& entry : run.log) {
         entry.text = text;
     }
     run.timings.at(0).request = text;
@@ -107,7 +109,7 @@ class HtmlReportOfHostileText : public testing::TestWithParam<std::string> {};
 
 TEST_P(HtmlReportOfHostileText, HoldsItAsText) {
     const std::string usual = HtmlReport(MadeUp());
-    Result result = WithEverywhere(GetParam());
+    result::Result result = WithEverywhere(GetParam());
     result.runs.push_back(result.runs.front());
     const std::string text = HtmlReport(result);
     const auto page = Read(text);
@@ -134,4 +136,4 @@ TEST(HtmlReport, ShowsHostileTextAsItStands) {
 }
 
 }  // namespace
-}  // namespace rig::report
+}  // namespace rig::html

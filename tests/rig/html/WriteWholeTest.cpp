@@ -12,7 +12,7 @@
 #include "rig/html/HtmlReport.h"
 #include "tests/rig/result/MadeUp.h"
 
-namespace rig::report {
+namespace rig::html {
 namespace {
 
 class WriteWholeTest : public testing::Test {
@@ -118,4 +118,4 @@ TEST_F(WriteWholeTest, KeepsALinkAndReplacesWhatItLeadsTo) {
 }
 
 }  // namespace
-}  // namespace rig::report
+}  // namespace rig::html

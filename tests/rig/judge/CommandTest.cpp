@@ -17,7 +17,7 @@
 #include "rig/judge/checks/Checks.h"
 #include "tests/rig/judge/Judging.h"
 
-namespace rig {
+namespace rig::judge {
 namespace {
 
 /// Runs the command on logs of real runs. @return its exit status
@@ -261,4 +261,4 @@ TEST(JudgeCommand, WritesItsReports) {
 }
 
 }  // namespace
-}  // namespace rig
+}  // namespace rig::judge

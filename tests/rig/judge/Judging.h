@@ -15,10 +15,10 @@ inline std::string RealLog(const std::string& name) {
 }
 
 /// @return the verdicts on the runs of a log with this text
-inline rig::report::Result Judged(const std::string& text, const rig::judge::Limits& limits = {}) {
-    rig::report::Result result;
+inline rig::result::Result Judged(const std::string& text, const rig::judge::Limits& limits = {}) {
+    rig::result::Result result;
     rig::judge::Judge judge(limits, {true, true},
-                            [&result](rig::report::RunResult run) { result.runs.push_back(std::move(run)); });
+                            [&result](rig::result::RunResult run) { result.runs.push_back(std::move(run)); });
     std::istringstream lines(text);
     std::uint64_t number = 0;
     for (std::string line; std::getline(lines, line);) {
@@ -29,9 +29,9 @@ inline rig::report::Result Judged(const std::string& text, const rig::judge::Lim
 }
 
 /// @return the ids of the run's checks with this verdict, separated by blanks
-inline std::string With(rig::report::Verdict verdict, const rig::report::RunResult& run) {
+inline std::string With(rig::result::Verdict verdict, const rig::result::RunResult& run) {
     std::string ids;
-    for (const rig::report::CheckResult& check : run.checks) {
+    for (const rig::result::CheckResult& check : run.checks) {
         if (check.verdict == verdict) {
             ids += (ids.empty() ? "" : " ") + check.id;
         }

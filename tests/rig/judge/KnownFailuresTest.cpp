@@ -11,9 +11,9 @@
 namespace rig::judge {
 namespace {
 
-using report::CheckResult;
-using report::RunResult;
-using report::Verdict;
+using result::CheckResult;
+using result::RunResult;
+using result::Verdict;
 
 const KnownFailures kNoSource = {{"event-list.source", {"EVENT_LIST without source (2 times)"}}};
 
@@ -21,16 +21,16 @@ TEST(KnownFailures, DoNotFailTheRunForTheSameReason) {
     auto result = Judged(RealLog("d2-missing-source"));
     Apply(kNoSource, result.runs.at(0));
     EXPECT_EQ(With(Verdict::KnownFailure, result.runs.at(0)), "event-list.source");
-    EXPECT_EQ(report::ExitStatusOf(report::WorstOf(result)), 0);
+    EXPECT_EQ(result::ExitStatusOf(result::WorstOf(result)), 0);
 }
 
 TEST(KnownFailures, DoNotFailTheRunForWhatIsNotReachedForThem) {
     RunResult run;
     run.checks = {CheckResult{"rehash.attributes", "", Verdict::KnownFailure, "", "", {}},
                   CheckResult{"rehash.same-hash", "", Verdict::NotReached, "", "", {}}};
-    EXPECT_EQ(report::WorstOf(run), Verdict::KnownFailure);
+    EXPECT_EQ(result::WorstOf(run), Verdict::KnownFailure);
     run.checks.push_back({"xfer.fired", "", Verdict::Inconclusive, "", "", {}});
-    EXPECT_EQ(report::WorstOf(run), Verdict::Inconclusive);
+    EXPECT_EQ(result::WorstOf(run), Verdict::Inconclusive);
 }
 
 TEST(KnownFailures, DoNotCountWhatStandsInParentheses) {

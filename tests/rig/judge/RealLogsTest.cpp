@@ -9,7 +9,7 @@
 
 namespace {
 
-using rig::report::Verdict;
+using rig::result::Verdict;
 
 struct RealLogCase {
     const char* log;
@@ -30,7 +30,7 @@ TEST_P(RealLogs, GetTheirVerdict) {
     EXPECT_EQ(With(Verdict::Inconclusive, result.runs[0]), GetParam().inconclusive);
     EXPECT_EQ(With(Verdict::Environment, result.runs[0]), "");
     if (std::string(GetParam().failed).empty() && std::string(GetParam().inconclusive).empty()) {
-        EXPECT_EQ(rig::report::WorstOf(result), Verdict::Pass);
+        EXPECT_EQ(rig::result::WorstOf(result), Verdict::Pass);
     }
 }
 
@@ -155,9 +155,9 @@ TEST(RealLog, CutAnywhereNeverFailsAndPassesOnlyBehindDone) {
                 EXPECT_LT(end, log.find('\n')) << name;
                 continue;
             }
-            const Verdict worst = rig::report::WorstOf(result);
+            const Verdict worst = rig::result::WorstOf(result);
             EXPECT_TRUE(worst == Verdict::Inconclusive || (worst == Verdict::Pass && end > done))
-                << name << " cut at " << end << ": " << rig::report::NameOf(worst);
+                << name << " cut at " << end << ": " << rig::result::NameOf(worst);
         }
     }
 }

@@ -7,7 +7,7 @@
 
 namespace {
 
-using rig::report::Verdict;
+using rig::result::Verdict;
 
 std::string At(int second, const std::string& text) {
     return "2026-11-20T14:00:0" + std::to_string(second) + ".000000Z velloran 1 velloran:1 " + text + "\n";
@@ -20,9 +20,9 @@ TEST(Runs, BeginAnewWithASwitchOrAConnection) {
 
 TEST(Runs, GoOnInARotatedFile) {
     const std::string run = RealLog("clean-2.0");
-    rig::report::Result result;
+    rig::result::Result result;
     rig::judge::Judge judge(
-        {}, {}, [&result](rig::report::RunResult ended) { result.runs.push_back(std::move(ended)); });
+        {}, {}, [&result](rig::result::RunResult ended) { result.runs.push_back(std::move(ended)); });
     std::istringstream lines(run);
     std::uint64_t number = 0;
     for (std::string line; std::getline(lines, line); ++number) {
@@ -30,13 +30,13 @@ TEST(Runs, GoOnInARotatedFile) {
     }
     judge.Finish();
     ASSERT_EQ(result.runs.size(), 1U);
-    EXPECT_EQ(rig::report::WorstOf(result), Verdict::Pass);
+    EXPECT_EQ(rig::result::WorstOf(result), Verdict::Pass);
 }
 
 TEST(Runs, ThatCannotListenAreTheEnvironments) {
     const auto result = Judged(At(1, "bind failed: 98") + At(1, "bind failed: Address already in use"));
     EXPECT_EQ(With(Verdict::Environment, result.runs.at(0)), "harness.ran");
-    EXPECT_EQ(rig::report::ExitStatusOf(rig::report::WorstOf(result)), 3);
+    EXPECT_EQ(rig::result::ExitStatusOf(rig::result::WorstOf(result)), 3);
 }
 
 TEST(Runs, WithoutConnectionFailOnceTheHarnessWaitedLongEnough) {

@@ -4,7 +4,7 @@
 
 #include "rig/log/LineCutter.h"
 
-namespace rig {
+namespace rig::log {
 namespace {
 
 TEST(LineCutter, CutsPiecesIntoNumberedLines) {
@@ -34,4 +34,4 @@ TEST(LineCutter, KeepsOnlySoMuchOfALine) {
 }
 
 }  // namespace
-}  // namespace rig
+}  // namespace rig::log

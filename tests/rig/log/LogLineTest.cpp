@@ -5,7 +5,7 @@
 #include "rig/base/Printable.h"
 #include "rig/log/LogLine.h"
 
-namespace rig {
+namespace rig::log {
 namespace {
 
 TEST(LogLine, OfOurLoggerHasTimeLevelAndText) {
@@ -94,4 +94,4 @@ TEST(Unescaped, GivesBackEveryByteThatIsShownOtherwise) {
 }
 
 }  // namespace
-}  // namespace rig
+}  // namespace rig::log

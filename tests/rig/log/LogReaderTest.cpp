@@ -11,7 +11,7 @@
 
 #include "rig/log/LogReader.h"
 
-namespace rig {
+namespace rig::log {
 namespace {
 
 class LogReader : public testing::Test {
@@ -162,4 +162,4 @@ TEST_F(LogReader, SaysWhatCannotBeRead) {
 }
 
 }  // namespace
-}  // namespace rig
+}  // namespace rig::log

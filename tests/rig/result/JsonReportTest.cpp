@@ -5,7 +5,7 @@
 #include "rig/result/JsonReport.h"
 #include "tests/rig/result/MadeUp.h"
 
-namespace rig::report {
+namespace rig::result {
 namespace {
 
 using nlohmann::json;
@@ -62,4 +62,4 @@ TEST(JsonReport, IsValidWhateverTheLogHolds) {
 }
 
 }  // namespace
-}  // namespace rig::report
+}  // namespace rig::result

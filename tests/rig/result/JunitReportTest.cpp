@@ -8,7 +8,7 @@
 #include "rig/result/JunitReport.h"
 #include "tests/rig/result/MadeUp.h"
 
-namespace rig::report {
+namespace rig::result {
 namespace {
 
 pugi::xml_node CaseOf(const pugi::xml_node& suite, const char* name) {
@@ -85,4 +85,4 @@ TEST(JunitSchema, RefusesWhatReadersRefuse) {
 }
 
 }  // namespace
-}  // namespace rig::report
+}  // namespace rig::result

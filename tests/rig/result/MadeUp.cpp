@@ -2,35 +2,35 @@
 
 #include <gtest/gtest.h>
 
-namespace rig::report {
+namespace rig {
 namespace {
 
 constexpr std::int64_t kBegin = 1'795'212'187'123'456;  // 2026-11-20T22:03:07Z
 
-CheckResult Check(const std::string& id, Verdict verdict) {
+result::CheckResult Check(const std::string& id, result::Verdict verdict) {
     return {id, "What is required.", verdict, "what was expected of " + id, "what was found of " + id, {}};
 }
 
 }  // namespace
 
-Result MadeUp() {
-    RunResult run;
+result::Result MadeUp() {
+    result::RunResult run;
     run.name = "made-up.log:1";
     run.switches = "-p 2 -e";
     run.begin = kBegin;
     run.end = kBegin + 2'500'000;
-    run.checks = {Check("made-up.pass", Verdict::Pass),
-                  Check("made-up.known", Verdict::KnownFailure),
-                  Check("made-up.not-reached", Verdict::NotReached),
-                  Check("made-up.inconclusive", Verdict::Inconclusive),
-                  Check("made-up.environment", Verdict::Environment),
-                  Check("made-up.fail", Verdict::Fail)};
+    run.checks = {Check("made-up.pass", result::Verdict::Pass),
+                  Check("made-up.known", result::Verdict::KnownFailure),
+                  Check("made-up.not-reached", result::Verdict::NotReached),
+                  Check("made-up.inconclusive", result::Verdict::Inconclusive),
+                  Check("made-up.environment", result::Verdict::Environment),
+                  Check("made-up.fail", result::Verdict::Fail)};
     run.checks.back().evidence = {{"made-up.log", 3, "Sending DONE"}, {"made-up.log", 99, "not of this run"}};
     run.timings = {{"GET_FILE", 3, 1.04, 2.5, 2.5, 2.5}};
-    run.steps = {{Step::Kind::FromDvr, kBegin + 1000, "OK", 1},
-                 {Step::Kind::Fault, kBegin + 250'000, "processing 'invalidEvent' option [event]", 2},
-                 {Step::Kind::FromHarness, kBegin + 2'500'000, "DONE", 3},
-                 {Step::Kind::Note, std::nullopt, "shutting down", 4}};
+    run.steps = {{result::Step::Kind::FromDvr, kBegin + 1000, "OK", 1},
+                 {result::Step::Kind::Fault, kBegin + 250'000, "processing 'invalidEvent' option [event]", 2},
+                 {result::Step::Kind::FromHarness, kBegin + 2'500'000, "DONE", 3},
+                 {result::Step::Kind::Note, std::nullopt, "shutting down", 4}};
     run.log = {{1, kBegin + 1000, 1, "got an OK"},
                {2, kBegin + 250'000, 32, "processing 'invalidEvent' option [event]"},
                {3, kBegin + 2'500'000, 16, "Sending DONE"},
@@ -38,8 +38,8 @@ Result MadeUp() {
     return {{run}};
 }
 
-Result With(Verdict verdict) {
-    RunResult run;
+result::Result With(result::Verdict verdict) {
+    result::RunResult run;
     run.name = "made-up.log:1";
     run.checks = {Check("made-up.check", verdict)};
     return {{run}};
@@ -66,4 +66,4 @@ std::string TextOf(const pugi::xml_node& node) {
     return text;
 }
 
-}  // namespace rig::report
+}  // namespace rig

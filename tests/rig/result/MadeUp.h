@@ -5,17 +5,17 @@
 
 #include "rig/result/Result.h"
 
-namespace rig::report {
+namespace rig {
 
 /// More than any page here has.
 constexpr std::size_t kNoLimit = 100'000;
 
 /// @return a result with one run, in which there is a check of each verdict, named after it ("made-up.pass"
 ///         ...), with a dialogue, timings and a log whose line 3 proves "made-up.fail"
-Result MadeUp();
+result::Result MadeUp();
 
 /// @return a result with one run and one check
-Result With(Verdict verdict);
+result::Result With(result::Verdict verdict);
 
 /// @return the page as XML readers see it; fails the test if they cannot
 pugi::xml_document Read(const std::string& page);
@@ -26,4 +26,4 @@ pugi::xml_node ById(const pugi::xml_node& page, const std::string& id);
 /// @return all text below an element
 std::string TextOf(const pugi::xml_node& node);
 
-}  // namespace rig::report
+}  // namespace rig

@@ -5,7 +5,7 @@
 #include "rig/result/TapReport.h"
 #include "tests/rig/result/MadeUp.h"
 
-namespace rig::report {
+namespace rig::result {
 namespace {
 
 TEST(TapReport, TellsEachVerdict) {
@@ -56,4 +56,4 @@ TEST(TapReport, TakesNothingInTheResultForALineOrADirective) {
 }
 
 }  // namespace
-}  // namespace rig::report
+}  // namespace rig::result

@@ -2,7 +2,7 @@
 
 #include "rig/log/Signs.h"
 
-namespace rig::judge {
+namespace rig::log {
 namespace {
 
 TEST(Sign, IsToldByTheBeginningOfTheText) {
@@ -13,4 +13,4 @@ TEST(Sign, IsToldByTheBeginningOfTheText) {
 }
 
 }  // namespace
-}  // namespace rig::judge
+}  // namespace rig::log
