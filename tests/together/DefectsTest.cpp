@@ -93,6 +93,11 @@ TEST_P(Defects, AreLoggedAndJudgedAsTheTableSays) {
     std::sort(checks.begin(), checks.end());
     EXPECT_EQ(checks, judged.checks);
     EXPECT_EQ(row.verdict, judged.verdict);
+    for (const std::string& found : row.found) {
+        EXPECT_TRUE(std::any_of(judged.found.begin(), judged.found.end(),
+                                [&](const std::string& one) { return StartsWith(one, found); }))
+            << "not found: " << found;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Dvr, Defects, testing::ValuesIn(ReadDefects()),

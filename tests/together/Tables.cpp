@@ -105,6 +105,20 @@ DefectRow RowOf(const TableLine& line) {
     return row;
 }
 
+/// Adds an indented line to the row that it belongs to.
+void AddTo(std::vector<DefectRow>& rows, const TableLine& line) {
+    static const std::string found = "found ";
+    const std::string text = line.text.substr(line.text.find_first_not_of(' '));
+    if (rows.empty()) {
+        throw std::runtime_error(line.place + ": expected a row before \"" + text + "\"");
+    }
+    if (text.compare(0, found.size(), found) == 0) {
+        rows.back().found.push_back(text.substr(found.size()));
+    } else {
+        rows.back().shown += text + "\n";
+    }
+}
+
 }  // namespace
 
 std::vector<DefectRow> ReadDefects() {
@@ -117,10 +131,8 @@ std::vector<DefectRow> ReadDefects() {
         line.text = Expanded(line, names);
         if (line.text.front() not_eq ' ') {
             rows.push_back(RowOf(line));
-        } else if (rows.empty()) {
-            throw std::runtime_error(line.place + ": expected a row before \"" + line.text + "\"");
         } else {
-            rows.back().shown += line.text.substr(line.text.find_first_not_of(' ')) + "\n";
+            AddTo(rows, line);
         }
     }
     return rows;

@@ -18,8 +18,9 @@ struct DefectRow {
     std::string awaited;  // by the DVR in the end; empty: anything
     std::string checks;
     std::string verdict;
-    std::string shown;  // the indented lines
-    std::string place;  // FILE:LINE
+    std::string shown;               // the indented lines but for
+    std::vector<std::string> found;  // those of what the judge found, "CHECK: TEXT"
+    std::string place;               // FILE:LINE
 };
 
 /// A row of switches.txt: what the log of a good DVR leaves open.
