@@ -51,20 +51,15 @@ Judged Export::Judge() const {
     const ProgramResult ended = RunRig({"judge", "--patience", "1", "--json", kReport, kLog});
     EXPECT_EQ(ended.errors, "");
     const nlohmann::json report = nlohmann::json::parse(ReadFile(kReport));
-    Judged judged = {report.at("verdict"), {}, {}, {}};
+    Judged judged = {report.at("verdict"), {}};
     for (const nlohmann::json& run : report.at("runs")) {
         for (const nlohmann::json& check : run.at("checks")) {
             const std::string verdict = check.at("verdict");
             if (verdict not_eq "PASS" and verdict not_eq "NOT REACHED") {
-                judged.checks.push_back(Marked(check.at("id"), verdict));
-                judged.found.push_back(std::string(check.at("id")) + ": " + std::string(check.at("found")));
-            }
-            if (verdict == "INCONCLUSIVE") {
-                judged.open.push_back(check.at("found"));
+                judged.found[Marked(check.at("id"), verdict)] = check.at("found");
             }
         }
     }
-    std::sort(judged.checks.begin(), judged.checks.end());
     return judged;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,9 +13,9 @@
 /// What velloran-rig judge says of a log.
 struct Judged {
     std::string verdict;
-    std::vector<std::string>
-        checks;                     // that did not pass, sorted: "ID" failed, "ID?" is open, "ID!" otherwise
-    std::vector<std::string> open;  // what was found by each open one
+    /// What was found by each check that did not pass, by "ID" where it failed, "ID?" where it is open, and
+    /// "ID!" otherwise.
+    std::map<std::string, std::string> found;
 };
 
 /// One export from beginning to end, in a world of its own: the DVR with the recordings that are kept with

@@ -100,20 +100,21 @@ DefectRow RowOf(const TableLine& line) {
     row.recipe = {TestName(cells[0], cells[1], cells[2]), cells[0], cells[1], cells[2]};
     row.dvrStatus = cells[3].empty() ? 0 : cells[3].front() - '0';
     row.awaited = cells[3].substr(std::min<std::size_t>(2, cells[3].size()));
-    row.checks = cells[4];
+    row.checks = WordsOf(cells[4]);
+    std::sort(row.checks.begin(), row.checks.end());
     row.verdict = cells[5].empty() ? "FAIL" : cells[5].substr(0, cells[5].find(':'));
     return row;
 }
 
 /// Adds an indented line to the row that it belongs to.
 void AddTo(std::vector<DefectRow>& rows, const TableLine& line) {
-    static const std::string found = "found ";
     const std::string text = line.text.substr(line.text.find_first_not_of(' '));
+    const std::size_t check = std::string("found ").size();
+    const std::size_t end = text.find(": ");
     if (rows.empty()) {
         throw std::runtime_error(line.place + ": expected a row before \"" + text + "\"");
-    }
-    if (text.compare(0, found.size(), found) == 0) {
-        rows.back().found.push_back(text.substr(found.size()));
+    } else if (text.compare(0, check, "found ") == 0 and end not_eq std::string::npos) {
+        rows.back().found[text.substr(check, end - check)] = text.substr(end + 2);
     } else {
         rows.back().shown += text + "\n";
     }
@@ -147,7 +148,7 @@ std::vector<SwitchesRow> ReadSwitches() {
             continue;
         }
         const std::vector<std::string> cells = CellsOf(line, 3, 3);
-        rows.push_back({cells[0], cells[1], cells[2], reason});
+        rows.push_back({cells[0], cells[1], WordsOf(cells[2]), reason});
     }
     return rows;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <map>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -15,21 +17,33 @@ struct Recipe {
 struct DefectRow {
     Recipe recipe;
     int dvrStatus = 0;
-    std::string awaited;  // by the DVR in the end; empty: anything
-    std::string checks;
+    std::string awaited;              // by the DVR in the end; empty: anything
+    std::vector<std::string> checks;  // sorted
     std::string verdict;
-    std::string shown;               // the indented lines but for
-    std::vector<std::string> found;  // those of what the judge found, "CHECK: TEXT"
-    std::string place;               // FILE:LINE
+    std::string shown;  // the indented lines but for
+    std::map<std::string, std::string>
+        found;          // how the texts start that the judge found, by the check's name here
+    std::string place;  // FILE:LINE
 };
 
 /// A row of switches.txt: what the log of a good DVR leaves open.
 struct SwitchesRow {
     std::string dialect;
     std::string switches;
-    std::string checks;
+    std::vector<std::string> checks;
     std::string reason;
 };
+
+/// What a failed test calls its row.
+inline void PrintTo(const Recipe& recipe, std::ostream* out) {
+    *out << recipe.name;
+}
+inline void PrintTo(const DefectRow& row, std::ostream* out) {
+    *out << row.place;
+}
+inline void PrintTo(const SwitchesRow& row, std::ostream* out) {
+    *out << "velloran -p " << row.dialect << " " << row.switches;
+}
 
 /// These throw std::runtime_error with the line that is not as expected.
 std::vector<DefectRow> ReadDefects();
