@@ -128,7 +128,7 @@ bool Exchange::Answers(const Arrival& message, const std::string& event, const P
 
 /// A request with a fault that the DVR answers as if it had none.
 bool Exchange::AnswersWrongly(const Arrival& message, const Place& place) {
-    const int protocol = run_.protocol;
+    const int protocol = run_.switches.protocol;
     const auto request =
         std::find_if(run_.pending.begin(), run_.pending.end(), [&message, protocol](const Request& waiting) {
             return waiting.fault != Fault::None &&

@@ -26,7 +26,7 @@ bool IsExport(const Run& run) {
 }
 
 bool IsSecondDialect(const Run& run) {
-    return run.protocol == 2 && IsExport(run);
+    return run.switches.protocol == 2 && IsExport(run);
 }
 
 bool AsksWhole(const Run& run) {
@@ -50,7 +50,7 @@ Finding NotReached(const std::string& expected, const std::string& found) {
 }
 
 Finding NotInjected(const Run& run, const std::string& otherwise) {
-    if (run.protocol == 1) {
+    if (run.switches.protocol == 1) {
         return Inconclusive(kFired, "protocol 1.0 does not heed this switch: it was never injected");
     }
     if (run.Saw(log::Sign::ConfigSwitch)) {

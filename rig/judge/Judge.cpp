@@ -36,22 +36,16 @@ bool IsMarkerFailure(std::string_view line) {
     return StartsWith(line, "touch: ") && line.find("/mnt/hd/velloranFail") != std::string_view::npos;
 }
 
-bool Judge::Add(const std::string& file, std::uint64_t number, std::string_view line) {
-    const auto parsed = log::ParseLogLine(line);
-    if (!parsed) {
-        const auto run = open_.find(last_);
-        if (run != open_.end() && IsAssertion(line)) {
-            run->second->AddAssertion({file, number, line});
-        } else if (run != open_.end() && IsMarkerFailure(line)) {
-            run->second->AddMarkerFailure({file, number, line});
-        }
-        return false;
+ReadLine Judge::Add(const std::string& file, std::uint64_t number, std::string_view line) {
+    const auto statement = log::ReadStatement(line);
+    if (!statement) {
+        AddError({file, number, line});
+        return {};
     }
-    const log::Sign sign = log::SignOf(parsed->text);
-    const Place place{file, number, parsed->text};
-    last_ = parsed->process.value_or(-1);
+    const Place place{file, number, statement->text};
+    last_ = statement->process.value_or(-1);
     const auto run = open_.find(last_);
-    if (run != open_.end() && run->second->IsStartOfAnother(sign)) {
+    if (run != open_.end() && run->second->StartsAnother(statement->sign)) {
         Close(last_);
     }
     auto& model = open_[last_];
@@ -59,11 +53,20 @@ bool Judge::Add(const std::string& file, std::uint64_t number, std::string_view 
         model = std::make_unique<RunModel>(place, keep_);
         hasBegun_ = true;
     }
-    model->Add(*parsed, sign, place);
+    const log::Message* const message = model->Add(*statement, place);
     if (model->HasEnded()) {
         Close(last_);
     }
-    return true;
+    return {statement, message};
+}
+
+void Judge::AddError(const Place& place) {
+    const auto run = open_.find(last_);
+    if (run != open_.end() && IsAssertion(place.text)) {
+        run->second->AddAssertion(place);
+    } else if (run != open_.end() && IsMarkerFailure(place.text)) {
+        run->second->AddMarkerFailure(place);
+    }
 }
 
 bool Judge::IsOver() const {

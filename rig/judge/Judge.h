@@ -17,6 +17,12 @@ namespace rig::judge {
 /// marker, which happens when "/mnt/hd" is missing or cannot be written
 bool IsMarkerFailure(std::string_view line);
 
+/// What a line of a log is. Valid until the next line.
+struct ReadLine {
+    std::optional<log::Statement> statement;  // nothing for a line that is not one of the harness
+    const log::Message* message = nullptr;    // of the DVR, that it completes
+};
+
 /// Takes the verdict on a run as soon as the run is over.
 using TakeRun = std::function<void(result::RunResult run)>;
 
@@ -29,8 +35,8 @@ class Judge {
 
     /// Takes the next line of a log. @param file as given by the user; the line is escaped, without its
     /// newline
-    /// @return whether it is a statement of the harness
-    bool Add(const std::string& file, std::uint64_t number, std::string_view line);
+    /// @return what it is
+    ReadLine Add(const std::string& file, std::uint64_t number, std::string_view line);
 
     /// @return whether a run has begun and none is in progress
     bool IsOver() const;
@@ -39,6 +45,7 @@ class Judge {
     void Finish();
 
  private:
+    void AddError(const Place& place);
     void Close(int process);
 
     Limits limits_;

@@ -43,7 +43,7 @@ std::vector<std::string> ReadLogs(const JudgeOptions& options, Judge& judge) {
     for (const std::string& log : options.logs) {
         bool isForeign = true;
         const auto take = [&](std::uint64_t number, std::string_view line) {
-            isForeign = !judge.Add(log, number, line) && isForeign;
+            isForeign = !judge.Add(log, number, line).statement && isForeign;
         };
         if (options.follow) {
             log::FollowLog(log, take, [&judge] { return judge.IsOver(); });

@@ -1,15 +1,8 @@
 #include "rig/judge/Protocol.h"
 
 #include <map>
-#include <set>
 
 namespace rig::judge {
-namespace {
-
-constexpr std::size_t kDamage = 3;  // characters
-
-}  // namespace
-
 std::string AnswerTo(const std::string& request, Fault fault, int protocol) {
     switch (fault) {
         case Fault::Event:
@@ -37,27 +30,8 @@ std::string AnswerTo(const std::string& request, Fault fault, int protocol) {
     return answer == kAnswers.end() ? "" : answer->second;
 }
 
-bool Knows(int protocol, const std::string& message) {
-    static const std::set<std::string> kFirst = {"OK", "XML", "FILE_COMPLETE", "CONFIGURATION_UPDATE_ERROR"};
-    static const std::set<std::string> kSecondDialect = {"OK",
-                                                         "EVENT_LIST",
-                                                         "EVENT",
-                                                         "FILE_COMPLETE",
-                                                         "EVENT_XFER_ACK",
-                                                         "INVALID_EVENT",
-                                                         "TRANSPORT_EXCEPTION",
-                                                         "XFER_IN_PROGRESS",
-                                                         "SOFTWARE_UPDATE_CONFIRM",
-                                                         "CONFIGURATION_UPDATE_ERROR"};
-    return (protocol == 2 ? kSecondDialect : kFirst).count(message) > 0;
-}
-
 bool IsReport(const std::string& message) {
     return message == "INVALID_EVENT" || message == "TRANSPORT_EXCEPTION" || message == "XFER_IN_PROGRESS";
-}
-
-std::string Damaged(const std::string& text) {
-    return text.size() < kDamage ? "" : text.substr(kDamage);
 }
 
 }  // namespace rig::judge

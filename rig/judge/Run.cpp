@@ -87,22 +87,22 @@ bool Run::HarnessEnded() const {
 }
 
 std::string Run::Switches() const {
-    std::string switches = "-p " + std::to_string(protocol);
+    std::string text = "-p " + std::to_string(switches.protocol);
     for (const Flag& flag : kFlags) {
         if (Saw(flag.sign)) {
-            switches += flag.text;
+            text += flag.text;
         }
     }
     if (Saw(log::Sign::CloseSwitch)) {
-        switches += " -c " + std::to_string(closeEarly);
+        text += " -c " + std::to_string(switches.closeEarly);
     }
     if (Saw(log::Sign::DurationSwitch)) {
-        switches += " -d " + std::to_string(doneDuration);
+        text += " -d " + std::to_string(switches.doneDuration);
     }
-    if (hasSleep) {
-        switches += " -s " + std::to_string(sleepSeconds);
+    if (switches.hasSleep) {
+        text += " -s " + std::to_string(switches.sleepSeconds);
     }
-    return switches;
+    return text;
 }
 
 }  // namespace rig::judge

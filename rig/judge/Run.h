@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "rig/log/Signs.h"
+#include "rig/log/RunReader.h"
 #include "rig/result/Result.h"
 
 namespace rig::judge {
@@ -43,8 +43,7 @@ class Tally {
     std::vector<result::Evidence> lines_;
 };
 
-/// What the harness does wrong on purpose in a request.
-enum class Fault : std::size_t { None, Event, FileEvent, FileName, Transport, Rehash, Xfer, Pause, Count };
+using log::Fault;
 
 /// How the requests that carry one kind of fault went.
 struct FaultRecord {
@@ -54,14 +53,9 @@ struct FaultRecord {
 };
 
 /// A request of the harness that is waiting for its answer.
-struct Request {
-    std::string name;     // GET_FILE
-    std::string expects;  // FILE_COMPLETE
-    std::string reid;
-    std::string file;
-    Fault fault = Fault::None;
+struct Request : log::Request {
+    std::string expects;               // FILE_COMPLETE
     std::optional<std::int64_t> time;  // when it went out, microseconds
-    std::int64_t pause = 0;            // microseconds that the harness sleeps after it
     bool isOvertaken = false;          // DONE went out while it waited
     bool isMistaken = false;           // the harness ignored what came as its answer
     result::Evidence evidence;
@@ -94,12 +88,7 @@ struct Run {
     std::optional<std::int64_t> endTime;
     bool hasFractions = false;  // the log's times are finer than whole seconds
 
-    // Switches, as the harness echoed them.
-    int protocol = 1;
-    std::int64_t closeEarly = 0;
-    std::int64_t doneDuration = 0;  // minutes
-    std::int64_t sleepSeconds = 1;
-    bool hasSleep = false;
+    log::Switches switches;
 
     bool hasStart = false;                // the log holds the run's first lines
     bool openedByOk = false;              // the first message was OK

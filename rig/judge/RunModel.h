@@ -4,13 +4,7 @@
 
 #include "rig/judge/Exchange.h"
 #include "rig/judge/Run.h"
-#include "rig/log/Incoming.h"
-#include "rig/log/LogLine.h"
-#include "rig/log/NextRequest.h"
-
-namespace pugi {
-class xml_node;
-}  // namespace pugi
+#include "rig/log/RunReader.h"
 
 namespace rig::judge {
 
@@ -20,8 +14,8 @@ struct Keep {
     bool log = false;    // every statement
 };
 
-/// Follows one run of the harness statement by statement: what the DVR sent is in the log; what the harness
-/// sent is not, and follows from the state that the log shows. Keeps facts, gives no verdicts.
+/// Gathers what the judge needs to know of one run of the harness, statement by statement. Keeps facts, gives
+/// no verdicts.
 class RunModel {
  public:
     RunModel(const Place& begin, const Keep& keep);
@@ -29,10 +23,10 @@ class RunModel {
     RunModel& operator=(const RunModel&) = delete;
 
     /// @return whether the statement can only belong to a later run
-    bool IsStartOfAnother(log::Sign sign) const;
+    bool StartsAnother(log::Sign sign) const;
 
-    /// Takes the next statement of the run.
-    void Add(const log::LogLine& line, log::Sign sign, const Place& place);
+    /// Takes the next statement of the run. @return the message of the DVR that it completes; null if none
+    const log::Message* Add(const log::Statement& statement, const Place& place);
 
     /// Takes the message of a failed assertion of the harness, from its standard error.
     void AddAssertion(const Place& place);
@@ -41,7 +35,7 @@ class RunModel {
     void AddMarkerFailure(const Place& place);
 
     /// @return whether the harness has said that it ends
-    bool HasEnded() const;
+    bool HasEnded() const { return reader_.HasEnded(); }
 
     /// @return whether the harness has ended, or has nothing more to ask for
     bool IsOver() const;
@@ -49,22 +43,18 @@ class RunModel {
     const Run& Facts() const { return run_; }
 
  private:
-    void Note(const log::LogLine& line, log::Sign sign, const Place& place);
-    void TakeNumber(log::Sign sign, std::string_view text);
-    void ExpectMessage(const log::LogLine& line, const Place& place);
-    void TakeSlice(std::string_view text, const Place& place);
-    void TakeMessage(const Place& place);
-    void TakeHandling(log::Sign sign, std::string_view text, const Place& place);
-    void Send(const Place& place);
+    void Note(const log::Statement& statement, const Place& place);
+    void TakeMessage(const log::Message& message, const Place& place);
+    void TakeListed(const log::Listed& listed, const Place& place);
+    void TakeRejection(const log::Statement& statement, const Place& place);
+    void TakeRequest(const Place& place);
     void AddStep(result::Step::Kind kind, std::string_view text, const Place& place);
 
     Run run_;
     Exchange exchange_{run_};
     Keep keep_;
     std::optional<std::int64_t> now_;  // the statement's time
-
-    log::Incoming incoming_;
-    NextRequest next_{run_};
+    log::RunReader reader_;
 };
 
 }  // namespace rig::judge

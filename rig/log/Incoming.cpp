@@ -1,32 +1,43 @@
 #include "rig/log/Incoming.h"
 
-#include "rig/log/LogLine.h"
+#include <algorithm>
 
 namespace rig::log {
 namespace {
 
 constexpr std::size_t kLongest = std::size_t{64} << 20;  // bytes: memory must not grow with the log
+constexpr std::int64_t kSlice = 800;                     // bytes of a message in one statement
 
 }  // namespace
 
-bool Incoming::Expect(std::int64_t bytes, std::optional<std::int64_t> time) {
+bool Incoming::Expect(const Statement& announcement) {
     const bool wasWhole = !isOpen_;
-    expected_ = bytes;
-    time_ = time;
+    announced_ = announcement.Number();
+    time_ = announcement.time;
     text_.clear();
     isOpen_ = true;
     return wasWhole;
 }
 
-bool Incoming::Add(std::string_view slice) {
-    const std::size_t colon = slice.find(':');
+bool Incoming::Add(const Statement& slice) {
+    const std::size_t colon = slice.detail.find(':');  // "1 to 800:TEXT"
     if (!isOpen_ || colon == std::string_view::npos || text_.size() > kLongest) {
         isOpen_ = isOpen_ && text_.size() <= kLongest;
         return false;
     }
-    text_ += Unescaped(slice.substr(colon + 1));
-    isOpen_ = static_cast<std::int64_t>(text_.size()) < expected_;
+    AppendUnescaped(text_, slice.detail.substr(colon + 1));
+    isOpen_ = static_cast<std::int64_t>(text_.size()) < announced_;
     return true;
+}
+
+std::string Incoming::NextHead() const {
+    const auto start = static_cast<std::int64_t>(text_.size());
+    return "GetMessage:incoming message, bytes " + std::to_string(start + 1) + " to " +
+           std::to_string(start + std::min(announced_, kSlice)) + ":";
+}
+
+std::int64_t Incoming::NextBytes() const {
+    return std::clamp<std::int64_t>(announced_ - static_cast<std::int64_t>(text_.size()), 0, kSlice);
 }
 
 }  // namespace rig::log

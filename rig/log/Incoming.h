@@ -1,36 +1,45 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 
+#include "rig/log/Statement.h"
+
 namespace rig::log {
 
-/// The incoming message, assembled from the slices in which the harness logs it.
+/// The incoming message, put together from the slices in which the harness logs it.
 class Incoming {
  public:
     /// The harness has read a length prefix. @return whether the message before it was whole
-    bool Expect(std::int64_t bytes, std::optional<std::int64_t> time);
+    bool Expect(const Statement& announcement);
 
-    /// Adds a slice: "1 to 800:TEXT", escaped. @return whether its message is not too long
-    bool Add(std::string_view slice);
+    /// Adds a slice. @return whether it belongs to a message that was announced and is not too long
+    bool Add(const Statement& slice);
 
     /// @return whether all announced bytes are there
     bool IsWhole() const { return !isOpen_; }
 
+    /// @return bytes that the prefix announces
+    std::int64_t Announced() const { return announced_; }
+
+    /// @return how the statement with the next slice begins, and how many bytes of the message follow:
+    /// "GetMessage:incoming message, bytes 801 to 1600:"
+    std::string NextHead() const;
+    std::int64_t NextBytes() const;
+
+    /// @return what is there, byte for byte
     const std::string& Text() const { return text_; }
 
-    /// @return whether the message is the same, byte for byte, as the previous one that Remember() was called
-    /// for
+    /// @return whether the message is the same, byte for byte, as the last one that Remember() was called for
     bool IsRepeated() const { return text_ == before_; }
-    void Remember() { before_.swap(text_); }
+    void Remember() { before_ = text_; }
 
     /// @return when the prefix was complete, microseconds
     std::optional<std::int64_t> Time() const { return time_; }
 
  private:
-    std::int64_t expected_ = 0;  // bytes
+    std::int64_t announced_ = 0;
     bool isOpen_ = false;
     std::string text_;
     std::string before_;

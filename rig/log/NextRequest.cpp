@@ -3,88 +3,123 @@
 #include <pugixml.hpp>
 
 #include "rig/base/Affix.h"
-#include "rig/judge/Protocol.h"
-#include "rig/log/LogLine.h"
-#include "rig/log/Numbers.h"
 
-namespace rig::judge {
+namespace rig::log {
+namespace {
+
+constexpr std::size_t kDamage = 3;  // characters
+
+}  // namespace
+
+std::string Damaged(const std::string& text) {
+    return text.size() < kDamage ? "" : text.substr(kDamage);
+}
+
+bool IsAnnouncement(Sign sign) {
+    switch (sign) {
+        case Sign::Opening:
+        case Sign::EventFault:
+        case Sign::FileDone:
+        case Sign::FilesLeft:
+        case Sign::FileFault:
+        case Sign::TransportFault:
+        case Sign::RehashFault:
+        case Sign::XferFault:
+        case Sign::LastFile:
+        case Sign::SendingComplete:
+        case Sign::Acknowledged:
+        case Sign::SendingDone:
+            return true;
+        default:
+            return false;
+    }
+}
 
 void NextRequest::Forget() {
     last_.clear();
     announced_.clear();
+    announcement_.clear();
     popped_ = false;
     left_ = 0;
     fault_ = Fault::None;
     doubled_ = 0;
 }
 
-void NextRequest::TakeMessage(const std::string& name, const pugi::xml_node& message, const Place& place) {
+Listed NextRequest::TakeMessage(const std::string& name, const pugi::xml_node& message) {
     last_ = name;
     if (name == "EVENT_LIST") {
-        lists_.TakeEventList(message, place, run_);
-    } else if (name == "XML") {
-        lists_.TakeXml(message, place, run_);
-    } else if (name == "EVENT" && !lists_.events.empty() && Event() == message.attribute("reid").value()) {
-        lists_.TakeEvent(message, place, run_);
-    } else if (name == "INVALID_EVENT" && lists_.files.empty() && !lists_.events.empty()) {
+        return lists_.TakeEventList(message);
+    }
+    if (name == "XML") {
+        return lists_.TakeXml(message);
+    }
+    if (name == "EVENT" && !lists_.events.empty() && Event() == message.attribute("reid").value()) {
+        return lists_.TakeEvent(message);
+    }
+    if (name == "INVALID_EVENT" && lists_.files.empty() && !lists_.events.empty()) {
         lists_.events.pop_front();
     }
+    return {};
 }
 
-Fault NextRequest::Take(log::Sign sign, std::string_view text) {
-    const std::string_view detail = log::Behind(sign, text);
-    switch (sign) {
-        case log::Sign::Opening:
-            announced_ = detail == "CONFIGURATION_UPDATE" ? "UPDATE_CONFIGURATION" : detail;
+Fault NextRequest::Take(const Statement& statement, const Switches& switches) {
+    if (!IsAnnouncement(statement.sign)) {
+        return Fault::None;
+    }
+    announcement_ = statement.text;
+    switch (statement.sign) {
+        case Sign::Opening:
+            announced_ =
+                statement.detail == "CONFIGURATION_UPDATE" ? "UPDATE_CONFIGURATION" : statement.detail;
             break;
-        case log::Sign::FileDone:
-            if (run_.protocol == 1) {
+        case Sign::FileDone:
+            if (switches.protocol == 1) {
                 RetireFile();
             }
             break;
-        case log::Sign::FilesLeft:
+        case Sign::FilesLeft:
             popped_ = true;
-            left_ = log::NumberIn(detail);
+            left_ = statement.Number();
             RetireFile();
             break;
-        case log::Sign::SendingComplete:
+        case Sign::SendingComplete:
             announced_ = "EVENT_XFER_COMPLETE";
             break;
-        case log::Sign::SendingDone:
+        case Sign::SendingDone:
             announced_ = "DONE";
             break;
-        case log::Sign::Acknowledged:
+        case Sign::Acknowledged:
             if (!lists_.events.empty()) {
                 lists_.events.pop_front();
             }
             break;
         default:
-            return TakeFault(sign, text);
+            return TakeFault(statement);
     }
     return Fault::None;
 }
 
 /// What the harness logs when it is about to do something wrong on purpose.
-Fault NextRequest::TakeFault(log::Sign sign, std::string_view text) {
-    switch (sign) {
-        case log::Sign::EventFault:
+Fault NextRequest::TakeFault(const Statement& statement) {
+    switch (statement.sign) {
+        case Sign::EventFault:
             lists_.events.push_front(Damaged(Event()));
             fault_ = Fault::Event;
             break;
-        case log::Sign::FileFault:
-            fault_ = DamageFile(log::NumberIn(log::Behind(sign, text)));
+        case Sign::FileFault:
+            fault_ = DamageFile(statement.Number());
             break;
-        case log::Sign::TransportFault:
+        case Sign::TransportFault:
             AskTwice();
             fault_ = Fault::Transport;
             break;
-        case log::Sign::RehashFault:
+        case Sign::RehashFault:
             AskTwice();
             break;
-        case log::Sign::LastFile:
-            fault_ = EndsWith(text, ", true)") ? Fault::Rehash : Fault::None;
+        case Sign::LastFile:
+            fault_ = EndsWith(statement.text, ", true)") ? Fault::Rehash : Fault::None;
             break;
-        case log::Sign::XferFault:
+        case Sign::XferFault:
             doubled_ = 2;
             return Fault::Xfer;
         default:
@@ -117,10 +152,6 @@ void NextRequest::AskTwice() {
     }
 }
 
-std::string NextRequest::Event() const {
-    return lists_.events.empty() ? "" : lists_.events.front();
-}
-
 std::string NextRequest::Name() const {
     if (!announced_.empty()) {
         return announced_;
@@ -131,27 +162,29 @@ std::string NextRequest::Name() const {
     return "GET_FILE";
 }
 
-Request NextRequest::Make() {
+Request NextRequest::Make(const Switches& switches) {
     Request request;
     request.name = Name();
     if (request.name == "GET_FILE" && !lists_.files.empty()) {
         request.reid = lists_.files.front().first;
         request.file = lists_.files.front().second;
-    } else if (run_.protocol == 2 &&
+    } else if (switches.protocol == 2 &&
                (request.name == "NEXT_EVENT" || request.name == "EVENT_XFER_COMPLETE")) {
         request.reid = Event();
     }
     if (request.name == "GET_FILE" && popped_ && left_ > 1) {
-        request.pause = run_.sleepSeconds * log::kSecond;
+        request.pause = switches.sleepSeconds * kSecond;
     }
     if (doubled_ > 0 && --doubled_ == 0) {
         fault_ = Fault::Xfer;  // only the second of the two gets a different answer
     }
     request.fault = fault_;
-    request.expects = AnswerTo(request.name, request.fault, run_.protocol);
+    request.announcement = announcement_;
+    request.isCertain = !announcement_.empty() || last_ == "EVENT_LIST" || last_ == "EVENT" ||
+                        last_ == "XML" || last_ == "INVALID_EVENT";
     announced_.clear();
     fault_ = Fault::None;
     return request;
 }
 
-}  // namespace rig::judge
+}  // namespace rig::log

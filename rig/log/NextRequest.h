@@ -1,55 +1,78 @@
 #pragma once
 
-#include <optional>
+#include <cstdint>
 #include <string>
-#include <string_view>
 
-#include "rig/judge/Run.h"
+#include "rig/log/Statement.h"
 #include "rig/log/WorkLists.h"
 
-namespace pugi {
-class xml_node;
-}  // namespace pugi
+namespace rig::log {
 
-namespace rig::judge {
+/// What the harness does wrong on purpose in a request.
+enum class Fault : std::size_t { None, Event, FileEvent, FileName, Transport, Rehash, Xfer, Pause, Count };
+
+/// The switches of the harness, as it echoes them.
+struct Switches {
+    int protocol = 1;
+    std::int64_t closeEarly = 0;
+    std::int64_t doneDuration = 0;  // minutes
+    bool hasDuration = false;
+    std::int64_t sleepSeconds = 1;
+    bool hasSleep = false;
+};
+
+/// A request of the harness.
+struct Request {
+    std::string name;  // GET_FILE
+    std::string reid;
+    std::string file;
+    Fault fault = Fault::None;
+    std::int64_t pause = 0;    // microseconds that the harness sleeps after it
+    std::string announcement;  // the statement that tells of it; empty if none does
+    bool isCertain = true;     // that, or the message before it, tells its name
+};
 
 /// What the harness asks for next. The log does not hold its requests: they follow from the lists that it
 /// keeps, from the last message, and from what it logs between message and request.
 class NextRequest {
  public:
-    explicit NextRequest(Run& facts) : run_(facts) {}
-
     /// A message has arrived: nothing that was logged before it matters any more.
     void Forget();
 
     /// The message is one of the dialect's.
-    void TakeMessage(const std::string& name, const pugi::xml_node& message, const Place& place);
+    Listed TakeMessage(const std::string& name, const pugi::xml_node& message);
 
     /// Takes a statement of the harness about what it does. @return the fault that it injects, if it does
-    Fault Take(log::Sign sign, std::string_view text);
+    Fault Take(const Statement& statement, const Switches& switches);
 
-    /// The harness sends. @return its request, without what the current statement says
-    Request Make();
+    /// The harness sends.
+    Request Make(const Switches& switches);
 
     /// @return the identifier of the event that the harness takes for the one in progress; empty if there is
     /// none
-    std::string Event() const;
+    std::string Event() const { return lists_.events.empty() ? "" : lists_.events.front(); }
 
  private:
-    Fault TakeFault(log::Sign sign, std::string_view text);
+    Fault TakeFault(const Statement& statement);
     Fault DamageFile(std::int64_t count);
     void RetireFile();
     void AskTwice();
     std::string Name() const;
 
-    Run& run_;
     WorkLists lists_;
     std::string last_;           // the last message's name
-    std::string announced_;      // what a line said would be sent next
+    std::string announced_;      // what a statement said would be sent next
+    std::string announcement_;   // the last statement that is about what is sent next
     bool popped_ = false;        // since the last message, a file was retired
     std::int64_t left_ = 0;      // files of the event after that
     Fault fault_ = Fault::None;  // of the next request
     int doubled_ = 0;            // requests of -x that are still to go out
 };
 
-}  // namespace rig::judge
+/// @return whether the statement tells of a request that the harness sends next
+bool IsAnnouncement(Sign sign);
+
+/// @return an identifier or a name as the harness damages it: without its first three characters
+std::string Damaged(const std::string& text);
+
+}  // namespace rig::log

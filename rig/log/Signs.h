@@ -2,10 +2,11 @@
 
 #include <cstddef>
 #include <string_view>
+#include <vector>
 
 namespace rig::log {
 
-/// What a statement of the harness's log is a sign of.
+/// What a statement of the harness's log is a sign of. doc/log.md explains the statements.
 enum class Sign : std::size_t {
     None,
     CloseSwitch,
@@ -28,6 +29,7 @@ enum class Sign : std::size_t {
     PrefixReadError,
     BadPrefix,
     Expecting,
+    TextRead,
     TextReadError,
     EndInsideText,
     Incoming,
@@ -39,6 +41,8 @@ enum class Sign : std::size_t {
     UnknownMessage,
     Opening,
     UnexpectedAnswer,
+    UpdateConfirmed,
+    ConfigRefused,
     NoSource,
     NoEventTag,
     EventWithoutText,
@@ -68,21 +72,24 @@ enum class Sign : std::size_t {
     AckReidWrong,
     Acknowledged,
     SendingDone,
-    InvalidEventReid,
-    TransportReid,
-    XferReid,
-    ReidNotExpected,
-    UnexpectedRefusal,
-    RefusalWithoutReid,
-    TransportWithoutReid,
-    XferWithoutReid,
     Count
 };
 
-/// @return what the text of a statement is a sign of; Sign::None for those that say nothing further
-Sign SignOf(std::string_view text);
+/// The beginning of a statement's text, and what it is a sign of.
+struct Beginning {
+    Sign sign;
+    std::string_view text;
+};
 
-/// @return the part of the text after the sign's fixed beginning
-std::string_view Behind(Sign sign, std::string_view text);
+/// @return every beginning that has a meaning; no one is the beginning of another
+const std::vector<Beginning>& Beginnings();
+
+/// @return the beginning of this text; Sign::None and no text for one without further meaning
+Beginning BeginningOf(std::string_view text);
+
+/// @return whether the statement echoes a switch of the harness
+inline bool IsSwitch(Sign sign) {
+    return sign >= Sign::CloseSwitch && sign <= Sign::ConfigSwitch;
+}
 
 }  // namespace rig::log

@@ -3,67 +3,59 @@
 #include <pugixml.hpp>
 #include <set>
 
-#include "rig/base/Printable.h"
+namespace rig::log {
 
-namespace rig::judge {
-
-void WorkLists::TakeEventList(const pugi::xml_node& message, const Place& place, Run& facts) {
-    std::set<std::string> listed;
+Listed WorkLists::TakeEventList(const pugi::xml_node& message) {
+    Listed listed;
+    std::set<std::string> seen;
     for (const pugi::xml_node event : message.child("events").children()) {
         const std::string reid = event.text().get();
         if (reid.empty()) {
             continue;  // the harness says so
         }
-        if (!listed.insert(reid).second) {
-            facts.doubledEvents.Add(place, Printable(reid));
+        if (!seen.insert(reid).second) {
+            listed.doubled.push_back(reid);
         }
         events.push_back(reid);
     }
+    return listed;
 }
 
-void WorkLists::TakeEvent(const pugi::xml_node& message, const Place& place, Run& facts) {
-    const std::size_t before = files.size();
-    TakeDescription(message.child("xmlFile").text().get(), message.attribute("reid").value(), place, facts);
-    facts.files += files.size() - before;
-    facts.hasLargeEvent = facts.hasLargeEvent || files.size() >= before + 2;
+Listed WorkLists::TakeEvent(const pugi::xml_node& message) {
+    Listed listed;
+    TakeDescription(message.child("xmlFile").text().get(), message.attribute("reid").value(), listed);
+    listed.hasLargeEvent = listed.files >= 2;
+    return listed;
 }
 
-void WorkLists::TakeXml(const pugi::xml_node& message, const Place& place, Run& facts) {
-    const std::size_t before = files.size();
-    std::set<std::string> listed;
+Listed WorkLists::TakeXml(const pugi::xml_node& message) {
+    Listed listed;
+    std::set<std::string> seen;
     const pugi::xml_node container = message.child("xmlFile");
     for (const pugi::xml_node description : container.children("string")) {
-        const std::string text = description.text().get();
-        if (text.empty()) {
-            facts.noEvent.Add(place);
-        }
-        const std::string reid = TakeDescription(text, "", place, facts);
-        if (!reid.empty() && !listed.insert(reid).second) {
-            facts.doubledEvents.Add(place, Printable(reid));
+        const char* const text = description.text().get();
+        listed.noEvent += *text == '\0' ? 1U : 0U;
+        const std::string reid = TakeDescription(text, "", listed);
+        if (!reid.empty() && !seen.insert(reid).second) {
+            listed.doubled.push_back(reid);
         }
     }
-    if (!container) {
-        facts.noDescriptions.Add(place);
-    } else if (!container.child("string")) {
-        facts.noFiles.Add(place);
-    }
-    facts.files += files.size() - before;
+    listed.noDescriptions = !container;
+    listed.noFiles += container && !container.child("string") ? 1U : 0U;
+    return listed;
 }
 
 /// @param reid  of the event, or empty if the description must give it
 /// @return the event's identifier, or empty if there is no event
-std::string WorkLists::TakeDescription(const std::string& text, const std::string& reid, const Place& place,
-                                       Run& facts) {
+std::string WorkLists::TakeDescription(const char* text, const std::string& reid, Listed& listed) {
     pugi::xml_document description;
-    if (!description.load_string(text.c_str())) {
-        if (!text.empty()) {
-            facts.notWellFormed.Add(place);
-        }
+    if (!description.load_string(text)) {
+        listed.notWellFormed += *text == '\0' ? 0U : 1U;
         return "";
     }
     const pugi::xml_node event = description.child("recording-event");
     if (!event) {
-        facts.noEvent.Add(place);
+        ++listed.noEvent;
         return "";
     }
     std::string name = reid.empty() ? event.attribute("reid").value() : reid;
@@ -73,25 +65,22 @@ std::string WorkLists::TakeDescription(const std::string& text, const std::strin
     const std::size_t before = files.size();
     const pugi::xml_node video = event.child("video");
     if (const pugi::xml_node metadata = video.child("metadata")) {
-        TakeFile(metadata, name, place, facts);
+        TakeFile(metadata, name, listed);
     }
     for (const pugi::xml_node stream : video.child("streams").children()) {
         for (const pugi::xml_node file : stream.children()) {
-            TakeFile(file, name, place, facts);
+            TakeFile(file, name, listed);
         }
     }
-    if (files.size() == before) {
-        facts.noFiles.Add(place);
-    }
+    listed.noFiles += files.size() == before ? 1U : 0U;
     return name;
 }
 
-void WorkLists::TakeFile(const pugi::xml_node& file, const std::string& reid, const Place& place,
-                         Run& facts) {
-    if (!file.attribute("name")) {
-        facts.namelessFiles.Add(place);
-    }
-    files.emplace_back(reid, file.attribute("name").value());
+void WorkLists::TakeFile(const pugi::xml_node& file, const std::string& reid, Listed& listed) {
+    const pugi::xml_attribute name = file.attribute("name");
+    listed.namelessFiles += name ? 0U : 1U;
+    ++listed.files;
+    files.emplace_back(reid, name.value());
 }
 
-}  // namespace rig::judge
+}  // namespace rig::log

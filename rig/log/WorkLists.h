@@ -1,16 +1,29 @@
 #pragma once
 
+#include <cstddef>
 #include <deque>
 #include <string>
 #include <utility>
-
-#include "rig/judge/Run.h"
+#include <vector>
 
 namespace pugi {
 class xml_node;
 }  // namespace pugi
 
-namespace rig::judge {
+namespace rig::log {
+
+/// What a message says about events and files, and what is wrong with that.
+struct Listed {
+    std::size_t files = 0;             // that it adds to the list
+    bool hasLargeEvent = false;        // an event of at least two files
+    std::vector<std::string> doubled;  // identifiers that it lists again
+    // How many of its descriptions are so:
+    std::size_t notWellFormed = 0;
+    std::size_t noEvent = 0;        // empty, or not of an event
+    std::size_t noFiles = 0;        // name no file
+    std::size_t namelessFiles = 0;  // files in them without `name`
+    bool noDescriptions = false;    // XML without `xmlFile`
+};
 
 /// The harness's lists of what it has yet to ask for, rebuilt from what the DVR sent.
 class WorkLists {
@@ -20,19 +33,18 @@ class WorkLists {
     std::deque<std::string> events;
     std::deque<File> files;
 
-    /// Takes the identifiers of EVENT_LIST. Adds what is wrong with them to the facts, as do those below.
-    void TakeEventList(const pugi::xml_node& message, const Place& place, Run& facts);
+    /// Takes the identifiers of EVENT_LIST.
+    Listed TakeEventList(const pugi::xml_node& message);
 
     /// Takes the files of the one description in EVENT.
-    void TakeEvent(const pugi::xml_node& message, const Place& place, Run& facts);
+    Listed TakeEvent(const pugi::xml_node& message);
 
     /// Takes the files of all descriptions in XML.
-    void TakeXml(const pugi::xml_node& message, const Place& place, Run& facts);
+    Listed TakeXml(const pugi::xml_node& message);
 
  private:
-    std::string TakeDescription(const std::string& text, const std::string& reid, const Place& place,
-                                Run& facts);
-    void TakeFile(const pugi::xml_node& file, const std::string& reid, const Place& place, Run& facts);
+    std::string TakeDescription(const char* text, const std::string& reid, Listed& listed);
+    void TakeFile(const pugi::xml_node& file, const std::string& reid, Listed& listed);
 };
 
-}  // namespace rig::judge
+}  // namespace rig::log

@@ -2,35 +2,39 @@
 
 #include <algorithm>
 
-#include "rig/log/Numbers.h"
-#include "rig/log/Signs.h"
-
 namespace rig::campaign {
 namespace {
 
 constexpr std::int64_t kPauseAfterRead = log::kSecond / 4;
-constexpr std::int64_t kPauseAheadOfClosing = log::kSecond;
+constexpr std::int64_t kPauseBeforeClosing = log::kSecond;
 
 }  // namespace
 
-void LogTimes::Add(const log::LogLine& line) {
-    const log::Sign sign = log::SignOf(line.text);
-    const std::int64_t gap = line.time && last_ ? *line.time - *last_ : 0;
-    last_ = line.time ? line.time : last_;
-    if (sign == log::Sign::SleepSwitch) {
-        const std::int64_t seconds = log::NumberIn(log::Behind(sign, line.text));
-        sleep_ = std::clamp<std::int64_t>(seconds, 0, INT32_MAX) * log::kSecond;
-    } else if (sign == log::Sign::FilesLeft) {
-        sleepsNext_ = log::NumberIn(log::Behind(sign, line.text)) > 1;
-    } else if (sign == log::Sign::Expecting) {
-        Count(gap, sleepsNext_ ? sleep_ : 0);
-        sleepsNext_ = false;
-    } else if (sign == log::Sign::ClosingClient) {
-        Count(gap, kPauseAheadOfClosing);
-    } else if (sign == log::Sign::Connected) {
-        Count(gap, 0);
-    } else if (line.text.substr(0, 12) == "read success") {
-        Count(gap, kPauseAfterRead);
+void LogTimes::Add(const log::Statement& statement) {
+    const std::int64_t gap = statement.time && last_ ? *statement.time - *last_ : 0;
+    last_ = statement.time ? statement.time : last_;
+    switch (statement.sign) {
+        case log::Sign::SleepSwitch:
+            sleep_ = std::clamp<std::int64_t>(statement.Number(), 0, INT32_MAX) * log::kSecond;
+            break;
+        case log::Sign::FilesLeft:
+            sleepsNext_ = statement.Number() > 1;
+            break;
+        case log::Sign::Expecting:
+            Count(gap, sleepsNext_ ? sleep_ : 0);
+            sleepsNext_ = false;
+            break;
+        case log::Sign::ClosingClient:
+            Count(gap, kPauseBeforeClosing);
+            break;
+        case log::Sign::Connected:
+            Count(gap, 0);
+            break;
+        case log::Sign::TextRead:
+            Count(gap, kPauseAfterRead);
+            break;
+        default:
+            break;
     }
 }
 

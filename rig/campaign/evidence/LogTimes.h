@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "rig/log/LogLine.h"
+#include "rig/log/Statement.h"
 
 namespace rig::campaign {
 
@@ -11,7 +11,7 @@ namespace rig::campaign {
 /// requests for files, before closing) and how long it waited for the DVR.
 class LogTimes {
  public:
-    void Add(const log::LogLine& line);
+    void Add(const log::Statement& statement);
 
     /// Seconds.
     double Pauses() const { return static_cast<double>(pauses_) / 1e6; }

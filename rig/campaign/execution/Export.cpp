@@ -105,9 +105,9 @@ void Export::StartHarness() {
     isReady_ = false;
     watch_.emplace(record_.plan, rig_.patience, Clock::now());
     harness_ = std::make_unique<Harness>(record_.harness.command, rig_.log, folder_, rig_.limits,
-                                         [this](const log::LogLine& line, bool isOver) {
+                                         [this](const log::Statement& statement, bool isOver) {
                                              firstLine_ = firstLine_.value_or(Clock::now());
-                                             watch_->Add(line, isOver, Clock::now());
+                                             watch_->Add(statement, isOver, Clock::now());
                                          });
 }
 

@@ -39,11 +39,6 @@ Harness::Harness(const std::string& command, const std::string& log, const CaseF
                  const judge::Limits& limits, TakeStatement take)
     : take_(std::move(take)),
       judge_(limits, {true, true}, [this](result::RunResult run) { result_.runs.push_back(std::move(run)); }),
-      collector_([this](const DvrMessage& message) {
-          if (messages_.size() < kMostMessages) {
-              messages_.push_back(message);
-          }
-      }),
       logFile_(folder.Grow(kLogName)),
       errorFile_(folder.Grow(kErrorName)),
       lines_([this](std::uint64_t number, std::string_view line) { TakeLine(number, line); }),
@@ -105,12 +100,15 @@ result::Result Harness::Finish() {
 }
 
 void Harness::TakeLine(std::uint64_t number, std::string_view line) {
-    judge_.Add(kLogName, number, line);
-    if (const auto statement = log::ParseLogLine(line)) {
-        times_.Add(*statement);
-        collector_.Add(*statement);
-        take_(*statement, judge_.IsOver());
+    const judge::ReadLine read = judge_.Add(kLogName, number, line);
+    if (!read.statement) {
+        return;
     }
+    times_.Add(*read.statement);
+    if (read.message != nullptr && read.message->root && messages_.size() < kMostMessages) {
+        messages_.push_back(DvrMessageOf(*read.message));
+    }
+    take_(*read.statement, judge_.IsOver());
 }
 
 /// The judge gets assertions last, so that they come after all that the harness logged before them.

@@ -21,7 +21,7 @@ namespace rig::campaign {
 class Harness {
  public:
     /// Takes a statement of the log. @param isOver  whether it ends the run
-    using TakeStatement = std::function<void(const log::LogLine& line, bool isOver)>;
+    using TakeStatement = std::function<void(const log::Statement& statement, bool isOver)>;
 
     /// Starts it. @param command  for the shell, with the switches
     /// @param log  the file that the log goes to; empty if it goes to the command's standard output
@@ -55,7 +55,6 @@ class Harness {
     judge::Judge judge_;
     LogTimes times_;
     std::vector<DvrMessage> messages_;
-    DvrMessages collector_;
     GrowingFile logFile_;
     GrowingFile errorFile_;
     std::unique_ptr<GrowingFile> outputFile_;

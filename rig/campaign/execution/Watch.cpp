@@ -4,8 +4,6 @@
 
 #include <algorithm>
 
-#include "rig/log/Signs.h"
-
 namespace rig::campaign {
 namespace {
 
@@ -17,13 +15,13 @@ double Seconds(Clock::duration duration) {
 
 }  // namespace
 
-void Watch::Add(const log::LogLine& line, bool isOver, Clock::time_point now) {
-    const log::Sign sign = log::SignOf(line.text);
+void Watch::Add(const log::Statement& statement, bool isOver, Clock::time_point now) {
+    const log::Sign sign = statement.sign;
     lastLine_ = now;
     isConnected_ = isConnected_ || sign == log::Sign::Connected || sign == log::Sign::Expecting;
     isSent_ = isSent_ || sign == log::Sign::SentWrongSize;
-    isRefused_ = isRefused_ || line.text == "Got CONFIGURATION_UPDATE_ERROR";
-    isConfirmed_ = isConfirmed_ || line.text == "Got SOFTWARE_UPDATE_CONFIRM";
+    isRefused_ = isRefused_ || sign == log::Sign::ConfigRefused;
+    isConfirmed_ = isConfirmed_ || sign == log::Sign::UpdateConfirmed;
     const bool isConfigured = Has(plan_, 'g') && isRefused_ && (isConfirmed_ || !Has(plan_, 'u'));
     // A harness that could not listen, or was interrupted, is also over, but no dialogue came to its end.
     const bool isEnd = isOver && isConnected_ && sign != log::Sign::ShuttingDown;

@@ -8,7 +8,7 @@
 #include "rig/campaign/Cases.h"
 #include "rig/campaign/Outcome.h"
 #include "rig/campaign/execution/Patience.h"
-#include "rig/log/LogLine.h"
+#include "rig/log/Statement.h"
 
 namespace rig::campaign {
 
@@ -25,7 +25,7 @@ class Watch {
         : plan_(std::move(plan)), patience_(patience), begin_(now), lastLine_(now) {}
 
     /// Takes the next line of the log. @param isOver  whether the judge says that it ends the run
-    void Add(const log::LogLine& line, bool isOver, Clock::time_point now);
+    void Add(const log::Statement& statement, bool isOver, Clock::time_point now);
 
     /// The DVR's command has ended with a status other than 0.
     void DvrFailed(Clock::time_point now);

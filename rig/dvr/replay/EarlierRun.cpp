@@ -62,7 +62,7 @@ class RunChooser {
     explicit RunChooser(std::string log) : log_(std::move(log)) {}
 
     void Take(std::size_t number, const std::string& text) {
-        const std::optional<log::LogLine> line = log::ParseLogLine(text);
+        const std::optional<log::Statement> line = log::ReadStatement(text);
         if (number == 1) {
             firstLine_ = text;
         }

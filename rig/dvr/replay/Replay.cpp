@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "rig/base/Printable.h"
-#include "rig/dvr/replay/Evidence.h"
+#include "rig/dvr/replay/Subjects.h"
 #include "rig/dvr/wire/Message.h"
 
 namespace rig::dvr {

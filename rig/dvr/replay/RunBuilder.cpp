@@ -6,41 +6,39 @@
 #include "rig/base/Affix.h"
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
-#include "rig/dvr/wire/Message.h"
+#include "rig/dvr/replay/Subjects.h"
+#include "rig/dvr/wire/Frame.h"
 
 namespace rig::dvr {
 namespace {
 
-constexpr long long kSliceBytes = 800;
+using log::Sign;
 
-bool IsSwitch(const std::string& text) {
-    return StartsWith(text, "closeEarly set to ") || StartsWith(text, "doneDuration set to ") ||
-           StartsWith(text, "sleepForGetFile set to ") || StartsWith(text, "'protocol' option set to ") ||
-           (StartsWith(text, "'") && EndsWith(text, "' flag set"));
+constexpr const char* kSizeLine = "'expecting a message of N bytes'";
+
+bool IsEnd(Sign sign) {
+    return sign == Sign::ShuttingDown || sign == Sign::BindFailed || sign == Sign::NoSignalHandler;
 }
 
-bool IsConnect(const std::string& text) {
-    return StartsWith(text, "Connected to: fam=");
+bool IsTraffic(Sign sign) {
+    return sign == Sign::HeaderByte || sign == Sign::Connected || sign == Sign::ClosingClient ||
+           sign == Sign::Expecting;
 }
 
-bool IsEnd(const std::string& text) {
-    return text == "shutting down" || StartsWith(text, "bind failed: ") ||
-           text == "Could not install SIGINT handler";
+bool IsPromise(Sign sign) {
+    return sign == Sign::Opening || sign == Sign::SendingComplete || sign == Sign::SendingDone;
 }
 
-/// @return the number after the start of the text; nothing if there is none
-std::optional<long long> NumberBehind(const std::string& text, const std::string& start) {
-    long long number = 0;
-    if (!StartsWith(text, start)) {
+/// @return the byte after the head, in hexadecimal up to the text's end; nothing if there is none
+std::optional<unsigned int> ByteAfter(std::string_view text, std::string_view head) {
+    unsigned int byte = 0;
+    if (!StartsWith(text, head)) {
         return std::nullopt;
     }
-    const auto parsed = std::from_chars(text.data() + start.size(), text.data() + text.size(), number);
-    return parsed.ec == std::errc() ? std::optional<long long>(number) : std::nullopt;
-}
-
-std::string SliceHead(long long start, long long size) {
-    return "GetMessage:incoming message, bytes " + std::to_string(start + 1) + " to " +
-           std::to_string(start + std::min(size, kSliceBytes)) + ":";
+    const char* const end = text.data() + text.size();
+    const auto parsed = std::from_chars(text.data() + head.size(), end, byte, 16);
+    return parsed.ec == std::errc() && parsed.ptr == end && byte <= 0xff ? std::optional<unsigned int>(byte)
+                                                                         : std::nullopt;
 }
 
 /// @return the dialect that a message belongs to; nothing if both have it
@@ -54,50 +52,35 @@ std::optional<int> DialectOf(const std::string& name) {
     return isOfBoth ? std::nullopt : std::optional<int>(2);
 }
 
-std::string NameOf(const std::string& text) {
-    try {
-        return Message::Parse(text).Name();
-    } catch (const Breach&) {
-        return "";  // sent in the earlier run all the same
-    }
-}
-
 }  // namespace
 
 RunBuilder::RunBuilder(const std::string& log) {
     run_.log = log;
 }
 
-void RunBuilder::Take(std::size_t number, const log::LogLine& line) {
-    const std::string text = log::Unescaped(line.text);
-    const auto time = line.time ? std::optional<LogTime>(*line.time) : std::nullopt;
-    if (!over_ && BeginsAnew(text)) {
+void RunBuilder::Take(std::size_t number, const log::Statement& statement) {
+    if (!over_ && (run_.ended || reader_.StartsAnother(statement.sign))) {
         BeginAnew();
     }
     if (over_ || !error_.empty()) {
         return;
     }
     run_.lastLine = number;
-    if (IsSwitch(text) || IsConnect(text)) {
-        TakeStart(text);
-    } else if (IsEnd(text)) {
-        run_.ended = true;
-    } else if (StartsWith(text, "expecting a message of ")) {
-        TakeSize(number, text, time);
-    } else if (StartsWith(text, "GetMessage:incoming message, bytes ")) {
-        TakeSlice(number, text);
+    run_.ended = IsEnd(statement.sign);
+    if (statement.sign == Sign::Expecting) {
+        TakeSize(number, statement);
+    } else if (statement.sign == Sign::Incoming) {
+        TakeSlice(number, statement);
     } else {
-        TakeAnswer(number, text);
+        reader_.Add(statement);
+        TakeAnswer(number, statement);
     }
-    if (StartsWith(text, "hdr[") || IsConnect(text) || text == "Closing client socket...") {
-        anchor_ = time;
+    if (statement.sign == Sign::ProtocolSwitch) {
+        dialect_ = reader_.Echoed().protocol;
     }
-}
-
-bool RunBuilder::BeginsAnew(const std::string& text) const {
-    const bool talked = HasMessages() || incoming_.has_value();
-    return run_.ended || (IsSwitch(text) && (connected_ || talked)) ||
-           (IsConnect(text) && (connected_ || talked));
+    if (IsTraffic(statement.sign)) {
+        anchor_ = statement.time ? std::optional<LogTime>(*statement.time) : std::nullopt;
+    }
 }
 
 void RunBuilder::BeginAnew() {
@@ -109,51 +92,37 @@ void RunBuilder::BeginAnew() {
     run_.followed = true;
 }
 
-void RunBuilder::TakeStart(const std::string& text) {
-    connected_ = connected_ || IsConnect(text);
-    if (const auto dialect = NumberBehind(text, "'protocol' option set to ")) {
-        run_.dialect = static_cast<int>(*dialect);
-        dialect_ = run_.dialect;
-    }
-    if (const auto duration = NumberBehind(text, "doneDuration set to ")) {
-        requests_.SetDuration(std::to_string(*duration));
-    }
-}
-
-void RunBuilder::TakeSize(std::size_t number, const std::string& text, std::optional<LogTime> time) {
-    const auto size = NumberBehind(text, "expecting a message of ");
-    if (IsMissingSlices(number, text)) {
+void RunBuilder::TakeSize(std::size_t number, const log::Statement& statement) {
+    if (IsMissingSlices(number, statement) || IsMissingRequest(number, statement)) {
         return;
     }
-    if (!size || !EndsWith(text, " bytes")) {
-        return Miss(number, "'expecting a message of N bytes'", text);
+    const bool isNumber =
+        !statement.detail.empty() &&
+        (statement.detail[0] == '-' || (statement.detail[0] >= '0' && statement.detail[0] <= '9'));
+    if (!isNumber || !EndsWith(statement.text, " bytes")) {
+        Miss(number, kSizeLine, log::Unescaped(statement.text));
+        return;
     }
-    if (!requests_.Missing().empty()) {
-        return Miss(number, requests_.Missing(), text);
-    }
-    incoming_ = Incoming{{}, *size};
-    incoming_->message.line = number;
-    SetPause(incoming_->message, time);
-    anchor_ = time;
-}
-
-void RunBuilder::SetPause(EarlierMessage& message, std::optional<LogTime> time) const {
-    if (time) {
-        message.pause = std::max(LogTime(0), *time - anchor_.value_or(*time));
+    reader_.Add(statement);
+    incoming_ = {};
+    incoming_.line = number;
+    if (statement.time) {
+        const LogTime time(*statement.time);
+        incoming_.pause = std::max(LogTime(0), time - anchor_.value_or(time));
     }
 }
 
-void RunBuilder::TakeSlice(std::size_t number, const std::string& text) {
-    if (!incoming_) {
+void RunBuilder::TakeSlice(std::size_t number, const log::Statement& statement) {
+    const log::Incoming& arriving = reader_.Arriving();
+    if (arriving.IsWhole()) {
         if (HasMessages()) {
-            Miss(number, "'expecting a message of N bytes'", text);
+            Miss(number, kSizeLine, log::Unescaped(statement.text));
         }
         return;  // the log begins inside a message
     }
-    std::string& whole = incoming_->message.text;
-    const auto start = static_cast<long long>(whole.size());
-    const std::string head = SliceHead(start, incoming_->size);
-    const auto due = static_cast<std::size_t>(std::clamp(incoming_->size - start, 0LL, kSliceBytes));
+    const std::string text = log::Unescaped(statement.text);
+    const std::string head = arriving.NextHead();
+    const auto due = static_cast<std::size_t>(arriving.NextBytes());
     if (!StartsWith(text, head)) {
         return Miss(number, Quoted(head), text);
     }
@@ -161,39 +130,44 @@ void RunBuilder::TakeSlice(std::size_t number, const std::string& text) {
         return Miss(number, Quoted(head) + " and " + std::to_string(due) + " bytes",
                     std::to_string(text.size() - head.size()) + " bytes: " + text.substr(head.size()));
     }
-    whole.append(text, head.size());
-    if (static_cast<long long>(whole.size()) >= incoming_->size) {
+    if (reader_.Add(statement) == log::RunReader::Event::Message) {
         EndMessage();
     }
 }
 
 void RunBuilder::EndMessage() {
-    run_.messages.push_back(std::move(incoming_->message));
-    incoming_.reset();
-    const std::string name = NameOf(run_.messages.back().text);
-    requests_.BeginAnswer(run_, name);
-    if (!dialect_ && !connected_) {
-        dialect_ = DialectOf(name);
+    incoming_.text = reader_.LastMessage().text;
+    run_.messages.push_back(std::move(incoming_));
+    name_ = reader_.LastMessage().name;
+    subject_.reset();
+    prefixBytes_ = 0;
+    if (!dialect_ && !reader_.HasStart()) {
+        dialect_ = DialectOf(name_);
     }
+    if (name_ != "INVALID_EVENT" && name_ != "TRANSPORT_EXCEPTION") {
+        return;
+    }
+    // The last request will no longer be confirmed: the file's, or else the event's.
+    const auto isFile = [this](const RequestId& id) { return At(id).name == "GET_FILE"; };
+    const bool hasFiles = std::any_of(unconfirmed_.begin(), unconfirmed_.end(), isFile);
+    unconfirmed_.erase(std::remove_if(unconfirmed_.begin(), unconfirmed_.end(),
+                                      [&](const RequestId& id) { return !hasFiles || isFile(id); }),
+                       unconfirmed_.end());
 }
 
 /// Takes what the harness says and does about the message that it has read.
-void RunBuilder::TakeAnswer(std::size_t number, const std::string& text) {
+void RunBuilder::TakeAnswer(std::size_t number, const log::Statement& statement) {
     if (!HasMessages()) {
         return;  // the log begins inside an answer
     }
-    std::string expected;
-    if (text == "Closing client socket...") {
+    if (statement.sign == Sign::ClosingClient) {
         run_.messages.back().closed = true;
-    } else if (StartsWith(text, "sent: size= ")) {
-        RequestBuilder::TakeSentText(run_, text);
-    } else if (!StartsWith(text, "hdr[")) {
-        expected = requests_.TakeEvidence(run_, text);
-    } else if (!IsMissingSlices(number, text)) {
-        expected = requests_.TakePrefixByte(run_, number, text);
-    }
-    if (!expected.empty()) {
-        Miss(number, expected, text);
+    } else if (statement.sign == Sign::SentWrongSize) {
+        TakeSentText(statement);
+    } else if (statement.sign != Sign::HeaderByte) {
+        TakeEvidence(number, statement);
+    } else if (!IsMissingSlices(number, statement)) {
+        TakePrefixByte(number, statement);
     }
     const std::vector<EarlierRequest>& requests = run_.messages.back().requests;
     if (!dialect_ && !requests.empty()) {
@@ -201,18 +175,99 @@ void RunBuilder::TakeAnswer(std::size_t number, const std::string& text) {
     }
 }
 
-bool RunBuilder::IsMissingSlices(std::size_t number, const std::string& text) {
-    if (!incoming_) {
+/// Takes the text of the request that was sent last.
+void RunBuilder::TakeSentText(const log::Statement& statement) {
+    const std::string text = log::Unescaped(statement.text);
+    std::vector<EarlierRequest>& requests = run_.messages.back().requests;
+    const std::size_t quote = text.find("  '");
+    if (!requests.empty() && quote != std::string::npos && text.size() > quote + 3 && text.back() == '\'') {
+        requests.back().text = text.substr(quote + 3, text.size() - quote - 4);
+    }
+}
+
+void RunBuilder::TakePrefixByte(std::size_t number, const log::Statement& statement) {
+    const std::string head = "hdr[" + std::to_string(prefixBytes_) + "]= ";
+    const auto byte = ByteAfter(statement.text, head);
+    if (!byte) {
+        return Miss(number, Quoted(head) + " and a byte in hexadecimal", log::Unescaped(statement.text));
+    }
+    if (prefixBytes_ == 0) {
+        BeginRequest(number);
+    }
+    run_.messages.back().requests.back().announced |= (*byte & 0x7f) << (7 * prefixBytes_);
+    const bool isLast = (*byte & 0x80) == 0 || prefixBytes_ + 1 == kMaxPrefixBytes;
+    prefixBytes_ = isLast ? 0 : prefixBytes_ + 1;
+}
+
+void RunBuilder::BeginRequest(std::size_t number) {
+    const log::Request& sent = reader_.LastRequest();
+    EarlierRequest request;
+    request.line = number;
+    request.subject = subject_;
+    if (sent.isCertain) {
+        request.name = sent.name;
+        request.evidence =
+            sent.announcement.empty() ? "in answer to " + name_ : log::Unescaped(sent.announcement);
+    }
+    if (request.name == "DONE" && name_ == "EVENT_XFER_ACK" && reader_.Echoed().hasDuration) {
+        request.subject = "duration=" + std::to_string(reader_.Echoed().doneDuration);  // not in 1.0
+    }
+    std::vector<EarlierRequest>& requests = run_.messages.back().requests;
+    requests.push_back(request);
+    if (request.name == "GET_FILE" || request.name == "NEXT_EVENT" || request.name == "EVENT_XFER_COMPLETE") {
+        unconfirmed_.emplace_back(run_.messages.size() - 1, requests.size() - 1);
+    }
+    promised_.clear();
+}
+
+void RunBuilder::TakeEvidence(std::size_t number, const log::Statement& statement) {
+    if (log::IsAnnouncement(statement.sign)) {
+        const std::string subject = SubjectAnnouncedBy(statement);
+        subject_ = subject.empty() ? std::nullopt : std::optional<std::string>(subject);
+    }
+    Confirm(statement);
+    if (IsPromise(statement.sign) && !IsMissingRequest(number, statement)) {
+        promised_ = log::Unescaped(statement.text);
+    }
+}
+
+void RunBuilder::Confirm(const log::Statement& statement) {
+    const std::string subject = SubjectConfirmedBy(statement);
+    if (subject.empty()) {
+        return;
+    }
+    std::vector<RequestId> left;
+    for (const RequestId& id : unconfirmed_) {
+        EarlierRequest& request = At(id);
+        if ((statement.sign == Sign::FileDone) != (request.name == "GET_FILE")) {
+            left.push_back(id);
+        } else if (!request.subject) {
+            request.subject = subject;
+        }
+    }
+    unconfirmed_ = left;
+}
+
+bool RunBuilder::IsMissingSlices(std::size_t number, const log::Statement& statement) {
+    if (reader_.Arriving().IsWhole()) {
         return false;
     }
-    Miss(number, Quoted(SliceHead(static_cast<long long>(incoming_->message.text.size()), incoming_->size)),
-         text);
+    Miss(number, Quoted(reader_.Arriving().NextHead()), log::Unescaped(statement.text));
     return true;
 }
 
-void RunBuilder::Miss(std::size_t number, const std::string& expected, const std::string& text) {
+bool RunBuilder::IsMissingRequest(std::size_t number, const log::Statement& statement) {
+    if (promised_.empty()) {
+        return false;
+    }
+    Miss(number, "'hdr[0]= ' behind " + Quoted(promised_) + ", as in a log of all levels",
+         log::Unescaped(statement.text));
+    return true;
+}
+
+void RunBuilder::Miss(std::size_t number, const std::string& expected, const std::string& found) {
     error_ = Printable(run_.log) + ":" + std::to_string(number) + ": expected " + expected + ", found '" +
-             Excerpt(text) + "'";
+             Excerpt(found) + "'";
 }
 
 EarlierRun RunBuilder::Finish() const {
@@ -221,7 +276,7 @@ EarlierRun RunBuilder::Finish() const {
     }
     EarlierRun run = run_;
     run.dialect = dialect_.value_or(1);
-    run.cutMessage = incoming_ ? incoming_->message.line : 0;
+    run.cutMessage = reader_.Arriving().IsWhole() ? 0 : incoming_.line;
     run.timed = std::all_of(run.messages.begin(), run.messages.end(),
                             [](const EarlierMessage& message) { return message.pause.has_value(); });
     return run;

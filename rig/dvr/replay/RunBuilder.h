@@ -3,56 +3,63 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "rig/dvr/replay/EarlierRun.h"
-#include "rig/dvr/replay/RequestBuilder.h"
-#include "rig/log/LogLine.h"
+#include "rig/log/RunReader.h"
 
 namespace rig::dvr {
 
-/// Assembles the dialogue of one run of the harness from the log lines of one process, and notices where the
-/// next run begins.
+/// Keeps what a replay needs of the log of one process, and holds its statements to what must follow what:
+/// a replay of a log with gaps would blame the harness for them. Notices where the next run begins.
 class RunBuilder {
  public:
     /// @param log  name of the file, for people
     explicit RunBuilder(const std::string& log);
 
-    /// Takes the next line of the process. Lines after the end of the first run with a message change
+    /// Takes the next statement of the process. Those after the end of the first run with a message change
     /// nothing.
-    void Take(std::size_t number, const log::LogLine& line);
+    void Take(std::size_t number, const log::Statement& statement);
 
     bool HasMessages() const { return !run_.messages.empty(); }
 
-    /// @return the run, as far as the lines go
-    /// Throws Failure (UsageError) when lines are missing between others.
+    /// @return the run, as far as the statements go
+    /// Throws Failure (UsageError) when some are missing between others.
     EarlierRun Finish() const;
 
  private:
-    struct Incoming {
-        EarlierMessage message;
-        long long size;  // bytes
-    };
-    bool BeginsAnew(const std::string& text) const;
-    void BeginAnew();
-    void TakeStart(const std::string& text);
-    void TakeSize(std::size_t number, const std::string& text, std::optional<LogTime> time);
-    void TakeAnswer(std::size_t number, const std::string& text);
-    void TakeSlice(std::size_t number, const std::string& text);
-    void EndMessage();
-    void SetPause(EarlierMessage& message, std::optional<LogTime> time) const;
+    using RequestId = std::pair<std::size_t, std::size_t>;  // message and request of it
 
-    /// Remembers that this line is not the one that was due.
-    void Miss(std::size_t number, const std::string& expected, const std::string& text);
-    bool IsMissingSlices(std::size_t number, const std::string& text);
+    void BeginAnew();
+    void TakeSize(std::size_t number, const log::Statement& statement);
+    void TakeSlice(std::size_t number, const log::Statement& statement);
+    void EndMessage();
+    void TakeAnswer(std::size_t number, const log::Statement& statement);
+    void TakeSentText(const log::Statement& statement);
+    void TakePrefixByte(std::size_t number, const log::Statement& statement);
+    void BeginRequest(std::size_t number);
+    void TakeEvidence(std::size_t number, const log::Statement& statement);
+    void Confirm(const log::Statement& statement);
+    EarlierRequest& At(const RequestId& id) { return run_.messages[id.first].requests[id.second]; }
+
+    /// Remembers that this statement is not the one that was due.
+    void Miss(std::size_t number, const std::string& expected, const std::string& found);
+    bool IsMissingSlices(std::size_t number, const log::Statement& statement);
+    bool IsMissingRequest(std::size_t number, const log::Statement& statement);
 
     EarlierRun run_;
-    RequestBuilder requests_;
+    log::RunReader reader_;
+    EarlierMessage incoming_;  // as far as it is there
     bool over_ = false;
-    std::string error_;                 // of the first line that was not the one due
-    bool connected_ = false;            // the run's start is in the log
-    std::optional<int> dialect_;        // as far as the lines show
-    std::optional<LogTime> anchor_;     // time of the last traffic on the connection, or of its start
-    std::optional<Incoming> incoming_;  // announced and not yet complete
+    std::string error_;                   // of the first statement that was not the one due
+    std::optional<int> dialect_;          // as far as the statements show
+    std::optional<LogTime> anchor_;       // time of the last traffic on the connection, or of its start
+    std::string name_;                    // of the message being answered
+    std::optional<std::string> subject_;  // of what is sent next
+    std::string promised_;                // the statement that something is sent next; empty once it is
+    std::size_t prefixBytes_ = 0;         // of the request being sent; 0: none
+    std::vector<RequestId> unconfirmed_;  // whose subject a later statement may reveal
 };
 
 }  // namespace rig::dvr

@@ -73,35 +73,37 @@ Finding SizeAnswered(const Run& run, const Limits& limits) {
 }
 
 Finding CloseFired(const Run& run, const Limits& /*limits*/) {
-    if (run.protocol == 1 || !run.doneSent.Any()) {
+    if (run.switches.protocol == 1 || !run.doneSent.Any()) {
         return NotInjected(run, "the dialogue did not come to it");
     }
-    const bool isEarly = run.acksAtDone == static_cast<std::uint64_t>(run.closeEarly);
+    const bool isEarly = run.acksAtDone == static_cast<std::uint64_t>(run.switches.closeEarly);
     return isEarly ? Pass(kFired, "DONE went out early", run.Of(log::Sign::SendingDone))
                    : Inconclusive(kFired, fmt::format("never injected: DONE came after {} acknowledgements, "
                                                       "when no event was left; -c asks for {}",
-                                                      run.acksAtDone, run.closeEarly));
+                                                      run.acksAtDone, run.switches.closeEarly));
 }
 Finding CloseAnswered(const Run& run, const Limits& limits) {
-    const std::string expected = fmt::format("{} acknowledgements, then DONE, then nothing", run.closeEarly);
+    const std::string expected =
+        fmt::format("{} acknowledgements, then DONE, then nothing", run.switches.closeEarly);
     if (CloseFired(run, limits).verdict != result::Verdict::Pass) {
         return NotReached(expected, "the export was not closed early");
     }
     const Tally none;
     return NoneOf({{run.afterDone, "a message after DONE"},
-                   {run.doneDuration > 0 ? none : run.resumedAt,
+                   {run.switches.doneDuration > 0 ? none : run.resumedAt,
                     "another export after DONE: the DVR connected again and answered more requests"}},
                   true, expected, "");
 }
 
 Finding DurationFired(const Run& run, const Limits& /*limits*/) {
-    return run.doneSent.Any() && run.protocol == 2
+    return run.doneSent.Any() && run.switches.protocol == 2
                ? Pass(kFired, "DONE with a duration went out", run.Of(log::Sign::SendingDone))
                : NotInjected(run, "the dialogue did not come to DONE");
 }
 Finding DurationAnswered(const Run& run, const Limits& /*limits*/) {
-    const std::string expected = fmt::format("no call of the DVR for {} min after DONE", run.doneDuration);
-    if (run.doneSent.Any() && run.resumed && *run.resumed < run.doneDuration * kMinute) {
+    const std::string expected =
+        fmt::format("no call of the DVR for {} min after DONE", run.switches.doneDuration);
+    if (run.doneSent.Any() && run.resumed && *run.resumed < run.switches.doneDuration * kMinute) {
         return Fail(expected,
                     fmt::format("the DVR connected again before the time was over (after {:.1f} s)",
                                 static_cast<double>(*run.resumed) / 1e6),
@@ -110,8 +112,9 @@ Finding DurationAnswered(const Run& run, const Limits& /*limits*/) {
     if (run.doneSent.Any() && !run.isExporting && run.assertions.Any()) {
         return Inconclusive(expected, "the DVR connected again; when, the log does not tell", run.assertions);
     }
-    return NoneOf({{run.afterDone, "a message after DONE"}}, run.doneSent.Any() && run.protocol == 2,
-                  expected, run.protocol == 1 ? "protocol 1.0 does not heed this switch" : "no DONE");
+    return NoneOf({{run.afterDone, "a message after DONE"}}, run.doneSent.Any() && run.switches.protocol == 2,
+                  expected,
+                  run.switches.protocol == 1 ? "protocol 1.0 does not heed this switch" : "no DONE");
 }
 
 }  // namespace

@@ -26,20 +26,17 @@ bool Holds(const std::vector<std::string>& list, const std::string& text) {
     return std::find(list.begin(), list.end(), text) != list.end();
 }
 
-TEST(DvrMessages, PutsSlicesTogether) {
-    std::vector<DvrMessage> messages;
-    DvrMessages collector([&messages](const DvrMessage& message) { messages.push_back(message); });
+TEST(DvrMessage, HasItsFieldsOnce) {
     const std::string text =
-        "<msg req=\"EVENT_LIST\" source=\"s\\\\\"><events><event>E</event><event/></events></msg>";
-    Feed([&collector](const log::LogLine& line) { collector.Add(line); },
-         {{0, "expecting a message of " + std::to_string(text.size() - 1) + " bytes"},
-          {1, "GetMessage:incoming message, bytes 1 to 20:" + text.substr(0, 20)},
-          {2, "GetMessage:incoming message, bytes 21 to 99:" + text.substr(20)},
-          {3, "expecting a message of 3 bytes"},
-          {4, "GetMessage:incoming message, bytes 1 to 3:<ms"}});
-    ASSERT_EQ(messages.size(), 1U);
-    EXPECT_EQ(messages[0].name, "EVENT_LIST");
-    EXPECT_EQ(messages[0].fields, (std::vector<std::string>{"source", "events", "events/event"}));
+        "<msg req='EVENT_LIST' source='s'><events><event>E</event><event/></events></msg>";
+    pugi::xml_document document;
+    document.load_string(text.c_str());
+    log::Message message;
+    message.root = document.child("msg");
+    message.name = "EVENT_LIST";
+    const DvrMessage counted = DvrMessageOf(message);
+    EXPECT_EQ(counted.name, "EVENT_LIST");
+    EXPECT_EQ(counted.fields, (std::vector<std::string>{"source", "events", "events/event"}));
 }
 
 TEST(Coverage, CountsMessagesAndFields) {

@@ -8,7 +8,7 @@ namespace {
 
 LogTimes TimesOf(const Statements& statements) {
     LogTimes times;
-    Feed([&times](const log::LogLine& line) { times.Add(line); }, statements);
+    Feed([&times](const log::Statement& statement) { times.Add(statement); }, statements);
     return times;
 }
 

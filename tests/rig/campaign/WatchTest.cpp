@@ -13,9 +13,7 @@ class WatchTest : public testing::Test {
     void Begin(const std::string& switches) { watch_.emplace(Case{"x", 2, switches, ""}, kPatience, begin_); }
 
     void Add(double seconds, const std::string& text, bool isOver = false) {
-        log::LogLine line;
-        line.text = text;
-        watch_->Add(line, isOver, At(seconds));
+        watch_->Add(log::StatementOf(text), isOver, At(seconds));
     }
 
     End LookAt(double seconds) {

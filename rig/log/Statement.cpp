@@ -1,4 +1,4 @@
-#include "rig/log/LogLine.h"
+#include "rig/log/Statement.h"
 
 #include <algorithm>
 #include <array>
@@ -122,7 +122,7 @@ std::optional<std::int64_t> SyslogTime(std::string_view prefix) {
 }
 
 /// @return the number after the last `word` of the prefix
-std::optional<int> NumberBehind(std::string_view prefix, std::string_view word) {
+std::optional<int> NumberAfter(std::string_view prefix, std::string_view word) {
     const std::size_t at = prefix.rfind(word);
     if (at == std::string_view::npos) {
         return std::nullopt;
@@ -159,16 +159,16 @@ std::optional<std::int64_t> OwnTime(const char* text) {
 
 /// Reads a line of our own logger, where everything has its fixed place: most logs consist of these.
 /// "2026-11-20T14:03:07.123456Z velloran 16 velloran:212 Sending DONE"
-std::optional<LogLine> OwnLine(std::string_view line) {
+std::optional<Statement> OwnLine(std::string_view line) {
     constexpr std::size_t kTimeEnd = 27;
-    constexpr std::string_view kNameAhead = " velloran ";
-    if (line.size() <= kTimeEnd + kNameAhead.size() || line[kTimeEnd - 1] != 'Z' ||
-        line.substr(kTimeEnd, kNameAhead.size()) != kNameAhead) {
+    constexpr std::string_view kNameBefore = " velloran ";
+    if (line.size() <= kTimeEnd + kNameBefore.size() || line[kTimeEnd - 1] != 'Z' ||
+        line.substr(kTimeEnd, kNameBefore.size()) != kNameBefore) {
         return std::nullopt;
     }
     const char* const end = line.data() + line.size();
     int level = 0;
-    const char* at = std::from_chars(line.data() + kTimeEnd + kNameAhead.size(), end, level).ptr;
+    const char* at = std::from_chars(line.data() + kTimeEnd + kNameBefore.size(), end, level).ptr;
     const std::string_view rest(at, static_cast<std::size_t>(end - at));
     if (level <= 0 || rest.size() <= kSource.size() || rest[0] != ' ' ||
         rest.substr(1, kSource.size()) != kSource) {
@@ -179,11 +179,35 @@ std::optional<LogLine> OwnLine(std::string_view line) {
     if (statement <= 0 || at == end || *at != ' ') {
         return std::nullopt;
     }
-    LogLine parsed;
+    Statement parsed;
     parsed.time = OwnTime(line.data());
     parsed.level = level;
     parsed.text = std::string_view(at + 1, static_cast<std::size_t>(end - at - 1));
     return parsed.time ? std::optional(parsed) : std::nullopt;
+}
+
+/// Reads a line of a syslog file or of journalctl's output.
+std::optional<Statement> ForeignLine(std::string_view line) {
+    const auto source = FindSource(line);
+    if (!source) {
+        return std::nullopt;
+    }
+    const std::string_view prefix = line.substr(0, source->first);
+    Statement parsed;
+    parsed.text = line.substr(source->second);
+    parsed.time = IsoTime(prefix);
+    if (!parsed.time) {
+        parsed.time = SyslogTime(prefix);
+    }
+    parsed.process = NumberAfter(prefix, kProcess);
+    parsed.level = NumberAfter(prefix, kName);
+    return parsed;
+}
+
+void TellSign(Statement& statement) {
+    const Beginning beginning = BeginningOf(statement.text);
+    statement.sign = beginning.sign;
+    statement.detail = statement.text.substr(beginning.text.size());
 }
 
 int HexDigit(char byte) {
@@ -193,9 +217,9 @@ int HexDigit(char byte) {
     return byte >= 'a' && byte <= 'f' ? byte - 'a' + 10 : -1;
 }
 
-/// Appends what the escape at `at` stands for. @return how many bytes it has
-std::size_t AppendUnescaped(std::string& plain, std::string_view text, std::size_t at) {
-    const char kind = at + 1 < text.size() ? text[at + 1] : ' ';
+/// Appends what the escape at the text's start stands for. @return how many bytes it has
+std::size_t AppendEscaped(std::string& plain, std::string_view text) {
+    const char kind = text.size() > 1 ? text[1] : ' ';
     switch (kind) {
         case '\\':
             plain += '\\';
@@ -212,51 +236,59 @@ std::size_t AppendUnescaped(std::string& plain, std::string_view text, std::size
         default:
             break;
     }
-    if (kind == 'x' && at + 3 < text.size() && HexDigit(text[at + 2]) >= 0 && HexDigit(text[at + 3]) >= 0) {
-        plain += static_cast<char>(HexDigit(text[at + 2]) * 16 + HexDigit(text[at + 3]));
+    if (kind == 'x' && text.size() > 3 && HexDigit(text[2]) >= 0 && HexDigit(text[3]) >= 0) {
+        plain += static_cast<char>(HexDigit(text[2]) * 16 + HexDigit(text[3]));
         return 4;
     }
-    plain += text[at];
+    plain += text[0];
     return 1;
 }
 
 }  // namespace
 
-std::optional<LogLine> ParseLogLine(std::string_view line) {
+std::int64_t Statement::Number() const {
+    std::int64_t number = 0;
+    std::from_chars(detail.data(), detail.data() + detail.size(), number);
+    return number;
+}
+
+std::optional<Statement> ReadStatement(std::string_view line) {
     if (!line.empty() && line.back() == '\r') {
         line.remove_suffix(1);
     }
-    if (const auto own = OwnLine(line)) {
-        return own;
+    std::optional<Statement> statement = OwnLine(line);
+    if (!statement) {
+        statement = ForeignLine(line);
     }
-    const auto source = FindSource(line);
-    if (!source) {
-        return std::nullopt;
+    if (statement) {
+        TellSign(*statement);
     }
-    const std::string_view prefix = line.substr(0, source->first);
-    LogLine parsed;
-    parsed.text = line.substr(source->second);
-    parsed.time = IsoTime(prefix);
-    if (!parsed.time) {
-        parsed.time = SyslogTime(prefix);
-    }
-    parsed.process = NumberBehind(prefix, kProcess);
-    parsed.level = NumberBehind(prefix, kName);
-    return parsed;
+    return statement;
+}
+
+Statement StatementOf(std::string_view text) {
+    Statement statement;
+    statement.text = text;
+    TellSign(statement);
+    return statement;
 }
 
 std::string Unescaped(std::string_view text) {
     std::string plain;
     plain.reserve(text.size());
+    AppendUnescaped(plain, text);
+    return plain;
+}
+
+void AppendUnescaped(std::string& plain, std::string_view text) {
     while (!text.empty()) {
         const std::size_t backslash = std::min(text.find('\\'), text.size());
         plain.append(text.substr(0, backslash));
         text.remove_prefix(backslash);
         if (!text.empty()) {
-            text.remove_prefix(AppendUnescaped(plain, text, 0));
+            text.remove_prefix(AppendEscaped(plain, text));
         }
     }
-    return plain;
 }
 
 }  // namespace rig::log

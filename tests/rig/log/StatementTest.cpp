@@ -3,13 +3,13 @@
 #include <string>
 
 #include "rig/base/Printable.h"
-#include "rig/log/LogLine.h"
+#include "rig/log/Statement.h"
 
 namespace rig::log {
 namespace {
 
-TEST(LogLine, OfOurLoggerHasTimeLevelAndText) {
-    const auto line = ParseLogLine("2026-11-20T14:03:07.123456Z velloran 16 velloran:212 Sending DONE");
+TEST(Statement, OfOurLoggerHasTimeLevelAndText) {
+    const auto line = ReadStatement("2026-11-20T14:03:07.123456Z velloran 16 velloran:212 Sending DONE");
     ASSERT_TRUE(line);
     EXPECT_EQ(line->text, "Sending DONE");
     EXPECT_EQ(line->level, 16);
@@ -17,19 +17,19 @@ TEST(LogLine, OfOurLoggerHasTimeLevelAndText) {
     EXPECT_FALSE(line->process);
 }
 
-TEST(LogLine, OfSyslogHasProcessAndTime) {
-    const auto line = ParseLogLine("Nov  2 00:00:01 rig velloran[212]: velloran:81 Sending DONE");
+TEST(Statement, OfSyslogHasProcessAndTime) {
+    const auto line = ReadStatement("Nov  2 00:00:01 rig velloran[212]: velloran:81 Sending DONE");
     ASSERT_TRUE(line);
     EXPECT_EQ(line->text, "Sending DONE");
     EXPECT_EQ(line->process, 212);
     EXPECT_EQ(line->time, (305LL * 24 * 3600 + 1) * 1000000);
 }
 
-TEST(LogLine, OfTheJournalIsReducedToUtc) {
+TEST(Statement, OfTheJournalIsReducedToUtc) {
     for (const char* time : {"2026-11-20T15:03:07.123456+0100", "2026-11-20T15:03:07.123456+01:00",
                              "2026-11-20T09:33:07.123456-0430", "2026-11-20T14:03:07.123456"}) {
         const std::string text = std::string(time) + " rig velloran[212]: velloran:99 hdr[0]= 28";
-        const auto line = ParseLogLine(text);
+        const auto line = ReadStatement(text);
         ASSERT_TRUE(line);
         EXPECT_EQ(line->text, "hdr[0]= 28");
         EXPECT_EQ(line->process, 212);
@@ -37,28 +37,28 @@ TEST(LogLine, OfTheJournalIsReducedToUtc) {
     }
 }
 
-TEST(LogLine, HasNoTimeThatIsNone) {
+TEST(Statement, HasNoTimeThatIsNone) {
     for (const char* time : {"2026-13-20T14:03:07Z", "2026-11-20T14.03.07Z", "Nov x 14:03:07", "T", "7"}) {
         const std::string text = std::string(time) + " velloran:1 x";
-        const auto line = ParseLogLine(text);
+        const auto line = ReadStatement(text);
         ASSERT_TRUE(line) << time;
         EXPECT_EQ(line->time, std::nullopt) << time;
     }
 }
 
-TEST(LogLine, KeepsTheBlanksOfItsText) {
-    EXPECT_EQ(ParseLogLine("velloran:1  two blanks ")->text, " two blanks ");
+TEST(Statement, KeepsTheBlanksOfItsText) {
+    EXPECT_EQ(ReadStatement("velloran:1  two blanks ")->text, " two blanks ");
 }
 
-TEST(LogLine, NeedsNoPrefix) {
-    const auto line = ParseLogLine("velloran:81 Sending DONE\r");
+TEST(Statement, NeedsNoPrefix) {
+    const auto line = ReadStatement("velloran:81 Sending DONE\r");
     ASSERT_TRUE(line);
     EXPECT_EQ(line->text, "Sending DONE");
     EXPECT_FALSE(line->time);
 }
 
-TEST(LogLine, EndsItsPrefixAtTheFirstSource) {
-    const auto line = ParseLogLine("velloran:9 UNSUPPORTED MSG RECEIVED: velloran:1 shutting down");
+TEST(Statement, EndsItsPrefixAtTheFirstSource) {
+    const auto line = ReadStatement("velloran:9 UNSUPPORTED MSG RECEIVED: velloran:1 shutting down");
     ASSERT_TRUE(line);
     EXPECT_EQ(line->text, "UNSUPPORTED MSG RECEIVED: velloran:1 shutting down");
 }
@@ -66,7 +66,7 @@ TEST(LogLine, EndsItsPrefixAtTheFirstSource) {
 class NoLogLine : public testing::TestWithParam<const char*> {};
 
 TEST_P(NoLogLine, IsPassedOver) {
-    EXPECT_FALSE(ParseLogLine(GetParam()));
+    EXPECT_FALSE(ReadStatement(GetParam()));
 }
 
 INSTANTIATE_TEST_SUITE_P(OfOthers, NoLogLine,

@@ -1,0 +1,137 @@
+#include "rig/log/RunReader.h"
+
+#include <algorithm>
+#include <set>
+
+namespace rig::log {
+namespace {
+
+/// Its second failure ends a harness.
+constexpr int kMostBindFailures = 2;
+
+bool Knows(int protocol, const std::string& message) {
+    static const std::set<std::string> kFirst = {"OK", "XML", "FILE_COMPLETE", "CONFIGURATION_UPDATE_ERROR"};
+    static const std::set<std::string> kSecondDialect = {"OK",
+                                                         "EVENT_LIST",
+                                                         "EVENT",
+                                                         "FILE_COMPLETE",
+                                                         "EVENT_XFER_ACK",
+                                                         "INVALID_EVENT",
+                                                         "TRANSPORT_EXCEPTION",
+                                                         "XFER_IN_PROGRESS",
+                                                         "SOFTWARE_UPDATE_CONFIRM",
+                                                         "CONFIGURATION_UPDATE_ERROR"};
+    return (protocol == 2 ? kSecondDialect : kFirst).count(message) > 0;
+}
+
+}  // namespace
+
+bool RunReader::StartsAnother(Sign sign) const {
+    const bool hasBegun = hasConnected_ || hasExpected_;
+    return hasEnded_ || (hasBegun && (IsSwitch(sign) || sign == Sign::Connected || sign == Sign::BindFailed));
+}
+
+RunReader::Event RunReader::Add(const Statement& statement) {
+    NoteStart(statement.sign);
+    switch (statement.sign) {
+        case Sign::None:
+            return Event::None;
+        case Sign::Expecting:
+            return incoming_.Expect(statement) ? Event::None : Event::Gap;
+        case Sign::Incoming:
+            return TakeSlice(statement);
+        case Sign::HeaderByte:
+            if (statement.detail.substr(0, 2) != "0]") {
+                return Event::None;
+            }
+            request_ = next_.Make(switches_);
+            return Event::Request;
+        default:
+            TakeSwitch(statement);
+            fault_ = next_.Take(statement, switches_);
+            return fault_ == Fault::None ? Event::None : Event::Fault;
+    }
+}
+
+void RunReader::NoteStart(Sign sign) {
+    // A harness without switches that no DVR connects to only says at its end that it is shutting down.
+    const bool isStart = IsSwitch(sign) || sign == Sign::Connected || sign == Sign::BindFailed ||
+                         sign == Sign::NoSignalHandler || (sign == Sign::ShuttingDown && isFirst_);
+    hasExpected_ = hasExpected_ || sign == Sign::Expecting;
+    hasStart_ = hasStart_ || (isStart && !hasExpected_);
+    hasConnected_ = hasConnected_ || sign == Sign::Connected;
+    bindFailures_ += sign == Sign::BindFailed ? 1 : 0;
+    hasEnded_ = hasEnded_ || sign == Sign::ShuttingDown || bindFailures_ >= kMostBindFailures;
+    isFirst_ = false;
+}
+
+void RunReader::TakeSwitch(const Statement& statement) {
+    const std::int64_t number = std::clamp<std::int64_t>(statement.Number(), INT32_MIN, INT32_MAX);
+    switch (statement.sign) {
+        case Sign::CloseSwitch:
+            switches_.closeEarly = number;
+            break;
+        case Sign::DurationSwitch:
+            switches_.doneDuration = number;
+            switches_.hasDuration = true;
+            break;
+        case Sign::SleepSwitch:
+            switches_.sleepSeconds = number;
+            switches_.hasSleep = true;
+            break;
+        case Sign::ProtocolSwitch:
+            switches_.protocol = static_cast<int>(number);
+            break;
+        case Sign::Opening:  // in a log that lacks its first lines
+            switches_.protocol = statement.detail == "GET_EVENT_LIST" ? 2
+                                 : statement.detail == "GET_XML"      ? 1
+                                                                      : switches_.protocol;
+            break;
+        default:
+            break;
+    }
+}
+
+RunReader::Event RunReader::TakeSlice(const Statement& statement) {
+    if (!incoming_.Add(statement)) {
+        return Event::Gap;
+    }
+    if (!incoming_.IsWhole()) {
+        return Event::None;
+    }
+    TakeMessage();
+    return Event::Message;
+}
+
+void RunReader::TakeMessage() {
+    next_.Forget();
+    const std::string& text = incoming_.Text();
+    message_ = {};
+    message_.text = text;
+    message_.time = incoming_.Time();
+    if (!document_.load_string(text.c_str(), pugi::parse_default)) {
+        message_.form = text.empty()         ? Message::Form::Empty
+                        : text.back() != '>' ? Message::Form::BrokenOff
+                                             : Message::Form::NotWellFormed;
+        return;
+    }
+    const pugi::xml_node root = document_.child("msg");
+    if (!root) {
+        message_.form = Message::Form::NoMsg;
+        return;
+    }
+    message_.root = root;
+    message_.name = root.attribute("req").value();
+    if (!hasStart_ && root.attribute("protocolVersion").as_string() == std::string_view("2.0")) {
+        switches_.protocol = 2;
+    }
+    message_.isKnown = Knows(switches_.protocol, message_.name);
+    if (message_.isKnown) {
+        message_.isRepeated = incoming_.IsRepeated();
+        message_.event = next_.Event();
+        incoming_.Remember();
+        message_.listed = next_.TakeMessage(message_.name, root);
+    }
+}
+
+}  // namespace rig::log

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <optional>
+#include <pugixml.hpp>
+#include <string>
+
+#include "rig/log/Incoming.h"
+#include "rig/log/NextRequest.h"
+#include "rig/log/Statement.h"
+
+namespace rig::log {
+
+/// A message of the DVR, as the log has it.
+struct Message {
+    enum class Form { Good, Empty, BrokenOff, NotWellFormed, NoMsg };
+
+    std::string_view text;  // byte for byte
+    pugi::xml_node root;    // `msg`; none unless the form is good
+    Form form = Form::Good;
+    std::string name;                  // `req`
+    bool isKnown = false;              // the dialect has it
+    bool isRepeated = false;           // it is, byte for byte, the known message before it
+    std::string event;                 // that the harness took for the one in progress until then
+    std::optional<std::int64_t> time;  // when its prefix was complete, microseconds
+    Listed listed;
+};
+
+/// Reads the log of one run of the harness, statement by statement. What the DVR sent is in the log; what the
+/// harness sent is not, and follows from the state that the log shows. Everything that wants to know one or
+/// the other is a view of this: the judge, a replay, a campaign.
+class RunReader {
+ public:
+    /// What a statement completes. The rest is in LastMessage() and so on, until the next statement.
+    enum class Event { None, Gap, Message, Request, Fault };
+
+    /// Takes the next statement of the run.
+    Event Add(const Statement& statement);
+
+    /// @return whether the statement can only belong to a later run
+    bool StartsAnother(Sign sign) const;
+
+    /// @return whether the harness has said that it ends
+    bool HasEnded() const { return hasEnded_; }
+
+    /// @return whether the log holds the run's first lines
+    bool HasStart() const { return hasStart_; }
+
+    const Switches& Echoed() const { return switches_; }
+    const Incoming& Arriving() const { return incoming_; }
+    const Message& LastMessage() const { return message_; }
+    const Request& LastRequest() const { return request_; }
+    Fault LastFault() const { return fault_; }
+
+ private:
+    void NoteStart(Sign sign);
+    void TakeSwitch(const Statement& statement);
+    Event TakeSlice(const Statement& statement);
+    void TakeMessage();
+
+    Switches switches_;
+    Incoming incoming_;
+    NextRequest next_;
+    pugi::xml_document document_;
+    Message message_;
+    Request request_;
+    Fault fault_ = Fault::None;
+    bool isFirst_ = true;  // no statement has come yet
+    bool hasStart_ = false;
+    bool hasConnected_ = false;
+    bool hasExpected_ = false;
+    bool hasEnded_ = false;
+    int bindFailures_ = 0;
+};
+
+}  // namespace rig::log
