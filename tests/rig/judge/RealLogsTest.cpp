@@ -37,7 +37,7 @@ TEST_P(RealLogs, GetTheirVerdict) {
 INSTANTIATE_TEST_SUITE_P(
     Stored, RealLogs,
     testing::Values(RealLogCase{"clean-1.0", "", ""}, RealLogCase{"clean-2.0", "", ""},
-                    RealLogCase{"all-faults-2.0", "", "rehash.fired"}, RealLogCase{"d1-reconnect", "", ""},
+                    RealLogCase{"all-faults-2.0", "", "rehash.fired"},
                     RealLogCase{"d1-wrong-file", "requests.answered file-complete.identity export.done", ""},
                     RealLogCase{"d2-missing-source", "event-list.source", ""},
                     RealLogCase{"d2-no-answer-on-EVENT_XFER_ACK",
