@@ -85,6 +85,12 @@ Dvr::~Dvr() {
     }
 }
 
+bool Dvr::IsRunning() const {
+    siginfo_t ended = {};
+    return waitid(P_PID, static_cast<id_t>(pid_), &ended, WEXITED | WNOHANG | WNOWAIT) == 0 and
+           ended.si_pid == 0;
+}
+
 int Dvr::Ends(Here here) {
     pollfd process = {static_cast<int>(syscall(SYS_pidfd_open, pid_, 0)), POLLIN, 0};
     const int ended = poll(&process, 1, MillisecondsUntil(Clock::now() + kPatience));

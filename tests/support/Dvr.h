@@ -17,6 +17,8 @@ class Dvr {
     Dvr(const Dvr&) = delete;
     Dvr& operator=(const Dvr&) = delete;
 
+    bool IsRunning() const;
+
     /// It ends by itself. @return its status
     int Ends(Here here = Here::current());
 

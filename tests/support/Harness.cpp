@@ -135,17 +135,20 @@ void Harness::StopsOnInterrupt(Here here) {
     EndsWithStatus(44, here);
 }
 
-void Harness::RunsOut(std::chrono::milliseconds quiet, Here here) {
+bool Harness::LogsMore(std::chrono::milliseconds patience) {
     constexpr std::size_t kForever = 1 << 20;  // bytes
-    std::size_t size = 0;
-    do {
-        size = process_.output.size();
-    } while (size < kForever and
-             process_.Await([&] { return process_.output.size() not_eq size; }, quiet));
+    const std::size_t size = process_.output.size();
+    return size < kForever and process_.Await([&] { return process_.output.size() not_eq size; }, patience);
+}
+
+void Harness::RunsOut(std::chrono::milliseconds quiet, Here here) {
+    while (LogsMore(quiet)) {
+    }
     if (process_.IsRunning()) {
         GetsSignal(SIGINT);
     }
-    if (process_.Await([this] { return process_.HasEnded(); }); not process_.HasEnded()) {
+    process_.Await([this] { return process_.HasEnded(); });
+    if (not process_.HasEnded()) {
         FailAt(here, "the harness does not end");
     }
 }

@@ -52,8 +52,12 @@ class Harness {
     /// It gets SIGINT, logs "shutting down" next, and ends with status 44.
     void StopsOnInterrupt(Here here = Here::current());
 
-    /// It ends, or logs nothing for so long, or repeats itself forever; then, unless it has ended, it gets SIGINT and
-    /// ends. Takes no line.
+    /// Reads what it logs within this time, so that it need not wait for its reader. Takes no line.
+    /// @return whether there was something, and it does not repeat itself forever
+    bool LogsMore(std::chrono::milliseconds patience);
+
+    /// Reads on until it ends or logs nothing for so long; then, unless it has ended, it gets SIGINT and
+    /// ends.
     void RunsOut(std::chrono::milliseconds quiet, Here here = Here::current());
 
     /// What it wrote to standard error. Complete only after it has ended.

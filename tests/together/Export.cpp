@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <sstream>
+#include <thread>
 
 #include "tests/support/Program.h"
 
@@ -20,7 +21,7 @@ constexpr int kWaitedInVain = 3;                         // status of the DVR
 std::vector<std::string> Arguments(const Recipe& recipe) {
     const bool twice = recipe.switches.find("-x") not_eq std::string::npos;
     std::vector<std::string> all = {"--protocol", recipe.dialect, "--recordings",
-                                    VELLORAN_TOGETHER "/recordings", "--timeout", "3", "--frame-timeout", "1",
+                                    VELLORAN_TOGETHER "/recordings", "--timeout", "5", "--frame-timeout", "1",
                                     "--seed", "1",
                                     // The second request must come during the transfer.
                                     "--transfer-time", twice ? "200" : "20"};
@@ -42,8 +43,19 @@ Export::Export(const Recipe& recipe, Here here) {
     harness_.emplace(WordsOf("-p " + recipe.dialect + " " + recipe.switches));
     harness_->Listens(here);
     dvr_.emplace(Arguments(recipe));
+    FollowUntilTheDvrEnds();
     dvrStatus_ = dvr_->Ends(here);
     harness_->RunsOut(dvrStatus_ == kWaitedInVain ? kQuietAlready : kQuiet, here);
+}
+
+/// The harness waits where nobody reads its log.
+void Export::FollowUntilTheDvrEnds() {
+    constexpr std::chrono::milliseconds moment(20);
+    while (dvr_->IsRunning()) {
+        if (not harness_->LogsMore(moment)) {
+            std::this_thread::sleep_for(moment);
+        }
+    }
 }
 
 Judged Export::Judge() const {

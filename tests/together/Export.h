@@ -37,6 +37,8 @@ class Export {
     int DvrStatus() const { return dvrStatus_; }
 
  private:
+    void FollowUntilTheDvrEnds();
+
     World world_;
     std::optional<Harness> harness_;
     std::optional<Dvr> dvr_;
