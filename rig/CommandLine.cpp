@@ -37,11 +37,9 @@ int RunCommandLine(int argc, char** argv) {
     } catch (const CLI::Success& asked) {  // --help and --version
         return app.exit(asked);
     } catch (const CLI::ParseError& error) {
-        for (const std::string command : {"judge", "run", "diff"}) {
-            if (app.got_subcommand(command)) {
-                const std::string help = " (velloran-rig " + command + " --help tells more)";
-                return Complain(command, kUsageStatus, Printable(error.what()) + help);
-            }
+        for (const CLI::App* const command : app.get_subcommands()) {
+            const std::string help = " (velloran-rig " + command->get_name() + " --help tells more)";
+            return Complain(command->get_name(), kUsageStatus, Printable(error.what()) + help);
         }
         throw;
     }

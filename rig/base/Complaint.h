@@ -5,8 +5,7 @@
 
 namespace rig {
 
-/// Exit status for a command line, or an output, that cannot be used. For all subcommands except dvr, which
-/// uses 2.
+/// Exit status for a command line, or an output, that cannot be used.
 inline constexpr int kUsageStatus = 64;
 
 /// Prints "velloran-rig COMMAND: TEXT" as a line on standard error. @return the status

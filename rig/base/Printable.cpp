@@ -1,7 +1,13 @@
 #include "rig/base/Printable.h"
 
+#include <algorithm>
+
 namespace rig {
 namespace {
+
+bool IsControl(char byte) {
+    return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7f;
+}
 
 void AppendPrintable(std::string& printable, unsigned char byte) {
     static const char* const kDigits = "0123456789abcdef";
@@ -18,7 +24,7 @@ void AppendPrintable(std::string& printable, unsigned char byte) {
         default:
             break;
     }
-    if (byte >= 0x20 && byte != 0x7f) {
+    if (!IsControl(static_cast<char>(byte))) {
         printable += static_cast<char>(byte);
         return;
     }
@@ -42,6 +48,9 @@ std::string Printable(const std::string& text) {
 }
 
 std::string WithoutControls(std::string_view text) {
+    if (std::none_of(text.begin(), text.end(), IsControl)) {
+        return std::string(text);
+    }
     std::string printable;
     printable.reserve(text.size());
     for (const char byte : text) {

@@ -8,6 +8,7 @@
 #include <random>
 
 #include "rig/base/Colour.h"
+#include "rig/base/Complaint.h"
 #include "rig/base/Counted.h"
 #include "rig/base/NumberOption.h"
 #include "rig/base/Output.h"
@@ -57,14 +58,14 @@ std::unique_ptr<DeliveryFolder> OpenDelivery(const DvrOptions& options, const Re
         const auto way = std::filesystem::weakly_canonical(*options.deliver).lexically_relative(from);
         if (!way.empty() && *way.begin() != "..") {
             throw Failure(
-                ExitStatus::UsageError,
+                ExitStatus::Unusable,
                 "--deliver: expected a folder outside of --recordings, found " + Quoted(*options.deliver));
         }
     }
     return std::make_unique<DeliveryFolder>(*options.deliver, recordings);
 }
 
-/// @return the site that --on and --at name. Throws Failure (UsageError) when they name none.
+/// @return the site that --on and --at name. Throws Failure (Unusable) when they name none.
 DefectSite SiteOf(const DefectOption& option, const Recordings& recordings) {
     DefectSite site;
     const std::size_t colon = option.on.find(':');
@@ -73,7 +74,7 @@ DefectSite SiteOf(const DefectOption& option, const Recordings& recordings) {
         const std::string number = option.on.substr(colon + 1);
         site.occurrence = ParseNumber<std::size_t>(number).value_or(0);
         if (site.occurrence == 0 || site.message.empty()) {
-            throw Failure(ExitStatus::UsageError,
+            throw Failure(ExitStatus::Unusable,
                           "--on: expected MESSAGE or MESSAGE:N with N above 0, found " + Quoted(option.on));
         }
     }
@@ -90,8 +91,8 @@ DefectSite SiteOf(const DefectOption& option, const Recordings& recordings) {
             return site;
         }
     }
-    throw Failure(ExitStatus::UsageError, "--at: expected EVENT or EVENT:FILE with an event in " +
-                                              recordings.Origin() + ", found " + Quoted(option.at));
+    throw Failure(ExitStatus::Unusable, "--at: expected EVENT or EVENT:FILE with an event in " +
+                                            recordings.Origin() + ", found " + Quoted(option.at));
 }
 
 Injector NewInjector(const DvrOptions& options, const Recordings& recordings, std::uint32_t seed) {
@@ -170,14 +171,13 @@ void Play(const DvrOptions& options) {
         PlayRecordings(options);
     }
     if (IsOutputLost()) {
-        throw Failure(ExitStatus::UsageError,
+        throw Failure(ExitStatus::Unusable,
                       "expected standard output to take the transcript, found that it did not");
     }
 }
 
 int Report(ExitStatus status, const std::string& text) {
-    std::cerr << "velloran-rig dvr: " << text << std::endl;
-    return static_cast<int>(status);
+    return Complain("dvr", static_cast<int>(status), text);
 }
 
 }  // namespace
@@ -189,7 +189,7 @@ int RunDvr(const DvrOptions& options) {
     } catch (const Failure& failure) {
         return Report(failure.Status(), failure.what());
     } catch (const std::exception& error) {  // from the system or a library: not the harness's doing
-        return Report(ExitStatus::UsageError, Printable(error.what()));
+        return Report(ExitStatus::Unusable, Printable(error.what()));
     }
 }
 

@@ -22,10 +22,10 @@ constexpr std::uint64_t kHighestRate = 1'000'000'000'000;
 constexpr const char* kDvrStatuses =
     "Exit status: 0 the dialogue ran to DONE (or to the refusal of a configuration update, after which\n"
     "the harness asks for nothing more, or to where a defect ended the connection); 1 the harness broke\n"
-    "the protocol or closed the connection early; 2 usage error, or a file or folder that cannot be read\n"
-    "or written; 3 nothing came within --timeout, or no connection within --wait.\n"
+    "the protocol or closed the connection early; 3 nothing came within --timeout, or no connection within\n"
+    "--wait; 64 usage error, or a file or folder that cannot be read or written.\n"
     "With --replay: 0 the harness asked for the same to the end of the log; 1 it asked for something\n"
-    "else; 2 and 3 as above.\n"
+    "else; 3 and 64 as above.\n"
     "\n"
     "The DVR closes the connection when the dialogue is done. The harness expects that in protocol 1.0\n"
     "after DONE, and in 2.0 if it was started with -c. Otherwise, and in both after a refused\n"

@@ -3,14 +3,16 @@
 #include <stdexcept>
 #include <string>
 
+#include "rig/base/Complaint.h"
+
 namespace rig::dvr {
 
 /// How `velloran-rig dvr` ends.
 enum class ExitStatus {
-    Complete = 0,        // the dialogue ran to its end
-    ProtocolBroken = 1,  // the harness broke the protocol or left too early
-    UsageError = 2,      // the command line, or what it names, cannot be used
-    NothingCame = 3,     // no connection within --wait, or no message within --timeout
+    Complete = 0,             // the dialogue ran to its end
+    ProtocolBroken = 1,       // the harness broke the protocol or left too early
+    NothingCame = 3,          // no connection within --wait, or no message within --timeout
+    Unusable = kUsageStatus,  // the command line, or what it names, cannot be used
 };
 
 /// The end of a run that went wrong: its exit status, and one line that says what was expected and what was

@@ -28,22 +28,25 @@ result::Evidence Place::Proof() const {
     return {file, line, WithoutControls(text.substr(0, kEvidenceText))};
 }
 
-void Tally::Add(const Place& place, const std::string& note) {
+void Tally::Add(const Place& place, std::string_view note) {
+    if (!Counts(note)) {
+        return;
+    }
     const bool isKept =
         !lines_.empty() && lines_.back().line == place.line && lines_.back().file == place.file;
-    if (Counts(note) && !isKept) {
+    if (!isKept) {
         lines_.push_back(place.Proof());
     }
 }
 
-void Tally::Add(const result::Evidence& evidence, const std::string& note) {
+void Tally::Add(const result::Evidence& evidence, std::string_view note) {
     if (Counts(note)) {
         lines_.push_back(evidence);
     }
 }
 
 /// @return whether to keep the line
-bool Tally::Counts(const std::string& note) {
+bool Tally::Counts(std::string_view note) {
     if (count_++ == 0) {
         note_ = note;
     }

@@ -28,15 +28,15 @@ struct Place {
 class Tally {
  public:
     /// @param note  what the line itself does not say; the first one is kept
-    void Add(const Place& place, const std::string& note = "");
-    void Add(const result::Evidence& evidence, const std::string& note = "");
+    void Add(const Place& place, std::string_view note = {});
+    void Add(const result::Evidence& evidence, std::string_view note = {});
     std::uint64_t Count() const { return count_; }
     bool Any() const { return count_ > 0; }
     const std::string& Note() const { return note_; }
     const std::vector<result::Evidence>& Lines() const { return lines_; }
 
  private:
-    bool Counts(const std::string& note);
+    bool Counts(std::string_view note);
 
     std::uint64_t count_ = 0;
     std::string note_;

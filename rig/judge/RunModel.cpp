@@ -96,8 +96,11 @@ void RunModel::Note(const log::Statement& statement, const Place& place) {
     if (now_) {
         run_.endTime = now_;
     }
-    run_.signs[static_cast<std::size_t>(sign)].Add(
-        place, sign == Sign::UnknownMessage ? WithoutControls(statement.detail) : "");
+    if (sign == Sign::UnknownMessage) {
+        run_.signs[static_cast<std::size_t>(sign)].Add(place, WithoutControls(statement.detail));
+    } else if (sign != Sign::None) {
+        run_.signs[static_cast<std::size_t>(sign)].Add(place);
+    }
     if (keep_.log) {
         run_.log.push_back({place.line, statement.time, statement.level, std::string(statement.text)});
     }

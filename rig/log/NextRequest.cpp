@@ -179,7 +179,6 @@ Request NextRequest::Make(const Switches& switches) {
         fault_ = Fault::Xfer;  // only the second of the two gets a different answer
     }
     request.fault = fault_;
-    request.announcement = announcement_;
     request.isCertain = !announcement_.empty() || last_ == "EVENT_LIST" || last_ == "EVENT" ||
                         last_ == "XML" || last_ == "INVALID_EVENT";
     announced_.clear();

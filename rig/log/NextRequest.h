@@ -27,9 +27,8 @@ struct Request {
     std::string reid;
     std::string file;
     Fault fault = Fault::None;
-    std::int64_t pause = 0;    // microseconds that the harness sleeps after it
-    std::string announcement;  // the statement that tells of it; empty if none does
-    bool isCertain = true;     // that, or the message before it, tells its name
+    std::int64_t pause = 0;  // microseconds that the harness sleeps after it
+    bool isCertain = true;   // that, or the message before it, tells its name
 };
 
 /// What the harness asks for next. The log does not hold its requests: they follow from the lists that it
@@ -47,6 +46,9 @@ class NextRequest {
 
     /// The harness sends.
     Request Make(const Switches& switches);
+
+    /// @return the last statement, since the last message, that tells of a request; empty if none does
+    const std::string& Announcement() const { return announcement_; }
 
     /// @return the identifier of the event that the harness takes for the one in progress; empty if there is
     /// none

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstring>
 
 namespace rig::log {
 namespace {
@@ -136,54 +137,86 @@ std::optional<int> NumberAfter(std::string_view prefix, std::string_view word) {
     return number;
 }
 
-/// @return the number that two digits make; negative if they are not digits
-int TwoDigits(const char* digits) {
-    return IsDigit(digits[0]) && IsDigit(digits[1]) ? (digits[0] - '0') * 10 + (digits[1] - '0') : -1;
+/// Reads "2026-11-20T14:03:07.123456Z", with each digit in its fixed place. Lines follow each other within a
+/// minute mostly, so that the minute's time is kept.
+class OwnClock {
+ public:
+    std::optional<std::int64_t> Read(const char* text) {
+        if (!hasMinute_ || std::memcmp(text, minuteText_.data(), kMinute) != 0) {
+            const std::optional<std::int64_t> minute = IsoTime({text, kMinute + 2});
+            if (!minute || !HasMarks(text)) {
+                return std::nullopt;
+            }
+            std::memcpy(minuteText_.data(), text, kMinute);
+            minute_ = *minute - std::int64_t{TwoDigits(text + kMinute)} * kSecond;
+            hasMinute_ = true;
+        }
+        const int seconds = TwoDigits(text + kMinute);
+        const int first = TwoDigits(text + 20);
+        const int second = TwoDigits(text + 22);
+        const int third = TwoDigits(text + 24);
+        if ((seconds | first | second | third) < 0 || text[kMinute + 2] != '.') {
+            return std::nullopt;
+        }
+        return minute_ + seconds * kSecond + first * 10'000 + second * 100 + third;
+    }
+
+ private:
+    static constexpr std::size_t kMinute = 17;  // bytes of "2026-11-20T14:03:"
+
+    static bool HasMarks(const char* text) {
+        return text[4] == '-' && text[7] == '-' && text[10] == 'T' && text[kMinute - 1] == ':';
+    }
+
+    /// @return the number that two digits make; negative if they are not digits
+    static int TwoDigits(const char* digits) {
+        return IsDigit(digits[0]) && IsDigit(digits[1]) ? (digits[0] - '0') * 10 + (digits[1] - '0') : -1;
+    }
+
+    std::array<char, kMinute> minuteText_{};
+    std::int64_t minute_ = 0;  // microseconds
+    bool hasMinute_ = false;
+};
+
+/// Removes the number that the text begins with. @return it; 0 if there is none
+int TakeNumber(std::string_view& text) {
+    int number = 0;
+    const auto parsed = std::from_chars(text.data(), text.data() + text.size(), number);
+    text.remove_prefix(static_cast<std::size_t>(parsed.ptr - text.data()));
+    return parsed.ec == std::errc() ? number : 0;
 }
 
-/// Reads "2026-11-20T14:03:07.123456Z", with each digit in its fixed place.
-std::optional<std::int64_t> OwnTime(const char* text) {
-    const std::array<int, 10> pairs = {TwoDigits(text),      TwoDigits(text + 2),  TwoDigits(text + 5),
-                                       TwoDigits(text + 8),  TwoDigits(text + 11), TwoDigits(text + 14),
-                                       TwoDigits(text + 17), TwoDigits(text + 20), TwoDigits(text + 22),
-                                       TwoDigits(text + 24)};
-    const bool isTime = text[4] == '-' && text[7] == '-' && text[10] == 'T' && text[13] == ':' &&
-                        text[16] == ':' && text[19] == '.' && pairs[2] >= 1 && pairs[2] <= 12;
-    if (!isTime || std::any_of(pairs.begin(), pairs.end(), [](int pair) { return pair < 0; })) {
-        return std::nullopt;
-    }
-    const std::int64_t days = DaysSinceEpoch(pairs[0] * 100 + pairs[1], pairs[2], pairs[3]);
-    const std::int64_t seconds = ((days * 24 + pairs[4]) * 60 + pairs[5]) * 60 + pairs[6];
-    return seconds * kSecond + std::int64_t{pairs[7]} * 10'000 + std::int64_t{pairs[8]} * 100 + pairs[9];
+bool TakeText(std::string_view& text, std::string_view expected) {
+    const bool isThere = text.substr(0, expected.size()) == expected;
+    text.remove_prefix(isThere ? expected.size() : 0);
+    return isThere;
 }
 
 /// Reads a line of our own logger, where everything has its fixed place: most logs consist of these.
 /// "2026-11-20T14:03:07.123456Z velloran 16 velloran:212 Sending DONE"
 std::optional<Statement> OwnLine(std::string_view line) {
-    constexpr std::size_t kTimeEnd = 27;
-    constexpr std::string_view kNameBefore = " velloran ";
-    if (line.size() <= kTimeEnd + kNameBefore.size() || line[kTimeEnd - 1] != 'Z' ||
-        line.substr(kTimeEnd, kNameBefore.size()) != kNameBefore) {
+    static OwnClock clock;
+    constexpr std::size_t kTimeEnd = 26;
+    if (line.size() <= kTimeEnd) {
         return std::nullopt;
     }
-    const char* const end = line.data() + line.size();
-    int level = 0;
-    const char* at = std::from_chars(line.data() + kTimeEnd + kNameBefore.size(), end, level).ptr;
-    const std::string_view rest(at, static_cast<std::size_t>(end - at));
-    if (level <= 0 || rest.size() <= kSource.size() || rest[0] != ' ' ||
-        rest.substr(1, kSource.size()) != kSource) {
+    std::string_view rest = line.substr(kTimeEnd);
+    if (!TakeText(rest, "Z velloran ")) {
         return std::nullopt;
     }
-    int statement = 0;
-    at = std::from_chars(at + 1 + kSource.size(), end, statement).ptr;
-    if (statement <= 0 || at == end || *at != ' ') {
+    const int level = TakeNumber(rest);
+    if (level <= 0 || !TakeText(rest, " velloran:") || TakeNumber(rest) <= 0 || !TakeText(rest, " ")) {
+        return std::nullopt;
+    }
+    const auto time = clock.Read(line.data());
+    if (!time) {
         return std::nullopt;
     }
     Statement parsed;
-    parsed.time = OwnTime(line.data());
+    parsed.text = rest;
+    parsed.time = time;
     parsed.level = level;
-    parsed.text = std::string_view(at + 1, static_cast<std::size_t>(end - at - 1));
-    return parsed.time ? std::optional(parsed) : std::nullopt;
+    return parsed;
 }
 
 /// Reads a line of a syslog file or of journalctl's output.

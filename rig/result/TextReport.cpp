@@ -34,8 +34,9 @@ Colour ColourOf(Verdict verdict) {
     }
 }
 
-std::string Shown(Verdict verdict, int width, bool colour) {
-    const std::string name = fmt::format("{:<{}}", NameOf(verdict), width);
+std::string Shown(Verdict verdict, std::size_t width, bool colour) {
+    std::string name = NameOf(verdict);
+    name.resize(std::max(width, name.size()), ' ');
     return Coloured(name, colour ? ColourOf(verdict) : Colour::Plain);
 }
 
@@ -69,8 +70,12 @@ void PrintTimings(Text& text, const RunResult& run) {
 
 void PrintRun(Text& text, const RunResult& run, bool colour) {
     Print(text, "{}\n", TitleOf(run));
-    for (const CheckResult& check : run.checks) {
-        Print(text, "  {}  {}\n", Shown(check.verdict, 13, colour), check.id);
+    for (const CheckResult& check : run.checks) {  // most of what is printed: appended, not formatted
+        text.append(std::string_view("  "));
+        text.append(Shown(check.verdict, 13, colour));
+        text.append(std::string_view("  "));
+        text.append(check.id);
+        text.push_back('\n');
     }
     PrintTimings(text, run);
     for (const CheckResult& check : run.checks) {

@@ -163,7 +163,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     } catch (const rig::dvr::Failure& failure) {
         const std::string text = failure.what();
         fuzz::Demand(
-            failure.Status() == rig::dvr::ExitStatus::UsageError && text.find('\n') == std::string::npos,
+            failure.Status() == rig::dvr::ExitStatus::Unusable && text.find('\n') == std::string::npos,
             "a usage error in one line, found '" + text + "'");
     }
     return 0;

@@ -69,10 +69,10 @@ struct DefectKind {
 /// All kinds, in the order in which they are listed.
 const std::vector<DefectKind>& DefectKinds();
 
-/// @return the kind of that name. Throws Failure (UsageError), listing the valid names, when there is none.
+/// @return the kind of that name. Throws Failure (Unusable), listing the valid names, when there is none.
 const DefectKind& FindDefectKind(std::string_view name);
 
-/// Throws Failure (UsageError) unless the value is one that the kind takes.
+/// Throws Failure (Unusable) unless the value is one that the kind takes.
 void CheckDefectValue(const DefectKind& kind, const std::string& value);
 
 /// @return all kinds, for --list-defects and the documentation

@@ -248,7 +248,7 @@ const DefectKind& FindDefectKind(std::string_view name) {
         for (const DefectKind& kind : kinds) {
             names += (names.empty() ? "" : ", ") + std::string(kind.name);
         }
-        throw Failure(ExitStatus::UsageError,
+        throw Failure(ExitStatus::Unusable,
                       "--defect: expected one of " + names + "; found " + Quoted(std::string(name)));
     }
     return *found;
@@ -261,8 +261,8 @@ void CheckDefectValue(const DefectKind& kind, const std::string& value) {
     const char* const expected = kind.value == DefectValue::None    ? "no value"
                                  : kind.value == DefectValue::Count ? "a number of bytes above 0"
                                                                     : "a number of bytes, 'all' or 'random'";
-    throw Failure(ExitStatus::UsageError, "--defect " + std::string(kind.name) + ": expected " + expected +
-                                              ", found " + Quoted(value));
+    throw Failure(ExitStatus::Unusable, "--defect " + std::string(kind.name) + ": expected " + expected +
+                                            ", found " + Quoted(value));
 }
 
 Listing ListDefects() {

@@ -30,7 +30,7 @@ const std::vector<const char*>& MessagesOf(int dialect) {
     return dialect == 1 ? one : two;
 }
 
-/// Throws Failure (UsageError) unless the defect can act on a message of that name in the dialect.
+/// Throws Failure (Unusable) unless the defect can act on a message of that name in the dialect.
 void CheckMessageName(const DefectKind& kind, int dialect, const std::string& name) {
     std::string choices;
     for (const char* message : MessagesOf(dialect)) {
@@ -42,8 +42,8 @@ void CheckMessageName(const DefectKind& kind, int dialect, const std::string& na
         }
         choices += (choices.empty() ? "" : ", ") + std::string(message);
     }
-    throw Failure(ExitStatus::UsageError, "--defect " + std::string(kind.name) + ": expected one of " +
-                                              choices + " with --on, found " + Quoted(name));
+    throw Failure(ExitStatus::Unusable, "--defect " + std::string(kind.name) + ": expected one of " +
+                                            choices + " with --on, found " + Quoted(name));
 }
 
 }  // namespace
@@ -57,7 +57,7 @@ void Injector::Add(const std::string& defect, const DefectSite& site) {
     const std::string value = equals == std::string::npos ? kind.standard : defect.substr(equals + 1);
     CheckDefectValue(kind, value);
     if (std::string(kind.dialects).find(std::to_string(dialect_)) == std::string::npos) {
-        throw Failure(ExitStatus::UsageError,
+        throw Failure(ExitStatus::Unusable,
                       "--defect " + std::string(kind.name) + ": expected protocol " + kind.dialects +
                           ".0, which alone can show it, found protocol " + std::to_string(dialect_) + ".0");
     }

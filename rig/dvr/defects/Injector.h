@@ -23,7 +23,7 @@ class Injector {
     /// @param seed        of everything random
     Injector(const Recordings& recordings, int dialect, std::uint32_t seed);
 
-    /// Adds a defect, written "NAME" or "NAME=VALUE". Throws Failure (UsageError) if it does not exist, the
+    /// Adds a defect, written "NAME" or "NAME=VALUE". Throws Failure (Unusable) if it does not exist, the
     /// dialect cannot show it, it cannot act on the site's message or it does not take the value.
     void Add(const std::string& defect, const DefectSite& site);
 

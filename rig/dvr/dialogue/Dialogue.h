@@ -41,7 +41,7 @@ class Dialogue {
 
     /// Takes one message of the harness. @return the answers that are due at once, often none
     /// Throws Breach when the message is not one of the dialect, not well formed or out of place, and
-    /// Failure (UsageError) when a recording cannot be read.
+    /// Failure (Unusable) when a recording cannot be read.
     std::vector<Message> Handle(const Message& message);
 
     /// @return what was out of place since the last call, for people

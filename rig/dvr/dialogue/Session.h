@@ -46,7 +46,7 @@ class Session {
 
     /// Opens the dialogue and answers until it is done, or until a defect has ended the connection.
     /// Throws Breach when the harness breaks the protocol or leaves early, with a text that says what was
-    /// expected and what was found, Failure (NothingCame) when it stays silent, and Failure (UsageError) when
+    /// expected and what was found, Failure (NothingCame) when it stays silent, and Failure (Unusable) when
     /// a file cannot be read or copied.
     void Run();
 

@@ -26,7 +26,7 @@ class Transfer {
     /// @param file    event and file name
     /// @param length  bytes
     /// @param folder  takes the copy; null: none is made. Must outlive the transfer.
-    /// Throws Failure (UsageError), as does Advance, when the copy cannot be made.
+    /// Throws Failure (Unusable), as does Advance, when the copy cannot be made.
     Transfer(const std::pair<std::string, std::string>& file, std::uint64_t length, const TransferPace& pace,
              const DeliveryFolder* folder, Clock::time_point start);
 

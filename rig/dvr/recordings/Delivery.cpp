@@ -30,12 +30,12 @@ void CheckNames(const Recordings& recordings) {
     for (const std::string& event : recordings.Events()) {
         if (!IsPlainName(event)) {
             throw Failure(
-                ExitStatus::UsageError,
+                ExitStatus::Unusable,
                 "--deliver: expected events that can be the name of a folder, found " + Quoted(event));
         }
         for (const std::string& file : recordings.Find(event).Files()) {
             if (!LeadsDown(file)) {
-                throw Failure(ExitStatus::UsageError,
+                throw Failure(ExitStatus::Unusable,
                               "--deliver: expected files that stay in the folder of their event, found " +
                                   Quoted(file) + " in " + Quoted(event));
             }
@@ -48,8 +48,8 @@ const fs::path& Create(const fs::path& folder) {
     std::error_code error;
     fs::create_directories(folder, error);
     if (error) {
-        throw Failure(ExitStatus::UsageError, "--deliver: expected a folder that can be created, found " +
-                                                  Quoted(folder.string()) + ": " + error.message());
+        throw Failure(ExitStatus::Unusable, "--deliver: expected a folder that can be created, found " +
+                                                Quoted(folder.string()) + ": " + error.message());
     }
     return folder;
 }

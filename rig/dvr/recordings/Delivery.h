@@ -13,7 +13,7 @@ namespace rig::dvr {
 /// A folder that takes copies of the files as they are transferred, each as FOLDER/EVENT/FILE.
 class DeliveryFolder {
  public:
-    /// Creates the folder if it is missing. Throws Failure (UsageError) when that fails, when no file can be
+    /// Creates the folder if it is missing. Throws Failure (Unusable) when that fails, when no file can be
     /// created in it, and when the name of an event or file in the recordings would lead out of it.
     /// @param recordings  must outlive this object
     DeliveryFolder(const std::filesystem::path& folder, const Recordings& recordings);
@@ -27,7 +27,7 @@ class DeliveryFolder {
 };
 
 /// The copy of one file. It appears in the folder only when it is complete; otherwise nothing is left of it.
-/// Everything here throws Failure (UsageError) when something cannot be read or written.
+/// Everything here throws Failure (Unusable) when something cannot be read or written.
 class Delivery {
  public:
     /// The most that one call of Copy takes.

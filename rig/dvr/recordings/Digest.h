@@ -14,7 +14,7 @@ struct Digest {
 };
 
 /// Reads the file from beginning to end, in constant memory, and digests it.
-/// Throws Failure (UsageError) when it cannot be read.
+/// Throws Failure (Unusable) when it cannot be read.
 Digest DigestOf(const Recordings& recordings, const std::string& event, const std::string& file);
 
 }  // namespace rig::dvr

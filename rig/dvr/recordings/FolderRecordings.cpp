@@ -15,7 +15,7 @@ namespace {
 namespace fs = std::filesystem;
 
 [[noreturn]] void ThrowUnusable(const std::string& expected, const fs::path& found, const std::string& why) {
-    throw Failure(ExitStatus::UsageError,
+    throw Failure(ExitStatus::Unusable,
                   "--recordings: expected " + expected + ", found " + Quoted(found.string()) + ": " + why);
 }
 

@@ -14,7 +14,7 @@ namespace rig::dvr {
 class FolderRecordings : public Recordings {
  public:
     /// Looks through the folder once, reading only names: a file is opened when it is asked for. Throws
-    /// Failure (UsageError) when it or a folder in it cannot be read, when it has no event and when an event
+    /// Failure (Unusable) when it or a folder in it cannot be read, when it has no event and when an event
     /// has no file: there would be nothing to export.
     explicit FolderRecordings(const std::filesystem::path& folder);
 

@@ -32,7 +32,7 @@ class Recordings {
     using Sink = std::function<void(const char* bytes, std::size_t count)>;
 
     /// Reads on in a file: puts `capacity` bytes into the buffer, fewer only at the file's end. @return how
-    /// many. Throws Failure (UsageError) when the file cannot be read.
+    /// many. Throws Failure (Unusable) when the file cannot be read.
     using Source = std::function<std::size_t(char* buffer, std::size_t capacity)>;
 
     virtual ~Recordings() = default;
@@ -44,7 +44,7 @@ class Recordings {
     virtual Event Find(const std::string& event) const = 0;
 
     /// Opens a file, to be read from its beginning. The names must come from Events and Find. The source may
-    /// not outlive the recordings. Throws Failure (UsageError) when the file cannot be opened.
+    /// not outlive the recordings. Throws Failure (Unusable) when the file cannot be opened.
     virtual Source Open(const std::string& event, const std::string& file) const = 0;
 
     /// @return where the recordings are, for people
@@ -53,7 +53,7 @@ class Recordings {
     /// @return whether there is such an event
     virtual bool Has(const std::string& event) const;
 
-    /// Passes on a whole file, piece by piece, in constant memory. Throws Failure (UsageError) when it cannot
+    /// Passes on a whole file, piece by piece, in constant memory. Throws Failure (Unusable) when it cannot
     /// be read.
     void Read(const std::string& event, const std::string& file, const Sink& sink) const;
 };

@@ -49,9 +49,9 @@ std::string NewName() {
 }
 
 [[noreturn]] void ThrowUnwritable(const char* expected, const std::filesystem::path& found, int error) {
-    throw Failure(ExitStatus::UsageError, std::string("--deliver: expected ") + expected +
-                                              " that can be written, found " + Quoted(found.string()) + ": " +
-                                              std::strerror(error));
+    throw Failure(ExitStatus::Unusable, std::string("--deliver: expected ") + expected +
+                                            " that can be written, found " + Quoted(found.string()) + ": " +
+                                            std::strerror(error));
 }
 
 }  // namespace

@@ -12,7 +12,7 @@ namespace rig::dvr {
 /// nothing is left of it at the end of this object, or when SIGHUP, SIGINT or SIGTERM ends the process. One
 /// at a time.
 ///
-/// All failures throw Failure (UsageError) with a text that names the folder or the file.
+/// All failures throw Failure (Unusable) with a text that names the folder or the file.
 class TemporaryFile {
  public:
     /// Creates it, empty. The folder must exist.

@@ -20,7 +20,7 @@ constexpr int kNoProcess = -1;  // for lines that do not name theirs
 constexpr const char* kLine = "a line of the harness's log (\"velloran:N TEXT\")";
 
 [[noreturn]] void ThrowAt(const std::string& log, std::size_t line, const std::string& text) {
-    throw Failure(ExitStatus::UsageError, Printable(log) + ":" + std::to_string(line) + ": " + text);
+    throw Failure(ExitStatus::Unusable, Printable(log) + ":" + std::to_string(line) + ": " + text);
 }
 
 std::ifstream Open(const std::string& log) {
@@ -30,7 +30,7 @@ std::ifstream Open(const std::string& log) {
         error = EISDIR;
     }
     if (error != 0) {
-        throw Failure(ExitStatus::UsageError,
+        throw Failure(ExitStatus::Unusable,
                       "--replay: expected a log of the harness that can be read, found " + Quoted(log) +
                           ": " + std::strerror(error));
     }

@@ -45,7 +45,7 @@ struct EarlierRun {
 };
 
 /// Reads the first run with a message from the harness's log. Skips lines that are not the harness's.
-/// Throws Failure (UsageError) when the file cannot be read, is not a log of the harness, holds no message or
+/// Throws Failure (Unusable) when the file cannot be read, is not a log of the harness, holds no message or
 /// lacks lines in between, with the file, the line, what was expected and what was found.
 EarlierRun ReadEarlierRun(const std::string& log);
 

@@ -14,15 +14,15 @@
 namespace rig::dvr {
 namespace {
 
-/// Throws Failure (UsageError) if the options do not fit the log.
+/// Throws Failure (Unusable) if the options do not fit the log.
 void CheckOptions(const DvrOptions& options, const EarlierRun& run) {
     if (options.hasProtocol && options.protocol != run.dialect) {
-        throw Failure(ExitStatus::UsageError, "--protocol: expected " + std::to_string(run.dialect) +
-                                                  ", the dialect of " + Quoted(run.log) +
-                                                  ", or none, found " + std::to_string(options.protocol));
+        throw Failure(ExitStatus::Unusable, "--protocol: expected " + std::to_string(run.dialect) +
+                                                ", the dialect of " + Quoted(run.log) + ", or none, found " +
+                                                std::to_string(options.protocol));
     }
     if (options.replaySpeed == "recorded" && !run.timed) {
-        throw Failure(ExitStatus::UsageError,
+        throw Failure(ExitStatus::Unusable,
                       "--replay-speed recorded: expected a time such as 2026-11-20T14:03:07.123456Z at the "
                       "start of each line, found lines without in " +
                           Quoted(run.log) + "; only full is possible");

@@ -207,7 +207,7 @@ void RunBuilder::BeginRequest(std::size_t number) {
     if (sent.isCertain) {
         request.name = sent.name;
         request.evidence =
-            sent.announcement.empty() ? "in answer to " + name_ : log::Unescaped(sent.announcement);
+            reader_.Announcement().empty() ? "in answer to " + name_ : log::Unescaped(reader_.Announcement());
     }
     if (request.name == "DONE" && name_ == "EVENT_XFER_ACK" && reader_.Echoed().hasDuration) {
         request.subject = "duration=" + std::to_string(reader_.Echoed().doneDuration);  // not in 1.0
@@ -272,7 +272,7 @@ void RunBuilder::Miss(std::size_t number, const std::string& expected, const std
 
 EarlierRun RunBuilder::Finish() const {
     if (!error_.empty()) {
-        throw Failure(ExitStatus::UsageError, error_);
+        throw Failure(ExitStatus::Unusable, error_);
     }
     EarlierRun run = run_;
     run.dialect = dialect_.value_or(1);

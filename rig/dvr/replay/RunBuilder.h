@@ -25,7 +25,7 @@ class RunBuilder {
     bool HasMessages() const { return !run_.messages.empty(); }
 
     /// @return the run, as far as the statements go
-    /// Throws Failure (UsageError) when some are missing between others.
+    /// Throws Failure (Unusable) when some are missing between others.
     EarlierRun Finish() const;
 
  private:

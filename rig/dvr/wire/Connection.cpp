@@ -90,8 +90,8 @@ Endpoint::Endpoint(const std::string& host, int port) : name_(host + ":" + std::
     hints.ai_flags = AI_NUMERICSERV;
     const int error = getaddrinfo(host.c_str(), std::to_string(port).c_str(), &hints, &addresses_);
     if (error != 0) {
-        throw Failure(ExitStatus::UsageError, "--host: expected a host that can be resolved, found " +
-                                                  Quoted(host) + ": " + gai_strerror(error));
+        throw Failure(ExitStatus::Unusable, "--host: expected a host that can be resolved, found " +
+                                                Quoted(host) + ": " + gai_strerror(error));
     }
 }
 

@@ -20,7 +20,7 @@ using Milliseconds = std::chrono::milliseconds;
 /// Where the harness listens.
 class Endpoint {
  public:
-    /// Resolves the name or address at once. Throws Failure (UsageError) when that fails.
+    /// Resolves the name or address at once. Throws Failure (Unusable) when that fails.
     Endpoint(const std::string& host, int port);
     ~Endpoint();
     Endpoint(const Endpoint&) = delete;

@@ -31,6 +31,7 @@ Listing ListChecks() {
 
 std::vector<result::CheckResult> JudgeRun(const Run& run, const Limits& limits) {
     std::vector<result::CheckResult> results;
+    results.reserve(AllChecks().size());
     for (const Check& check : AllChecks()) {
         if (!check.applies(run) || (check.needs == Needs::MaxReaction && !limits.maxReaction)) {
             continue;

@@ -24,34 +24,34 @@ INSTANTIATE_TEST_SUITE_P(
         UsageCase{"OtherSubcommand", {"dvd"}, ": The following argument was not expected: dvd" + kMoreHelp},
         UsageCase{"OtherOption",
                   {"dvr", "--bogus"},
-                  ": The following argument was not expected: --bogus" + kMoreHelp},
+                  " dvr: The following argument was not expected: --bogus" + kMoreDvrHelp},
         UsageCase{"OtherProtocol",
                   {"dvr", "--protocol", "3"},
-                  ": --protocol: expected a number from 1 to 2, found '3'" + kMoreHelp},
+                  " dvr: --protocol: expected a number from 1 to 2, found '3'" + kMoreDvrHelp},
         UsageCase{"PortZero",
                   {"dvr", "--port", "0"},
-                  ": --port: expected a number from 1 to 65535, found '0'" + kMoreHelp},
+                  " dvr: --port: expected a number from 1 to 65535, found '0'" + kMoreDvrHelp},
         UsageCase{"PortTooHigh",
                   {"dvr", "--port", "65536"},
-                  ": --port: expected a number from 1 to 65535, found '65536'" + kMoreHelp},
+                  " dvr: --port: expected a number from 1 to 65535, found '65536'" + kMoreDvrHelp},
         UsageCase{"PortNoNumber",
                   {"dvr", "--port", "5001x"},
-                  ": --port: expected a number from 1 to 65535, found '5001x'" + kMoreHelp},
+                  " dvr: --port: expected a number from 1 to 65535, found '5001x'" + kMoreDvrHelp},
         UsageCase{"PortForgesALine",
                   {"dvr", "--port", "1\n2"},
-                  ": --port: expected a number from 1 to 65535, found '1\\n2'" + kMoreHelp},
+                  " dvr: --port: expected a number from 1 to 65535, found '1\\n2'" + kMoreDvrHelp},
         UsageCase{"WaitNegative",
                   {"dvr", "--wait", "-1"},
-                  ": --wait: expected a number from 0 to 86400, found '-1'" + kMoreHelp},
+                  " dvr: --wait: expected a number from 0 to 86400, found '-1'" + kMoreDvrHelp},
         UsageCase{"TimeoutNotANumber",
                   {"dvr", "--timeout", "nan"},
-                  ": --timeout: expected a number from 0 to 86400, found 'nan'" + kMoreHelp},
+                  " dvr: --timeout: expected a number from 0 to 86400, found 'nan'" + kMoreDvrHelp},
         UsageCase{"FrameTimeoutTooLong",
                   {"dvr", "--frame-timeout", "86401"},
-                  ": --frame-timeout: expected a number from 0 to 86400, found '86401'" + kMoreHelp},
+                  " dvr: --frame-timeout: expected a number from 0 to 86400, found '86401'" + kMoreDvrHelp},
         UsageCase{"TransferTimeFraction",
                   {"dvr", "--transfer-time", "1.5"},
-                  ": --transfer-time: expected a number from 0 to 3600000, found '1.5'" + kMoreHelp},
+                  " dvr: --transfer-time: expected a number from 0 to 3600000, found '1.5'" + kMoreDvrHelp},
         UsageCase{
             "NoRecordings",
             {"dvr", "--recordings", "/nonexistent"},
@@ -69,7 +69,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(Command, RefusesAnUnresolvableHost) {
     const ProgramResult result = RunRig({"dvr", "--host", "nosuch.invalid"});
-    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.status, 64);
     EXPECT_EQ(CountLines(result.errors), 1U) << result.errors;
     EXPECT_NE(result.errors.find("expected a host that can be resolved, found 'nosuch.invalid'"),
               std::string::npos)
@@ -79,7 +79,7 @@ TEST(Command, RefusesAnUnresolvableHost) {
 TEST(Command, RefusesAnEmptyRecordingsFolder) {
     const TemporaryFolder folder;
     const ProgramResult result = RunRig({"dvr", "--recordings", folder.Path().string()});
-    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.status, 64);
     EXPECT_EQ(result.errors, "velloran-rig dvr: --recordings: expected a folder for each event, found '" +
                                  folder.Path().string() + "': it has no folder in it\n");
 }

@@ -189,7 +189,7 @@ TEST(ConnectionOpen, GivesUpWhenNobodyListens) {
 }
 
 TEST(Endpoint, MustBeResolvable) {
-    const std::string failure = FailureOf(ExitStatus::UsageError, [] { Endpoint("nosuch.invalid", 5001); });
+    const std::string failure = FailureOf(ExitStatus::Unusable, [] { Endpoint("nosuch.invalid", 5001); });
     EXPECT_EQ(failure.find("--host: expected a host that can be resolved, found 'nosuch.invalid': "), 0U)
         << failure;
 }

@@ -55,21 +55,21 @@ INSTANTIATE_TEST_SUITE_P(
                   "'EVT:a:b'"},
         UsageCase{"MessageWithoutDefect",
                   {"dvr", "--on", "XML", "--defect", "close"},
-                  ": --on: expected a --defect before it, found none" + kMoreHelp},
+                  " dvr: --on: expected a --defect before it, found none" + kMoreDvrHelp},
         UsageCase{"PlaceWithoutDefect",
                   {"dvr", "--at", "EVT-0001"},
-                  ": --at: expected a --defect before it, found none" + kMoreHelp},
+                  " dvr: --at: expected a --defect before it, found none" + kMoreDvrHelp},
         UsageCase{"SeedNoNumber",
                   {"dvr", "--seed", "0x1"},
-                  ": --seed: expected a number from 0 to 4294967295, found '0x1'" + kMoreHelp},
+                  " dvr: --seed: expected a number from 0 to 4294967295, found '0x1'" + kMoreDvrHelp},
         UsageCase{"SeedTooHigh",
                   {"dvr", "--seed", "4294967296"},
-                  ": --seed: expected a number from 0 to 4294967295, found '4294967296'" + kMoreHelp}),
+                  " dvr: --seed: expected a number from 0 to 4294967295, found '4294967296'" + kMoreDvrHelp}),
     NameOf);
 
 TEST(DefectCommand, NamesTheChoicesForAnUnknownDefect) {
     const ProgramResult result = RunRig({"dvr", "--defect", "nonsense"});
-    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.status, 64);
     EXPECT_EQ(CountLines(result.errors), 1U) << result.errors;
     const std::string start = "velloran-rig dvr: --defect: expected one of wrong-reid, missing-reid, ";
     EXPECT_EQ(result.errors.substr(0, start.size()), start);

@@ -94,7 +94,7 @@ TEST_F(DeliverCommandTest, RefusesToDeliverIntoTheRecordings) {
          {From(), From() / "E", From() / "new", From() / "E" / ".." / "x", To() / "E"}) {
         const ProgramResult result =
             RunRig({"dvr", "--recordings", From().string(), "--deliver", folder.string()});
-        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.status, 64);
         EXPECT_EQ(result.errors,
                   "velloran-rig dvr: --deliver: expected a folder outside of --recordings, found '" +
                       folder.string() + "'\n");
@@ -117,11 +117,11 @@ TEST_F(DeliverCommandTest, DeliversBesideTheRecordings) {
 TEST_F(DeliverCommandTest, RefusesAFolderThatCannotBeCreated) {
     const std::string expected = "velloran-rig dvr: --deliver: expected a folder that can be created, found ";
     const ProgramResult unnamed = RunRig({"dvr", "--deliver", ""});
-    EXPECT_EQ(unnamed.status, 2);
+    EXPECT_EQ(unnamed.status, 64);
     EXPECT_EQ(unnamed.errors, expected + "'': Invalid argument\n");
     EXPECT_EQ(unnamed.output, "");
     const ProgramResult file = RunRig({"dvr", "--deliver", "/dev/null"});
-    EXPECT_EQ(file.status, 2);
+    EXPECT_EQ(file.status, 64);
     EXPECT_EQ(file.errors, expected + "'/dev/null': Not a directory\n");
     EXPECT_EQ(file.output, "");
 }
@@ -140,7 +140,7 @@ TEST_F(DeliverCommandTest, RefusesAFolderThatItMayNotWrite) {
     fs::permissions(To(), fs::perms::owner_read | fs::perms::owner_exec);
     const ProgramResult result =
         RunRig({"dvr", "--deliver", To().string()}, {{}, false, ObeyPermissions, nullptr});
-    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.status, 64);
     EXPECT_EQ(result.errors, "velloran-rig dvr: --deliver: expected a folder that can be written, found '" +
                                  To().string() + "': Permission denied\n");
     EXPECT_EQ(result.output, "");
@@ -156,7 +156,7 @@ TEST_F(DeliverCommandTest, RefusesRecordingsThatItMayNotRead) {
             RunRig({"dvr", "--recordings", From().string(), "--deliver", To().string()},
                    {{}, false, ObeyPermissions, nullptr});
         fs::permissions(folder, fs::perms::owner_all);
-        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.status, 64);
         EXPECT_EQ(result.errors,
                   "velloran-rig dvr: --recordings: expected a folder that can be read, found '" +
                       folder.string() + "': Permission denied\n");
@@ -165,7 +165,7 @@ TEST_F(DeliverCommandTest, RefusesRecordingsThatItMayNotRead) {
     EXPECT_FALSE(fs::exists(To()));
 }
 
-TEST_F(DeliverCommandTest, EndsWithStatus2AtAFileThatItMayNotRead) {
+TEST_F(DeliverCommandTest, EndsWithStatus64AtAFileThatItMayNotRead) {
     Record("E", "a", "secret");
     fs::permissions(From() / "E" / "a", fs::perms::none);
     const ProgramResult result = PlayDvr20({"--recordings", From().string(), "--deliver", To().string()},
@@ -175,7 +175,7 @@ TEST_F(DeliverCommandTest, EndsWithStatus2AtAFileThatItMayNotRead) {
                                                EXPECT_TRUE(backend.IsClosedByPeer());
                                            },
                                            {{}, false, ObeyPermissions, nullptr});
-    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.status, 64);
     EXPECT_EQ(result.errors, "velloran-rig dvr: --recordings: expected a file that can be read, found '" +
                                  (From() / "E/a").string() + "': Permission denied\n");
     EXPECT_FALSE(HasFiles(To()));
@@ -254,7 +254,7 @@ void MountSmallDisk(const fs::path& folder, const std::string& size) {
     }
 }
 
-TEST_F(DeliverCommandTest, EndsWithStatus2AndOneLineWhenTheDiskIsFull) {
+TEST_F(DeliverCommandTest, EndsWithStatus64AndOneLineWhenTheDiskIsFull) {
     Record("E", "a", std::string(1'000'000, 'x'));
     fs::create_directory(To());
     const ProgramResult result = PlayDvr20({"--recordings", From().string(), "--deliver", To().string()},
@@ -264,7 +264,7 @@ TEST_F(DeliverCommandTest, EndsWithStatus2AndOneLineWhenTheDiskIsFull) {
                                                EXPECT_TRUE(backend.IsClosedByPeer());
                                            },
                                            {{}, false, [&] { MountSmallDisk(To(), "512k"); }, nullptr});
-    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.status, 64);
     EXPECT_EQ(result.errors, "velloran-rig dvr: --deliver: expected a file that can be written, found '" +
                                  (To() / "E/a").string() + "': No space left on device\n");
     EXPECT_NE(result.output.find("not finished: exported 0 of 1 event, 0 files, 0 bytes"), std::string::npos);

@@ -143,9 +143,9 @@ TEST_F(DeliveryTest, CopiesALongFileInPieces) {
 
 TEST_F(DeliveryTest, RefusesEventsThatCannotNameAFolder) {
     for (const std::string& name : std::vector<std::string>{"..", ".", "", "/etc", "a/b", "../a"}) {
-        EXPECT_EQ(FailureOf(ExitStatus::UsageError,
-                            [&] { DeliveryFolder(Place(), NamedRecordings(name, "a.ts")); }),
-                  "--deliver: expected events that can be the name of a folder, found '" + name + "'");
+        EXPECT_EQ(
+            FailureOf(ExitStatus::Unusable, [&] { DeliveryFolder(Place(), NamedRecordings(name, "a.ts")); }),
+            "--deliver: expected events that can be the name of a folder, found '" + name + "'");
     }
     EXPECT_FALSE(fs::exists(Place())) << "nothing is created for recordings that cannot be delivered";
 }
@@ -154,7 +154,7 @@ TEST_F(DeliveryTest, RefusesFilesThatLeaveTheFolderOfTheirEvent) {
     for (const std::string& name :
          std::vector<std::string>{"..", ".", "", "/etc/passwd", "../a", "a/../../b", "a/..", "a//b", "a/"}) {
         EXPECT_EQ(
-            FailureOf(ExitStatus::UsageError, [&] { DeliveryFolder(Place(), NamedRecordings("E", name)); }),
+            FailureOf(ExitStatus::Unusable, [&] { DeliveryFolder(Place(), NamedRecordings("E", name)); }),
             "--deliver: expected files that stay in the folder of their event, found '" + name + "' in 'E'");
     }
     EXPECT_FALSE(fs::exists(Place()));
@@ -164,21 +164,21 @@ TEST_F(DeliveryTest, RefusesAFolderThatCannotBeCreated) {
     folder_.Write("file", "");
     const fs::path inside = folder_.Path() / "file" / "x";
     EXPECT_EQ(
-        FailureOf(ExitStatus::UsageError, [&] { DeliveryFolder(inside, recordings_); }),
+        FailureOf(ExitStatus::Unusable, [&] { DeliveryFolder(inside, recordings_); }),
         "--deliver: expected a folder that can be created, found '" + inside.string() + "': Not a directory");
-    EXPECT_EQ(FailureOf(ExitStatus::UsageError, [&] { DeliveryFolder("", recordings_); }),
+    EXPECT_EQ(FailureOf(ExitStatus::Unusable, [&] { DeliveryFolder("", recordings_); }),
               "--deliver: expected a folder that can be created, found '': Invalid argument");
 }
 
 TEST_F(DeliveryTest, RefusesAFolderThatCannotBeWritten) {
-    EXPECT_EQ(FailureOf(ExitStatus::UsageError, [&] { DeliveryFolder("/proc", recordings_); }),
+    EXPECT_EQ(FailureOf(ExitStatus::Unusable, [&] { DeliveryFolder("/proc", recordings_); }),
               "--deliver: expected a folder that can be written, found '/proc': No such file or directory");
 }
 
 TEST_F(DeliveryTest, RefusesToReplaceAFolderByAFile) {
     const DeliveryFolder folder(Place(), recordings_);
     fs::create_directories(Place() / "EVT1" / "a.ts");
-    EXPECT_EQ(FailureOf(ExitStatus::UsageError, [&] { Delivery(folder, "EVT1", "a.ts").Complete(); }),
+    EXPECT_EQ(FailureOf(ExitStatus::Unusable, [&] { Delivery(folder, "EVT1", "a.ts").Complete(); }),
               "--deliver: expected a file that can be written, found '" + (Place() / "EVT1/a.ts").string() +
                   "': Is a directory");
     EXPECT_EQ(FilesIn(Place()), Files());
@@ -207,7 +207,7 @@ class FileSizeLimit {
 TEST_F(DeliveryTest, LeavesNothingWhenNotAllCanBeWritten) {
     recordings_.contents[{"EVT1", "a.ts"}] = std::string(10'000, 'x');
     const DeliveryFolder folder(Place(), recordings_);
-    const std::string failure = FailureOf(ExitStatus::UsageError, [&] {
+    const std::string failure = FailureOf(ExitStatus::Unusable, [&] {
         const FileSizeLimit limit(4096);
         Delivery delivery(folder, "EVT1", "a.ts");
         delivery.Copy(10'000);

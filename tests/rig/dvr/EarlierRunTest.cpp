@@ -25,7 +25,7 @@ class EarlierRunTest : public testing::Test {
 
     /// @return what is wrong with the log, without the file's name
     std::string FaultOf(const std::string& log) {
-        const std::string fault = FailureOf(ExitStatus::UsageError, [&] { Read(log); });
+        const std::string fault = FailureOf(ExitStatus::Unusable, [&] { Read(log); });
         return fault.compare(0, Path().size(), Path()) == 0 ? fault.substr(Path().size()) : fault;
     }
 
@@ -249,9 +249,9 @@ TEST_F(EarlierRunTest, IsNotInSomethingElse) {
 
 TEST_F(EarlierRunTest, IsNotWhereNothingCanBeRead) {
     const std::string expected = "--replay: expected a log of the harness that can be read, found '";
-    EXPECT_EQ(FailureOf(ExitStatus::UsageError, [] { rig::dvr::ReadEarlierRun("/nonexistent"); }),
+    EXPECT_EQ(FailureOf(ExitStatus::Unusable, [] { rig::dvr::ReadEarlierRun("/nonexistent"); }),
               expected + "/nonexistent': No such file or directory");
-    EXPECT_EQ(FailureOf(ExitStatus::UsageError, [] { rig::dvr::ReadEarlierRun("/"); }),
+    EXPECT_EQ(FailureOf(ExitStatus::Unusable, [] { rig::dvr::ReadEarlierRun("/"); }),
               expected + "/': Is a directory");
 }
 

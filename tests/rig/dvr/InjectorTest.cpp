@@ -30,7 +30,7 @@ class InjectorTest : public testing::Test {
 
     std::string Refused(const std::string& defect, const DefectSite& site = {}, int dialect = 2) {
         Injector injector(recordings_, dialect, 0);
-        return FailureOf(ExitStatus::UsageError, [&] { injector.Add(defect, site); });
+        return FailureOf(ExitStatus::Unusable, [&] { injector.Add(defect, site); });
     }
 
     const Names none_{};

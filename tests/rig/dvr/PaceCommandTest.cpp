@@ -22,23 +22,24 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         UsageCase{"RateZero",
                   {"dvr", "--rate", "0"},
-                  ": --rate: expected a number from 1 to 1000000000000, found '0'" + kMoreHelp},
+                  " dvr: --rate: expected a number from 1 to 1000000000000, found '0'" + kMoreDvrHelp},
         UsageCase{"RateNegative",
                   {"dvr", "--rate", "-1"},
-                  ": --rate: expected a number from 1 to 1000000000000, found '-1'" + kMoreHelp},
+                  " dvr: --rate: expected a number from 1 to 1000000000000, found '-1'" + kMoreDvrHelp},
         UsageCase{"RateWithUnit",
                   {"dvr", "--rate", "1M"},
-                  ": --rate: expected a number from 1 to 1000000000000, found '1M'" + kMoreHelp},
+                  " dvr: --rate: expected a number from 1 to 1000000000000, found '1M'" + kMoreDvrHelp},
         UsageCase{"RateAndTime",
                   {"dvr", "--rate", "1", "--transfer-time", "1"},
-                  ": --transfer-time excludes --rate" + kMoreHelp},
+                  " dvr: --transfer-time excludes --rate" + kMoreDvrHelp},
         UsageCase{"SegmentZero",
                   {"dvr", "--segment", "0"},
-                  ": --segment: expected a number from 1 to 1000000000, found '0'" + kMoreHelp},
+                  " dvr: --segment: expected a number from 1 to 1000000000, found '0'" + kMoreDvrHelp},
         UsageCase{"GapTooLong",
                   {"dvr", "--segment", "1", "--gap", "3600001"},
-                  ": --gap: expected a number from 0 to 3600000, found '3600001'" + kMoreHelp},
-        UsageCase{"GapWithoutSegment", {"dvr", "--gap", "1"}, ": --gap requires --segment" + kMoreHelp}),
+                  " dvr: --gap: expected a number from 0 to 3600000, found '3600001'" + kMoreDvrHelp},
+        UsageCase{
+            "GapWithoutSegment", {"dvr", "--gap", "1"}, " dvr: --gap requires --segment" + kMoreDvrHelp}),
     NameOf);
 
 /// A folder of recordings: one event with one file.

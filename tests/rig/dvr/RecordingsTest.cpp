@@ -122,14 +122,14 @@ TEST(FolderRecordings, AreReadInPieces) {
 
 TEST(FolderRecordings, MustExist) {
     EXPECT_EQ(
-        FailureOf(ExitStatus::UsageError, [] { FolderRecordings("/nonexistent"); }),
+        FailureOf(ExitStatus::Unusable, [] { FolderRecordings("/nonexistent"); }),
         "--recordings: expected a folder that can be read, found '/nonexistent': No such file or directory");
 }
 
 TEST(FolderRecordings, MustHaveAnEvent) {
     const TemporaryFolder folder;
     folder.Write("file", "");
-    EXPECT_EQ(FailureOf(ExitStatus::UsageError, [&] { FolderRecordings{folder.Path()}; }),
+    EXPECT_EQ(FailureOf(ExitStatus::Unusable, [&] { FolderRecordings{folder.Path()}; }),
               "--recordings: expected a folder for each event, found '" + folder.Path().string() +
                   "': it has no folder in it");
 }
@@ -138,7 +138,7 @@ TEST(FolderRecordings, MustHaveAFileInEachEvent) {
     const TemporaryFolder folder;
     folder.Write("E1/file", "");
     std::filesystem::create_directory(folder.Path() / "E2");
-    EXPECT_EQ(FailureOf(ExitStatus::UsageError, [&] { FolderRecordings{folder.Path()}; }),
+    EXPECT_EQ(FailureOf(ExitStatus::Unusable, [&] { FolderRecordings{folder.Path()}; }),
               "--recordings: expected at least one file in each event's folder, found '" +
                   (folder.Path() / "E2").string() + "': it has none");
 }
@@ -148,7 +148,7 @@ TEST(FolderRecordings, SayWhichFileVanished) {
     folder.Write("E1/file", "");
     const FolderRecordings recordings(folder.Path());
     std::filesystem::remove(folder.Path() / "E1/file");
-    EXPECT_EQ(FailureOf(ExitStatus::UsageError, [&] { DigestOf(recordings, "E1", "file"); }),
+    EXPECT_EQ(FailureOf(ExitStatus::Unusable, [&] { DigestOf(recordings, "E1", "file"); }),
               "--recordings: expected a file that can be read, found '" +
                   (folder.Path() / "E1/file").string() + "': No such file or directory");
 }

@@ -333,7 +333,7 @@ TEST(ReplayOption, SaysWhereTheLogEnds) {
 
 class ReplayUsageTest : public testing::TestWithParam<UsageCase> {};
 
-TEST_P(ReplayUsageTest, EndsWithStatus2AndOneLine) {
+TEST_P(ReplayUsageTest, EndsWithStatus64AndOneLine) {
     const TemporaryFolder folder;
     folder.Write("run.log", HarnessLog("rig velloran[7]: ").Connected().Received(kOkIn10).Text());
     std::vector<std::string> arguments{"dvr"};
@@ -346,7 +346,7 @@ TEST_P(ReplayUsageTest, EndsWithStatus2AndOneLine) {
         errors.replace(name, 3, (folder.Path() / "run.log").string());
     }
     const ProgramResult result = RunRig(arguments);
-    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.status, 64);
     EXPECT_EQ(result.errors, errors);
     EXPECT_EQ(result.output, "");
 }
@@ -363,18 +363,19 @@ INSTANTIATE_TEST_SUITE_P(
                   "start of each line, found lines without in 'LOG'; only full is possible"},
         UsageCase{"OtherSpeed",
                   {"--replay", "LOG", "--replay-speed", "half"},
-                  ": --replay-speed: expected full or recorded, found 'half'" + kMoreHelp},
-        UsageCase{
-            "SpeedOfNothing", {"--replay-speed", "full"}, ": --replay-speed requires --replay" + kMoreHelp},
+                  " dvr: --replay-speed: expected full or recorded, found 'half'" + kMoreDvrHelp},
+        UsageCase{"SpeedOfNothing",
+                  {"--replay-speed", "full"},
+                  " dvr: --replay-speed requires --replay" + kMoreDvrHelp},
         UsageCase{"WithADefect",
                   {"--replay", "x", "--defect", "silence"},
-                  ": --defect excludes --replay" + kMoreHelp},
+                  " dvr: --defect excludes --replay" + kMoreDvrHelp},
         UsageCase{"WithRecordings",
                   {"--replay", "x", "--recordings", "/"},
-                  ": --recordings excludes --replay" + kMoreHelp},
+                  " dvr: --recordings excludes --replay" + kMoreDvrHelp},
         UsageCase{"WithADelivery",
                   {"--replay", "x", "--deliver", "/"},
-                  ": --deliver excludes --replay" + kMoreHelp},
+                  " dvr: --deliver excludes --replay" + kMoreDvrHelp},
         UsageCase{
             "NoLog",
             {"--replay", "/nonexistent\n"},
@@ -386,7 +387,7 @@ INSTANTIATE_TEST_SUITE_P(
             " dvr: /dev/null:1: expected a line of the harness's log (\"velloran:N TEXT\"), found no line"},
         UsageCase{"OtherReaction",
                   {"--on-size-error", "stop"},
-                  ": --on-size-error: expected close or continue, found 'stop'" + kMoreHelp}),
+                  " dvr: --on-size-error: expected close or continue, found 'stop'" + kMoreDvrHelp}),
     NameOf);
 
 }  // namespace

@@ -10,9 +10,9 @@ std::string NameOf(const testing::TestParamInfo<UsageCase>& tested) {
     return tested.param.name;
 }
 
-TEST_P(UsageErrorTest, EndsWithStatus2AndOneLine) {
+TEST_P(UsageErrorTest, EndsWithStatus64AndOneLine) {
     const ProgramResult result = RunRig(GetParam().arguments);
-    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.status, 64);
     EXPECT_EQ(result.errors, "velloran-rig" + GetParam().errors + "\n");
     EXPECT_EQ(result.output, "");
 }
