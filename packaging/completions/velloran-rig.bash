@@ -17,6 +17,11 @@ __velloran_rig_defects() {
     "$1" dvr --list-defects 2>/dev/null | sed -nE 's/^([a-z-]+).*/\1/p'
 }
 
+# What a DVR sends. Usage: __velloran_rig_messages PROGRAM
+__velloran_rig_messages() {
+    "$1" dvr --list-messages --format markdown 2>/dev/null | sed -nE 's/^\| `([A-Z_]+)` \| [^|]+ \| DVR .*/\1/p' | sort -u
+}
+
 # Usage: __velloran_rig_cases PROGRAM
 __velloran_rig_cases() {
     "$1" run --list-cases 2>/dev/null | cut -d ' ' -f 1
@@ -45,10 +50,7 @@ __velloran_rig_value() {
             return
             ;;
         NAME) choices=$(__velloran_rig_defects "$1") ;;
-        MESSAGE*)
-            choices='OK XML EVENT_LIST EVENT FILE_COMPLETE EVENT_XFER_ACK INVALID_EVENT TRANSPORT_EXCEPTION
-                XFER_IN_PROGRESS SOFTWARE_UPDATE_CONFIRM CONFIGURATION_UPDATE_ERROR'
-            ;;
+        MESSAGE*) choices=$(__velloran_rig_messages "$1") ;;
     esac
     COMPREPLY=($(compgen -W "$choices" -- "$cur"))
 }

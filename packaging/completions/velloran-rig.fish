@@ -2,8 +2,9 @@
 # program's own help when it is first completed, so that they are always those of the program that is installed.
 
 # What a DVR sends.
-set -g __velloran_rig_messages OK XML EVENT_LIST EVENT FILE_COMPLETE EVENT_XFER_ACK INVALID_EVENT TRANSPORT_EXCEPTION \
-    XFER_IN_PROGRESS SOFTWARE_UPDATE_CONFIRM CONFIGURATION_UPDATE_ERROR
+function __velloran_rig_messages
+    velloran-rig dvr --list-messages --format markdown | string replace -rf '^\| `([A-Z_]+)` \| [^|]+ \| DVR .*' '$1'
+end
 
 function __velloran_rig_defects
     velloran-rig dvr --list-defects --format markdown | string replace -rf '^\| `([a-z-]+)[^|]*\|[^|]*\|[^|]*\| ([^|]*) \|.*' '$1\t$2'
@@ -31,7 +32,7 @@ function __velloran_rig_value --argument-names kind
         case NAME
             printf '%s\n' -x -a '(__velloran_rig_defects)'
         case 'MESSAGE*'
-            printf '%s\n' -x -a "$__velloran_rig_messages"
+            printf '%s\n' -x -a '(__velloran_rig_messages)'
         case '*'
             printf '%s\n' -x
     end

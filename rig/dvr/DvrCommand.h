@@ -41,7 +41,8 @@ struct DvrOptions {
     bool wireCheck = false;
     std::vector<DefectOption> defects;
     bool listDefects = false;           // and play nothing
-    std::string format = "text";        // of that list, or "markdown"
+    bool listMessages = false;          // likewise
+    std::string format = "text";        // of a list, or "markdown"
     std::optional<std::uint32_t> seed;  // of everything random; a new one for each run if not given
 };
 

@@ -10,6 +10,7 @@
 #include "rig/dvr/DvrCommand.h"
 #include "rig/dvr/defects/Defect.h"
 #include "rig/dvr/replay/ReplayCommand.h"
+#include "rig/protocol/Catalogue.h"
 
 namespace rig::dvr {
 namespace {
@@ -105,6 +106,7 @@ void AddDefectOptions(CLI::App& dvr, const std::shared_ptr<DvrOptions>& options)
         ->transform(Between<std::uint32_t>(0, UINT32_MAX))
         ->type_name("N");
     dvr.add_flag("--list-defects", options->listDefects, "Print all defects and exit");
+    dvr.add_flag("--list-messages", options->listMessages, "Print all messages of the protocol and exit");
     AddFormatOption(dvr, options->format);
 }
 
@@ -151,6 +153,10 @@ void AddDvrCommand(CLI::App& app, int& status) {
     dvr->callback([options, recordings, protocol, &status] {
         if (options->listDefects) {
             Print(ListDefects(), options->format);
+            return;
+        }
+        if (options->listMessages) {
+            Print(protocol::ListMessages(), options->format);
             return;
         }
         options->hasRecordings = recordings->count() > 0;

@@ -1,8 +1,14 @@
 #include "rig/judge/Protocol.h"
 
-#include <map>
+#include "rig/protocol/Catalogue.h"
 
 namespace rig::judge {
+namespace {
+
+using protocol::Sender;
+
+}  // namespace
+
 std::string AnswerTo(const std::string& request, Fault fault, int protocol) {
     switch (fault) {
         case Fault::Event:
@@ -16,22 +22,17 @@ std::string AnswerTo(const std::string& request, Fault fault, int protocol) {
         default:
             break;
     }
-    static const std::map<std::string, std::string> kAnswers = {
-        {"GET_EVENT_LIST", "EVENT_LIST"},
-        {"GET_XML", "XML"},
-        {"UPDATE_SOFTWARE", "SOFTWARE_UPDATE_CONFIRM"},
-        {"UPDATE_CONFIGURATION", "CONFIGURATION_UPDATE_ERROR"},
-        {"NEXT_EVENT", "EVENT"},
-        {"GET_FILE", "FILE_COMPLETE"}};
-    if (request == "EVENT_XFER_COMPLETE" && protocol == 2) {
-        return "EVENT_XFER_ACK";
+    // A log without its beginning may not say which dialect it is of.
+    const int dialect = protocol == 2 ? 2 : 1;
+    const auto* kind = protocol::Find(dialect, Sender::Harness, request);
+    if (kind == nullptr) {
+        kind = protocol::Find(3 - dialect, Sender::Harness, request);
     }
-    const auto answer = kAnswers.find(request);
-    return answer == kAnswers.end() ? "" : answer->second;
+    return kind == nullptr || kind->answers.empty() ? "" : kind->answers.front();
 }
 
 bool IsReport(const std::string& message) {
-    return message == "INVALID_EVENT" || message == "TRANSPORT_EXCEPTION" || message == "XFER_IN_PROGRESS";
+    return protocol::IsReport(message);
 }
 
 }  // namespace rig::judge

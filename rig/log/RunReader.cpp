@@ -1,7 +1,8 @@
 #include "rig/log/RunReader.h"
 
 #include <algorithm>
-#include <set>
+
+#include "rig/protocol/Catalogue.h"
 
 namespace rig::log {
 namespace {
@@ -10,18 +11,7 @@ namespace {
 constexpr int kMostBindFailures = 2;
 
 bool Knows(int protocol, const std::string& message) {
-    static const std::set<std::string> kFirst = {"OK", "XML", "FILE_COMPLETE", "CONFIGURATION_UPDATE_ERROR"};
-    static const std::set<std::string> kSecondDialect = {"OK",
-                                                         "EVENT_LIST",
-                                                         "EVENT",
-                                                         "FILE_COMPLETE",
-                                                         "EVENT_XFER_ACK",
-                                                         "INVALID_EVENT",
-                                                         "TRANSPORT_EXCEPTION",
-                                                         "XFER_IN_PROGRESS",
-                                                         "SOFTWARE_UPDATE_CONFIRM",
-                                                         "CONFIGURATION_UPDATE_ERROR"};
-    return (protocol == 2 ? kSecondDialect : kFirst).count(message) > 0;
+    return protocol::Find(protocol == 2 ? 2 : 1, protocol::Sender::Dvr, message) != nullptr;
 }
 
 }  // namespace

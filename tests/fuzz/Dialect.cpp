@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <map>
 
 #include "tests/fuzz/Demand.h"
 #include "tests/fuzz/world/Ends.h"
@@ -33,13 +32,12 @@ std::string NameOf(const std::string& text) {
     return text.substr(start.size(), text.find('"', start.size()) - start.size());
 }
 
-bool MaySend(const std::string& name, int protocol) {
-    static const std::vector<std::string> names[] = {
-        {"GET_XML", "GET_FILE", "EVENT_XFER_COMPLETE", "DONE", "UPDATE_CONFIGURATION"},
-        {"GET_EVENT_LIST", "NEXT_EVENT", "GET_FILE", "EVENT_XFER_COMPLETE", "DONE", "UPDATE_SOFTWARE",
-         "UPDATE_CONFIGURATION"}};
-    const std::vector<std::string>& known = names[protocol - 1];
-    return std::find(known.begin(), known.end(), name) != known.end();
+/// @return the form of a message that the harness may send; null if it may not
+const Form* FindForm(const std::string& name, int protocol) {
+    const Forms& forms = FormsOf(protocol == 1 ? Sender::Harness_1_0 : Sender::Harness_2_0);
+    const auto found =
+        std::find_if(forms.begin(), forms.end(), [&name](const Form& form) { return form.req == name; });
+    return found == forms.end() ? nullptr : &*found;
 }
 
 /// Checks the writes of one answer: prefix and text in turn, at most two frames, each a message of the
@@ -51,30 +49,23 @@ void CheckFrames(const std::vector<std::string>& writes, const TestOptions& opti
         const std::size_t announced = options.sizeError ? text.size() * 3 / 2 : text.size();
         Demand(writes[index] == Prefix(static_cast<std::uint32_t>(announced)),
                "a prefix of " + std::to_string(announced));
-        Demand(MaySend(NameOf(text), options.protocol), "a message of the dialect, found '" + text + "'");
+        Demand(FindForm(NameOf(text), options.protocol) != nullptr,
+               "a message of the dialect, found '" + text + "'");
         const bool isWhole = text.size() > 6 && (text.compare(text.size() - 2, 2, "/>") == 0 ||
                                                  text.compare(text.size() - 6, 6, "</msg>") == 0);
         Demand(isWhole && text.find('\0') == std::string::npos, "a whole document, found '" + text + "'");
     }
 }
 
-/// @return the name of a good DVR's answer
-std::string AnswerTo(const std::string& request) {
-    static const std::map<std::string, std::string> answers = {
-        {"", "OK"},
-        {"GET_XML", "XML"},
-        {"GET_EVENT_LIST", "EVENT_LIST"},
-        {"NEXT_EVENT", "EVENT"},
-        {"GET_FILE", "FILE_COMPLETE"},
-        {"EVENT_XFER_COMPLETE", "EVENT_XFER_ACK"},
-        {"UPDATE_CONFIGURATION", "CONFIGURATION_UPDATE_ERROR"}};
-    const auto answer = answers.find(request);
-    return answer == answers.end() ? "" : answer->second;
+/// @return the name of a good DVR's answer; before any request, its greeting
+std::string AnswerTo(const std::string& request, int protocol) {
+    const Form* const form = FindForm(request, protocol);
+    return request.empty() ? "OK" : form == nullptr ? "" : form->answer;
 }
 
-Expected ExpectedBy(const VelProtocolBase& harness, const std::string& request) {
+Expected ExpectedBy(const VelProtocolBase& harness, const std::string& request, int protocol) {
     Expected expected;
-    expected.req = AnswerTo(request);
+    expected.req = AnswerTo(request, protocol);
     if (!harness.events.empty()) {
         expected.event = harness.events.front();
     }
@@ -110,7 +101,8 @@ void PlayDialogue(Choices& choices, VelProtocolBase& harness, Sender sender, con
     }
     std::string request;
     for (std::size_t count = 0; choices.AreLeft() && count < kMostMessages; ++count) {
-        world.Feed(ChooseFrame(choices, MakeMessage(choices, sender, ExpectedBy(harness, request))));
+        world.Feed(ChooseFrame(choices,
+                               MakeMessage(choices, sender, ExpectedBy(harness, request, options.protocol))));
         if (!ComesBack([&] { harness.HandleMessage(); })) {
             return;
         }

@@ -1,29 +1,8 @@
 #include "tests/fuzz/Messages.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace fuzz {
-namespace {
-
-/// What the value of an attribute is about.
-enum class Value { Event, FileEvent, File, Hash, Length, Source, Version, Path, Zip, Config, True, Minutes };
-
-/// What is inside `msg`.
-enum class Body { None, EventList, Identifiers, Description, Descriptions };
-
-struct Attribute {
-    const char* name;
-    Value value;
-};
-
-struct Form {
-    const char* req;
-    std::vector<Attribute> attributes;
-    Body body;
-};
-
-using Forms = std::vector<Form>;
 
 const Forms& FormsOf(Sender sender) {
     static const Forms dvr10 = {
@@ -50,37 +29,44 @@ const Forms& FormsOf(Sender sender) {
         {"CONFIGURATION_UPDATE_ERROR", {}, Body::None},
     };
     static const Forms harness10 = {
-        {"GET_XML", {}, Body::None},
-        {"GET_FILE", {{"path", Value::FileEvent}, {"file", Value::File}}, Body::None},
+        {"GET_XML", {}, Body::None, "XML"},
+        {"GET_FILE", {{"path", Value::FileEvent}, {"file", Value::File}}, Body::None, "FILE_COMPLETE"},
         {"EVENT_XFER_COMPLETE", {}, Body::Identifiers},
         {"DONE", {}, Body::None},
-        {"UPDATE_CONFIGURATION", {{"txt", Value::Config}}, Body::None},
+        {"UPDATE_CONFIGURATION", {{"txt", Value::Config}}, Body::None, "CONFIGURATION_UPDATE_ERROR"},
     };
     static const Forms harness20 = {
-        {"GET_EVENT_LIST", {{"protocolVersion", Value::Version}}, Body::None},
-        {"NEXT_EVENT", {{"reid", Value::Event}, {"protocolVersion", Value::Version}}, Body::None},
+        {"GET_EVENT_LIST", {{"protocolVersion", Value::Version}}, Body::None, "EVENT_LIST"},
+        {"NEXT_EVENT", {{"reid", Value::Event}, {"protocolVersion", Value::Version}}, Body::None, "EVENT"},
         {"GET_FILE",
          {{"reid", Value::FileEvent},
           {"path", Value::FileEvent},
           {"file", Value::File},
           {"protocolVersion", Value::Version}},
-         Body::None},
+         Body::None,
+         "FILE_COMPLETE"},
         {"GET_FILE",
          {{"reid", Value::FileEvent},
           {"path", Value::FileEvent},
           {"file", Value::File},
           {"protocolVersion", Value::Version},
           {"rehash", Value::True}},
-         Body::None},
-        {"EVENT_XFER_COMPLETE", {{"reid", Value::Event}, {"protocolVersion", Value::Version}}, Body::None},
+         Body::None,
+         "FILE_COMPLETE"},
+        {"EVENT_XFER_COMPLETE",
+         {{"reid", Value::Event}, {"protocolVersion", Value::Version}},
+         Body::None,
+         "EVENT_XFER_ACK"},
         {"DONE", {{"protocolVersion", Value::Version}}, Body::None},
         {"DONE", {{"protocolVersion", Value::Version}, {"duration", Value::Minutes}}, Body::None},
         {"UPDATE_SOFTWARE",
          {{"path", Value::Path}, {"file", Value::Zip}, {"protocolVersion", Value::Version}},
-         Body::None},
+         Body::None,
+         "SOFTWARE_UPDATE_CONFIRM"},
         {"UPDATE_CONFIGURATION",
          {{"protocolVersion", Value::Version}, {"message", Value::Config}},
-         Body::None},
+         Body::None,
+         "CONFIGURATION_UPDATE_ERROR"},
     };
     switch (sender) {
         case Sender::Dvr_1_0:
@@ -93,6 +79,8 @@ const Forms& FormsOf(Sender sender) {
             return harness20;
     }
 }
+
+namespace {
 
 constexpr const char* kEvents[] = {"EVT1", "EVT2", "E",    "",          "a/b",
                                    "../x", "A&B",  "it's", "say \"E\"", "&#x41;"};

@@ -5,6 +5,7 @@
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/wire/Frame.h"
+#include "rig/protocol/Catalogue.h"
 
 namespace rig::dvr {
 namespace {
@@ -14,33 +15,18 @@ bool CanActOn(const DefectKind& kind, const std::string& message) {
            std::find(kind.messages.begin(), kind.messages.end(), message) != kind.messages.end();
 }
 
-/// @return the messages of this dialect's DVR
-const std::vector<const char*>& MessagesOf(int dialect) {
-    static const std::vector<const char*> one = {"OK", "XML", "FILE_COMPLETE", "CONFIGURATION_UPDATE_ERROR"};
-    static const std::vector<const char*> two = {"OK",
-                                                 "EVENT_LIST",
-                                                 "EVENT",
-                                                 "FILE_COMPLETE",
-                                                 "EVENT_XFER_ACK",
-                                                 "INVALID_EVENT",
-                                                 "TRANSPORT_EXCEPTION",
-                                                 "XFER_IN_PROGRESS",
-                                                 "SOFTWARE_UPDATE_CONFIRM",
-                                                 "CONFIGURATION_UPDATE_ERROR"};
-    return dialect == 1 ? one : two;
-}
-
 /// Throws Failure (Unusable) unless the defect can act on a message of that name in the dialect.
 void CheckMessageName(const DefectKind& kind, int dialect, const std::string& name) {
     std::string choices;
-    for (const char* message : MessagesOf(dialect)) {
-        if (!CanActOn(kind, message)) {
+    for (const protocol::MessageKind& message : protocol::Catalogue()) {
+        const bool isOfDvr = message.dialect == dialect && message.sender == protocol::Sender::Dvr;
+        if (!isOfDvr || !CanActOn(kind, message.name)) {
             continue;
         }
-        if (message == name) {
+        if (message.name == name) {
             return;
         }
-        choices += (choices.empty() ? "" : ", ") + std::string(message);
+        choices += (choices.empty() ? "" : ", ") + std::string(message.name);
     }
     throw Failure(ExitStatus::Unusable, "--defect " + std::string(kind.name) + ": expected one of " +
                                             choices + " with --on, found " + Quoted(name));

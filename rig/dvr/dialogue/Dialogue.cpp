@@ -6,18 +6,19 @@
 #include "rig/base/Counted.h"
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
+#include "rig/dvr/dialogue/MessageRules.h"
+#include "rig/protocol/Catalogue.h"
 
 namespace rig::dvr {
 
-Dialogue::Dialogue(const Recordings& recordings, const MessageRules& rules)
-    : recordings_(recordings), rules_(rules) {}
+Dialogue::Dialogue(const Recordings& recordings, int dialect) : recordings_(recordings), dialect_(dialect) {}
 
 Message Dialogue::Open() const {
     return NewMessage("OK");
 }
 
 std::vector<Message> Dialogue::Handle(const Message& message) {
-    CheckMessage(message, rules_);
+    CheckMessage(message, dialect_);
     const std::vector<std::string> inPlace = InPlace();
     if (std::find(inPlace.begin(), inPlace.end(), message.Name()) == inPlace.end()) {
         Object(message.Name() + " " + Standing());
@@ -76,8 +77,9 @@ std::string Dialogue::Summary() const {
 
 Message Dialogue::NewMessage(const std::string& name) const {
     Message message(name);
-    if (rules_.protocolVersion != nullptr) {
-        message.Set("protocolVersion", rules_.protocolVersion);
+    const char* const version = protocol::VersionOf(dialect_);
+    if (version != nullptr) {
+        message.Set("protocolVersion", version);
     }
     return message;
 }

@@ -7,7 +7,6 @@
 #include <utility>
 #include <vector>
 
-#include "rig/dvr/dialogue/MessageRules.h"
 #include "rig/dvr/recordings/Digest.h"
 #include "rig/dvr/recordings/Recordings.h"
 #include "rig/dvr/wire/Message.h"
@@ -76,7 +75,8 @@ class Dialogue {
 
  protected:
     /// @param recordings  must outlive the dialogue
-    Dialogue(const Recordings& recordings, const MessageRules& rules);
+    /// @param dialect     1 or 2
+    Dialogue(const Recordings& recordings, int dialect);
 
     /// @return the names of the messages that may come now
     virtual std::vector<std::string> InPlace() const = 0;
@@ -108,7 +108,7 @@ class Dialogue {
     bool done_ = false;
 
  private:
-    const MessageRules& rules_;
+    int dialect_;
     Digest digest_;                   // of the last requested file
     std::optional<FileId> digested_;  // that file
     bool configurationRefused_ = false;

@@ -8,7 +8,7 @@
 
 namespace rig::dvr {
 
-Dialogue_1_0::Dialogue_1_0(const Recordings& recordings) : Dialogue(recordings, Rules_1_0()) {}
+Dialogue_1_0::Dialogue_1_0(const Recordings& recordings) : Dialogue(recordings, 1) {}
 
 std::vector<std::string> Dialogue_1_0::InPlace() const {
     if (done_ || IsTransferring()) {

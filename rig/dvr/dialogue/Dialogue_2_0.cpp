@@ -15,7 +15,7 @@ bool IsPositiveNumber(const std::string& text) {
 }  // namespace
 
 Dialogue_2_0::Dialogue_2_0(const Recordings& recordings, const std::filesystem::path& failureMarker)
-    : Dialogue(recordings, Rules_2_0()), failureMarker_(failureMarker) {}
+    : Dialogue(recordings, 2), failureMarker_(failureMarker) {}
 
 std::vector<std::string> Dialogue_2_0::InPlace() const {
     if (done_) {

@@ -1,35 +1,35 @@
 #include "rig/dvr/dialogue/MessageRules.h"
 
 #include <algorithm>
+#include <string>
+#include <vector>
 
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
+#include "rig/protocol/Catalogue.h"
 
 namespace rig::dvr {
 namespace {
 
-bool Contains(const std::vector<const char*>& names, const std::string& name) {
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
-
 /// Throws Breach unless the message carries the dialect's version, or none if the dialect has none.
-void CheckVersion(const Message& message, const MessageRules& rules) {
+void CheckVersion(const Message& message, int dialect) {
+    const char* const expected = protocol::VersionOf(dialect);
     const auto version = message.Find("protocolVersion");
-    if (rules.protocolVersion == nullptr) {
+    if (expected == nullptr) {
         if (version) {
             throw Breach(message.Name() + " with a protocolVersion, " + Quoted(*version) +
                          ", which protocol 1.0 does not have");
         }
     } else if (!version) {
         throw Breach(message.Name() + " without protocolVersion");
-    } else if (*version != rules.protocolVersion) {
+    } else if (*version != expected) {
         throw Breach(message.Name() + " with protocolVersion " + Quoted(*version) + " instead of '" +
-                     rules.protocolVersion + "'");
+                     expected + "'");
     }
 }
 
-void CheckAttributes(const Message& message, const MessageRule& rule) {
-    for (const char* name : rule.required) {
+void CheckAttributes(const Message& message, const protocol::MessageKind& kind) {
+    for (const char* name : kind.required) {
         if (!message.Find(name)) {
             throw Breach(message.Name() + " without its attribute '" + name + "'");
         }
@@ -41,8 +41,7 @@ void CheckAttributes(const Message& message, const MessageRule& rule) {
             throw Breach(message.Name() + " with two attributes " + Quoted(name));
         }
         seen.push_back(name);
-        if (name != "req" && name != "protocolVersion" && !Contains(rule.required, name) &&
-            !Contains(rule.optional, name)) {
+        if (!protocol::HasAttribute(kind, name)) {
             throw Breach(message.Name() + " with an unknown attribute " + Quoted(name));
         }
     }
@@ -50,38 +49,15 @@ void CheckAttributes(const Message& message, const MessageRule& rule) {
 
 }  // namespace
 
-const MessageRules& Rules_1_0() {
-    static const MessageRules rules{nullptr,
-                                    {{"GET_XML", {}, {}, false},
-                                     {"GET_FILE", {"path", "file"}, {}, false},
-                                     {"EVENT_XFER_COMPLETE", {}, {}, true},
-                                     {"DONE", {}, {}, false},
-                                     {"UPDATE_CONFIGURATION", {"txt"}, {}, false}}};
-    return rules;
-}
-
-const MessageRules& Rules_2_0() {
-    static const MessageRules rules{"2.0",
-                                    {{"UPDATE_SOFTWARE", {"path", "file"}, {}, false},
-                                     {"UPDATE_CONFIGURATION", {"message"}, {}, false},
-                                     {"GET_EVENT_LIST", {}, {}, false},
-                                     {"NEXT_EVENT", {"reid"}, {}, false},
-                                     {"GET_FILE", {"reid", "path", "file"}, {"rehash"}, false},
-                                     {"EVENT_XFER_COMPLETE", {"reid"}, {}, false},
-                                     {"DONE", {}, {"duration"}, false}}};
-    return rules;
-}
-
-void CheckMessage(const Message& message, const MessageRules& rules) {
-    const auto rule =
-        std::find_if(rules.messages.begin(), rules.messages.end(),
-                     [&](const MessageRule& candidate) { return message.Name() == candidate.name; });
-    if (rule == rules.messages.end()) {
+void CheckMessage(const Message& message, int dialect) {
+    const protocol::MessageKind* const kind =
+        protocol::Find(dialect, protocol::Sender::Harness, message.Name());
+    if (kind == nullptr) {
         throw Breach("an unknown message, " + Quoted(message.Name()));
     }
-    CheckVersion(message, rules);
-    CheckAttributes(message, *rule);
-    if (!rule->hasChildren && message.Root().first_child()) {
+    CheckVersion(message, dialect);
+    CheckAttributes(message, *kind);
+    if (*kind->children == '\0' && message.Root().first_child()) {
         throw Breach(message.Name() + " with something inside its 'msg'");
     }
 }

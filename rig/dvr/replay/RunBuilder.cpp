@@ -8,6 +8,7 @@
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/replay/Subjects.h"
 #include "rig/dvr/wire/Frame.h"
+#include "rig/protocol/Catalogue.h"
 
 namespace rig::dvr {
 namespace {
@@ -39,17 +40,6 @@ std::optional<unsigned int> ByteAfter(std::string_view text, std::string_view he
     const auto parsed = std::from_chars(text.data() + head.size(), end, byte, 16);
     return parsed.ec == std::errc() && parsed.ptr == end && byte <= 0xff ? std::optional<unsigned int>(byte)
                                                                          : std::nullopt;
-}
-
-/// @return the dialect that a message belongs to; nothing if both have it
-std::optional<int> DialectOf(const std::string& name) {
-    if (name == "GET_XML" || name == "XML") {
-        return 1;
-    }
-    const bool isOfBoth = name.empty() || name == "OK" || name == "GET_FILE" || name == "FILE_COMPLETE" ||
-                          name == "EVENT_XFER_COMPLETE" || name == "DONE" || name == "UPDATE_CONFIGURATION" ||
-                          name == "CONFIGURATION_UPDATE_ERROR";
-    return isOfBoth ? std::nullopt : std::optional<int>(2);
 }
 
 }  // namespace
@@ -142,7 +132,7 @@ void RunBuilder::EndMessage() {
     subject_.reset();
     prefixBytes_ = 0;
     if (!dialect_ && !reader_.HasStart()) {
-        dialect_ = DialectOf(name_);
+        dialect_ = protocol::OnlyDialectOf(name_);
     }
     if (name_ != "INVALID_EVENT" && name_ != "TRANSPORT_EXCEPTION") {
         return;
@@ -171,7 +161,7 @@ void RunBuilder::TakeAnswer(std::size_t number, const log::Statement& statement)
     }
     const std::vector<EarlierRequest>& requests = run_.messages.back().requests;
     if (!dialect_ && !requests.empty()) {
-        dialect_ = DialectOf(requests.back().name);
+        dialect_ = protocol::OnlyDialectOf(requests.back().name);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "rig/dvr/wire/WireCheck.h"
 
 #include <algorithm>
+#include <iterator>
 #include <pugixml.hpp>
 #include <vector>
 
@@ -9,35 +10,10 @@
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/wire/DocumentEnd.h"
 #include "rig/dvr/wire/Skeleton.h"
+#include "rig/protocol/Catalogue.h"
 
 namespace rig::dvr {
 namespace {
-
-/// The attributes of a message in their order on the wire. Those from `optional` on may be missing.
-struct Layout {
-    int dialect;
-    const char* name;
-    std::vector<const char*> attributes;
-    std::size_t optional;
-};
-
-const std::vector<Layout>& Layouts() {
-    static const std::vector<Layout> layouts{
-        {1, "GET_XML", {"req"}, 1},
-        {1, "GET_FILE", {"req", "path", "file"}, 3},
-        {1, "EVENT_XFER_COMPLETE", {"req"}, 1},
-        {1, "DONE", {"req"}, 1},
-        {1, "UPDATE_CONFIGURATION", {"req", "txt"}, 2},
-        {2, "GET_EVENT_LIST", {"req", "protocolVersion"}, 2},
-        {2, "NEXT_EVENT", {"req", "reid", "protocolVersion"}, 3},
-        {2, "GET_FILE", {"req", "reid", "path", "file", "protocolVersion", "rehash"}, 5},
-        {2, "EVENT_XFER_COMPLETE", {"req", "reid", "protocolVersion"}, 3},
-        {2, "DONE", {"req", "protocolVersion", "duration"}, 2},
-        {2, "UPDATE_SOFTWARE", {"req", "path", "file", "protocolVersion"}, 4},
-        {2, "UPDATE_CONFIGURATION", {"req", "protocolVersion", "message"}, 3},
-    };
-    return layouts;
-}
 
 std::string Hex(const std::string& bytes) {
     static const char* const kDigits = "0123456789abcdef";
@@ -119,16 +95,16 @@ std::vector<std::string> AttributesOf(const pugi::xml_node& element) {
     return names;
 }
 
-std::string AttributeFault(const std::string& name, const Layout& layout,
-                           const std::vector<std::string>& found) {
-    const auto optional = layout.attributes.begin() + static_cast<std::ptrdiff_t>(layout.optional);
-    std::vector<std::string> expected(layout.attributes.begin(), optional);
-    std::copy_if(optional, layout.attributes.end(), std::back_inserter(expected), [&](const char* attribute) {
-        return std::find(found.begin(), found.end(), attribute) != found.end();
-    });
+std::string AttributeFault(const protocol::MessageKind& kind, const std::vector<std::string>& found) {
+    std::vector<std::string> expected(kind.required.begin(), kind.required.end());
+    std::copy_if(kind.optional.begin(), kind.optional.end(), std::back_inserter(expected),
+                 [&](const char* attribute) {
+                     return std::find(found.begin(), found.end(), attribute) != found.end();
+                 });
     return expected == found
                ? ""
-               : Fault("the attributes of " + name + " in the order " + Join(expected), Join(found));
+               : Fault("the attributes of " + std::string(kind.name) + " in the order " + Join(expected),
+                       Join(found));
 }
 
 std::string MessageFault(const pugi::xml_node& root, int dialect) {
@@ -136,18 +112,17 @@ std::string MessageFault(const pugi::xml_node& root, int dialect) {
     if (root.name() != std::string("msg")) {
         return Fault("an element 'msg'", Quoted(root.name()));
     }
-    const auto layout = std::find_if(Layouts().begin(), Layouts().end(), [&](const Layout& candidate) {
-        return candidate.dialect == dialect && candidate.name == name;
-    });
-    if (layout == Layouts().end()) {
+    const protocol::MessageKind* const kind = protocol::Find(dialect, protocol::Sender::Harness, name);
+    if (kind == nullptr) {
         return Fault("a message of protocol " + std::to_string(dialect) + ".0", Quoted(name));
     }
-    std::string fault = AttributeFault(name, *layout, AttributesOf(root));
+    std::string fault = AttributeFault(*kind, AttributesOf(root));
+    const char* const expected = protocol::VersionOf(dialect);
     const std::string version = root.attribute("protocolVersion").value();
-    if (!fault.empty() || dialect == 1 || version == "2.0") {
+    if (!fault.empty() || expected == nullptr || version == expected) {
         return fault;
     }
-    return Fault(name + " with protocolVersion '2.0'", Quoted(version));
+    return Fault(name + " with protocolVersion " + Quoted(expected), Quoted(version));
 }
 
 }  // namespace

@@ -1,18 +1,25 @@
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "rig/judge/Findings.h"
 #include "rig/judge/checks/Checks.h"
+#include "rig/protocol/Catalogue.h"
 
 namespace rig::judge {
 namespace {
 
+bool HasReports(const Run& run) {
+    const auto& kinds = protocol::Catalogue();
+    return std::any_of(kinds.begin(), kinds.end(), [&run](const protocol::MessageKind& kind) {
+        return protocol::IsReport(kind.name) && run.Received(kind.name) > 0;
+    });
+}
+
 bool ProvokesReports(const Run& run) {
     const bool isProvoked = run.Saw(log::Sign::EventSwitch) || run.Saw(log::Sign::FileSwitch) ||
                             run.Saw(log::Sign::TransportSwitch) || run.Saw(log::Sign::XferSwitch);
-    const bool isReported = run.Received("INVALID_EVENT") + run.Received("TRANSPORT_EXCEPTION") +
-                                run.Received("XFER_IN_PROGRESS") >
-                            0;
-    return IsSecondDialect(run) && (isProvoked || isReported);
+    return IsSecondDialect(run) && (isProvoked || HasReports(run));
 }
 
 Finding EventListSource(const Run& run, const Limits& /*limits*/) {
@@ -94,12 +101,9 @@ Finding AckReid(const Run& run, const Limits& limits) {
 }
 
 Finding ReportReid(const Run& run, const Limits& /*limits*/) {
-    const bool reached = run.Received("INVALID_EVENT") + run.Received("TRANSPORT_EXCEPTION") +
-                             run.Received("XFER_IN_PROGRESS") >
-                         0;
     return NoneOf({{run.reportWithoutReid, "the report of a fault without reid"},
                    {run.otherReid, "the report of a fault about another event than the request"}},
-                  reached, "the reid of the request in each report of a fault", "no report");
+                  HasReports(run), "the reid of the request in each report of a fault", "no report");
 }
 
 Finding ExportDone(const Run& run, const Limits& limits) {

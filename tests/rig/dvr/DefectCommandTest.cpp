@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "rig/dvr/defects/Defect.h"
+#include "rig/protocol/Catalogue.h"
 #include "tests/rig/dvr/Backend.h"
 #include "tests/rig/dvr/UsageError.h"
 #include "tests/support/Program.h"
@@ -77,15 +78,23 @@ TEST(DefectCommand, NamesTheChoicesForAnUnknownDefect) {
     EXPECT_EQ(result.output, "");
 }
 
-TEST(DefectCommand, ListsTheDefects) {
-    const ProgramResult result = RunRig({"dvr", "--list-defects"});
+void ExpectListed(const std::string& option, const rig::Listing& listing) {
+    const ProgramResult result = RunRig({"dvr", option});
     EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.output, rig::AsText(rig::dvr::ListDefects(), 80));
+    EXPECT_EQ(result.output, rig::AsText(listing, 80));
     EXPECT_EQ(result.errors, "");
-    const ProgramResult table = RunRig({"dvr", "--list-defects", "--format", "markdown"});
+    const ProgramResult table = RunRig({"dvr", option, "--format", "markdown"});
     EXPECT_EQ(table.status, 0);
-    EXPECT_EQ(table.output, rig::AsMarkdown(rig::dvr::ListDefects()));
+    EXPECT_EQ(table.output, rig::AsMarkdown(listing));
     EXPECT_EQ(table.errors, "");
+}
+
+TEST(DefectCommand, ListsTheDefects) {
+    ExpectListed("--list-defects", rig::dvr::ListDefects());
+}
+
+TEST(DefectCommand, ListsTheMessagesThatDefectsMayActOn) {
+    ExpectListed("--list-messages", rig::protocol::ListMessages());
 }
 
 /// Runs the DVR against a backend that reads `OK`, asks for the descriptions and reads them.

@@ -31,7 +31,7 @@ void PrintTo(const Faultless& tested, std::ostream* out) {
 
 class FaultlessTest : public testing::TestWithParam<Faultless> {};
 
-TEST_P(FaultlessTest, IsEveryMessageOfTheProtocol) {
+TEST_P(FaultlessTest, IsAMessageOfTheProtocol) {
     const std::string text = GetParam().text;
     EXPECT_EQ(FindWireFaults(HonestFrame(text), text, GetParam().dialect), std::vector<std::string>());
 }
@@ -44,17 +44,11 @@ INSTANTIATE_TEST_SUITE_P(
         Faultless{1, R"(<msg req="EVENT_XFER_COMPLETE"><events><string>E1</string><string> </string>)"
                      R"(</events></msg>)"},
         Faultless{1, R"(<msg req="EVENT_XFER_COMPLETE"><events /></msg>)"},
-        Faultless{1, R"(<msg req="DONE" />)"},
         Faultless{1, R"(<msg req="UPDATE_CONFIGURATION" txt="&lt;FakeConfig info=&quot;x&quot; /&gt;" />)"},
-        Faultless{2, R"(<msg req="GET_EVENT_LIST" protocolVersion="2.0" />)"},
         Faultless{2, R"(<msg req="NEXT_EVENT" reid="&#x0A;>" protocolVersion="2.0" />)"},
         Faultless{2, R"(<msg req="GET_FILE" reid="" path="" file="f" protocolVersion="2.0" />)"},
         Faultless{2,
                   R"(<msg req="GET_FILE" reid="E" path="E" file="f" protocolVersion="2.0" rehash="true" />)"},
-        Faultless{2, R"(<msg req="EVENT_XFER_COMPLETE" reid="E" protocolVersion="2.0" />)"},
-        Faultless{2, R"(<msg req="DONE" protocolVersion="2.0" />)"},
-        Faultless{2, R"(<msg req="DONE" protocolVersion="2.0" duration="30" />)"},
-        Faultless{2, R"(<msg req="UPDATE_SOFTWARE" path="/p" file="f" protocolVersion="2.0" />)"},
         Faultless{2, R"(<msg req="UPDATE_CONFIGURATION" protocolVersion="2.0" message="&lt;a /&gt;" />)"}));
 
 struct Faulty {

@@ -1,0 +1,127 @@
+#include "rig/protocol/Catalogue.h"
+
+#include <algorithm>
+#include <string>
+
+namespace rig::protocol {
+namespace {
+
+constexpr Sender Dvr = Sender::Dvr;
+constexpr Sender Harness = Sender::Harness;
+
+using Names = std::vector<const char*>;
+
+bool Holds(const Names& names, std::string_view name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+/// @return a list for people, "none" if it is empty
+std::string Join(const Names& names) {
+    std::string joined;
+    for (const char* name : names) {
+        joined += (joined.empty() ? "" : ", ") + std::string(name);
+    }
+    return joined.empty() ? "none" : joined;
+}
+
+std::string AttributesOf(const MessageKind& kind) {
+    return Join(kind.required) + (kind.optional.empty() ? "" : " [" + Join(kind.optional) + "]");
+}
+
+}  // namespace
+
+// clang-format off
+const std::vector<MessageKind>& Catalogue() {
+    static const std::vector<MessageKind> kinds = {
+        {1, Dvr, "OK", {"req"}, {}, "", {"GET_XML", "UPDATE_CONFIGURATION"}},
+        {1, Harness, "GET_XML", {"req"}, {}, "", {"XML"}},
+        {1, Dvr, "XML", {"req"}, {}, "xmlFile/string", {"GET_FILE"}},
+        {1, Harness, "GET_FILE", {"req", "path", "file"}, {}, "", {"FILE_COMPLETE"}},
+        {1, Dvr, "FILE_COMPLETE", {"req", "reid", "file"}, {}, "",
+         {"GET_FILE", "EVENT_XFER_COMPLETE", "DONE"}},
+        {1, Harness, "EVENT_XFER_COMPLETE", {"req"}, {}, "events/string", {}},
+        {1, Harness, "DONE", {"req"}, {}, "", {}},
+        {1, Harness, "UPDATE_CONFIGURATION", {"req", "txt"}, {}, "", {"CONFIGURATION_UPDATE_ERROR"}},
+        {1, Dvr, "CONFIGURATION_UPDATE_ERROR", {"req"}, {}, "", {}},
+
+        {2, Dvr, "OK", {"req"}, {"protocolVersion"}, "",
+         {"GET_EVENT_LIST", "UPDATE_CONFIGURATION", "UPDATE_SOFTWARE"}},
+        {2, Harness, "GET_EVENT_LIST", {"req", "protocolVersion"}, {}, "", {"EVENT_LIST"}},
+        {2, Dvr, "EVENT_LIST", {"req", "source"}, {"protocolVersion"}, "events/event", {"NEXT_EVENT"}},
+        {2, Harness, "NEXT_EVENT", {"req", "reid", "protocolVersion"}, {}, "", {"EVENT", "INVALID_EVENT"}},
+        {2, Dvr, "EVENT", {"req", "reid"}, {"protocolVersion"}, "xmlFile", {"GET_FILE"}},
+        {2, Harness, "GET_FILE", {"req", "reid", "path", "file", "protocolVersion"}, {"rehash"}, "",
+         {"FILE_COMPLETE", "INVALID_EVENT", "TRANSPORT_EXCEPTION", "XFER_IN_PROGRESS"}},
+        {2, Dvr, "FILE_COMPLETE", {"req", "reid", "file", "hashCode", "length"}, {"protocolVersion"}, "",
+         {"GET_FILE", "EVENT_XFER_COMPLETE"}},
+        {2, Dvr, "INVALID_EVENT", {"req", "reid"}, {"protocolVersion", "file"}, "", {"NEXT_EVENT", "GET_FILE"}},
+        {2, Dvr, "TRANSPORT_EXCEPTION", {"req", "reid"}, {"protocolVersion", "file"}, "", {"GET_FILE"}},
+        {2, Dvr, "XFER_IN_PROGRESS", {"req", "reid"}, {"protocolVersion", "file"}, "", {}},
+        {2, Harness, "EVENT_XFER_COMPLETE", {"req", "reid", "protocolVersion"}, {}, "", {"EVENT_XFER_ACK"}},
+        {2, Dvr, "EVENT_XFER_ACK", {"req", "reid"}, {"protocolVersion"}, "", {"NEXT_EVENT", "DONE"}},
+        {2, Harness, "DONE", {"req", "protocolVersion"}, {"duration"}, "", {}},
+        {2, Harness, "UPDATE_SOFTWARE", {"req", "path", "file", "protocolVersion"}, {}, "",
+         {"SOFTWARE_UPDATE_CONFIRM"}},
+        {2, Dvr, "SOFTWARE_UPDATE_CONFIRM", {"req"}, {"protocolVersion"}, "", {}},
+        {2, Harness, "UPDATE_CONFIGURATION", {"req", "protocolVersion", "message"}, {}, "",
+         {"CONFIGURATION_UPDATE_ERROR"}},
+        {2, Dvr, "CONFIGURATION_UPDATE_ERROR", {"req"}, {"protocolVersion"}, "", {}},
+    };
+    return kinds;
+}
+// clang-format on
+
+const MessageKind* Find(int dialect, Sender sender, std::string_view name) {
+    const auto found = std::find_if(Catalogue().begin(), Catalogue().end(), [&](const MessageKind& kind) {
+        return kind.dialect == dialect && kind.sender == sender && kind.name == name;
+    });
+    return found == Catalogue().end() ? nullptr : &*found;
+}
+
+std::optional<int> OnlyDialectOf(std::string_view name) {
+    std::optional<int> dialect;
+    for (const MessageKind& kind : Catalogue()) {
+        if (kind.name == name && dialect) {
+            return std::nullopt;
+        }
+        if (kind.name == name) {
+            dialect = kind.dialect;
+        }
+    }
+    return dialect;
+}
+
+const char* VersionOf(int dialect) {
+    return dialect == 2 ? "2.0" : nullptr;
+}
+
+bool HasAttribute(const MessageKind& kind, std::string_view attribute) {
+    return Holds(kind.required, attribute) || Holds(kind.optional, attribute);
+}
+
+bool HasChild(const MessageKind& kind, std::string_view element) {
+    return ("/" + std::string(kind.children) + "/").find("/" + std::string(element) + "/") !=
+           std::string::npos;
+}
+
+bool IsReport(std::string_view name) {
+    return std::any_of(Catalogue().begin(), Catalogue().end(), [name](const MessageKind& kind) {
+        return kind.sender == Harness && Holds(kind.answers, name) && kind.answers.front() != name;
+    });
+}
+
+const char* NameOf(Sender sender) {
+    return sender == Dvr ? "DVR" : "harness";
+}
+
+Listing ListMessages() {
+    Listing listing{{"message", "dialect", "from", "attributes [optional]", "children", "answered with"}, {}};
+    for (const MessageKind& kind : Catalogue()) {
+        listing.rows.push_back({kind.name, std::to_string(kind.dialect) + ".0", NameOf(kind.sender),
+                                AttributesOf(kind), *kind.children == '\0' ? "none" : kind.children,
+                                kind.answers.empty() ? "nothing" : Join(kind.answers)});
+    }
+    return listing;
+}
+
+}  // namespace rig::protocol
