@@ -70,7 +70,7 @@ void QueueEventFiles(const TiXmlHandle& recordingEvent, const std::string& event
     if (metadata) {
         files.emplace_back(eventId, FileName(*metadata));
     }
-    const TiXmlNode* stream = video.FirstChild("streams").FirstChild("stream").ToNode();
+    const TiXmlNode* stream = video.FirstChild("streams").FirstChild("stream").ToElement();
     for (; stream; stream = stream->NextSibling()) {
         for (const TiXmlNode* file = stream->FirstChild(); file; file = file->NextSibling()) {
             files.emplace_back(eventId, FileName(*file));
