@@ -46,7 +46,7 @@ TEST_F(Start, TakesNothingFromAnEarlierLoggerSetting) {
     LogMask(127);
     TakeJournal();
     EXPECT_EQ(output, Expected({LoggerSetUp(), Logged(32, "'invalidEvent' flag set"), Usage()}) +
-                          "ended with status 0\n");
+                          kExitHandlersRan + "ended with status 0\n");
 }
 
 TEST_F(Start, WithoutSignalHandlerEndsWithStatus1) {

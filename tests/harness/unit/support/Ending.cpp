@@ -25,6 +25,7 @@ void RunWithoutCatching(const std::function<void()>& code) noexcept {
     close(output);
     alarm(kTimeLimit);
     EchoJournal();
+    std::atexit([] { fputs(kExitHandlersRan, stderr); });
     RunWithoutCatching(code);
     fputs("came back\n", stderr);
     _exit(0);

@@ -18,7 +18,17 @@ std::string RunToItsEnd(const std::function<void()>& code);
 #define EXPECT_ABORT(statement, ...) \
     EXPECT_EQ(Expected({__VA_ARGS__}) + "ended by signal 6\n", RunToItsEnd([&] { statement; }))
 
-/// Expects a statement to end its process with an exit status, after exactly these lines.
-#define EXPECT_EXIT_STATUS(status, statement, ...)                                            \
+/// The last line of a process that ends by exit, and not by _exit or the like: a rig's logger that holds
+/// lines back has written them.
+constexpr const char* kExitHandlersRan = "the handlers of exit have run\n";
+
+/// Expects a statement to end its process by exit with that status, after exactly these lines.
+#define EXPECT_EXIT_STATUS(status, statement, ...)                                                         \
+    EXPECT_EQ(                                                                                             \
+        Expected({__VA_ARGS__}) + kExitHandlersRan + "ended with status " + std::to_string(status) + "\n", \
+        RunToItsEnd([&] { statement; }))
+
+/// Expects a statement to end its process with that status at once, as _exit does, after exactly these lines.
+#define EXPECT_STATUS_AT_ONCE(status, statement, ...)                                         \
     EXPECT_EQ(Expected({__VA_ARGS__}) + "ended with status " + std::to_string(status) + "\n", \
               RunToItsEnd([&] { statement; }))

@@ -56,7 +56,7 @@ void AddToJournal(const std::string& line);
 void AddLogLine(unsigned int level, const std::string& processName, const std::string& line);
 
 /// The journal is full after that many lines: the process then ends at once with status kJournalFull, without
-/// adding more. For EXPECT_EXIT_STATUS of a harness that would never end.
+/// adding more. For EXPECT_STATUS_AT_ONCE of a harness that would never end.
 void LimitJournal(std::size_t lines);
 constexpr int kJournalFull = 77;
 

@@ -45,10 +45,11 @@ TEST_F(Support, WritesTakeWhatTheyAreToldTo) {
 
 TEST_F(Support, ShowsTheEndOfAProcess) {
     EXPECT_ABORT((AddToJournal("last words"), std::abort()), Printed("last words"));
-    EXPECT_EXIT_STATUS(3, _exit(3), Nothing());
+    EXPECT_EXIT_STATUS(3, std::exit(3), Nothing());
+    EXPECT_STATUS_AT_ONCE(3, _exit(3), Nothing());
     EXPECT_ABORT(throw std::logic_error("text"), Uncaught("std::logic_error", "text"));
-    EXPECT_EXIT_STATUS(kJournalFull, LimitJournal(2);
-                       while (true) AddToJournal("again"), Printed("again"), Printed("again"));
+    EXPECT_STATUS_AT_ONCE(kJournalFull, LimitJournal(2);
+                          while (true) AddToJournal("again"), Printed("again"), Printed("again"));
 }
 
 TEST_F(Support, ExpectsOnlyLinesThatTheMaskLetsThrough) {

@@ -105,8 +105,8 @@ TEST_F(XmlFault_1_0, RepeatsAnEventWithoutIdentifierForEver) {
         LimitJournal(before + 1000);
         Handle(xml);
     };
-    EXPECT_EXIT_STATUS(kJournalFull, handleLimited(), received, FoundEvent("E1"),
-                       std::vector<Entry>(1000, NoReid()));
+    EXPECT_STATUS_AT_ONCE(kJournalFull, handleLimited(), received, FoundEvent("E1"),
+                          std::vector<Entry>(1000, NoReid()));
 }
 
 }  // namespace
