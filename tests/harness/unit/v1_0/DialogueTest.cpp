@@ -6,7 +6,8 @@ const std::string kGetXml = "<msg req=\"GET_XML\" />";
 
 class Export_1_0 : public Dialogue_1_0 {
  protected:
-    const std::string xml_ = Xml({Event("E1", "A", {"B"}), Event("E2", "D")});
+    /// All names are longer than what the newer dialect's switches cut off one, three characters.
+    const std::string xml_ = Xml({Event("EVENT1", "A.xml", {"B.mp4"}), Event("EVENT2", "D.xml")});
 
     /// Plays a whole export of two events and expects every step of it.
     void ExpectExport() {
@@ -16,16 +17,18 @@ class Export_1_0 : public Dialogue_1_0 {
         EXPECT_EQ(Handle(kOk), VelProtocolBase::MSG_CONTINUE);
         EXPECT_JOURNAL(Received(kOk), Logged(1, "got an OK, sending GET_XML"), sent(kGetXml));
         EXPECT_EQ(Handle(xml_), VelProtocolBase::MSG_CONTINUE);
-        EXPECT_JOURNAL(Received(xml_), FoundEvent("E1"), FoundEvent("E2"), sent(GetFile("E1", "A")));
-        EXPECT_EQ(protocol.filesToReceive, FileList({{"E1", "A"}, {"E1", "B"}, {"E2", "D"}}));
-        EXPECT_EQ(Handle(FileComplete("E1", "A")), VelProtocolBase::MSG_CONTINUE);
-        EXPECT_JOURNAL(Received(FileComplete("E1", "A")), GotFileComplete("E1", "A"),
-                       sent(GetFile("E1", "B")));
-        EXPECT_EQ(Handle(FileComplete("E1", "B")), VelProtocolBase::MSG_CONTINUE);
-        EXPECT_JOURNAL(Received(FileComplete("E1", "B")), GotFileComplete("E1", "B"),
-                       sent(GetFile("E2", "D")));
-        EXPECT_EQ(Handle(FileComplete("E2", "D")), VelProtocolBase::MSG_CLOSE_CLIENT);
-        EXPECT_JOURNAL(Received(FileComplete("E2", "D")), GotFileComplete("E2", "D"),
+        EXPECT_JOURNAL(Received(xml_), FoundEvent("EVENT1"), FoundEvent("EVENT2"),
+                       sent(GetFile("EVENT1", "A.xml")));
+        EXPECT_EQ(protocol.filesToReceive,
+                  FileList({{"EVENT1", "A.xml"}, {"EVENT1", "B.mp4"}, {"EVENT2", "D.xml"}}));
+        EXPECT_EQ(Handle(FileComplete("EVENT1", "A.xml")), VelProtocolBase::MSG_CONTINUE);
+        EXPECT_JOURNAL(Received(FileComplete("EVENT1", "A.xml")), GotFileComplete("EVENT1", "A.xml"),
+                       sent(GetFile("EVENT1", "B.mp4")));
+        EXPECT_EQ(Handle(FileComplete("EVENT1", "B.mp4")), VelProtocolBase::MSG_CONTINUE);
+        EXPECT_JOURNAL(Received(FileComplete("EVENT1", "B.mp4")), GotFileComplete("EVENT1", "B.mp4"),
+                       sent(GetFile("EVENT2", "D.xml")));
+        EXPECT_EQ(Handle(FileComplete("EVENT2", "D.xml")), VelProtocolBase::MSG_CLOSE_CLIENT);
+        EXPECT_JOURNAL(Received(FileComplete("EVENT2", "D.xml")), GotFileComplete("EVENT2", "D.xml"),
                        ExportEnded(protocol.events));
     }
 };
@@ -52,7 +55,7 @@ TEST_F(Export_1_0, SendsNothingWhenThereIsNoEvent) {
 TEST_F(Export_1_0, RequestsEachFileAndThenEndsTheExport) {
     ExpectExport();
     EXPECT_TRUE(protocol.filesToReceive.empty());
-    EXPECT_EQ(protocol.events, EventList({"E1", "E2"}));
+    EXPECT_EQ(protocol.events, EventList({"EVENT1", "EVENT2"}));
 }
 
 TEST_F(Export_1_0, EndsTheExportWhetherOrNotItsReportCanBeSaved) {
@@ -65,7 +68,7 @@ TEST_F(Export_1_0, EndsTheExportWhetherOrNotItsReportCanBeSaved) {
 TEST_F(Export_1_0, TheNextExportNamesTheEarlierEventsAgain) {
     ExpectExport();
     ExpectExport();
-    EXPECT_EQ(protocol.events, EventList({"E1", "E2", "E1", "E2"}));
+    EXPECT_EQ(protocol.events, EventList({"EVENT1", "EVENT2", "EVENT1", "EVENT2"}));
     EXPECT_EQ(protocol.socketFd, kSocket);
 }
 
@@ -94,8 +97,9 @@ TEST_F(Export_1_0, AnOkInTheMiddleLeavesTheListsAlone) {
     Given(xml_);
     EXPECT_EQ(Handle(kOk), VelProtocolBase::MSG_CONTINUE);
     EXPECT_JOURNAL(Received(kOk), Logged(1, "got an OK, sending GET_XML"), Sent(kGetXml));
-    EXPECT_EQ(protocol.events, EventList({"E1", "E2"}));
-    EXPECT_EQ(protocol.filesToReceive, FileList({{"E1", "A"}, {"E1", "B"}, {"E2", "D"}}));
+    EXPECT_EQ(protocol.events, EventList({"EVENT1", "EVENT2"}));
+    EXPECT_EQ(protocol.filesToReceive,
+              FileList({{"EVENT1", "A.xml"}, {"EVENT1", "B.mp4"}, {"EVENT2", "D.xml"}}));
 }
 
 TEST_F(Export_1_0, ASecondXmlAppendsAndRequestsTheFrontFileAgain) {
