@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
+#include "rig/log/HarnessText.h"
 #include "rig/protocol/Catalogue.h"
 
 namespace rig::log {
@@ -109,13 +110,26 @@ RunReader::Event RunReader::TakeSlice(const Statement& statement) {
     return Event::Message;
 }
 
+/// @return the message with its texts condensed, where those are read
+pugi::xml_node RunReader::AsTheHarnessReads(const pugi::xml_node& message) {
+    if (!message.first_child()) {
+        return message;
+    }
+    const std::string condensed = Condensed(incoming_.Text());
+    if (condensed == incoming_.Text()) {
+        return message;
+    }
+    condensed_.load_string(condensed.c_str(), kAsTheHarness);
+    return condensed_.child("msg");
+}
+
 void RunReader::TakeMessage() {
     next_.Forget();
     const std::string& text = incoming_.Text();
     message_ = {};
     message_.text = text;
     message_.time = incoming_.Time();
-    if (!document_.load_string(text.c_str(), pugi::parse_default)) {
+    if (!document_.load_string(text.c_str(), kAsTheHarness)) {
         message_.form = text.empty()         ? Message::Form::Empty
                         : text.back() != '>' ? Message::Form::BrokenOff
                                              : Message::Form::NotWellFormed;
@@ -136,7 +150,7 @@ void RunReader::TakeMessage() {
         message_.isRepeated = incoming_.IsRepeated();
         message_.event = next_.Event();
         incoming_.Remember();
-        message_.listed = next_.TakeMessage(message_.name, root);
+        message_.listed = next_.TakeMessage(message_.name, AsTheHarnessReads(root));
     }
 }
 

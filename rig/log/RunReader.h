@@ -58,11 +58,13 @@ class RunReader {
     void TakeSwitch(const Statement& statement);
     Event TakeSlice(const Statement& statement);
     void TakeMessage();
+    pugi::xml_node AsTheHarnessReads(const pugi::xml_node& message);
 
     Switches switches_;
     Incoming incoming_;
     NextRequest next_;
-    pugi::xml_document document_;
+    pugi::xml_document document_;   // the last message
+    pugi::xml_document condensed_;  // the last whose texts had white space to condense
     Message message_;
     Request request_;
     Fault fault_ = Fault::None;
