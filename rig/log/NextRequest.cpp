@@ -7,7 +7,7 @@
 namespace rig::log {
 namespace {
 
-constexpr std::size_t kDamage = 3;  // characters
+constexpr std::size_t kDamage = 3;  // characters that are cut off
 
 }  // namespace
 
@@ -62,7 +62,7 @@ Listed NextRequest::TakeMessage(const std::string& name, const pugi::xml_node& m
     return {};
 }
 
-Fault NextRequest::Take(const Statement& statement, const Switches& switches) {
+Fault NextRequest::TakeStatement(const Statement& statement, const Switches& switches) {
     if (!IsAnnouncement(statement.sign)) {
         return Fault::None;
     }
@@ -162,7 +162,7 @@ std::string NextRequest::Name() const {
     return "GET_FILE";
 }
 
-Request NextRequest::Make(const Switches& switches) {
+Request NextRequest::MakeRequest(const Switches& switches) {
     Request request;
     request.name = Name();
     if (request.name == "GET_FILE" && !lists_.files.empty()) {

@@ -7,7 +7,7 @@
 namespace rig::log {
 namespace {
 
-/// Its second failure ends a harness.
+/// The second failure ends a harness.
 constexpr int kMostBindFailures = 2;
 
 bool Knows(int protocol, const std::string& message) {
@@ -34,11 +34,11 @@ RunReader::Event RunReader::Add(const Statement& statement) {
             if (statement.detail.substr(0, 2) != "0]") {
                 return Event::None;
             }
-            request_ = next_.Make(switches_);
+            request_ = next_.MakeRequest(switches_);
             return Event::Request;
         default:
             TakeSwitch(statement);
-            fault_ = next_.Take(statement, switches_);
+            fault_ = next_.TakeStatement(statement, switches_);
             return fault_ == Fault::None ? Event::None : Event::Fault;
     }
 }
@@ -83,7 +83,7 @@ void RunReader::TakeSwitch(const Statement& statement) {
 }
 
 RunReader::Event RunReader::TakeSlice(const Statement& statement) {
-    if (!incoming_.Add(statement)) {
+    if (!incoming_.AddSlice(statement)) {
         return Event::Gap;
     }
     if (!incoming_.IsWhole()) {

@@ -76,8 +76,8 @@ std::optional<std::int64_t> TimeOfDay(std::string_view text, std::size_t at) {
     return time;
 }
 
-/// @return the microseconds by which local time is ahead of UTC, from a zone such as "+0100" or "+01:00"; 0
-///         for "Z" and for no zone: then only differences of times are meaningful
+/// @return the offset of a zone such as "+0100" or "+01:00" from UTC, in microseconds; 0 for "Z" and for no
+///         zone, where only differences of times are meaningful
 std::int64_t ZoneOffset(std::string_view zone) {
     if (zone.empty() || (zone[0] != '+' && zone[0] != '-')) {
         return 0;
@@ -137,8 +137,8 @@ std::optional<int> NumberAfter(std::string_view prefix, std::string_view word) {
     return number;
 }
 
-/// Reads "2026-11-20T14:03:07.123456Z", with each digit in its fixed place. Lines follow each other within a
-/// minute mostly, so that the minute's time is kept.
+/// Reads "2026-11-20T14:03:07.123456Z", with each digit in its fixed place. Remembers the minute: most lines
+/// are of the same one as the line before.
 class OwnClock {
  public:
     std::optional<std::int64_t> Read(const char* text) {
@@ -192,7 +192,7 @@ bool TakeText(std::string_view& text, std::string_view expected) {
     return isThere;
 }
 
-/// Reads a line of our own logger, where everything has its fixed place: most logs consist of these.
+/// Reads a line of our own logger, where everything has its fixed place. Most logs consist of such lines.
 /// "2026-11-20T14:03:07.123456Z velloran 16 velloran:212 Sending DONE"
 std::optional<Statement> OwnLine(std::string_view line) {
     static OwnClock clock;

@@ -24,8 +24,8 @@ struct ReplayManner {
 /// Plays the DVR's side of an earlier run, byte for byte and in order, on as many connections as that run
 /// had, and compares what this harness asks for with what the earlier one asked for.
 ///
-/// Where a log does not hold the text of a request, compares its announced length and whatever else the log
-/// says about it.
+/// Where the log lacks the text of a request, compares its announced length and whatever else the log says of
+/// it.
 class Replay {
  public:
     /// All arguments must outlive the replay.
@@ -37,8 +37,8 @@ class Replay {
 
     /// Plays to the end of the earlier run.
     /// @param wait  how long to try to connect
-    /// Throws Failure (ProtocolBroken) at the first point where this harness does something different, with
-    /// the log's line, what was expected and what was found, and Failure (NothingCame) when it stays silent.
+    /// Throws Failure (ProtocolBroken) where this harness first does something else, with the log's line,
+    /// what was expected and what was found, and Failure (NothingCame) when it stays silent.
     void Run(Milliseconds wait);
 
     /// @return how far it got, for people
@@ -61,7 +61,7 @@ class Replay {
     std::string Found(const std::string& text);
     void Show(bool isOurs, const std::string& text);
 
-    /// Throws the failure of an expectation from the log's line.
+    /// Throws the failure of what the log's line makes us expect.
     [[noreturn]] void Deviate(std::size_t line, const std::string& expected, const std::string& found,
                               ExitStatus status = ExitStatus::ProtocolBroken) const;
 
@@ -71,7 +71,7 @@ class Replay {
     ReplayManner manner_;
     WireCheck* wireCheck_ = nullptr;
     std::optional<Connection> connection_;
-    Clock::time_point anchor_;  // time of the last traffic on the connection, or of its start
+    Clock::time_point anchor_;  // of the last traffic on the connection, or of its start
     std::size_t messages_ = 0;  // sent
     std::size_t requests_ = 0;  // received, as expected
 };

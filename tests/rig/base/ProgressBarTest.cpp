@@ -37,7 +37,7 @@ TEST(ProgressBar, CutsANameBetweenItsCharacters) {
               "M\xc3\xbc [====================] 100 %  0.0 of 0.0 MB");
 }
 
-TEST(ProgressBar, KeepsItsLineWhateverAFileIsCalled) {
+TEST(ProgressBar, StaysOnOneLineWhateverAFileIsCalled) {
     EXPECT_EQ(ProgressBar("a\n\033[2J", 0, 0, 79),
               "a\\n\\x1b[2J [====================] 100 %  0.0 of 0.0 MB");
 }

@@ -59,25 +59,25 @@ TEST_F(ConnectionTest, ReceivesFramesOneByOne) {
     EXPECT_EQ(connection_->Receive(Clock::now() + kLong, kLong), "bc");
 }
 
-TEST_F(ConnectionTest, LooksOnceEvenWhenTheDeadlineHasPassed) {
+TEST_F(ConnectionTest, ChecksOnceEvenAfterTheDeadline) {
     PeerSends(
         "\x01"
         "a");
     EXPECT_EQ(connection_->Receive(Clock::now() - kShort, kLong), "a");
 }
 
-TEST_F(ConnectionTest, GivesNothingWhenNoFrameBeginsInTime) {
+TEST_F(ConnectionTest, ReturnsNothingWhenNoFrameBeginsInTime) {
     const auto start = Clock::now();
     EXPECT_EQ(connection_->Receive(start + kShort, kLong), std::nullopt);
     EXPECT_GE(Clock::now(), start + kShort);
 }
 
-TEST_F(ConnectionTest, ReportsAMessageThatStaysUnfinished) {
+TEST_F(ConnectionTest, ReportsAMessageThatRemainsUnfinished) {
     PeerSends(
         "\x09"
         "123456");
     EXPECT_EQ(BreachOf([&] { connection_->Receive(Clock::now() + kLong, kShort); }),
-              "a message that stays unfinished for 50 ms: announced 9, got 6");
+              "a message that remained unfinished for 50 ms: announced 9, got 6");
 }
 
 TEST_F(ConnectionTest, ReportsTheEndOfTheConnection) {
@@ -95,7 +95,7 @@ TEST_F(ConnectionTest, ReportsTheEndOfTheConnectionInsideAMessage) {
               "the end of the connection inside a message: announced 9, got 6");
 }
 
-TEST_F(ConnectionTest, GivesAWholeFrameBeforeItReportsTheEnd) {
+TEST_F(ConnectionTest, ReturnsAWholeFrameBeforeItReportsTheEnd) {
     PeerSends(
         "\x01"
         "a");
@@ -106,7 +106,7 @@ TEST_F(ConnectionTest, GivesAWholeFrameBeforeItReportsTheEnd) {
 TEST_F(ConnectionTest, ReportsAPeerThatIsGoneWhenItSends) {
     peer_.Close();
     EXPECT_EQ(BreachOf([&] { connection_->Send("bytes", kLong); }),
-              "the end of the connection when 0 of 5 bytes were sent");
+              "the end of the connection after 0 of 5 bytes were sent");
 }
 
 TEST_F(ConnectionTest, ReportsAPeerThatTakesNothing) {
@@ -156,7 +156,7 @@ TEST_F(PiecesTest, AreNotMadeUnlessAskedFor) {
     EXPECT_EQ(Pieces(), std::vector<std::string>{"12345678"});
 }
 
-TEST_F(PiecesTest, HavePausesBetweenThemAlone) {
+TEST_F(PiecesTest, HavePausesOnlyBetweenThem) {
     connection_->SendInPieces(2, Milliseconds(20));
     const auto start = Clock::now();
     connection_->Send("12345", kLong);
@@ -175,7 +175,7 @@ TEST_F(PiecesTest, EndWhenThePeerLeavesInAPause) {
         peer_.Close();
     });
     EXPECT_EQ(BreachOf([&] { connection_->Send("12345", kLong); }),
-              "the end of the connection when 2 of 5 bytes were sent");
+              "the end of the connection after 2 of 5 bytes were sent");
     peer.join();
     EXPECT_LT(Clock::now() - start, kLong);
 }

@@ -20,7 +20,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         UsageCase{"OtherDialect",
                   {"dvr", "--defect", "missing-hash"},
-                  " dvr: --defect missing-hash: expected protocol 2.0, which alone can show it, found "
+                  " dvr: --defect missing-hash: expected protocol 2.0, the only one that can show it, found "
                   "protocol 1.0"},
         UsageCase{"OtherMessage",
                   {"dvr", "--protocol", "2", "--defect", "missing-hash", "--on", "EVENT"},
@@ -28,16 +28,16 @@ INSTANTIATE_TEST_SUITE_P(
         UsageCase{"ValueWhereNoneIsTaken",
                   {"dvr", "--defect", "double=2"},
                   " dvr: --defect double: expected no value, found '2'"},
-        UsageCase{"ValueThatIsNoCount",
+        UsageCase{"ValueThatIsNotACount",
                   {"dvr", "--defect", "garble=0"},
                   " dvr: --defect garble: expected a number of bytes above 0, found '0'"},
-        UsageCase{"ValueThatIsNoPlace",
+        UsageCase{"ValueThatIsNotAPlace",
                   {"dvr", "--defect", "close=soon"},
                   " dvr: --defect close: expected a number of bytes, 'all' or 'random', found 'soon'"},
         UsageCase{"OccurrenceZero",
                   {"dvr", "--defect", "close", "--on", "XML:0"},
                   " dvr: --on: expected MESSAGE or MESSAGE:N with N above 0, found 'XML:0'"},
-        UsageCase{"OccurrenceNoNumber",
+        UsageCase{"OccurrenceNotANumber",
                   {"dvr", "--defect", "close", "--on", "XML:1x"},
                   " dvr: --on: expected MESSAGE or MESSAGE:N with N above 0, found 'XML:1x'"},
         UsageCase{"OccurrenceOfNothing",
@@ -60,7 +60,7 @@ INSTANTIATE_TEST_SUITE_P(
         UsageCase{"PlaceWithoutDefect",
                   {"dvr", "--at", "EVT-0001"},
                   " dvr: --at: expected a --defect before it, found none" + kMoreDvrHelp},
-        UsageCase{"SeedNoNumber",
+        UsageCase{"SeedNotANumber",
                   {"dvr", "--seed", "0x1"},
                   " dvr: --seed: expected a number from 0 to 4294967295, found '0x1'" + kMoreDvrHelp},
         UsageCase{"SeedTooHigh",
@@ -122,7 +122,7 @@ TEST(DefectCommand, PrintsTheSeedThatRepeatsTheRun) {
     EXPECT_NE(first.size(), 0U);
 }
 
-TEST(DefectCommand, TakesASeedWithALeadingZeroForADecimalOne) {
+TEST(DefectCommand, ReadsASeedWithALeadingZeroAsDecimal) {
     EXPECT_NE(
         PlayToXml({"--defect", "double", "--on", "XML:0009", "--seed", "010"}).output.find(" seed 10\n"),
         std::string::npos);

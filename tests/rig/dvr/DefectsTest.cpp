@@ -23,7 +23,7 @@ using rig::dvr::Outgoing;
 Sent Apply(const std::string& defect, const HonestMessage& honest) {
     const FixedRecordings recordings;
     Injector injector(recordings, honest.dialect, 0);
-    injector.Add(defect, {});
+    injector.AddDefect(defect, {});
     const Outgoing outgoing = injector.Prepare(Message::Parse(honest.text));
     Sent sent{outgoing.dropped ? "" : injector.Frame(outgoing), {}, {}, ""};
     for (const Message& message : outgoing.before) {
@@ -85,7 +85,7 @@ TEST(DefectKinds, AreAllTested) {
         EXPECT_EQ(Expectations().count(kind.name), 1U) << kind.name;
         EXPECT_TRUE(std::any_of(HonestMessages().begin(), HonestMessages().end(),
                                 [&](const HonestMessage& honest) { return ActsOn(kind, honest); }))
-            << kind.name << " acts on no message";
+            << kind.name << " does not act on any message";
     }
 }
 
@@ -116,7 +116,7 @@ TEST(DefectKinds, AreListedWithAllThatPeopleNeed) {
     }
 }
 
-TEST(DefectKinds, HaveNamesAndWordsOfTheirOwn) {
+TEST(DefectKinds, HaveUniqueNamesAndWords) {
     std::map<std::string, int> names;
     for (const DefectKind& kind : rig::dvr::DefectKinds()) {
         EXPECT_EQ(++names[kind.name], 1) << kind.name;

@@ -238,7 +238,7 @@ TEST_F(EarlierRunTest, MayBeginAnywhere) {
 
 TEST_F(EarlierRunTest, IsNotInSomethingElse) {
     const std::string expected = ":1: expected a line of the harness's log (\"velloran:N TEXT\"), found ";
-    EXPECT_EQ(FaultOf(""), expected + "no line");
+    EXPECT_EQ(FaultOf(""), expected + "an empty log");
     EXPECT_EQ(FaultOf("hello\nyou\n"), expected + "'hello'");
     EXPECT_EQ(FaultOf("no newline"), expected + "'no newline'");
     EXPECT_EQ(FaultOf(std::string("\x7f\0\n", 3)), expected + "'\\x7f\\x00'");
@@ -282,7 +282,7 @@ TEST_F(EarlierRunTest, LacksNoLineInTheMiddle) {
     HarnessLog prefix;
     prefix.Received(ok).Line("got an OK, sending GET_XML").Received("<msg/>");
     EXPECT_EQ(FaultOf(prefix.Text()),
-              ":5: expected 'hdr[0]= ' behind 'got an OK, sending GET_XML', as in a log "
+              ":5: expected 'hdr[0]= ' after 'got an OK, sending GET_XML', as in a log "
               "of all levels, found 'expecting a message of 6 bytes'");
     HarnessLog byte;
     byte.Received(ok).Line("hdr[0]= ac").Line("hdr[2]= 2");

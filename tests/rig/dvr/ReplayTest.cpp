@@ -89,7 +89,7 @@ TEST_F(ReplayTest, SendsEveryMessageAndEndsWell) {
     EXPECT_EQ(check_.Summary(), "wire check: 2 frames, none wrong");
 }
 
-TEST_F(ReplayTest, SendsWhatIsNoMessageToo) {
+TEST_F(ReplayTest, SendsWhatIsNotAMessageToo) {
     const std::string noMessage = std::string("<msg\n\0", 6) + std::string(900, 'x');
     HarnessLog log;
     piece_ = 100;
@@ -153,7 +153,7 @@ TEST_F(ReplayTest, NamesARequestAboutSomethingElse) {
         "found GET_FILE path=\"E1\" file=\"b\", announced with 41 bytes");
 }
 
-TEST_F(ReplayTest, NamesARequestThatIsNoMessage) {
+TEST_F(ReplayTest, NamesARequestThatIsNotAMessage) {
     EXPECT_EQ(DeviationOf([](BackendConnection& backend) {
                   backend.Read();
                   backend.Send(std::string(21, 'x'));
@@ -162,7 +162,7 @@ TEST_F(ReplayTest, NamesARequestThatIsNoMessage) {
               "'xxxxxxxxxxxxxxxxxxxxx', announced with 21 bytes");
 }
 
-TEST_F(ReplayTest, NamesARequestTooMuch) {
+TEST_F(ReplayTest, NamesAnExtraRequest) {
     EXPECT_EQ(DeviationOf([](BackendConnection& backend) {
                   backend.Read();
                   const std::string frame = rig::dvr::EncodeFrame(kGetXml);
@@ -172,7 +172,7 @@ TEST_F(ReplayTest, NamesARequestTooMuch) {
               "run.log:7: expected nothing more before NOISE, found GET_XML, announced with 21 bytes");
 }
 
-TEST_F(ReplayTest, NamesARequestTooMuchAtTheEnd) {
+TEST_F(ReplayTest, NamesAnExtraRequestAtTheEnd) {
     HarnessLog log;
     log.Connected().Received(kUnasked).Line("UNSUPPORTED MSG RECEIVED: NOISE").Line("shutting down");
     EXPECT_EQ(BreachOf([&] {
@@ -185,13 +185,13 @@ TEST_F(ReplayTest, NamesARequestTooMuchAtTheEnd) {
               "run.log:2: expected nothing more after NOISE, found GET_XML, announced with 21 bytes");
 }
 
-TEST_F(ReplayTest, WaitsForNothingBehindTheEndOfTheLog) {
+TEST_F(ReplayTest, WaitsForNothingAfterTheEndOfTheLog) {
     HarnessLog log;
     Play(log.Connected().Received(kOkIn10).Text(), [](BackendConnection& backend) {
         backend.Read();
         EXPECT_TRUE(backend.IsClosedByPeer());
     });
-    EXPECT_EQ(summary_, "replayed 1 of 1 messages, 0 requests as in run.log");
+    EXPECT_EQ(summary_, "replayed 1 of 1 message, 0 requests as in run.log");
 }
 
 TEST_F(ReplayTest, NamesTheRequestThatIsMissing) {
@@ -235,7 +235,7 @@ TEST_F(ReplayTest, ExpectsTheEndOfTheConnectionWhereTheLogHasIt) {
                       EXPECT_TRUE(backend.IsClosedByPeer());
                   });
               }),
-              "run.log:2: expected the end of the connection after OK, found it still there after 100 ms");
+              "run.log:2: expected the end of the connection after OK, found it still open after 100 ms");
 }
 
 TEST_F(ReplayTest, TakesAWrongPrefixThatTheLogHas) {
@@ -247,7 +247,7 @@ TEST_F(ReplayTest, TakesAWrongPrefixThatTheLogHas) {
         backend.SendBytes("\x1f" + kGetXml);
         EXPECT_EQ(backend.Read(), kUnasked);
     });
-    EXPECT_EQ(summary_, "replayed 2 of 2 messages, 1 requests as in run.log");
+    EXPECT_EQ(summary_, "replayed 2 of 2 messages, 1 request as in run.log");
     EXPECT_EQ(
         BreachOf([&] {
             Play(log.Text(), [](BackendConnection& backend) {
@@ -280,7 +280,7 @@ TEST_F(ReplayTest, DoesNotCompareWhatTheLogShowsInAnotherForm) {
         backend.Send(request);
         backend.Read();
     });
-    EXPECT_EQ(summary_, "replayed 2 of 2 messages, 1 requests as in run.log");
+    EXPECT_EQ(summary_, "replayed 2 of 2 messages, 1 request as in run.log");
 }
 
 TEST(ReplayOption, EndsWithStatus0AndAClosingLine) {
@@ -303,7 +303,7 @@ TEST(ReplayOption, EndsWithStatus0AndAClosingLine) {
     EXPECT_NE(result.output.find("replaying 4 messages of " + log + ", protocol 1.0, at full speed\n"),
               std::string::npos)
         << result.output;
-    EXPECT_NE(result.output.find("there is more than one run in " + log), std::string::npos) << result.output;
+    EXPECT_NE(result.output.find(log + " holds more than one run"), std::string::npos) << result.output;
     EXPECT_NE(result.output.find("replayed 4 of 4 messages, 2 requests as in " + log +
                                  "; wire check: 2 frames, none wrong\n"),
               std::string::npos)
@@ -325,8 +325,8 @@ TEST(ReplayOption, SaysWhereTheLogEnds) {
     const ProgramResult result =
         RunRig({"dvr", "--port", std::to_string(backend.Port()), "--replay", log, "--protocol", "1"});
     EXPECT_EQ(result.status, 0) << result.errors;
-    EXPECT_NE(result.output.find("; its last line is 19, and the message announced in line 19 is not in it "
-                                 "whole\n"),
+    EXPECT_NE(result.output.find("; its last line is 19, and the message announced in line 19 is "
+                                 "incomplete\n"),
               std::string::npos)
         << result.output;
 }
@@ -360,7 +360,7 @@ INSTANTIATE_TEST_SUITE_P(
         UsageCase{"NoTimes",
                   {"--replay", "LOG", "--replay-speed", "recorded"},
                   " dvr: --replay-speed recorded: expected a time such as 2026-11-20T14:03:07.123456Z at the "
-                  "start of each line, found lines without in 'LOG'; only full is possible"},
+                  "start of each line, found lines without one in 'LOG'; only full speed is possible"},
         UsageCase{"OtherSpeed",
                   {"--replay", "LOG", "--replay-speed", "half"},
                   " dvr: --replay-speed: expected full or recorded, found 'half'" + kMoreDvrHelp},
@@ -381,10 +381,10 @@ INSTANTIATE_TEST_SUITE_P(
             {"--replay", "/nonexistent\n"},
             " dvr: --replay: expected a log of the harness that can be read, found '/nonexistent\\n': No "
             "such file or directory"},
-        UsageCase{
-            "EmptyLog",
-            {"--replay", "/dev/null"},
-            " dvr: /dev/null:1: expected a line of the harness's log (\"velloran:N TEXT\"), found no line"},
+        UsageCase{"EmptyLog",
+                  {"--replay", "/dev/null"},
+                  " dvr: /dev/null:1: expected a line of the harness's log (\"velloran:N TEXT\"), found an "
+                  "empty log"},
         UsageCase{"OtherReaction",
                   {"--on-size-error", "stop"},
                   " dvr: --on-size-error: expected close or continue, found 'stop'" + kMoreDvrHelp}),

@@ -3,7 +3,7 @@
 #include <ostream>
 #include <string>
 
-#include "rig/dvr/wire/DocumentEnd.h"
+#include "rig/dvr/wire/Markup.h"
 
 namespace {
 
