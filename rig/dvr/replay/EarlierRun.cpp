@@ -92,7 +92,7 @@ class RunChooser {
                     "none");
         }
         EarlierRun run = chosen_->Finish();
-        run.followed = run.followed || runs_.size() > 1;
+        run.hasOtherRuns = run.hasOtherRuns || runs_.size() > 1;
         return run;
     }
 

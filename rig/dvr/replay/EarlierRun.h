@@ -40,7 +40,7 @@ struct EarlierRun {
     std::size_t lastLine = 0;    // of the log, of this run
     bool ended = false;          // the log shows the end of the run
     std::size_t cutMessage = 0;  // line that announces an incomplete message; 0: none
-    bool followed = false;       // the log holds another run
+    bool hasOtherRuns = false;   // the log holds another run
     bool timed = false;          // every message has its pause
 };
 

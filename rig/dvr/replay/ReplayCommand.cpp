@@ -47,7 +47,7 @@ void NoteStart(const EarlierRun& run, const DvrOptions& options, Transcript& tra
     transcript.Note(fmt::format("replaying {} of {}, protocol {}.0, at {} speed",
                                 Counted(run.messages.size(), "message"), run.log, run.dialect,
                                 options.replaySpeed));
-    if (run.followed) {
+    if (run.hasOtherRuns) {
         transcript.Note(
             fmt::format("{} holds more than one run; replaying the first with a message, to line {}", run.log,
                         run.lastLine));

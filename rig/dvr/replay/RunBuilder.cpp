@@ -82,7 +82,7 @@ void RunBuilder::StartOver() {
     } else {
         *this = RunBuilder(run_.log);
     }
-    run_.followed = true;
+    run_.hasOtherRuns = true;
 }
 
 void RunBuilder::TakeSize(std::size_t number, const log::Statement& statement) {

@@ -27,9 +27,9 @@ constexpr Milliseconds kShort(50);
 /// A connection whose other end the test controls.
 class ConnectionTest : public testing::Test {
  protected:
-    ConnectionTest() {
+    explicit ConnectionTest(int type = SOCK_STREAM) {
         int ends[2] = {-1, -1};
-        EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
+        EXPECT_EQ(socketpair(AF_UNIX, type, 0, ends), 0);
         connection_ = std::make_unique<Connection>(Descriptor(ends[0]));
         peer_ = Descriptor(ends[1]);
     }
@@ -118,14 +118,9 @@ TEST_F(ConnectionTest, ReportsAPeerThatTakesNothing) {
 }
 
 /// A connection that keeps separate sends separate.
-class PiecesTest : public testing::Test {
+class PiecesTest : public ConnectionTest {
  protected:
-    PiecesTest() {
-        int ends[2] = {-1, -1};
-        EXPECT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends), 0);
-        connection_ = std::make_unique<Connection>(Descriptor(ends[0]));
-        peer_ = Descriptor(ends[1]);
-    }
+    PiecesTest() : ConnectionTest(SOCK_SEQPACKET) {}
 
     /// @return the pieces that were sent, up to the end of the connection
     std::vector<std::string> Pieces() {
@@ -137,9 +132,6 @@ class PiecesTest : public testing::Test {
         }
         return pieces;
     }
-
-    std::unique_ptr<Connection> connection_;
-    Descriptor peer_;
 };
 
 TEST_F(PiecesTest, AreAsLongAsAskedForAndTheLastOneIsTheRest) {

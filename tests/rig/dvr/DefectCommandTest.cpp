@@ -5,9 +5,8 @@
 
 #include "rig/dvr/defects/Defect.h"
 #include "rig/protocol/Catalogue.h"
-#include "tests/rig/dvr/Backend.h"
+#include "tests/rig/dvr/ScriptedExport.h"
 #include "tests/rig/dvr/UsageError.h"
-#include "tests/support/Program.h"
 #include "tests/support/TemporaryFolder.h"
 
 // --defect and what goes with it, on the command line of the built program.
@@ -98,17 +97,14 @@ TEST(DefectCommand, ListsTheMessagesThatDefectsMayActOn) {
 }
 
 /// Runs the DVR against a backend that reads `OK`, asks for the descriptions and reads them.
-ProgramResult PlayToXml(Arguments options, std::string* descriptions = nullptr) {
-    Backend backend([descriptions](BackendConnection& connection) {
-        connection.Read();
-        connection.Send(R"(<msg req="GET_XML"/>)");
-        const std::string text = connection.Read();
+ProgramResult PlayToXml(const Arguments& options, std::string* descriptions = nullptr) {
+    return PlayDvr(options, [descriptions](BackendConnection& backend) {
+        backend.Read();
+        const std::string text = RequestOf(backend, kGetXml);
         if (descriptions != nullptr) {
             *descriptions = text;
         }
     });
-    options.insert(options.begin(), {"dvr", "--port", std::to_string(backend.Port())});
-    return RunRig(options);
 }
 
 TEST(DefectCommand, PrintsTheSeedThatRepeatsTheRun) {

@@ -172,13 +172,13 @@ TEST_F(EarlierRunTest, PassesOverOtherPrograms) {
     const EarlierRun run = Read(mixed);
     ASSERT_EQ(run.messages.size(), 1U);
     EXPECT_EQ(run.messages[0].text, kOk);
-    EXPECT_FALSE(run.followed);
+    EXPECT_FALSE(run.hasOtherRuns);
 }
 
 TEST_F(EarlierRunTest, IsTheFirstRunOfTwoInARow) {
     const EarlierRun run = Read(Opened().Connected({"'protocol' option set to 2"}).Received("<msg/>").Text());
     EXPECT_EQ(run.messages.size(), 1U);
-    EXPECT_TRUE(run.followed);
+    EXPECT_TRUE(run.hasOtherRuns);
     EXPECT_FALSE(run.ended) << "how the first one ended is not in the log";
     EXPECT_EQ(run.lastLine, 6U);
     EXPECT_EQ(run.dialect, 1);
@@ -193,7 +193,7 @@ TEST_F(EarlierRunTest, IsTheFirstRunWithAMessage) {
     const EarlierRun run = Read(log.Text());
     EXPECT_EQ(run.messages.size(), 1U);
     EXPECT_EQ(run.dialect, 1);
-    EXPECT_TRUE(run.followed);
+    EXPECT_TRUE(run.hasOtherRuns);
 }
 
 TEST_F(EarlierRunTest, IsTheFirstRunOfTwoInterleavedProcesses) {
@@ -204,7 +204,7 @@ TEST_F(EarlierRunTest, IsTheFirstRunOfTwoInterleavedProcesses) {
     const EarlierRun run = Read(log.Text());
     EXPECT_EQ(run.messages.at(0).text, "<msg/>");
     EXPECT_EQ(run.dialect, 1);
-    EXPECT_TRUE(run.followed);
+    EXPECT_TRUE(run.hasOtherRuns);
 }
 
 TEST_F(EarlierRunTest, IsWholeUpToWhereTheLogIsCut) {
@@ -255,7 +255,7 @@ TEST_F(EarlierRunTest, IsNotWhereNothingCanBeRead) {
               expected + "/': Is a directory");
 }
 
-TEST_F(EarlierRunTest, LacksNoLineInTheMiddle) {
+TEST_F(EarlierRunTest, MayNotLackALineInTheMiddle) {
     const std::string ok = "<msg req=\"OK\"/>";
     HarnessLog slice;
     slice.Line("expecting a message of 1000 bytes").Received(ok);

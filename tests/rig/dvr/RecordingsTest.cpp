@@ -46,12 +46,12 @@ TEST(Event, IsDescribedAsADocument) {
         "<file name=\"b\"/></stream><stream><file name=\"c\"/></stream></streams></video></recording-event>");
 }
 
-TEST(Event, IsDescribedWithoutStreamsWhereItHasNone) {
+TEST(Event, IsDescribedWithoutStreamsIfItHasNone) {
     EXPECT_EQ((Event{"E", "m", {}}.Describe()),
               "<recording-event reid=\"E\"><video><metadata name=\"m\"/></video></recording-event>");
 }
 
-TEST(FolderRecordings, AreSortedAndLeaveOutFilesBesideTheEvents) {
+TEST(FolderRecordings, AreSortedAndLeaveOutFilesNextToTheEvents) {
     const TemporaryFolder folder;
     folder.Write("E2/x", "");
     folder.Write("E10/x", "");

@@ -9,8 +9,8 @@
 #include "tests/rig/dvr/Backend.h"
 #include "tests/rig/dvr/Failures.h"
 #include "tests/rig/dvr/HarnessLog.h"
+#include "tests/rig/dvr/ScriptedExport.h"
 #include "tests/rig/dvr/UsageError.h"
-#include "tests/support/Program.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace {
@@ -39,6 +39,9 @@ HarnessLog Export() {
     log.Received(kFileComplete).Line("Got FILE_COMPLETE for: reid=E1  file=a");
     return log;
 }
+
+const std::string kInsteadOfGetXml =
+    "run.log:6: expected GET_XML, announced with 21 bytes (got an OK, sending GET_XML), found ";
 
 class ReplayTest : public testing::Test {
  protected:
@@ -90,11 +93,11 @@ TEST_F(ReplayTest, SendsEveryMessageAndEndsWell) {
 }
 
 TEST_F(ReplayTest, SendsWhatIsNotAMessageToo) {
-    const std::string noMessage = std::string("<msg\n\0", 6) + std::string(900, 'x');
+    const std::string malformed = std::string("<msg\n\0", 6) + std::string(900, 'x');
     HarnessLog log;
     piece_ = 100;
-    Play(log.Connected().Received(noMessage).Received("").Text(), [&](BackendConnection& backend) {
-        EXPECT_EQ(backend.Read(), noMessage);
+    Play(log.Connected().Received(malformed).Received("").Text(), [&](BackendConnection& backend) {
+        EXPECT_EQ(backend.Read(), malformed);
         EXPECT_EQ(backend.Read(), "");
     });
     EXPECT_NE(out_.str().find("-> '<msg\\n\\x00xxx"), std::string::npos) << out_.str();
@@ -125,19 +128,16 @@ TEST_F(ReplayTest, NamesTheFirstRequestOfAnotherLength) {
                   backend.Send(R"(<msg req="UPDATE_CONFIGURATION" txt="x" />)");
                   EXPECT_TRUE(backend.IsClosedByPeer());
               }),
-              "run.log:6: expected GET_XML, announced with 21 bytes (got an OK, sending GET_XML), found "
-              "UPDATE_CONFIGURATION txt=\"x\", announced with 42 bytes");
+              kInsteadOfGetXml + "UPDATE_CONFIGURATION txt=\"x\", announced with 42 bytes");
     EXPECT_EQ(summary_, "replayed 1 of 4 messages, 0 requests as in run.log");
 }
 
 TEST_F(ReplayTest, NamesARequestOfAnotherName) {
-    EXPECT_EQ(
-        DeviationOf([](BackendConnection& backend) {
-            backend.Read();
-            backend.Send(R"(<msg req="GET_ALL" />)");
-        }),
-        "run.log:6: expected GET_XML, announced with 21 bytes (got an OK, sending GET_XML), found GET_ALL, "
-        "announced with 21 bytes");
+    EXPECT_EQ(DeviationOf([](BackendConnection& backend) {
+                  backend.Read();
+                  backend.Send(R"(<msg req="GET_ALL" />)");
+              }),
+              kInsteadOfGetXml + "GET_ALL, announced with 21 bytes");
 }
 
 TEST_F(ReplayTest, NamesARequestAboutSomethingElse) {
@@ -158,8 +158,7 @@ TEST_F(ReplayTest, NamesARequestThatIsNotAMessage) {
                   backend.Read();
                   backend.Send(std::string(21, 'x'));
               }),
-              "run.log:6: expected GET_XML, announced with 21 bytes (got an OK, sending GET_XML), found "
-              "'xxxxxxxxxxxxxxxxxxxxx', announced with 21 bytes");
+              kInsteadOfGetXml + "'xxxxxxxxxxxxxxxxxxxxx', announced with 21 bytes");
 }
 
 TEST_F(ReplayTest, NamesAnExtraRequest) {
@@ -196,24 +195,19 @@ TEST_F(ReplayTest, WaitsForNothingAfterTheEndOfTheLog) {
 
 TEST_F(ReplayTest, NamesTheRequestThatIsMissing) {
     silence_ = kShort;
-    folder_.Write("run.log", Export().Text());
-    EXPECT_EQ(
-        FailureOf(ExitStatus::NothingCame,
-                  [&] {
-                      Play(Export().Text(), [](BackendConnection& backend) {
-                          backend.Read();
-                          EXPECT_TRUE(backend.IsClosedByPeer());
-                      });
-                  }),
-        "run.log:6: expected GET_XML, announced with 21 bytes (got an OK, sending GET_XML), found nothing "
-        "within 100 ms");
+    EXPECT_EQ(FailureOf(ExitStatus::NothingCame,
+                        [&] {
+                            Play(Export().Text(), [](BackendConnection& backend) {
+                                backend.Read();
+                                EXPECT_TRUE(backend.IsClosedByPeer());
+                            });
+                        }),
+              kInsteadOfGetXml + "nothing within 100 ms");
 }
 
 TEST_F(ReplayTest, NamesTheRequestAtWhichTheHarnessLeaves) {
-    EXPECT_EQ(
-        DeviationOf([](BackendConnection& backend) { backend.Read(); }),
-        "run.log:6: expected GET_XML, announced with 21 bytes (got an OK, sending GET_XML), found the end "
-        "of the connection between two messages");
+    EXPECT_EQ(DeviationOf([](BackendConnection& backend) { backend.Read(); }),
+              kInsteadOfGetXml + "the end of the connection between two messages");
 }
 
 TEST_F(ReplayTest, ExpectsTheEndOfTheConnectionWhereTheLogHasIt) {
@@ -260,14 +254,12 @@ TEST_F(ReplayTest, TakesAWrongPrefixThatTheLogHas) {
 }
 
 TEST_F(ReplayTest, NamesAWrongPrefixThatTheLogDoesNotHave) {
-    EXPECT_EQ(
-        DeviationOf([](BackendConnection& backend) {
-            backend.Read();
-            backend.SendBytes("\x1f" + kGetXml);
-            EXPECT_TRUE(backend.IsClosedByPeer());
-        }),
-        "run.log:6: expected GET_XML, announced with 21 bytes (got an OK, sending GET_XML), found GET_XML, "
-        "announced with 31 bytes, got 21");
+    EXPECT_EQ(DeviationOf([](BackendConnection& backend) {
+                  backend.Read();
+                  backend.SendBytes("\x1f" + kGetXml);
+                  EXPECT_TRUE(backend.IsClosedByPeer());
+              }),
+              kInsteadOfGetXml + "GET_XML, announced with 31 bytes, got 21");
 }
 
 TEST_F(ReplayTest, DoesNotCompareWhatTheLogShowsInAnotherForm) {
@@ -283,21 +275,22 @@ TEST_F(ReplayTest, DoesNotCompareWhatTheLogShowsInAnotherForm) {
     EXPECT_EQ(summary_, "replayed 2 of 2 messages, 1 request as in run.log");
 }
 
+/// Plays the harness of Export().
+void ServeExport(BackendConnection& backend) {
+    backend.Read();
+    RequestOf(backend, kGetXml);
+    backend.Read();
+    RequestOf(backend, kGetFile);
+}
+
 TEST(ReplayOption, EndsWithStatus0AndAClosingLine) {
     const TemporaryFolder folder;
     folder.Write("run.log", Export().Line("shutting down").Connected().Received(kOkIn10).Text());
     const std::string log = (folder.Path() / "run.log").string();
-    Backend backend([](BackendConnection& connection) {
-        connection.Read();
-        connection.SendAtOnce(kGetXml);
-        connection.Read();
-        connection.Read();
-        connection.SendAtOnce(kGetFile);
-        connection.Read();
-        EXPECT_TRUE(connection.IsClosedByPeer());
+    const ProgramResult result = PlayDvr({"--replay", log, "--wire-check"}, [](BackendConnection& backend) {
+        ServeExport(backend);
+        EXPECT_TRUE(backend.IsClosedByPeer());
     });
-    const ProgramResult result =
-        RunRig({"dvr", "--port", std::to_string(backend.Port()), "--replay", log, "--wire-check"});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, "");
     EXPECT_NE(result.output.find("replaying 4 messages of " + log + ", protocol 1.0, at full speed\n"),
@@ -314,16 +307,7 @@ TEST(ReplayOption, SaysWhereTheLogEnds) {
     const TemporaryFolder folder;
     folder.Write("run.log", Export().Line("expecting a message of 900 bytes").Text());
     const std::string log = (folder.Path() / "run.log").string();
-    Backend backend([](BackendConnection& connection) {
-        connection.Read();
-        connection.SendAtOnce(kGetXml);
-        connection.Read();
-        connection.Read();
-        connection.SendAtOnce(kGetFile);
-        connection.Read();
-    });
-    const ProgramResult result =
-        RunRig({"dvr", "--port", std::to_string(backend.Port()), "--replay", log, "--protocol", "1"});
+    const ProgramResult result = PlayDvr({"--replay", log, "--protocol", "1"}, ServeExport);
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_NE(result.output.find("; its last line is 19, and the message announced in line 19 is "
                                  "incomplete\n"),
