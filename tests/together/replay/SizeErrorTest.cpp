@@ -38,9 +38,8 @@ bool Contains(const Words& lines, const std::string& line) {
 
 TEST_F(WrongPrefixTest, EndsTheDialogueUnlessTold) {
     Talk({"-p", "2", "-z"}, {"--protocol", "2", "--frame-timeout", "0.3"}, 1,
-         "expected UPDATE_SOFTWARE, UPDATE_CONFIGURATION or GET_EVENT_LIST, found a message that stays "
-         "unfinished "
-         "for 300 ms: announced 75, got 50");
+         "expected UPDATE_SOFTWARE, UPDATE_CONFIGURATION or GET_EVENT_LIST, found a message that remained "
+         "unfinished for 300 ms: announced 75, got 50");
 }
 
 TEST_F(WrongPrefixTest, OfTwoMessagesInARowIsTolerated) {
