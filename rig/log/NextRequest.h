@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "rig/log/Statement.h"
 #include "rig/log/WorkLists.h"
@@ -27,8 +29,11 @@ struct Request {
     std::string reid;
     std::string file;
     Fault fault = Fault::None;
-    std::int64_t pause = 0;  // microseconds that the harness sleeps after it
-    bool isCertain = true;   // the log, or the message before it, reveals its name
+    std::int64_t pause = 0;                 // microseconds that the harness sleeps after it
+    std::uint32_t announced = 0;            // bytes, as far as its prefix has gone out
+    std::optional<std::string> statedFile;  // EVENT/FILE, where a statement names it
+    std::vector<std::string> statedEvents;  // that a 1.0 report names, likewise
+    bool isCertain = true;                  // the log, or the message before it, reveals its name
 };
 
 /// What the harness asks for next. The log does not hold its requests: they follow from the lists that it
@@ -62,9 +67,11 @@ class NextRequest {
     std::string Name() const;
 
     WorkLists lists_;
-    std::string last_;           // the last message's name
-    std::string announced_;      // what a statement said would be sent next
-    std::string announcement_;   // the last statement that is about what is sent next
+    std::string last_;          // the last message's name
+    std::string announced_;     // what a statement said would be sent next
+    std::string announcement_;  // the last statement that is about what is sent next
+    std::optional<std::string> statedFile_;
+    std::vector<std::string> statedEvents_;
     bool popped_ = false;        // since the last message, a file was retired
     std::int64_t left_ = 0;      // files of the event after that
     Fault fault_ = Fault::None;  // of the next request

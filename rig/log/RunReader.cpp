@@ -1,6 +1,7 @@
 #include "rig/log/RunReader.h"
 
 #include <algorithm>
+#include <charconv>
 
 #include "rig/protocol/Catalogue.h"
 
@@ -9,6 +10,8 @@ namespace {
 
 /// The second failure ends a harness.
 constexpr int kMostBindFailures = 2;
+
+constexpr std::uint32_t kMostPrefixBytes = 5;
 
 bool Knows(int protocol, const std::string& message) {
     return protocol::Find(protocol == 2 ? 2 : 1, protocol::Sender::Dvr, message) != nullptr;
@@ -31,16 +34,29 @@ RunReader::Event RunReader::Add(const Statement& statement) {
         case Sign::Incoming:
             return TakeSlice(statement);
         case Sign::HeaderByte:
-            if (statement.detail.substr(0, 2) != "0]") {
-                return Event::None;
-            }
-            request_ = next_.MakeRequest(switches_);
-            return Event::Request;
+            return TakePrefixByte(statement);
         default:
             TakeSwitch(statement);
             fault_ = next_.TakeStatement(statement, switches_);
             return fault_ == Fault::None ? Event::None : Event::Fault;
     }
+}
+
+/// Takes "INDEX]= HEX".
+RunReader::Event RunReader::TakePrefixByte(const Statement& statement) {
+    constexpr std::size_t kIndexEnd = 4;
+    const bool isFirst = statement.detail.substr(0, 2) == "0]";
+    if (isFirst) {
+        request_ = next_.MakeRequest(switches_);
+    }
+    const std::string_view hex = statement.detail.substr(std::min(kIndexEnd, statement.detail.size()));
+    std::uint32_t byte = 0;
+    std::from_chars(hex.data(), hex.data() + hex.size(), byte, 16);
+    const auto index = static_cast<std::uint32_t>(statement.Number());
+    if (index < kMostPrefixBytes) {
+        request_.announced |= (byte & 0x7f) << (7 * index);
+    }
+    return isFirst ? Event::Request : Event::None;
 }
 
 void RunReader::NoteStart(Sign sign) {

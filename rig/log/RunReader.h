@@ -54,6 +54,7 @@ class RunReader {
 
  private:
     void NoteStart(Sign sign);
+    Event TakePrefixByte(const Statement& statement);
     void TakeSwitch(const Statement& statement);
     Event TakeSlice(const Statement& statement);
     void TakeMessage();

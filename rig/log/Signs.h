@@ -68,6 +68,7 @@ enum class Sign : std::size_t {
     XferFault,
     LastFile,
     SendingComplete,
+    ReportedEvent,
     AckWithoutReid,
     AckReidWrong,
     Acknowledged,

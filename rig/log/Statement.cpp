@@ -137,8 +137,8 @@ std::optional<int> NumberAfter(std::string_view prefix, std::string_view word) {
     return number;
 }
 
-/// Reads "2026-11-20T14:03:07.123456Z", with each digit in its fixed place. Remembers the minute: most lines
-/// are of the same one as the line before.
+/// Reads "2026-11-20T14:03:07.123456Z", with each digit in its fixed place. Remembers the minute, which
+/// most lines share with the line before.
 class OwnClock {
  public:
     std::optional<std::int64_t> Read(const char* text) {

@@ -1,7 +1,10 @@
 #include "rig/protocol/Catalogue.h"
 
 #include <algorithm>
+#include <map>
+#include <set>
 #include <string>
+#include <tuple>
 
 namespace rig::protocol {
 namespace {
@@ -72,10 +75,16 @@ const std::vector<MessageKind>& Catalogue() {
 // clang-format on
 
 const MessageKind* Find(int dialect, Sender sender, std::string_view name) {
-    const auto found = std::find_if(Catalogue().begin(), Catalogue().end(), [&](const MessageKind& kind) {
-        return kind.dialect == dialect && kind.sender == sender && kind.name == name;
-    });
-    return found == Catalogue().end() ? nullptr : &*found;
+    using Key = std::tuple<std::string_view, int, Sender>;
+    static const std::map<Key, const MessageKind*> kKinds = [] {
+        std::map<Key, const MessageKind*> kinds;
+        for (const MessageKind& kind : Catalogue()) {
+            kinds[{kind.name, kind.dialect, kind.sender}] = &kind;
+        }
+        return kinds;
+    }();
+    const auto found = kKinds.find({name, dialect, sender});
+    return found == kKinds.end() ? nullptr : found->second;
 }
 
 std::optional<int> OnlyDialectOf(std::string_view name) {
@@ -105,9 +114,16 @@ bool HasChild(const MessageKind& kind, std::string_view element) {
 }
 
 bool IsReport(std::string_view name) {
-    return std::any_of(Catalogue().begin(), Catalogue().end(), [name](const MessageKind& kind) {
-        return kind.sender == Harness && Holds(kind.answers, name) && kind.answers.front() != name;
-    });
+    static const std::set<std::string_view> kReports = [] {
+        std::set<std::string_view> reports;
+        for (const MessageKind& kind : Catalogue()) {
+            if (kind.sender == Harness && kind.answers.size() > 1) {
+                reports.insert(kind.answers.begin() + 1, kind.answers.end());
+            }
+        }
+        return reports;
+    }();
+    return kReports.count(name) > 0;
 }
 
 const char* NameOf(Sender sender) {

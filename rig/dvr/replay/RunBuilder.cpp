@@ -130,7 +130,6 @@ void RunBuilder::EndMessage() {
     incoming_.text = reader_.LastMessage().text;
     run_.messages.push_back(std::move(incoming_));
     name_ = reader_.LastMessage().name;
-    subject_.reset();
     prefixBytes_ = 0;
     if (!dialect_ && !reader_.HasStart()) {
         dialect_ = protocol::OnlyDialectOf(name_);
@@ -185,7 +184,7 @@ void RunBuilder::TakePrefixByte(std::size_t number, const log::Statement& statem
     if (prefixBytes_ == 0) {
         BeginRequest(number);
     }
-    run_.messages.back().requests.back().announced |= (*byte & 0x7f) << (7 * prefixBytes_);
+    run_.messages.back().requests.back().announced = reader_.LastRequest().announced;
     const bool isLast = (*byte & 0x80) == 0 || prefixBytes_ + 1 == kMaxPrefixBytes;
     prefixBytes_ = isLast ? 0 : prefixBytes_ + 1;
 }
@@ -194,7 +193,7 @@ void RunBuilder::BeginRequest(std::size_t number) {
     const log::Request& sent = reader_.LastRequest();
     EarlierRequest request;
     request.line = number;
-    request.subject = subject_;
+    request.subject = sent.statedFile;
     if (sent.isCertain) {
         request.name = sent.name;
         request.evidence =
@@ -212,10 +211,6 @@ void RunBuilder::BeginRequest(std::size_t number) {
 }
 
 void RunBuilder::TakeEvidence(std::size_t number, const log::Statement& statement) {
-    if (log::IsAnnouncement(statement.sign)) {
-        const std::string subject = SubjectAnnouncedBy(statement);
-        subject_ = subject.empty() ? std::nullopt : std::optional<std::string>(subject);
-    }
     Confirm(statement);
     if (IsPromise(statement.sign) && !IsMissingRequest(number, statement)) {
         promised_ = log::Unescaped(statement.text);

@@ -55,7 +55,6 @@ class RunBuilder {
     std::optional<int> dialect_;          // as far as the statements show
     std::optional<LogTime> anchor_;       // of the last traffic on the connection, or of its start
     std::string name_;                    // of the message being answered
-    std::optional<std::string> subject_;  // of what is sent next
     std::string promised_;                // the statement that something is sent next; empty once it is
     std::size_t prefixBytes_ = 0;         // of the request being sent; 0: none
     std::vector<RequestId> unconfirmed_;  // whose subject a later statement may reveal
