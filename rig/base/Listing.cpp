@@ -1,5 +1,7 @@
 #include "rig/base/Listing.h"
 
+#include <fmt/ranges.h>
+
 #include <algorithm>
 #include <iostream>
 #include <sstream>
@@ -30,11 +32,7 @@ std::string Wrapped(const std::string& text, std::size_t columns) {
 }
 
 std::string RowOf(const std::vector<std::string>& cells) {
-    std::string row = "|";
-    for (const std::string& cell : cells) {
-        row += " " + cell + " |";
-    }
-    return row + "\n";
+    return fmt::format("| {} |\n", fmt::join(cells, " | "));
 }
 
 }  // namespace

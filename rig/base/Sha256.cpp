@@ -1,6 +1,6 @@
 #include "rig/base/Sha256.h"
 
-#include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <openssl/evp.h>
 
 #include <array>

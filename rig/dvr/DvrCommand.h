@@ -30,13 +30,13 @@ struct DvrOptions {
     double timeout = 30;                    // seconds
     double frameTimeout = 5;                // seconds
     int transferTime = 200;                 // milliseconds
-    std::uint64_t rate = 0;              // of transfers, in bytes per second, instead of that time; 0: none
-    std::optional<std::size_t> segment;  // size of the pieces to send, in bytes; all at once if not given
-    int gap = 10;                        // milliseconds between them
-    std::optional<std::string> deliver;  // folder for copies
-    std::optional<std::string> replay;   // log of an earlier run
-    std::string replaySpeed = "full";    // or "recorded"
-    std::string onSizeError = "close";   // or "continue"
+    std::optional<std::uint64_t> rate;      // of transfers, in bytes per second, instead of that time
+    std::optional<std::size_t> segment;     // size of the pieces to send, in bytes; all at once if not given
+    int gap = 10;                           // milliseconds between them
+    std::optional<std::string> deliver;     // folder for copies
+    std::optional<std::string> replay;      // log of an earlier run
+    std::string replaySpeed = "full";       // or "recorded"
+    std::string onSizeError = "close";      // or "continue"
     bool wireCheck = false;
     std::vector<DefectOption> defects;
     bool listDefects = false;           // and play nothing

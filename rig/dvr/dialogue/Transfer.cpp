@@ -12,10 +12,10 @@ constexpr std::chrono::hours kLongest(24 * 365 * 30);  // as clocks cannot go mu
 }  // namespace
 
 Clock::duration TransferPace::TimeFor(std::uint64_t length) const {
-    if (rate == 0) {
+    if (!rate) {
         return each;
     }
-    const std::chrono::duration<double> time(static_cast<double>(length) / static_cast<double>(rate));
+    const std::chrono::duration<double> time(static_cast<double>(length) / static_cast<double>(*rate));
     return time < kLongest ? std::chrono::ceil<Clock::duration>(time) : kLongest;
 }
 

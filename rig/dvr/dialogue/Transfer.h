@@ -12,8 +12,8 @@ namespace rig::dvr {
 
 /// How long the transfer of a file takes.
 struct TransferPace {
-    Milliseconds each{200};  // unless there is a rate: however long the file is
-    std::uint64_t rate = 0;  // bytes per second; 0: none
+    Milliseconds each{200};               // unless there is a rate: however long the file is
+    std::optional<std::uint64_t> rate{};  // bytes per second
 
     /// @return the time for a file of `length` bytes, at most 30 years
     Clock::duration TimeFor(std::uint64_t length) const;

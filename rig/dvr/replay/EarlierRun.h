@@ -37,11 +37,11 @@ struct EarlierRun {
     std::string log;  // name of the file
     int dialect = 1;
     std::vector<EarlierMessage> messages;
-    std::size_t lastLine = 0;    // of the log, of this run
-    bool ended = false;          // the log shows the end of the run
-    std::size_t cutMessage = 0;  // line that announces an incomplete message; 0: none
-    bool hasOtherRuns = false;   // the log holds another run
-    bool timed = false;          // every message has its pause
+    std::size_t lastLine = 0;               // of the log, of this run
+    bool ended = false;                     // the log shows the end of the run
+    std::optional<std::size_t> cutMessage;  // line that announces an incomplete message
+    bool hasOtherRuns = false;              // the log holds another run
+    bool timed = false;                     // every message has its pause
 };
 
 /// Reads the first run with a message from the harness's log. Skips lines that are not the harness's.

@@ -74,8 +74,8 @@ void Replay::Run(Milliseconds wait) {
         if (!connection_) {
             connection_ = Connection::Open(endpoint_, wait);
             connection_->Decoder().AcceptSizeErrors();
-            if (manner_.piece > 0) {
-                connection_->SendInPieces(manner_.piece, manner_.gap);
+            if (manner_.piece) {
+                connection_->SendInPieces(*manner_.piece, manner_.gap);
             }
             anchor_ = Clock::now();
             transcript_.Note("connected; -> is sent by the DVR, <- by the harness");

@@ -14,11 +14,11 @@ namespace rig::dvr {
 
 /// How a replay waits, and sends.
 struct ReplayManner {
-    Milliseconds silence{30'000};  // for the harness's next message, and for it to take one of ours
-    Milliseconds frame{5'000};     // for the next bytes of a message that has begun
-    bool paced = false;            // keeps the pauses of the earlier run, which must then be timed
-    std::size_t piece = 0;         // bytes to send at a time; 0: all at once
-    Milliseconds gap{0};           // between two pieces
+    Milliseconds silence{30'000};      // for the harness's next message, and for it to take one of ours
+    Milliseconds frame{5'000};         // for the next bytes of a message that has begun
+    bool paced = false;                // keeps the pauses of the earlier run, which must then be timed
+    std::optional<std::size_t> piece;  // bytes to send at a time; all at once if not set
+    Milliseconds gap{0};               // between two pieces
 };
 
 /// Plays the DVR's side of an earlier run, byte for byte and in order, on as many connections as that run

@@ -33,9 +33,9 @@ void CheckOptions(const DvrOptions& options, const EarlierRun& run) {
 
 /// @return what the reader should know about the end of the log, to append to a summary; may be empty
 std::string EndOfLog(const EarlierRun& run) {
-    if (run.cutMessage != 0) {
+    if (run.cutMessage) {
         return fmt::format("; its last line is {}, and the message announced in line {} is incomplete",
-                           run.lastLine, run.cutMessage);
+                           run.lastLine, *run.cutMessage);
     }
     if (!run.ended && !run.messages.back().closed) {
         return fmt::format("; its last line is {}, and what the harness did next is unknown", run.lastLine);
@@ -82,10 +82,9 @@ void PlayReplay(const DvrOptions& options, Transcript& transcript) {
     CheckOptions(options, run);
     const Endpoint endpoint(options.host, options.port);
     NoteStart(run, options, transcript);
-    Replay replay(
-        run, endpoint, transcript,
-        {FromSeconds(options.timeout), FromSeconds(options.frameTimeout), options.replaySpeed == "recorded",
-         options.segment.value_or(0), Milliseconds(options.gap)});
+    Replay replay(run, endpoint, transcript,
+                  {FromSeconds(options.timeout), FromSeconds(options.frameTimeout),
+                   options.replaySpeed == "recorded", options.segment, Milliseconds(options.gap)});
     WireCheck wireCheck(run.dialect, false);
     if (options.wireCheck) {
         replay.Check(wireCheck);

@@ -262,7 +262,9 @@ EarlierRun RunBuilder::Finish() const {
     }
     EarlierRun run = run_;
     run.dialect = dialect_.value_or(1);
-    run.cutMessage = reader_.Arriving().IsWhole() ? 0 : incoming_.line;
+    if (!reader_.Arriving().IsWhole()) {
+        run.cutMessage = incoming_.line;
+    }
     run.timed = std::all_of(run.messages.begin(), run.messages.end(),
                             [](const EarlierMessage& message) { return message.pause.has_value(); });
     return run;

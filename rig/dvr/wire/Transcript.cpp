@@ -1,6 +1,6 @@
 #include "rig/dvr/wire/Transcript.h"
 
-#include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include "rig/base/Counted.h"
 #include "rig/base/Printable.h"
@@ -41,12 +41,8 @@ Transcript::~Transcript() {
 }
 
 void Transcript::Sent(const Message& message, const std::vector<std::string>& defects) {
-    std::string marks;
-    for (const std::string& defect : defects) {
-        marks += (marks.empty() ? "  [" : ", ") + defect;
-    }
-    Print(marks.empty() ? Colour::Cyan : Colour::Red,
-          "-> " + Summarize(message) + (marks.empty() ? "" : marks + "]"));
+    const std::string marks = defects.empty() ? "" : fmt::format("  [{}]", fmt::join(defects, ", "));
+    Print(defects.empty() ? Colour::Cyan : Colour::Red, "-> " + Summarize(message) + marks);
 }
 
 void Transcript::Received(const Message& message) {

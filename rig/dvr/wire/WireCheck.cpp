@@ -1,6 +1,6 @@
 #include "rig/dvr/wire/WireCheck.h"
 
-#include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <iterator>
@@ -17,20 +17,12 @@ namespace rig::dvr {
 namespace {
 
 std::string Hex(const std::string& bytes) {
-    std::string hex;
-    for (const char byte : bytes) {
-        hex += fmt::format("{}{:02x}", hex.empty() ? "" : " ", static_cast<unsigned char>(byte));
-    }
-    return hex;
+    const std::vector<unsigned char> numbers(bytes.begin(), bytes.end());
+    return fmt::format("{:02x}", fmt::join(numbers, " "));
 }
 
-template <typename Names>
-std::string Join(const Names& names) {
-    std::string joined;
-    for (const auto& name : names) {
-        joined += (joined.empty() ? "" : ", ") + Printable(name);
-    }
-    return joined.empty() ? "none" : joined;
+std::string Join(const std::vector<std::string>& names) {
+    return names.empty() ? "none" : Printable(fmt::format("{}", fmt::join(names, ", ")));
 }
 
 std::string Fault(const std::string& expected, const std::string& found) {

@@ -216,7 +216,7 @@ TEST_F(EarlierRunTest, IsWholeUpToWhereTheLogIsCut) {
         ASSERT_EQ(run.messages.size(), isWhole ? 2U : 1U) << size;
         EXPECT_EQ(run.messages[0].requests.size(), 1U);
         EXPECT_FALSE(run.ended);
-        EXPECT_EQ(run.cutMessage != 0, !isWhole && run.lastLine > 6U) << size;
+        EXPECT_EQ(run.cutMessage.has_value(), !isWhole && run.lastLine > 6U) << size;
     }
 }
 

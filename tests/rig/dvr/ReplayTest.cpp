@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <ostream>
 #include <sstream>
 #include <string>
@@ -74,7 +75,7 @@ class ReplayTest : public testing::Test {
     std::string summary_;
     WireCheck check_{1, true};
     Milliseconds silence_ = kLong;
-    std::size_t piece_ = 0;
+    std::optional<std::size_t> piece_;
 };
 
 TEST_F(ReplayTest, SendsEveryMessageAndEndsWell) {

@@ -24,7 +24,7 @@ namespace fs = std::filesystem;
 const Clock::time_point kStart = Clock::time_point() + hours(1);
 
 TEST(TransferPace, GivesEachFileTheSameTimeWithoutARate) {
-    const TransferPace pace{Milliseconds(300), 0};
+    const TransferPace pace{Milliseconds(300)};
     EXPECT_EQ(pace.TimeFor(0), Milliseconds(300));
     EXPECT_EQ(pace.TimeFor(1'000'000'000'000), Milliseconds(300));
 }
@@ -58,7 +58,7 @@ TEST(Transfer, TakesItsTime) {
 }
 
 TEST(Transfer, AdvancesTenTimesASecondAndAtItsEnd) {
-    Transfer transfer({"EVT1", "a.ts"}, 10'000, {Milliseconds(250), 0}, nullptr, kStart);
+    Transfer transfer({"EVT1", "a.ts"}, 10'000, {Milliseconds(250)}, nullptr, kStart);
     transfer.Advance(kStart);
     EXPECT_EQ(transfer.NextAdvance(), kStart + Milliseconds(100));
     transfer.Advance(kStart + Milliseconds(120));
@@ -110,7 +110,7 @@ TEST_F(CopyingTransferTest, CopiesWhatIsDue) {
 
 TEST_F(CopyingTransferTest, PausesAfterEachPieceOfALongFile) {
     SetLength(150'000);
-    Transfer transfer = NewTransfer(150'000, {Milliseconds(100), 0});
+    Transfer transfer = NewTransfer(150'000, {Milliseconds(100)});
     const auto late = kStart + seconds(1);
     transfer.Advance(late);
     EXPECT_EQ(transfer.Done(), 65'536U);
@@ -125,7 +125,7 @@ TEST_F(CopyingTransferTest, PausesAfterEachPieceOfALongFile) {
 
 TEST_F(CopyingTransferTest, CopiesTheWholeFileEvenIfItChangesMeanwhile) {
     SetLength(10'000);
-    Transfer grown = NewTransfer(4, {Milliseconds(100), 0});
+    Transfer grown = NewTransfer(4, {Milliseconds(100)});
     grown.Advance(kStart + seconds(1));
     EXPECT_TRUE(grown.IsOver());
     EXPECT_EQ(fs::file_size(Copy()), 10'000U);
