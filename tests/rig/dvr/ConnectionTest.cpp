@@ -109,7 +109,7 @@ TEST_F(ConnectionTest, ReportsAPeerThatIsGoneWhenItSends) {
               "the end of the connection after 0 of 5 bytes were sent");
 }
 
-TEST_F(ConnectionTest, ReportsAPeerThatTakesNothing) {
+TEST_F(ConnectionTest, ReportsAPeerThatReadsNothing) {
     const std::string much(64 << 20, 'x');
     const std::string failure = FailureOf(ExitStatus::NothingCame, [&] { connection_->Send(much, kShort); });
     EXPECT_NE(failure.find("expected the harness to take 67108864 bytes of a message"), std::string::npos)

@@ -131,7 +131,7 @@ TEST(DefectCommand, MarksWhatADefectHasDone) {
         << result.output;
 }
 
-TEST(DefectCommand, TakesColonsInTheNameOfAnEvent) {
+TEST(DefectCommand, AcceptsColonsInTheNameOfAnEvent) {
     const TemporaryFolder folder;
     folder.Write("21:05:00/a.ts", "a");
     folder.Write("21/b.ts", "b");

@@ -89,7 +89,7 @@ TEST(DefectKinds, AreAllTested) {
     }
 }
 
-TEST(DefectKinds, PassOverWhatTheyCannotActOn) {
+TEST(DefectKinds, IgnoreWhatTheyCannotActOn) {
     for (const DefectKind& kind : rig::dvr::DefectKinds()) {
         for (const HonestMessage& honest : HonestMessages()) {
             if (!ActsOn(kind, honest) &&
@@ -100,7 +100,7 @@ TEST(DefectKinds, PassOverWhatTheyCannotActOn) {
     }
 }
 
-TEST(DefectKinds, AreListedWithAllThatPeopleNeed) {
+TEST(DefectKinds, AreListedWithEverythingPeopleNeed) {
     const std::string list = rig::AsMarkdown(rig::dvr::ListDefects());
     EXPECT_EQ(std::count(list.begin(), list.end(), '\n'),
               2 + static_cast<long>(rig::dvr::DefectKinds().size()));

@@ -108,7 +108,7 @@ TEST_F(DeliveryTest, HasTheModeOfAnyNewFile) {
               fs::status(folder_.Path() / "other").permissions());
 }
 
-TEST_F(DeliveryTest, TakesAnyNameThatStaysInTheFolder) {
+TEST_F(DeliveryTest, AcceptsAnyNameThatStaysInTheFolder) {
     for (const std::string& name :
          std::vector<std::string>{" a  \"b\" & 'c' <d>", "M\xc3\xbcnchen", std::string(255, 'n'), "...",
                                   "..a", "a\nb", "-rf", "\\"}) {

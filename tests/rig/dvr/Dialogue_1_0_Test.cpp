@@ -89,7 +89,7 @@ TEST_F(Dialogue10Test, IsDoneAfterTheListOfEventsAndDone) {
     EXPECT_EQ(dialogue_.Summary(), "exported 2 of 2 events, 5 files, 22 bytes");
 }
 
-TEST_F(Dialogue10Test, TakesEventsOfEarlierExportsBeforeItsOwn) {
+TEST_F(Dialogue10Test, AcceptsEventsOfEarlierExportsBeforeItsOwn) {
     TransferAll();
     Handle(R"(<msg req="EVENT_XFER_COMPLETE"><events><string>OLD</string><string>EVT1</string>)"
            R"(<string>EVT2</string></events></msg>)");

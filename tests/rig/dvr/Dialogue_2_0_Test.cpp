@@ -189,7 +189,7 @@ TEST_F(Dialogue20Test, IsDoneWithAnyNumberOfEventsAcknowledged) {
     EXPECT_EQ(dialogue_.Summary(), "exported 1 of 2 events, 2 files, 9 bytes");
 }
 
-TEST_F(Dialogue20Test, TakesADurationInDone) {
+TEST_F(Dialogue20Test, AcceptsADurationInDone) {
     Handle(kListRequest);
     Export2();
     for (const std::string duration : {"0", "", "-1", "soon", "1.5"}) {

@@ -110,7 +110,7 @@ TEST_F(EarlierRunTest, NamesTheSubjectsOfA20Dialogue) {
     EXPECT_EQ(run.messages[5].requests.at(0).subject, "duration=30");
 }
 
-TEST_F(EarlierRunTest, HoldsTheTextWhereThePrefixWasWrong) {
+TEST_F(EarlierRunTest, HoldsTheTextOfARequestWithAWrongPrefix) {
     HarnessLog log;
     log.Connected({"'sizeError' flag set"}).Received(kOk).Line("got an OK, sending GET_XML").Sent(31);
     log.Line(R"(sent: size= 1/31/21  '<msg req="GET_XML" />')");
@@ -162,7 +162,7 @@ TEST_F(EarlierRunTest, HasNoPausesWithoutTimes) {
     EXPECT_FALSE(Read(log.Connected().Received(kOk).Text()).timed);
 }
 
-TEST_F(EarlierRunTest, PassesOverOtherPrograms) {
+TEST_F(EarlierRunTest, IgnoresOtherPrograms) {
     HarnessLog log("Nov 20 14:03:07 rig velloran[7]: ");
     const std::string text = log.Connected().Received(kOk).Line("got an OK, sending GET_XML").Sent(21).Text();
     std::string mixed = "\n\x01\x02\n";
@@ -207,7 +207,7 @@ TEST_F(EarlierRunTest, IsTheFirstRunOfTwoInterleavedProcesses) {
     EXPECT_TRUE(run.hasOtherRuns);
 }
 
-TEST_F(EarlierRunTest, IsWholeUpToWhereTheLogIsCut) {
+TEST_F(EarlierRunTest, IsCompleteUpToWhereTheLogIsCut) {
     const std::string whole = Opened().Received("<msg/>").Line("INVALID XML RECEIVED").Text();
     const std::string head = Opened().Text();
     for (std::size_t size = head.size(); size < whole.size(); ++size) {
@@ -236,7 +236,7 @@ TEST_F(EarlierRunTest, MayBeginAnywhere) {
     }
 }
 
-TEST_F(EarlierRunTest, IsNotInSomethingElse) {
+TEST_F(EarlierRunTest, NeedsALogOfTheHarness) {
     const std::string expected = ":1: expected a line of the harness's log (\"velloran:N TEXT\"), found ";
     EXPECT_EQ(FaultOf(""), expected + "an empty log");
     EXPECT_EQ(FaultOf("hello\nyou\n"), expected + "'hello'");
@@ -247,7 +247,7 @@ TEST_F(EarlierRunTest, IsNotInSomethingElse) {
         ":1: expected a message of the DVR (\"GetMessage:incoming message, ...\") up to here, found none");
 }
 
-TEST_F(EarlierRunTest, IsNotWhereNothingCanBeRead) {
+TEST_F(EarlierRunTest, NeedsAReadableFile) {
     const std::string expected = "--replay: expected a log of the harness that can be read, found '";
     EXPECT_EQ(FailureOf(ExitStatus::Unusable, [] { rig::dvr::ReadEarlierRun("/nonexistent"); }),
               expected + "/nonexistent': No such file or directory");

@@ -80,7 +80,7 @@ TEST_F(InjectorTest, CountsTheMessagesOfEachName) {
     EXPECT_EQ(ActingOnFile("EVT2", "c.ts"), none_);
 }
 
-TEST_F(InjectorTest, CountsAlsoForADefectThatAlwaysActs) {
+TEST_F(InjectorTest, CountsForADefectThatAlwaysActsToo) {
     injector_.AddDefect("missing-hash", {"FILE_COMPLETE", 2, "", ""});
     EXPECT_EQ(ActingOnFile("EVT1", "a.ts"), none_);
     EXPECT_EQ(ActingOnFile("EVT1", "b.ts"), Names{"missing-hash"});
@@ -103,7 +103,7 @@ TEST_F(InjectorTest, LimitsADefectToAFile) {
     EXPECT_EQ(ActingOnFile("EVT1", "b.ts"), Names{"missing-hash"});
 }
 
-TEST_F(InjectorTest, TakesAMessageAndAPlaceTogether) {
+TEST_F(InjectorTest, CombinesAMessageAndAPlace) {
     injector_.AddDefect("double", {"FILE_COMPLETE", 0, "EVT1", "b.ts"});
     EXPECT_EQ(Acting(R"(<msg req="XFER_IN_PROGRESS" reid="EVT1" file="b.ts"/>)"), none_);
     EXPECT_EQ(ActingOnFile("EVT1", "a.ts"), none_);
@@ -206,7 +206,7 @@ TEST_F(InjectorTest, RefusesAValueThatTheDefectDoesNotTake) {
     }
 }
 
-TEST_F(InjectorTest, TakesAnythingForAText) {
+TEST_F(InjectorTest, AcceptsAnythingAsText) {
     for (const char* defect :
          {"wrong-reid=", "wrong-reid=a=b", "double=", "unknown-message=\n", "close=000"}) {
         EXPECT_NO_THROW(injector_.AddDefect(defect, {})) << defect;

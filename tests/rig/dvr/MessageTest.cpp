@@ -47,7 +47,7 @@ TEST(Message, DistinguishesAMissingAttributeFromAnEmptyOne) {
     EXPECT_EQ(message.Name(), "NEXT_EVENT");
 }
 
-TEST(Message, TakesDeclarationsCommentsAndBlanksAroundItsElement) {
+TEST(Message, AcceptsDeclarationsCommentsAndBlanksAroundItsElement) {
     EXPECT_EQ(Message::Parse("<?xml version=\"1.0\"?>\n<!-- hello -->\n<msg req=\"OK\"/>\n").Name(), "OK");
 }
 

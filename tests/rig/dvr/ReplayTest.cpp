@@ -233,7 +233,7 @@ TEST_F(ReplayTest, ExpectsTheEndOfTheConnectionWhereTheLogHasIt) {
               "run.log:2: expected the end of the connection after OK, found it still open after 100 ms");
 }
 
-TEST_F(ReplayTest, TakesAWrongPrefixThatTheLogHas) {
+TEST_F(ReplayTest, AcceptsAWrongPrefixThatTheLogHas) {
     HarnessLog log;
     log.Connected({"'sizeError' flag set"}).Received(kOkIn10).Line("got an OK, sending GET_XML").Sent(31);
     log.Line("sent: size= 1/31/21  '" + kGetXml + "'").Received(kUnasked);

@@ -31,7 +31,7 @@ class DecoderTest : public testing::Test {
     FrameDecoder decoder_;
 };
 
-TEST_F(DecoderTest, TakesWhatHasComeOfATextThatEndsEarly) {
+TEST_F(DecoderTest, ReturnsWhatHasComeOfATextThatEndsEarly) {
     Append(TooLongFrame(kGetXml));
     EXPECT_EQ(decoder_.NextText(), std::nullopt);
     EXPECT_EQ(decoder_.GiveUp(), kGetXml);
@@ -40,7 +40,7 @@ TEST_F(DecoderTest, TakesWhatHasComeOfATextThatEndsEarly) {
     EXPECT_FALSE(decoder_.InsideFrame());
 }
 
-TEST_F(DecoderTest, TakesHalfADocumentWhereNoMoreHasCome) {
+TEST_F(DecoderTest, ReturnsHalfADocumentIfNoMoreHasCome) {
     Append("\x14<msg");
     EXPECT_EQ(decoder_.NextText(), std::nullopt);
     EXPECT_EQ(decoder_.GiveUp(), "<msg");
@@ -75,7 +75,7 @@ TEST_F(DecoderTest, SeparatesAFrameThatSwallowsTheWholeNext) {
     EXPECT_EQ(decoder_.GiveUp(), second);
 }
 
-TEST_F(DecoderTest, LeavesRightFramesAsTheyAre) {
+TEST_F(DecoderTest, LeavesCorrectFramesUnchanged) {
     const std::string text = kGetXml + "\r\n";
     Append(rig::dvr::EncodeFrame(text) + rig::dvr::EncodeFrame("no document"));
     EXPECT_EQ(decoder_.NextText(), text);
@@ -83,7 +83,7 @@ TEST_F(DecoderTest, LeavesRightFramesAsTheyAre) {
     EXPECT_FALSE(decoder_.InsideFrame());
 }
 
-TEST(SizeError, IsHandedOutAtOnceWhereItIsExpected) {
+TEST(SizeError, IsHandedOutAtOnceIfExpected) {
     FrameDecoder decoder;
     const std::string frame = TooLongFrame(kGetXml);
     decoder.ExpectSizeError(31, 21);

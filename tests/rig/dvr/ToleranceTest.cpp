@@ -43,7 +43,7 @@ class ToleranceTest : public testing::Test {
     rig::dvr::Dialogue_2_0 two_{recordings_, folder_.Path() / "velloranFail"};
 };
 
-TEST_F(ToleranceTest, RemarksOnWhatIsOutOfPlaceOnce) {
+TEST_F(ToleranceTest, RemarksOnceOnWhatIsOutOfPlace) {
     EXPECT_EQ(Two(R"(req="NEXT_EVENT" reid="EVT1")"), Texts{"EVENT"});
     EXPECT_EQ(two_.TakeRemarks(), Texts{"NEXT_EVENT in answer to OK"});
     EXPECT_EQ(two_.TakeRemarks(), Texts());
@@ -55,7 +55,7 @@ TEST_F(ToleranceTest, RemarksOnNothingThatIsInPlace) {
     EXPECT_EQ(two_.TakeRemarks(), Texts());
 }
 
-TEST_F(ToleranceTest, StillWantsMessagesThatAreWellMade) {
+TEST_F(ToleranceTest, StillWantsWellFormedMessages) {
     EXPECT_EQ(BreachOf([&] { Two(R"(req="NEXT_EVENT")"); }), "NEXT_EVENT without its attribute 'reid'");
     EXPECT_EQ(BreachOf([&] { Two(R"(req="HELLO")"); }), "an unknown message, 'HELLO'");
     EXPECT_EQ(BreachOf([&] { One(R"(req="NEXT_EVENT" reid="EVT1")"); }), "an unknown message, 'NEXT_EVENT'");
@@ -114,7 +114,7 @@ TEST_F(ToleranceTest, DoesNotAnswerARequestForAnUnknownFileIn10) {
     EXPECT_FALSE(one_.IsTransferring());
 }
 
-TEST_F(ToleranceTest, TakesAnotherListIn10) {
+TEST_F(ToleranceTest, AcceptsAnotherListIn10) {
     One(R"(req="GET_XML")");
     EXPECT_EQ(Answers(one_, "<msg req=\"EVENT_XFER_COMPLETE\"><events><string>E</string></events></msg>"),
               Texts());

@@ -126,7 +126,7 @@ class PipeReader {
 /// Whether the pipe is followed, or read to its end.
 class LogReaderOfAPipe : public testing::TestWithParam<bool> {};
 
-TEST_P(LogReaderOfAPipe, TakesTheLastWordsOfAHarnessThatIsInterruptedWithIt) {
+TEST_P(LogReaderOfAPipe, ReadsTheLastWordsOfAHarnessThatIsInterruptedWithIt) {
     PipeReader reader(GetParam());
     reader.Write("a\n");
     reader.Interrupt();

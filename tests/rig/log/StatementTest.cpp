@@ -65,7 +65,7 @@ TEST(Statement, EndsItsPrefixAtTheFirstSource) {
 
 class NotALogLine : public testing::TestWithParam<const char*> {};
 
-TEST_P(NotALogLine, IsPassedOver) {
+TEST_P(NotALogLine, IsIgnored) {
     EXPECT_FALSE(ReadStatement(GetParam()));
 }
 
