@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "rig/dvr/replay/EarlierRun.h"
 #include "tests/rig/dvr/Failures.h"
@@ -256,42 +257,33 @@ TEST_F(EarlierRunTest, NeedsAReadableFile) {
 }
 
 TEST_F(EarlierRunTest, MayNotLackALineInTheMiddle) {
-    const std::string ok = "<msg req=\"OK\"/>";
-    HarnessLog slice;
-    slice.Line("expecting a message of 1000 bytes").Received(ok);
-    EXPECT_EQ(FaultOf(slice.Text()),
-              ":2: expected 'GetMessage:incoming message, bytes 1 to 800:', found 'expecting a message of 15 "
-              "bytes'");
-    HarnessLog second;
-    second.Line("expecting a message of 1000 bytes");
-    second.Line("GetMessage:incoming message, bytes 801 to 1600:x");
-    EXPECT_EQ(
-        FaultOf(second.Text()),
-        ":2: expected 'GetMessage:incoming message, bytes 1 to 800:', found 'GetMessage:incoming message, "
-        "bytes 801 to 1600:x'");
-    HarnessLog cut;
-    cut.Line("expecting a message of 6 bytes").Line("GetMessage:incoming message, bytes 1 to 6:<ms");
-    EXPECT_EQ(FaultOf(cut.Text()),
-              ":2: expected 'GetMessage:incoming message, bytes 1 to 6:' and 6 bytes, found "
-              "'3 bytes: <ms'");
-    HarnessLog size;
-    size.Received(ok).Line("GetMessage:incoming message, bytes 1 to 6:<msg/>");
-    EXPECT_EQ(FaultOf(size.Text()),
-              ":4: expected 'expecting a message of N bytes', found 'GetMessage:incoming "
-              "message, bytes 1 to 6:<msg/>'");
-    HarnessLog prefix;
-    prefix.Received(ok).Line("got an OK, sending GET_XML").Received("<msg/>");
-    EXPECT_EQ(FaultOf(prefix.Text()),
-              ":5: expected 'hdr[0]= ' after 'got an OK, sending GET_XML', as in a log "
-              "of all levels, found 'expecting a message of 6 bytes'");
-    HarnessLog byte;
-    byte.Received(ok).Line("hdr[0]= ac").Line("hdr[2]= 2");
-    EXPECT_EQ(FaultOf(byte.Text()), ":5: expected 'hdr[1]= ' and a byte in hexadecimal, found 'hdr[2]= 2'");
-    HarnessLog number;
-    number.Received(ok).Line("expecting a message of some bytes");
-    EXPECT_EQ(FaultOf(number.Text()),
-              ":4: expected 'expecting a message of N bytes', found 'expecting a message "
-              "of some bytes'");
+    const std::pair<HarnessLog, const char*> logs[] = {
+        {HarnessLog().Line("expecting a message of 1000 bytes").Received(kOk),
+         ":2: expected 'GetMessage:incoming message, bytes 1 to 800:', found 'expecting a message of 15 "
+         "bytes'"},
+        {HarnessLog()
+             .Line("expecting a message of 1000 bytes")
+             .Line("GetMessage:incoming message, bytes 801 to 1600:x"),
+         ":2: expected 'GetMessage:incoming message, bytes 1 to 800:', found 'GetMessage:incoming message, "
+         "bytes 801 to 1600:x'"},
+        {HarnessLog()
+             .Line("expecting a message of 6 bytes")
+             .Line("GetMessage:incoming message, bytes 1 to 6:<ms"),
+         ":2: expected 'GetMessage:incoming message, bytes 1 to 6:' and 6 bytes, found '3 bytes: <ms'"},
+        {HarnessLog().Received(kOk).Line("GetMessage:incoming message, bytes 1 to 6:<msg/>"),
+         ":4: expected 'expecting a message of N bytes', found 'GetMessage:incoming message, bytes 1 to "
+         "6:<msg/>'"},
+        {HarnessLog().Received(kOk).Line("got an OK, sending GET_XML").Received("<msg/>"),
+         ":5: expected 'hdr[0]= ' after 'got an OK, sending GET_XML', as in a log of all levels, found "
+         "'expecting a message of 6 bytes'"},
+        {HarnessLog().Received(kOk).Line("hdr[0]= ac").Line("hdr[2]= 2"),
+         ":5: expected 'hdr[1]= ' and a byte in hexadecimal, found 'hdr[2]= 2'"},
+        {HarnessLog().Received(kOk).Line("expecting a message of some bytes"),
+         ":4: expected 'expecting a message of N bytes', found 'expecting a message of some bytes'"},
+    };
+    for (const auto& [log, fault] : logs) {
+        EXPECT_EQ(FaultOf(log.Text()), fault);
+    }
 }
 
 }  // namespace
