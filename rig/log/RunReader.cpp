@@ -9,7 +9,7 @@
 namespace rig::log {
 namespace {
 
-/// Its second failure ends a harness.
+/// The second failure ends a harness.
 constexpr int kMostBindFailures = 2;
 
 constexpr std::uint32_t kMostPrefixBytes = 5;
@@ -38,7 +38,7 @@ RunReader::Event RunReader::Add(const Statement& statement) {
             return TakePrefixByte(statement);
         default:
             TakeSwitch(statement);
-            fault_ = next_.Take(statement, switches_);
+            fault_ = next_.TakeStatement(statement, switches_);
             return fault_ == Fault::None ? Event::None : Event::Fault;
     }
 }
@@ -48,7 +48,7 @@ RunReader::Event RunReader::TakePrefixByte(const Statement& statement) {
     constexpr std::size_t kIndexEnd = 4;
     const bool isFirst = statement.detail.substr(0, 2) == "0]";
     if (isFirst) {
-        request_ = next_.Make(switches_);
+        request_ = next_.MakeRequest(switches_);
     }
     const std::string_view hex = statement.detail.substr(std::min(kIndexEnd, statement.detail.size()));
     std::uint32_t byte = 0;
@@ -100,7 +100,7 @@ void RunReader::TakeSwitch(const Statement& statement) {
 }
 
 RunReader::Event RunReader::TakeSlice(const Statement& statement) {
-    if (!incoming_.Add(statement)) {
+    if (!incoming_.AddSlice(statement)) {
         return Event::Gap;
     }
     if (!incoming_.IsWhole()) {
