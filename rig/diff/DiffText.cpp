@@ -4,8 +4,8 @@
 
 #include <iterator>
 
-#include "rig/base/Colour.h"
 #include "rig/base/Printable.h"
+#include "rig/base/Terminal.h"
 #include "rig/result/Words.h"
 
 namespace rig::diff {

@@ -6,12 +6,10 @@
 #include <iostream>
 #include <memory>
 
-#include "rig/base/ChoiceOption.h"
-#include "rig/base/Colour.h"
 #include "rig/base/Complaint.h"
-#include "rig/base/NumberOption.h"
-#include "rig/base/Output.h"
+#include "rig/base/OptionChecks.h"
 #include "rig/base/Printable.h"
+#include "rig/base/Terminal.h"
 #include "rig/base/WriteWhole.h"
 #include "rig/html/HtmlReport.h"
 #include "rig/judge/Judge.h"

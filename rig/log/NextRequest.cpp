@@ -7,7 +7,7 @@
 namespace rig::log {
 namespace {
 
-constexpr std::size_t kDamage = 3;  // characters
+constexpr std::size_t kDamage = 3;  // characters that are cut off
 
 }  // namespace
 
@@ -64,7 +64,7 @@ Listed NextRequest::TakeMessage(const std::string& name, const pugi::xml_node& m
     return {};
 }
 
-Fault NextRequest::Take(const Statement& statement, const Switches& switches) {
+Fault NextRequest::TakeStatement(const Statement& statement, const Switches& switches) {
     if (statement.sign == Sign::ReportedEvent) {  // EVENT'
         statedEvents_.push_back(Unescaped(statement.detail.substr(0, statement.detail.rfind('\''))));
     }
@@ -170,7 +170,7 @@ std::string NextRequest::Name() const {
     return "GET_FILE";
 }
 
-Request NextRequest::Make(const Switches& switches) {
+Request NextRequest::MakeRequest(const Switches& switches) {
     Request request;
     request.name = Name();
     if (request.name == "GET_FILE" && !lists_.files.empty()) {

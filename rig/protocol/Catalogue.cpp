@@ -1,5 +1,7 @@
 #include "rig/protocol/Catalogue.h"
 
+#include <fmt/ranges.h>
+
 #include <algorithm>
 #include <map>
 #include <set>
@@ -20,11 +22,7 @@ bool Holds(const Names& names, std::string_view name) {
 
 /// @return a list for people, "none" if it is empty
 std::string Join(const Names& names) {
-    std::string joined;
-    for (const char* name : names) {
-        joined += (joined.empty() ? "" : ", ") + std::string(name);
-    }
-    return joined.empty() ? "none" : joined;
+    return names.empty() ? "none" : fmt::format("{}", fmt::join(names, ", "));
 }
 
 std::string AttributesOf(const MessageKind& kind) {
@@ -109,8 +107,7 @@ bool HasAttribute(const MessageKind& kind, std::string_view attribute) {
 }
 
 bool HasChild(const MessageKind& kind, std::string_view element) {
-    return ("/" + std::string(kind.children) + "/").find("/" + std::string(element) + "/") !=
-           std::string::npos;
+    return fmt::format("/{}/", kind.children).find(fmt::format("/{}/", element)) != std::string::npos;
 }
 
 bool IsReport(std::string_view name) {

@@ -1,7 +1,6 @@
 #include <algorithm>
 
 #include "rig/dvr/defects/DefectTables.h"
-#include "rig/dvr/recordings/Digest.h"
 
 namespace rig::dvr {
 namespace {

@@ -2,13 +2,13 @@
 
 #include <cstdint>
 
-#include "rig/base/NumberOption.h"
+#include "rig/base/OptionChecks.h"
 
 namespace {
 
 using rig::ParseNumber;
 
-TEST(ParseNumber, TakesDecimalNumbersAlone) {
+TEST(ParseNumber, TakesOnlyDecimalNumbers) {
     EXPECT_EQ(ParseNumber<int>("5001"), 5001);
     EXPECT_EQ(ParseNumber<int>("05001"), 5001);
     EXPECT_EQ(ParseNumber<int>("-1"), -1);
@@ -19,7 +19,7 @@ TEST(ParseNumber, TakesDecimalNumbersAlone) {
     EXPECT_EQ(ParseNumber<std::uint32_t>("-1"), std::nullopt);
 }
 
-TEST(Between, TakesALeadingZeroForNothing) {
+TEST(Between, IgnoresALeadingZero) {
     CLI::App app;
     int number = 0;
     app.add_option("--number", number)->transform(rig::Between(1, 5001));

@@ -1,12 +1,15 @@
-#include "rig/base/Colour.h"
+#include "rig/base/Terminal.h"
 
 #include <fmt/color.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cstdlib>
 
 namespace rig {
 namespace {
+
+constexpr std::size_t kUsualColumns = 80;
 
 fmt::text_style StyleOf(Colour colour) {
     switch (colour) {
@@ -36,6 +39,12 @@ bool WantsColour() {
 
 std::string Coloured(const std::string& text, Colour colour) {
     return fmt::format(StyleOf(colour), "{}", text);
+}
+
+std::size_t TerminalColumns() {
+    winsize size{};
+    const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return known ? size.ws_col : kUsualColumns;
 }
 
 }  // namespace rig

@@ -3,7 +3,7 @@
 #include <ostream>
 #include <string>
 
-#include "rig/dvr/wire/DocumentEnd.h"
+#include "rig/dvr/wire/Markup.h"
 
 namespace {
 
@@ -38,7 +38,7 @@ INSTANTIATE_TEST_SUITE_P(
                     EndCase{"Doctype", "<!DOCTYPE a><a/>"}, EndCase{"TextBefore", "text<a/>"}),
     [](const testing::TestParamInfo<EndCase>& tested) { return std::string(tested.param.name); });
 
-TEST(DocumentEnd, IsNotFoundWhereThereIsNoElement) {
+TEST(DocumentEnd, IsNotFoundWithoutAnElement) {
     for (const char* text : {"", "text", "<", "<!-- a -->", "</a"}) {
         EXPECT_EQ(rig::dvr::DocumentEnd(text), std::nullopt) << text;
     }
