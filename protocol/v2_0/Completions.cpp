@@ -27,9 +27,8 @@ void LogRehash(const char* hashCode, const char* length, const std::string& last
 }  // namespace
 
 void VelProtocol_2_0::Handle_FILE_COMPLETE(TiXmlDocument& document) {
-    // The last hash that came with any FILE_COMPLETE, for the right file or not. Never destroyed: SIGINT may
-    // come while it is assigned to, and the exit in its handler must free nothing that the statement was
-    // changing.
+    // The last hash that came with any FILE_COMPLETE, for the right file or not. Never destroyed: exit in the
+    // SIGINT handler must free nothing that the interrupted statement changes.
     static std::string& lastHashCode = *new std::string;
 
     fileRequestPending = false;
