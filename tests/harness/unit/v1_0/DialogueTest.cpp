@@ -14,6 +14,8 @@ class Export_1_0 : public Dialogue_1_0 {
         const auto sent = [this](const std::string& text) {
             return protocol.sizeError ? SentWithSizeError(text) : Sent(text);
         };
+        EventList events = protocol.events;
+        events.insert(events.end(), {"EVENT1", "EVENT2"});
         EXPECT_EQ(Handle(kOk), VelProtocolBase::MSG_CONTINUE);
         EXPECT_JOURNAL(Received(kOk), Logged(1, "got an OK, sending GET_XML"), sent(kGetXml));
         EXPECT_EQ(Handle(xml_), VelProtocolBase::MSG_CONTINUE);
@@ -29,7 +31,7 @@ class Export_1_0 : public Dialogue_1_0 {
                        sent(GetFile("EVENT2", "D.xml")));
         EXPECT_EQ(Handle(FileComplete("EVENT2", "D.xml")), VelProtocolBase::MSG_CLOSE_CLIENT);
         EXPECT_JOURNAL(Received(FileComplete("EVENT2", "D.xml")), GotFileComplete("EVENT2", "D.xml"),
-                       ExportEnded(protocol.events));
+                       ExportEnded(events));
     }
 };
 
