@@ -38,7 +38,7 @@ std::string ListCases();
 /// @return whether the harness runs with this switch, such as 'z'
 bool Has(const Case& plan, char letter);
 
-/// @return for how many seconds a good DVR connects to nobody after the case
+/// @return how many seconds a good DVR stays away after the case
 double SecondsAway(const Case& plan);
 
 }  // namespace rig::campaign

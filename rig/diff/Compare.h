@@ -7,7 +7,7 @@
 
 namespace rig::diff {
 
-/// How a thing changed. Of a whole's parts, the last in this order decides.
+/// How something changed. Of several changes, the last in this order decides for all.
 enum class Change { Same, Changed, Better, Worse };
 
 /// @return as reports print it: "worse"
@@ -34,7 +34,7 @@ struct CaseComparison {
 struct Comparison {
     const Campaign* before = nullptr;
     const Campaign* after = nullptr;
-    std::vector<Difference> surroundings;  // versions and the like: other than these, the DVR changed
+    std::vector<Difference> surroundings;  // versions and the like: if they differ, not only the DVR changed
     std::vector<CaseComparison> cases;     // in the order of the later campaign, then those it lacks
 
     std::size_t Count(Change change) const;

@@ -24,7 +24,7 @@ constexpr int kNoCampaign = 66;
 
 constexpr const char* kDiffStatuses =
     "Exit status: 0 nothing got worse; 1 something did; 64 usage, or a report that cannot be written;\n"
-    "66 a folder that is none of a campaign.";
+    "66 a folder that is not a campaign's.";
 
 void WriteReports(const DiffOptions& options, const Comparison& comparison) {
     if (!options.json.empty()) {
@@ -41,11 +41,11 @@ void WriteReports(const DiffOptions& options, const Comparison& comparison) {
 void AddDiffCommand(CLI::App& app, int& status) {
     const auto options = std::make_shared<DiffOptions>();
     CLI::App* const diff =
-        app.add_subcommand("diff", "Says what changed between two campaigns, of two firmwares for instance");
+        app.add_subcommand("diff", "Says what changed between two campaigns, for instance of two firmwares");
     diff->footer(kDiffStatuses);
     diff->add_option("BEFORE", options->before, "Folder of a campaign")->required()->type_name("DIR");
     diff->add_option("NOW", options->after, "Folder of a later one")->required()->type_name("DIR");
-    diff->add_flag("--all", options->all, "Name also the cases that are the same");
+    diff->add_flag("--all", options->all, "Also name the cases that are the same");
     diff->add_option("--json", options->json, "Write the result as JSON")->type_name("FILE");
     diff->add_option("--html", options->html, "Write one page with links into the evidence")
         ->type_name("FILE");

@@ -120,10 +120,10 @@ void AddLog(pugi::xml_node section, const result::RunResult& run, const LogPlace
     const std::size_t cut = run.log.size() - places.Kept().size();
     if (cut > 0) {
         Add(log, "p",
-            fmt::format(
-                "This page holds {} of the {} lines of this run: the first, the last, and those between that "
-                "prove a finding. The other {} are in the log itself.",
-                places.Kept().size(), run.log.size(), cut),
+            fmt::format("This page holds {} of the {} lines of this run: the first, the last, and those in "
+                        "between that "
+                        "prove a finding. The other {} are in the log itself.",
+                        places.Kept().size(), run.log.size(), cut),
             "cut");
     }
     AddSearch(log, run);

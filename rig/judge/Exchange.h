@@ -24,11 +24,11 @@ class Exchange {
     explicit Exchange(Run& facts) : run_(facts) {}
 
     /// The harness has sent a request, or DONE. It does not read while it pauses after it.
-    void Send(Request request, const Place& place);
+    void SendRequest(Request request, const Place& place);
 
     /// The DVR has sent a message that its dialect knows.
-    /// @param event  the identifier that the harness takes for the one in progress
-    void Take(const Arrival& message, const std::string& event, const Place& place);
+    /// @param event  the identifier of the event that the harness considers in progress
+    void TakeMessage(const Arrival& message, const std::string& event, const Place& place);
 
     /// The harness has said that it ignores the last message: the request that it seemed to answer is still
     /// waiting.
@@ -41,9 +41,9 @@ class Exchange {
     void TakeOk(const Arrival& message, const Place& place);
     bool Answers(const Arrival& message, const std::string& event, const Place& place);
     bool AnswersWrongly(const Arrival& message, const Place& place);
-    bool RefusesAtLast(const Arrival& message);
+    bool RefusesLater(const Arrival& message);
     void TakeUnasked(const Arrival& message, const Place& place);
-    void Time(const Request& request, const Arrival& message, const Place& place);
+    void AddReaction(const Request& request, const Arrival& message, const Place& place);
 
     Run& run_;
     Arrival last_;

@@ -66,8 +66,8 @@ void ReactionTimes::Add(std::int64_t microseconds, const Place& place) {
     ++buckets_[static_cast<int>(std::ceil(std::log2(static_cast<double>(time) + 1) * kBucketsPerDoubling))];
 }
 
-double ReactionTimes::Percentile(double part) const {
-    const auto rank = static_cast<std::uint64_t>(std::ceil(part * static_cast<double>(count_)));
+double ReactionTimes::Percentile(double fraction) const {
+    const auto rank = static_cast<std::uint64_t>(std::ceil(fraction * static_cast<double>(count_)));
     std::uint64_t seen = 0;
     for (const auto& [bucket, count] : buckets_) {
         seen += count;

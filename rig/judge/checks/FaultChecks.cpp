@@ -143,7 +143,7 @@ const std::vector<Check>& FaultChecks() {
          "\"'hashCode' attribute not present when requested\", \"'length' attribute not present when "
          "requested\"",
          With<log::Sign::RehashSwitch>, RehashAttributes},
-        {"rehash.same-hash", "A hash made anew equals the old one, or is reported as new.",
+        {"rehash.same-hash", "A recomputed hash equals the old one, or is reported as new.",
          "\"rehash resulted in same hash: \", \"rehash resulted in new hash: \"",
          With<log::Sign::RehashSwitch>, RehashSame},
         {"xfer.fired", kFiredSentence, "\"processing 'xferInProgress' option\"", With<log::Sign::XferSwitch>,
@@ -154,7 +154,7 @@ const std::vector<Check>& FaultChecks() {
         {"sleep.fired", kFiredSentence,
          "a request with files left after it, in an event of three files or more",
          With<log::Sign::SleepSwitch>, PauseFired},
-        {"sleep.answer", "The DVR bears pauses between requests.", "the answer after the pause",
+        {"sleep.answer", "The DVR tolerates pauses between requests.", "the answer after the pause",
          With<log::Sign::SleepSwitch>, PauseAnswered, Needs::WholeLog},
     };
     return kChecks;

@@ -147,7 +147,7 @@ TEST_F(CampaignTest, KnowsFailuresThatItIsTold) {
     EXPECT_EQ(result_.status, 0);
     out_ += "-2";
     RunCase("clean-2.0", {"--dvr", Dvr(), "--known", "/mnt/known"});
-    EXPECT_EQ(result_.status, 1) << "the list is to be mended";
+    EXPECT_EQ(result_.status, 1) << "the list must be fixed";
     EXPECT_EQ(Evidence()["knownUnseen"], Json({"event-list.source"}));
 }
 

@@ -35,7 +35,7 @@ TEST(LogTimes, CountThePauseBehindARequestAsTheHarnesss) {
     EXPECT_DOUBLE_EQ(TimesOf(longer).Pauses(), 1.3);
     const LogTimes last =
         TimesOf({{0, "filesToReceive size = 1"}, {1, "hdr[0]= 4c"}, {501, "expecting a message of 3 bytes"}});
-    EXPECT_DOUBLE_EQ(last.Pauses(), 0) << "there is no pause behind an event's last request";
+    EXPECT_DOUBLE_EQ(last.Pauses(), 0) << "there is no pause after an event's last request";
 }
 
 TEST(LogTimes, CountTheSecondAheadOfClosing) {

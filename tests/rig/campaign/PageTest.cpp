@@ -49,7 +49,7 @@ TEST_F(CampaignPageTest, SaysFirstHowItCameOut) {
     CampaignRecord stale = Finished({Record("a", Outcome::Pass)});
     stale.knownUnseen = {"xfer.answer"};
     Make(stale);
-    EXPECT_EQ(Heading(), "The list of known failures is to be mended: 1 of 1 case passed");
+    EXPECT_EQ(Heading(), "The list of known failures must be fixed: 1 of 1 case passed");
     CampaignRecord running = Finished({Record("a", Outcome::Running)});
     running.state = "running";
     Make(running);
@@ -85,7 +85,7 @@ TEST_F(CampaignPageTest, BlamesNothingOnFaultsBehindAFailedCleanExport) {
         record.isSuspect = true;
     }
     Make(campaign);
-    EXPECT_EQ(page_.select_nodes("//div[starts-with(., 'The clean export ahead of it failed')]").size(), 1U);
+    EXPECT_EQ(page_.select_nodes("//div[starts-with(., 'The clean export before it failed')]").size(), 1U);
 }
 
 }  // namespace

@@ -40,7 +40,7 @@ std::string HeadlineOf(const result::Result& result) {
 TEST(HtmlReport, SaysTheVerdictInWords) {
     EXPECT_EQ(HeadlineOf(With(result::Verdict::Pass)), "The DVR passed: 1 of 1 check");
     EXPECT_EQ(HeadlineOf(With(result::Verdict::KnownFailure)),
-              "The DVR failed only as is known: 1 of 1 check");
+              "The DVR failed only in known ways: 1 of 1 check");
     EXPECT_EQ(HeadlineOf(With(result::Verdict::NotReached)),
               "The export did not get far enough: 1 of 1 check not reached");
     EXPECT_EQ(HeadlineOf(With(result::Verdict::Inconclusive)),

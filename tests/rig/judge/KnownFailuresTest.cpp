@@ -78,7 +78,7 @@ TEST(KnownFailures, FailWhereTheyPassAndNoRunShowsThem) {
     const RunResult unseen = Unseen(kNoSource, RealLog("clean-2.0"));
     EXPECT_EQ(unseen.name, "known failures");
     EXPECT_EQ(With(Verdict::Fail, unseen), "event-list.source");
-    EXPECT_EQ(unseen.checks.at(0).found, "it passes now: the list of known failures is to be mended");
+    EXPECT_EQ(unseen.checks.at(0).found, "it passes now: the list of known failures must be fixed");
 }
 
 TEST(KnownFailures, NeedNotShowInEveryRun) {
