@@ -6,10 +6,8 @@
 #include <utility>
 
 #include "rig/base/WriteWhole.h"
-#include "rig/campaign/evidence/CampaignJson.h"
-#include "rig/campaign/evidence/CampaignPage.h"
-#include "rig/result/JunitReport.h"
-#include "rig/result/TapReport.h"
+#include "rig/campaign/evidence/CampaignFiles.h"
+#include "rig/result/Reports.h"
 
 namespace rig::campaign {
 

@@ -10,7 +10,6 @@
 #include "rig/base/Complaint.h"
 #include "rig/base/NumberOption.h"
 #include "rig/base/Output.h"
-#include "rig/campaign/execution/Start.h"
 
 namespace rig::campaign {
 namespace {
@@ -120,7 +119,7 @@ int RunCampaign(const RunOptions& options) {
                               : 0;
     }
     try {
-        return ExitStatusOf(Start(options));
+        return ExitStatusOf(PlanAndRun(options));
     } catch (const std::exception& error) {
         return Complain("run", kUsageStatus, error.what());
     }

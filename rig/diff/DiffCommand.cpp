@@ -11,9 +11,7 @@
 #include "rig/base/Output.h"
 #include "rig/base/WriteWhole.h"
 #include "rig/diff/Compare.h"
-#include "rig/diff/DiffJson.h"
-#include "rig/diff/DiffPage.h"
-#include "rig/diff/DiffText.h"
+#include "rig/diff/Reports.h"
 #include "rig/log/LogReader.h"
 
 namespace rig::diff {

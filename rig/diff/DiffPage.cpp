@@ -1,10 +1,8 @@
-#include "rig/diff/DiffPage.h"
-
 #include <fmt/format.h>
 
 #include <filesystem>
 
-#include "rig/diff/DiffText.h"
+#include "rig/diff/Reports.h"
 #include "rig/html/HtmlPage.h"
 
 namespace rig::diff {

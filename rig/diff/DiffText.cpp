@@ -1,12 +1,11 @@
-#include "rig/diff/DiffText.h"
-
 #include <fmt/format.h>
 
 #include <iterator>
 
 #include "rig/base/Colour.h"
 #include "rig/base/Printable.h"
-#include "rig/result/Words.h"
+#include "rig/diff/Reports.h"
+#include "rig/result/Result.h"
 
 namespace rig::diff {
 namespace {

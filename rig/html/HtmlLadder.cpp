@@ -1,5 +1,3 @@
-#include "rig/html/HtmlLadder.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -7,8 +5,8 @@
 #include "rig/base/Counted.h"
 #include "rig/base/ValidText.h"
 #include "rig/html/HtmlPage.h"
-#include "rig/html/KeptOf.h"
-#include "rig/result/Words.h"
+#include "rig/html/HtmlSections.h"
+#include "rig/result/Result.h"
 
 namespace rig::html {
 namespace {

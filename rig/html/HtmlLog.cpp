@@ -1,5 +1,3 @@
-#include "rig/html/HtmlLog.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -7,7 +5,8 @@
 
 #include "rig/base/Counted.h"
 #include "rig/html/HtmlPage.h"
-#include "rig/result/Words.h"
+#include "rig/html/HtmlSections.h"
+#include "rig/result/Result.h"
 
 namespace rig::html {
 namespace {

@@ -6,11 +6,9 @@
 #include <map>
 
 #include "rig/base/Counted.h"
-#include "rig/html/HtmlChecks.h"
-#include "rig/html/HtmlLadder.h"
-#include "rig/html/HtmlLog.h"
 #include "rig/html/HtmlPage.h"
-#include "rig/result/Words.h"
+#include "rig/html/HtmlSections.h"
+#include "rig/result/Result.h"
 
 namespace rig::html {
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "rig/base/Printable.h"
-#include "rig/judge/Protocol.h"
+#include "rig/protocol/Catalogue.h"
 
 namespace rig::judge {
 namespace {
@@ -25,6 +25,28 @@ std::string FileIn(const Arrival& message) {
 }
 
 }  // namespace
+
+std::string AnswerTo(const std::string& request, Fault fault, int protocol) {
+    switch (fault) {
+        case Fault::Event:
+        case Fault::FileEvent:
+        case Fault::FileName:
+            return "INVALID_EVENT";
+        case Fault::Transport:
+            return "TRANSPORT_EXCEPTION";
+        case Fault::Xfer:
+            return "XFER_IN_PROGRESS";
+        default:
+            break;
+    }
+    // A log without its beginning may not say which dialect it is of.
+    const int dialect = protocol == 2 ? 2 : 1;
+    const auto* kind = protocol::Find(dialect, protocol::Sender::Harness, request);
+    if (kind == nullptr) {
+        kind = protocol::Find(3 - dialect, protocol::Sender::Harness, request);
+    }
+    return kind == nullptr || kind->answers.empty() ? "" : kind->answers.front();
+}
 
 void Exchange::SendRequest(Request request, const Place& place) {
     if (request.name == "DONE") {
@@ -67,7 +89,7 @@ void Exchange::TakeMessage(const Arrival& message, const std::string& event, con
         if (run_.Saw(log::Sign::SizeSwitch)) {
             run_.answeredWrong.Add(place, message.name);
         }
-        if (IsReport(message.name) && !message.reid) {
+        if (protocol::IsReport(message.name) && !message.reid) {
             run_.reportWithoutReid.Add(place, message.name);
         }
         if (!Answers(message, event, place) && !AnswersWrongly(message, place) && !RefusesLater(message)) {
@@ -152,7 +174,7 @@ bool Exchange::RefusesLater(const Arrival& message) {
     const auto request = std::find_if(
         run_.pending.begin(), run_.pending.end(),
         [&reid](const Request& waiting) { return waiting.fault == Fault::None && waiting.reid == reid; });
-    if (!IsReport(message.name) || accepted_.count(reid) == 0 || request == run_.pending.end()) {
+    if (!protocol::IsReport(message.name) || accepted_.count(reid) == 0 || request == run_.pending.end()) {
         return false;
     }
     run_.pending.erase(request);
@@ -167,7 +189,7 @@ void Exchange::TakeUnasked(const Arrival& message, const Place& place) {
         });
     if (message.isRepeated) {
         run_.notAsked.Add(place, message.name + " twice");
-    } else if (IsReport(message.name) && hasGoodRequest) {
+    } else if (protocol::IsReport(message.name) && hasGoodRequest) {
         run_.notAsked.Add(place, message.name + " to a good request");
     } else {
         run_.notAsked.Add(place, message.name);

@@ -8,6 +8,9 @@
 
 namespace rig::judge {
 
+/// @return what the DVR must answer to a request with a fault; empty if it need not answer
+std::string AnswerTo(const std::string& request, Fault fault, int protocol);
+
 /// What decides which request a message of the DVR answers.
 struct Arrival {
     std::string name;

@@ -18,9 +18,7 @@
 #include "rig/judge/KnownFailures.h"
 #include "rig/judge/checks/Checks.h"
 #include "rig/log/LogReader.h"
-#include "rig/result/JsonReport.h"
-#include "rig/result/JunitReport.h"
-#include "rig/result/TapReport.h"
+#include "rig/result/Reports.h"
 #include "rig/result/TextReport.h"
 
 namespace rig::judge {

@@ -1,5 +1,7 @@
 #include "rig/judge/Run.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -90,20 +92,20 @@ bool Run::HarnessEnded() const {
 }
 
 std::string Run::Switches() const {
-    std::string text = "-p " + std::to_string(switches.protocol);
+    std::string text = fmt::format("-p {}", switches.protocol);
     for (const Flag& flag : kFlags) {
         if (Saw(flag.sign)) {
             text += flag.text;
         }
     }
     if (Saw(log::Sign::CloseSwitch)) {
-        text += " -c " + std::to_string(switches.closeEarly);
+        text += fmt::format(" -c {}", switches.closeEarly);
     }
     if (Saw(log::Sign::DurationSwitch)) {
-        text += " -d " + std::to_string(switches.doneDuration);
+        text += fmt::format(" -d {}", switches.doneDuration);
     }
     if (switches.hasSleep) {
-        text += " -s " + std::to_string(switches.sleepSeconds);
+        text += fmt::format(" -s {}", switches.sleepSeconds);
     }
     return text;
 }

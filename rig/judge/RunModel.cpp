@@ -1,7 +1,6 @@
 #include "rig/judge/RunModel.h"
 
 #include "rig/base/Printable.h"
-#include "rig/judge/Protocol.h"
 
 namespace rig::judge {
 namespace {

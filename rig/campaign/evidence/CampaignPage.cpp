@@ -1,13 +1,12 @@
-#include "rig/campaign/evidence/CampaignPage.h"
-
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
 #include <algorithm>
 
 #include "rig/base/Counted.h"
+#include "rig/campaign/evidence/CampaignFiles.h"
 #include "rig/html/HtmlPage.h"
-#include "rig/result/Words.h"
+#include "rig/result/Result.h"
 
 namespace rig::campaign {
 namespace {
@@ -178,7 +177,7 @@ void AddMatrix(pugi::xml_node main, const CampaignRecord& campaign) {
             AddCell(row, record, id);
         }
     }
-    Add(main, "p", "P pass, F fail, I inconclusive, N not reached, E environment, K known failure", "hint");
+    html::AddLetterLegend(main);
 }
 
 void AddSpreads(pugi::xml_node main, const CampaignRecord& campaign) {

@@ -10,7 +10,6 @@
 #include "rig/campaign/Outcome.h"
 #include "rig/campaign/evidence/Coverage.h"
 #include "rig/campaign/execution/Child.h"
-#include "rig/campaign/execution/Patience.h"
 #include "rig/result/Result.h"
 
 namespace rig::campaign {

@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "rig/campaign/evidence/CampaignJson.h"
+#include "rig/campaign/evidence/CampaignFiles.h"
 #include "rig/campaign/execution/Export.h"
 #include "rig/html/HtmlReport.h"
-#include "rig/result/JsonReport.h"
+#include "rig/result/Reports.h"
 
 namespace rig::campaign {
 namespace {

@@ -7,7 +7,6 @@
 
 #include "rig/campaign/Cases.h"
 #include "rig/campaign/Outcome.h"
-#include "rig/campaign/execution/Patience.h"
 #include "rig/log/Statement.h"
 
 namespace rig::campaign {

@@ -50,7 +50,7 @@ TEST_F(CampaignTest, RunsTheFirstDialectToo) {
     EXPECT_EQ(one["times"]["pauses"], 0.25 * 4 + 1);
 }
 
-TEST_F(CampaignTest, EndsSilenceAfterAWrongPrefixByPatience) {
+TEST_F(CampaignTest, EndsSilenceAfterAWrongPrefixWhenPatienceEnds) {
     const Json one = RunCase("size-2.0", {"--dvr", Dvr("--frame-timeout 3600"), "--patience", "0.5"});
     EXPECT_EQ(one["outcome"], "PASS") << one["reason"] << ": the DVR itself would wait for an hour";
 }

@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "rig/campaign/evidence/CampaignJson.h"
+#include "rig/campaign/evidence/CampaignFiles.h"
 
 namespace rig::campaign {
 namespace {

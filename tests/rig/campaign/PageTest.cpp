@@ -2,7 +2,7 @@
 
 #include <pugixml.hpp>
 
-#include "rig/campaign/evidence/CampaignPage.h"
+#include "rig/campaign/evidence/CampaignFiles.h"
 
 namespace rig::campaign {
 namespace {
@@ -79,7 +79,7 @@ TEST_F(CampaignPageTest, ShowsWhatPeopleWroteAsTheyWroteIt) {
     EXPECT_TRUE(page_.select_node("//td[starts-with(text(), '<b>\"&\xef\xbf\xbd')]"));
 }
 
-TEST_F(CampaignPageTest, BlamesNothingOnFaultsBehindAFailedCleanExport) {
+TEST_F(CampaignPageTest, BlamesNothingOnFaultsAfterAFailedCleanExport) {
     CampaignRecord campaign = Finished({Record("a", Outcome::Fail), Record("b", Outcome::Pass)});
     for (CaseRecord& record : campaign.cases) {
         record.isSuspect = true;

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "rig/html/HtmlLog.h"
+#include "rig/html/HtmlSections.h"
 #include "tests/rig/result/MadeUp.h"
 
 namespace rig::html {

@@ -129,7 +129,7 @@ INSTANTIATE_TEST_SUITE_P(Texts, HtmlReportOfHostileText,
                                          "\xff\xfe\xc0\x80 \xed\xa0\x80",
                                          std::string("\0\x01\x1b[31m\r\n\t\x7f", 11), "</svg></text><p>"));
 
-TEST(HtmlReport, ShowsHostileTextAsItStands) {
+TEST(HtmlReport, ShowsHostileTextUnchanged) {
     const std::string hostile = "</code></li><script>alert('&amp;')</script>";
     const auto page = Read(HtmlReport(WithEverywhere(hostile)));
     EXPECT_EQ(ById(page, "L1").select_node(".//code").node().child_value(), hostile);
