@@ -3,12 +3,12 @@
 #include <pugixml.hpp>
 #include <string_view>
 
-// Builds XML and HTML documents from any bytes. What a document may not hold is replaced (see ValidText);
+// Builds XML and HTML documents from any bytes. What a document may not contain is replaced (see ValidText);
 // what needs escaping is escaped when the document is written.
 
 namespace rig {
 
-/// Adds an element as its parent's last. @param text its content, none if empty
+/// Adds an element after the parent's content. @param text  its content, none if empty
 pugi::xml_node Add(pugi::xml_node parent, const char* element, std::string_view text = {},
                    std::string_view cssClass = {});
 

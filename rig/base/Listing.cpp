@@ -1,20 +1,21 @@
 #include "rig/base/Listing.h"
 
+#include <fmt/ranges.h>
+
 #include <algorithm>
 #include <iostream>
 #include <sstream>
 
-#include "rig/base/Columns.h"
+#include "rig/base/Terminal.h"
 
 namespace rig {
 namespace {
 
 constexpr const char* kIndent = "    ";
-constexpr const char* kFurther = "        ";  // of the lines that follow
+constexpr const char* kFurther = "        ";  // of further lines
 constexpr std::size_t kMostColumns = 100;     // longer lines are hard to read
 
-/// @return the text in lines of that many columns at most, each indented. A longer word has a line of its
-/// own.
+/// @return the text in indented lines of at most that many columns. A longer word gets its own line.
 std::string Wrapped(const std::string& text, std::size_t columns) {
     std::istringstream words(text);
     std::string wrapped;
@@ -31,11 +32,7 @@ std::string Wrapped(const std::string& text, std::size_t columns) {
 }
 
 std::string RowOf(const std::vector<std::string>& cells) {
-    std::string row = "|";
-    for (const std::string& cell : cells) {
-        row += " " + cell + " |";
-    }
-    return row + "\n";
+    return fmt::format("| {} |\n", fmt::join(cells, " | "));
 }
 
 }  // namespace

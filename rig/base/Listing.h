@@ -6,10 +6,10 @@
 
 namespace rig {
 
-/// What a --list-... option prints: one thing a row, its name in the first cell.
+/// What a --list-... option prints: a row for each thing, with its name in the first cell.
 struct Listing {
     std::vector<std::string> heads;
-    std::vector<std::vector<std::string>> rows;  // each has a cell for every head
+    std::vector<std::vector<std::string>> rows;  // each with a cell for every head
 };
 
 /// @return the listing for people: each name on a line of its own, the other cells below it, wrapped at

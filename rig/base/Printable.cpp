@@ -1,5 +1,7 @@
 #include "rig/base/Printable.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 namespace rig {
@@ -10,7 +12,6 @@ bool IsControl(char byte) {
 }
 
 void AppendPrintable(std::string& printable, unsigned char byte) {
-    static const char* const kDigits = "0123456789abcdef";
     switch (byte) {
         case '\n':
             printable += "\\n";
@@ -24,13 +25,11 @@ void AppendPrintable(std::string& printable, unsigned char byte) {
         default:
             break;
     }
-    if (!IsControl(static_cast<char>(byte))) {
+    if (IsControl(static_cast<char>(byte))) {
+        printable += fmt::format("\\x{:02x}", byte);
+    } else {
         printable += static_cast<char>(byte);
-        return;
     }
-    printable += "\\x";
-    printable += kDigits[byte >> 4];
-    printable += kDigits[byte & 0xf];
 }
 
 }  // namespace

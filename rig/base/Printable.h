@@ -8,13 +8,13 @@ namespace rig {
 
 /// @return the text, safe to print in one line of output: a backslash is written `\\`, a newline `\n`, a
 ///         carriage return `\r`, a tab `\t`, every other byte below 0x20 and 0x7f `\xHH`; bytes from 0x80 up
-///         are kept. So what a peer sends can neither forge a line nor control a terminal.
+///         are kept. Thus what a peer sends can neither forge a line nor control a terminal.
 std::string Printable(const std::string& text);
 
 /// @return the same for a text whose backslashes are already escaped, as in a log
 std::string WithoutControls(std::string_view text);
 
-/// How much of a text is enough to recognise it.
+/// How many bytes of a text are enough to recognise it.
 constexpr std::size_t kExcerptBytes = 80;
 
 /// @return at most `limit` bytes of the text, printable, with "..." if some were left out

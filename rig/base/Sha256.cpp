@@ -1,5 +1,6 @@
 #include "rig/base/Sha256.h"
 
+#include <fmt/ranges.h>
 #include <openssl/evp.h>
 
 #include <array>
@@ -28,13 +29,7 @@ std::string Sha256::Hexadecimal() {
     std::array<unsigned char, EVP_MAX_MD_SIZE> hash{};
     unsigned int size = 0;
     Require(EVP_DigestFinal_ex(context_.get(), hash.data(), &size));
-    static const char* const kDigits = "0123456789abcdef";
-    std::string text;
-    for (unsigned int index = 0; index < size; ++index) {
-        text += kDigits[hash[index] >> 4];
-        text += kDigits[hash[index] & 0xf];
-    }
-    return text;
+    return fmt::format("{:02x}", fmt::join(hash.begin(), hash.begin() + size, ""));
 }
 
 }  // namespace rig

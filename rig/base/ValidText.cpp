@@ -12,8 +12,9 @@ constexpr char32_t kReplacement = 0xfffd;
 /// Control characters and noncharacters: neither XML nor HTML may hold them.
 bool IsForbidden(char32_t character) {
     const bool isControl = character < 0x20 || (character >= 0x7f && character < 0xa0);
-    const bool isNoCharacter = (character & 0xfffe) == 0xfffe || (character >= 0xfdd0 && character <= 0xfdef);
-    return (isControl && character != '\n' && character != '\t') || isNoCharacter;
+    const bool isNoncharacter =
+        (character & 0xfffe) == 0xfffe || (character >= 0xfdd0 && character <= 0xfdef);
+    return (isControl && character != '\n' && character != '\t') || isNoncharacter;
 }
 
 }  // namespace

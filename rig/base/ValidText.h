@@ -5,7 +5,8 @@
 
 namespace rig {
 
-/// @return the text as an XML or HTML document may hold it: UTF-8, with U+FFFD in place of what is not UTF-8
+/// @return the text as an XML or HTML document may contain it: UTF-8, with U+FFFD in place of what is not
+/// UTF-8
 ///         and of each control character except newline and tab (NUL too). Escapes nothing: that is up to the
 ///         writer.
 std::string ValidText(std::string_view text);

@@ -6,10 +6,9 @@
 
 #include <iostream>
 
-#include "rig/base/Colour.h"
-#include "rig/base/Columns.h"
 #include "rig/base/Counted.h"
 #include "rig/base/Printable.h"
+#include "rig/base/Terminal.h"
 
 namespace rig::campaign {
 namespace {

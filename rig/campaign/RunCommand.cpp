@@ -8,8 +8,7 @@
 #include <utility>
 
 #include "rig/base/Complaint.h"
-#include "rig/base/NumberOption.h"
-#include "rig/base/Output.h"
+#include "rig/base/OptionChecks.h"
 
 namespace rig::campaign {
 namespace {

@@ -6,9 +6,8 @@
 #include <iostream>
 #include <memory>
 
-#include "rig/base/Colour.h"
 #include "rig/base/Complaint.h"
-#include "rig/base/Output.h"
+#include "rig/base/Terminal.h"
 #include "rig/base/WriteWhole.h"
 #include "rig/diff/Compare.h"
 #include "rig/diff/Reports.h"

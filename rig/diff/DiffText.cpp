@@ -2,10 +2,9 @@
 
 #include <iterator>
 
-#include "rig/base/Colour.h"
 #include "rig/base/Printable.h"
+#include "rig/base/Terminal.h"
 #include "rig/diff/Reports.h"
-#include "rig/result/Result.h"
 
 namespace rig::diff {
 namespace {

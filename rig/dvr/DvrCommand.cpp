@@ -1,5 +1,7 @@
 #include "rig/dvr/DvrCommand.h"
 
+#include <fmt/format.h>
+
 #include <chrono>
 #include <exception>
 #include <filesystem>
@@ -7,14 +9,12 @@
 #include <memory>
 #include <random>
 
-#include "rig/base/Colour.h"
 #include "rig/base/Complaint.h"
 #include "rig/base/Counted.h"
-#include "rig/base/NumberOption.h"
-#include "rig/base/Output.h"
+#include "rig/base/OptionChecks.h"
 #include "rig/base/Printable.h"
+#include "rig/base/Terminal.h"
 #include "rig/dvr/Failure.h"
-#include "rig/dvr/Seconds.h"
 #include "rig/dvr/defects/Injector.h"
 #include "rig/dvr/dialogue/Dialogue_1_0.h"
 #include "rig/dvr/dialogue/Dialogue_2_0.h"
@@ -34,14 +34,19 @@ namespace {
 constexpr const char* kFailureMarker = "/mnt/hd/velloranFail";
 
 std::unique_ptr<Recordings> OpenRecordings(const DvrOptions& options) {
-    if (options.hasRecordings) {
-        return std::make_unique<FolderRecordings>(options.recordings);
+    if (options.recordings) {
+        return std::make_unique<FolderRecordings>(*options.recordings);
     }
     return std::make_unique<SyntheticRecordings>();
 }
 
+/// @return the dialect, which defaults to 1 as in the harness
+int DialectOf(const DvrOptions& options) {
+    return options.protocol.value_or(1);
+}
+
 std::unique_ptr<Dialogue> NewDialogue(const DvrOptions& options, const Recordings& recordings) {
-    if (options.protocol == 2) {
+    if (DialectOf(options) == 2) {
         return std::make_unique<Dialogue_2_0>(recordings, kFailureMarker);
     }
     return std::make_unique<Dialogue_1_0>(recordings);
@@ -53,13 +58,12 @@ std::unique_ptr<DeliveryFolder> OpenDelivery(const DvrOptions& options, const Re
     if (!options.deliver) {
         return nullptr;
     }
-    if (options.hasRecordings) {
-        const auto from = std::filesystem::weakly_canonical(options.recordings);
+    if (options.recordings) {
+        const auto from = std::filesystem::weakly_canonical(*options.recordings);
         const auto way = std::filesystem::weakly_canonical(*options.deliver).lexically_relative(from);
         if (!way.empty() && *way.begin() != "..") {
-            throw Failure(
-                ExitStatus::Unusable,
-                "--deliver: expected a folder outside of --recordings, found " + Quoted(*options.deliver));
+            throw Failure(ExitStatus::Unusable, "--deliver: expected a folder outside --recordings, found " +
+                                                    Quoted(*options.deliver));
         }
     }
     return std::make_unique<DeliveryFolder>(*options.deliver, recordings);
@@ -82,28 +86,29 @@ DefectSite SiteOf(const DefectOption& option, const Recordings& recordings) {
         site.event = option.at;
         return site;
     }
-    // Identifiers may contain colons: the first one that separates an event from one of its files counts.
-    for (std::size_t part = option.at.find(':'); part != std::string::npos;
-         part = option.at.find(':', part + 1)) {
-        site.event = option.at.substr(0, part);
-        site.file = option.at.substr(part + 1);
+    // Identifiers may contain colons: the first one after an existing event counts.
+    for (std::size_t end = option.at.find(':'); end != std::string::npos;
+         end = option.at.find(':', end + 1)) {
+        site.event = option.at.substr(0, end);
+        site.file = option.at.substr(end + 1);
         if (recordings.Has(site.event)) {
             return site;
         }
     }
-    throw Failure(ExitStatus::Unusable, "--at: expected EVENT or EVENT:FILE with an event in " +
-                                            recordings.Origin() + ", found " + Quoted(option.at));
+    throw Failure(ExitStatus::Unusable,
+                  fmt::format("--at: expected EVENT or EVENT:FILE with an event in {}, found {}",
+                              recordings.Origin(), Quoted(option.at)));
 }
 
 Injector NewInjector(const DvrOptions& options, const Recordings& recordings, std::uint32_t seed) {
-    Injector injector(recordings, options.protocol, seed);
+    Injector injector(recordings, DialectOf(options), seed);
     for (const DefectOption& option : options.defects) {
-        injector.Add(option.defect, SiteOf(option, recordings));
+        injector.AddDefect(option.defect, SiteOf(option, recordings));
     }
     return injector;
 }
 
-/// Holds one dialogue on a connection of its own. @return whether a defect asks for another
+/// Holds one dialogue on a new connection. @return whether a defect asks for another
 bool PlayOnce(const DvrOptions& options, const Recordings& recordings, const Endpoint& endpoint,
               const DeliveryFolder* delivery, Injector& injector, WireCheck& wireCheck,
               Transcript& transcript) {
@@ -129,14 +134,16 @@ bool PlayOnce(const DvrOptions& options, const Recordings& recordings, const End
     if (options.wireCheck) {
         session.Check(wireCheck);
     }
+    const auto noteEnd = [&](bool isDone) {
+        transcript.Note((isDone ? "" : "not finished: ") + dialogue->Summary() + session.WireSummary());
+    };
     try {
         session.Run();
     } catch (const Failure&) {
-        transcript.Note("not finished: " + dialogue->Summary() + session.WireSummary());
+        noteEnd(false);
         throw;
     }
-    transcript.Note((dialogue->IsDone() ? "" : "not finished: ") + dialogue->Summary() +
-                    session.WireSummary());
+    noteEnd(dialogue->IsDone());
     return session.Reconnects();
 }
 
@@ -147,13 +154,13 @@ void PlayRecordings(const DvrOptions& options) {
     const Endpoint endpoint(options.host, options.port);
     const std::unique_ptr<DeliveryFolder> delivery = OpenDelivery(options, *recordings);
     Transcript transcript(std::cout, WantsColour());
-    transcript.Note("protocol " + std::to_string(options.protocol) + ".0, " +
-                    Counted(recordings->Events().size(), "event") + " in " + recordings->Origin() +
-                    ", waiting for the harness at " + endpoint.Name());
+    transcript.Note(fmt::format("protocol {}.0, {} in {}, waiting for the harness at {}", DialectOf(options),
+                                Counted(recordings->Events().size(), "event"), recordings->Origin(),
+                                endpoint.Name()));
     if (injector.HasDefects()) {
         transcript.Note("seed " + std::to_string(seed));
     }
-    WireCheck wireCheck(options.protocol, injector.HasDefects());
+    WireCheck wireCheck(DialectOf(options), injector.HasDefects());
     while (PlayOnce(options, *recordings, endpoint, delivery.get(), injector, wireCheck, transcript)) {
         transcript.Note("connecting again, as told");
     }
@@ -188,7 +195,7 @@ int RunDvr(const DvrOptions& options) {
         return static_cast<int>(ExitStatus::Complete);
     } catch (const Failure& failure) {
         return Report(failure.Status(), failure.what());
-    } catch (const std::exception& error) {  // from the system or a library: not the harness's doing
+    } catch (const std::exception& error) {  // of the system or a library: not the harness's doing
         return Report(ExitStatus::Unusable, Printable(error.what()));
     }
 }

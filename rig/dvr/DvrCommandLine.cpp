@@ -5,8 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "rig/base/ChoiceOption.h"
-#include "rig/base/NumberOption.h"
+#include "rig/base/OptionChecks.h"
 #include "rig/dvr/DvrCommand.h"
 #include "rig/dvr/defects/Defect.h"
 #include "rig/dvr/replay/ReplayCommand.h"
@@ -21,12 +20,12 @@ constexpr std::size_t kLargestSegment = 1'000'000'000;
 constexpr std::uint64_t kHighestRate = 1'000'000'000'000;
 
 constexpr const char* kDvrStatuses =
-    "Exit status: 0 the dialogue ran to DONE (or to the refusal of a configuration update, after which\n"
-    "the harness asks for nothing more, or to where a defect ended the connection); 1 the harness broke\n"
-    "the protocol or closed the connection early; 3 nothing came within --timeout, or no connection within\n"
+    "Exit status: 0 the dialogue ran to DONE, to the refusal of a configuration update (after which the\n"
+    "harness asks for nothing more), or until a defect ended the connection; 1 the harness broke the\n"
+    "protocol or closed the connection early; 3 nothing came within --timeout, or no connection within\n"
     "--wait; 64 usage error, or a file or folder that cannot be read or written.\n"
-    "With --replay: 0 the harness asked for the same to the end of the log; 1 it asked for something\n"
-    "else; 3 and 64 as above.\n"
+    "With --replay: 0 the harness asked for the same things up to the end of the log; 1 it asked for\n"
+    "something else; 3 and 64 as above.\n"
     "\n"
     "The DVR closes the connection when the dialogue is done. The harness expects that in protocol 1.0\n"
     "after DONE, and in 2.0 if it was started with -c. Otherwise, and in both after a refused\n"
@@ -43,8 +42,8 @@ void AddTimeOptions(CLI::App& dvr, DvrOptions& options) {
     addSeconds("--wait", options.wait, "How long to try to connect");
     addSeconds("--timeout", options.timeout, "How long to wait for each message of the harness");
     addSeconds("--frame-timeout", options.frameTimeout,
-               "How long the rest of a message may stay out, as it does for good when its prefix announces "
-               "too much");
+               "How long to wait for the rest of a message, which never comes if its prefix announces too "
+               "much");
 }
 
 /// How fast the DVR is, and where the files go.
@@ -56,17 +55,16 @@ void AddPaceOptions(CLI::App& dvr, DvrOptions& options) {
         ->type_name("MS")
         ->capture_default_str();
     dvr.add_option("--rate", options.rate,
-                   "Transfer the files at this rate instead, so that long ones take long")
+                   "Transfer the files at this rate instead, so that large ones take longer")
         ->transform(Between<std::uint64_t>(1, kHighestRate))
         ->type_name("BYTES/S")
         ->excludes("--transfer-time");
     dvr.add_option(
            "--deliver", options.deliver,
-           "Copy the files there while they are transferred, as DIR/EVENT/FILE; a file appears when it is "
-           "complete")
+           "Copy each file there as it is transferred, as DIR/EVENT/FILE; it appears when it is complete")
         ->type_name("DIR");
     auto* const segment =
-        dvr.add_option("--segment", options.segment, "Send every message in pieces of so many bytes")
+        dvr.add_option("--segment", options.segment, "Send every message in pieces of this size")
             ->transform(Between(std::size_t{1}, kLargestSegment))
             ->type_name("BYTES");
     dvr.add_option("--gap", options.gap, "Pause between the pieces, in ms")
@@ -76,7 +74,7 @@ void AddPaceOptions(CLI::App& dvr, DvrOptions& options) {
         ->needs(segment);
 }
 
-/// What the DVR does wrong.
+/// What the DVR does wrong, and what there is to choose from.
 void AddDefectOptions(CLI::App& dvr, const std::shared_ptr<DvrOptions>& options) {
     // In command-line order: a place belongs to the defect before it.
     const auto lastDefect = [options](const char* option) -> DefectOption& {
@@ -87,22 +85,21 @@ void AddDefectOptions(CLI::App& dvr, const std::shared_ptr<DvrOptions>& options)
     };
     const auto addDefect = [options](const std::string& name) { options->defects.push_back({name, "", ""}); };
     dvr.add_option_function<std::string>(
-           "--defect", addDefect,
-           "A way in which to be wrong (see --list-defects); may be given several times")
+           "--defect", addDefect, "Something to do wrong (see --list-defects); may be given several times")
         ->type_name("NAME[=VALUE]")
         ->trigger_on_parse();
     dvr.add_option_function<std::string>(
            "--on", [lastDefect](const std::string& site) { lastDefect("--on").on = site; },
-           "The defect before it acts on each MESSAGE of the DVR, or only on the Nth (default: the first "
+           "The preceding defect acts on each MESSAGE of the DVR, or only on the Nth (default: the first "
            "that it can change)")
         ->type_name("MESSAGE[:N]")
         ->trigger_on_parse();
     dvr.add_option_function<std::string>(
            "--at", [lastDefect](const std::string& site) { lastDefect("--at").at = site; },
-           "The defect before it acts only on messages about this event, or this file of it")
+           "The preceding defect acts only on messages about this event, or this file of it")
         ->type_name("EVENT[:FILE]")
         ->trigger_on_parse();
-    dvr.add_option("--seed", options->seed, "Repeats the random choices of an earlier run")
+    dvr.add_option("--seed", options->seed, "Repeat the random choices of an earlier run")
         ->transform(Between<std::uint32_t>(0, UINT32_MAX))
         ->type_name("N");
     dvr.add_flag("--list-defects", options->listDefects, "Print all defects and exit");
@@ -116,8 +113,8 @@ void AddWireOptions(CLI::App& dvr, DvrOptions& options) {
                  "Check every byte of the harness's messages: prefix, printing, order of the attributes");
     dvr.add_option(
            "--on-size-error", options.onSizeError,
-           "What to do about a message that is shorter than announced: end with status 1, or take what "
-           "came within --frame-timeout")
+           "What to do about a message shorter than announced: end with status 1, or accept what came "
+           "within --frame-timeout")
         ->check(OneOf("close", "continue"))
         ->type_name("close|continue")
         ->capture_default_str();
@@ -129,11 +126,10 @@ void AddDvrCommand(CLI::App& app, int& status) {
     const auto options = std::make_shared<DvrOptions>();
     CLI::App* const dvr = app.add_subcommand("dvr", "Plays a DVR that exports its recordings to the harness");
     dvr->footer(kDvrStatuses);
-    const auto* const protocol =
-        dvr->add_option("--protocol", options->protocol, "Dialect, as the harness was told with its -p")
-            ->transform(Between(1, 2))
-            ->type_name("1|2")
-            ->capture_default_str();
+    dvr->add_option("--protocol", options->protocol, "Dialect, the same as the harness's -p")
+        ->transform(Between(1, 2))
+        ->type_name("1|2")
+        ->default_str("1");
     dvr->add_option("--host", options->host, "Where the harness runs")
         ->type_name("HOST")
         ->capture_default_str();
@@ -141,16 +137,15 @@ void AddDvrCommand(CLI::App& app, int& status) {
         ->transform(Between(1, 65535))
         ->type_name("PORT")
         ->capture_default_str();
-    const auto* const recordings =
-        dvr->add_option("--recordings", options->recordings,
-                        "Folder with one folder of files for each event (default: a few synthetic events)")
-            ->type_name("DIR");
+    dvr->add_option("--recordings", options->recordings,
+                    "Folder with one folder of files for each event (default: a few synthetic events)")
+        ->type_name("DIR");
     AddTimeOptions(*dvr, *options);
     AddPaceOptions(*dvr, *options);
     AddDefectOptions(*dvr, options);
     AddWireOptions(*dvr, *options);
     AddReplayOptions(*dvr, *options);
-    dvr->callback([options, recordings, protocol, &status] {
+    dvr->callback([options, &status] {
         if (options->listDefects) {
             Print(ListDefects(), options->format);
             return;
@@ -159,8 +154,6 @@ void AddDvrCommand(CLI::App& app, int& status) {
             Print(protocol::ListMessages(), options->format);
             return;
         }
-        options->hasRecordings = recordings->count() > 0;
-        options->hasProtocol = protocol->count() > 0;
         status = RunDvr(*options);
     });
 }

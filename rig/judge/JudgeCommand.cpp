@@ -6,16 +6,15 @@
 #include <iostream>
 #include <memory>
 
-#include "rig/base/ChoiceOption.h"
-#include "rig/base/Colour.h"
 #include "rig/base/Complaint.h"
-#include "rig/base/NumberOption.h"
-#include "rig/base/Output.h"
+#include "rig/base/OptionChecks.h"
 #include "rig/base/Printable.h"
+#include "rig/base/Terminal.h"
 #include "rig/base/WriteWhole.h"
 #include "rig/html/HtmlReport.h"
 #include "rig/judge/Judge.h"
 #include "rig/judge/KnownFailures.h"
+#include "rig/judge/MessageList.h"
 #include "rig/judge/checks/Checks.h"
 #include "rig/log/LogReader.h"
 #include "rig/result/Reports.h"
@@ -33,6 +32,10 @@ constexpr const char* kJudgeStatuses =
 
 bool WantsFiles(const JudgeOptions& options) {
     return !options.json.empty() || !options.junit.empty() || !options.tap.empty() || !options.html.empty();
+}
+
+std::string NoLine(const std::string& log) {
+    return Printable(log) + ": expected a log of the harness, found none of its lines";
 }
 
 /// @return those without any statement of the harness
@@ -108,6 +111,25 @@ class LogsJudged {
     std::vector<std::string> foreign_;
 };
 
+/// Prints what both sides sent. @return the exit status
+int ListMessages(const JudgeOptions& options) {
+    for (const std::string& log : options.logs) {
+        MessageList messages(std::cout);
+        bool isForeign = true;
+        log::ReadLog(log, [&](std::uint64_t number, std::string_view line) {
+            isForeign = !messages.Add(number, line) && isForeign;
+        });
+        messages.Finish();
+        if (isForeign) {
+            return Complain("judge", kNoLog, NoLine(log));
+        }
+    }
+    std::cout.flush();
+    return IsOutputLost() ? Complain("judge", kUsageStatus,
+                                     "expected standard output to take the messages, found that it did not")
+                          : 0;
+}
+
 void WriteReports(const JudgeOptions& options, const result::Result& result) {
     if (!options.json.empty()) {
         WriteWhole(options.json, result::JsonReport(result));
@@ -147,6 +169,10 @@ void AddJudgeCommand(CLI::App& app, int& status) {
     judge->add_option("LOG", options->logs,
                       "Logs of the harness in the order in which they were written; - is standard input");
     judge->add_flag("--follow", options->follow, "Keep reading until the run ends, or until SIGINT");
+    auto* const messages =
+        judge->add_flag("--messages", options->messages,
+                        "Only print what both sides sent, as far as the log says: a JSON object a line");
+    messages->excludes(judge->get_option("--follow"));
     judge->add_flag("--timeline", options->timeline, "Also print the dialogue as a ladder");
     judge
         ->add_option("--patience", options->patience,
@@ -188,6 +214,9 @@ int RunJudge(const JudgeOptions& options) {
                         Printable(report) + ": expected a file for a report, found a log to be judged");
     }
     try {
+        if (options.messages) {
+            return ListMessages(options);
+        }
         const KnownFailures known =
             options.known.empty() ? KnownFailures() : ReadKnownFailures(options.known);
         LogsJudged logs(options, known);
@@ -200,9 +229,7 @@ int RunJudge(const JudgeOptions& options) {
                             "expected standard output to take the report, found that it did not");
         }
         if (!logs.Foreign().empty()) {
-            return Complain("judge", kNoLog,
-                            Printable(logs.Foreign().front()) +
-                                ": expected a log of the harness, found none of its lines");
+            return Complain("judge", kNoLog, NoLine(logs.Foreign().front()));
         }
         return result::ExitStatusOf(logs.Worst());
     } catch (const log::Unreadable& log) {

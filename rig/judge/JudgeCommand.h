@@ -15,6 +15,7 @@ struct JudgeOptions {
     std::vector<std::string> logs;  // "-" is standard input
     bool follow = false;
     bool timeline = false;
+    bool messages = false;              // print what both sides sent, and judge nothing
     double patience = 3;                // seconds
     std::optional<double> maxReaction;  // milliseconds
     std::string known;                  // list of known failures; empty if not given

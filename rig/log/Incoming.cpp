@@ -1,5 +1,7 @@
 #include "rig/log/Incoming.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 namespace rig::log {
@@ -19,7 +21,7 @@ bool Incoming::Expect(const Statement& announcement) {
     return wasWhole;
 }
 
-bool Incoming::Add(const Statement& slice) {
+bool Incoming::AddSlice(const Statement& slice) {
     const std::size_t colon = slice.detail.find(':');  // "1 to 800:TEXT"
     if (!isOpen_ || colon == std::string_view::npos || text_.size() > kLongest) {
         isOpen_ = isOpen_ && text_.size() <= kLongest;
@@ -32,8 +34,8 @@ bool Incoming::Add(const Statement& slice) {
 
 std::string Incoming::NextHead() const {
     const auto start = static_cast<std::int64_t>(text_.size());
-    return "GetMessage:incoming message, bytes " + std::to_string(start + 1) + " to " +
-           std::to_string(start + std::min(announced_, kSlice)) + ":";
+    return fmt::format("GetMessage:incoming message, bytes {} to {}:", start + 1,
+                       start + std::min(announced_, kSlice));
 }
 
 std::int64_t Incoming::NextBytes() const {

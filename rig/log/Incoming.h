@@ -8,16 +8,16 @@
 
 namespace rig::log {
 
-/// The incoming message, put together from the slices in which the harness logs it.
+/// The incoming message, assembled from the slices in which the harness logs it.
 class Incoming {
  public:
     /// The harness has read a length prefix. @return whether the message before it was whole
     bool Expect(const Statement& announcement);
 
     /// Adds a slice. @return whether it belongs to a message that was announced and is not too long
-    bool Add(const Statement& slice);
+    bool AddSlice(const Statement& slice);
 
-    /// @return whether all announced bytes are there
+    /// @return whether all announced bytes have come
     bool IsWhole() const { return !isOpen_; }
 
     /// @return bytes that the prefix announces
@@ -28,10 +28,10 @@ class Incoming {
     std::string NextHead() const;
     std::int64_t NextBytes() const;
 
-    /// @return what is there, byte for byte
+    /// @return what has come, byte for byte
     const std::string& Text() const { return text_; }
 
-    /// @return whether the message is the same, byte for byte, as the last one that Remember() was called for
+    /// @return whether the message equals, byte for byte, the last one that was remembered
     bool IsRepeated() const { return text_ == before_; }
     void Remember() { before_ = text_; }
 

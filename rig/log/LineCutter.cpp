@@ -11,7 +11,7 @@ void LineCutter::Add(std::string_view piece) {
         if (rest_.empty()) {  // most lines arrive whole: no need to copy them
             take_(++number_, end.substr(0, kLongestLine));
         } else {
-            Give(end);
+            PassOn(end);
         }
     }
     Keep(piece);
@@ -19,7 +19,7 @@ void LineCutter::Add(std::string_view piece) {
 
 void LineCutter::End() {
     if (!rest_.empty()) {
-        Give({});
+        PassOn({});
     }
 }
 
@@ -28,7 +28,7 @@ void LineCutter::Keep(std::string_view part) {
 }
 
 /// @param end  the rest of the line begun in rest_
-void LineCutter::Give(std::string_view end) {
+void LineCutter::PassOn(std::string_view end) {
     Keep(end);
     take_(++number_, rest_);
     rest_.clear();

@@ -29,7 +29,7 @@ class LineCutter {
 
  private:
     void Keep(std::string_view part);
-    void Give(std::string_view end);
+    void PassOn(std::string_view end);
 
     TakeLine take_;
     std::string rest_;

@@ -14,7 +14,7 @@ namespace rig::log {
 namespace {
 
 constexpr std::size_t kChunk = std::size_t{1} << 18;
-constexpr int kFollowInterval = 100;  // milliseconds: a file has no event for "grew"
+constexpr int kFollowInterval = 100;  // milliseconds: no event tells that a file grew
 constexpr int kLastWords = 500;       // milliseconds in which a harness that was also interrupted says so
 
 volatile std::sig_atomic_t interrupts = 0;

@@ -18,7 +18,7 @@ class Unreadable : public std::runtime_error {
 /// Ctrl-C, and ends the input after its last words. A second SIGINT does. Throws Unreadable.
 void ReadLog(const std::string& name, const TakeLine& take);
 
-/// Reads as ReadLog does, and at the end of a file waits for more. Ends when `isOver`, asked whenever
+/// Reads as ReadLog does, but waits for more at the end of a file. Ends when `isOver`, asked whenever
 /// everything available has been read, returns true; for a file also when nothing more comes after a SIGINT,
 /// or at a second one.
 void FollowLog(const std::string& name, const TakeLine& take, const std::function<bool()>& isOver);

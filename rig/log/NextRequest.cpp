@@ -7,7 +7,7 @@
 namespace rig::log {
 namespace {
 
-constexpr std::size_t kDamage = 3;  // characters
+constexpr std::size_t kDamage = 3;  // characters that are cut off
 
 }  // namespace
 
@@ -39,6 +39,8 @@ void NextRequest::Forget() {
     last_.clear();
     announced_.clear();
     announcement_.clear();
+    statedFile_.reset();
+    statedEvents_.clear();
     popped_ = false;
     left_ = 0;
     fault_ = Fault::None;
@@ -62,11 +64,15 @@ Listed NextRequest::TakeMessage(const std::string& name, const pugi::xml_node& m
     return {};
 }
 
-Fault NextRequest::Take(const Statement& statement, const Switches& switches) {
+Fault NextRequest::TakeStatement(const Statement& statement, const Switches& switches) {
+    if (statement.sign == Sign::ReportedEvent) {  // EVENT'
+        statedEvents_.push_back(Unescaped(statement.detail.substr(0, statement.detail.rfind('\''))));
+    }
     if (!IsAnnouncement(statement.sign)) {
         return Fault::None;
     }
     announcement_ = statement.text;
+    statedFile_.reset();
     switch (statement.sign) {
         case Sign::Opening:
             announced_ =
@@ -117,6 +123,8 @@ Fault NextRequest::TakeFault(const Statement& statement) {
             AskTwice();
             break;
         case Sign::LastFile:
+            statedFile_ =
+                Unescaped(statement.detail.substr(0, statement.detail.rfind(", ")));  // EVENT/FILE, BOOL)
             fault_ = EndsWith(statement.text, ", true)") ? Fault::Rehash : Fault::None;
             break;
         case Sign::XferFault:
@@ -162,7 +170,7 @@ std::string NextRequest::Name() const {
     return "GET_FILE";
 }
 
-Request NextRequest::Make(const Switches& switches) {
+Request NextRequest::MakeRequest(const Switches& switches) {
     Request request;
     request.name = Name();
     if (request.name == "GET_FILE" && !lists_.files.empty()) {
@@ -179,8 +187,10 @@ Request NextRequest::Make(const Switches& switches) {
         fault_ = Fault::Xfer;  // only the second of the two gets a different answer
     }
     request.fault = fault_;
+    request.statedFile = statedFile_;
+    request.statedEvents.swap(statedEvents_);
     request.isCertain = !announcement_.empty() || last_ == "EVENT_LIST" || last_ == "EVENT" ||
-                        last_ == "XML" || last_ == "INVALID_EVENT";
+                        last_ == "XML" || last_ == "INVALID_EVENT" || last_ == "TRANSPORT_EXCEPTION";
     announced_.clear();
     fault_ = Fault::None;
     return request;

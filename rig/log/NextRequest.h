@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "rig/log/Statement.h"
 #include "rig/log/WorkLists.h"
@@ -27,30 +29,33 @@ struct Request {
     std::string reid;
     std::string file;
     Fault fault = Fault::None;
-    std::int64_t pause = 0;  // microseconds that the harness sleeps after it
-    bool isCertain = true;   // that, or the message before it, tells its name
+    std::int64_t pause = 0;                 // microseconds that the harness sleeps after it
+    std::uint32_t announced = 0;            // bytes, as far as its prefix has gone out
+    std::optional<std::string> statedFile;  // EVENT/FILE, where a statement names it
+    std::vector<std::string> statedEvents;  // that a 1.0 report names, likewise
+    bool isCertain = true;                  // the log, or the message before it, reveals its name
 };
 
 /// What the harness asks for next. The log does not hold its requests: they follow from the lists that it
 /// keeps, from the last message, and from what it logs between message and request.
 class NextRequest {
  public:
-    /// A message has arrived: nothing that was logged before it matters any more.
+    /// A message has arrived: nothing logged before it matters any more.
     void Forget();
 
-    /// The message is one of the dialect's.
+    /// Takes a message of the dialect. @return what it lists
     Listed TakeMessage(const std::string& name, const pugi::xml_node& message);
 
-    /// Takes a statement of the harness about what it does. @return the fault that it injects, if it does
-    Fault Take(const Statement& statement, const Switches& switches);
+    /// Takes a statement of the harness about what it does. @return the fault that it injects, if any
+    Fault TakeStatement(const Statement& statement, const Switches& switches);
 
-    /// The harness sends.
-    Request Make(const Switches& switches);
+    /// @return the request that the harness now sends
+    Request MakeRequest(const Switches& switches);
 
-    /// @return the last statement, since the last message, that tells of a request; empty if none does
+    /// @return the last statement since the last message that announces a request; empty if there is none
     const std::string& Announcement() const { return announcement_; }
 
-    /// @return the identifier of the event that the harness takes for the one in progress; empty if there is
+    /// @return the identifier of the event that the harness takes as the one in progress; empty if there is
     /// none
     std::string Event() const { return lists_.events.empty() ? "" : lists_.events.front(); }
 
@@ -62,16 +67,18 @@ class NextRequest {
     std::string Name() const;
 
     WorkLists lists_;
-    std::string last_;           // the last message's name
-    std::string announced_;      // what a statement said would be sent next
-    std::string announcement_;   // the last statement that is about what is sent next
+    std::string last_;          // the last message's name
+    std::string announced_;     // what a statement said would be sent next
+    std::string announcement_;  // the last statement that is about what is sent next
+    std::optional<std::string> statedFile_;
+    std::vector<std::string> statedEvents_;
     bool popped_ = false;        // since the last message, a file was retired
     std::int64_t left_ = 0;      // files of the event after that
     Fault fault_ = Fault::None;  // of the next request
     int doubled_ = 0;            // requests of -x that are still to go out
 };
 
-/// @return whether the statement tells of a request that the harness sends next
+/// @return whether the statement announces a request
 bool IsAnnouncement(Sign sign);
 
 /// @return an identifier or a name as the harness damages it: without its first three characters

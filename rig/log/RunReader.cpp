@@ -1,14 +1,18 @@
 #include "rig/log/RunReader.h"
 
 #include <algorithm>
+#include <charconv>
 
+#include "rig/log/HarnessText.h"
 #include "rig/protocol/Catalogue.h"
 
 namespace rig::log {
 namespace {
 
-/// Its second failure ends a harness.
+/// The second failure ends a harness.
 constexpr int kMostBindFailures = 2;
+
+constexpr std::uint32_t kMostPrefixBytes = 5;
 
 bool Knows(int protocol, const std::string& message) {
     return protocol::Find(protocol == 2 ? 2 : 1, protocol::Sender::Dvr, message) != nullptr;
@@ -31,16 +35,29 @@ RunReader::Event RunReader::Add(const Statement& statement) {
         case Sign::Incoming:
             return TakeSlice(statement);
         case Sign::HeaderByte:
-            if (statement.detail.substr(0, 2) != "0]") {
-                return Event::None;
-            }
-            request_ = next_.Make(switches_);
-            return Event::Request;
+            return TakePrefixByte(statement);
         default:
             TakeSwitch(statement);
-            fault_ = next_.Take(statement, switches_);
+            fault_ = next_.TakeStatement(statement, switches_);
             return fault_ == Fault::None ? Event::None : Event::Fault;
     }
+}
+
+/// Takes "INDEX]= HEX".
+RunReader::Event RunReader::TakePrefixByte(const Statement& statement) {
+    constexpr std::size_t kIndexEnd = 4;
+    const bool isFirst = statement.detail.substr(0, 2) == "0]";
+    if (isFirst) {
+        request_ = next_.MakeRequest(switches_);
+    }
+    const std::string_view hex = statement.detail.substr(std::min(kIndexEnd, statement.detail.size()));
+    std::uint32_t byte = 0;
+    std::from_chars(hex.data(), hex.data() + hex.size(), byte, 16);
+    const auto index = static_cast<std::uint32_t>(statement.Number());
+    if (index < kMostPrefixBytes) {
+        request_.announced |= (byte & 0x7f) << (7 * index);
+    }
+    return isFirst ? Event::Request : Event::None;
 }
 
 void RunReader::NoteStart(Sign sign) {
@@ -83,7 +100,7 @@ void RunReader::TakeSwitch(const Statement& statement) {
 }
 
 RunReader::Event RunReader::TakeSlice(const Statement& statement) {
-    if (!incoming_.Add(statement)) {
+    if (!incoming_.AddSlice(statement)) {
         return Event::Gap;
     }
     if (!incoming_.IsWhole()) {
@@ -93,13 +110,26 @@ RunReader::Event RunReader::TakeSlice(const Statement& statement) {
     return Event::Message;
 }
 
+/// @return the message with its texts condensed, where those are read
+pugi::xml_node RunReader::AsTheHarnessReads(const pugi::xml_node& message) {
+    if (!message.first_child()) {
+        return message;
+    }
+    const std::string condensed = Condensed(incoming_.Text());
+    if (condensed == incoming_.Text()) {
+        return message;
+    }
+    condensed_.load_string(condensed.c_str(), kAsTheHarness);
+    return condensed_.child("msg");
+}
+
 void RunReader::TakeMessage() {
     next_.Forget();
     const std::string& text = incoming_.Text();
     message_ = {};
     message_.text = text;
     message_.time = incoming_.Time();
-    if (!document_.load_string(text.c_str(), pugi::parse_default)) {
+    if (!document_.load_string(text.c_str(), kAsTheHarness)) {
         message_.form = text.empty()         ? Message::Form::Empty
                         : text.back() != '>' ? Message::Form::BrokenOff
                                              : Message::Form::NotWellFormed;
@@ -120,7 +150,7 @@ void RunReader::TakeMessage() {
         message_.isRepeated = incoming_.IsRepeated();
         message_.event = next_.Event();
         incoming_.Remember();
-        message_.listed = next_.TakeMessage(message_.name, root);
+        message_.listed = next_.TakeMessage(message_.name, AsTheHarnessReads(root));
     }
 }
 

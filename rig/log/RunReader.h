@@ -20,14 +20,14 @@ struct Message {
     std::string name;                  // `req`
     bool isKnown = false;              // the dialect has it
     bool isRepeated = false;           // it is, byte for byte, the known message before it
-    std::string event;                 // that the harness took for the one in progress until then
+    std::string event;                 // the one in progress until then, as the harness sees it
     std::optional<std::int64_t> time;  // when its prefix was complete, microseconds
     Listed listed;
 };
 
 /// Reads the log of one run of the harness, statement by statement. What the DVR sent is in the log; what the
-/// harness sent is not, and follows from the state that the log shows. Everything that wants to know one or
-/// the other is a view of this: the judge, a replay, a campaign.
+/// harness sent is not, and follows from the state that the log shows. The judge, a replay and a campaign are
+/// views of this.
 class RunReader {
  public:
     /// What a statement completes. The rest is in LastMessage() and so on, until the next statement.
@@ -54,14 +54,17 @@ class RunReader {
 
  private:
     void NoteStart(Sign sign);
+    Event TakePrefixByte(const Statement& statement);
     void TakeSwitch(const Statement& statement);
     Event TakeSlice(const Statement& statement);
     void TakeMessage();
+    pugi::xml_node AsTheHarnessReads(const pugi::xml_node& message);
 
     Switches switches_;
     Incoming incoming_;
     NextRequest next_;
-    pugi::xml_document document_;
+    pugi::xml_document document_;   // the last message
+    pugi::xml_document condensed_;  // the last whose texts had white space to condense
     Message message_;
     Request request_;
     Fault fault_ = Fault::None;

@@ -88,6 +88,7 @@ const std::vector<Beginning>& Beginnings() {
         {Sign::RehashFault, "processing 'rehash' option"},
         {Sign::XferFault, "processing 'xferInProgress' option"},
         {Sign::SendingComplete, "Sending EVENT_XFER_COMPLETE"},
+        {Sign::ReportedEvent, "HandleMessage: event = '"},
         {Sign::AckWithoutReid, "Got EVENT_XFER_ACK with no reid attribute"},
         {Sign::AckReidWrong, "In EVENT_XFER_ACK, got unexpected reid: "},
         {Sign::Acknowledged, "Got EVENT_XFER_ACK for: "},

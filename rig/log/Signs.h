@@ -68,6 +68,7 @@ enum class Sign : std::size_t {
     XferFault,
     LastFile,
     SendingComplete,
+    ReportedEvent,
     AckWithoutReid,
     AckReidWrong,
     Acknowledged,
@@ -81,7 +82,7 @@ struct Beginning {
     std::string_view text;
 };
 
-/// @return every beginning that has a meaning; no one is the beginning of another
+/// @return every beginning that has a meaning; none is the beginning of another
 const std::vector<Beginning>& Beginnings();
 
 /// @return the beginning of this text; Sign::None and no text for one without further meaning

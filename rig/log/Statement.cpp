@@ -1,9 +1,9 @@
 #include "rig/log/Statement.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
-#include <cstring>
+
+#include "rig/log/LineTime.h"
 
 namespace rig::log {
 namespace {
@@ -12,114 +12,17 @@ constexpr std::string_view kSource = "velloran:";
 constexpr std::string_view kProcess = "velloran[";
 constexpr std::string_view kName = "velloran ";
 
-bool IsDigit(char byte) {
-    return byte >= '0' && byte <= '9';
-}
-
-/// @return the number that the `count` digits at `at` make; nothing if they are not all digits
-std::optional<int> Digits(std::string_view text, std::size_t at, std::size_t count) {
-    if (at + count > text.size()) {
-        return std::nullopt;
-    }
-    int number = 0;
-    for (const char byte : text.substr(at, count)) {
-        if (!IsDigit(byte)) {
-            return std::nullopt;
-        }
-        number = number * 10 + (byte - '0');
-    }
-    return number;
-}
-
 /// @return where "velloran:N " begins and where its text does, if the line has it
 std::optional<std::pair<std::size_t, std::size_t>> FindSource(std::string_view line) {
     for (std::size_t at = line.find(kSource); at != std::string_view::npos; at = line.find(kSource, at + 1)) {
-        std::size_t end = at + kSource.size();
-        while (end < line.size() && IsDigit(line[end])) {
-            ++end;
-        }
+        const std::size_t number = at + kSource.size();
+        const std::size_t end = std::min(line.find_first_not_of("0123456789", number), line.size());
         const bool isWord = at == 0 || line[at - 1] == ' ' || line[at - 1] == '\t' || line[at - 1] == ':';
-        if (isWord && end > at + kSource.size() && end < line.size() && line[end] == ' ') {
+        if (isWord && end > number && end < line.size() && line[end] == ' ') {
             return std::make_pair(at, end + 1);
         }
     }
     return std::nullopt;
-}
-
-/// @return the days from 1970-01-01 to a day of the Gregorian calendar
-std::int64_t DaysSinceEpoch(int year, int month, int day) {
-    const int shifted = month <= 2 ? year - 1 : year;  // years begin in March here: leap days come last
-    const int era = shifted / 400;
-    const int yearOfEra = shifted - era * 400;
-    const int dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
-    const int dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
-    return static_cast<std::int64_t>(era) * 146097 + dayOfEra - 719468;
-}
-
-constexpr std::size_t kSecondsEnd = 19;  // in "2026-11-20T14:03:07"
-
-/// @return the time of day "HH:MM:SS" at `at`, with the fraction after it if there is one, in microseconds
-std::optional<std::int64_t> TimeOfDay(std::string_view text, std::size_t at) {
-    const auto hours = Digits(text, at, 2);
-    const auto minutes = Digits(text, at + 3, 2);
-    const auto seconds = Digits(text, at + 6, 2);
-    if (!hours || !minutes || !seconds || text[at + 2] != ':' || text[at + 5] != ':') {
-        return std::nullopt;
-    }
-    std::int64_t time = ((std::int64_t{*hours} * 60 + *minutes) * 60 + *seconds) * kSecond;
-    std::int64_t unit = kSecond / 10;
-    if (at + 8 < text.size() && text[at + 8] == '.') {
-        for (std::size_t digit = at + 9; digit < text.size() && IsDigit(text[digit]); ++digit, unit /= 10) {
-            time += (text[digit] - '0') * unit;
-        }
-    }
-    return time;
-}
-
-/// @return the microseconds by which local time is ahead of UTC, from a zone such as "+0100" or "+01:00"; 0
-///         for "Z" and for no zone: then only differences of times are meaningful
-std::int64_t ZoneOffset(std::string_view zone) {
-    if (zone.empty() || (zone[0] != '+' && zone[0] != '-')) {
-        return 0;
-    }
-    const auto hours = Digits(zone, 1, 2);
-    const auto minutes = Digits(zone, zone.size() > 3 && zone[3] == ':' ? 4 : 3, 2);
-    const std::int64_t offset = (std::int64_t{hours.value_or(0)} * 60 + minutes.value_or(0)) * 60 * kSecond;
-    return zone[0] == '-' ? -offset : offset;
-}
-
-/// Reads "2026-11-20T14:03:07.123456Z".
-std::optional<std::int64_t> IsoTime(std::string_view prefix) {
-    const auto year = Digits(prefix, 0, 4);
-    const auto month = Digits(prefix, 5, 2);
-    const auto day = Digits(prefix, 8, 2);
-    if (!year || !month || !day || *month < 1 || *month > 12) {
-        return std::nullopt;
-    }
-    const auto time = TimeOfDay(prefix, 11);
-    if (!time) {
-        return std::nullopt;
-    }
-    const std::size_t zone = std::min(prefix.find_first_not_of(".0123456789", kSecondsEnd), prefix.size());
-    return DaysSinceEpoch(*year, *month, *day) * 24 * 3600 * kSecond + *time -
-           ZoneOffset(prefix.substr(zone));
-}
-
-/// Reads "Nov 20 14:03:07".
-std::optional<std::int64_t> SyslogTime(std::string_view prefix) {
-    static constexpr std::array<std::string_view, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                                                 "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-    const auto* const month = std::find(kMonths.begin(), kMonths.end(), prefix.substr(0, 3));
-    if (month == kMonths.end() || prefix.size() < 15) {
-        return std::nullopt;
-    }
-    const auto day = prefix[4] == ' ' ? Digits(prefix, 5, 1) : Digits(prefix, 4, 2);
-    const auto time = TimeOfDay(prefix, 7);
-    if (!day || !time) {
-        return std::nullopt;
-    }
-    const int number = static_cast<int>(month - kMonths.begin()) + 1;
-    return DaysSinceEpoch(1970, number, *day) * 24 * 3600 * kSecond + *time;
 }
 
 /// @return the number after the last `word` of the prefix
@@ -137,47 +40,6 @@ std::optional<int> NumberAfter(std::string_view prefix, std::string_view word) {
     return number;
 }
 
-/// Reads "2026-11-20T14:03:07.123456Z", with each digit in its fixed place. Lines follow each other within a
-/// minute mostly, so that the minute's time is kept.
-class OwnClock {
- public:
-    std::optional<std::int64_t> Read(const char* text) {
-        if (!hasMinute_ || std::memcmp(text, minuteText_.data(), kMinute) != 0) {
-            const std::optional<std::int64_t> minute = IsoTime({text, kMinute + 2});
-            if (!minute || !HasMarks(text)) {
-                return std::nullopt;
-            }
-            std::memcpy(minuteText_.data(), text, kMinute);
-            minute_ = *minute - std::int64_t{TwoDigits(text + kMinute)} * kSecond;
-            hasMinute_ = true;
-        }
-        const int seconds = TwoDigits(text + kMinute);
-        const int first = TwoDigits(text + 20);
-        const int second = TwoDigits(text + 22);
-        const int third = TwoDigits(text + 24);
-        if ((seconds | first | second | third) < 0 || text[kMinute + 2] != '.') {
-            return std::nullopt;
-        }
-        return minute_ + seconds * kSecond + first * 10'000 + second * 100 + third;
-    }
-
- private:
-    static constexpr std::size_t kMinute = 17;  // bytes of "2026-11-20T14:03:"
-
-    static bool HasMarks(const char* text) {
-        return text[4] == '-' && text[7] == '-' && text[10] == 'T' && text[kMinute - 1] == ':';
-    }
-
-    /// @return the number that two digits make; negative if they are not digits
-    static int TwoDigits(const char* digits) {
-        return IsDigit(digits[0]) && IsDigit(digits[1]) ? (digits[0] - '0') * 10 + (digits[1] - '0') : -1;
-    }
-
-    std::array<char, kMinute> minuteText_{};
-    std::int64_t minute_ = 0;  // microseconds
-    bool hasMinute_ = false;
-};
-
 /// Removes the number that the text begins with. @return it; 0 if there is none
 int TakeNumber(std::string_view& text) {
     int number = 0;
@@ -192,10 +54,9 @@ bool TakeText(std::string_view& text, std::string_view expected) {
     return isThere;
 }
 
-/// Reads a line of our own logger, where everything has its fixed place: most logs consist of these.
+/// Reads a line of our own logger, where everything has its fixed place. Most logs consist of such lines.
 /// "2026-11-20T14:03:07.123456Z velloran 16 velloran:212 Sending DONE"
 std::optional<Statement> OwnLine(std::string_view line) {
-    static OwnClock clock;
     constexpr std::size_t kTimeEnd = 26;
     if (line.size() <= kTimeEnd) {
         return std::nullopt;
@@ -208,7 +69,7 @@ std::optional<Statement> OwnLine(std::string_view line) {
     if (level <= 0 || !TakeText(rest, " velloran:") || TakeNumber(rest) <= 0 || !TakeText(rest, " ")) {
         return std::nullopt;
     }
-    const auto time = clock.Read(line.data());
+    const auto time = OwnTime(line.data());
     if (!time) {
         return std::nullopt;
     }
@@ -228,10 +89,7 @@ std::optional<Statement> ForeignLine(std::string_view line) {
     const std::string_view prefix = line.substr(0, source->first);
     Statement parsed;
     parsed.text = line.substr(source->second);
-    parsed.time = IsoTime(prefix);
-    if (!parsed.time) {
-        parsed.time = SyslogTime(prefix);
-    }
+    parsed.time = ForeignTime(prefix);
     parsed.process = NumberAfter(prefix, kProcess);
     parsed.level = NumberAfter(prefix, kName);
     return parsed;
@@ -244,10 +102,8 @@ void TellSign(Statement& statement) {
 }
 
 int HexDigit(char byte) {
-    if (IsDigit(byte)) {
-        return byte - '0';
-    }
-    return byte >= 'a' && byte <= 'f' ? byte - 'a' + 10 : -1;
+    const std::size_t digit = std::string_view("0123456789abcdef").find(byte);
+    return digit == std::string_view::npos ? -1 : static_cast<int>(digit);
 }
 
 /// Appends what the escape at the text's start stands for. @return how many bytes it has

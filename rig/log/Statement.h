@@ -35,7 +35,7 @@ Statement StatementOf(std::string_view text);
 /// @return the text with the logger's escapes undone: `\\`, `\n`, `\r`, `\t`, `\xHH`. Other backslashes stay.
 std::string Unescaped(std::string_view text);
 
-/// Appends it to what is there.
+/// Appends the unescaped text.
 void AppendUnescaped(std::string& plain, std::string_view text);
 
 }  // namespace rig::log

@@ -3,13 +3,16 @@
 #include <pugixml.hpp>
 #include <set>
 
+#include "rig/log/HarnessText.h"
+
 namespace rig::log {
 
 Listed WorkLists::TakeEventList(const pugi::xml_node& message) {
     Listed listed;
     std::set<std::string> seen;
-    for (const pugi::xml_node event : message.child("events").children()) {
-        const std::string reid = event.text().get();
+    // Every sibling counts as an event, whatever its name.
+    for (pugi::xml_node event = message.child("events").child("event"); event; event = event.next_sibling()) {
+        const std::string reid = TextOf(event);
         if (reid.empty()) {
             continue;  // the harness says so
         }
@@ -23,7 +26,7 @@ Listed WorkLists::TakeEventList(const pugi::xml_node& message) {
 
 Listed WorkLists::TakeEvent(const pugi::xml_node& message) {
     Listed listed;
-    TakeDescription(message.child("xmlFile").text().get(), message.attribute("reid").value(), listed);
+    TakeDescription(TextOf(message.child("xmlFile")), message.attribute("reid").value(), listed);
     listed.hasLargeEvent = listed.files >= 2;
     return listed;
 }
@@ -32,8 +35,8 @@ Listed WorkLists::TakeXml(const pugi::xml_node& message) {
     Listed listed;
     std::set<std::string> seen;
     const pugi::xml_node container = message.child("xmlFile");
-    for (const pugi::xml_node description : container.children("string")) {
-        const char* const text = description.text().get();
+    for (pugi::xml_node node = container.child("string"); node; node = node.next_sibling()) {
+        const char* const text = TextOf(node);
         listed.noEvent += *text == '\0' ? 1U : 0U;
         const std::string reid = TakeDescription(text, "", listed);
         if (!reid.empty() && !seen.insert(reid).second) {
@@ -49,7 +52,7 @@ Listed WorkLists::TakeXml(const pugi::xml_node& message) {
 /// @return the event's identifier, or empty if there is no event
 std::string WorkLists::TakeDescription(const char* text, const std::string& reid, Listed& listed) {
     pugi::xml_document description;
-    if (!description.load_string(text)) {
+    if (!description.load_string(Condensed(text).c_str(), kAsTheHarness)) {
         listed.notWellFormed += *text == '\0' ? 0U : 1U;
         return "";
     }
@@ -67,7 +70,8 @@ std::string WorkLists::TakeDescription(const char* text, const std::string& reid
     if (const pugi::xml_node metadata = video.child("metadata")) {
         TakeFile(metadata, name, listed);
     }
-    for (const pugi::xml_node stream : video.child("streams").children()) {
+    for (pugi::xml_node stream = video.child("streams").child("stream"); stream;
+         stream = stream.next_sibling()) {
         for (const pugi::xml_node file : stream.children()) {
             TakeFile(file, name, listed);
         }

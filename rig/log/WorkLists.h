@@ -16,7 +16,7 @@ namespace rig::log {
 struct Listed {
     std::size_t files = 0;             // that it adds to the list
     bool hasLargeEvent = false;        // an event of at least two files
-    std::vector<std::string> doubled;  // identifiers that it lists again
+    std::vector<std::string> doubled;  // identifiers that it lists more than once
     // How many of its descriptions are so:
     std::size_t notWellFormed = 0;
     std::size_t noEvent = 0;        // empty, or not of an event
@@ -25,7 +25,7 @@ struct Listed {
     bool noDescriptions = false;    // XML without `xmlFile`
 };
 
-/// The harness's lists of what it has yet to ask for, rebuilt from what the DVR sent.
+/// The harness's lists of what it still has to ask for, rebuilt from what the DVR sent.
 class WorkLists {
  public:
     using File = std::pair<std::string, std::string>;  // event identifier, name

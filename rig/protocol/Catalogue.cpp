@@ -1,7 +1,12 @@
 #include "rig/protocol/Catalogue.h"
 
+#include <fmt/ranges.h>
+
 #include <algorithm>
+#include <map>
+#include <set>
 #include <string>
+#include <tuple>
 
 namespace rig::protocol {
 namespace {
@@ -17,11 +22,7 @@ bool Holds(const Names& names, std::string_view name) {
 
 /// @return a list for people, "none" if it is empty
 std::string Join(const Names& names) {
-    std::string joined;
-    for (const char* name : names) {
-        joined += (joined.empty() ? "" : ", ") + std::string(name);
-    }
-    return joined.empty() ? "none" : joined;
+    return names.empty() ? "none" : fmt::format("{}", fmt::join(names, ", "));
 }
 
 std::string AttributesOf(const MessageKind& kind) {
@@ -72,10 +73,16 @@ const std::vector<MessageKind>& Catalogue() {
 // clang-format on
 
 const MessageKind* Find(int dialect, Sender sender, std::string_view name) {
-    const auto found = std::find_if(Catalogue().begin(), Catalogue().end(), [&](const MessageKind& kind) {
-        return kind.dialect == dialect && kind.sender == sender && kind.name == name;
-    });
-    return found == Catalogue().end() ? nullptr : &*found;
+    using Key = std::tuple<std::string_view, int, Sender>;
+    static const std::map<Key, const MessageKind*> kKinds = [] {
+        std::map<Key, const MessageKind*> kinds;
+        for (const MessageKind& kind : Catalogue()) {
+            kinds[{kind.name, kind.dialect, kind.sender}] = &kind;
+        }
+        return kinds;
+    }();
+    const auto found = kKinds.find({name, dialect, sender});
+    return found == kKinds.end() ? nullptr : found->second;
 }
 
 std::optional<int> OnlyDialectOf(std::string_view name) {
@@ -100,14 +107,20 @@ bool HasAttribute(const MessageKind& kind, std::string_view attribute) {
 }
 
 bool HasChild(const MessageKind& kind, std::string_view element) {
-    return ("/" + std::string(kind.children) + "/").find("/" + std::string(element) + "/") !=
-           std::string::npos;
+    return fmt::format("/{}/", kind.children).find(fmt::format("/{}/", element)) != std::string::npos;
 }
 
 bool IsReport(std::string_view name) {
-    return std::any_of(Catalogue().begin(), Catalogue().end(), [name](const MessageKind& kind) {
-        return kind.sender == Harness && Holds(kind.answers, name) && kind.answers.front() != name;
-    });
+    static const std::set<std::string_view> kReports = [] {
+        std::set<std::string_view> reports;
+        for (const MessageKind& kind : Catalogue()) {
+            if (kind.sender == Harness && kind.answers.size() > 1) {
+                reports.insert(kind.answers.begin() + 1, kind.answers.end());
+            }
+        }
+        return reports;
+    }();
+    return kReports.count(name) > 0;
 }
 
 const char* NameOf(Sender sender) {

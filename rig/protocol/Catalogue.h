@@ -16,10 +16,10 @@ struct MessageKind {
     Sender sender;
     const char* name;                   // `req`
     std::vector<const char*> required;  // attributes, in the order in which the harness writes them
-    std::vector<const char*> optional;  // attributes, after those; of a DVR's, the harness does not read them
+    std::vector<const char*> optional;  // attributes, after those; the harness does not read a DVR's
     const char* children;               // path of the elements in `msg`, "events/event"; empty if it has none
-    std::vector<const char*> answers;  // of the other side. A DVR's: to a good request, then the reports of a
-                                       // fault. The harness's: what it sends next, the usual first
+    std::vector<const char*> answers;   // of the other side. A DVR's: to a good request, then the reports of
+                                        // a fault. The harness's: what it sends next, the usual first
 };
 
 /// @return every message of both dialects, in the order of an export
@@ -34,13 +34,13 @@ std::optional<int> OnlyDialectOf(std::string_view name);
 /// @return what `protocolVersion` says in the dialect; null if its messages have none
 const char* VersionOf(int dialect);
 
-/// @return whether the message must or may have the attribute
+/// @return whether the message must or may have this attribute
 bool HasAttribute(const MessageKind& kind, std::string_view attribute);
 
-/// @return whether the message has elements of that name in `msg`, or in those
+/// @return whether the message has elements of that name below `msg`
 bool HasChild(const MessageKind& kind, std::string_view element);
 
-/// @return whether the DVR reports a fault by a message of that name
+/// @return whether a message of that name reports a fault
 bool IsReport(std::string_view name);
 
 /// @return the sender for people: "DVR", "harness"

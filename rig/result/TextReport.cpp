@@ -7,8 +7,8 @@
 #include <ostream>
 #include <sstream>
 
-#include "rig/base/Colour.h"
 #include "rig/base/Counted.h"
+#include "rig/base/Terminal.h"
 
 namespace rig::result {
 namespace {

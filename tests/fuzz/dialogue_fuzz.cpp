@@ -83,7 +83,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     const fuzz::Sender sender = kind < 2 ? fuzz::Sender::Harness_1_0 : fuzz::Sender::Harness_2_0;
     std::size_t transfers = 0;
     while (choices.AreLeft() && Step(choices, *dialogue, sender, expected, transfers)) {
-        dialogue->Standing();
+        dialogue->Situation();
     }
     dialogue->Summary();
     fuzz::Demand(dialogue->Exported().files <= transfers, "no more files exported than were transferred");

@@ -32,7 +32,7 @@ Outcome Decode(const std::string& stream, std::size_t piece) {
             const std::string part = stream.substr(start, piece == 0 ? std::string::npos : piece);
             decoder.Append(part.data(), part.size());
             start += part.size();
-            while (const auto text = decoder.Next()) {
+            while (const auto text = decoder.NextText()) {
                 outcome.texts.push_back(*text);
                 outcome.prefixes.push_back(decoder.LastFrame().prefix);
                 fuzz::Demand(decoder.LastFrame().announced == text->size(), "as many bytes as announced");
@@ -58,7 +58,7 @@ void DecodeTolerantly(fuzz::Choices& choices, const std::string& stream) {
     std::size_t given = 0;
     try {
         decoder.Append(stream.data(), stream.size());
-        while (const auto text = decoder.Next()) {
+        while (const auto text = decoder.NextText()) {
             given += text->size() + decoder.LastFrame().prefix.size();
         }
         decoder.Progress();

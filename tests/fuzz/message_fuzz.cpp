@@ -4,7 +4,7 @@
 
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/dialogue/MessageRules.h"
-#include "rig/dvr/wire/DocumentEnd.h"
+#include "rig/dvr/wire/Markup.h"
 #include "rig/dvr/wire/Message.h"
 #include "rig/dvr/wire/WireCheck.h"
 #include "tests/fuzz/Choices.h"

@@ -50,6 +50,21 @@ void Dialect10::Opens(Here here) {
     dvr->Receives(v1::kGetXml, here);
 }
 
+void Dialect10::OpensUnseen() {
+    dvr->Sends(Ok());
+    dvr->Receives(v1::kGetXml);
+}
+
+void Dialect10::ExportsE1Unseen() {
+    OpensUnseen();
+    dvr->Sends(Xml({Description("E1", {"m1"})}));
+    dvr->Receives(v1::GetFile("E1", "m1"));
+    dvr->Sends(FileComplete("E1", "m1"));
+    dvr->Receives(v1::EventXferComplete({"E1"}));
+    dvr->Receives(v1::kDone);
+    dvr->ReceivesEnd();
+}
+
 void Dialect10::Describes(const std::string& reid, const std::vector<std::string>& files, Here here) {
     dvr->Sends(Xml({Description(reid, files)}), here);
     harness->Logs(32, "Found event " + reid, here);

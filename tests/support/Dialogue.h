@@ -57,6 +57,12 @@ class Dialect10 : public Dialogue {
     /// OK, answered by GET_XML.
     void Opens(Here here = Here::current());
 
+    /// OK and its answer, in steps that see no log.
+    void OpensUnseen();
+
+    /// An export of E1 up to the end of the connection, in steps that see no log.
+    void ExportsE1Unseen();
+
     /// XML with this one event, answered by the request for its first file.
     void Describes(const std::string& reid, const std::vector<std::string>& files,
                    Here here = Here::current());

@@ -85,7 +85,13 @@ Dvr::~Dvr() {
     }
 }
 
-void Dvr::EndsWithStatus(int status, const std::string& why, Here here) {
+bool Dvr::IsRunning() const {
+    siginfo_t ended = {};
+    return waitid(P_PID, static_cast<id_t>(pid_), &ended, WEXITED | WNOHANG | WNOWAIT) == 0 and
+           ended.si_pid == 0;
+}
+
+int Dvr::Ends(Here here) {
     pollfd process = {static_cast<int>(syscall(SYS_pidfd_open, pid_, 0)), POLLIN, 0};
     const int ended = poll(&process, 1, MillisecondsUntil(Clock::now() + kPatience));
     close(process.fd);
@@ -95,15 +101,27 @@ void Dvr::EndsWithStatus(int status, const std::string& why, Here here) {
     int found = 0;
     waitpid(pid_, &found, 0);
     pid_ = -1;
-    const std::string errors = ReadFile(kErrors);
+    if (not WIFEXITED(found)) {
+        FailAt(here, "expected the DVR to end by itself, found a signal");
+    }
+    return WEXITSTATUS(found);
+}
+
+void Dvr::EndsWithStatus(int status, const std::string& why, Here here) {
+    const int found = Ends(here);
+    const std::string errors = StandardError();
     const std::string expected = status == 0 ? "" : "velloran-rig dvr: " + why;
-    if (not WIFEXITED(found) or WEXITSTATUS(found) not_eq status) {
+    if (found not_eq status) {
         FailAt(here, "expected the DVR's exit status " + std::to_string(status) + ", found " +
-                         (WIFEXITED(found) ? std::to_string(WEXITSTATUS(found)) : "a signal"));
+                         std::to_string(found));
     } else if (not StartsWith(errors, expected) or
                std::count(errors.begin(), errors.end(), '\n') not_eq (status == 0 ? 0 : 1)) {
         FailAt(here, "expected one line of the DVR: \"" + expected + "...\"\nbut found \"" + errors + "\"");
     }
+}
+
+std::string Dvr::StandardError() const {
+    return ReadFile(kErrors);
 }
 
 std::vector<std::string> Dvr::Transcript() const {

@@ -17,9 +17,17 @@ class Dvr {
     Dvr(const Dvr&) = delete;
     Dvr& operator=(const Dvr&) = delete;
 
+    bool IsRunning() const;
+
+    /// It ends by itself. @return its status
+    int Ends(Here here = Here::current());
+
     /// It ends with this status. If that is not 0, it says why in one line on standard error, which starts
     /// with "velloran-rig dvr: " and this text; if it is 0, it says nothing there.
     void EndsWithStatus(int status, const std::string& why = "", Here here = Here::current());
+
+    /// What it wrote to standard error. Complete only after it has ended.
+    std::string StandardError() const;
 
     /// @return what it printed, line by line, without the times. Complete only after it has ended.
     std::vector<std::string> Transcript() const;

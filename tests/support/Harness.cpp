@@ -134,3 +134,21 @@ void Harness::StopsOnInterrupt(Here here) {
     Logs(1, "shutting down", here);
     EndsWithStatus(44, here);
 }
+
+bool Harness::LogsMore(std::chrono::milliseconds patience) {
+    constexpr std::size_t kForever = 1 << 20;  // bytes
+    const std::size_t size = process_.output.size();
+    return size < kForever and process_.Await([&] { return process_.output.size() not_eq size; }, patience);
+}
+
+void Harness::RunsOut(std::chrono::milliseconds quiet, Here here) {
+    while (LogsMore(quiet)) {
+    }
+    if (process_.IsRunning()) {
+        GetsSignal(SIGINT);
+    }
+    process_.Await([this] { return process_.HasEnded(); });
+    if (not process_.HasEnded()) {
+        FailAt(here, "the harness does not end");
+    }
+}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -50,6 +51,14 @@ class Harness {
 
     /// It gets SIGINT, logs "shutting down" next, and ends with status 44.
     void StopsOnInterrupt(Here here = Here::current());
+
+    /// Reads what it logs within this time, so that it need not wait for its reader. Takes no line.
+    /// @return whether there was something, and it does not repeat itself forever
+    bool LogsMore(std::chrono::milliseconds patience);
+
+    /// Reads on until it ends or logs nothing for so long; then, unless it has ended, it gets SIGINT and
+    /// ends.
+    void RunsOut(std::chrono::milliseconds quiet, Here here = Here::current());
 
     /// What it wrote to standard error. Complete only after it has ended.
     const std::string& StandardError() const { return process_.error; }

@@ -18,8 +18,6 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "tests/support/Until.h"
-
 namespace {
 
 void MakePipe(std::array<int, 2>& ends) {
@@ -132,8 +130,8 @@ Process::~Process() {
     close(pidFd_);
 }
 
-bool Process::Await(const std::function<bool()>& fact) {
-    const Clock::time_point deadline = Clock::now() + kPatience;
+bool Process::Await(const std::function<bool()>& fact, std::chrono::milliseconds patience) {
+    const Clock::time_point deadline = Clock::now() + patience;
     while (not fact()) {
         pollfd waiting[] = {{output_.ended ? -1 : output_.fd, POLLIN, 0},
                             {error_.ended ? -1 : error_.fd, POLLIN, 0},

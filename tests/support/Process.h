@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/Until.h"
+
 /// How to start the program, if not in the usual way.
 struct Launch {
     std::vector<int> closedDescriptors = {};  // of 0, 1 and 2
@@ -30,8 +32,8 @@ class Process {
     Process& operator=(const Process&) = delete;
 
     /// Reads what the program writes until the fact is true.
-    /// @return false if it is not within kPatience, or can no longer be because the program has ended
-    bool Await(const std::function<bool()>& fact);
+    /// @return false if it is not in time, or can no longer be because the program has ended
+    bool Await(const std::function<bool()>& fact, std::chrono::milliseconds patience = kPatience);
 
     /// Whether it has ended and all its output has been read. Becomes true only in Await.
     bool HasEnded() const;

@@ -1,5 +1,7 @@
 #include "rig/dvr/defects/Injector.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 #include "rig/base/Printable.h"
@@ -28,8 +30,8 @@ void CheckMessageName(const DefectKind& kind, int dialect, const std::string& na
         }
         choices += (choices.empty() ? "" : ", ") + std::string(message.name);
     }
-    throw Failure(ExitStatus::Unusable, "--defect " + std::string(kind.name) + ": expected one of " +
-                                            choices + " with --on, found " + Quoted(name));
+    throw Failure(ExitStatus::Unusable, fmt::format("--defect {}: expected one of {} with --on, found {}",
+                                                    kind.name, choices, Quoted(name)));
 }
 
 }  // namespace
@@ -37,15 +39,16 @@ void CheckMessageName(const DefectKind& kind, int dialect, const std::string& na
 Injector::Injector(const Recordings& recordings, int dialect, std::uint32_t seed)
     : recordings_(recordings), dialect_(dialect), random_(seed) {}
 
-void Injector::Add(const std::string& defect, const DefectSite& site) {
+void Injector::AddDefect(const std::string& defect, const DefectSite& site) {
     const std::size_t equals = defect.find('=');
     const DefectKind& kind = FindDefectKind(defect.substr(0, equals));
     const std::string value = equals == std::string::npos ? kind.standard : defect.substr(equals + 1);
     CheckDefectValue(kind, value);
     if (std::string(kind.dialects).find(std::to_string(dialect_)) == std::string::npos) {
         throw Failure(ExitStatus::Unusable,
-                      "--defect " + std::string(kind.name) + ": expected protocol " + kind.dialects +
-                          ".0, which alone can show it, found protocol " + std::to_string(dialect_) + ".0");
+                      fmt::format("--defect {}: expected protocol {}.0, the only one that can show it, found "
+                                  "protocol {}.0",
+                                  kind.name, kind.dialects, dialect_));
     }
     if (!site.message.empty()) {
         CheckMessageName(kind, dialect_, site.message);

@@ -6,8 +6,8 @@
 
 namespace rig::dvr {
 
-/// Where a defect acts. Without a site: on the first message that it can change, or on each if its kind says
-/// so.
+/// Where a defect acts. If nothing is set: on the first message that it can change, or on each if its kind
+/// says so.
 struct DefectSite {
     std::string message;         // --on: only on messages of this name; empty: any
     std::size_t occurrence = 0;  // --on: only on the Nth of them, from 1; 0: each
@@ -25,7 +25,7 @@ class Injector {
 
     /// Adds a defect, written "NAME" or "NAME=VALUE". Throws Failure (Unusable) if it does not exist, the
     /// dialect cannot show it, it cannot act on the site's message or it does not take the value.
-    void Add(const std::string& defect, const DefectSite& site);
+    void AddDefect(const std::string& defect, const DefectSite& site);
 
     bool HasDefects() const { return !defects_.empty(); }
 
@@ -35,7 +35,7 @@ class Injector {
     /// Lets each defect act, in the order in which they were added.
     Outgoing Prepare(Message message);
 
-    /// @return the bytes of the message, as far as they are to be sent
+    /// @return the bytes of the message that are to be sent
     std::string Frame(const Outgoing& outgoing);
 
  private:

@@ -1,29 +1,7 @@
-#include <functional>
-
-#include "rig/dvr/defects/DefectChanges.h"
+#include "rig/dvr/defects/DefectTables.h"
 
 namespace rig::dvr {
 namespace {
-
-/// @return the element whose text is the (in 1.0 the first) description of an event; null if there is none
-pugi::xml_node Description(const Outgoing& outgoing) {
-    const pugi::xml_node container = outgoing.message.Root().child("xmlFile");
-    return outgoing.message.Name() == "XML" ? container.child("string") : container;
-}
-
-/// Changes the description as a document.
-bool ChangeDescription(Outgoing& outgoing, const std::function<bool(pugi::xml_node event)>& change) {
-    pugi::xml_node element = Description(outgoing);
-    pugi::xml_document description;
-    if (!element || !description.load_string(element.text().get()) || !change(description.first_child())) {
-        return false;
-    }
-    return element.text().set(Print(description).c_str());
-}
-
-std::string WithoutEnd(const std::string& text) {
-    return text.substr(0, text.rfind('<'));
-}
 
 std::size_t Number(const std::string& digits) {
     return std::stoul(digits);
@@ -36,73 +14,6 @@ bool EndConnection(Outgoing& outgoing, const std::string& place, Outgoing::End e
         outgoing.cut = Number(place);
     }
     return true;
-}
-
-}  // namespace
-
-bool MalformedXml(Outgoing& outgoing, const DefectContext&) {
-    const std::string text = outgoing.message.Text();
-    // A self-closing element loses its end, any other its end tag.
-    outgoing.text = text.find("</") == std::string::npos ? text.substr(0, text.rfind('/')) : WithoutEnd(text);
-    return true;
-}
-
-bool MalformedDescription(Outgoing& outgoing, const DefectContext&) {
-    pugi::xml_node element = Description(outgoing);
-    return element && element.text().set(WithoutEnd(element.text().get()).c_str());
-}
-
-bool DescriptionWithoutReid(Outgoing& outgoing, const DefectContext&) {
-    return ChangeDescription(outgoing, [](pugi::xml_node event) { return event.remove_attribute("reid"); });
-}
-
-bool DescriptionOtherReid(Outgoing& outgoing, const DefectContext& context) {
-    return ChangeDescription(outgoing, [&](pugi::xml_node event) {
-        return event.attribute("reid").set_value(context.value.c_str());
-    });
-}
-
-bool DescriptionWithoutVideo(Outgoing& outgoing, const DefectContext&) {
-    return ChangeDescription(outgoing, [](pugi::xml_node event) { return event.remove_child("video"); });
-}
-
-bool DescriptionWithoutName(Outgoing& outgoing, const DefectContext&) {
-    return ChangeDescription(outgoing, [](pugi::xml_node event) {
-        return event.child("video").child("metadata").remove_attribute("name");
-    });
-}
-
-bool DescriptionWithoutEvent(Outgoing& outgoing, const DefectContext&) {
-    return ChangeDescription(outgoing, [](pugi::xml_node event) { return event.set_name("something-else"); });
-}
-
-bool EmptyDescription(Outgoing& outgoing, const DefectContext&) {
-    pugi::xml_node element = Description(outgoing);
-    return element && element.remove_children();
-}
-
-bool NoDescription(Outgoing& outgoing, const DefectContext&) {
-    return outgoing.message.Root().remove_child("xmlFile");
-}
-
-bool EmptyList(Outgoing& outgoing, const DefectContext&) {
-    return outgoing.message.Root().child("events").remove_children();
-}
-
-bool DoubleList(Outgoing& outgoing, const DefectContext&) {
-    pugi::xml_node list = outgoing.message.Root().first_child();
-    const pugi::xml_node last = list.last_child();
-    for (pugi::xml_node entry = list.first_child(); entry; entry = entry.next_sibling()) {
-        list.append_copy(entry);
-        if (entry == last) {
-            return true;
-        }
-    }
-    return false;
-}
-
-bool EventWithoutText(Outgoing& outgoing, const DefectContext&) {
-    return !outgoing.message.Root().child("events").append_child("event").empty();
 }
 
 bool BadPrefix(Outgoing& outgoing, const DefectContext&) {
@@ -161,5 +72,57 @@ bool Reconnect(Outgoing& outgoing, const DefectContext&) {
     outgoing.reconnects = true;
     return true;
 }
+
+}  // namespace
+
+// clang-format off
+const std::vector<DefectKind>& WireDefects() {
+    static const std::vector<DefectKind> kinds = {
+        // Frames
+        {"bad-prefix", None, "", "12", {}, false,
+         "sends a prefix of five continuation bytes",
+         "\"Read7BitEncodedInt:badly formatted 7 bit string length prefix\", assertion \"expectedSize not_eq -1\"",
+         BadPrefix},
+        {"negative-prefix", None, "", "12", {}, false,
+         "announces more than 2 GiB", "\"expecting a message of -2 bytes\", aborted", NegativePrefix},
+        {"empty-frame", None, "", "12", {}, false,
+         "announces no text and sends none",
+         "\"read success:0\", \"error: 1:\", \"row: \", assertion \"not incomingMessage.Error()\"", EmptyFrame},
+        {"long-prefix", Count, "10", "12", {}, false,
+         "announces more than it sends",
+         "nothing until the connection ends, then \"EOF at: \", assertion \"readBytes == expectedSize\"; or the bytes of "
+         "the next message are taken for the rest",
+         LongPrefix},
+        {"short-prefix", Count, "10", "12", {}, false,
+         "announces less than it sends", "\"error: 1:\", \"row: \", assertion \"not incomingMessage.Error()\"", ShortPrefix},
+        {"garble", Count, "1", "12", {}, false,
+         "replaces bytes of the document at random places (see --seed)", "depends on the bytes", Garble},
+
+        // Connections
+        {"close", Place, "all", "12", {}, false,
+         "closes the connection after so many bytes of the frame (a number, `all`, `random`)",
+         "before or inside the prefix: nothing, the harness reads on without rest; inside the text: \"EOF at: \", assertion "
+         "\"readBytes == expectedSize\"; after it: ended by SIGPIPE as it answers, or, where it does not, nothing",
+         Close},
+        {"reset", Place, "all", "12", {}, false,
+         "resets the connection after so many bytes of the frame (a number, `all`, `random`)",
+         "before or inside the prefix: \"read error: 104:\"; inside the text: \"read errored out:104:\", \"EOF at: \", "
+         "assertion \"readBytes == expectedSize\"; after it: \"SendMessage: msg: size= \" and an assertion as it answers, "
+         "or, where it does not, \"read error: 104:\"",
+         Reset},
+        {"second-connection", None, "", "12", {}, false,
+         "opens a second connection after the message",
+         "assertion \"FD_ISSET(g_clientFd, &readFds)\", or, with a message at the same time, \"select(g_serverFd+g_clientFd+1, "
+         "&readFds, NULL, &exceptionFds, &time) == 1\"",
+         SecondConnection},
+        {"reconnect", None, "", "12", {"OK"}, false,
+         "connects again after DONE and exports once more",
+         "1.0, 2.0 with -c: the next export, without \"Connected to: \"; 2.0 otherwise: as second-connection, or nothing, as "
+         "the harness reads on where the first connection was",
+         Reconnect},
+    };
+    return kinds;
+}
+// clang-format on
 
 }  // namespace rig::dvr

@@ -1,5 +1,7 @@
 #include "rig/dvr/dialogue/Dialogue.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <stdexcept>
 
@@ -19,9 +21,9 @@ Message Dialogue::Open() const {
 
 std::vector<Message> Dialogue::Handle(const Message& message) {
     CheckMessage(message, dialect_);
-    const std::vector<std::string> inPlace = InPlace();
-    if (std::find(inPlace.begin(), inPlace.end(), message.Name()) == inPlace.end()) {
-        Object(message.Name() + " " + Standing());
+    const std::vector<std::string> allowed = AllowedMessages();
+    if (std::find(allowed.begin(), allowed.end(), message.Name()) == allowed.end()) {
+        Object(message.Name() + " " + Situation());
     }
     return React(message);
 }
@@ -57,7 +59,7 @@ Message Dialogue::FinishTransfer() {
 }
 
 std::string Dialogue::Expected() const {
-    const std::vector<std::string> names = InPlace();
+    const std::vector<std::string> names = AllowedMessages();
     std::string text;
     for (const std::string& name : names) {
         const char* const separator = &name == &names.front() ? "" : &name == &names.back() ? " or " : ", ";
@@ -68,11 +70,11 @@ std::string Dialogue::Expected() const {
 
 std::string Dialogue::Summary() const {
     if (configurationRefused_) {
-        return "exported nothing: the configuration update is refused, and nothing more is due";
+        return "exported nothing: refused the configuration update, which ends the dialogue";
     }
-    return "exported " + std::to_string(tally_.events) + " of " +
-           Counted(recordings_.Events().size(), "event") + ", " + Counted(tally_.files, "file") + ", " +
-           Counted(tally_.bytes, "byte");
+    return fmt::format("exported {} of {}, {}, {}", tally_.events,
+                       Counted(recordings_.Events().size(), "event"), Counted(tally_.files, "file"),
+                       Counted(tally_.bytes, "byte"));
 }
 
 Message Dialogue::NewMessage(const std::string& name) const {
@@ -95,15 +97,15 @@ void Dialogue::StartTransfer(const FileId& file, bool rehash) {
 Message Dialogue::RefuseConfiguration(const Message& message, const char* configuration) {
     const std::string text = message.Get(configuration);
     if (!IsDocument(text)) {
-        throw Breach(message.Name() + " with a '" + configuration + "' that is not an XML document: '" +
-                     Excerpt(text) + "'");
+        throw Breach(fmt::format("{} with a '{}' that is not an XML document: '{}'", message.Name(),
+                                 configuration, Excerpt(text)));
     }
     configurationRefused_ = true;
     done_ = true;
     return NewMessage("CONFIGURATION_UPDATE_ERROR");
 }
 
-std::string Dialogue::TransferStanding() const {
+std::string Dialogue::TransferSituation() const {
     return "while " + FileName(*transfer_) + " is in transfer";
 }
 
@@ -111,7 +113,7 @@ std::string FileName(const std::pair<std::string, std::string>& file) {
     return Quoted(file.first) + "/" + Quoted(file.second);
 }
 
-std::string OutstandingStanding(std::size_t files) {
+std::string FilesLeft(std::size_t files) {
     return "while " + Counted(files, "file") + (files == 1 ? " is" : " are") + " still to be transferred";
 }
 

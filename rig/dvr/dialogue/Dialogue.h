@@ -7,14 +7,13 @@
 #include <utility>
 #include <vector>
 
-#include "rig/dvr/recordings/Digest.h"
 #include "rig/dvr/recordings/Recordings.h"
 #include "rig/dvr/wire/Message.h"
 
 namespace rig::dvr {
 
-/// What an honest DVR answers, as pure logic: messages in, messages out, no socket and no clock. This base
-/// class holds what both dialects share.
+/// What an honest DVR answers, as pure logic: messages in, messages out, no socket and no clock. What both
+/// dialects share.
 ///
 /// A transfer takes time: Handle only starts it, and whoever drives the dialogue calls FinishTransfer when
 /// that time is over. Requests that come in the meantime are handled like all others.
@@ -34,11 +33,11 @@ class Dialogue {
     /// @return the message that opens the dialogue, OK. The DVR speaks first.
     Message Open() const;
 
-    /// From now on a well-formed message that is out of place is noted and answered as well as possible: what
+    /// From now on notes a well-formed message that is out of place and answers it as well as possible: what
     /// a defect of ours provokes is not the harness's fault.
     void Tolerate() { tolerant_ = true; }
 
-    /// Takes one message of the harness. @return the answers that are due at once, often none
+    /// Handles one message of the harness. @return the answers that are due at once, often none
     /// Throws Breach when the message is not one of the dialect, not well formed or out of place, and
     /// Failure (Unusable) when a recording cannot be read.
     std::vector<Message> Handle(const Message& message);
@@ -53,7 +52,7 @@ class Dialogue {
     /// @return the file in transfer; nothing if there is none
     const std::optional<FileId>& InTransfer() const { return transfer_; }
 
-    /// @return the length of the file in transfer, in bytes; call only during one
+    /// @return the length of the file in transfer, in bytes; call only during a transfer
     std::uint64_t TransferLength() const { return digest_.length; }
 
     /// Ends the transfer that Handle started. @return its FILE_COMPLETE
@@ -66,7 +65,7 @@ class Dialogue {
     std::string Expected() const;
 
     /// @return where the dialogue is, for people: "while 2 files are still to be transferred"
-    virtual std::string Standing() const = 0;
+    virtual std::string Situation() const = 0;
 
     /// @return what was exported, for people, in one line
     std::string Summary() const;
@@ -79,7 +78,7 @@ class Dialogue {
     Dialogue(const Recordings& recordings, int dialect);
 
     /// @return the names of the messages that may come now
-    virtual std::vector<std::string> InPlace() const = 0;
+    virtual std::vector<std::string> AllowedMessages() const = 0;
 
     /// Answers a message that follows the dialect's rules and may come now.
     virtual std::vector<Message> React(const Message& message) = 0;
@@ -98,8 +97,8 @@ class Dialogue {
     /// @param configuration  the attribute that carries it; throws Breach unless its value is an XML document
     Message RefuseConfiguration(const Message& message, const char* configuration);
 
-    /// @return "while 'E1'/'a.ts' is in transfer"; call only during one
-    std::string TransferStanding() const;
+    /// @return "while 'E1'/'a.ts' is in transfer"; call only during a transfer
+    std::string TransferSituation() const;
 
     const Recordings& recordings_;
     std::set<FileId> outstanding_;    // described to the harness and not yet transferred
@@ -120,6 +119,6 @@ class Dialogue {
 std::string FileName(const std::pair<std::string, std::string>& file);
 
 /// @return "while 1 file is still to be transferred", "while 2 files are still to be transferred"
-std::string OutstandingStanding(std::size_t files);
+std::string FilesLeft(std::size_t files);
 
 }  // namespace rig::dvr

@@ -1,5 +1,7 @@
 #include "rig/dvr/dialogue/Dialogue_1_0.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 #include "rig/base/Counted.h"
@@ -10,7 +12,7 @@ namespace rig::dvr {
 
 Dialogue_1_0::Dialogue_1_0(const Recordings& recordings) : Dialogue(recordings, 1) {}
 
-std::vector<std::string> Dialogue_1_0::InPlace() const {
+std::vector<std::string> Dialogue_1_0::AllowedMessages() const {
     if (done_ || IsTransferring()) {
         return {};
     }
@@ -28,15 +30,15 @@ std::vector<std::string> Dialogue_1_0::InPlace() const {
     return {"DONE"};
 }
 
-std::string Dialogue_1_0::Standing() const {
+std::string Dialogue_1_0::Situation() const {
     if (IsTransferring()) {
-        return TransferStanding();
+        return TransferSituation();
     }
     switch (phase_) {
         case Phase::Opening:
             return "in answer to OK";
         case Phase::Exporting:
-            return OutstandingStanding(outstanding_.size());
+            return FilesLeft(outstanding_.size());
         case Phase::Completed:
             break;
     }
@@ -100,8 +102,9 @@ void Dialogue_1_0::Complete(const Message& list) {
     }
     const std::vector<std::string>& events = recordings_.Events();
     if (listed.size() < events.size() || !std::equal(events.rbegin(), events.rend(), listed.rbegin())) {
-        Object("EVENT_XFER_COMPLETE with a list of " + Counted(listed.size(), "event") +
-               " that does not end with the " + std::to_string(events.size()) + " of this export");
+        Object(
+            fmt::format("EVENT_XFER_COMPLETE with a list of {} that does not end with the {} of this export",
+                        Counted(listed.size(), "event"), events.size()));
     }
     tally_.events = events.size();
     phase_ = Phase::Completed;

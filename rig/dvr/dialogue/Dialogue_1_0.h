@@ -14,10 +14,10 @@ class Dialogue_1_0 : public Dialogue {
     /// @param recordings  must outlive the dialogue
     explicit Dialogue_1_0(const Recordings& recordings);
 
-    std::string Standing() const override;
+    std::string Situation() const override;
 
  protected:
-    std::vector<std::string> InPlace() const override;
+    std::vector<std::string> AllowedMessages() const override;
     std::vector<Message> React(const Message& message) override;
 
  private:

@@ -1,5 +1,7 @@
 #include "rig/dvr/dialogue/Dialogue_2_0.h"
 
+#include <fmt/format.h>
+
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
 
@@ -17,7 +19,7 @@ bool IsPositiveNumber(const std::string& text) {
 Dialogue_2_0::Dialogue_2_0(const Recordings& recordings, const std::filesystem::path& failureMarker)
     : Dialogue(recordings, 2), failureMarker_(failureMarker) {}
 
-std::vector<std::string> Dialogue_2_0::InPlace() const {
+std::vector<std::string> Dialogue_2_0::AllowedMessages() const {
     if (done_) {
         return {};
     }
@@ -43,9 +45,9 @@ std::vector<std::string> Dialogue_2_0::InPlace() const {
     return {"GET_FILE"};
 }
 
-std::string Dialogue_2_0::Standing() const {
+std::string Dialogue_2_0::Situation() const {
     if (IsTransferring()) {
-        return TransferStanding();
+        return TransferSituation();
     }
     switch (phase_) {
         case Phase::Opening:
@@ -57,7 +59,7 @@ std::string Dialogue_2_0::Standing() const {
         case Phase::Exporting:
             break;
     }
-    return OutstandingStanding(outstanding_.size()) + " from " + Quoted(event_.id);
+    return FilesLeft(outstanding_.size()) + " from " + Quoted(event_.id);
 }
 
 std::vector<Message> Dialogue_2_0::React(const Message& message) {
@@ -113,15 +115,15 @@ Message Dialogue_2_0::DescribeEvent(const std::string& reid) {
 std::vector<Message> Dialogue_2_0::RequestFile(const Message& request) {
     const FileId file(request.Get("reid"), request.Get("file"));
     if (request.Get("path") != file.first) {
-        throw Breach("GET_FILE with path " + Quoted(request.Get("path")) + " and another reid, " +
-                     Quoted(file.first));
+        throw Breach(fmt::format("GET_FILE with path {} but reid {}", Quoted(request.Get("path")),
+                                 Quoted(file.first)));
     }
     const auto rehash = request.Find("rehash");
     if (rehash && *rehash != "true") {
         throw Breach("GET_FILE with rehash " + Quoted(*rehash) + " instead of 'true'");
     }
     if (transfer_ && *transfer_ != file) {
-        Object("GET_FILE for " + FileName(file) + " " + TransferStanding());
+        Object("GET_FILE for " + FileName(file) + " " + TransferSituation());
         transfer_.reset();
     }
     std::vector<Message> answers;
@@ -137,12 +139,12 @@ std::vector<Message> Dialogue_2_0::RequestFile(const Message& request) {
     return answers;
 }
 
-/// A report echoes what was asked for, even if that is damaged.
+/// Echoes what was asked for, even if that is damaged.
 Message Dialogue_2_0::ReportFile(const char* name, const FileId& file) const {
     return std::move(NewMessage(name).Set("reid", file.first).Set("file", file.second));
 }
 
-/// A file that is not of the event in progress is refused, even if another event has it.
+/// Only files of the event in progress: one of another event is refused.
 bool Dialogue_2_0::IsFileInProgress(const FileId& file) const {
     return file.first == event_.id && files_.count(file.second) == 1;
 }
@@ -165,8 +167,7 @@ Message Dialogue_2_0::AcknowledgeEvent(const std::string& reid) {
 void Dialogue_2_0::End(const Message& done) {
     const auto duration = done.Find("duration");
     if (duration && !IsPositiveNumber(*duration)) {
-        throw Breach("DONE with a duration of " + Quoted(*duration) +
-                     " instead of a number of minutes above 0");
+        throw Breach("DONE with duration " + Quoted(*duration) + " instead of a number of minutes above 0");
     }
     done_ = true;
 }

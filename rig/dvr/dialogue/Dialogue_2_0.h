@@ -17,10 +17,10 @@ class Dialogue_2_0 : public Dialogue {
     /// @param failureMarker  while this file exists, every transfer fails; checked at each request
     Dialogue_2_0(const Recordings& recordings, const std::filesystem::path& failureMarker);
 
-    std::string Standing() const override;
+    std::string Situation() const override;
 
  protected:
-    std::vector<std::string> InPlace() const override;
+    std::vector<std::string> AllowedMessages() const override;
     std::vector<Message> React(const Message& message) override;
 
  private:

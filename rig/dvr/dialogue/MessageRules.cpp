@@ -1,5 +1,7 @@
 #include "rig/dvr/dialogue/MessageRules.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <string>
 #include <vector>
@@ -17,28 +19,28 @@ void CheckVersion(const Message& message, int dialect) {
     const auto version = message.Find("protocolVersion");
     if (expected == nullptr) {
         if (version) {
-            throw Breach(message.Name() + " with a protocolVersion, " + Quoted(*version) +
-                         ", which protocol 1.0 does not have");
+            throw Breach(fmt::format("{} with a protocolVersion, {}, which protocol 1.0 does not have",
+                                     message.Name(), Quoted(*version)));
         }
     } else if (!version) {
         throw Breach(message.Name() + " without protocolVersion");
     } else if (*version != expected) {
-        throw Breach(message.Name() + " with protocolVersion " + Quoted(*version) + " instead of '" +
-                     expected + "'");
+        throw Breach(fmt::format("{} with protocolVersion {} instead of '{}'", message.Name(),
+                                 Quoted(*version), expected));
     }
 }
 
 void CheckAttributes(const Message& message, const protocol::MessageKind& kind) {
     for (const char* name : kind.required) {
         if (!message.Find(name)) {
-            throw Breach(message.Name() + " without its attribute '" + name + "'");
+            throw Breach(fmt::format("{} without its attribute '{}'", message.Name(), name));
         }
     }
     std::vector<std::string> seen;
     for (const pugi::xml_attribute attribute : message.Root().attributes()) {
         const std::string name = attribute.name();
         if (std::find(seen.begin(), seen.end(), name) != seen.end()) {
-            throw Breach(message.Name() + " with two attributes " + Quoted(name));
+            throw Breach(message.Name() + " with the attribute " + Quoted(name) + " twice");
         }
         seen.push_back(name);
         if (!protocol::HasAttribute(kind, name)) {
@@ -58,7 +60,7 @@ void CheckMessage(const Message& message, int dialect) {
     CheckVersion(message, dialect);
     CheckAttributes(message, *kind);
     if (*kind->children == '\0' && message.Root().first_child()) {
-        throw Breach(message.Name() + " with something inside its 'msg'");
+        throw Breach(message.Name() + " with content in 'msg'");
     }
 }
 

@@ -1,5 +1,7 @@
 #include "rig/dvr/dialogue/Session.h"
 
+#include <fmt/format.h>
+
 #include "rig/base/Counted.h"
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
@@ -23,22 +25,22 @@ void Session::Run() {
         try {
             Step();
         } catch (const Breach& found) {
-            throw Breach("expected " + expected + ", found " + found.what());
+            throw Breach(fmt::format("expected {}, found {}", expected, found.what()));
         }
     }
 }
 
 void Session::Step() {
-    const auto deadline = transfer_ ? transfer_->NextLook() : Clock::now() + times_.silence;
+    const auto deadline = transfer_ ? transfer_->NextAdvance() : Clock::now() + times_.silence;
     const std::optional<std::string> text = connection_.Receive(deadline, times_.frame);
     if (text) {
         Answer(*text);
     } else if (transfer_) {
-        CarryOnTransfer();
+        ContinueTransfer();
     } else {
         throw Failure(ExitStatus::NothingCame,
-                      "expected " + dialogue_.Expected() + ", found nothing within " +
-                          std::to_string(times_.silence.count()) + " ms " + dialogue_.Standing());
+                      fmt::format("expected {}, found nothing within {} ms {}", dialogue_.Expected(),
+                                  times_.silence.count(), dialogue_.Situation()));
     }
 }
 
@@ -48,8 +50,7 @@ void Session::Inspect(const std::string& text) {
     if (wireCheck_ != nullptr) {
         wireCheck_->Inspect(frame, text, transcript_);
     } else if (frame.announced != text.size()) {
-        transcript_.Note("size error: announced " + std::to_string(frame.announced) + ", got " +
-                         std::to_string(text.size()));
+        transcript_.Note(fmt::format("size error: announced {}, got {}", frame.announced, text.size()));
     }
 }
 
@@ -72,7 +73,7 @@ void Session::Answer(const std::string& text) {
     FollowTransfer();
 }
 
-/// Starts the transfer that the dialogue has started, and abandons one that it has abandoned.
+/// Starts or abandons a transfer as the dialogue has done.
 void Session::FollowTransfer() {
     const auto& file = dialogue_.InTransfer();
     if (transfer_ && file != transfer_->File()) {
@@ -83,7 +84,7 @@ void Session::FollowTransfer() {
     }
 }
 
-void Session::CarryOnTransfer() {
+void Session::ContinueTransfer() {
     const auto now = Clock::now();
     transfer_->Advance(now);
     if (transfer_->IsOver()) {

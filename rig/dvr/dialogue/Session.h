@@ -21,9 +21,9 @@ struct SessionTimes {
 
 /// Drives one dialogue over one connection, and prints it.
 ///
-/// Only the transfer's time distinguishes a second request for a file in transfer from a later one. The
-/// harness writes prefix and text separately and sets no socket option, so its second request can come some
-/// 40 ms after the first; the transfer must take well over that.
+/// Only its timing tells a second request for a file in transfer from a later one. The harness writes prefix
+/// and text separately and sets no socket option, so its second request can come some 40 ms after the first;
+/// the transfer must take well over that.
 class Session {
  public:
     /// All arguments must outlive the session.
@@ -38,7 +38,7 @@ class Session {
     /// @param folder  must outlive the session
     void Deliver(const DeliveryFolder& folder) { deliveryFolder_ = &folder; }
 
-    /// Tolerates a message that is shorter than announced: answers what has come of it.
+    /// Tolerates messages shorter than announced: answers what has come of them.
     void AcceptSizeErrors() { connection_.Decoder().AcceptSizeErrors(); }
 
     /// Has the harness's frames inspected. `check` must outlive the session.
@@ -50,11 +50,11 @@ class Session {
     /// a file cannot be read or copied.
     void Run();
 
-    /// @return what was noticed about the harness's frames, for people, to append to another summary; empty
-    /// if nothing was looked for and nothing noticed
+    /// @return what was found about the harness's frames, for people, to append to another summary; may be
+    /// empty
     std::string WireSummary() const;
 
-    /// @return whether a defect asks to hold the dialogue once more, on a connection of its own
+    /// @return whether a defect asks for another dialogue, on a new connection
     bool Reconnects() const { return reconnects_; }
 
  private:
@@ -62,7 +62,7 @@ class Session {
     void Inspect(const std::string& text);
     void Answer(const std::string& text);
     void FollowTransfer();
-    void CarryOnTransfer();
+    void ContinueTransfer();
 
     /// Every message of ours goes out here, and only here.
     void Send(Message message);

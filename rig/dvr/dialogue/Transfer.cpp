@@ -5,23 +5,23 @@
 namespace rig::dvr {
 namespace {
 
-constexpr Milliseconds kLook(100);
+constexpr Milliseconds kInterval(100);
 constexpr Milliseconds kLong(500);
 constexpr std::chrono::hours kLongest(24 * 365 * 30);  // as clocks cannot go much further
 
 }  // namespace
 
 Clock::duration TransferPace::TimeFor(std::uint64_t length) const {
-    if (rate == 0) {
+    if (!rate) {
         return each;
     }
-    const std::chrono::duration<double> time(static_cast<double>(length) / static_cast<double>(rate));
+    const std::chrono::duration<double> time(static_cast<double>(length) / static_cast<double>(*rate));
     return time < kLongest ? std::chrono::ceil<Clock::duration>(time) : kLongest;
 }
 
 Transfer::Transfer(const std::pair<std::string, std::string>& file, std::uint64_t length,
                    const TransferPace& pace, const DeliveryFolder* folder, Clock::time_point start)
-    : file_(file), length_(length), start_(start), time_(pace.TimeFor(length)), nextLook_(start) {
+    : file_(file), length_(length), start_(start), time_(pace.TimeFor(length)), nextAdvance_(start) {
     if (folder != nullptr) {
         copy_.emplace(*folder, file.first, file.second);
     }
@@ -30,9 +30,9 @@ Transfer::Transfer(const std::pair<std::string, std::string>& file, std::uint64_
 void Transfer::Advance(Clock::time_point now) {
     const bool timeIsOver = now >= start_ + time_;
     if (copy_) {
-        // Finally up to the end of the file, which may have moved since the transfer started.
+        // In the end up to the end of the file, which may have moved since the transfer started.
         if (!CopyUpTo(timeIsOver ? UINT64_MAX : DueAt(now))) {
-            nextLook_ = now;
+            nextAdvance_ = now;
             return;
         }
     } else {
@@ -42,7 +42,7 @@ void Transfer::Advance(Clock::time_point now) {
         copy_->Complete();
     }
     over_ = timeIsOver;
-    nextLook_ = std::min(start_ + time_, now + kLook);
+    nextAdvance_ = std::min(start_ + time_, now + kInterval);
 }
 
 bool Transfer::IsLong(Clock::time_point now) const {

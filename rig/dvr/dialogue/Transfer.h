@@ -12,15 +12,15 @@ namespace rig::dvr {
 
 /// How long the transfer of a file takes.
 struct TransferPace {
-    Milliseconds each{200};  // unless there is a rate: however long the file is
-    std::uint64_t rate = 0;  // bytes per second; 0: none
+    Milliseconds each{200};               // unless there is a rate: however long the file is
+    std::optional<std::uint64_t> rate{};  // bytes per second
 
-    /// @return the time for a file of so many bytes, at most 30 years
+    /// @return the time for a file of `length` bytes, at most 30 years
     Clock::duration TimeFor(std::uint64_t length) const;
 };
 
 /// One file in transfer: how far it is at a given time, and its copy, if one is made. Whoever drives it calls
-/// Advance, at NextLook() or later, until it is over. It has no clock of its own.
+/// Advance, at NextAdvance() or later, until it is over. It has no clock of its own.
 class Transfer {
  public:
     /// @param file    event and file name
@@ -30,13 +30,13 @@ class Transfer {
     Transfer(const std::pair<std::string, std::string>& file, std::uint64_t length, const TransferPace& pace,
              const DeliveryFolder* folder, Clock::time_point start);
 
-    /// Brings the transfer to where it should be at `now`. A copy that lags behind only catches up a bit, so
-    /// that there is time for other things, and prolongs the transfer. It gets its final name when the
+    /// Brings the transfer to where it should be at `now`. A copy that lags catches up by one piece at a
+    /// time, so that other things get their turn, and prolongs the transfer. It gets its final name when the
     /// transfer is over.
     void Advance(Clock::time_point now);
 
-    /// @return when there is something to do again; nothing changes before then
-    Clock::time_point NextLook() const { return nextLook_; }
+    /// @return when to call Advance again; nothing changes before then
+    Clock::time_point NextAdvance() const { return nextAdvance_; }
 
     bool IsOver() const { return over_; }
 
@@ -56,7 +56,7 @@ class Transfer {
     std::uint64_t done_ = 0;  // bytes; those copied, if a copy is made
     Clock::time_point start_;
     Clock::duration time_;
-    Clock::time_point nextLook_;
+    Clock::time_point nextAdvance_;
     std::optional<Delivery> copy_;
     bool over_ = false;
 };

@@ -1,5 +1,7 @@
 #include "rig/dvr/recordings/Delivery.h"
 
+#include <fmt/format.h>
+
 #include <system_error>
 
 #include "rig/base/Printable.h"
@@ -14,7 +16,7 @@ bool IsPlainName(const std::string& name) {
     return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
 }
 
-/// @return whether every part between slashes is a plain name, so that the path only leads down
+/// @return whether everything between slashes is a plain name, so that the path only leads down
 bool LeadsDown(const std::string& path) {
     std::size_t start = 0;
     for (std::size_t end = path.find('/'); end != std::string::npos; end = path.find('/', start)) {
@@ -29,15 +31,15 @@ bool LeadsDown(const std::string& path) {
 void CheckNames(const Recordings& recordings) {
     for (const std::string& event : recordings.Events()) {
         if (!IsPlainName(event)) {
-            throw Failure(
-                ExitStatus::Unusable,
-                "--deliver: expected events that can be the name of a folder, found " + Quoted(event));
+            throw Failure(ExitStatus::Unusable,
+                          "--deliver: expected events that can name a folder, found " + Quoted(event));
         }
         for (const std::string& file : recordings.Find(event).Files()) {
             if (!LeadsDown(file)) {
                 throw Failure(ExitStatus::Unusable,
-                              "--deliver: expected files that stay in the folder of their event, found " +
-                                  Quoted(file) + " in " + Quoted(event));
+                              fmt::format("--deliver: expected files that stay in the folder of their event, "
+                                          "found {} in {}",
+                                          Quoted(file), Quoted(event)));
             }
         }
     }
@@ -48,8 +50,9 @@ const fs::path& Create(const fs::path& folder) {
     std::error_code error;
     fs::create_directories(folder, error);
     if (error) {
-        throw Failure(ExitStatus::Unusable, "--deliver: expected a folder that can be created, found " +
-                                                Quoted(folder.string()) + ": " + error.message());
+        throw Failure(ExitStatus::Unusable,
+                      fmt::format("--deliver: expected a folder that can be created, found {}: {}",
+                                  Quoted(folder.string()), error.message()));
     }
     return folder;
 }

@@ -1,5 +1,7 @@
 #include "rig/dvr/recordings/FolderRecordings.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -15,8 +17,8 @@ namespace {
 namespace fs = std::filesystem;
 
 [[noreturn]] void ThrowUnusable(const std::string& expected, const fs::path& found, const std::string& why) {
-    throw Failure(ExitStatus::Unusable,
-                  "--recordings: expected " + expected + ", found " + Quoted(found.string()) + ": " + why);
+    throw Failure(ExitStatus::Unusable, fmt::format("--recordings: expected {}, found {}: {}", expected,
+                                                    Quoted(found.string()), why));
 }
 
 }  // namespace
@@ -33,7 +35,7 @@ FolderRecordings::FolderRecordings(const fs::path& folder) : folder_(folder) {
         }
     }
     if (events_.empty()) {
-        ThrowUnusable("a folder for each event", folder, "it has no folder in it");
+        ThrowUnusable("a folder for each event", folder, "there is none in it");
     }
     std::sort(events_.begin(), events_.end());
     for (const std::string& event : events_) {
@@ -50,7 +52,7 @@ Event FolderRecordings::Find(const std::string& event) const {
     std::vector<std::string> files;
     VisitFiles(event, [&](const fs::path& path) { files.push_back(path.native().substr(start)); });
     if (files.empty()) {
-        ThrowUnusable("at least one file in each event's folder", folder_ / event, "it has none any more");
+        ThrowUnusable("at least one file in each event's folder", folder_ / event, "it no longer has one");
     }
     std::sort(files.begin(), files.end());
     return Event::FromFiles(event, files);

@@ -4,12 +4,14 @@
 #include <map>
 
 #include "rig/base/Affix.h"
+#include "rig/base/Sha256.h"
 #include "rig/dvr/wire/Message.h"
 
 namespace rig::dvr {
 namespace {
 
 constexpr std::size_t kPieceBytes = std::size_t{64} * 1024;
+
 }  // namespace
 
 Event Event::FromFiles(const std::string& id, const std::vector<std::string>& files) {
@@ -66,6 +68,17 @@ void Recordings::Read(const std::string& event, const std::string& file, const S
     while (const std::size_t count = source(piece.data(), piece.size())) {
         sink(piece.data(), count);
     }
+}
+
+Digest DigestOf(const Recordings& recordings, const std::string& event, const std::string& file) {
+    Sha256 hash;
+    Digest digest;
+    recordings.Read(event, file, [&](const char* bytes, std::size_t count) {
+        hash.Add(bytes, count);
+        digest.length += count;
+    });
+    digest.hashCode = hash.Hexadecimal();
+    return digest;
 }
 
 Recordings::Source SourceOf(const std::string& bytes) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <utility>
@@ -31,8 +32,8 @@ class Recordings {
  public:
     using Sink = std::function<void(const char* bytes, std::size_t count)>;
 
-    /// Reads on in a file: puts `capacity` bytes into the buffer, fewer only at the file's end. @return how
-    /// many. Throws Failure (Unusable) when the file cannot be read.
+    /// Reads the next piece of a file: puts `capacity` bytes into the buffer, fewer only at the file's end.
+    /// @return how many. Throws Failure (Unusable) when the file cannot be read.
     using Source = std::function<std::size_t(char* buffer, std::size_t capacity)>;
 
     virtual ~Recordings() = default;
@@ -43,7 +44,7 @@ class Recordings {
     /// @return the files of an event of Events()
     virtual Event Find(const std::string& event) const = 0;
 
-    /// Opens a file, to be read from its beginning. The names must come from Events and Find. The source may
+    /// Opens a file to read it from its beginning. The names must come from Events and Find. The source may
     /// not outlive the recordings. Throws Failure (Unusable) when the file cannot be opened.
     virtual Source Open(const std::string& event, const std::string& file) const = 0;
 
@@ -57,6 +58,15 @@ class Recordings {
     /// be read.
     void Read(const std::string& event, const std::string& file, const Sink& sink) const;
 };
+
+/// What FILE_COMPLETE says about a file's contents.
+struct Digest {
+    std::string hashCode;      // SHA-256 in lower-case hexadecimal
+    std::uint64_t length = 0;  // bytes
+};
+
+/// Digests a whole file, in constant memory. Throws Failure (Unusable) when it cannot be read.
+Digest DigestOf(const Recordings& recordings, const std::string& event, const std::string& file);
 
 /// @return a source of these bytes, which must outlive it
 Recordings::Source SourceOf(const std::string& bytes);

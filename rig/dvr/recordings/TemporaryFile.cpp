@@ -1,6 +1,7 @@
 #include "rig/dvr/recordings/TemporaryFile.h"
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -10,7 +11,6 @@
 #include <csignal>
 #include <cstring>
 #include <random>
-#include <sstream>
 
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
@@ -18,7 +18,7 @@
 namespace rig::dvr {
 namespace {
 
-/// What a signal that ends the process must remove; empty: nothing.
+/// What a signal that ends the process removes; empty: nothing.
 std::array<char, PATH_MAX> removedBySignal{};
 
 void RemoveAndEnd(int signal) {
@@ -29,7 +29,7 @@ void RemoveAndEnd(int signal) {
     std::raise(signal);
 }
 
-/// Leaves signals alone that the process was started to ignore.
+/// Signals that the process was started to ignore stay ignored.
 void CatchSignals() {
     for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
         struct sigaction action = {};
@@ -43,15 +43,13 @@ void CatchSignals() {
 /// @return a name that no recording and no other process uses
 std::string NewName() {
     std::random_device random;
-    std::ostringstream name;
-    name << ".velloran-rig-" << std::hex << random() << random();
-    return name.str();
+    return fmt::format(".velloran-rig-{:x}{:x}", random(), random());
 }
 
 [[noreturn]] void ThrowUnwritable(const char* expected, const std::filesystem::path& found, int error) {
-    throw Failure(ExitStatus::Unusable, std::string("--deliver: expected ") + expected +
-                                            " that can be written, found " + Quoted(found.string()) + ": " +
-                                            std::strerror(error));
+    throw Failure(ExitStatus::Unusable,
+                  fmt::format("--deliver: expected {} that can be written, found {}: {}", expected,
+                              Quoted(found.string()), std::strerror(error)));
 }
 
 }  // namespace

@@ -8,9 +8,8 @@
 
 namespace rig::dvr {
 
-/// A file in the making. It has a temporary name in its final folder until it is kept. If it is not kept,
-/// nothing is left of it at the end of this object, or when SIGHUP, SIGINT or SIGTERM ends the process. One
-/// at a time.
+/// A file in the making, under a temporary name in its final folder until it is kept. Otherwise nothing is
+/// left of it at the end of this object, or when SIGHUP, SIGINT or SIGTERM ends the process. One at a time.
 ///
 /// All failures throw Failure (Unusable) with a text that names the folder or the file.
 class TemporaryFile {

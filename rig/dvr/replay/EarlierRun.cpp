@@ -1,5 +1,7 @@
 #include "rig/dvr/replay/EarlierRun.h"
 
+#include <fmt/format.h>
+
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -14,13 +16,13 @@
 namespace rig::dvr {
 namespace {
 
-/// Far longer than any line of a real log; a longer one is not text.
+/// Far more than any line of a real log.
 constexpr std::size_t kMaxLineBytes = std::size_t{256} * 1024 * 1024;
 constexpr int kNoProcess = -1;  // for lines that do not name theirs
 constexpr const char* kLine = "a line of the harness's log (\"velloran:N TEXT\")";
 
 [[noreturn]] void ThrowAt(const std::string& log, std::size_t line, const std::string& text) {
-    throw Failure(ExitStatus::Unusable, Printable(log) + ":" + std::to_string(line) + ": " + text);
+    throw Failure(ExitStatus::Unusable, fmt::format("{}:{}: {}", Printable(log), line, text));
 }
 
 std::ifstream Open(const std::string& log) {
@@ -31,19 +33,18 @@ std::ifstream Open(const std::string& log) {
     }
     if (error != 0) {
         throw Failure(ExitStatus::Unusable,
-                      "--replay: expected a log of the harness that can be read, found " + Quoted(log) +
-                          ": " + std::strerror(error));
+                      fmt::format("--replay: expected a log of the harness that can be read, found {}: {}",
+                                  Quoted(log), std::strerror(error)));
     }
     return in;
 }
 
-/// Reads one line without its newline. @return whether it had its newline: a line that was cut off proves
-/// nothing
+/// Reads one line, without its newline. @return whether it had one: a line that was cut off proves nothing
 bool ReadLine(std::istream& in, std::string& line) {
     line.clear();
     for (int byte = in.get(); byte != std::istream::traits_type::eof(); byte = in.get()) {
         if (byte == '\n') {
-            if (!line.empty() && line.back() == '\r') {  // the logger writes none: the file was converted
+            if (!line.empty() && line.back() == '\r') {  // not the logger's: the file was converted
                 line.pop_back();
             }
             return true;
@@ -61,7 +62,7 @@ class RunChooser {
  public:
     explicit RunChooser(std::string log) : log_(std::move(log)) {}
 
-    void Take(std::size_t number, const std::string& text) {
+    void AddLine(std::size_t number, const std::string& text) {
         const std::optional<log::Statement> line = log::ReadStatement(text);
         if (number == 1) {
             firstLine_ = text;
@@ -70,7 +71,7 @@ class RunChooser {
             return;
         }
         RunBuilder& run = runs_.try_emplace(line->process.value_or(kNoProcess), log_).first->second;
-        run.Take(number, *line);
+        run.AddStatement(number, *line);
         if (chosen_ == nullptr && run.HasMessages()) {
             chosen_ = &run;
         }
@@ -79,8 +80,8 @@ class RunChooser {
     EarlierRun Choose(std::size_t lines) const {
         if (runs_.empty()) {
             ThrowAt(log_, 1,
-                    std::string("expected ") + kLine + ", found " +
-                        (lines == 0 ? "no line" : "'" + Excerpt(firstLine_) + "'"));
+                    fmt::format("expected {}, found {}", kLine,
+                                lines == 0 ? "an empty log" : "'" + Excerpt(firstLine_) + "'"));
         }
         if (chosen_ == nullptr) {
             for (const auto& run : runs_) {
@@ -91,7 +92,7 @@ class RunChooser {
                     "none");
         }
         EarlierRun run = chosen_->Finish();
-        run.followed = run.followed || runs_.size() > 1;
+        run.hasOtherRuns = run.hasOtherRuns || runs_.size() > 1;
         return run;
     }
 
@@ -110,13 +111,13 @@ EarlierRun ReadEarlierRun(const std::string& log) {
     std::string line;
     std::size_t lines = 0;
     while (ReadLine(in, line)) {
-        chooser.Take(++lines, line);
+        chooser.AddLine(++lines, line);
     }
     if (in.bad()) {
-        ThrowAt(log, lines + 1, "expected a log that can be read to its end, found that it cannot");
+        ThrowAt(log, lines + 1, "expected a log that can be read to its end, found a read error");
     }
     if (lines == 0 && !line.empty()) {  // it is cut off, but shows what the file is
-        chooser.Take(++lines, line);
+        chooser.AddLine(++lines, line);
     }
     return chooser.Choose(lines);
 }

@@ -19,7 +19,7 @@ struct EarlierRequest {
     std::uint32_t announced = 0;         // bytes of text
     std::string name;                    // of the message; empty if the log does not say
     std::string evidence;                // the log text that reveals the name; empty likewise
-    std::optional<std::string> subject;  // what it is about (see SubjectsOf), if the log says
+    std::optional<std::string> subject;  // what it is about (see SubjectsOf), if the log tells
     std::optional<std::string> text;     // if the log holds it, as it does for wrong prefixes
 };
 
@@ -37,11 +37,11 @@ struct EarlierRun {
     std::string log;  // name of the file
     int dialect = 1;
     std::vector<EarlierMessage> messages;
-    std::size_t lastLine = 0;    // of the log, of this run
-    bool ended = false;          // the log shows the run's end
-    std::size_t cutMessage = 0;  // line announcing a message that the log does not hold whole; 0: none
-    bool followed = false;       // the log holds another run
-    bool timed = false;          // every message has its pause
+    std::size_t lastLine = 0;               // of the log, of this run
+    bool ended = false;                     // the log shows the end of the run
+    std::optional<std::size_t> cutMessage;  // line that announces an incomplete message
+    bool hasOtherRuns = false;              // the log holds another run
+    bool timed = false;                     // every message has its pause
 };
 
 /// Reads the first run with a message from the harness's log. Skips lines that are not the harness's.

@@ -1,8 +1,11 @@
 #include "rig/dvr/replay/Replay.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <vector>
 
+#include "rig/base/Counted.h"
 #include "rig/base/Printable.h"
 #include "rig/dvr/replay/Subjects.h"
 #include "rig/dvr/wire/Message.h"
@@ -10,18 +13,14 @@
 namespace rig::dvr {
 namespace {
 
-/// After this long without a message, none is due any more. The harness takes 250 ms for each message.
+/// No message comes after this long. The harness takes 250 ms for each.
 constexpr Milliseconds kQuiet(1000);
-
-std::string Bytes(std::size_t count) {
-    return std::to_string(count) + " bytes";
-}
 
 std::string Milli(Milliseconds time) {
     return std::to_string(time.count()) + " ms";
 }
 
-/// @return a text from either side for people, message or not
+/// @return a text of either side, message or not, for people
 std::string Describe(const std::string& text) {
     try {
         return Summarize(Message::Parse(text));
@@ -36,20 +35,20 @@ std::string Describe(const EarlierRequest& request) {
     if (!request.text && request.subject) {
         text += " about " + Printable(*request.subject);
     }
-    text += ", announced with " + Bytes(request.announced);
+    text += ", announced with " + Counted(request.announced, "byte");
     return request.evidence.empty() ? text : text + " (" + Printable(request.evidence) + ")";
 }
 
 /// The log does not reliably show a value with a hexadecimal reference: the harness sends such a reference on
 /// unchanged.
-bool IsTold(const std::string& subject) {
+bool IsReliable(const std::string& subject) {
     return subject.find("&#x") == std::string::npos;
 }
 
-bool IsNamedSo(const EarlierRequest& expected, const Message& found) {
+bool HasNameAndSubject(const EarlierRequest& expected, const Message& found) {
     const std::vector<std::string> subjects = SubjectsOf(found);
     return found.Name() == expected.name &&
-           (!expected.subject || !IsTold(*expected.subject) ||
+           (!expected.subject || !IsReliable(*expected.subject) ||
             std::find(subjects.begin(), subjects.end(), *expected.subject) != subjects.end());
 }
 
@@ -58,7 +57,7 @@ bool IsSame(const EarlierRequest& expected, const std::string& text, std::size_t
         return announced == expected.announced && expected.text.value_or(text) == text;
     }
     try {
-        return IsNamedSo(expected, Message::Parse(text));
+        return HasNameAndSubject(expected, Message::Parse(text));
     } catch (const Breach&) {
         return false;
     }
@@ -75,8 +74,8 @@ void Replay::Run(Milliseconds wait) {
         if (!connection_) {
             connection_ = Connection::Open(endpoint_, wait);
             connection_->Decoder().AcceptSizeErrors();
-            if (manner_.piece > 0) {
-                connection_->SendInPieces(manner_.piece, manner_.gap);
+            if (manner_.piece) {
+                connection_->SendInPieces(*manner_.piece, manner_.gap);
             }
             anchor_ = Clock::now();
             transcript_.Note("connected; -> is sent by the DVR, <- by the harness");
@@ -145,7 +144,7 @@ void Replay::AwaitEnd(const EarlierMessage& message) {
     try {
         const auto text = connection_->Receive(Clock::now() + manner_.silence, manner_.frame);
         Deviate(message.line, expected,
-                text ? Found(*text) : "it still there after " + Milli(manner_.silence));
+                text ? Found(*text) : "it still open after " + Milli(manner_.silence));
     } catch (const Breach& found) {
         if (!connection_->HasEnded()) {
             Deviate(message.line, expected, found.what());
@@ -182,7 +181,7 @@ std::optional<std::string> Replay::Receive(std::size_t line, const std::string& 
 
 std::string Replay::Found(const std::string& text) {
     const std::size_t announced = connection_->Decoder().LastFrame().announced;
-    return Describe(text) + ", announced with " + Bytes(announced) +
+    return Describe(text) + ", announced with " + Counted(announced, "byte") +
            (announced == text.size() ? "" : ", got " + std::to_string(text.size()));
 }
 
@@ -191,19 +190,19 @@ void Replay::Show(bool isOurs, const std::string& text) {
         const Message message = Message::Parse(text);
         isOurs ? transcript_.Sent(message) : transcript_.Received(message);
     } catch (const Breach&) {
-        transcript_.Note((isOurs ? "-> '" : "<- '") + text.substr(0, kExcerptBytes) + "', no message");
+        transcript_.Note((isOurs ? "-> '" : "<- '") + text.substr(0, kExcerptBytes) + "', not a message");
     }
 }
 
 void Replay::Deviate(std::size_t line, const std::string& expected, const std::string& found,
                      ExitStatus status) const {
-    throw Failure(status, Printable(run_.log) + ":" + std::to_string(line) + ": expected " + expected +
-                              ", found " + found);
+    throw Failure(status,
+                  fmt::format("{}:{}: expected {}, found {}", Printable(run_.log), line, expected, found));
 }
 
 std::string Replay::Summary() const {
-    return "replayed " + std::to_string(messages_) + " of " + std::to_string(run_.messages.size()) +
-           " messages, " + std::to_string(requests_) + " requests as in " + run_.log;
+    return fmt::format("replayed {} of {}, {} as in {}", messages_, Counted(run_.messages.size(), "message"),
+                       Counted(requests_, "request"), run_.log);
 }
 
 }  // namespace rig::dvr

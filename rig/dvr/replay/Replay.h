@@ -14,18 +14,18 @@ namespace rig::dvr {
 
 /// How a replay waits, and sends.
 struct ReplayManner {
-    Milliseconds silence{30'000};  // for the harness's next message, and for it to take one of ours
-    Milliseconds frame{5'000};     // for the next bytes of a message that has begun
-    bool paced = false;            // keeps the pauses of the earlier run, which must then be timed
-    std::size_t piece = 0;         // bytes to send at a time; 0: all at once
-    Milliseconds gap{0};           // between two pieces
+    Milliseconds silence{30'000};      // for the harness's next message, and for it to take one of ours
+    Milliseconds frame{5'000};         // for the next bytes of a message that has begun
+    bool paced = false;                // keeps the pauses of the earlier run, which must then be timed
+    std::optional<std::size_t> piece;  // bytes to send at a time; all at once if not set
+    Milliseconds gap{0};               // between two pieces
 };
 
 /// Plays the DVR's side of an earlier run, byte for byte and in order, on as many connections as that run
 /// had, and compares what this harness asks for with what the earlier one asked for.
 ///
-/// Where a log does not hold the text of a request, compares its announced length and whatever else the log
-/// says about it.
+/// Where the log lacks the text of a request, compares its announced length and whatever else the log says of
+/// it.
 class Replay {
  public:
     /// All arguments must outlive the replay.
@@ -37,8 +37,8 @@ class Replay {
 
     /// Plays to the end of the earlier run.
     /// @param wait  how long to try to connect
-    /// Throws Failure (ProtocolBroken) at the first point where this harness does something different, with
-    /// the log's line, what was expected and what was found, and Failure (NothingCame) when it stays silent.
+    /// Throws Failure (ProtocolBroken) where this harness first does something else, with the log's line,
+    /// what was expected and what was found, and Failure (NothingCame) when it stays silent.
     void Run(Milliseconds wait);
 
     /// @return how far it got, for people
@@ -61,7 +61,7 @@ class Replay {
     std::string Found(const std::string& text);
     void Show(bool isOurs, const std::string& text);
 
-    /// Throws the failure of an expectation from the log's line.
+    /// Throws the failure of what the log's line makes us expect.
     [[noreturn]] void Deviate(std::size_t line, const std::string& expected, const std::string& found,
                               ExitStatus status = ExitStatus::ProtocolBroken) const;
 
@@ -71,7 +71,7 @@ class Replay {
     ReplayManner manner_;
     WireCheck* wireCheck_ = nullptr;
     std::optional<Connection> connection_;
-    Clock::time_point anchor_;  // time of the last traffic on the connection, or of its start
+    Clock::time_point anchor_;  // of the last traffic on the connection, or of its start
     std::size_t messages_ = 0;  // sent
     std::size_t requests_ = 0;  // received, as expected
 };

@@ -1,9 +1,12 @@
 #include "rig/dvr/replay/RunBuilder.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <charconv>
 
 #include "rig/base/Affix.h"
+#include "rig/base/Counted.h"
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/replay/Subjects.h"
@@ -30,7 +33,7 @@ bool IsPromise(Sign sign) {
     return sign == Sign::Opening || sign == Sign::SendingComplete || sign == Sign::SendingDone;
 }
 
-/// @return the byte after the head, in hexadecimal up to the text's end; nothing if there is none
+/// @return the byte whose hexadecimal form is all that follows the head; nothing if there is none
 std::optional<unsigned int> ByteAfter(std::string_view text, std::string_view head) {
     unsigned int byte = 0;
     if (!StartsWith(text, head)) {
@@ -48,9 +51,9 @@ RunBuilder::RunBuilder(const std::string& log) {
     run_.log = log;
 }
 
-void RunBuilder::Take(std::size_t number, const log::Statement& statement) {
+void RunBuilder::AddStatement(std::size_t number, const log::Statement& statement) {
     if (!over_ && (run_.ended || reader_.StartsAnother(statement.sign))) {
-        BeginAnew();
+        StartOver();
     }
     if (over_ || !error_.empty()) {
         return;
@@ -73,24 +76,22 @@ void RunBuilder::Take(std::size_t number, const log::Statement& statement) {
     }
 }
 
-void RunBuilder::BeginAnew() {
+void RunBuilder::StartOver() {
     if (HasMessages()) {
         over_ = true;
     } else {
         *this = RunBuilder(run_.log);
     }
-    run_.followed = true;
+    run_.hasOtherRuns = true;
 }
 
 void RunBuilder::TakeSize(std::size_t number, const log::Statement& statement) {
     if (IsMissingSlices(number, statement) || IsMissingRequest(number, statement)) {
         return;
     }
-    const bool isNumber =
-        !statement.detail.empty() &&
-        (statement.detail[0] == '-' || (statement.detail[0] >= '0' && statement.detail[0] <= '9'));
+    const bool isNumber = statement.detail.find_first_of("-0123456789") == 0;
     if (!isNumber || !EndsWith(statement.text, " bytes")) {
-        Miss(number, kSizeLine, log::Unescaped(statement.text));
+        NoteGap(number, kSizeLine, log::Unescaped(statement.text));
         return;
     }
     reader_.Add(statement);
@@ -106,7 +107,7 @@ void RunBuilder::TakeSlice(std::size_t number, const log::Statement& statement) 
     const log::Incoming& arriving = reader_.Arriving();
     if (arriving.IsWhole()) {
         if (HasMessages()) {
-            Miss(number, kSizeLine, log::Unescaped(statement.text));
+            NoteGap(number, kSizeLine, log::Unescaped(statement.text));
         }
         return;  // the log begins inside a message
     }
@@ -114,11 +115,11 @@ void RunBuilder::TakeSlice(std::size_t number, const log::Statement& statement) 
     const std::string head = arriving.NextHead();
     const auto due = static_cast<std::size_t>(arriving.NextBytes());
     if (!StartsWith(text, head)) {
-        return Miss(number, Quoted(head), text);
+        return NoteGap(number, Quoted(head), text);
     }
     if (text.size() - head.size() != due) {
-        return Miss(number, Quoted(head) + " and " + std::to_string(due) + " bytes",
-                    std::to_string(text.size() - head.size()) + " bytes: " + text.substr(head.size()));
+        return NoteGap(number, Quoted(head) + " and " + Counted(due, "byte"),
+                       Counted(text.size() - head.size(), "byte") + ": " + text.substr(head.size()));
     }
     if (reader_.Add(statement) == log::RunReader::Event::Message) {
         EndMessage();
@@ -129,7 +130,6 @@ void RunBuilder::EndMessage() {
     incoming_.text = reader_.LastMessage().text;
     run_.messages.push_back(std::move(incoming_));
     name_ = reader_.LastMessage().name;
-    subject_.reset();
     prefixBytes_ = 0;
     if (!dialect_ && !reader_.HasStart()) {
         dialect_ = protocol::OnlyDialectOf(name_);
@@ -176,15 +176,15 @@ void RunBuilder::TakeSentText(const log::Statement& statement) {
 }
 
 void RunBuilder::TakePrefixByte(std::size_t number, const log::Statement& statement) {
-    const std::string head = "hdr[" + std::to_string(prefixBytes_) + "]= ";
+    const std::string head = fmt::format("hdr[{}]= ", prefixBytes_);
     const auto byte = ByteAfter(statement.text, head);
     if (!byte) {
-        return Miss(number, Quoted(head) + " and a byte in hexadecimal", log::Unescaped(statement.text));
+        return NoteGap(number, Quoted(head) + " and a byte in hexadecimal", log::Unescaped(statement.text));
     }
     if (prefixBytes_ == 0) {
         BeginRequest(number);
     }
-    run_.messages.back().requests.back().announced |= (*byte & 0x7f) << (7 * prefixBytes_);
+    run_.messages.back().requests.back().announced = reader_.LastRequest().announced;
     const bool isLast = (*byte & 0x80) == 0 || prefixBytes_ + 1 == kMaxPrefixBytes;
     prefixBytes_ = isLast ? 0 : prefixBytes_ + 1;
 }
@@ -193,7 +193,7 @@ void RunBuilder::BeginRequest(std::size_t number) {
     const log::Request& sent = reader_.LastRequest();
     EarlierRequest request;
     request.line = number;
-    request.subject = subject_;
+    request.subject = sent.statedFile;
     if (sent.isCertain) {
         request.name = sent.name;
         request.evidence =
@@ -211,10 +211,6 @@ void RunBuilder::BeginRequest(std::size_t number) {
 }
 
 void RunBuilder::TakeEvidence(std::size_t number, const log::Statement& statement) {
-    if (log::IsAnnouncement(statement.sign)) {
-        const std::string subject = SubjectAnnouncedBy(statement);
-        subject_ = subject.empty() ? std::nullopt : std::optional<std::string>(subject);
-    }
     Confirm(statement);
     if (IsPromise(statement.sign) && !IsMissingRequest(number, statement)) {
         promised_ = log::Unescaped(statement.text);
@@ -242,7 +238,7 @@ bool RunBuilder::IsMissingSlices(std::size_t number, const log::Statement& state
     if (reader_.Arriving().IsWhole()) {
         return false;
     }
-    Miss(number, Quoted(reader_.Arriving().NextHead()), log::Unescaped(statement.text));
+    NoteGap(number, Quoted(reader_.Arriving().NextHead()), log::Unescaped(statement.text));
     return true;
 }
 
@@ -250,14 +246,14 @@ bool RunBuilder::IsMissingRequest(std::size_t number, const log::Statement& stat
     if (promised_.empty()) {
         return false;
     }
-    Miss(number, "'hdr[0]= ' behind " + Quoted(promised_) + ", as in a log of all levels",
-         log::Unescaped(statement.text));
+    NoteGap(number, "'hdr[0]= ' after " + Quoted(promised_) + ", as in a log of all levels",
+            log::Unescaped(statement.text));
     return true;
 }
 
-void RunBuilder::Miss(std::size_t number, const std::string& expected, const std::string& found) {
-    error_ = Printable(run_.log) + ":" + std::to_string(number) + ": expected " + expected + ", found '" +
-             Excerpt(found) + "'";
+void RunBuilder::NoteGap(std::size_t number, const std::string& expected, const std::string& found) {
+    error_ =
+        fmt::format("{}:{}: expected {}, found '{}'", Printable(run_.log), number, expected, Excerpt(found));
 }
 
 EarlierRun RunBuilder::Finish() const {
@@ -266,7 +262,9 @@ EarlierRun RunBuilder::Finish() const {
     }
     EarlierRun run = run_;
     run.dialect = dialect_.value_or(1);
-    run.cutMessage = reader_.Arriving().IsWhole() ? 0 : incoming_.line;
+    if (!reader_.Arriving().IsWhole()) {
+        run.cutMessage = incoming_.line;
+    }
     run.timed = std::all_of(run.messages.begin(), run.messages.end(),
                             [](const EarlierMessage& message) { return message.pause.has_value(); });
     return run;

@@ -11,27 +11,26 @@
 
 namespace rig::dvr {
 
-/// Keeps what a replay needs of the log of one process, and holds its statements to what must follow what:
-/// a replay of a log with gaps would blame the harness for them. Notices where the next run begins.
+/// Keeps what a replay needs of the log of one process, and makes sure that no statement is missing: a replay
+/// of a log with gaps would blame the harness for them. Notices where the next run begins.
 class RunBuilder {
  public:
     /// @param log  name of the file, for people
     explicit RunBuilder(const std::string& log);
 
-    /// Takes the next statement of the process. Those after the end of the first run with a message change
-    /// nothing.
-    void Take(std::size_t number, const log::Statement& statement);
+    /// Adds the next statement of the process. Those after the first run with a message change nothing.
+    void AddStatement(std::size_t number, const log::Statement& statement);
 
     bool HasMessages() const { return !run_.messages.empty(); }
 
-    /// @return the run, as far as the statements go
+    /// @return the run, as far as the log holds it
     /// Throws Failure (Unusable) when some are missing between others.
     EarlierRun Finish() const;
 
  private:
     using RequestId = std::pair<std::size_t, std::size_t>;  // message and request of it
 
-    void BeginAnew();
+    void StartOver();
     void TakeSize(std::size_t number, const log::Statement& statement);
     void TakeSlice(std::size_t number, const log::Statement& statement);
     void EndMessage();
@@ -43,20 +42,19 @@ class RunBuilder {
     void Confirm(const log::Statement& statement);
     EarlierRequest& At(const RequestId& id) { return run_.messages[id.first].requests[id.second]; }
 
-    /// Remembers that this statement is not the one that was due.
-    void Miss(std::size_t number, const std::string& expected, const std::string& found);
+    /// Keeps the error that this statement is not the one that was due.
+    void NoteGap(std::size_t number, const std::string& expected, const std::string& found);
     bool IsMissingSlices(std::size_t number, const log::Statement& statement);
     bool IsMissingRequest(std::size_t number, const log::Statement& statement);
 
     EarlierRun run_;
     log::RunReader reader_;
-    EarlierMessage incoming_;  // as far as it is there
+    EarlierMessage incoming_;  // as far as it has come
     bool over_ = false;
-    std::string error_;                   // of the first statement that was not the one due
+    std::string error_;                   // the first gap; empty if there is none
     std::optional<int> dialect_;          // as far as the statements show
-    std::optional<LogTime> anchor_;       // time of the last traffic on the connection, or of its start
+    std::optional<LogTime> anchor_;       // of the last traffic on the connection, or of its start
     std::string name_;                    // of the message being answered
-    std::optional<std::string> subject_;  // of what is sent next
     std::string promised_;                // the statement that something is sent next; empty once it is
     std::size_t prefixBytes_ = 0;         // of the request being sent; 0: none
     std::vector<RequestId> unconfirmed_;  // whose subject a later statement may reveal

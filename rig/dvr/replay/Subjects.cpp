@@ -2,12 +2,6 @@
 
 namespace rig::dvr {
 
-std::string SubjectAnnouncedBy(const log::Statement& statement) {
-    return statement.sign == log::Sign::LastFile  // EVENT/FILE, BOOL)
-               ? log::Unescaped(statement.detail.substr(0, statement.detail.rfind(", ")))
-               : "";
-}
-
 std::string SubjectConfirmedBy(const log::Statement& statement) {
     if (statement.sign == log::Sign::FileDone) {
         return "reid=" + log::Unescaped(statement.detail);

@@ -10,10 +10,6 @@ namespace rig::dvr {
 
 // The harness's log names the subject of a request (an event, a file, a duration) in one of several ways.
 
-/// @return what the statement says about the subject of the message that the harness sends next; empty if
-/// nothing
-std::string SubjectAnnouncedBy(const log::Statement& statement);
-
 /// @return the subject of the requests that the statement confirms as sent; empty if it confirms none
 std::string SubjectConfirmedBy(const log::Statement& statement);
 

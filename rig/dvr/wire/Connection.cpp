@@ -1,6 +1,7 @@
 #include "rig/dvr/wire/Connection.h"
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -11,6 +12,7 @@
 #include <cerrno>
 #include <cstring>
 #include <system_error>
+#include <thread>
 
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
@@ -26,8 +28,8 @@ constexpr Milliseconds kShortestAttempt(1000);
     throw std::system_error(errno, std::generic_category(), call);
 }
 
-/// Waits until the descriptor is ready for `events`. @return whether it is by the deadline; always checks at
-/// least once
+/// Waits until the descriptor is ready for `events`. @return whether it is by the deadline; checks at least
+/// once
 bool WaitFor(int descriptor, short events, Clock::time_point deadline) {
     for (;;) {
         const auto left = std::chrono::ceil<Milliseconds>(deadline - Clock::now()).count();
@@ -45,8 +47,7 @@ bool WaitFor(int descriptor, short events, Clock::time_point deadline) {
     }
 }
 
-/// A client that tries a local port where nobody listens can be given that very port and so connect to
-/// itself.
+/// A client that tries a local port where nobody listens may be given that very port, and connect to itself.
 bool IsConnectedToItself(int socket) {
     sockaddr_storage own{};
     sockaddr_storage peer{};
@@ -90,8 +91,9 @@ Endpoint::Endpoint(const std::string& host, int port) : name_(host + ":" + std::
     hints.ai_flags = AI_NUMERICSERV;
     const int error = getaddrinfo(host.c_str(), std::to_string(port).c_str(), &hints, &addresses_);
     if (error != 0) {
-        throw Failure(ExitStatus::Unusable, "--host: expected a host that can be resolved, found " +
-                                                Quoted(host) + ": " + gai_strerror(error));
+        throw Failure(ExitStatus::Unusable,
+                      fmt::format("--host: expected a host that can be resolved, found {}: {}", Quoted(host),
+                                  gai_strerror(error)));
     }
 }
 
@@ -113,11 +115,10 @@ Connection Connection::Open(const Endpoint& endpoint, Milliseconds wait) {
         }
         if (Clock::now() >= deadline) {
             throw Failure(ExitStatus::NothingCame,
-                          "expected the harness to listen at " + Printable(endpoint.Name()) + " within " +
-                              std::to_string(wait.count()) + " ms, found: " + std::strerror(error));
+                          fmt::format("expected the harness to listen at {} within {} ms, found: {}",
+                                      Printable(endpoint.Name()), wait.count(), std::strerror(error)));
         }
-        poll(nullptr, 0,
-             static_cast<int>(kRetryPause.count()));  // nothing tells us when someone starts to listen
+        std::this_thread::sleep_for(kRetryPause);  // nothing tells us when someone starts to listen
     }
 }
 
@@ -155,14 +156,15 @@ void Connection::SendPart(const std::string& bytes, std::size_t start, std::size
         if (count >= 0) {
             sent += static_cast<std::size_t>(count);
         } else if (errno == EPIPE || errno == ECONNRESET) {
-            throw Breach("the end of the connection when " + std::to_string(sent) + " of " +
-                         std::to_string(bytes.size()) + " bytes were sent");
+            throw Breach(
+                fmt::format("the end of the connection after {} of {} bytes were sent", sent, bytes.size()));
         } else if (errno == EAGAIN) {
             if (!WaitFor(socket_.Number(), POLLOUT, Clock::now() + patience)) {
-                throw Failure(ExitStatus::NothingCame,
-                              "expected the harness to take " + std::to_string(bytes.size()) +
-                                  " bytes of a message, found that it took " + std::to_string(sent) +
-                                  " and then none for " + std::to_string(patience.count()) + " ms");
+                throw Failure(
+                    ExitStatus::NothingCame,
+                    fmt::format("expected the harness to take {} bytes of a message, found that it took {} "
+                                "and then none for {} ms",
+                                bytes.size(), sent, patience.count()));
             }
         } else if (errno != EINTR) {
             ThrowSystemError("send");
@@ -182,7 +184,7 @@ void Connection::Reset() {
 
 std::optional<std::string> Connection::Receive(Clock::time_point deadline, Milliseconds framePatience) {
     for (;;) {
-        if (std::optional<std::string> text = decoder_.Next()) {
+        if (std::optional<std::string> text = decoder_.NextText()) {
             return text;
         }
         const bool inside = decoder_.InsideFrame();
@@ -198,8 +200,8 @@ std::optional<std::string> Connection::Receive(Clock::time_point deadline, Milli
                          (inside ? "inside a message: " + decoder_.Progress() : "between two messages"));
         }
         if (inside) {
-            throw Breach("a message that stays unfinished for " + std::to_string(framePatience.count()) +
-                         " ms: " + decoder_.Progress());
+            throw Breach(fmt::format("a message that remained unfinished for {} ms: {}",
+                                     framePatience.count(), decoder_.Progress()));
         }
         return std::nullopt;
     }

@@ -34,7 +34,7 @@ class Endpoint {
     addrinfo* addresses_ = nullptr;
 };
 
-/// One TCP connection with the harness. Blocking towards its caller, but never without a limit.
+/// One TCP connection with the harness. Its calls block, but never without a limit.
 class Connection {
  public:
     /// Connects, trying again as long as nobody listens there, until `wait` has passed; at least once, for up
@@ -44,28 +44,27 @@ class Connection {
     /// Takes over a connected stream socket.
     explicit Connection(Descriptor socket);
 
-    /// From now on sends everything in pieces of so many bytes, the last one shorter, with a pause between
-    /// them; sending takes that much longer.
+    /// From now on sends everything in pieces of this size, the last one shorter, with a pause between them.
     /// @param bytes  above 0
     void SendInPieces(std::size_t bytes, Milliseconds pause);
 
-    /// Sends all bytes, in one piece if the system takes them so and no pieces are asked for: the harness
-    /// pauses after each piece it reads. Throws Breach when the harness has closed the connection, and
+    /// Sends all bytes, in one piece if the system allows and no pieces are asked for: the harness pauses
+    /// after each piece it reads. Throws Breach when the harness has closed the connection, and
     /// Failure (NothingCame) when it takes no byte for `patience`.
     void Send(const std::string& bytes, Milliseconds patience);
 
-    /// Ends the connection: in order, or at once, losing what is unsent.
+    /// Ends the connection: Close in order, Reset at once, losing what is unsent.
     void Close();
     void Reset();
 
     /// Waits for one frame. A frame that has begun by the deadline may take longer, as long as no pause
     /// between its bytes exceeds `framePatience`.
     /// @return the frame's text; nothing when no frame began before the deadline
-    /// Throws Breach when the frame stays unfinished, when its prefix is bad and when the connection ends.
-    /// Once size errors are accepted, returns what has come of an unfinished frame instead.
+    /// Throws Breach when the frame remains unfinished, its prefix is bad or the connection ends. Once size
+    /// errors are accepted, returns what has come of an unfinished frame instead.
     std::optional<std::string> Receive(Clock::time_point deadline, Milliseconds framePatience);
 
-    /// Turns the bytes into frames; for settings and questions about that.
+    /// @return what turns the bytes into frames, to set it up and to ask it
     FrameDecoder& Decoder() { return decoder_; }
 
     /// @return whether the harness has ended the connection, judging by what was received

@@ -1,14 +1,18 @@
 #include "rig/dvr/wire/Frame.h"
 
+#include <fmt/format.h>
+
 #include <stdexcept>
 
+#include "rig/base/Counted.h"
 #include "rig/dvr/Failure.h"
-#include "rig/dvr/wire/DocumentEnd.h"
+#include "rig/dvr/wire/Markup.h"
 
 namespace rig::dvr {
 namespace {
 
-/// @return how much of the text is its document. Blanks after it do not begin a frame.
+/// @return the size of the document at the start of the text. Blanks after it belong to it: no frame begins
+/// with one.
 std::size_t SizeOfDocument(const std::string& text) {
     const std::optional<std::size_t> end = DocumentEnd(text);
     return end && text.find_first_not_of(" \t\r\n", *end) != std::string::npos ? *end : text.size();
@@ -37,7 +41,7 @@ void FrameDecoder::Append(const char* bytes, std::size_t count) {
     bytes_.append(bytes, count);
 }
 
-std::optional<std::string> FrameDecoder::Next() {
+std::optional<std::string> FrameDecoder::NextText() {
     if (!announced_ && !ReadPrefix()) {
         return std::nullopt;
     }
@@ -45,17 +49,17 @@ std::optional<std::string> FrameDecoder::Next() {
     if (bytes_.size() < size) {
         return std::nullopt;
     }
-    return Take(acceptsSizeErrors_ ? SizeOfDocument(bytes_.substr(0, size)) : size);
+    return TakeText(acceptsSizeErrors_ ? SizeOfDocument(bytes_.substr(0, size)) : size);
 }
 
 std::optional<std::string> FrameDecoder::GiveUp() {
     if (!acceptsSizeErrors_ || !announced_) {
         return std::nullopt;
     }
-    return Take(SizeOfDocument(bytes_));
+    return TakeText(SizeOfDocument(bytes_));
 }
 
-std::string FrameDecoder::Take(std::size_t size) {
+std::string FrameDecoder::TakeText(std::size_t size) {
     std::string text = bytes_.substr(0, size);
     bytes_.erase(0, size);
     last_ = {prefix_, *announced_};
@@ -71,8 +75,8 @@ bool FrameDecoder::ReadPrefix() {
         length |= static_cast<std::uint64_t>(byte & 0x7f) << (7 * index);
         if ((byte & 0x80) == 0) {
             if (length > kMaxTextBytes) {
-                throw Breach("a length prefix that announces " + std::to_string(length) + " bytes (at most " +
-                             std::to_string(kMaxTextBytes) + " are taken)");
+                throw Breach(fmt::format("a length prefix that announces {} bytes (at most {} are accepted)",
+                                         length, kMaxTextBytes));
             }
             prefix_ = bytes_.substr(0, index + 1);
             bytes_.erase(0, index + 1);
@@ -92,12 +96,12 @@ bool FrameDecoder::InsideFrame() const {
 
 std::string FrameDecoder::Progress() const {
     if (!announced_) {
-        return "an unfinished length prefix of " + std::to_string(bytes_.size()) + " bytes";
+        return "an unfinished length prefix of " + Counted(bytes_.size(), "byte");
     }
     const std::size_t size = SizeOfDocument(bytes_);
     const std::size_t rest = bytes_.size() - size;
-    return "announced " + std::to_string(*announced_) + ", got " + std::to_string(size) +
-           (rest > 0 ? " and " + std::to_string(rest) + " bytes behind the document's end" : "");
+    return fmt::format("announced {}, got {}", *announced_, size) +
+           (rest > 0 ? " and " + Counted(rest, "byte") + " after the end of the document" : "");
 }
 
 }  // namespace rig::dvr

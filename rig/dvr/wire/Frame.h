@@ -24,9 +24,9 @@ std::string EncodePrefix(std::uint32_t length);
 /// @return the whole frame of a text of less than 4 GiB
 std::string EncodeFrame(const std::string& text);
 
-/// What came with a received text.
+/// The frame of a received text.
 struct ReceivedFrame {
-    std::string prefix;         // as it came
+    std::string prefix;         // its bytes
     std::size_t announced = 0;  // bytes of text, according to the prefix
 };
 
@@ -41,22 +41,22 @@ class FrameDecoder {
     /// arrived.
     void ExpectSizeError(std::size_t announced, std::size_t size) { expected_ = {announced, size}; }
 
-    /// Takes in `count` bytes as they arrived.
+    /// Adds `count` bytes that have arrived.
     void Append(const char* bytes, std::size_t count);
 
     /// @return the text of the next whole frame; nothing while more bytes are needed
     /// Throws Breach for a prefix of more than five bytes or of more than kMaxTextBytes.
-    std::optional<std::string> Next();
+    std::optional<std::string> NextText();
 
-    /// Call this when no more bytes of the begun frame will come.
+    /// For when no more bytes of the begun frame will come.
     /// @return what has come of its text, up to the document's end; nothing if size errors are not accepted,
     /// or if even its prefix is incomplete
     std::optional<std::string> GiveUp();
 
-    /// @return what came with the text that was handed out last
+    /// @return the frame of the text that was handed out last
     const ReceivedFrame& LastFrame() const { return last_; }
 
-    /// @return whether a frame has begun and is not yet whole. Call it after Next has returned nothing.
+    /// @return whether a frame has begun and is not yet whole. Call it after NextText has returned nothing.
     bool InsideFrame() const;
 
     /// @return how much of the begun frame has come, for people: "announced 450, got 300"
@@ -69,7 +69,7 @@ class FrameDecoder {
     };
 
     bool ReadPrefix();
-    std::string Take(std::size_t size);
+    std::string TakeText(std::size_t size);
 
     std::string bytes_;  // received and not yet handed out, without the prefix once it is read
     std::optional<std::size_t> announced_;  // length of the text that bytes_ starts with

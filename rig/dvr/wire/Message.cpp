@@ -1,5 +1,7 @@
 #include "rig/dvr/wire/Message.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cstddef>
 
@@ -40,7 +42,7 @@ std::string ParseWhole(pugi::xml_document& document, const std::string& text) {
     }
     const auto result = document.load_buffer(text.data(), text.size(), kFlags, pugi::encoding_utf8);
     if (!result) {
-        return std::string(result.description()) + " at byte " + std::to_string(result.offset);
+        return fmt::format("{} at byte {}", result.description(), result.offset);
     }
     std::size_t elements = 0;
     for (const pugi::xml_node node : document.children()) {
@@ -64,7 +66,7 @@ Message Message::Parse(const std::string& text) {
     Message message;
     const std::string error = ParseWhole(message.document_, text);
     if (!error.empty()) {
-        throw Breach("text that is not one XML document (" + error + "): '" + Excerpt(text) + "'");
+        throw Breach(fmt::format("text that is not one XML document ({}): '{}'", error, Excerpt(text)));
     }
     const pugi::xml_node root = message.Root();
     if (!root) {
@@ -115,7 +117,7 @@ std::string Print(const pugi::xml_document& document) {
     safe.reserve(writer.text.size());
     for (std::size_t index = 0; index < writer.text.size(); ++index) {
         if (NeedsReference(writer.text, index)) {
-            safe += "&#" + std::to_string(static_cast<int>(writer.text[index])) + ";";
+            safe += fmt::format("&#{:d};", writer.text[index]);
         } else {
             safe += writer.text[index];
         }

@@ -1,11 +1,11 @@
 #include "rig/dvr/wire/Transcript.h"
 
-#include <iomanip>
-#include <sstream>
+#include <fmt/ranges.h>
 
-#include "rig/base/Columns.h"
+#include "rig/base/Counted.h"
 #include "rig/base/Printable.h"
 #include "rig/base/ProgressBar.h"
+#include "rig/base/Terminal.h"
 
 namespace rig::dvr {
 namespace {
@@ -25,11 +25,9 @@ std::string SummarizeChild(const pugi::xml_node& child) {
     for (const pugi::xml_node entry : child.children()) {
         entries += entry.type() == pugi::node_element ? 1U : 0U;
     }
-    const std::string name = Printable(child.name());
-    if (entries > 0) {
-        return name + ": " + std::to_string(entries);
-    }
-    return name + ": " + std::to_string(std::string(child.text().get()).size()) + " bytes";
+    return Printable(child.name()) + ": " +
+           (entries > 0 ? std::to_string(entries)
+                        : Counted(std::string_view(child.text().get()).size(), "byte"));
 }
 
 }  // namespace
@@ -43,12 +41,8 @@ Transcript::~Transcript() {
 }
 
 void Transcript::Sent(const Message& message, const std::vector<std::string>& defects) {
-    std::string marks;
-    for (const std::string& defect : defects) {
-        marks += (marks.empty() ? "  [" : ", ") + defect;
-    }
-    Print(marks.empty() ? Colour::Cyan : Colour::Red,
-          "-> " + Summarize(message) + (marks.empty() ? "" : marks + "]"));
+    const std::string marks = defects.empty() ? "" : fmt::format("  [{}]", fmt::join(defects, ", "));
+    Print(defects.empty() ? Colour::Cyan : Colour::Red, "-> " + Summarize(message) + marks);
 }
 
 void Transcript::Received(const Message& message) {
@@ -77,18 +71,16 @@ void Transcript::EraseProgress() {
 void Transcript::Print(Colour colour, const std::string& text) {
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start_;
     EraseProgress();
-    std::ostringstream line;
-    line << std::fixed << std::setprecision(3) << std::setw(9) << elapsed.count() << " ";
-    line << Coloured(text, terminal_ ? colour : Colour::Plain) << "\n";
-    out_ << line.str() << std::flush;
+    out_ << fmt::format("{:9.3f} {}\n", elapsed.count(), Coloured(text, terminal_ ? colour : Colour::Plain))
+         << std::flush;
 }
 
 std::string Summarize(const Message& message) {
     std::string text = message.Name().empty() ? "(no name)" : Printable(message.Name());
     for (const pugi::xml_attribute attribute : message.Root().attributes()) {
         if (!GoesWithoutSaying(message, attribute)) {
-            text +=
-                " " + Printable(attribute.name()) + "=\"" + Excerpt(attribute.value(), kValueBytes) + "\"";
+            text += fmt::format(" {}=\"{}\"", Printable(attribute.name()),
+                                Excerpt(attribute.value(), kValueBytes));
         }
     }
     for (const pugi::xml_node child : message.Root().children()) {

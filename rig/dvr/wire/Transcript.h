@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "rig/base/Colour.h"
+#include "rig/base/Terminal.h"
 #include "rig/dvr/wire/Message.h"
 
 namespace rig::dvr {
@@ -32,7 +32,7 @@ class Transcript {
     void Received(const Message& message);
     void Note(const std::string& text);
 
-    /// Shows on a terminal how far the transfer of a file is, below all lines, until the next line.
+    /// Shows on a terminal, below all lines and until the next one, how far the transfer of a file is.
     /// @param done,length  bytes
     void Progress(const std::string& file, std::uint64_t done, std::uint64_t length);
 
@@ -46,7 +46,7 @@ class Transcript {
     std::chrono::steady_clock::time_point start_;
 };
 
-/// @return name and fields of a message in one line
+/// @return the name and the fields of a message, in one line
 std::string Summarize(const Message& message);
 
 }  // namespace rig::dvr

@@ -1,5 +1,7 @@
 #include "rig/dvr/wire/WireCheck.h"
 
+#include <fmt/ranges.h>
+
 #include <algorithm>
 #include <iterator>
 #include <pugixml.hpp>
@@ -8,30 +10,19 @@
 #include "rig/base/Counted.h"
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
-#include "rig/dvr/wire/DocumentEnd.h"
-#include "rig/dvr/wire/Skeleton.h"
+#include "rig/dvr/wire/Markup.h"
 #include "rig/protocol/Catalogue.h"
 
 namespace rig::dvr {
 namespace {
 
 std::string Hex(const std::string& bytes) {
-    static const char* const kDigits = "0123456789abcdef";
-    std::string hex;
-    for (const char byte : bytes) {
-        const auto value = static_cast<unsigned char>(byte);
-        hex += (hex.empty() ? "" : " ") + std::string{kDigits[value >> 4], kDigits[value & 0xf]};
-    }
-    return hex;
+    const std::vector<unsigned char> numbers(bytes.begin(), bytes.end());
+    return fmt::format("{:02x}", fmt::join(numbers, " "));
 }
 
-template <typename Names>
-std::string Join(const Names& names) {
-    std::string joined;
-    for (const auto& name : names) {
-        joined += (joined.empty() ? "" : ", ") + Printable(name);
-    }
-    return joined.empty() ? "none" : joined;
+std::string Join(const std::vector<std::string>& names) {
+    return names.empty() ? "none" : Printable(fmt::format("{}", fmt::join(names, ", ")));
 }
 
 std::string Fault(const std::string& expected, const std::string& found) {
@@ -39,51 +30,50 @@ std::string Fault(const std::string& expected, const std::string& found) {
 }
 
 std::string SizeFault(const ReceivedFrame& frame, std::size_t size) {
-    return Fault("a prefix that announces the " + std::to_string(size) + " bytes of the text",
-                 "one that announces " + std::to_string(frame.announced));
+    return Fault(fmt::format("a prefix that announces the {} bytes of the text", size),
+                 fmt::format("one that announces {}", frame.announced));
 }
 
 std::string PrefixFault(const ReceivedFrame& frame) {
     const std::string shortest = EncodePrefix(static_cast<std::uint32_t>(frame.announced));
-    return frame.prefix == shortest ? ""
-                                    : Fault("the prefix " + Hex(shortest) + ", the shortest form of " +
-                                                std::to_string(frame.announced),
-                                            Hex(frame.prefix));
+    return frame.prefix == shortest
+               ? ""
+               : Fault(fmt::format("the prefix {}, the shortest form of {}", Hex(shortest), frame.announced),
+                       Hex(frame.prefix));
 }
 
-/// Parses the text with everything that may surround the document's element.
+/// Parses the text, and anything around the document's element.
 std::string DocumentFault(pugi::xml_document& document, const std::string& text) {
     constexpr unsigned int kFlags = pugi::parse_full | pugi::parse_fragment | pugi::parse_ws_pcdata;
     const std::string start = "'" + Excerpt(text) + "'";
     const auto result = document.load_buffer(text.data(), text.size(), kFlags, pugi::encoding_utf8);
     if (!result) {
         return Fault("one XML document",
-                     result.description() + (" at byte " + std::to_string(result.offset)) + ": " + start);
+                     fmt::format("{} at byte {}: {}", result.description(), result.offset, start));
     }
     if (text.empty() || text.front() != '<' || document.first_child().type() != pugi::node_element) {
         return Fault("the document's element at the start of the text", start);
     }
     const std::size_t end = DocumentEnd(text).value_or(text.size());
     if (end < text.size()) {
-        return Fault("nothing behind the document's element",
-                     std::to_string(text.size() - end) + " bytes: '" + Excerpt(text.substr(end)) + "'");
+        return Fault("nothing after the document's element",
+                     Counted(text.size() - end, "byte") + ": '" + Excerpt(text.substr(end)) + "'");
     }
     return "";
 }
 
 std::string PrintingFault(const pugi::xml_document& document, const std::string& text) {
     const auto control = std::find_if(text.begin(), text.end(), [](char byte) {
-        return static_cast<unsigned char>(byte) < 0x20;  // a value's are printed as references
+        return static_cast<unsigned char>(byte) < 0x20;  // in values they are printed as references
     });
     if (control != text.end()) {
-        return Fault("compact printing, without a line break", "the byte " + Hex(std::string(1, *control)) +
-                                                                   " at byte " +
-                                                                   std::to_string(control - text.begin()));
+        return Fault("compact text without line breaks",
+                     fmt::format("a byte {} at offset {}", Hex({*control}), control - text.begin()));
     }
     const std::string compact = SkeletonOf(document);
     const std::string printed = SkeletonOf(text);
     return compact == printed ? ""
-                              : Fault("compact printing, with values left out '" + Printable(compact) + "'",
+                              : Fault("compact text (without values, '" + Printable(compact) + "')",
                                       "'" + Printable(printed) + "'");
 }
 
@@ -103,7 +93,7 @@ std::string AttributeFault(const protocol::MessageKind& kind, const std::vector<
                  });
     return expected == found
                ? ""
-               : Fault("the attributes of " + std::string(kind.name) + " in the order " + Join(expected),
+               : Fault(fmt::format("the attributes of {} in the order {}", kind.name, Join(expected)),
                        Join(found));
 }
 
@@ -114,7 +104,7 @@ std::string MessageFault(const pugi::xml_node& root, int dialect) {
     }
     const protocol::MessageKind* const kind = protocol::Find(dialect, protocol::Sender::Harness, name);
     if (kind == nullptr) {
-        return Fault("a message of protocol " + std::to_string(dialect) + ".0", Quoted(name));
+        return Fault(fmt::format("a message of protocol {}.0", dialect), Quoted(name));
     }
     std::string fault = AttributeFault(*kind, AttributesOf(root));
     const char* const expected = protocol::VersionOf(dialect);
@@ -157,7 +147,7 @@ void WireCheck::Inspect(const ReceivedFrame& frame, const std::string& text, Tra
     wrong_ += faults.empty() ? 0U : 1U;
     for (const std::string& fault : faults) {
         const bool isSize = frame.announced != text.size() && fault == faults.front();
-        const std::string line = "wire check: frame " + std::to_string(frames_) + ": " + fault;
+        const std::string line = fmt::format("wire check: frame {}: {}", frames_, fault);
         if (!tolerant_ && !isSize) {
             throw Failure(ExitStatus::ProtocolBroken, line);
         }
@@ -166,8 +156,8 @@ void WireCheck::Inspect(const ReceivedFrame& frame, const std::string& text, Tra
 }
 
 std::string WireCheck::Summary() const {
-    return "wire check: " + Counted(frames_, "frame") + ", " +
-           (wrong_ == 0 ? "none" : std::to_string(wrong_)) + " wrong";
+    return fmt::format("wire check: {}, {} wrong", Counted(frames_, "frame"),
+                       wrong_ == 0 ? "none" : std::to_string(wrong_));
 }
 
 }  // namespace rig::dvr

@@ -15,12 +15,12 @@ namespace rig::dvr {
 class WireCheck {
  public:
     /// @param dialect   1 or 2
-    /// @param tolerant  errors are noted and counted, and do not end the dialogue
+    /// @param tolerant  faults are noted and counted, and do not end the dialogue
     WireCheck(int dialect, bool tolerant);
 
-    /// Takes the next frame. Notes what is wrong with it ("expected ..., found ...") if this check is
-    /// tolerant, and a wrong announced length in any case: the decoder only hands out such a text when told
-    /// to. Otherwise throws Failure (ProtocolBroken).
+    /// Checks the next frame. Notes what is wrong with it ("expected ..., found ...") if this check is
+    /// tolerant, and a wrong length in any case: the decoder hands out such a text only when told to.
+    /// Otherwise throws Failure (ProtocolBroken).
     void Inspect(const ReceivedFrame& frame, const std::string& text, Transcript& transcript);
 
     /// @return how many frames were checked, for people
@@ -33,8 +33,8 @@ class WireCheck {
     std::size_t wrong_ = 0;
 };
 
-/// @return what is wrong with the frame, each as "expected ..., found ...": a wrong announced length, then
-/// the first of all other faults
+/// @return what is wrong with the frame, each as "expected ..., found ...": a wrong length, then the first of
+/// all other faults
 std::vector<std::string> FindWireFaults(const ReceivedFrame& frame, const std::string& text, int dialect);
 
 }  // namespace rig::dvr

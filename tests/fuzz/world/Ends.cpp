@@ -9,7 +9,7 @@
 
 namespace {
 
-/// All ways in which a peer may end the harness: see "Where it ends the harness" in doc/protocol.md. Any
+/// All ways in which a peer may end the harness: see "What ends the harness" in doc/protocol.md. Any
 /// other end is a finding.
 constexpr const char* kEnds[] = {
     // assertions

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <csignal>
 
@@ -50,109 +49,8 @@ TEST_F(Protocol10, LogsAWholeExportLineByLine) {
     harness->StopsOnInterrupt();
 }
 
-TEST_F(Protocol10, IsSpokenWithoutASwitch) {
-    Connect();
-    Opens();
-    Ends();
-}
-
-TEST_F(Protocol10, IsSpokenOnDemand) {
-    Connect({"-p", "1"});
-    Opens();
-    Ends();
-}
-
-TEST_F(Protocol10, IsSpokenWhenItIsTheLastChoice) {
-    Connect({"-p", "2", "-p", "1"});
-    Opens();
-    Ends();
-}
-
-TEST_F(Protocol10, RequestsTheFilesOfAllEventsInOrder) {
-    Connect();
-    Opens();
-    dvr->Sends(Xml({Description("E1", {"m1", "a", "b"}), Description("E2", {"m2"})}));
-    harness->Logs(32, "Found event E1");
-    harness->Logs(32, "Found event E2");
-    dvr->Receives(v1::GetFile("E1", "m1"));
-    Completes("E1", "m1");
-    dvr->Receives(v1::GetFile("E1", "a"));
-    Completes("E1", "a");
-    dvr->Receives(v1::GetFile("E1", "b"));
-    Completes("E1", "b");
-    dvr->Receives(v1::GetFile("E2", "m2"));
-    Completes("E2", "m2");
-    IsDone({"E1", "E2"});
-    harness->StopsOnInterrupt();
-}
-
-TEST_F(Protocol10, SavesWhatItReportsComplete) {
-    Connect();
-    Opens();
-    dvr->Sends(Xml({Description("E1", {"m1"}), Description("E2", {})}));
-    harness->Logs(32, "Found event E1");
-    harness->Logs(32, "Found event E2");
-    dvr->Receives(v1::GetFile("E1", "m1"));
-    Completes("E1", "m1");
-    IsDone({"E1", "E2"});
-    EXPECT_EQ(
-        "<msg req=\"EVENT_XFER_COMPLETE\">\n"
-        "    <events>\n"
-        "        <string>E1</string>\n"
-        "        <string>E2</string>\n"
-        "    </events>\n"
-        "</msg>\n",
-        ReadFile("/mnt/hd/outgoingETCstring"));
-    EXPECT_FALSE(FileExists("/mnt/hd/incoming_E1"));
-    harness->StopsOnInterrupt();
-}
-
-TEST_F(Protocol10, OverwritesWhatItSavedWithTheNextReport) {
-    Connect();
-    Opens();
-    Describes("E1", {"m1"});
-    Completes("E1", "m1");
-    IsDone({"E1"});
-    Reconnect();
-    Opens();
-    Describes("E2", {"m2"});
-    Completes("E2", "m2");
-    IsDone({"E1", "E2"});
-    const std::string saved = ReadFile("/mnt/hd/outgoingETCstring");
-    EXPECT_NE(std::string::npos, saved.find("<string>E2</string>"));
-    EXPECT_EQ(0u, saved.rfind("<msg ")) << saved;
-    harness->StopsOnInterrupt();
-}
-
-TEST_F(Protocol10, ExportsWithoutADisk) {
-    ASSERT_EQ(0, rmdir("/mnt/hd"));
-    Connect();
-    Opens();
-    Describes("E1", {"m1"});
-    Completes("E1", "m1");
-    IsDone({"E1"});
-    harness->StopsOnInterrupt();
-}
-
-TEST_F(Protocol10, ListsTheEarlierEventsAgainInTheNextExport) {
-    Connect();
-    Opens();
-    dvr->Sends(Xml({Description("E1", {"m1"}), Description("E2", {})}));
-    harness->Logs(32, "Found event E1");
-    harness->Logs(32, "Found event E2");
-    dvr->Receives(v1::GetFile("E1", "m1"));
-    Completes("E1", "m1");
-    IsDone({"E1", "E2"});
-    Reconnect();
-    Opens();
-    Describes("E3", {"m3"});
-    Completes("E3", "m3");
-    IsDone({"E1", "E2", "E3"});
-    harness->StopsOnInterrupt();
-}
-
 TEST_F(Protocol10, IgnoresTheSwitchesOf20) {
-    Connect({"-c", "1", "-d", "30", "-s", "60", "-r", "-e", "-f", "-t", "-x", "-u"});
+    Connect({"-p", "1", "-c", "1", "-d", "30", "-s", "60", "-r", "-e", "-f", "-t", "-x", "-u"});
     Opens();
     dvr->Sends(Xml({Description("ABC123", {"m1", "a"}), Description("E2", {"m2"})}));
     harness->Logs(32, "Found event ABC123");
@@ -164,40 +62,9 @@ TEST_F(Protocol10, IgnoresTheSwitchesOf20) {
     dvr->Receives(v1::GetFile("E2", "m2"));
     Completes("E2", "m2");
     IsDone({"ABC123", "E2"});
-    EXPECT_FALSE(FileExists("/mnt/hd/velloranFail"));
+    EXPECT_FALSE(FileExists(kFailureMarker));
+    EXPECT_FALSE(FileExists("/mnt/hd/incoming_ABC123"));
     harness->StopsOnInterrupt();
-}
-
-TEST_F(Protocol10, AnswersEveryOk) {
-    Connect();
-    Opens();
-    Opens();
-    Ends();
-}
-
-TEST_F(Protocol10, AppendsASecondXmlToTheFirst) {
-    Connect();
-    Opens();
-    Describes("E1", {"m1"});
-    dvr->Sends(Xml({Description("E2", {"m2"})}));
-    harness->Logs(32, "Found event E2");
-    dvr->Receives(v1::GetFile("E1", "m1"));
-    Completes("E1", "m1");
-    dvr->Receives(v1::GetFile("E2", "m2"));
-    Completes("E2", "m2");
-    IsDone({"E1", "E2"});
-    harness->StopsOnInterrupt();
-}
-
-TEST_F(Protocol10, EscapesWhatItSendsBack) {
-    Connect();
-    Opens();
-    dvr->Sends(
-        Xml({"<recording-event reid=\"&lt;E&amp;1\"><video><metadata "
-             "name='\"\xc3\xbc\"'/></video></recording-event>"}));
-    harness->Logs(32, "Found event <E&1");
-    dvr->Receives("<msg req=\"GET_FILE\" path=\"&lt;E&amp;1\" file='&quot;\xc3\xbc&quot;' />");
-    Ends();
 }
 
 TEST_F(Protocol10, SendsABogusConfigurationOnDemand) {
@@ -210,12 +77,18 @@ TEST_F(Protocol10, SendsABogusConfigurationOnDemand) {
     Ends();
 }
 
-TEST_F(Protocol10, DoesNotExpectAConfigurationErrorUnprovoked) {
+TEST_F(Protocol10, RepeatsAnEventWithoutReidUntilItIsInterrupted) {
     Connect();
-    dvr->Sends(Message("CONFIGURATION_UPDATE_ERROR"));
-    harness->Logs(2, "Unexpected CONFIGURATION_UPDATE_ERROR");
-    Opens();
-    Ends();
+    dvr->Sends(Xml({Description("E1", {"m1"}), "<recording-event id=\"E2\"/>", Description("E3", {"m3"})}));
+    harness->Logs(32, "Found event E1");
+    for (int count = 0; count < 50; ++count) {
+        harness->Logs(2, "Found event with no REID");
+    }
+    harness->GetsSignal(SIGINT);
+    harness->LogsUpTo(1, "shutting down");
+    harness->EndsWithStatus(44);
+    EXPECT_EQ("", harness->StandardError());
+    dvr->ReceivesEnd();
 }
 
 }  // namespace

@@ -1,13 +1,8 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <csignal>
 
 #include "tests/support/Dialogue.h"
 
 namespace {
-
-const char* const kHandleMessage = "virtual VelProtocolBase::e_MsgReturn VelProtocol_2_0::HandleMessage()";
 
 using std::chrono::milliseconds;
 using std::chrono::seconds;
@@ -70,58 +65,55 @@ TEST_F(Protocol20, LogsAWholeExportLineByLine) {
     dvr->ReceivesEnd();
 }
 
-TEST_F(Protocol20, ExportsEventByEvent) {
+TEST_F(Protocol20, SavesEachDescriptionAndReport) {
     Start();
-    Opens();
-    Lists({"E1", "E2"});
-    dvr->Receives(v2::NextEvent("E1"));
-    Describes("E1", Description("E1", {"m1", "a"}));
-    dvr->Receives(v2::GetFile("E1", "m1"));
-    Completes("E1", "m1", 1);
-    harness->Logs(32, "calling SendFileRequest(E1/a, false)");
-    dvr->Receives(v2::GetFile("E1", "a"));
-    Completes("E1", "a", 0);
-    ReceivesEventXferComplete("E1");
-    Acknowledges("E1");
-    dvr->Receives(v2::NextEvent("E2"));
-    Describes("E2", Description("E2", {"m2"}));
-    dvr->Receives(v2::GetFile("E2", "m2"));
-    Completes("E2", "m2", 0);
-    ReceivesEventXferComplete("E2");
-    Acknowledges("E2");
-    ReceivesDone();
+    for (const std::string id : {"E1", "X"}) {
+        ReachesFirstFile(id, {"m"});
+        EXPECT_EQ("<recording-event reid=\"" + id +
+                      "\">\n"
+                      "    <video>\n"
+                      "        <metadata name=\"m\" />\n"
+                      "        <streams>\n"
+                      "            <stream />\n"
+                      "        </streams>\n"
+                      "    </video>\n"
+                      "</recording-event>\n",
+                  ReadFile("/mnt/hd/incoming_" + id));
+        Completes(id, "m", 0);
+        ReceivesEventXferComplete(id);
+        EXPECT_EQ(v2::EventXferComplete(id) + "\n", ReadFile("/mnt/hd/outgoingETCstring"));
+        Acknowledges(id);
+        ReceivesDone();
+    }
     Ends();
 }
 
-TEST_F(Protocol20, KeepsTheConnectionAfterDone) {
-    Start();
+TEST_F(Protocol20, AnnouncesADurationOnDemandAndKeepsTheConnectionAfterDone) {
+    Start({"-d", "30"});
     Lists({"E1"});
     dvr->Receives(v2::NextEvent("E1"));
     Acknowledges("E1");
-    ReceivesDone();
+    ReceivesDone("<msg req=\"DONE\" protocolVersion=\"2.0\" duration=\"30\" />");
     Opens();
-    Lists({"E2"});
-    dvr->Receives(v2::NextEvent("E2"));
-    Acknowledges("E2");
-    ReceivesDone();
     Ends();
 }
 
-// Pauses between files.
-
-TEST_F(Protocol20, PausesASecondAfterTheRequestOfAFileThatIsNotTheLast) {
-    Start();
-    ReachesFirstFile("E1", {"m1", "a", "b"});
+TEST_F(Protocol20, EndsEarlyOnDemandAndLeavesTheOtherEventsToTheNextConnection) {
+    Start({"-c", "1"});
+    Lists({"E1", "E2"});
+    dvr->Receives(v2::NextEvent("E1"));
     const Clock::time_point start = Clock::now();
-    Completes("E1", "m1", 2);
-    dvr->Receives(v2::GetFile("E1", "a"));
-    Completes("E1", "a", 1);
-    const Clock::duration taken = Clock::now() - start;
-    EXPECT_GE(taken, milliseconds(250 + 1000 + 250));
-    EXPECT_LT(taken, milliseconds(250 + 1000 + 250) + seconds(3));
+    Acknowledges("E1");
+    ReceivesDone();
+    Closes();
+    EXPECT_GE(Clock::now() - start, milliseconds(250 + 1000));
+    Reconnect();
+    Lists({"E3"});
+    dvr->Receives(v2::NextEvent("E2"));
+    Ends();
 }
 
-TEST_F(Protocol20, PausesAsLongAsToldAndAfterTheRequest) {
+TEST_F(Protocol20, PausesAsLongAsToldAfterEachRequestButTheLast) {
     Start({"-s", "4"});
     ReachesFirstFile("E1", {"m1", "a", "b"});
     const Clock::time_point start = Clock::now();
@@ -129,124 +121,35 @@ TEST_F(Protocol20, PausesAsLongAsToldAndAfterTheRequest) {
     dvr->Receives(v2::GetFile("E1", "a"));
     EXPECT_LT(Clock::now() - start, milliseconds(250) + seconds(3)) << "the request came after the pause";
     Completes("E1", "a", 1);
-    const Clock::duration taken = Clock::now() - start;
-    EXPECT_GE(taken, milliseconds(250 + 4000 + 250));
-    EXPECT_LT(taken, milliseconds(250 + 4000 + 250) + seconds(3));
-}
-
-TEST_F(Protocol20, DoesNotPauseAfterTheRequestOfTheLastFile) {
-    Start({"-s", "10"});
-    ReachesFirstFile("E1", {"m1", "a"});
-    const Clock::time_point start = Clock::now();
-    Completes("E1", "m1", 1);
-    harness->Logs(32, "calling SendFileRequest(E1/a, false)");
-    dvr->Receives(v2::GetFile("E1", "a"));
-    Completes("E1", "a", 0);
+    EXPECT_GE(Clock::now() - start, milliseconds(250 + 4000 + 250));
+    harness->Logs(32, "calling SendFileRequest(E1/b, false)");
+    dvr->Receives(v2::GetFile("E1", "b"));
+    Completes("E1", "b", 0);
     ReceivesEventXferComplete("E1");
-    EXPECT_LT(Clock::now() - start, milliseconds(500) + seconds(5));
+    EXPECT_LT(Clock::now() - start, milliseconds(250 + 4000 + 250 + 250) + seconds(3));
     Ends();
 }
 
-// OK, and what the switches for updates make of it.
-
-TEST_F(Protocol20, AnswersEveryOk) {
-    Start();
-    Opens();
-    Opens();
-    Ends();
-}
-
-TEST_F(Protocol20, OrdersAnUpgradeAheadOfTheExport) {
+TEST_F(Protocol20, OrdersAnUpgradeBeforeTheExportOnDemand) {
     Start({"-u"});
-    for (int round = 0; round < 2; ++round) {
-        dvr->Sends(Ok());
-        harness->Logs(1, "got an OK, sending UPDATE_SOFTWARE");
-        dvr->Receives(v2::kUpdateSoftware);
-        harness->Logs(1, "got an OK, sending GET_EVENT_LIST");
-        dvr->Receives(v2::kGetEventList);
-    }
+    dvr->Sends(Ok());
+    harness->Logs(1, "got an OK, sending UPDATE_SOFTWARE");
+    dvr->Receives(v2::kUpdateSoftware);
+    harness->Logs(1, "got an OK, sending GET_EVENT_LIST");
+    dvr->Receives(v2::kGetEventList);
     dvr->Sends(Message("SOFTWARE_UPDATE_CONFIRM"));
     harness->Logs(16, "Got SOFTWARE_UPDATE_CONFIRM");
     Ends();
 }
 
-TEST_F(Protocol20, SendsABogusConfigurationInPlaceOfTheExport) {
+TEST_F(Protocol20, SendsABogusConfigurationOnDemand) {
     Start({"-g"});
-    for (int round = 0; round < 2; ++round) {
-        dvr->Sends(Ok());
-        harness->Logs(1, "got an OK, sending CONFIGURATION_UPDATE");
-        dvr->Receives(v2::kUpdateConfiguration);
-    }
+    dvr->Sends(Ok());
+    harness->Logs(1, "got an OK, sending CONFIGURATION_UPDATE");
+    dvr->Receives(v2::kUpdateConfiguration);
     dvr->Sends(Message("CONFIGURATION_UPDATE_ERROR"));
     harness->Logs(16, "Got CONFIGURATION_UPDATE_ERROR");
     Ends();
-}
-
-TEST_F(Protocol20, OrdersAnUpgradeAheadOfTheBogusConfiguration) {
-    Start({"-u", "-g"});
-    dvr->Sends(Ok());
-    harness->Logs(1, "got an OK, sending UPDATE_SOFTWARE");
-    dvr->Receives(v2::kUpdateSoftware);
-    harness->Logs(1, "got an OK, sending CONFIGURATION_UPDATE");
-    dvr->Receives(v2::kUpdateConfiguration);
-    Ends();
-}
-
-TEST_F(Protocol20, DoesNotExpectTheReportsOfUpdatesUnprovoked) {
-    Start();
-    dvr->Sends(Message("SOFTWARE_UPDATE_CONFIRM"));
-    harness->Logs(2, "Unexpected SOFTWARE_UPDATE_CONFIRM");
-    dvr->Sends(Message("CONFIGURATION_UPDATE_ERROR"));
-    harness->Logs(2, "Unexpected CONFIGURATION_UPDATE_ERROR");
-    Opens();
-    Ends();
-}
-
-// What is not a message of this dialect.
-
-class Protocol20DoesNotSupport : public Dialect20, public testing::WithParamInterface<const char*> {};
-
-TEST_P(Protocol20DoesNotSupport, TheMessage) {
-    Start();
-    dvr->Sends(Message(GetParam(), " reid=\"E1\" file=\"m1\""));
-    harness->Logs(1, std::string("UNSUPPORTED MSG RECEIVED: ") + GetParam());
-    Opens();
-    Ends();
-}
-
-INSTANTIATE_TEST_SUITE_P(Such, Protocol20DoesNotSupport,
-                         testing::Values("XML", "ok", "EVENT_LISTS", "EVEN", "GET_FILE", "DONE"),
-                         [](const auto& row) { return std::string(row.param); });
-
-TEST_F(Protocol20, IgnoresAMessageWithoutAName) {
-    Start();
-    dvr->Sends("<msg protocolVersion=\"2.0\"/>");
-    harness->Logs(1, "INVALID XML RECEIVED");
-    Opens();
-    Ends();
-}
-
-TEST_F(Protocol20, AbortsWithoutALogLineAtAnotherTopElement) {
-    Start();
-    dvr->Sends("<message req=\"OK\"/>");
-    harness->EndsBySignal(SIGABRT);
-    EXPECT_EQ("", harness->StandardError());
-    dvr->ReceivesEnd();
-}
-
-TEST_F(Protocol20, AbortsWithoutALogLineAtACommentOfThatName) {
-    Start();
-    dvr->Sends("<!--msg--><msg req=\"OK\"/>");
-    harness->EndsBySignal(SIGABRT);
-    EXPECT_EQ("", harness->StandardError());
-}
-
-TEST_F(Protocol20, DiesOfAMalformedMessage) {
-    Start();
-    dvr->Sends("<msg req=\"OK\">\n  <broken>\n</msg>");
-    harness->Logs(1, "error: 1:Error reading end tag.");
-    harness->Logs(1, "row: 3:1");
-    Dies(kHandleMessage, "not incomingMessage.Error()");
 }
 
 }  // namespace

@@ -15,10 +15,12 @@ TEST_F(Interrupt, StopsItBeforeAnyClient) {
     EXPECT_EQ("", running.StandardError());
 }
 
-TEST_F(Interrupt, StopsItWhileAClientIsSilent) {
-    Connect();
-    Opens();
-    Ends();
+TEST_F(Interrupt, StopsItAlsoWhereTheShellIgnoresIt) {
+    Launch inBackground;
+    inBackground.interruptIgnored = true;
+    Harness running({}, inBackground);
+    running.Listens();
+    running.StopsOnInterrupt();
 }
 
 TEST_F(Interrupt, ShutsBothSocketsDown) {

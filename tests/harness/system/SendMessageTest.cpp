@@ -8,66 +8,6 @@ namespace {
 
 const char* const kSendMessage = "void VelProtocolBase::SendMessage(TiXmlDocument&)";
 
-struct Sent {
-    std::size_t size;  // of the text
-    std::string prefix;
-    std::vector<std::string> trace;       // of the prefix
-    std::string wrongPrefix;              // with -z
-    std::vector<std::string> wrongTrace;  // with -z
-    std::size_t announced;                // with -z
-};
-
-std::ostream& operator<<(std::ostream& out, const Sent& sent) {
-    return out << sent.size << " bytes";
-}
-
-class SendMessageOfSize : public Dialect20, public testing::WithParamInterface<Sent> {
- protected:
-    /// The harness sends back an identifier of any length, and so a message of any size.
-    std::string Provoke() {
-        std::string text = v2::NextEvent(std::string(GetParam().size - v2::NextEvent("").size(), 'i'));
-        dvr->Sends(EventList({std::string(GetParam().size - v2::NextEvent("").size(), 'i')}));
-        harness->Logs(16, "'source' attribute = 'DVR'");
-        return text;
-    }
-
-    void LogsTrace(const std::vector<std::string>& trace) {
-        for (std::size_t index = 0; index < trace.size(); ++index) {
-            harness->LogsInFull({{64, "hdr[" + std::to_string(index) + "]= " + trace[index]}});
-        }
-    }
-};
-
-TEST_P(SendMessageOfSize, AnnouncesItsSize) {
-    Start();
-    const std::string text = Provoke();
-    dvr->ReceivesBytes(GetParam().prefix + text);
-    LogsTrace(GetParam().trace);
-    Ends();
-}
-
-TEST_P(SendMessageOfSize, AnnouncesHalfAsMuchAgainOnDemand) {
-    Start({"-z"});
-    const std::string text = Provoke();
-    dvr->ReceivesBytes(GetParam().wrongPrefix + text);
-    LogsTrace(GetParam().wrongTrace);
-    harness->LogsInFull({{8, "sent: size= " + std::to_string(GetParam().wrongPrefix.size()) + "/" +
-                                 std::to_string(GetParam().announced) + "/" + std::to_string(text.size()) +
-                                 "  '" + text + "'"}});
-    Ends();
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Of, SendMessageOfSize,
-    testing::Values(Sent{85, "\x55", {"55"}, "\x7f", {"7f"}, 127},
-                    Sent{86, "\x56", {"56"}, "\x81\x01", {"81", "1"}, 129},
-                    Sent{127, "\x7f", {"7f"}, "\xbe\x01", {"be", "1"}, 190},
-                    Sent{128, "\x80\x01", {"80", "1"}, "\xc0\x01", {"c0", "1"}, 192},
-                    Sent{300, "\xac\x02", {"ac", "2"}, "\xc2\x03", {"c2", "3"}, 450},
-                    Sent{16383, "\xff\x7f", {"ff", "7f"}, "\xfe\xbf\x01", {"fe", "bf", "1"}, 24574},
-                    Sent{16384, "\x80\x80\x01", {"80", "80", "1"}, "\x80\xc0\x01", {"80", "c0", "1"}, 24576}),
-    [](const auto& row) { return std::to_string(row.param.size) + "Bytes"; });
-
 using SizeError = Dialogue;
 
 TEST_F(SizeError, ActsOnEveryFrameOf10) {

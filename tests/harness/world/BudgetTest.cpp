@@ -7,8 +7,6 @@
 
 namespace {
 
-const char* const kMain = "int main(int, char**)";
-
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 

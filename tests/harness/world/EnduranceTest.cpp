@@ -30,7 +30,7 @@ long ResidentSize(const Process& process) {
 constexpr long kFlat = 16;  // kB; losing 32 bytes with each of 1000 messages is more
 
 /// A harness without its pauses (NoPause.cpp) and without a log, whose DVR sends many messages at a time.
-class Endurance : public Dialogue {
+class Endurance : public Dialect10 {
  protected:
     void StartWithoutPauses(const std::vector<std::string>& switches) {
         setenv("LD_PRELOAD", VELLORAN_NO_PAUSE, 1);
@@ -41,11 +41,6 @@ class Endurance : public Dialogue {
         unsetenv("LD_PRELOAD");
         harness->Listens();
         dvr.emplace();
-    }
-
-    void OpensWithoutLog() {
-        dvr->Sends(Ok());
-        dvr->Receives(v1::kGetXml);
     }
 
     void Stops() {
@@ -89,7 +84,7 @@ class Endurance : public Dialogue {
 TEST_F(Endurance, LeaksNoDescriptorOverManyConnections) {
     StartWithoutPauses({});
     const int connections = NumberOr(100, "VELLORAN_CONNECTIONS");
-    OpensWithoutLog();
+    OpensUnseen();
     const std::vector<int> descriptors = harness->GetProcess().Descriptors();
     for (int count = 1; count < connections; ++count) {
         dvr->SendsBytes(Frame(Ok()) + Frame(Xml({Description("E1", {"m1"})})) +
@@ -97,7 +92,7 @@ TEST_F(Endurance, LeaksNoDescriptorOverManyConnections) {
         ASSERT_TRUE(dvr->IsClosedBefore(Clock::now() + kPatience)) << "after " << count << " connections";
         dvr.emplace();
     }
-    OpensWithoutLog();
+    OpensUnseen();
     EXPECT_EQ(descriptors, harness->GetProcess().Descriptors());
     std::cout << "figure: " << descriptors.size() << " descriptors on the first connection, "
               << harness->GetProcess().Descriptors().size() << " on the " << connections << "th\n";

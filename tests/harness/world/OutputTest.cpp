@@ -9,41 +9,6 @@
 
 namespace {
 
-/// The descriptors of a pipe that replaces the harness's standard output.
-class OutputPipe {
- public:
-    OutputPipe() { EXPECT_EQ(0, pipe2(ends_, O_CLOEXEC)); }
-    ~OutputPipe() {
-        close(ends_[0]);
-        close(ends_[1]);
-    }
-    OutputPipe(const OutputPipe&) = delete;
-    OutputPipe& operator=(const OutputPipe&) = delete;
-
-    int WriteEnd() const { return ends_[1]; }
-
-    /// Nobody reads it any more, and nobody will.
-    void LosesItsReader() {
-        close(ends_[0]);
-        ends_[0] = -1;
-    }
-
- private:
-    int ends_[2] = {-1, -1};
-};
-
-/// An export up to the end of the connection, in steps that see no log.
-void ExportsE1WithoutLog(ScriptedDvr& dvr) {
-    dvr.Sends(Ok());
-    dvr.Receives(v1::kGetXml);
-    dvr.Sends(Xml({Description("E1", {"m1"})}));
-    dvr.Receives(v1::GetFile("E1", "m1"));
-    dvr.Sends(FileComplete("E1", "m1"));
-    dvr.Receives(v1::EventXferComplete({"E1"}));
-    dvr.Receives(v1::kDone);
-    dvr.ReceivesEnd();
-}
-
 TEST_F(SmallPipe, ThatIsFullHoldsTheDialogueUntilItIsReadAndCostsNoLine) {
     ConnectWithASmallPipe();
     IsFilled();
@@ -84,34 +49,34 @@ TEST_F(Output, ThatTakesNothingCostsItsLinesOnly) {
     const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
     ConnectWithOutput(full);
     close(full);
-    ExportsE1WithoutLog(*dvr);
+    ExportsE1Unseen();
     Reconnect();
-    dvr->Sends(Ok());
-    dvr->Receives(v1::kGetXml);
+    OpensUnseen();
     harness->GetsSignal(SIGINT);
     harness->EndsWithStatus(44);
     EXPECT_EQ("", harness->StandardError());
 }
 
-TEST_F(Output, WhoseReaderIsGoneCostsItsLinesOnly) {
-    OutputPipe pipe;
-    ConnectWithOutput(pipe.WriteEnd());
-    dvr->Sends(Ok());
-    dvr->Receives(v1::kGetXml);
-    pipe.LosesItsReader();
-    dvr->Sends(Ok());
-    dvr->Receives(v1::kGetXml);
+class OutputWhoseReaderIsGone : public Output {
+ protected:
+    void SetUp() override {
+        int ends[2];
+        ASSERT_EQ(0, pipe2(ends, O_CLOEXEC));
+        ConnectWithOutput(ends[1]);
+        close(ends[1]);
+        OpensUnseen();
+        close(ends[0]);
+    }
+};
+
+TEST_F(OutputWhoseReaderIsGone, CostsItsLinesOnly) {
+    OpensUnseen();
     harness->GetsSignal(SIGINT);
     harness->EndsWithStatus(44);
     EXPECT_EQ("", harness->StandardError());
 }
 
-TEST_F(Output, WhoseReaderIsGoneLeavesTheBrokenPipeToThePeer) {
-    OutputPipe pipe;
-    ConnectWithOutput(pipe.WriteEnd());
-    dvr->Sends(Ok());
-    dvr->Receives(v1::kGetXml);
-    pipe.LosesItsReader();
+TEST_F(OutputWhoseReaderIsGone, LeavesTheBrokenPipeToThePeer) {
     dvr->Sends(Ok());
     dvr->HangsUp();
     harness->EndsBySignal(SIGPIPE);

@@ -23,6 +23,7 @@ class ShellCommand : public FaultsOfTheLastFile {
         ReachLastFile({"-t"}, launch);
         harness->Logs(32, "processing 'transportException' option");
         ASSERT_TRUE(Until([] { return FileExists("/mnt/started"); }));
+        EXPECT_FALSE(dvr->HasSomethingToRead()) << "requested before the marker is set";
     }
 
     static void Ends() { std::ofstream("/mnt/gate") << "open\n"; }

@@ -16,7 +16,7 @@ TEST(ValidText, KeepsWhatDocumentsMayHold) {
     }
 }
 
-TEST(ValidText, ReplacesBytesThatAreNoUtf8) {
+TEST(ValidText, ReplacesBytesThatAreNotUtf8) {
     EXPECT_EQ(ValidText("a\xff"
                         "b"),
               "a" + kReplaced + "b");
@@ -30,7 +30,7 @@ TEST(ValidText, ReplacesControlCharacters) {
     EXPECT_EQ(ValidText("\x01\x1b\r\x7f\xc2\x85"), kReplaced + kReplaced + kReplaced + kReplaced + kReplaced);
 }
 
-TEST(ValidText, ReplacesWhatIsNoCharacter) {
+TEST(ValidText, ReplacesNoncharacters) {
     EXPECT_EQ(ValidText("\xef\xbf\xbe \xef\xb7\x90"), kReplaced + " " + kReplaced);
 }
 

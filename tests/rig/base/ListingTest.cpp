@@ -8,7 +8,7 @@ const rig::Listing kListing{
     {"name", "does", "logs"},
     {{"one", "a few words that need more than a line", "\"x: \""}, {"two", "less", ""}}};
 
-TEST(Listing, GivesEachNameItsCellsInLinesOfTheWidth) {
+TEST(Listing, WrapsTheCellsOfEachNameAtTheWidth) {
     EXPECT_EQ(rig::AsText(kListing, 24),
               "one\n"
               "    does: a few words\n"
@@ -20,7 +20,7 @@ TEST(Listing, GivesEachNameItsCellsInLinesOfTheWidth) {
               "    logs:\n");
 }
 
-TEST(Listing, HasALongWordOnALineOfItsOwn) {
+TEST(Listing, PutsALongWordOnItsOwnLine) {
     EXPECT_EQ(rig::AsText({{"", "does"}, {{"one", "unbreakable"}}}, 8),
               "one\n"
               "    does:\n"

@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(Printable, EscapesWhatCouldForgeALineOrSteerATerminal) {
+TEST(Printable, EscapesWhatCouldForgeALineOrControlATerminal) {
     EXPECT_EQ(rig::Printable("a\nb\rc\td\\e\x1b[0m\x7f" + std::string(1, '\0')),
               "a\\nb\\rc\\td\\\\e\\x1b[0m\\x7f\\x00");
 }

@@ -31,13 +31,13 @@ TEST(ProgressBar, StaysOnOneLineOfAnyTerminal) {
     EXPECT_EQ(ProgressBar("n", 1'000'000, 4'000'000, 30), " 25 %  1.0 of 4.0 MB");
 }
 
-TEST(ProgressBar, CutsANameBetweenItsCharacters) {
+TEST(ProgressBar, CutsANameBetweenCharacters) {
     EXPECT_EQ(ProgressBar("M\xc3\xbcnchen", 0, 0, 46), "M [====================] 100 %  0.0 of 0.0 MB");
     EXPECT_EQ(ProgressBar("M\xc3\xbcnchen", 0, 0, 47),
               "M\xc3\xbc [====================] 100 %  0.0 of 0.0 MB");
 }
 
-TEST(ProgressBar, KeepsItsLineWhateverAFileIsCalled) {
+TEST(ProgressBar, StaysOnOneLineWhateverAFileIsCalled) {
     EXPECT_EQ(ProgressBar("a\n\033[2J", 0, 0, 79),
               "a\\n\\x1b[2J [====================] 100 %  0.0 of 0.0 MB");
 }

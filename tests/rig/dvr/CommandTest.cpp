@@ -34,7 +34,7 @@ INSTANTIATE_TEST_SUITE_P(
         UsageCase{"PortTooHigh",
                   {"dvr", "--port", "65536"},
                   " dvr: --port: expected a number from 1 to 65535, found '65536'" + kMoreDvrHelp},
-        UsageCase{"PortNoNumber",
+        UsageCase{"PortNotANumber",
                   {"dvr", "--port", "5001x"},
                   " dvr: --port: expected a number from 1 to 65535, found '5001x'" + kMoreDvrHelp},
         UsageCase{"PortForgesALine",
@@ -81,17 +81,17 @@ TEST(Command, RefusesAnEmptyRecordingsFolder) {
     const ProgramResult result = RunRig({"dvr", "--recordings", folder.Path().string()});
     EXPECT_EQ(result.status, 64);
     EXPECT_EQ(result.errors, "velloran-rig dvr: --recordings: expected a folder for each event, found '" +
-                                 folder.Path().string() + "': it has no folder in it\n");
+                                 folder.Path().string() + "': there is none in it\n");
 }
 
-TEST(Command, TellsItsVersion) {
+TEST(Command, PrintsItsVersion) {
     const ProgramResult result = RunRig({"--version"});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.output, "velloran-rig " VELLORAN_VERSION "\n");
     EXPECT_EQ(result.errors, "");
 }
 
-TEST(Command, TellsItsOptions) {
+TEST(Command, PrintsItsOptions) {
     const ProgramResult all = RunRig({"--help"});
     EXPECT_EQ(all.status, 0);
     EXPECT_NE(all.output.find("dvr"), std::string::npos) << all.output;
@@ -150,7 +150,7 @@ TEST(Command, EndsWithStatus1WhenAPrefixAnnouncesTooMuch) {
     });
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors,
-              "velloran-rig dvr: expected GET_XML or UPDATE_CONFIGURATION, found a message that stays "
+              "velloran-rig dvr: expected GET_XML or UPDATE_CONFIGURATION, found a message that remained "
               "unfinished for 100 ms: announced 30, got 20\n");
 }
 
@@ -175,7 +175,7 @@ TEST(Command, EndsWithStatus0AfterARefusedConfiguration) {
     });
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, "");
-    EXPECT_NE(LastLine(result.output).find("the configuration update is refused, and nothing more is due"),
+    EXPECT_NE(LastLine(result.output).find("refused the configuration update, which ends the dialogue"),
               std::string::npos)
         << result.output;
 }

@@ -27,9 +27,9 @@ constexpr Milliseconds kShort(50);
 /// A connection whose other end the test controls.
 class ConnectionTest : public testing::Test {
  protected:
-    ConnectionTest() {
+    explicit ConnectionTest(int type = SOCK_STREAM) {
         int ends[2] = {-1, -1};
-        EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
+        EXPECT_EQ(socketpair(AF_UNIX, type, 0, ends), 0);
         connection_ = std::make_unique<Connection>(Descriptor(ends[0]));
         peer_ = Descriptor(ends[1]);
     }
@@ -59,25 +59,25 @@ TEST_F(ConnectionTest, ReceivesFramesOneByOne) {
     EXPECT_EQ(connection_->Receive(Clock::now() + kLong, kLong), "bc");
 }
 
-TEST_F(ConnectionTest, LooksOnceEvenWhenTheDeadlineHasPassed) {
+TEST_F(ConnectionTest, ChecksOnceEvenAfterTheDeadline) {
     PeerSends(
         "\x01"
         "a");
     EXPECT_EQ(connection_->Receive(Clock::now() - kShort, kLong), "a");
 }
 
-TEST_F(ConnectionTest, GivesNothingWhenNoFrameBeginsInTime) {
+TEST_F(ConnectionTest, ReturnsNothingWhenNoFrameBeginsInTime) {
     const auto start = Clock::now();
     EXPECT_EQ(connection_->Receive(start + kShort, kLong), std::nullopt);
     EXPECT_GE(Clock::now(), start + kShort);
 }
 
-TEST_F(ConnectionTest, ReportsAMessageThatStaysUnfinished) {
+TEST_F(ConnectionTest, ReportsAMessageThatRemainsUnfinished) {
     PeerSends(
         "\x09"
         "123456");
     EXPECT_EQ(BreachOf([&] { connection_->Receive(Clock::now() + kLong, kShort); }),
-              "a message that stays unfinished for 50 ms: announced 9, got 6");
+              "a message that remained unfinished for 50 ms: announced 9, got 6");
 }
 
 TEST_F(ConnectionTest, ReportsTheEndOfTheConnection) {
@@ -95,7 +95,7 @@ TEST_F(ConnectionTest, ReportsTheEndOfTheConnectionInsideAMessage) {
               "the end of the connection inside a message: announced 9, got 6");
 }
 
-TEST_F(ConnectionTest, GivesAWholeFrameBeforeItReportsTheEnd) {
+TEST_F(ConnectionTest, ReturnsAWholeFrameBeforeItReportsTheEnd) {
     PeerSends(
         "\x01"
         "a");
@@ -106,10 +106,10 @@ TEST_F(ConnectionTest, GivesAWholeFrameBeforeItReportsTheEnd) {
 TEST_F(ConnectionTest, ReportsAPeerThatIsGoneWhenItSends) {
     peer_.Close();
     EXPECT_EQ(BreachOf([&] { connection_->Send("bytes", kLong); }),
-              "the end of the connection when 0 of 5 bytes were sent");
+              "the end of the connection after 0 of 5 bytes were sent");
 }
 
-TEST_F(ConnectionTest, ReportsAPeerThatTakesNothing) {
+TEST_F(ConnectionTest, ReportsAPeerThatReadsNothing) {
     const std::string much(64 << 20, 'x');
     const std::string failure = FailureOf(ExitStatus::NothingCame, [&] { connection_->Send(much, kShort); });
     EXPECT_NE(failure.find("expected the harness to take 67108864 bytes of a message"), std::string::npos)
@@ -118,14 +118,9 @@ TEST_F(ConnectionTest, ReportsAPeerThatTakesNothing) {
 }
 
 /// A connection that keeps separate sends separate.
-class PiecesTest : public testing::Test {
+class PiecesTest : public ConnectionTest {
  protected:
-    PiecesTest() {
-        int ends[2] = {-1, -1};
-        EXPECT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends), 0);
-        connection_ = std::make_unique<Connection>(Descriptor(ends[0]));
-        peer_ = Descriptor(ends[1]);
-    }
+    PiecesTest() : ConnectionTest(SOCK_SEQPACKET) {}
 
     /// @return the pieces that were sent, up to the end of the connection
     std::vector<std::string> Pieces() {
@@ -137,9 +132,6 @@ class PiecesTest : public testing::Test {
         }
         return pieces;
     }
-
-    std::unique_ptr<Connection> connection_;
-    Descriptor peer_;
 };
 
 TEST_F(PiecesTest, AreAsLongAsAskedForAndTheLastOneIsTheRest) {
@@ -156,7 +148,7 @@ TEST_F(PiecesTest, AreNotMadeUnlessAskedFor) {
     EXPECT_EQ(Pieces(), std::vector<std::string>{"12345678"});
 }
 
-TEST_F(PiecesTest, HavePausesBetweenThemAlone) {
+TEST_F(PiecesTest, HavePausesOnlyBetweenThem) {
     connection_->SendInPieces(2, Milliseconds(20));
     const auto start = Clock::now();
     connection_->Send("12345", kLong);
@@ -175,7 +167,7 @@ TEST_F(PiecesTest, EndWhenThePeerLeavesInAPause) {
         peer_.Close();
     });
     EXPECT_EQ(BreachOf([&] { connection_->Send("12345", kLong); }),
-              "the end of the connection when 2 of 5 bytes were sent");
+              "the end of the connection after 2 of 5 bytes were sent");
     peer.join();
     EXPECT_LT(Clock::now() - start, kLong);
 }

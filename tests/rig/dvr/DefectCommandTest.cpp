@@ -5,9 +5,8 @@
 
 #include "rig/dvr/defects/Defect.h"
 #include "rig/protocol/Catalogue.h"
-#include "tests/rig/dvr/Backend.h"
+#include "tests/rig/dvr/ScriptedExport.h"
 #include "tests/rig/dvr/UsageError.h"
-#include "tests/support/Program.h"
 #include "tests/support/TemporaryFolder.h"
 
 // --defect and what goes with it, on the command line of the built program.
@@ -20,7 +19,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         UsageCase{"OtherDialect",
                   {"dvr", "--defect", "missing-hash"},
-                  " dvr: --defect missing-hash: expected protocol 2.0, which alone can show it, found "
+                  " dvr: --defect missing-hash: expected protocol 2.0, the only one that can show it, found "
                   "protocol 1.0"},
         UsageCase{"OtherMessage",
                   {"dvr", "--protocol", "2", "--defect", "missing-hash", "--on", "EVENT"},
@@ -28,16 +27,16 @@ INSTANTIATE_TEST_SUITE_P(
         UsageCase{"ValueWhereNoneIsTaken",
                   {"dvr", "--defect", "double=2"},
                   " dvr: --defect double: expected no value, found '2'"},
-        UsageCase{"ValueThatIsNoCount",
+        UsageCase{"ValueThatIsNotACount",
                   {"dvr", "--defect", "garble=0"},
                   " dvr: --defect garble: expected a number of bytes above 0, found '0'"},
-        UsageCase{"ValueThatIsNoPlace",
+        UsageCase{"ValueThatIsNotAPlace",
                   {"dvr", "--defect", "close=soon"},
                   " dvr: --defect close: expected a number of bytes, 'all' or 'random', found 'soon'"},
         UsageCase{"OccurrenceZero",
                   {"dvr", "--defect", "close", "--on", "XML:0"},
                   " dvr: --on: expected MESSAGE or MESSAGE:N with N above 0, found 'XML:0'"},
-        UsageCase{"OccurrenceNoNumber",
+        UsageCase{"OccurrenceNotANumber",
                   {"dvr", "--defect", "close", "--on", "XML:1x"},
                   " dvr: --on: expected MESSAGE or MESSAGE:N with N above 0, found 'XML:1x'"},
         UsageCase{"OccurrenceOfNothing",
@@ -60,7 +59,7 @@ INSTANTIATE_TEST_SUITE_P(
         UsageCase{"PlaceWithoutDefect",
                   {"dvr", "--at", "EVT-0001"},
                   " dvr: --at: expected a --defect before it, found none" + kMoreDvrHelp},
-        UsageCase{"SeedNoNumber",
+        UsageCase{"SeedNotANumber",
                   {"dvr", "--seed", "0x1"},
                   " dvr: --seed: expected a number from 0 to 4294967295, found '0x1'" + kMoreDvrHelp},
         UsageCase{"SeedTooHigh",
@@ -98,17 +97,14 @@ TEST(DefectCommand, ListsTheMessagesThatDefectsMayActOn) {
 }
 
 /// Runs the DVR against a backend that reads `OK`, asks for the descriptions and reads them.
-ProgramResult PlayToXml(Arguments options, std::string* descriptions = nullptr) {
-    Backend backend([descriptions](BackendConnection& connection) {
-        connection.Read();
-        connection.Send(R"(<msg req="GET_XML"/>)");
-        const std::string text = connection.Read();
+ProgramResult PlayToXml(const Arguments& options, std::string* descriptions = nullptr) {
+    return PlayDvr(options, [descriptions](BackendConnection& backend) {
+        backend.Read();
+        const std::string text = RequestOf(backend, kGetXml);
         if (descriptions != nullptr) {
             *descriptions = text;
         }
     });
-    options.insert(options.begin(), {"dvr", "--port", std::to_string(backend.Port())});
-    return RunRig(options);
 }
 
 TEST(DefectCommand, PrintsTheSeedThatRepeatsTheRun) {
@@ -122,7 +118,7 @@ TEST(DefectCommand, PrintsTheSeedThatRepeatsTheRun) {
     EXPECT_NE(first.size(), 0U);
 }
 
-TEST(DefectCommand, TakesASeedWithALeadingZeroForADecimalOne) {
+TEST(DefectCommand, ReadsASeedWithALeadingZeroAsDecimal) {
     EXPECT_NE(
         PlayToXml({"--defect", "double", "--on", "XML:0009", "--seed", "010"}).output.find(" seed 10\n"),
         std::string::npos);
@@ -135,7 +131,7 @@ TEST(DefectCommand, MarksWhatADefectHasDone) {
         << result.output;
 }
 
-TEST(DefectCommand, TakesColonsInTheNameOfAnEvent) {
+TEST(DefectCommand, AcceptsColonsInTheNameOfAnEvent) {
     const TemporaryFolder folder;
     folder.Write("21:05:00/a.ts", "a");
     folder.Write("21/b.ts", "b");

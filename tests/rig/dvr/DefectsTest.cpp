@@ -23,7 +23,7 @@ using rig::dvr::Outgoing;
 Sent Apply(const std::string& defect, const HonestMessage& honest) {
     const FixedRecordings recordings;
     Injector injector(recordings, honest.dialect, 0);
-    injector.Add(defect, {});
+    injector.AddDefect(defect, {});
     const Outgoing outgoing = injector.Prepare(Message::Parse(honest.text));
     Sent sent{outgoing.dropped ? "" : injector.Frame(outgoing), {}, {}, ""};
     for (const Message& message : outgoing.before) {
@@ -85,11 +85,11 @@ TEST(DefectKinds, AreAllTested) {
         EXPECT_EQ(Expectations().count(kind.name), 1U) << kind.name;
         EXPECT_TRUE(std::any_of(HonestMessages().begin(), HonestMessages().end(),
                                 [&](const HonestMessage& honest) { return ActsOn(kind, honest); }))
-            << kind.name << " acts on no message";
+            << kind.name << " does not act on any message";
     }
 }
 
-TEST(DefectKinds, PassOverWhatTheyCannotActOn) {
+TEST(DefectKinds, IgnoreWhatTheyCannotActOn) {
     for (const DefectKind& kind : rig::dvr::DefectKinds()) {
         for (const HonestMessage& honest : HonestMessages()) {
             if (!ActsOn(kind, honest) &&
@@ -100,7 +100,7 @@ TEST(DefectKinds, PassOverWhatTheyCannotActOn) {
     }
 }
 
-TEST(DefectKinds, AreListedWithAllThatPeopleNeed) {
+TEST(DefectKinds, AreListedWithEverythingPeopleNeed) {
     const std::string list = rig::AsMarkdown(rig::dvr::ListDefects());
     EXPECT_EQ(std::count(list.begin(), list.end(), '\n'),
               2 + static_cast<long>(rig::dvr::DefectKinds().size()));
@@ -116,7 +116,7 @@ TEST(DefectKinds, AreListedWithAllThatPeopleNeed) {
     }
 }
 
-TEST(DefectKinds, HaveNamesAndWordsOfTheirOwn) {
+TEST(DefectKinds, HaveUniqueNamesAndWords) {
     std::map<std::string, int> names;
     for (const DefectKind& kind : rig::dvr::DefectKinds()) {
         EXPECT_EQ(++names[kind.name], 1) << kind.name;

@@ -96,14 +96,14 @@ TEST_F(DeliverCommandTest, RefusesToDeliverIntoTheRecordings) {
             RunRig({"dvr", "--recordings", From().string(), "--deliver", folder.string()});
         EXPECT_EQ(result.status, 64);
         EXPECT_EQ(result.errors,
-                  "velloran-rig dvr: --deliver: expected a folder outside of --recordings, found '" +
+                  "velloran-rig dvr: --deliver: expected a folder outside --recordings, found '" +
                       folder.string() + "'\n");
         EXPECT_EQ(result.output, "");
     }
     EXPECT_EQ(std::distance(fs::recursive_directory_iterator(From()), fs::recursive_directory_iterator()), 2);
 }
 
-TEST_F(DeliverCommandTest, DeliversBesideTheRecordings) {
+TEST_F(DeliverCommandTest, DeliversNextToTheRecordings) {
     Record("E", "a", "content");
     const fs::path beside = folder_.Path() / "from-copies";
     PlayDvr20({"--recordings", From().string(), "--deliver", beside.string()},
@@ -211,7 +211,7 @@ TEST_P(EndedBySignalTest, LeavesNothingTemporary) {
 
 INSTANTIATE_TEST_SUITE_P(Signals, EndedBySignalTest, testing::Values(SIGHUP, SIGINT, SIGTERM));
 
-TEST_F(DeliverCommandTest, LeavesASignalAloneThatItWasStartedToIgnore) {
+TEST_F(DeliverCommandTest, RespectsASignalThatItWasStartedToIgnore) {
     Record("E", "a", std::string(30'000, 'x'));
     std::promise<pid_t> process;
     const ProgramResult result = PlayDvr20(

@@ -99,7 +99,7 @@ TEST_F(DeliveryTest, ReplacesAnEarlierCopyAsAWhole) {
     EXPECT_EQ(FilesIn(Place()), (Files{{"EVT1/a.ts", "a.ts"}}));
 }
 
-TEST_F(DeliveryTest, IsAsReadableAsAnyNewFile) {
+TEST_F(DeliveryTest, HasTheModeOfAnyNewFile) {
     const DeliveryFolder folder(Place(), recordings_);
     folder_.Write("other", "");
     Delivery delivery(folder, "EVT1", "a.ts");
@@ -108,7 +108,7 @@ TEST_F(DeliveryTest, IsAsReadableAsAnyNewFile) {
               fs::status(folder_.Path() / "other").permissions());
 }
 
-TEST_F(DeliveryTest, TakesAnyNameThatStaysInTheFolder) {
+TEST_F(DeliveryTest, AcceptsAnyNameThatStaysInTheFolder) {
     for (const std::string& name :
          std::vector<std::string>{" a  \"b\" & 'c' <d>", "M\xc3\xbcnchen", std::string(255, 'n'), "...",
                                   "..a", "a\nb", "-rf", "\\"}) {
@@ -145,7 +145,7 @@ TEST_F(DeliveryTest, RefusesEventsThatCannotNameAFolder) {
     for (const std::string& name : std::vector<std::string>{"..", ".", "", "/etc", "a/b", "../a"}) {
         EXPECT_EQ(
             FailureOf(ExitStatus::Unusable, [&] { DeliveryFolder(Place(), NamedRecordings(name, "a.ts")); }),
-            "--deliver: expected events that can be the name of a folder, found '" + name + "'");
+            "--deliver: expected events that can name a folder, found '" + name + "'");
     }
     EXPECT_FALSE(fs::exists(Place())) << "nothing is created for recordings that cannot be delivered";
 }
@@ -184,7 +184,7 @@ TEST_F(DeliveryTest, RefusesToReplaceAFolderByAFile) {
     EXPECT_EQ(FilesIn(Place()), Files());
 }
 
-/// Limits the files of this process to so many bytes.
+/// Limits the size of this process's files.
 class FileSizeLimit {
  public:
     explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {

@@ -89,7 +89,7 @@ TEST_F(Dialogue10Test, IsDoneAfterTheListOfEventsAndDone) {
     EXPECT_EQ(dialogue_.Summary(), "exported 2 of 2 events, 5 files, 22 bytes");
 }
 
-TEST_F(Dialogue10Test, TakesEventsOfEarlierExportsAheadOfItsOwn) {
+TEST_F(Dialogue10Test, AcceptsEventsOfEarlierExportsBeforeItsOwn) {
     TransferAll();
     Handle(R"(<msg req="EVENT_XFER_COMPLETE"><events><string>OLD</string><string>EVT1</string>)"
            R"(<string>EVT2</string></events></msg>)");
@@ -102,7 +102,7 @@ TEST_F(Dialogue10Test, RefusesAConfigurationAndIsDone) {
     EXPECT_EQ(answers, (std::vector<std::string>{R"(<msg req="CONFIGURATION_UPDATE_ERROR"/>)"}));
     EXPECT_TRUE(dialogue_.IsDone());
     EXPECT_EQ(dialogue_.Summary(),
-              "exported nothing: the configuration update is refused, and nothing more is due");
+              "exported nothing: refused the configuration update, which ends the dialogue");
 }
 
 TEST_F(Dialogue10Test, WantsAConfigurationThatIsADocument) {
@@ -124,8 +124,8 @@ TEST_F(Dialogue10Test, RefusesAVersion) {
 
 TEST_F(Dialogue10Test, RefusesWrongAttributesAndContents) {
     EXPECT_EQ(Breach(R"(<msg req="GET_XML" more="x"/>)"), "GET_XML with an unknown attribute 'more'");
-    EXPECT_EQ(Breach(R"(<msg req="GET_XML" req="GET_XML"/>)"), "GET_XML with two attributes 'req'");
-    EXPECT_EQ(Breach(R"(<msg req="GET_XML"><events/></msg>)"), "GET_XML with something inside its 'msg'");
+    EXPECT_EQ(Breach(R"(<msg req="GET_XML" req="GET_XML"/>)"), "GET_XML with the attribute 'req' twice");
+    EXPECT_EQ(Breach(R"(<msg req="GET_XML"><events/></msg>)"), "GET_XML with content in 'msg'");
     Handle(R"(<msg req="GET_XML"/>)");
     EXPECT_EQ(Breach(R"(<msg req="GET_FILE" file="a.ts"/>)"), "GET_FILE without its attribute 'path'");
     EXPECT_EQ(Breach(R"(<msg req="GET_FILE" path="EVT1"/>)"), "GET_FILE without its attribute 'file'");

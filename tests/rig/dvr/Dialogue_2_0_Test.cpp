@@ -132,7 +132,7 @@ TEST_F(Dialogue20Test, ReportsAFailedTransferWhileTheMarkerExists) {
     EXPECT_TRUE(dialogue_.IsTransferring());
 }
 
-TEST_F(Dialogue20Test, RefusesAnUnknownFileAlsoWhileTheMarkerExists) {
+TEST_F(Dialogue20Test, RefusesAnUnknownFileEvenWhileTheMarkerExists) {
     Start("EVT1");
     folder_.Write("velloranFail", "");
     EXPECT_EQ(Handle(GetFile("EVT1", "s")),
@@ -189,12 +189,12 @@ TEST_F(Dialogue20Test, IsDoneWithAnyNumberOfEventsAcknowledged) {
     EXPECT_EQ(dialogue_.Summary(), "exported 1 of 2 events, 2 files, 9 bytes");
 }
 
-TEST_F(Dialogue20Test, TakesADurationInDone) {
+TEST_F(Dialogue20Test, AcceptsADurationInDone) {
     Handle(kListRequest);
     Export2();
     for (const std::string duration : {"0", "", "-1", "soon", "1.5"}) {
         EXPECT_EQ(Breach(R"(<msg req="DONE" protocolVersion="2.0" duration=")" + duration + R"("/>)"),
-                  "DONE with a duration of '" + duration + "' instead of a number of minutes above 0");
+                  "DONE with duration '" + duration + "' instead of a number of minutes above 0");
     }
     Handle(R"(<msg req="DONE" protocolVersion="2.0" duration="30"/>)");
     EXPECT_TRUE(dialogue_.IsDone());
@@ -238,7 +238,7 @@ TEST_F(Dialogue20Test, RefusesWrongAttributes) {
     EXPECT_EQ(Breach(R"(<msg req="GET_FILE" reid="EVT1" file="a.ts" protocolVersion="2.0"/>)"),
               "GET_FILE without its attribute 'path'");
     EXPECT_EQ(Breach(R"(<msg req="GET_FILE" reid="EVT1" path="/mnt" file="a.ts" protocolVersion="2.0"/>)"),
-              "GET_FILE with path '/mnt' and another reid, 'EVT1'");
+              "GET_FILE with path '/mnt' but reid 'EVT1'");
     EXPECT_EQ(Breach(GetFile("EVT1", "a.ts", R"( rehash="false")")),
               "GET_FILE with rehash 'false' instead of 'true'");
 }

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "rig/dvr/replay/EarlierRun.h"
 #include "tests/rig/dvr/Failures.h"
@@ -110,7 +111,7 @@ TEST_F(EarlierRunTest, NamesTheSubjectsOfA20Dialogue) {
     EXPECT_EQ(run.messages[5].requests.at(0).subject, "duration=30");
 }
 
-TEST_F(EarlierRunTest, HoldsTheTextWhereThePrefixWasWrong) {
+TEST_F(EarlierRunTest, HoldsTheTextOfARequestWithAWrongPrefix) {
     HarnessLog log;
     log.Connected({"'sizeError' flag set"}).Received(kOk).Line("got an OK, sending GET_XML").Sent(31);
     log.Line(R"(sent: size= 1/31/21  '<msg req="GET_XML" />')");
@@ -162,7 +163,7 @@ TEST_F(EarlierRunTest, HasNoPausesWithoutTimes) {
     EXPECT_FALSE(Read(log.Connected().Received(kOk).Text()).timed);
 }
 
-TEST_F(EarlierRunTest, PassesOverOtherPrograms) {
+TEST_F(EarlierRunTest, IgnoresOtherPrograms) {
     HarnessLog log("Nov 20 14:03:07 rig velloran[7]: ");
     const std::string text = log.Connected().Received(kOk).Line("got an OK, sending GET_XML").Sent(21).Text();
     std::string mixed = "\n\x01\x02\n";
@@ -172,13 +173,13 @@ TEST_F(EarlierRunTest, PassesOverOtherPrograms) {
     const EarlierRun run = Read(mixed);
     ASSERT_EQ(run.messages.size(), 1U);
     EXPECT_EQ(run.messages[0].text, kOk);
-    EXPECT_FALSE(run.followed);
+    EXPECT_FALSE(run.hasOtherRuns);
 }
 
 TEST_F(EarlierRunTest, IsTheFirstRunOfTwoInARow) {
     const EarlierRun run = Read(Opened().Connected({"'protocol' option set to 2"}).Received("<msg/>").Text());
     EXPECT_EQ(run.messages.size(), 1U);
-    EXPECT_TRUE(run.followed);
+    EXPECT_TRUE(run.hasOtherRuns);
     EXPECT_FALSE(run.ended) << "how the first one ended is not in the log";
     EXPECT_EQ(run.lastLine, 6U);
     EXPECT_EQ(run.dialect, 1);
@@ -193,7 +194,7 @@ TEST_F(EarlierRunTest, IsTheFirstRunWithAMessage) {
     const EarlierRun run = Read(log.Text());
     EXPECT_EQ(run.messages.size(), 1U);
     EXPECT_EQ(run.dialect, 1);
-    EXPECT_TRUE(run.followed);
+    EXPECT_TRUE(run.hasOtherRuns);
 }
 
 TEST_F(EarlierRunTest, IsTheFirstRunOfTwoInterleavedProcesses) {
@@ -204,10 +205,10 @@ TEST_F(EarlierRunTest, IsTheFirstRunOfTwoInterleavedProcesses) {
     const EarlierRun run = Read(log.Text());
     EXPECT_EQ(run.messages.at(0).text, "<msg/>");
     EXPECT_EQ(run.dialect, 1);
-    EXPECT_TRUE(run.followed);
+    EXPECT_TRUE(run.hasOtherRuns);
 }
 
-TEST_F(EarlierRunTest, IsWholeUpToWhereTheLogIsCut) {
+TEST_F(EarlierRunTest, IsCompleteUpToWhereTheLogIsCut) {
     const std::string whole = Opened().Received("<msg/>").Line("INVALID XML RECEIVED").Text();
     const std::string head = Opened().Text();
     for (std::size_t size = head.size(); size < whole.size(); ++size) {
@@ -216,7 +217,7 @@ TEST_F(EarlierRunTest, IsWholeUpToWhereTheLogIsCut) {
         ASSERT_EQ(run.messages.size(), isWhole ? 2U : 1U) << size;
         EXPECT_EQ(run.messages[0].requests.size(), 1U);
         EXPECT_FALSE(run.ended);
-        EXPECT_EQ(run.cutMessage != 0, !isWhole && run.lastLine > 6U) << size;
+        EXPECT_EQ(run.cutMessage.has_value(), !isWhole && run.lastLine > 6U) << size;
     }
 }
 
@@ -236,9 +237,9 @@ TEST_F(EarlierRunTest, MayBeginAnywhere) {
     }
 }
 
-TEST_F(EarlierRunTest, IsNotInSomethingElse) {
+TEST_F(EarlierRunTest, NeedsALogOfTheHarness) {
     const std::string expected = ":1: expected a line of the harness's log (\"velloran:N TEXT\"), found ";
-    EXPECT_EQ(FaultOf(""), expected + "no line");
+    EXPECT_EQ(FaultOf(""), expected + "an empty log");
     EXPECT_EQ(FaultOf("hello\nyou\n"), expected + "'hello'");
     EXPECT_EQ(FaultOf("no newline"), expected + "'no newline'");
     EXPECT_EQ(FaultOf(std::string("\x7f\0\n", 3)), expected + "'\\x7f\\x00'");
@@ -247,7 +248,7 @@ TEST_F(EarlierRunTest, IsNotInSomethingElse) {
         ":1: expected a message of the DVR (\"GetMessage:incoming message, ...\") up to here, found none");
 }
 
-TEST_F(EarlierRunTest, IsNotWhereNothingCanBeRead) {
+TEST_F(EarlierRunTest, NeedsAReadableFile) {
     const std::string expected = "--replay: expected a log of the harness that can be read, found '";
     EXPECT_EQ(FailureOf(ExitStatus::Unusable, [] { rig::dvr::ReadEarlierRun("/nonexistent"); }),
               expected + "/nonexistent': No such file or directory");
@@ -255,43 +256,34 @@ TEST_F(EarlierRunTest, IsNotWhereNothingCanBeRead) {
               expected + "/': Is a directory");
 }
 
-TEST_F(EarlierRunTest, LacksNoLineInTheMiddle) {
-    const std::string ok = "<msg req=\"OK\"/>";
-    HarnessLog slice;
-    slice.Line("expecting a message of 1000 bytes").Received(ok);
-    EXPECT_EQ(FaultOf(slice.Text()),
-              ":2: expected 'GetMessage:incoming message, bytes 1 to 800:', found 'expecting a message of 15 "
-              "bytes'");
-    HarnessLog second;
-    second.Line("expecting a message of 1000 bytes");
-    second.Line("GetMessage:incoming message, bytes 801 to 1600:x");
-    EXPECT_EQ(
-        FaultOf(second.Text()),
-        ":2: expected 'GetMessage:incoming message, bytes 1 to 800:', found 'GetMessage:incoming message, "
-        "bytes 801 to 1600:x'");
-    HarnessLog cut;
-    cut.Line("expecting a message of 6 bytes").Line("GetMessage:incoming message, bytes 1 to 6:<ms");
-    EXPECT_EQ(FaultOf(cut.Text()),
-              ":2: expected 'GetMessage:incoming message, bytes 1 to 6:' and 6 bytes, found "
-              "'3 bytes: <ms'");
-    HarnessLog size;
-    size.Received(ok).Line("GetMessage:incoming message, bytes 1 to 6:<msg/>");
-    EXPECT_EQ(FaultOf(size.Text()),
-              ":4: expected 'expecting a message of N bytes', found 'GetMessage:incoming "
-              "message, bytes 1 to 6:<msg/>'");
-    HarnessLog prefix;
-    prefix.Received(ok).Line("got an OK, sending GET_XML").Received("<msg/>");
-    EXPECT_EQ(FaultOf(prefix.Text()),
-              ":5: expected 'hdr[0]= ' behind 'got an OK, sending GET_XML', as in a log "
-              "of all levels, found 'expecting a message of 6 bytes'");
-    HarnessLog byte;
-    byte.Received(ok).Line("hdr[0]= ac").Line("hdr[2]= 2");
-    EXPECT_EQ(FaultOf(byte.Text()), ":5: expected 'hdr[1]= ' and a byte in hexadecimal, found 'hdr[2]= 2'");
-    HarnessLog number;
-    number.Received(ok).Line("expecting a message of some bytes");
-    EXPECT_EQ(FaultOf(number.Text()),
-              ":4: expected 'expecting a message of N bytes', found 'expecting a message "
-              "of some bytes'");
+TEST_F(EarlierRunTest, MayNotLackALineInTheMiddle) {
+    const std::pair<HarnessLog, const char*> logs[] = {
+        {HarnessLog().Line("expecting a message of 1000 bytes").Received(kOk),
+         ":2: expected 'GetMessage:incoming message, bytes 1 to 800:', found 'expecting a message of 15 "
+         "bytes'"},
+        {HarnessLog()
+             .Line("expecting a message of 1000 bytes")
+             .Line("GetMessage:incoming message, bytes 801 to 1600:x"),
+         ":2: expected 'GetMessage:incoming message, bytes 1 to 800:', found 'GetMessage:incoming message, "
+         "bytes 801 to 1600:x'"},
+        {HarnessLog()
+             .Line("expecting a message of 6 bytes")
+             .Line("GetMessage:incoming message, bytes 1 to 6:<ms"),
+         ":2: expected 'GetMessage:incoming message, bytes 1 to 6:' and 6 bytes, found '3 bytes: <ms'"},
+        {HarnessLog().Received(kOk).Line("GetMessage:incoming message, bytes 1 to 6:<msg/>"),
+         ":4: expected 'expecting a message of N bytes', found 'GetMessage:incoming message, bytes 1 to "
+         "6:<msg/>'"},
+        {HarnessLog().Received(kOk).Line("got an OK, sending GET_XML").Received("<msg/>"),
+         ":5: expected 'hdr[0]= ' after 'got an OK, sending GET_XML', as in a log of all levels, found "
+         "'expecting a message of 6 bytes'"},
+        {HarnessLog().Received(kOk).Line("hdr[0]= ac").Line("hdr[2]= 2"),
+         ":5: expected 'hdr[1]= ' and a byte in hexadecimal, found 'hdr[2]= 2'"},
+        {HarnessLog().Received(kOk).Line("expecting a message of some bytes"),
+         ":4: expected 'expecting a message of N bytes', found 'expecting a message of some bytes'"},
+    };
+    for (const auto& [log, fault] : logs) {
+        EXPECT_EQ(FaultOf(log.Text()), fault);
+    }
 }
 
 }  // namespace

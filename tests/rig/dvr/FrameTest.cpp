@@ -21,7 +21,7 @@ std::vector<std::string> Decode(FrameDecoder& decoder, const std::string& bytes,
     std::vector<std::string> texts;
     for (std::size_t start = 0; start < bytes.size(); start += piece) {
         decoder.Append(bytes.data() + start, std::min(piece, bytes.size() - start));
-        while (std::optional<std::string> text = decoder.Next()) {
+        while (std::optional<std::string> text = decoder.NextText()) {
             texts.push_back(*text);
         }
     }
@@ -70,16 +70,16 @@ TEST(Frame, ComesBackFromPiecesOfAnySize) {
     }
 }
 
-TEST(Frame, TellsHowFarAnUnfinishedOneGot) {
+TEST(Frame, SaysHowFarAnUnfinishedOneGot) {
     FrameDecoder decoder;
     EXPECT_FALSE(decoder.InsideFrame());
     decoder.Append("\xc2", 1);
-    EXPECT_EQ(decoder.Next(), std::nullopt);
+    EXPECT_EQ(decoder.NextText(), std::nullopt);
     EXPECT_TRUE(decoder.InsideFrame());
-    EXPECT_EQ(decoder.Progress(), "an unfinished length prefix of 1 bytes");
+    EXPECT_EQ(decoder.Progress(), "an unfinished length prefix of 1 byte");
     const std::string rest = "\x03" + std::string(300, 'x');
     decoder.Append(rest.data(), rest.size());
-    EXPECT_EQ(decoder.Next(), std::nullopt);
+    EXPECT_EQ(decoder.NextText(), std::nullopt);
     EXPECT_TRUE(decoder.InsideFrame());
     EXPECT_EQ(decoder.Progress(), "announced 450, got 300");
 }
@@ -88,28 +88,28 @@ TEST(Frame, AnnouncesAtMost64MiB) {
     FrameDecoder decoder;
     const std::string most = EncodePrefix(67108864);
     decoder.Append(most.data(), most.size());
-    EXPECT_EQ(decoder.Next(), std::nullopt);
+    EXPECT_EQ(decoder.NextText(), std::nullopt);
     EXPECT_EQ(decoder.Progress(), "announced 67108864, got 0");
     FrameDecoder other;
     const std::string more = EncodePrefix(67108865);
     other.Append(more.data(), more.size());
-    EXPECT_EQ(BreachOf([&] { other.Next(); }),
-              "a length prefix that announces 67108865 bytes (at most 67108864 are taken)");
+    EXPECT_EQ(BreachOf([&] { other.NextText(); }),
+              "a length prefix that announces 67108865 bytes (at most 67108864 are accepted)");
 }
 
 TEST(Frame, RefusesAPrefixOfMoreThanFiveBytes) {
     FrameDecoder decoder;
     decoder.Append("\x80\x80\x80\x80", 4);
-    EXPECT_EQ(decoder.Next(), std::nullopt);
+    EXPECT_EQ(decoder.NextText(), std::nullopt);
     decoder.Append("\x80", 1);
-    EXPECT_EQ(BreachOf([&] { decoder.Next(); }), "a length prefix of more than five bytes");
+    EXPECT_EQ(BreachOf([&] { decoder.NextText(); }), "a length prefix of more than five bytes");
 }
 
 TEST(Frame, DropsNoBitOfTheFifthByte) {
     FrameDecoder decoder;
     decoder.Append("\x80\x80\x80\x80\x7f", 5);
-    EXPECT_EQ(BreachOf([&] { decoder.Next(); }),
-              "a length prefix that announces 34091302912 bytes (at most 67108864 are taken)");
+    EXPECT_EQ(BreachOf([&] { decoder.NextText(); }),
+              "a length prefix that announces 34091302912 bytes (at most 67108864 are accepted)");
 }
 
 }  // namespace

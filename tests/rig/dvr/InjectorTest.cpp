@@ -30,7 +30,7 @@ class InjectorTest : public testing::Test {
 
     std::string Refused(const std::string& defect, const DefectSite& site = {}, int dialect = 2) {
         Injector injector(recordings_, dialect, 0);
-        return FailureOf(ExitStatus::Unusable, [&] { injector.Add(defect, site); });
+        return FailureOf(ExitStatus::Unusable, [&] { injector.AddDefect(defect, site); });
     }
 
     const Names none_{};
@@ -41,7 +41,7 @@ class InjectorTest : public testing::Test {
 constexpr const char* kAcknowledgement = R"(<msg req="EVENT_XFER_ACK" reid="EVT1"/>)";
 
 TEST_F(InjectorTest, LetsADefectWithoutASiteActOnce) {
-    injector_.Add("missing-reid", {});
+    injector_.AddDefect("missing-reid", {});
     EXPECT_EQ(Acting(R"(<msg req="OK"/>)"), none_);
     EXPECT_EQ(ActingOnFile("EVT1", "a.ts"), Names{"missing-reid"});
     EXPECT_EQ(ActingOnFile("EVT1", "b.ts"), none_);
@@ -49,77 +49,77 @@ TEST_F(InjectorTest, LetsADefectWithoutASiteActOnce) {
 }
 
 TEST_F(InjectorTest, LetsADefectThatAlwaysActsDoSo) {
-    injector_.Add("missing-hash", {});
+    injector_.AddDefect("missing-hash", {});
     EXPECT_EQ(ActingOnFile("EVT1", "a.ts"), Names{"missing-hash"});
     EXPECT_EQ(Acting(kAcknowledgement), none_);
     EXPECT_EQ(ActingOnFile("EVT1", "b.ts"), Names{"missing-hash"});
 }
 
 TEST_F(InjectorTest, WaitsForAMessageThatTheDefectCanChange) {
-    injector_.Add("accept-file", {});
+    injector_.AddDefect("accept-file", {});
     EXPECT_EQ(Acting(R"(<msg req="INVALID_EVENT" reid="1"/>)"), none_);
     EXPECT_EQ(Acting(R"(<msg req="INVALID_EVENT" reid="1" file="s"/>)"), Names{"accept-file"});
     EXPECT_EQ(Acting(R"(<msg req="INVALID_EVENT" reid="1" file="s"/>)"), none_);
-    injector_.Add("case-file", {});
+    injector_.AddDefect("case-file", {});
     EXPECT_EQ(ActingOnFile("EVT1", "123"), none_) << "has no letters";
     EXPECT_EQ(ActingOnFile("EVT1", "a.ts"), Names{"case-file"});
 }
 
 TEST_F(InjectorTest, LetsADefectActOnEachMessageOfAName) {
-    injector_.Add("missing-reid", {"FILE_COMPLETE", 0, "", ""});
+    injector_.AddDefect("missing-reid", {"FILE_COMPLETE", 0, "", ""});
     EXPECT_EQ(Acting(kAcknowledgement), none_);
     EXPECT_EQ(ActingOnFile("EVT1", "a.ts"), Names{"missing-reid"});
     EXPECT_EQ(ActingOnFile("EVT1", "b.ts"), Names{"missing-reid"});
 }
 
 TEST_F(InjectorTest, CountsTheMessagesOfEachName) {
-    injector_.Add("missing-reid", {"FILE_COMPLETE", 2, "", ""});
+    injector_.AddDefect("missing-reid", {"FILE_COMPLETE", 2, "", ""});
     EXPECT_EQ(ActingOnFile("EVT1", "a.ts"), none_);
     EXPECT_EQ(Acting(kAcknowledgement), none_);
     EXPECT_EQ(ActingOnFile("EVT1", "b.ts"), Names{"missing-reid"});
     EXPECT_EQ(ActingOnFile("EVT2", "c.ts"), none_);
 }
 
-TEST_F(InjectorTest, CountsAlsoForADefectThatAlwaysActs) {
-    injector_.Add("missing-hash", {"FILE_COMPLETE", 2, "", ""});
+TEST_F(InjectorTest, CountsForADefectThatAlwaysActsToo) {
+    injector_.AddDefect("missing-hash", {"FILE_COMPLETE", 2, "", ""});
     EXPECT_EQ(ActingOnFile("EVT1", "a.ts"), none_);
     EXPECT_EQ(ActingOnFile("EVT1", "b.ts"), Names{"missing-hash"});
     EXPECT_EQ(ActingOnFile("EVT2", "c.ts"), none_);
 }
 
-TEST_F(InjectorTest, KeepsADefectToAnEvent) {
-    injector_.Add("no-answer", {"", 0, "EVT2", ""});
+TEST_F(InjectorTest, LimitsADefectToAnEvent) {
+    injector_.AddDefect("no-answer", {"", 0, "EVT2", ""});
     EXPECT_EQ(Acting(R"(<msg req="OK"/>)"), none_) << "is about no event";
     EXPECT_EQ(ActingOnFile("EVT1", "a.ts"), none_);
     EXPECT_EQ(ActingOnFile("EVT2", "c.ts"), Names{"no-answer"});
     EXPECT_EQ(ActingOnFile("EVT2", "c.ts"), none_) << "once, as without a place";
 }
 
-TEST_F(InjectorTest, KeepsADefectToAFile) {
-    injector_.Add("missing-hash", {"", 0, "EVT1", "b.ts"});
+TEST_F(InjectorTest, LimitsADefectToAFile) {
+    injector_.AddDefect("missing-hash", {"", 0, "EVT1", "b.ts"});
     EXPECT_EQ(ActingOnFile("EVT1", "a.ts"), none_);
     EXPECT_EQ(ActingOnFile("EVT2", "b.ts"), none_);
     EXPECT_EQ(ActingOnFile("EVT1", "b.ts"), Names{"missing-hash"});
     EXPECT_EQ(ActingOnFile("EVT1", "b.ts"), Names{"missing-hash"});
 }
 
-TEST_F(InjectorTest, TakesAMessageAndAPlaceTogether) {
-    injector_.Add("double", {"FILE_COMPLETE", 0, "EVT1", "b.ts"});
+TEST_F(InjectorTest, CombinesAMessageAndAPlace) {
+    injector_.AddDefect("double", {"FILE_COMPLETE", 0, "EVT1", "b.ts"});
     EXPECT_EQ(Acting(R"(<msg req="XFER_IN_PROGRESS" reid="EVT1" file="b.ts"/>)"), none_);
     EXPECT_EQ(ActingOnFile("EVT1", "a.ts"), none_);
     EXPECT_EQ(ActingOnFile("EVT1", "b.ts"), Names{"double"});
 }
 
 TEST_F(InjectorTest, DecidesByWhatAnHonestDvrWouldSend) {
-    injector_.Add("wrong-reid=EVT2", {"FILE_COMPLETE", 0, "", ""});
-    injector_.Add("missing-hash", {"", 0, "EVT1", ""});
+    injector_.AddDefect("wrong-reid=EVT2", {"FILE_COMPLETE", 0, "", ""});
+    injector_.AddDefect("missing-hash", {"", 0, "EVT1", ""});
     EXPECT_EQ(ActingOnFile("EVT1", "a.ts"), (Names{"wrong-reid", "missing-hash"}));
 }
 
 TEST_F(InjectorTest, LetsSeveralDefectsActOnOneMessageInTheirOrder) {
-    injector_.Add("wrong-file=x", {});
-    injector_.Add("wrong-file=y", {});
-    injector_.Add("silence", {"FILE_COMPLETE", 1, "", ""});
+    injector_.AddDefect("wrong-file=x", {});
+    injector_.AddDefect("wrong-file=y", {});
+    injector_.AddDefect("silence", {"FILE_COMPLETE", 1, "", ""});
     const Outgoing outgoing = injector_.Prepare(Message::Parse(R"(<msg req="FILE_COMPLETE" file="a"/>)"));
     EXPECT_EQ(outgoing.defects, (Names{"wrong-file", "wrong-file", "silence"}));
     EXPECT_EQ(outgoing.message.Get("file"), "y");
@@ -127,29 +127,29 @@ TEST_F(InjectorTest, LetsSeveralDefectsActOnOneMessageInTheirOrder) {
 }
 
 TEST_F(InjectorTest, SendsAMessageTwiceWhateverElseIsWrongWithIt) {
-    injector_.Add("no-req", {});
-    injector_.Add("double", {});
+    injector_.AddDefect("no-req", {});
+    injector_.AddDefect("double", {});
     const Outgoing outgoing = injector_.Prepare(Message("OK"));
     ASSERT_EQ(outgoing.after.size(), 1U);
     EXPECT_EQ(outgoing.after[0].Text(), "<msg/>");
 }
 
 TEST_F(InjectorTest, GarblesWhatAnotherDefectHasLeft) {
-    injector_.Add("malformed-xml", {"OK", 0, "", ""});
-    injector_.Add("garble", {"OK", 0, "", ""});
+    injector_.AddDefect("malformed-xml", {"OK", 0, "", ""});
+    injector_.AddDefect("garble", {"OK", 0, "", ""});
     EXPECT_EQ(injector_.Frame(injector_.Prepare(Message("OK"))).size(),
               1 + std::string("<msg req=\"OK\"").size());
     Injector empty(recordings_, 2, 0);
-    empty.Add("empty-frame", {});
-    empty.Add("garble", {});
+    empty.AddDefect("empty-frame", {});
+    empty.AddDefect("garble", {});
     EXPECT_EQ(empty.Prepare(Message("OK")).defects, Names{"empty-frame"});
 }
 
 TEST_F(InjectorTest, CompletesNoFileThatAnotherDefectHasRenamed) {
     for (const char* other : {"missing-reid", "wrong-reid"}) {
         Injector injector(recordings_, 2, 0);
-        injector.Add(other, {});
-        injector.Add("no-exception", {});
+        injector.AddDefect(other, {});
+        injector.AddDefect("no-exception", {});
         EXPECT_EQ(
             injector.Prepare(Message::Parse(R"(<msg req="TRANSPORT_EXCEPTION" reid="EVT1" file="a.ts"/>)"))
                 .defects,
@@ -162,7 +162,7 @@ TEST_F(InjectorTest, ChangesNothingWithoutDefects) {
     const Outgoing outgoing = injector_.Prepare(Message("OK"));
     EXPECT_EQ(outgoing.defects, none_);
     EXPECT_EQ(injector_.Frame(outgoing), rig::dvr::EncodeFrame("<msg req=\"OK\"/>"));
-    injector_.Add("silence", {});
+    injector_.AddDefect("silence", {});
     EXPECT_TRUE(injector_.HasDefects());
 }
 
@@ -178,15 +178,16 @@ TEST_F(InjectorTest, NamesTheChoicesForAnUnknownDefect) {
 }
 
 TEST_F(InjectorTest, RefusesADefectThatTheDialectCannotShow) {
-    EXPECT_EQ(Refused("missing-hash", {}, 1),
-              "--defect missing-hash: expected protocol 2.0, which alone can show it, found protocol 1.0");
+    EXPECT_EQ(
+        Refused("missing-hash", {}, 1),
+        "--defect missing-hash: expected protocol 2.0, the only one that can show it, found protocol 1.0");
     for (const rig::dvr::DefectKind& kind : rig::dvr::DefectKinds()) {
         for (const int dialect : {1, 2}) {
             Injector injector(recordings_, dialect, 0);
             if (std::string(kind.dialects).find(std::to_string(dialect)) == std::string::npos) {
                 EXPECT_NE(Refused(kind.name, {}, dialect), "") << kind.name;
             } else {
-                EXPECT_NO_THROW(injector.Add(kind.name, {})) << kind.name;
+                EXPECT_NO_THROW(injector.AddDefect(kind.name, {})) << kind.name;
             }
         }
     }
@@ -205,10 +206,10 @@ TEST_F(InjectorTest, RefusesAValueThatTheDefectDoesNotTake) {
     }
 }
 
-TEST_F(InjectorTest, TakesAnythingForAText) {
+TEST_F(InjectorTest, AcceptsAnythingAsText) {
     for (const char* defect :
          {"wrong-reid=", "wrong-reid=a=b", "double=", "unknown-message=\n", "close=000"}) {
-        EXPECT_NO_THROW(injector_.Add(defect, {})) << defect;
+        EXPECT_NO_THROW(injector_.AddDefect(defect, {})) << defect;
     }
 }
 

@@ -16,7 +16,7 @@ TEST(Message, IsPrintedInOneLineWithItsAttributesInOrder) {
     EXPECT_EQ(message.Text(), "<msg req=\"FILE_COMPLETE\" reid=\"E1\" file=\"a\"/>");
 }
 
-TEST(Message, BringsAnyNameBackUnchanged) {
+TEST(Message, RestoresAnyNameUnchanged) {
     const std::string names[] = {
         "plain",      "two  blanks", " leading", "trailing ",        "\"quoted\" & 'quoted' <a>",
         "a\tb\nc\rd", "M\xc3\xbc",   "a]]>b",    "&amp; &#32; &lt;", std::string(200, 'n'),
@@ -40,14 +40,14 @@ TEST(Message, WritesBlanksThatAReaderMayMergeAsReferences) {
               "<msg req=\"EVENT_LIST\" source=\"a b\"><event>&#32;a b &#32;c&#9;d&#32;</event></msg>");
 }
 
-TEST(Message, TellsAMissingAttributeFromAnEmptyOne) {
+TEST(Message, DistinguishesAMissingAttributeFromAnEmptyOne) {
     const Message message = Message::Parse("<msg req=\"NEXT_EVENT\" reid=\"\"/>");
     EXPECT_EQ(message.Find("reid"), std::string());
     EXPECT_EQ(message.Find("file"), std::nullopt);
     EXPECT_EQ(message.Name(), "NEXT_EVENT");
 }
 
-TEST(Message, TakesDeclarationsCommentsAndBlanksAroundItsElement) {
+TEST(Message, AcceptsDeclarationsCommentsAndBlanksAroundItsElement) {
     EXPECT_EQ(Message::Parse("<?xml version=\"1.0\"?>\n<!-- hello -->\n<msg req=\"OK\"/>\n").Name(), "OK");
 }
 
@@ -72,9 +72,9 @@ INSTANTIATE_TEST_SUITE_P(
     Message, BadMessageTest,
     testing::Values(BadText{"Empty", "", "not one XML document (0 top-level elements): ''"},
                     BadText{"Unclosed", "<msg req=\"DONE\"", "not one XML document"},
-                    BadText{"NoXml", "hello",
+                    BadText{"NotXml", "hello",
                             "not one XML document (text outside the document's element): 'hello'"},
-                    BadText{"TextBehind", "<msg req=\"DONE\"/>x", "text outside the document's element"},
+                    BadText{"TextAfter", "<msg req=\"DONE\"/>x", "text outside the document's element"},
                     BadText{"TwoElements", "<msg req=\"DONE\"/><msg req=\"DONE\"/>", "2 top-level elements"},
                     BadText{"NulByte", std::string("<msg req=\"DONE\"/>\0", 18), "a NUL byte"},
                     BadText{"OtherElement", "<message req=\"DONE\"/>", "without a top-level 'msg'"},
@@ -82,7 +82,7 @@ INSTANTIATE_TEST_SUITE_P(
                     BadText{"LowerCaseReqName", "<msg Req=\"DONE\"/>", "a message without 'req'"}),
     [](const testing::TestParamInfo<BadText>& tested) { return std::string(tested.param.what); });
 
-TEST(Message, TakesOnlyOneWholeDocumentForAnEmbeddedOne) {
+TEST(Message, WantsOneWholeEmbeddedDocument) {
     EXPECT_TRUE(rig::dvr::IsDocument("<FakeConfig info=\"x\" />"));
     EXPECT_FALSE(rig::dvr::IsDocument("<FakeConfig info=\"x\">"));
     EXPECT_FALSE(rig::dvr::IsDocument("<a/><b/>"));

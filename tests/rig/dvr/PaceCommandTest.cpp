@@ -104,7 +104,7 @@ TEST_F(PaceCommandTest, ShowsNoProgressOfAShortTransfer) {
     EXPECT_EQ(OutputOfATransfer(folder_.Path(), {"TERM=xterm"}, true).find(" MB"), std::string::npos);
 }
 
-TEST_F(PaceCommandTest, ShowsNoProgressWhereItIsNotWanted) {
+TEST_F(PaceCommandTest, ShowsNoProgressIfNotWanted) {
     Record("front.ts", 60'000);
     for (const std::string& output :
          {OutputOfATransfer(folder_.Path(), {"TERM=xterm"}, false),

@@ -17,11 +17,11 @@ using rig::dvr::Outgoing;
 const std::string kComplete =
     R"(<msg req="FILE_COMPLETE" protocolVersion="2.0" reid="EVT1" file="a.ts" length="4" hashCode="old"/>)";
 
-/// @return what goes out for so many messages in a row, as bytes
+/// @return what goes out for that many messages in a row, as bytes
 std::string Play(const std::string& defect, std::uint32_t seed, int messages) {
     const FixedRecordings recordings;
     Injector injector(recordings, 2, seed);
-    injector.Add(defect, {"FILE_COMPLETE", 0, "", ""});
+    injector.AddDefect(defect, {"FILE_COMPLETE", 0, "", ""});
     std::string bytes;
     for (int count = 0; count < messages; ++count) {
         bytes += injector.Frame(injector.Prepare(Message::Parse(kComplete)));
@@ -42,7 +42,7 @@ INSTANTIATE_TEST_SUITE_P(Random, SeedTest,
 TEST(NewHash, IsAnotherSha256EachTime) {
     const FixedRecordings recordings;
     Injector injector(recordings, 2, 0);
-    injector.Add("new-hash", {});
+    injector.AddDefect("new-hash", {});
     std::set<std::string> hashes;
     for (int count = 0; count < 10; ++count) {
         const Outgoing outgoing = injector.Prepare(Message::Parse(kComplete));
@@ -54,7 +54,7 @@ TEST(NewHash, IsAnotherSha256EachTime) {
     EXPECT_EQ(hashes.size(), 10U);
 }
 
-TEST(Garble, ReplacesSoManyBytesAtMostAndKeepsTheLength) {
+TEST(Garble, ReplacesAtMostThatManyBytesAndKeepsTheLength) {
     for (std::uint32_t seed = 0; seed < 100; ++seed) {
         const std::string frame = Play("garble=3", seed, 1);
         const std::string honest = rig::dvr::EncodeFrame(kComplete);

@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "rig/dvr/recordings/Digest.h"
 #include "rig/dvr/recordings/FolderRecordings.h"
 #include "rig/dvr/recordings/Recordings.h"
 #include "rig/dvr/recordings/SyntheticRecordings.h"
@@ -22,13 +21,13 @@ using rig::dvr::FolderRecordings;
 using rig::dvr::SyntheticRecordings;
 using Names = std::vector<std::string>;
 
-TEST(Event, TakesTheFirstXmlFileForItsMetadata) {
+TEST(Event, TakesTheFirstXmlFileAsItsMetadata) {
     const Event event = Event::FromFiles("E", {"a.ts", "b.xml", "c.xml"});
     EXPECT_EQ(event.metadata, "b.xml");
     EXPECT_EQ(event.Files(), (Names{"b.xml", "a.ts", "c.xml"}));
 }
 
-TEST(Event, TakesItsFirstFileForItsMetadataWhereNoneIsXml) {
+TEST(Event, TakesItsFirstFileAsItsMetadataIfNoneIsXml) {
     const Event event = Event::FromFiles("E", {"a.ts", "b.ts"});
     EXPECT_EQ(event.metadata, "a.ts");
     EXPECT_EQ(event.streams, (std::vector<Names>{{"b.ts"}}));
@@ -47,12 +46,12 @@ TEST(Event, IsDescribedAsADocument) {
         "<file name=\"b\"/></stream><stream><file name=\"c\"/></stream></streams></video></recording-event>");
 }
 
-TEST(Event, IsDescribedWithoutStreamsWhereItHasNone) {
+TEST(Event, IsDescribedWithoutStreamsIfItHasNone) {
     EXPECT_EQ((Event{"E", "m", {}}.Describe()),
               "<recording-event reid=\"E\"><video><metadata name=\"m\"/></video></recording-event>");
 }
 
-TEST(FolderRecordings, AreSortedAndLeaveOutFilesBesideTheEvents) {
+TEST(FolderRecordings, AreSortedAndLeaveOutFilesNextToTheEvents) {
     const TemporaryFolder folder;
     folder.Write("E2/x", "");
     folder.Write("E10/x", "");
@@ -131,7 +130,7 @@ TEST(FolderRecordings, MustHaveAnEvent) {
     folder.Write("file", "");
     EXPECT_EQ(FailureOf(ExitStatus::Unusable, [&] { FolderRecordings{folder.Path()}; }),
               "--recordings: expected a folder for each event, found '" + folder.Path().string() +
-                  "': it has no folder in it");
+                  "': there is none in it");
 }
 
 TEST(FolderRecordings, MustHaveAFileInEachEvent) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <ostream>
 #include <sstream>
 #include <string>
@@ -9,8 +10,8 @@
 #include "tests/rig/dvr/Backend.h"
 #include "tests/rig/dvr/Failures.h"
 #include "tests/rig/dvr/HarnessLog.h"
+#include "tests/rig/dvr/ScriptedExport.h"
 #include "tests/rig/dvr/UsageError.h"
-#include "tests/support/Program.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace {
@@ -39,6 +40,9 @@ HarnessLog Export() {
     log.Received(kFileComplete).Line("Got FILE_COMPLETE for: reid=E1  file=a");
     return log;
 }
+
+const std::string kInsteadOfGetXml =
+    "run.log:6: expected GET_XML, announced with 21 bytes (got an OK, sending GET_XML), found ";
 
 class ReplayTest : public testing::Test {
  protected:
@@ -71,7 +75,7 @@ class ReplayTest : public testing::Test {
     std::string summary_;
     WireCheck check_{1, true};
     Milliseconds silence_ = kLong;
-    std::size_t piece_ = 0;
+    std::optional<std::size_t> piece_;
 };
 
 TEST_F(ReplayTest, SendsEveryMessageAndEndsWell) {
@@ -89,12 +93,12 @@ TEST_F(ReplayTest, SendsEveryMessageAndEndsWell) {
     EXPECT_EQ(check_.Summary(), "wire check: 2 frames, none wrong");
 }
 
-TEST_F(ReplayTest, SendsWhatIsNoMessageToo) {
-    const std::string noMessage = std::string("<msg\n\0", 6) + std::string(900, 'x');
+TEST_F(ReplayTest, SendsWhatIsNotAMessageToo) {
+    const std::string malformed = std::string("<msg\n\0", 6) + std::string(900, 'x');
     HarnessLog log;
     piece_ = 100;
-    Play(log.Connected().Received(noMessage).Received("").Text(), [&](BackendConnection& backend) {
-        EXPECT_EQ(backend.Read(), noMessage);
+    Play(log.Connected().Received(malformed).Received("").Text(), [&](BackendConnection& backend) {
+        EXPECT_EQ(backend.Read(), malformed);
         EXPECT_EQ(backend.Read(), "");
     });
     EXPECT_NE(out_.str().find("-> '<msg\\n\\x00xxx"), std::string::npos) << out_.str();
@@ -125,19 +129,16 @@ TEST_F(ReplayTest, NamesTheFirstRequestOfAnotherLength) {
                   backend.Send(R"(<msg req="UPDATE_CONFIGURATION" txt="x" />)");
                   EXPECT_TRUE(backend.IsClosedByPeer());
               }),
-              "run.log:6: expected GET_XML, announced with 21 bytes (got an OK, sending GET_XML), found "
-              "UPDATE_CONFIGURATION txt=\"x\", announced with 42 bytes");
+              kInsteadOfGetXml + "UPDATE_CONFIGURATION txt=\"x\", announced with 42 bytes");
     EXPECT_EQ(summary_, "replayed 1 of 4 messages, 0 requests as in run.log");
 }
 
 TEST_F(ReplayTest, NamesARequestOfAnotherName) {
-    EXPECT_EQ(
-        DeviationOf([](BackendConnection& backend) {
-            backend.Read();
-            backend.Send(R"(<msg req="GET_ALL" />)");
-        }),
-        "run.log:6: expected GET_XML, announced with 21 bytes (got an OK, sending GET_XML), found GET_ALL, "
-        "announced with 21 bytes");
+    EXPECT_EQ(DeviationOf([](BackendConnection& backend) {
+                  backend.Read();
+                  backend.Send(R"(<msg req="GET_ALL" />)");
+              }),
+              kInsteadOfGetXml + "GET_ALL, announced with 21 bytes");
 }
 
 TEST_F(ReplayTest, NamesARequestAboutSomethingElse) {
@@ -153,16 +154,15 @@ TEST_F(ReplayTest, NamesARequestAboutSomethingElse) {
         "found GET_FILE path=\"E1\" file=\"b\", announced with 41 bytes");
 }
 
-TEST_F(ReplayTest, NamesARequestThatIsNoMessage) {
+TEST_F(ReplayTest, NamesARequestThatIsNotAMessage) {
     EXPECT_EQ(DeviationOf([](BackendConnection& backend) {
                   backend.Read();
                   backend.Send(std::string(21, 'x'));
               }),
-              "run.log:6: expected GET_XML, announced with 21 bytes (got an OK, sending GET_XML), found "
-              "'xxxxxxxxxxxxxxxxxxxxx', announced with 21 bytes");
+              kInsteadOfGetXml + "'xxxxxxxxxxxxxxxxxxxxx', announced with 21 bytes");
 }
 
-TEST_F(ReplayTest, NamesARequestTooMuch) {
+TEST_F(ReplayTest, NamesAnExtraRequest) {
     EXPECT_EQ(DeviationOf([](BackendConnection& backend) {
                   backend.Read();
                   const std::string frame = rig::dvr::EncodeFrame(kGetXml);
@@ -172,7 +172,7 @@ TEST_F(ReplayTest, NamesARequestTooMuch) {
               "run.log:7: expected nothing more before NOISE, found GET_XML, announced with 21 bytes");
 }
 
-TEST_F(ReplayTest, NamesARequestTooMuchAtTheEnd) {
+TEST_F(ReplayTest, NamesAnExtraRequestAtTheEnd) {
     HarnessLog log;
     log.Connected().Received(kUnasked).Line("UNSUPPORTED MSG RECEIVED: NOISE").Line("shutting down");
     EXPECT_EQ(BreachOf([&] {
@@ -185,35 +185,30 @@ TEST_F(ReplayTest, NamesARequestTooMuchAtTheEnd) {
               "run.log:2: expected nothing more after NOISE, found GET_XML, announced with 21 bytes");
 }
 
-TEST_F(ReplayTest, WaitsForNothingBehindTheEndOfTheLog) {
+TEST_F(ReplayTest, WaitsForNothingAfterTheEndOfTheLog) {
     HarnessLog log;
     Play(log.Connected().Received(kOkIn10).Text(), [](BackendConnection& backend) {
         backend.Read();
         EXPECT_TRUE(backend.IsClosedByPeer());
     });
-    EXPECT_EQ(summary_, "replayed 1 of 1 messages, 0 requests as in run.log");
+    EXPECT_EQ(summary_, "replayed 1 of 1 message, 0 requests as in run.log");
 }
 
 TEST_F(ReplayTest, NamesTheRequestThatIsMissing) {
     silence_ = kShort;
-    folder_.Write("run.log", Export().Text());
-    EXPECT_EQ(
-        FailureOf(ExitStatus::NothingCame,
-                  [&] {
-                      Play(Export().Text(), [](BackendConnection& backend) {
-                          backend.Read();
-                          EXPECT_TRUE(backend.IsClosedByPeer());
-                      });
-                  }),
-        "run.log:6: expected GET_XML, announced with 21 bytes (got an OK, sending GET_XML), found nothing "
-        "within 100 ms");
+    EXPECT_EQ(FailureOf(ExitStatus::NothingCame,
+                        [&] {
+                            Play(Export().Text(), [](BackendConnection& backend) {
+                                backend.Read();
+                                EXPECT_TRUE(backend.IsClosedByPeer());
+                            });
+                        }),
+              kInsteadOfGetXml + "nothing within 100 ms");
 }
 
 TEST_F(ReplayTest, NamesTheRequestAtWhichTheHarnessLeaves) {
-    EXPECT_EQ(
-        DeviationOf([](BackendConnection& backend) { backend.Read(); }),
-        "run.log:6: expected GET_XML, announced with 21 bytes (got an OK, sending GET_XML), found the end "
-        "of the connection between two messages");
+    EXPECT_EQ(DeviationOf([](BackendConnection& backend) { backend.Read(); }),
+              kInsteadOfGetXml + "the end of the connection between two messages");
 }
 
 TEST_F(ReplayTest, ExpectsTheEndOfTheConnectionWhereTheLogHasIt) {
@@ -235,10 +230,10 @@ TEST_F(ReplayTest, ExpectsTheEndOfTheConnectionWhereTheLogHasIt) {
                       EXPECT_TRUE(backend.IsClosedByPeer());
                   });
               }),
-              "run.log:2: expected the end of the connection after OK, found it still there after 100 ms");
+              "run.log:2: expected the end of the connection after OK, found it still open after 100 ms");
 }
 
-TEST_F(ReplayTest, TakesAWrongPrefixThatTheLogHas) {
+TEST_F(ReplayTest, AcceptsAWrongPrefixThatTheLogHas) {
     HarnessLog log;
     log.Connected({"'sizeError' flag set"}).Received(kOkIn10).Line("got an OK, sending GET_XML").Sent(31);
     log.Line("sent: size= 1/31/21  '" + kGetXml + "'").Received(kUnasked);
@@ -247,7 +242,7 @@ TEST_F(ReplayTest, TakesAWrongPrefixThatTheLogHas) {
         backend.SendBytes("\x1f" + kGetXml);
         EXPECT_EQ(backend.Read(), kUnasked);
     });
-    EXPECT_EQ(summary_, "replayed 2 of 2 messages, 1 requests as in run.log");
+    EXPECT_EQ(summary_, "replayed 2 of 2 messages, 1 request as in run.log");
     EXPECT_EQ(
         BreachOf([&] {
             Play(log.Text(), [](BackendConnection& backend) {
@@ -260,14 +255,12 @@ TEST_F(ReplayTest, TakesAWrongPrefixThatTheLogHas) {
 }
 
 TEST_F(ReplayTest, NamesAWrongPrefixThatTheLogDoesNotHave) {
-    EXPECT_EQ(
-        DeviationOf([](BackendConnection& backend) {
-            backend.Read();
-            backend.SendBytes("\x1f" + kGetXml);
-            EXPECT_TRUE(backend.IsClosedByPeer());
-        }),
-        "run.log:6: expected GET_XML, announced with 21 bytes (got an OK, sending GET_XML), found GET_XML, "
-        "announced with 31 bytes, got 21");
+    EXPECT_EQ(DeviationOf([](BackendConnection& backend) {
+                  backend.Read();
+                  backend.SendBytes("\x1f" + kGetXml);
+                  EXPECT_TRUE(backend.IsClosedByPeer());
+              }),
+              kInsteadOfGetXml + "GET_XML, announced with 31 bytes, got 21");
 }
 
 TEST_F(ReplayTest, DoesNotCompareWhatTheLogShowsInAnotherForm) {
@@ -280,30 +273,31 @@ TEST_F(ReplayTest, DoesNotCompareWhatTheLogShowsInAnotherForm) {
         backend.Send(request);
         backend.Read();
     });
-    EXPECT_EQ(summary_, "replayed 2 of 2 messages, 1 requests as in run.log");
+    EXPECT_EQ(summary_, "replayed 2 of 2 messages, 1 request as in run.log");
+}
+
+/// Plays the harness of Export().
+void ServeExport(BackendConnection& backend) {
+    backend.Read();
+    RequestOf(backend, kGetXml);
+    backend.Read();
+    RequestOf(backend, kGetFile);
 }
 
 TEST(ReplayOption, EndsWithStatus0AndAClosingLine) {
     const TemporaryFolder folder;
     folder.Write("run.log", Export().Line("shutting down").Connected().Received(kOkIn10).Text());
     const std::string log = (folder.Path() / "run.log").string();
-    Backend backend([](BackendConnection& connection) {
-        connection.Read();
-        connection.SendAtOnce(kGetXml);
-        connection.Read();
-        connection.Read();
-        connection.SendAtOnce(kGetFile);
-        connection.Read();
-        EXPECT_TRUE(connection.IsClosedByPeer());
+    const ProgramResult result = PlayDvr({"--replay", log, "--wire-check"}, [](BackendConnection& backend) {
+        ServeExport(backend);
+        EXPECT_TRUE(backend.IsClosedByPeer());
     });
-    const ProgramResult result =
-        RunRig({"dvr", "--port", std::to_string(backend.Port()), "--replay", log, "--wire-check"});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, "");
     EXPECT_NE(result.output.find("replaying 4 messages of " + log + ", protocol 1.0, at full speed\n"),
               std::string::npos)
         << result.output;
-    EXPECT_NE(result.output.find("there is more than one run in " + log), std::string::npos) << result.output;
+    EXPECT_NE(result.output.find(log + " holds more than one run"), std::string::npos) << result.output;
     EXPECT_NE(result.output.find("replayed 4 of 4 messages, 2 requests as in " + log +
                                  "; wire check: 2 frames, none wrong\n"),
               std::string::npos)
@@ -314,19 +308,10 @@ TEST(ReplayOption, SaysWhereTheLogEnds) {
     const TemporaryFolder folder;
     folder.Write("run.log", Export().Line("expecting a message of 900 bytes").Text());
     const std::string log = (folder.Path() / "run.log").string();
-    Backend backend([](BackendConnection& connection) {
-        connection.Read();
-        connection.SendAtOnce(kGetXml);
-        connection.Read();
-        connection.Read();
-        connection.SendAtOnce(kGetFile);
-        connection.Read();
-    });
-    const ProgramResult result =
-        RunRig({"dvr", "--port", std::to_string(backend.Port()), "--replay", log, "--protocol", "1"});
+    const ProgramResult result = PlayDvr({"--replay", log, "--protocol", "1"}, ServeExport);
     EXPECT_EQ(result.status, 0) << result.errors;
-    EXPECT_NE(result.output.find("; its last line is 19, and the message announced in line 19 is not in it "
-                                 "whole\n"),
+    EXPECT_NE(result.output.find("; its last line is 19, and the message announced in line 19 is "
+                                 "incomplete\n"),
               std::string::npos)
         << result.output;
 }
@@ -360,7 +345,7 @@ INSTANTIATE_TEST_SUITE_P(
         UsageCase{"NoTimes",
                   {"--replay", "LOG", "--replay-speed", "recorded"},
                   " dvr: --replay-speed recorded: expected a time such as 2026-11-20T14:03:07.123456Z at the "
-                  "start of each line, found lines without in 'LOG'; only full is possible"},
+                  "start of each line, found lines without one in 'LOG'; only full speed is possible"},
         UsageCase{"OtherSpeed",
                   {"--replay", "LOG", "--replay-speed", "half"},
                   " dvr: --replay-speed: expected full or recorded, found 'half'" + kMoreDvrHelp},
@@ -381,10 +366,10 @@ INSTANTIATE_TEST_SUITE_P(
             {"--replay", "/nonexistent\n"},
             " dvr: --replay: expected a log of the harness that can be read, found '/nonexistent\\n': No "
             "such file or directory"},
-        UsageCase{
-            "EmptyLog",
-            {"--replay", "/dev/null"},
-            " dvr: /dev/null:1: expected a line of the harness's log (\"velloran:N TEXT\"), found no line"},
+        UsageCase{"EmptyLog",
+                  {"--replay", "/dev/null"},
+                  " dvr: /dev/null:1: expected a line of the harness's log (\"velloran:N TEXT\"), found an "
+                  "empty log"},
         UsageCase{"OtherReaction",
                   {"--on-size-error", "stop"},
                   " dvr: --on-size-error: expected close or continue, found 'stop'" + kMoreDvrHelp}),

@@ -84,7 +84,7 @@ TEST_F(SessionTest, PlaysAWholeExportIn10) {
     EXPECT_NE(out_.str().find(R"(<- GET_FILE path="EVT1" file="a.ts")"), std::string::npos) << out_.str();
 }
 
-TEST_F(SessionTest, AnswersTwoMessagesThatComeInARow) {
+TEST_F(SessionTest, AnswersTwoMessagesInARow) {
     Play(two_, {kLong, kLong, Milliseconds(1)}, [](BackendConnection& backend) {
         backend.Read();
         backend.Send(R"(<msg req="UPDATE_SOFTWARE" path="p" file="f" protocolVersion="2.0"/>)");
@@ -115,7 +115,7 @@ TEST_F(SessionTest, MeetsASecondRequestWhileTheFileIsInTransfer) {
     EXPECT_TRUE(two_.IsDone());
 }
 
-TEST_F(SessionTest, TakesTheTimeOfTheRateForAFile) {
+TEST_F(SessionTest, TransfersAFileAtTheRate) {
     recordings_.contents[{"EVT1", "a.ts"}] = std::string(3000, 'x');
     EXPECT_THROW(Play(two_, {kLong, kLong, {kLong, 10'000}},
                       [](BackendConnection& backend) {
@@ -157,7 +157,7 @@ TEST_F(SessionTest, DeliversAFileBeforeItSaysSo) {
                  rig::dvr::Breach);
 }
 
-TEST_F(SessionTest, LeavesNothingOfATransferThatTheHarnessLeavesIn) {
+TEST_F(SessionTest, LeavesNothingIfTheHarnessLeavesDuringATransfer) {
     const auto copies = folder_.Path() / "copies";
     delivery_.emplace(copies, recordings_);
     EXPECT_THROW(Play(two_, {kLong, kLong, kLong},
@@ -171,8 +171,8 @@ TEST_F(SessionTest, LeavesNothingOfATransferThatTheHarnessLeavesIn) {
     EXPECT_TRUE(std::filesystem::is_empty(copies / "EVT1"));
 }
 
-TEST_F(SessionTest, AbandonsATransferForAnotherFileWhereItIsTolerant) {
-    injector_.Add("no-answer", {"EVENT_XFER_ACK", 1, "", ""});
+TEST_F(SessionTest, AbandonsATransferForAnotherFileIfTolerant) {
+    injector_.AddDefect("no-answer", {"EVENT_XFER_ACK", 1, "", ""});
     const auto copies = folder_.Path() / "copies";
     delivery_.emplace(copies, recordings_);
     recordings_.contents[{"EVT1", "a.ts"}] = std::string(100'000'000, 'x');
@@ -192,8 +192,8 @@ TEST_F(SessionTest, AbandonsATransferForAnotherFileWhereItIsTolerant) {
         << out_.str();
 }
 
-TEST_F(SessionTest, AbandonsATransferForAFileThatItDoesNotHaveWhereItIsTolerant) {
-    injector_.Add("no-answer", {"EVENT_XFER_ACK", 1, "", ""});
+TEST_F(SessionTest, AbandonsATransferForAnUnknownFileIfTolerant) {
+    injector_.AddDefect("no-answer", {"EVENT_XFER_ACK", 1, "", ""});
     EXPECT_THROW(Play(two_, {kLong, kLong, Milliseconds(300)},
                       [&](BackendConnection& backend) {
                           StartEvent(backend, "EVT1");
@@ -232,9 +232,10 @@ TEST_F(SessionTest, SaysWhatWasExpectedWhenAPrefixAnnouncesTooMuch) {
             EXPECT_TRUE(backend.IsClosedByPeer());
         });
     });
-    EXPECT_EQ(breach,
-              "expected GET_XML or UPDATE_CONFIGURATION, found a message that stays unfinished for 100 ms: "
-              "announced 30, got 20");
+    EXPECT_EQ(
+        breach,
+        "expected GET_XML or UPDATE_CONFIGURATION, found a message that remained unfinished for 100 ms: "
+        "announced 30, got 20");
 }
 
 TEST_F(SessionTest, SaysWhatWasExpectedWhenAMessageIsOutOfPlace) {

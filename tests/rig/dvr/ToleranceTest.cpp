@@ -43,7 +43,7 @@ class ToleranceTest : public testing::Test {
     rig::dvr::Dialogue_2_0 two_{recordings_, folder_.Path() / "velloranFail"};
 };
 
-TEST_F(ToleranceTest, RemarksOnWhatIsOutOfPlaceOnce) {
+TEST_F(ToleranceTest, RemarksOnceOnWhatIsOutOfPlace) {
     EXPECT_EQ(Two(R"(req="NEXT_EVENT" reid="EVT1")"), Texts{"EVENT"});
     EXPECT_EQ(two_.TakeRemarks(), Texts{"NEXT_EVENT in answer to OK"});
     EXPECT_EQ(two_.TakeRemarks(), Texts());
@@ -55,12 +55,12 @@ TEST_F(ToleranceTest, RemarksOnNothingThatIsInPlace) {
     EXPECT_EQ(two_.TakeRemarks(), Texts());
 }
 
-TEST_F(ToleranceTest, StillWantsMessagesThatAreWellMade) {
+TEST_F(ToleranceTest, StillWantsWellFormedMessages) {
     EXPECT_EQ(BreachOf([&] { Two(R"(req="NEXT_EVENT")"); }), "NEXT_EVENT without its attribute 'reid'");
     EXPECT_EQ(BreachOf([&] { Two(R"(req="HELLO")"); }), "an unknown message, 'HELLO'");
     EXPECT_EQ(BreachOf([&] { One(R"(req="NEXT_EVENT" reid="EVT1")"); }), "an unknown message, 'NEXT_EVENT'");
     EXPECT_EQ(BreachOf([&] { Two(R"(req="GET_FILE" reid="E" path="F" file="a")"); }),
-              "GET_FILE with path 'F' and another reid, 'E'");
+              "GET_FILE with path 'F' but reid 'E'");
 }
 
 TEST_F(ToleranceTest, MovesOnToAnotherEventIn20) {
@@ -98,7 +98,7 @@ TEST_F(ToleranceTest, EndsAtADoneAtAnyTimeIn20) {
     EXPECT_EQ(two_.TakeRemarks(), Texts{"DONE with no event in progress"});
 }
 
-TEST_F(ToleranceTest, TransfersAFileThatWasNotAskedForInPlaceIn10) {
+TEST_F(ToleranceTest, TransfersAFileRequestedOutOfPlaceIn10) {
     EXPECT_EQ(One(R"(req="GET_FILE" path="EVT1" file="a.ts")"), Texts());
     EXPECT_EQ(one_.TakeRemarks(),
               (Texts{"GET_FILE in answer to OK",
@@ -106,7 +106,7 @@ TEST_F(ToleranceTest, TransfersAFileThatWasNotAskedForInPlaceIn10) {
     EXPECT_EQ(one_.FinishTransfer().Get("file"), "a.ts");
 }
 
-TEST_F(ToleranceTest, SaysNothingToARequestForNoFileIn10) {
+TEST_F(ToleranceTest, DoesNotAnswerARequestForAnUnknownFileIn10) {
     One(R"(req="GET_XML")");
     EXPECT_EQ(One(R"(req="GET_FILE" path="no-such-event" file="a.ts")"), Texts());
     EXPECT_EQ(One(R"(req="GET_FILE" path="EVT1" file="c.ts")"), Texts());
@@ -114,7 +114,7 @@ TEST_F(ToleranceTest, SaysNothingToARequestForNoFileIn10) {
     EXPECT_FALSE(one_.IsTransferring());
 }
 
-TEST_F(ToleranceTest, TakesAnotherListIn10) {
+TEST_F(ToleranceTest, AcceptsAnotherListIn10) {
     One(R"(req="GET_XML")");
     EXPECT_EQ(Answers(one_, "<msg req=\"EVENT_XFER_COMPLETE\"><events><string>E</string></events></msg>"),
               Texts());

@@ -39,7 +39,7 @@ TEST(Transcript, CountsWhatAMessageHolds) {
               R"(EVENT reid="a" (xmlFile: 5 bytes))");
 }
 
-TEST(Transcript, KeepsALineWhateverAPeerSends) {
+TEST(Transcript, StaysOnOneLineWhateverAPeerSends) {
     EXPECT_EQ(Summarize(Message::Parse("<msg req=\"A&#10;B\" reid=\"&#27;[2J\"/>")),
               "A\\nB reid=\"\\x1b[2J\"");
     EXPECT_EQ(Summarize(Message::Parse("<msg req=\"A\" reid=\"" + std::string(101, 'x') + "\"/>")),
@@ -72,7 +72,7 @@ TEST(Transcript, OverwritesItsLastLineWithTheProgressOnATerminal) {
               "\r\033[K    #.### \033[#ma note\033[#m\n");
 }
 
-TEST(Transcript, LeavesNoProgressBehind) {
+TEST(Transcript, LeavesNoProgress) {
     std::ostringstream out;
     Transcript(out, true).Progress("a.ts", 0, 1'000'000);
     const std::string end = "\r\033[K";
@@ -80,7 +80,7 @@ TEST(Transcript, LeavesNoProgressBehind) {
     EXPECT_EQ(out.str().substr(out.str().size() - end.size()), end);
 }
 
-TEST(Transcript, ShowsNoProgressWhereItIsNoTerminal) {
+TEST(Transcript, ShowsNoProgressWithoutATerminal) {
     std::ostringstream out;
     Transcript(out, false).Progress("a.ts", 500'000, 1'000'000);
     EXPECT_EQ(out.str(), "");

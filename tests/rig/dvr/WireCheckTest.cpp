@@ -83,24 +83,23 @@ INSTANTIATE_TEST_SUITE_P(
             "req=\"GET_XML\" />'"},
         Faulty{"BlankBefore", 1, R"( <msg req="GET_XML" />)",
                "expected the document's element at the start of the text, found ' <msg req=\"GET_XML\" />'"},
-        Faulty{"NewlineBehind", 1, "<msg req=\"GET_XML\" />\n",
-               "expected nothing behind the document's element, found 1 bytes: '\\n'"},
-        Faulty{"NulBehind", 1, std::string("<msg req=\"GET_XML\" />\0", 22),
-               "expected nothing behind the document's element, found 1 bytes: '\\x00'"},
+        Faulty{"NewlineAfter", 1, "<msg req=\"GET_XML\" />\n",
+               "expected nothing after the document's element, found 1 byte: '\\n'"},
+        Faulty{"NulAfter", 1, std::string("<msg req=\"GET_XML\" />\0", 22),
+               "expected nothing after the document's element, found 1 byte: '\\x00'"},
         Faulty{"TwoDocuments", 1, R"(<msg req="GET_XML" /><msg req="GET_XML" />)",
-               "expected nothing behind the document's element, found 21 bytes: '<msg req=\"GET_XML\" />'"},
+               "expected nothing after the document's element, found 21 bytes: '<msg req=\"GET_XML\" />'"},
         Faulty{"LineBreak", 1, "<msg\nreq=\"GET_XML\" />",
-               "expected compact printing, without a line break, found the byte 0a at byte 4"},
+               "expected compact text without line breaks, found a byte 0a at offset 4"},
         Faulty{"Indentation", 1, R"(<msg req="EVENT_XFER_COMPLETE"> <events /></msg>)",
-               "expected compact printing, with values left out '<msg req=\"\"><events/></msg>', found '<msg "
+               "expected compact text (without values, '<msg req=\"\"><events/></msg>'), found '<msg "
                "req=\"\"> <events/></msg>'"},
         Faulty{"TwoBlanks", 1, R"(<msg  req="GET_XML" />)",
-               "expected compact printing, with values left out '<msg req=\"\"/>', found '<msg  req=\"\"/>'"},
-        Faulty{
-            "BlanksAtTheEnd", 1, R"(<msg req="GET_XML"  />)",
-            "expected compact printing, with values left out '<msg req=\"\"/>', found '<msg req=\"\"  />'"},
+               "expected compact text (without values, '<msg req=\"\"/>'), found '<msg  req=\"\"/>'"},
+        Faulty{"BlanksAtTheEnd", 1, R"(<msg req="GET_XML"  />)",
+               "expected compact text (without values, '<msg req=\"\"/>'), found '<msg req=\"\"  />'"},
         Faulty{"Comment", 1, R"(<msg req="DONE"><!-- it's --></msg>)",
-               "expected compact printing, with values left out '<msg req=\"\"></msg>', found '<msg "
+               "expected compact text (without values, '<msg req=\"\"></msg>'), found '<msg "
                "req=\"\"><!-- it\"\"'"},
         Faulty{"OtherElement", 1, R"(<message req="DONE" />)", "expected an element 'msg', found 'message'"},
         Faulty{"OtherDialect", 1, R"(<msg req="GET_EVENT_LIST" protocolVersion="2.0" />)",
@@ -120,7 +119,7 @@ INSTANTIATE_TEST_SUITE_P(
                "expected the attributes of GET_FILE in the order req, reid, path, file, protocolVersion, "
                "rehash, "
                "found req, reid, path, file, rehash, protocolVersion"},
-        Faulty{"VersionBehindTheConfiguration", 2,
+        Faulty{"VersionAfterTheConfiguration", 2,
                R"(<msg req="UPDATE_CONFIGURATION" message="m" protocolVersion="2.0" />)",
                "expected the attributes of UPDATE_CONFIGURATION in the order req, protocolVersion, message, "
                "found req, message, protocolVersion"}),
@@ -138,7 +137,7 @@ TEST(WireCheck, FindsAWrongLengthAndWhatElseIsWrong) {
     ASSERT_EQ(faults.size(), 2U);
     EXPECT_EQ(faults[0],
               "expected a prefix that announces the 22 bytes of the text, found one that announces 33");
-    EXPECT_NE(faults[1].find("compact printing"), std::string::npos);
+    EXPECT_NE(faults[1].find("compact text"), std::string::npos);
 }
 
 class InspectionTest : public testing::Test {
@@ -161,7 +160,7 @@ TEST_F(InspectionTest, EndsAtTheFirstFault) {
     EXPECT_EQ(out_.str(), "");
 }
 
-TEST_F(InspectionTest, NotesFaultsWhereItIsTolerant) {
+TEST_F(InspectionTest, NotesFaultsIfTolerant) {
     WireCheck check(1, true);
     Inspect(check, "<msg />");
     EXPECT_NE(out_.str().find("wire check: frame 1: expected a message of protocol 1.0, found ''\n"),

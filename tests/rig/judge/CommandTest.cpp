@@ -36,8 +36,8 @@ int Judge(const std::vector<std::string>& names, JudgeOptions options = {}) {
 TEST(JudgeCommand, EndsWithTheWorstVerdictOfAllLogs) {
     EXPECT_EQ(Judge({"clean-1.0"}), 0);
     EXPECT_EQ(Judge({"d2-missing-source"}), 1);
-    EXPECT_EQ(Judge({"rehash-xfer-2.0"}), 2);
-    EXPECT_EQ(Judge({"clean-1.0", "d2-missing-source", "rehash-xfer-2.0"}), 1);
+    EXPECT_EQ(Judge({"all-faults-2.0"}), 2);
+    EXPECT_EQ(Judge({"clean-1.0", "d2-missing-source", "all-faults-2.0"}), 1);
 }
 
 TEST(JudgeCommand, NeedsALog) {

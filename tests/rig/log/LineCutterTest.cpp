@@ -22,7 +22,7 @@ TEST(LineCutter, CutsPiecesIntoNumberedLines) {
     EXPECT_EQ(lines.size(), 4U);
 }
 
-TEST(LineCutter, KeepsOnlySoMuchOfALine) {
+TEST(LineCutter, KeepsOnlyTheStartOfALongLine) {
     std::size_t size = 0;
     LineCutter cutter([&size](std::uint64_t, std::string_view line) { size = line.size(); });
     const std::string piece(kLongestLine / 2 + 1, 'x');

@@ -31,12 +31,12 @@ class LogReader : public testing::Test {
                         testing::UnitTest::GetInstance()->current_test_info()->name();
 };
 
-TEST_F(LogReader, GivesEachLineALastOneWithoutNewlineToo) {
+TEST_F(LogReader, GivesEachLineEvenALastOneWithoutNewline) {
     Write("a\n\nb");
     EXPECT_EQ(Read(), (std::vector<std::string>{"a", "", "b"}));
 }
 
-TEST_F(LogReader, PutsLinesTogetherThatAreLongerThanAChunk) {
+TEST_F(LogReader, AssemblesLinesLongerThanAChunk) {
     const std::string line(1'000'000, 'x');
     Write(line + "\nend\n");
     EXPECT_EQ(Read(), (std::vector<std::string>{line, "end"}));
@@ -126,7 +126,7 @@ class PipeReader {
 /// Whether the pipe is followed, or read to its end.
 class LogReaderOfAPipe : public testing::TestWithParam<bool> {};
 
-TEST_P(LogReaderOfAPipe, TakesTheLastWordsOfAHarnessThatIsInterruptedWithIt) {
+TEST_P(LogReaderOfAPipe, ReadsTheLastWordsOfAHarnessThatIsInterruptedWithIt) {
     PipeReader reader(GetParam());
     reader.Write("a\n");
     reader.Interrupt();

@@ -12,7 +12,7 @@
 namespace rig::log {
 namespace {
 
-TEST(Sign, IsToldByTheBeginningOfTheText) {
+TEST(Sign, FollowsFromTheBeginningOfTheText) {
     EXPECT_EQ(StatementOf("Sending DONE").sign, Sign::SendingDone);
     EXPECT_EQ(StatementOf("hdr[3]= ac").sign, Sign::HeaderByte);
     EXPECT_EQ(StatementOf("Found event E1").sign, Sign::None);
@@ -22,7 +22,7 @@ TEST(Sign, IsToldByTheBeginningOfTheText) {
     EXPECT_EQ(StatementOf("filesToReceive size = ").Number(), 0);
 }
 
-TEST(Sign, IsOfTheOneBeginningThatFits) {
+TEST(Sign, HasOneBeginningThatFits) {
     for (const Beginning& one : Beginnings()) {
         EXPECT_EQ(BeginningOf(one.text).sign, one.sign) << one.text;
         for (const Beginning& other : Beginnings()) {
@@ -50,7 +50,7 @@ std::vector<std::string> DocumentedTexts() {
     return texts;
 }
 
-TEST(Sign, IsOfATextThatTheHarnessLogs) {
+TEST(Sign, StandsForATextThatTheHarnessLogs) {
     const std::vector<std::string> texts = DocumentedTexts();
     for (const Beginning& beginning : Beginnings()) {
         const bool isDocumented =

@@ -37,7 +37,7 @@ TEST(Statement, OfTheJournalIsReducedToUtc) {
     }
 }
 
-TEST(Statement, HasNoTimeThatIsNone) {
+TEST(Statement, HasNoTimeIfItIsMalformed) {
     for (const char* time : {"2026-13-20T14:03:07Z", "2026-11-20T14.03.07Z", "Nov x 14:03:07", "T", "7"}) {
         const std::string text = std::string(time) + " velloran:1 x";
         const auto line = ReadStatement(text);
@@ -63,29 +63,29 @@ TEST(Statement, EndsItsPrefixAtTheFirstSource) {
     EXPECT_EQ(line->text, "UNSUPPORTED MSG RECEIVED: velloran:1 shutting down");
 }
 
-class NoLogLine : public testing::TestWithParam<const char*> {};
+class NotALogLine : public testing::TestWithParam<const char*> {};
 
-TEST_P(NoLogLine, IsPassedOver) {
+TEST_P(NotALogLine, IsIgnored) {
     EXPECT_FALSE(ReadStatement(GetParam()));
 }
 
-INSTANTIATE_TEST_SUITE_P(OfOthers, NoLogLine,
+INSTANTIATE_TEST_SUITE_P(OfOthers, NotALogLine,
                          testing::Values("", "velloran", "velloran:", "velloran: 5", "velloran:12",
                                          "velloran:x Sending DONE", "xvelloran:12 y",
                                          "Nov 20 14:03:07 rig other[7]: Sending DONE", "2026-11-20T",
                                          "\xff\xfe\x01"));
 
-TEST(Unescaped, TakesTheLoggersEscapesBack) {
+TEST(Unescaped, UndoesTheLoggersEscapes) {
     EXPECT_EQ(Unescaped(R"(a\\b\nc\rd\te\x01f\x7f)"),
               "a\\b\nc\rd\te\x01"
               "f\x7f");
 }
 
-TEST(Unescaped, LeavesWhatIsNoEscape) {
+TEST(Unescaped, LeavesOtherBackslashes) {
     EXPECT_EQ(Unescaped(R"(\q \x \x1 \xZZ \)"), R"(\q \x \x1 \xZZ \)");
 }
 
-TEST(Unescaped, GivesBackEveryByteThatIsShownOtherwise) {
+TEST(Unescaped, RestoresEveryEscapedByte) {
     std::string bytes;
     for (int byte = 0; byte < 256; ++byte) {
         bytes += static_cast<char>(byte);

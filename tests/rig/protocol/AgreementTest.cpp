@@ -48,23 +48,6 @@ TEST(Dissector, KnowsWhatEachResponseAnswers) {
     ExpectSame(answers, found);
 }
 
-TEST(CompareScript, KnowsEveryRequestAndWhatFollowsEachMessageOfTheDvr) {
-    const std::string script = Read("rig/wireshark/compare");
-    const std::string follows = Between(script, "\nFOLLOWS = {", "}");
-    std::vector<std::string> requests = All(Between(script, "\nANNOUNCED = [", "\n]"), R"re(, "(\w+)"\))re");
-    for (const std::string& request : All(follows, R"re(: "(\w+)")re")) {
-        requests.push_back(request);
-    }
-    ExpectSame(NamesOf(Sender::Harness), SetOf(requests));
-    const Facts first = OfAll([](const MessageKind& kind) {
-        const bool isFollowed = kind.sender == Sender::Dvr && !kind.answers.empty();
-        return isFollowed && kind.name != std::string("OK")  // always announced
-                   ? Facts{"\"" + std::string(kind.name) + "\": \"" + kind.answers.front() + "\""}
-                   : Facts();
-    });
-    ExpectSame(first, SetOf(All(follows, R"re("\w+": "\w+")re", 0)));
-}
-
 std::string RowOf(const std::string& dialect, const std::string& sender, const std::string& name,
                   std::vector<std::string> fields, const std::string& answers) {
     const auto version = std::find(fields.begin(), fields.end(), "protocolVersion");

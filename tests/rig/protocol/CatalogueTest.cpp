@@ -46,7 +46,7 @@ TEST(Catalogue, AnswersWithMessagesOfTheOtherSide) {
     }
 }
 
-TEST(Catalogue, KnowsTheDialectThatAloneHasAMessage) {
+TEST(Catalogue, KnowsWhichDialectAloneHasAMessage) {
     EXPECT_EQ(OnlyDialectOf("XML"), 1);
     EXPECT_EQ(OnlyDialectOf("EVENT_XFER_ACK"), 2);
     EXPECT_EQ(OnlyDialectOf("EVENT_XFER_COMPLETE"), std::nullopt);

@@ -78,7 +78,8 @@ struct Outcome {
 };
 
 Outcome Compare(const std::string& capture, const std::string& log) {
-    FILE* const pipe = popen((VELLORAN_COMPARE " " + capture + " " + log + " 2>&1").c_str(), "r");
+    FILE* const pipe = popen(
+        ("VELLORAN_RIG=" VELLORAN_RIG " " VELLORAN_COMPARE " " + capture + " " + log + " 2>&1").c_str(), "r");
     std::string output;
     for (int byte = fgetc(pipe); byte not_eq EOF; byte = fgetc(pipe)) {
         output += static_cast<char>(byte);

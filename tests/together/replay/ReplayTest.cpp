@@ -80,7 +80,7 @@ std::size_t LineWith(const std::string& log, const std::string& text, int occurr
 }
 
 /// @return "FILE:LINE: " of the first byte of the prefix that follows the line with the text
-std::string BehindLineWith(const std::string& log, const std::string& text, int occurrence = 1) {
+std::string AfterLineWith(const std::string& log, const std::string& text, int occurrence = 1) {
     const std::size_t line = LineWith(log, text, occurrence);
     EXPECT_GT(line, 0U) << text;
     return std::string(kLog) + ":" + std::to_string(line + 1) + ": ";
@@ -136,7 +136,7 @@ TEST(ReplayedRun, DiffersInTheDialect) {
     const std::string log = Record({"-p", "2"}, {"--protocol", "2"});
     const std::string line = "got an OK, sending GET_EVENT_LIST";
     Replay(log, {}, 1,
-           BehindLineWith(log, line) + "expected GET_EVENT_LIST, announced with 50 bytes (" + line +
+           AfterLineWith(log, line) + "expected GET_EVENT_LIST, announced with 50 bytes (" + line +
                "), found GET_XML, announced with 21 bytes");
 }
 
@@ -144,7 +144,7 @@ TEST(ReplayedRun, DiffersWithoutTheDamagedEvent) {
     const std::string log = Record({"-p", "2", "-e"}, {"--protocol", "2"});
     const std::string line = "processing 'invalidEvent' option [event]";
     Replay(log, {"-p", "2"}, 1,
-           BehindLineWith(log, line) + "expected NEXT_EVENT, announced with 54 bytes (" + line +
+           AfterLineWith(log, line) + "expected NEXT_EVENT, announced with 54 bytes (" + line +
                "), found NEXT_EVENT reid=\"E2\", announced with");
 }
 
@@ -162,7 +162,7 @@ TEST(ReplayedRun, DiffersWithoutTheDoubledRequest) {
 TEST(ReplayedRun, DiffersInTheDuration) {
     const std::string log = Record({"-p", "2", "-d", "30"}, {"--protocol", "2"});
     Replay(log, {"-p", "2", "-d", "45"}, 1,
-           BehindLineWith(log, "Sending DONE") +
+           AfterLineWith(log, "Sending DONE") +
                "expected DONE about duration=30, announced with 54 bytes (Sending DONE), found DONE "
                "duration=\"45\", "
                "announced with 54 bytes");
@@ -172,13 +172,13 @@ TEST(ReplayedRun, DiffersInTheEarlyEnd) {
     const std::string log = Record({"-p", "2"}, {"--protocol", "2"});
     const std::string line = "Got EVENT_XFER_ACK for: reid='E2'";
     Replay(log, {"-p", "2", "-c", "1"}, 1,
-           BehindLineWith(log, line) + "expected NEXT_EVENT about reid='Event 1'");
+           AfterLineWith(log, line) + "expected NEXT_EVENT about reid='Event 1'");
 }
 
 TEST(ReplayedRun, DiffersInTheLengthOfAPrefix) {
     const std::string log = Record({}, {});
     Replay(log, {"-z"}, 1,
-           BehindLineWith(log, "got an OK, sending GET_XML") +
+           AfterLineWith(log, "got an OK, sending GET_XML") +
                "expected GET_XML, announced with 21 bytes (got an OK, sending GET_XML), found GET_XML, "
                "announced "
                "with 31 bytes, got 21",

@@ -38,12 +38,11 @@ bool Contains(const Words& lines, const std::string& line) {
 
 TEST_F(WrongPrefixTest, EndsTheDialogueUnlessTold) {
     Talk({"-p", "2", "-z"}, {"--protocol", "2", "--frame-timeout", "0.3"}, 1,
-         "expected UPDATE_SOFTWARE, UPDATE_CONFIGURATION or GET_EVENT_LIST, found a message that stays "
-         "unfinished "
-         "for 300 ms: announced 75, got 50");
+         "expected UPDATE_SOFTWARE, UPDATE_CONFIGURATION or GET_EVENT_LIST, found a message that remained "
+         "unfinished for 300 ms: announced 75, got 50");
 }
 
-TEST_F(WrongPrefixTest, OfTwoMessagesInARowIsLivedWith) {
+TEST_F(WrongPrefixTest, OfTwoMessagesInARowIsTolerated) {
     const Words transcript =
         Talk({"-p", "2", "-z", "-u", "-g"},
              {"--protocol", "2", "--frame-timeout", "0.3", "--on-size-error", "continue"}, 0);
@@ -53,7 +52,7 @@ TEST_F(WrongPrefixTest, OfTwoMessagesInARowIsLivedWith) {
     EXPECT_NE(transcript.back().find("; 2 size errors"), std::string::npos) << transcript.back();
 }
 
-TEST_F(WrongPrefixTest, OfEveryMessageOfA10ExportIsLivedWith) {
+TEST_F(WrongPrefixTest, OfEveryMessageOfA10ExportIsTolerated) {
     const Words transcript =
         Talk({"-z"}, {"--frame-timeout", "0.3", "--on-size-error", "continue", "--wire-check"}, 0);
     EXPECT_TRUE(Contains(transcript, "<- DONE"));
@@ -61,7 +60,7 @@ TEST_F(WrongPrefixTest, OfEveryMessageOfA10ExportIsLivedWith) {
         << transcript.back();
 }
 
-TEST_F(WrongPrefixTest, IsNotThereOtherwise) {
+TEST_F(WrongPrefixTest, IsNotSeenOtherwise) {
     const Words transcript =
         Talk({"-p", "2", "-e", "-f", "-t", "-u", "-x", "-d", "5"}, {"--protocol", "2", "--wire-check"}, 0);
     EXPECT_NE(transcript.back().find("; wire check: 23 frames, none wrong"), std::string::npos)

@@ -28,12 +28,16 @@ void Driver::RunMain(const std::vector<std::string>& arguments) {
     __real_main(static_cast<int>(words.size()), argv.data());
 }
 
+void Driver::ScriptListening(int server) {
+    NextSocketReturns(server);
+    NextBindReturns(0);
+    NextListenReturns(0);
+}
+
 void Driver::ScriptConnection() {
     ResetListener();
     ResetProtocol();
-    NextSocketReturns(kServer);
-    NextBindReturns(0);
-    NextListenReturns(0);
+    ScriptListening();
     NextSelect({1, {kServer}});
     NextAcceptReturns(kSocket, "10.0.0.5", 50000);
 }

@@ -24,6 +24,8 @@ class Driver : public HarnessTest {
     /// Runs the harness with these arguments, not counting the program's name.
     static void RunMain(const std::vector<std::string>& arguments = {});
 
+    /// Scripts a start in which everything works, up to the first wait.
+    static void ScriptListening(int server = kServer);
     /// Scripts, from scratch, a start in which everything works, up to the first DVR's connection.
     static void ScriptConnection();
     /// Scripts that the DVR has sent something, and what handling it yields.

@@ -29,9 +29,7 @@ TEST_F(Interrupt, BeforeTheSocketIsOpenEndsWithStatus44) {
 }
 
 TEST_F(Interrupt, BeforeADvrHasConnectedShutsTheServerDown) {
-    NextSocketReturns(kServer);
-    NextBindReturns(0);
-    NextListenReturns(0);
+    ScriptListening();
     EXPECT_EXIT_STATUS(44, RunUntilInterrupted(), Started(), SocketCalled(AF_INET, SOCK_STREAM, IPPROTO_TCP),
                        BindCalled(kServer, "0.0.0.0", 5001), ListenCalled(kServer, 5),
                        SelectCalled(kServer + 1, {kServer}, {kServer}, 10000, 0), Unscripted("select"),

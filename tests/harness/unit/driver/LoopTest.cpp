@@ -33,9 +33,7 @@ TEST_F(Loop, WaitsForTheClientAndTheServerWithTheSumOfBothDescriptorsPlusOne) {
 
 TEST_F(Loop, TakesTheSumAlsoOfOtherDescriptors) {
     ResetListener();
-    NextSocketReturns(300);
-    NextBindReturns(0);
-    NextListenReturns(0);
+    ScriptListening(300);
     NextSelect({1, {300}});
     NextAcceptReturns(kSocket);
     EXPECT_ABORT(RunMain(), LoggerSetUp(), SignalCalled(SIGINT),
@@ -47,9 +45,7 @@ TEST_F(Loop, TakesTheSumAlsoOfOtherDescriptors) {
 
 TEST_F(Loop, StartsWithTheSetsAsTheFirstWaitLeftThem) {
     ResetListener();
-    NextSocketReturns(kServer);
-    NextBindReturns(0);
-    NextListenReturns(0);
+    ScriptListening();
     NextSelect({1, {kServer}, {kServer, 80}});
     NextAcceptReturns(kSocket);
     EXPECT_ABORT(RunMain(), Connected(), SelectCalled(142, {70, 71}, {70, 71, 80}, 10000, 0),
@@ -65,9 +61,7 @@ TEST_F(Loop, ClearsTheSetsAfterEachMessage) {
 
 TEST_F(Loop, SpendsOneTimeBudgetOnAllWaits) {
     ResetListener();
-    NextSocketReturns(kServer);
-    NextBindReturns(0);
-    NextListenReturns(0);
+    ScriptListening();
     NextSelect({1, {kServer}, {}, 9000});
     NextAcceptReturns(kSocket);
     NextSelect({1, {kSocket}, {}, 800});

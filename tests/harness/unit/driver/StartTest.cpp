@@ -31,9 +31,7 @@ TEST_F(Start, FindsNoDescriptorOpen) {
 }
 
 TEST_F(Start, SetsUpLoggerSignalAndSocketInThisOrderAndWaitsForTheDvr) {
-    NextSocketReturns(kServer);
-    NextBindReturns(0);
-    NextListenReturns(0);
+    ScriptListening();
     EXPECT_ABORT(RunMain(), NamedTheProcess("velloran"), SetTheLevelMask(127), SignalCalled(SIGINT),
                  SocketCalled(AF_INET, SOCK_STREAM, IPPROTO_TCP), BindCalled(kServer, "0.0.0.0", 5001),
                  ListenCalled(kServer, 5), SelectCalled(kServer + 1, {kServer}, {kServer}, 10000, 0),
@@ -68,18 +66,16 @@ TEST_F(Start, WithoutSocketFailsAnAssertion) {
     EXPECT_ABORT(RunMain(), LoggerSetUp(), Opening(), AssertionFailed(kMain, "g_serverFd not_eq -1"));
 }
 
-TEST_F(Start, OnATakenPortSaysSoInTwoLinesAndEndsWithStatus99) {
-    NextSocketReturns(kServer);
-    NextBindReturns(-1, EADDRINUSE);
-    EXPECT_EXIT_STATUS(99, RunMain(), LoggerSetUp(), Opening(), Bound(), Logged(1, "bind failed: 98"),
-                       Logged(1, "bind failed: Address already in use"));
-}
-
-TEST_F(Start, OnAForbiddenPortSaysSoInTwoLinesAndEndsWithStatus99) {
-    NextSocketReturns(kServer);
-    NextBindReturns(-1, EACCES);
-    EXPECT_EXIT_STATUS(99, RunMain(), LoggerSetUp(), Opening(), Bound(), Logged(1, "bind failed: 13"),
-                       Logged(1, "bind failed: Permission denied"));
+TEST_F(Start, OnATakenOrForbiddenPortSaysSoInTwoLinesAndEndsWithStatus99) {
+    const std::pair<int, std::string> errors[] = {{EADDRINUSE, "Address already in use"},
+                                                  {EACCES, "Permission denied"}};
+    for (const auto& [error, text] : errors) {
+        NextSocketReturns(kServer);
+        NextBindReturns(-1, error);
+        EXPECT_EXIT_STATUS(99, RunMain(), LoggerSetUp(), Opening(), Bound(),
+                           Logged(1, "bind failed: " + std::to_string(error)),
+                           Logged(1, "bind failed: " + text));
+    }
 }
 
 TEST_F(Start, WithoutListeningFailsAnAssertion) {
@@ -97,9 +93,7 @@ class FirstWaitOf : public Driver {
  protected:
     /// Scripts a start in which the first wait ends in this way.
     static void ScriptFirstWait(const Wait& wait) {
-        NextSocketReturns(kServer);
-        NextBindReturns(0);
-        NextListenReturns(0);
+        ScriptListening();
         NextSelect(wait);
     }
 

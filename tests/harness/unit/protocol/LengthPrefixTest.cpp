@@ -1,7 +1,6 @@
 #include <climits>
 #include <cstring>
 #include <memory>
-#include <random>
 
 #include "protocol/v1_0/VelProtocol_1_0.h"
 #include "tests/harness/unit/support/HarnessTest.h"
@@ -76,17 +75,12 @@ TEST_F(LengthPrefix, WritesEachLengthAtItsEdges) {
     }
 }
 
-TEST_F(LengthPrefix, ReadsEachLengthAtItsEdges) {
+TEST_F(LengthPrefix, ReadsEachLengthAtItsEdgesWhateverFollows) {
     for (const Encoding& encoding : kEncodings) {
-        EXPECT_EQ(Decoded(encoding.bytes), encoding.value);
-        EXPECT_EQ(bytesRead, static_cast<int>(encoding.bytes.size())) << encoding.value;
-    }
-}
-
-TEST_F(LengthPrefix, ReadsNothingBehindTheLastByte) {
-    for (const Encoding& encoding : kEncodings) {
-        EXPECT_EQ(Decoded(encoding.bytes, '\xff'), encoding.value);
-        EXPECT_EQ(bytesRead, static_cast<int>(encoding.bytes.size())) << encoding.value;
+        for (const char filler : {'\0', '\xff'}) {
+            EXPECT_EQ(Decoded(encoding.bytes, filler), encoding.value);
+            EXPECT_EQ(bytesRead, static_cast<int>(encoding.bytes.size())) << encoding.value;
+        }
     }
 }
 
@@ -116,13 +110,8 @@ TEST_F(LengthPrefix, WritesTheSameBytesWhateverIsLogged) {
 }
 
 TEST_F(LengthPrefix, RejectsAFifthByteThatSaysMoreFollow) {
-    EXPECT_EQ(Decoded("\x80\x80\x80\x80\x80"), -1);
-    EXPECT_EQ(bytesRead, 5);
-    EXPECT_JOURNAL(Logged(2, "Read7BitEncodedInt:badly formatted 7 bit string length prefix"));
-}
-
-TEST_F(LengthPrefix, RejectsWhateverTheFiveBytesHold) {
-    for (const std::string bytes : {"\xff\xff\xff\xff\xff", "\x81\x82\x83\x84\x8f", "\x80\x80\x80\x80\xff"}) {
+    for (const std::string bytes :
+         {"\x80\x80\x80\x80\x80", "\xff\xff\xff\xff\xff", "\x81\x82\x83\x84\x8f", "\x80\x80\x80\x80\xff"}) {
         EXPECT_EQ(Decoded(bytes), -1) << Shown(bytes);
         EXPECT_EQ(bytesRead, 5) << Shown(bytes);
         EXPECT_JOURNAL(Logged(2, "Read7BitEncodedInt:badly formatted 7 bit string length prefix"));
@@ -174,18 +163,6 @@ TEST_F(LengthPrefix, RoundTripsAroundEveryPowerOfTwo) {
             ExpectRoundTrip((std::uint32_t{1} << power) + distance);
             ExpectRoundTrip((std::uint32_t{1} << power) - distance);
         }
-    }
-}
-
-TEST_F(LengthPrefix, RoundTripsRandomValues) {
-    LogMask(0);
-    const std::uint32_t seed = std::random_device()();
-    std::cout << "seed " << seed << std::endl;
-    SCOPED_TRACE(seed);
-    std::mt19937 random(seed);
-    for (int count = 0; count < 100000; ++count) {
-        // Shifted, so that short prefixes are as frequent as long ones.
-        ExpectRoundTrip(static_cast<std::uint32_t>(random()) >> random() % 32);
     }
 }
 

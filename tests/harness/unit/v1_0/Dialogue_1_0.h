@@ -5,6 +5,7 @@
 
 #include "protocol/v1_0/VelProtocol_1_0.h"
 #include "tests/harness/unit/support/HarnessTest.h"
+#include "tests/harness/unit/support/Markup.h"
 
 /// A test of one protocol object of the older dialect, and the texts that are sent in it.
 class Dialogue_1_0 : public HarnessTest {
@@ -23,30 +24,6 @@ class Dialogue_1_0 : public HarnessTest {
     void Given(const std::string& text) {
         Handle(text);
         TakeJournal();
-    }
-
-    /// @return markup escaped for a text
-    static std::string Escaped(const std::string& markup) {
-        std::string escaped;
-        for (const char character : markup) {
-            switch (character) {
-                case '&':
-                    escaped += "&amp;";
-                    break;
-                case '<':
-                    escaped += "&lt;";
-                    break;
-                case '>':
-                    escaped += "&gt;";
-                    break;
-                case '"':
-                    escaped += "&quot;";
-                    break;
-                default:
-                    escaped += character;
-            }
-        }
-        return escaped;
     }
 
     /// @return an XML message whose xmlFile holds that markup

@@ -1,5 +1,6 @@
 #include <tinyxml.h>
 
+#include "tests/harness/unit/support/Content.h"
 #include "tests/harness/unit/v1_0/Dialogue_1_0.h"
 
 namespace {
@@ -23,15 +24,14 @@ class XmlMessage_1_0 : public Dialogue_1_0 {
         EXPECT_JOURNAL(lines);
     }
 
-    /// Unpacks one description, given as the content of recording-event E1, and expects its file names.
+    /// Unpacks the description of E1 with that content, and expects its file names.
     void ExpectFiles(const std::string& content, const std::vector<std::string>& names) {
-        SCOPED_TRACE(content);
-        protocol.filesToReceive.clear();
         Unpack(Xml({"<recording-event reid=\"E1\">" + content + "</recording-event>"}));
         FileList files;
         for (const std::string& name : names) {
             files.emplace_back("E1", name);
         }
+        EXPECT_EQ(protocol.events, EventList({"E1"}));
         EXPECT_EQ(protocol.filesToReceive, files);
     }
 
@@ -128,78 +128,20 @@ TEST_F(XmlMessage_1_0, TakesAnEmptyIdentifier) {
     EXPECT_EQ(protocol.filesToReceive, FileList({{"", "m1"}}));
 }
 
-TEST_F(XmlMessage_1_0, RecordsAnEventWithoutFiles) {
-    ExpectFiles("", {});
-    ExpectFiles("<video />", {});
-    ExpectFiles("<video><streams /></video>", {});
-    ExpectFiles("<video><streams><stream name=\"s\" /></streams></video>", {});
-    ExpectFiles("<metadata name=\"m\" /><streams><stream><f name=\"a\" /></stream></streams>", {});
-    EXPECT_EQ(protocol.events, EventList({"E1", "E1", "E1", "E1", "E1"}));
+class FilesOfADescription_1_0 : public XmlMessage_1_0, public testing::WithParamInterface<Content> {};
+
+TEST_P(FilesOfADescription_1_0, AreQueued) {
+    ExpectFiles(GetParam().text, GetParam().files);
 }
 
-TEST_F(XmlMessage_1_0, QueuesStreamFilesWithoutMetadata) {
-    ExpectFiles("<video><streams><stream><f name=\"a\" /></stream></streams></video>", {"a"});
-}
-
-TEST_F(XmlMessage_1_0, QueuesMetadataFirstWhereverItStands) {
-    ExpectFiles(
-        "<video><streams><stream><f name=\"a\" /></stream></streams><metadata name=\"m\" />"
-        "<metadata name=\"n\" /></video>",
-        {"m", "a"});
-}
-
-TEST_F(XmlMessage_1_0, QueuesTheChildrenOfAStreamWhateverTheyAreCalled) {
-    ExpectFiles(
-        "<video><streams><stream><file name=\"a\" /><x name=\"b\"><y name=\"no\" /></x><stream name=\"c\" />"
-        "</stream></streams></video>",
-        {"a", "b", "c"});
-}
-
-TEST_F(XmlMessage_1_0, QueuesTheChildrenOfEachStreamInOrder) {
-    ExpectFiles(
-        "<video><streams><stream><f name=\"a\" /><f name=\"b\" /></stream><stream />"
-        "<stream><f name=\"c\" /></stream></streams></video>",
-        {"a", "b", "c"});
-}
-
-TEST_F(XmlMessage_1_0, TakesSiblingsOfAStreamWhateverTheyAreCalled) {
-    ExpectFiles(
-        "<video><streams><other><f name=\"no\" /></other><stream><f name=\"a\" /></stream>"
-        "<other><f name=\"b\" /></other></streams></video>",
-        {"a", "b"});
-}
-
-TEST_F(XmlMessage_1_0, PassesOverCommentsAndTextBesideAStream) {
-    ExpectFiles(
-        "<video><streams> x <!-- c --><stream><f name=\"a\" /></stream> y <!-- c --><stream><f name=\"b\" />"
-        "</stream></streams></video>",
-        {"a", "b"});
-}
-
-TEST_F(XmlMessage_1_0, TakesOnlyTheFirstStreams) {
-    ExpectFiles(
-        "<video><streams><stream><f name=\"a\" /></stream></streams>"
-        "<streams><stream><f name=\"no\" /></stream></streams></video>"
-        "<video><metadata name=\"no\" /></video>",
-        {"a"});
-}
-
-TEST_F(XmlMessage_1_0, TakesACommentInADescriptionForTheTagThatItReadsLike) {
-    ExpectFiles("<!--video--><video><metadata name=\"m\" /></video>", {});
-    ExpectFiles("<video><!--metadata--><metadata name=\"m\" /></video>", {});
-    ExpectFiles("<video><!--streams--><streams><stream><f name=\"a\" /></stream></streams></video>", {});
-}
-
-TEST_F(XmlMessage_1_0, TakesAnEmptyNameAndKeepsEveryByteOfOthers) {
-    ExpectFiles(
-        "<video><metadata name=\"\" /><streams><stream><f name=\"a &amp;&lt;b\xc3\xa9.mkv\" /></stream>"
-        "</streams></video>",
-        {"", "a &<b\xc3\xa9.mkv"});
-}
+INSTANTIATE_TEST_SUITE_P(With, FilesOfADescription_1_0, testing::ValuesIn(ContentsOfADescription()),
+                         [](const auto& content) { return content.param.name; });
 
 TEST_F(XmlMessage_1_0, UnpacksTheSameWhateverIsLogged) {
     for (const unsigned int mask : kMasks) {
         LogMask(mask);
+        protocol.events.clear();
+        protocol.filesToReceive.clear();
         ExpectFiles("<video><metadata name=\"m\" /></video>", {"m"});
     }
 }

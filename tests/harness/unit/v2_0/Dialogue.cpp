@@ -1,42 +1,13 @@
 #include "tests/harness/unit/v2_0/Dialogue.h"
 
-namespace {
+#include "tests/harness/unit/support/Markup.h"
 
-std::string Escaped(const std::string& markup) {
-    std::string text;
-    for (const char character : markup) {
-        switch (character) {
-            case '<':
-                text += "&lt;";
-                break;
-            case '>':
-                text += "&gt;";
-                break;
-            case '"':
-                text += "&quot;";
-                break;
-            case '&':
-                text += "&amp;";
-                break;
-            default:
-                text += character;
-        }
-    }
-    return text;
-}
+namespace {
 
 TestOptions Options() {
     TestOptions options;
     options.protocol = 2;
     return options;
-}
-
-std::vector<Entry> Joined(std::initializer_list<Entries> groups) {
-    std::vector<Entry> joined;
-    for (const Entries& group : groups) {
-        joined.insert(joined.end(), group.begin(), group.end());
-    }
-    return joined;
 }
 
 }  // namespace
@@ -122,6 +93,14 @@ Entry InvalidFileComplete(const std::string& document) {
 
 Entry IncompleteFileComplete() {
     return Logged(2, "Got FILE_COMPLETE without both reid and file");
+}
+
+Entries Joined(std::initializer_list<Entries> groups) {
+    std::vector<Entry> joined;
+    for (const Entries& group : groups) {
+        joined.insert(joined.end(), group.begin(), group.end());
+    }
+    return joined;
 }
 
 Entries CompletedEvent(const std::string& reid) {

@@ -74,6 +74,7 @@ Entry IncompleteFileComplete();
 
 /// @name What the harness does in several steps.
 /// @{
+Entries Joined(std::initializer_list<Entries> steps);
 /// The list has no file left: says so, saves the report and sends it.
 Entries CompletedEvent(const std::string& reid);
 /// The plain request for an event's last file.

@@ -17,6 +17,15 @@ class EVENT : public Dialogue {
         return Logged(
             2, "Handle_EVENT_msg: 'reid' attribute incorrect: exp='" + expected + "'  act='" + actual + "'");
     }
+    /// The saved copy of a description with a metadata file m.
+    static Entry SavedM(const std::string& reid) {
+        return Saved("/mnt/hd/incoming_" + reid, "<recording-event reid=\"" + reid +
+                                                     "\">\n"
+                                                     "    <video>\n"
+                                                     "        <metadata name=\"m\" />\n"
+                                                     "    </video>\n"
+                                                     "</recording-event>\n");
+    }
     static Entry NoFiles() { return Logged(4, "Got EVENT message with no files to receive"); }
 };
 
@@ -53,14 +62,8 @@ TEST_F(EVENT, IsTakenInWithoutAnswerByItsHandler) {
 TEST_F(EVENT, IsTakenInAgainWhenItComesAgain) {
     const std::string text = Event("E7", R"(<recording-event reid="E7"><video><metadata name="m"/></video>)"
                                          "</recording-event>");
-    const Entry saved = Saved("/mnt/hd/incoming_E7",
-                              "<recording-event reid=\"E7\">\n"
-                              "    <video>\n"
-                              "        <metadata name=\"m\" />\n"
-                              "    </video>\n"
-                              "</recording-event>\n");
-    EXPECT_REACTION(text, Reid("E7"), saved, Sent(GetFile("E7", "m")));
-    EXPECT_REACTION(text, Reid("E7"), saved, Sent(GetFile("E7", "m")));
+    EXPECT_REACTION(text, Reid("E7"), SavedM("E7"), Sent(GetFile("E7", "m")));
+    EXPECT_REACTION(text, Reid("E7"), SavedM("E7"), Sent(GetFile("E7", "m")));
     EXPECT_EQ(protocol.filesToReceive, (Files{{"E7", "m"}, {"E7", "m"}}));
 }
 
@@ -96,19 +99,12 @@ TEST_F(EVENT, WithoutIdentifierIsTheOneThatWasAskedForWithAnEmptyOne) {
 
 TEST_F(EVENT, ThatNobodyAskedForIsAMismatch) {
     protocol.events.clear();
-    EXPECT_REACTION(Event("E7", Description("E7", "m", {})), Reid("E7"), Mismatch("", "E7"), NoFiles());
-    EXPECT_TRUE(protocol.events.empty());
-}
-
-TEST_F(EVENT, ThatNobodyAskedForIsAMismatchAlsoWithoutIdentifier) {
-    protocol.events.clear();
+    for (const std::string reid : {"E7", ""}) {
+        EXPECT_REACTION(Event(reid, Description(reid, "m", {})), Reid(reid), Mismatch("", reid), NoFiles());
+    }
     EXPECT_REACTION(Msg("EVENT", "", "<xmlFile>&lt;recording-event/&gt;</xmlFile>"), Mismatch("", ""),
                     NoFiles());
-}
-
-TEST_F(EVENT, ThatNobodyAskedForIsAMismatchAlsoWithAnEmptyIdentifier) {
-    protocol.events.clear();
-    EXPECT_REACTION(Event("", Description("", "m", {})), Reid(""), Mismatch("", ""), NoFiles());
+    EXPECT_TRUE(protocol.events.empty());
 }
 
 TEST_F(EVENT, OfAnotherIdentifierRequestsTheFileInProgressAgain) {
@@ -142,26 +138,19 @@ TEST_F(EVENT, QueuesItsFilesBehindThoseStillQueued) {
 }
 
 TEST_F(EVENT, WithoutXmlFileIsReported) {
-    EXPECT_REACTION(Msg("EVENT", R"( reid="E7")", "<other>text</other>"), Reid("E7"),
-                    Logged(2, "EVENT message does not contain 'xmlFile' tag"), NoFiles());
-}
-
-TEST_F(EVENT, WithACommentOfTheNameXmlFileIsReported) {
-    EXPECT_REACTION(
-        Msg("EVENT", R"( reid="E7")", "<!--xmlFile--><xmlFile>&lt;recording-event/&gt;</xmlFile>"),
-        Reid("E7"), Logged(2, "EVENT message does not contain 'xmlFile' tag"), NoFiles());
-}
-
-TEST_F(EVENT, WithAnEmptyXmlFileIsReported) {
-    for (const std::string xmlFile : {"<xmlFile/>", "<xmlFile></xmlFile>", "<xmlFile> \n </xmlFile>"}) {
-        EXPECT_REACTION(Msg("EVENT", R"( reid="E7")", xmlFile), Reid("E7"),
-                        Logged(2, "EVENT message 'xmlFile' tag does not contain data"), NoFiles());
+    for (const std::string children :
+         {"<other>text</other>", "<!--xmlFile--><xmlFile>&lt;recording-event/&gt;</xmlFile>"}) {
+        EXPECT_REACTION(Msg("EVENT", R"( reid="E7")", children), Reid("E7"),
+                        Logged(2, "EVENT message does not contain 'xmlFile' tag"), NoFiles());
     }
 }
 
-TEST_F(EVENT, WithADescriptionThatIsNotEscapedIsReported) {
-    EXPECT_REACTION(Msg("EVENT", R"( reid="E7")", R"(<xmlFile><recording-event reid="E7"/></xmlFile>)"),
-                    Reid("E7"), Logged(2, "EVENT message 'xmlFile' tag does not contain data"), NoFiles());
+TEST_F(EVENT, WithAnEmptyXmlFileOrADescriptionThatIsNotEscapedIsReported) {
+    for (const std::string xmlFile : {"<xmlFile/>", "<xmlFile></xmlFile>", "<xmlFile> \n </xmlFile>",
+                                      R"(<xmlFile><recording-event reid="E7"/></xmlFile>)"}) {
+        EXPECT_REACTION(Msg("EVENT", R"( reid="E7")", xmlFile), Reid("E7"),
+                        Logged(2, "EVENT message 'xmlFile' tag does not contain data"), NoFiles());
+    }
 }
 
 TEST_F(EVENT, TakesADescriptionThatTravelsAsCdata) {
@@ -192,19 +181,14 @@ TEST_F(EVENT, WithADescriptionThatIsPlainTextEndsTheProcess) {
         AssertionFailed("void VelProtocol_2_0::Handle_EVENT_msg(TiXmlDocument&)", "not embmsg.Error()"));
 }
 
-TEST_F(EVENT, WithoutRecordingEventIsSilentlyWithoutFiles) {
-    EXPECT_REACTION(Event("E7", R"(<recording reid="E7"><video><metadata name="m"/></video></recording>)"),
-                    Reid("E7"), NoFiles());
+TEST_F(EVENT, WithoutRecordingEventAtTheTopIsSilentlyWithoutFiles) {
+    for (const std::string description :
+         {R"(<recording reid="E7"><video><metadata name="m"/></video></recording>)",
+          R"(<a><recording-event reid="E7"/></a>)",
+          R"(<!--recording-event--><recording-event reid="E7"/>)"}) {
+        EXPECT_REACTION(Event("E7", description), Reid("E7"), NoFiles());
+    }
     EXPECT_TRUE(protocol.filesToReceive.empty());
-}
-
-TEST_F(EVENT, WithRecordingEventBelowTheTopIsSilentlyWithoutFiles) {
-    EXPECT_REACTION(Event("E7", R"(<a><recording-event reid="E7"/></a>)"), Reid("E7"), NoFiles());
-}
-
-TEST_F(EVENT, WithACommentThatHidesRecordingEventIsSilentlyWithoutFiles) {
-    EXPECT_REACTION(Event("E7", R"(<!--recording-event--><recording-event reid="E7"/>)"), Reid("E7"),
-                    NoFiles());
 }
 
 TEST_F(EVENT, WhoseDescriptionHasNoIdentifierIsNotSavedButItsFilesAreQueued) {
@@ -217,13 +201,7 @@ TEST_F(EVENT, WhoseDescriptionHasNoIdentifierIsNotSavedButItsFilesAreQueued) {
 TEST_F(EVENT, WhoseDescriptionHasAnotherIdentifierIsSavedUnderItAndItsFilesQueuedUnderItsOwn) {
     EXPECT_REACTION(
         Event("E7", R"(<recording-event reid="E9"><video><metadata name="m"/></video></recording-event>)"),
-        Reid("E7"),
-        Saved("/mnt/hd/incoming_E9",
-              "<recording-event reid=\"E9\">\n"
-              "    <video>\n"
-              "        <metadata name=\"m\" />\n"
-              "    </video>\n"
-              "</recording-event>\n"),
+        Reid("E7"), SavedM("E9"),
         Logged(2, "Handle_EVENT_msg: 'reid' in escaped XML incorrect: exp='E7'  act='E9'"),
         Sent(GetFile("E7", "m")));
     EXPECT_EQ(protocol.filesToReceive, (Files{{"E7", "m"}}));
@@ -246,14 +224,7 @@ TEST_F(EVENT, ThatCannotBeSavedIsTakenAllTheSame) {
     NextSaveFails();
     EXPECT_REACTION(
         Event("E7", R"(<recording-event reid="E7"><video><metadata name="m"/></video></recording-event>)"),
-        Reid("E7"),
-        Saved("/mnt/hd/incoming_E7",
-              "<recording-event reid=\"E7\">\n"
-              "    <video>\n"
-              "        <metadata name=\"m\" />\n"
-              "    </video>\n"
-              "</recording-event>\n"),
-        Sent(GetFile("E7", "m")));
+        Reid("E7"), SavedM("E7"), Sent(GetFile("E7", "m")));
 }
 
 TEST_F(EVENT, IsSavedWithAllThatItsDescriptionHolds) {

@@ -42,6 +42,67 @@ class Export : public Dialogue {
         Deliver(reid);
     }
 
+    /// The DVR describes EVENT1 and delivers its first file, which brings this.
+    void ReachLastFile(const Entries& next) {
+        protocol.events = {"EVENT1", "EVENT2"};
+        Describe("EVENT1");
+        EXPECT_REACTION(FileComplete("EVENT1", "m", R"( hashCode="M")"), Complete("EVENT1", "m"), next);
+    }
+
+    /// The last file of EVENT1 is delivered with a hash, which brings this.
+    void DeliverLastFile(const std::string& hash, const Entries& next) {
+        EXPECT_REACTION(FileComplete("EVENT1", "file.mpg", " hashCode=\"" + hash + "\" length=\"9\""),
+                        Complete("EVENT1", "file.mpg"), next);
+    }
+
+    /// The second delivery of that file, which is compared with the first.
+    void DeliverAgain(const std::string& hash, const std::string& verdict) {
+        EXPECT_REACTION(FileComplete("EVENT1", "file.mpg", " hashCode=\"" + hash + "\" length=\"9\""),
+                        Logged(16, "rehash resulted in " + verdict + "  len=9"),
+                        Complete("EVENT1", "file.mpg"), CompletedEvent("EVENT1"));
+    }
+
+    /// The DVR refuses both damaged requests for the last file, which brings this.
+    void RefuseTwice(const Entries& next) {
+        const Entry refusal = Logged(16, "INVALID_EVENT 'reid' attribute = 'EVENT1'");
+        EXPECT_REACTION(InvalidEvent("EVENT1"), refusal, OneLeft(),
+                        Logged(32, "processing 'invalidFile' option, cnt=1"),
+                        Sent(GetFile("EVENT1", "e.mpg")));
+        EXPECT_REACTION(InvalidEvent("EVENT1"), refusal,
+                        Logged(2, "Received unexpected INVALID_EVENT message!"), next);
+        EXPECT_EQ(protocol.invalidFileCount, 2U);
+    }
+
+    /// The DVR reports that the transfer has failed, which brings this.
+    void ReportFailure(const Entries& next) {
+        EXPECT_REACTION(TransportException("EVENT1"),
+                        Logged(16, "TRANSPORT_EXCEPTION 'reid' attribute = 'EVENT1'"),
+                        Ran("rm /mnt/hd/velloranFail"), next);
+    }
+
+    /// EVENT1 is acknowledged, and EVENT2 exported without a fault.
+    void ExpectNoFurtherFault() {
+        EXPECT_REACTION(Acknowledgement("EVENT1"), Acknowledged("EVENT1"), Sent(NextEvent("EVENT2")));
+        ExpectPlainEvent("EVENT2");
+    }
+
+    static Entries Damaged() {
+        return Joined({OneLeft(), Logged(32, "processing 'invalidFile' option, cnt=0"),
+                       Sent(GetFile("NT1", "file.mpg"))});
+    }
+    static Entries Marked() {
+        return Joined({OneLeft(), Logged(32, "processing 'transportException' option"),
+                       Ran("touch /mnt/hd/velloranFail"), Sent(GetFile("EVENT1", "file.mpg"))});
+    }
+    static Entries RequestedForRehash() {
+        return Joined(
+            {OneLeft(), Logged(32, "processing 'rehash' option"), Sent(GetFile("EVENT1", "file.mpg"))});
+    }
+    static Entries RequestedTwice() {
+        return Joined({OneLeft(), Logged(32, "processing 'xferInProgress' option"),
+                       Sent(GetFile("EVENT1", "file.mpg")), Sent(GetFile("EVENT1", "file.mpg"))});
+    }
+
     void SetAllFaults() {
         protocol.invalidFile = true;
         protocol.transportException = true;
@@ -96,131 +157,75 @@ TEST_F(Export, InjectsNoFaultIntoAnEventOfOneFile) {
 
 TEST_F(Export, PlaysTheBadFileFaultInTwoHalvesAndOnce) {
     protocol.invalidFile = true;
-    protocol.events = {"EVENT1", "EVENT2"};
-    Describe("EVENT1");
-    EXPECT_REACTION(FileComplete("EVENT1", "m"), Complete("EVENT1", "m"), OneLeft(),
-                    Logged(32, "processing 'invalidFile' option, cnt=0"), Sent(GetFile("NT1", "file.mpg")));
-    EXPECT_REACTION(InvalidEvent("EVENT1"), Logged(16, "INVALID_EVENT 'reid' attribute = 'EVENT1'"),
-                    OneLeft(), Logged(32, "processing 'invalidFile' option, cnt=1"),
-                    Sent(GetFile("EVENT1", "e.mpg")));
-    EXPECT_REACTION(InvalidEvent("EVENT1"), Logged(16, "INVALID_EVENT 'reid' attribute = 'EVENT1'"),
-                    Logged(2, "Received unexpected INVALID_EVENT message!"),
-                    RequestedLastFile("EVENT1", "file.mpg"));
-    EXPECT_EQ(protocol.invalidFileCount, 2U);
+    ReachLastFile(Damaged());
+    RefuseTwice(RequestedLastFile("EVENT1", "file.mpg"));
     Deliver("EVENT1");
-    EXPECT_REACTION(Acknowledgement("EVENT1"), Acknowledged("EVENT1"), Sent(NextEvent("EVENT2")));
-    ExpectPlainEvent("EVENT2");
+    ExpectNoFurtherFault();
+}
+
+TEST_F(Export, DamagesTheIdentifierAgainWhenTheDamagedRequestIsServed) {
+    protocol.invalidFile = true;
+    ReachLastFile(Damaged());
+    EXPECT_REACTION(FileComplete("NT1", "file.mpg"), Complete("NT1", "file.mpg"), Damaged());
 }
 
 TEST_F(Export, PlaysTheTransportFaultOnce) {
     protocol.transportException = true;
-    protocol.events = {"E1", "E2"};
-    Describe("E1");
-    EXPECT_REACTION(FileComplete("E1", "m"), Complete("E1", "m"), OneLeft(),
-                    Logged(32, "processing 'transportException' option"), Ran("touch /mnt/hd/velloranFail"),
-                    Sent(GetFile("E1", "file.mpg")));
-    EXPECT_REACTION(TransportException("E1"), Logged(16, "TRANSPORT_EXCEPTION 'reid' attribute = 'E1'"),
-                    Ran("rm /mnt/hd/velloranFail"), RequestedLastFile("E1", "file.mpg"));
-    Deliver("E1");
-    EXPECT_REACTION(Acknowledgement("E1"), Acknowledged("E1"), Sent(NextEvent("E2")));
-    ExpectPlainEvent("E2");
+    ReachLastFile(Marked());
+    ReportFailure(RequestedLastFile("EVENT1", "file.mpg"));
+    Deliver("EVENT1");
+    ExpectNoFurtherFault();
 }
 
 TEST_F(Export, InjectsTheTransportFaultAgainWhenTheFileIsDeliveredInstead) {
     protocol.transportException = true;
-    protocol.events = {"E1"};
-    Describe("E1");
-    const Entries fault[] = {OneLeft(), Logged(32, "processing 'transportException' option"),
-                             Ran("touch /mnt/hd/velloranFail"), Sent(GetFile("E1", "file.mpg"))};
-    EXPECT_REACTION(FileComplete("E1", "m"), Complete("E1", "m"), fault[0], fault[1], fault[2], fault[3]);
-    EXPECT_REACTION(FileComplete("E1", "file.mpg"), Complete("E1", "file.mpg"), fault[0], fault[1], fault[2],
-                    fault[3]);
-    EXPECT_EQ(protocol.filesToReceive, (Files{{"E1", "file.mpg"}, {"E1", "file.mpg"}}));
+    ReachLastFile(Marked());
+    DeliverLastFile("F", Marked());
+    EXPECT_EQ(protocol.filesToReceive, (Files{{"EVENT1", "file.mpg"}, {"EVENT1", "file.mpg"}}));
     EXPECT_TRUE(protocol.transportException);
 }
 
 TEST_F(Export, PlaysTheRehashTestOnce) {
     protocol.rehash = true;
-    protocol.events = {"E1", "E2"};
-    Describe("E1");
-    EXPECT_REACTION(FileComplete("E1", "m", R"( hashCode="M")"), Complete("E1", "m"), OneLeft(),
-                    Logged(32, "processing 'rehash' option"), Sent(GetFile("E1", "file.mpg")));
-    EXPECT_REACTION(FileComplete("E1", "file.mpg", R"( hashCode="F" length="9")"), Complete("E1", "file.mpg"),
-                    RequestedLastFileWithNewHash("E1", "file.mpg"));
-    EXPECT_REACTION(FileComplete("E1", "file.mpg", R"( hashCode="F" length="9")"),
-                    Logged(16, "rehash resulted in same hash: 'F'  len=9"), Complete("E1", "file.mpg"),
-                    CompletedEvent("E1"));
-    EXPECT_REACTION(Acknowledgement("E1"), Acknowledged("E1"), Sent(NextEvent("E2")));
-    ExpectPlainEvent("E2");
+    ReachLastFile(RequestedForRehash());
+    DeliverLastFile("F", RequestedLastFileWithNewHash("EVENT1", "file.mpg"));
+    DeliverAgain("F", "same hash: 'F'");
+    ExpectNoFurtherFault();
 }
 
 TEST_F(Export, PlaysTheDoubleRequestOnce) {
     protocol.xferInProgress = true;
-    protocol.events = {"E1", "E2"};
-    Describe("E1");
-    EXPECT_REACTION(FileComplete("E1", "m"), Complete("E1", "m"), OneLeft(),
-                    Logged(32, "processing 'xferInProgress' option"), Sent(GetFile("E1", "file.mpg")),
-                    Sent(GetFile("E1", "file.mpg")));
-    EXPECT_REACTION(Msg("XFER_IN_PROGRESS", R"( reid="E1")"),
-                    Logged(16, "XFER_IN_PROGRESS 'reid' attribute = 'E1'"));
-    Deliver("E1");
-    EXPECT_REACTION(Acknowledgement("E1"), Acknowledged("E1"), Sent(NextEvent("E2")));
-    ExpectPlainEvent("E2");
+    ReachLastFile(RequestedTwice());
+    EXPECT_REACTION(Msg("XFER_IN_PROGRESS", R"( reid="EVENT1")"),
+                    Logged(16, "XFER_IN_PROGRESS 'reid' attribute = 'EVENT1'"));
+    Deliver("EVENT1");
+    ExpectNoFurtherFault();
 }
 
 TEST_F(Export, AsksForNoNewHashWhenTheDoubleRequestFollowsTheRehashTest) {
     protocol.rehash = true;
     protocol.xferInProgress = true;
-    protocol.events = {"E1", "E2"};
-    Describe("E1");
-    EXPECT_REACTION(FileComplete("E1", "m"), Complete("E1", "m"), OneLeft(),
-                    Logged(32, "processing 'rehash' option"), Sent(GetFile("E1", "file.mpg")));
-    EXPECT_REACTION(FileComplete("E1", "file.mpg", R"( hashCode="F" length="9")"), Complete("E1", "file.mpg"),
-                    OneLeft(), Logged(32, "processing 'xferInProgress' option"),
-                    Sent(GetFile("E1", "file.mpg")), Sent(GetFile("E1", "file.mpg")));
+    ReachLastFile(RequestedForRehash());
+    DeliverLastFile("F", RequestedTwice());
     EXPECT_TRUE(protocol.rehashPending);
-    EXPECT_REACTION(FileComplete("E1", "file.mpg", R"( hashCode="G" length="9")"),
-                    Logged(16, "rehash resulted in new hash: old='F'  new='G'  len=9"),
-                    Complete("E1", "file.mpg"), CompletedEvent("E1"));
+    DeliverAgain("G", "new hash: old='F'  new='G'");
     EXPECT_FALSE(protocol.rehashPending);
-    EXPECT_REACTION(Acknowledgement("E1"), Acknowledged("E1"), Sent(NextEvent("E2")));
-    ExpectPlainEvent("E2");
+    ExpectNoFurtherFault();
 }
 
 TEST_F(Export, PlaysAllFaultsInTurn) {
     SetAllFaults();
-    protocol.events = {"EVENT1", "EVENT2"};
-    Describe("EVENT1");
-    EXPECT_REACTION(FileComplete("EVENT1", "m"), Complete("EVENT1", "m"), OneLeft(),
-                    Logged(32, "processing 'invalidFile' option, cnt=0"), Sent(GetFile("NT1", "file.mpg")));
-    EXPECT_REACTION(InvalidEvent("EVENT1"), Logged(16, "INVALID_EVENT 'reid' attribute = 'EVENT1'"),
-                    OneLeft(), Logged(32, "processing 'invalidFile' option, cnt=1"),
-                    Sent(GetFile("EVENT1", "e.mpg")));
-    EXPECT_REACTION(InvalidEvent("EVENT1"), Logged(16, "INVALID_EVENT 'reid' attribute = 'EVENT1'"),
-                    Logged(2, "Received unexpected INVALID_EVENT message!"), OneLeft(),
-                    Logged(32, "processing 'transportException' option"), Ran("touch /mnt/hd/velloranFail"),
-                    Sent(GetFile("EVENT1", "file.mpg")));
-    EXPECT_REACTION(TransportException("EVENT1"),
-                    Logged(16, "TRANSPORT_EXCEPTION 'reid' attribute = 'EVENT1'"),
-                    Ran("rm /mnt/hd/velloranFail"), OneLeft(), Logged(32, "processing 'rehash' option"),
-                    Sent(GetFile("EVENT1", "file.mpg")));
-    EXPECT_REACTION(FileComplete("EVENT1", "file.mpg", R"( hashCode="F" length="9")"),
-                    Complete("EVENT1", "file.mpg"), OneLeft(),
-                    Logged(32, "processing 'xferInProgress' option"), Sent(GetFile("EVENT1", "file.mpg")),
-                    Sent(GetFile("EVENT1", "file.mpg")));
-    EXPECT_REACTION(FileComplete("EVENT1", "file.mpg", R"( hashCode="F" length="9")"),
-                    Logged(16, "rehash resulted in same hash: 'F'  len=9"), Complete("EVENT1", "file.mpg"),
-                    CompletedEvent("EVENT1"));
-    EXPECT_REACTION(Acknowledgement("EVENT1"), Acknowledged("EVENT1"), Sent(NextEvent("EVENT2")));
-    ExpectPlainEvent("EVENT2");
+    ReachLastFile(Damaged());
+    RefuseTwice(Marked());
+    ReportFailure(RequestedForRehash());
+    DeliverLastFile("F", RequestedTwice());
+    DeliverAgain("F", "same hash: 'F'");
+    ExpectNoFurtherFault();
 }
 
 TEST_F(Export, RefusesTheIntactFileWhileADamagedOneIsAwaited) {
     protocol.invalidFile = true;
-    protocol.events = {"EVENT1"};
-    Describe("EVENT1");
-    Say(FileComplete("EVENT1", "m"));
-    TakeJournal();
+    ReachLastFile(Damaged());
     EXPECT_REACTION(FileComplete("EVENT1", "file.mpg"),
                     Logged(1, "invalid file in FILE_COMPLETE: " + FileComplete("EVENT1", "file.mpg")));
     EXPECT_EQ(protocol.filesToReceive, (Files{{"NT1", "file.mpg"}, {"EVENT1", "file.mpg"}}));

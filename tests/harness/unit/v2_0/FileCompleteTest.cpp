@@ -51,14 +51,9 @@ TEST_F(FILE_COMPLETE, OfAnotherFileIsReportedWithTheWholeDocument) {
     ExpectUnchangedLists();
 }
 
-TEST_F(FILE_COMPLETE, OfAnotherEventIsReported) {
-    EXPECT_REACTION(FileComplete("E2", "a"), InvalidFileComplete(FileComplete("E2", "a")));
-    ExpectUnchangedLists();
-}
-
-TEST_F(FILE_COMPLETE, IsComparedByEveryByte) {
+TEST_F(FILE_COMPLETE, OfAnotherEventOrFileIsReportedByEveryByte) {
     for (const auto& [reid, file] :
-         {std::pair("e1", "a"), {"E1", "A"}, {"E", "a"}, {"E11", "a"}, {"E1", ""}}) {
+         {std::pair("E2", "a"), {"e1", "a"}, {"E1", "A"}, {"E", "a"}, {"E11", "a"}, {"E1", ""}}) {
         EXPECT_REACTION(FileComplete(reid, file), InvalidFileComplete(FileComplete(reid, file)));
     }
     ExpectUnchangedLists();
@@ -81,29 +76,18 @@ TEST_F(FILE_COMPLETE, OfAnotherFileLeavesTheAwaitedOneToComeLater) {
 
 TEST_F(FILE_COMPLETE, ThatNobodyAwaitsIsReported) {
     protocol.filesToReceive.clear();
-    EXPECT_REACTION(FileComplete("E1", "a"), InvalidFileComplete(FileComplete("E1", "a")));
+    for (const std::string& text : {FileComplete("E1", "a"), FileComplete("", "")}) {
+        EXPECT_REACTION(text, InvalidFileComplete(text));
+    }
     EXPECT_TRUE(protocol.filesToReceive.empty());
     EXPECT_FALSE(protocol.fileRequestPending);
 }
 
-TEST_F(FILE_COMPLETE, ThatNobodyAwaitsIsReportedAlsoWithEmptyNames) {
-    protocol.filesToReceive.clear();
-    EXPECT_REACTION(FileComplete("", ""), InvalidFileComplete(FileComplete("", "")));
-}
-
-TEST_F(FILE_COMPLETE, WithoutFileIsReported) {
-    EXPECT_REACTION(Msg("FILE_COMPLETE", R"( reid="E1" hashCode="H")"), IncompleteFileComplete());
-    ExpectUnchangedLists();
-}
-
-TEST_F(FILE_COMPLETE, WithoutReidIsReported) {
-    EXPECT_REACTION(Msg("FILE_COMPLETE", R"( file="a")"), IncompleteFileComplete());
-    ExpectUnchangedLists();
-}
-
-TEST_F(FILE_COMPLETE, WithoutReidAndFileIsReportedOnce) {
-    EXPECT_REACTION(Msg("FILE_COMPLETE"), IncompleteFileComplete());
-    ExpectUnchangedLists();
+TEST_F(FILE_COMPLETE, WithoutFileOrReidIsReportedOnce) {
+    for (const std::string attributes : {R"( reid="E1" hashCode="H")", R"( file="a")", ""}) {
+        EXPECT_REACTION(Msg("FILE_COMPLETE", attributes), IncompleteFileComplete());
+        ExpectUnchangedLists();
+    }
 }
 
 TEST_F(FILE_COMPLETE, WithoutMsgLacksEveryAttribute) {

@@ -179,24 +179,17 @@ TEST_F(LastFile, LosesAShortNameEntirely) {
     }
 }
 
-TEST_F(LastFile, IsRequestedAfterTheMarkerOfTheTransportFaultIsSet) {
-    protocol.transportException = true;
-    protocol.CheckFileTestOptions();
-    EXPECT_JOURNAL(OneLeft(), Logged(32, "processing 'transportException' option"),
-                   Ran("touch /mnt/hd/velloranFail"), Sent(GetFile("EVENT1", "FILE.mpg")));
-    EXPECT_EQ(protocol.filesToReceive, (Files{{"EVENT1", "FILE.mpg"}, {"EVENT1", "FILE.mpg"}}));
-    EXPECT_TRUE(protocol.transportException);
-    EXPECT_TRUE(protocol.fileRequestPending);
-}
-
-TEST_F(LastFile, IsRequestedAlsoWhenTheMarkerCannotBeSet) {
-    for (const int status : {-1, 256}) {
+TEST_F(LastFile, IsRequestedAfterTheMarkerOfTheTransportFaultIsSetOrCannotBeSet) {
+    for (const int status : {0, -1, 256}) {
         protocol.filesToReceive = {{"EVENT1", "first"}, {"EVENT1", "FILE.mpg"}};
         protocol.transportException = true;
         NextSystemReturns(status);
         protocol.CheckFileTestOptions();
         EXPECT_JOURNAL(OneLeft(), Logged(32, "processing 'transportException' option"),
                        Ran("touch /mnt/hd/velloranFail"), Sent(GetFile("EVENT1", "FILE.mpg")));
+        EXPECT_EQ(protocol.filesToReceive, (Files{{"EVENT1", "FILE.mpg"}, {"EVENT1", "FILE.mpg"}}));
+        EXPECT_TRUE(protocol.transportException);
+        EXPECT_TRUE(protocol.fileRequestPending);
     }
 }
 
@@ -210,23 +203,19 @@ TEST_F(LastFile, IsRequestedPlainlyAheadOfItsRehash) {
     EXPECT_TRUE(protocol.fileRequestPending);
 }
 
-TEST_F(LastFile, IsRequestedTwiceInARow) {
-    protocol.xferInProgress = true;
-    protocol.CheckFileTestOptions();
-    EXPECT_JOURNAL(OneLeft(), Logged(32, "processing 'xferInProgress' option"),
-                   Sent(GetFile("EVENT1", "FILE.mpg")), Sent(GetFile("EVENT1", "FILE.mpg")));
-    EXPECT_EQ(protocol.filesToReceive, (Files{{"EVENT1", "FILE.mpg"}}));
-    EXPECT_FALSE(protocol.xferInProgress);
-    EXPECT_TRUE(protocol.fileRequestPending);
-}
-
-TEST_F(LastFile, IsRequestedTwiceWithoutANewHashAlsoInTheRehashTest) {
-    protocol.xferInProgress = true;
-    protocol.rehashPending = true;
-    protocol.CheckFileTestOptions();
-    EXPECT_JOURNAL(OneLeft(), Logged(32, "processing 'xferInProgress' option"),
-                   Sent(GetFile("EVENT1", "FILE.mpg")), Sent(GetFile("EVENT1", "FILE.mpg")));
-    EXPECT_TRUE(protocol.rehashPending);
+TEST_F(LastFile, IsRequestedTwiceInARowWithoutANewHashAlsoInTheRehashTest) {
+    for (const bool inRehashTest : {false, true}) {
+        protocol.filesToReceive = {{"EVENT1", "first"}, {"EVENT1", "FILE.mpg"}};
+        protocol.xferInProgress = true;
+        protocol.rehashPending = inRehashTest;
+        protocol.CheckFileTestOptions();
+        EXPECT_JOURNAL(OneLeft(), Logged(32, "processing 'xferInProgress' option"),
+                       Sent(GetFile("EVENT1", "FILE.mpg")), Sent(GetFile("EVENT1", "FILE.mpg")));
+        EXPECT_EQ(protocol.filesToReceive, (Files{{"EVENT1", "FILE.mpg"}}));
+        EXPECT_FALSE(protocol.xferInProgress);
+        EXPECT_EQ(protocol.rehashPending, inRehashTest);
+        EXPECT_TRUE(protocol.fileRequestPending);
+    }
 }
 
 TEST_F(LastFile, GetsTheBadFileFaultAheadOfAllOthers) {
@@ -254,14 +243,6 @@ TEST_F(LastFile, GetsTheTransportFaultAheadOfRehashAndDoubleRequest) {
     EXPECT_TRUE(protocol.rehash);
     EXPECT_TRUE(protocol.xferInProgress);
     EXPECT_FALSE(protocol.rehashPending);
-}
-
-TEST_F(LastFile, GetsTheRehashAheadOfTheDoubleRequest) {
-    protocol.rehash = true;
-    protocol.xferInProgress = true;
-    protocol.CheckFileTestOptions();
-    EXPECT_JOURNAL(OneLeft(), Logged(32, "processing 'rehash' option"), Sent(GetFile("EVENT1", "FILE.mpg")));
-    EXPECT_TRUE(protocol.xferInProgress);
 }
 
 }  // namespace

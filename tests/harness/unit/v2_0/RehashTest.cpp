@@ -33,19 +33,44 @@ class RehashTest : public Dialogue {
     }
 };
 
-TEST_F(RehashTest, ReportsTheSameHash) {
-    EXPECT_REACTION(FileComplete("E1", "c", R"( hashCode="OLD" length="1024")"), Same("OLD", "1024"),
-                    GotFileComplete("E1", "c"), CompletedEvent("E1"));
-    EXPECT_FALSE(protocol.rehashPending);
-    ExpectKeptHash("OLD");
+/// The answer to the request for a new hash.
+struct Answer {
+    std::string name;
+    std::string attributes;
+    std::vector<Entry> lines;
+    std::string keptHash;
+};
+
+void PrintTo(const Answer& answer, std::ostream* stream) {
+    *stream << answer.attributes;
 }
 
-TEST_F(RehashTest, ReportsANewHashAndKeepsIt) {
-    EXPECT_REACTION(FileComplete("E1", "c", R"( hashCode="NEW" length="1024")"), New("OLD", "NEW", "1024"),
+class RehashAnswer : public RehashTest, public testing::WithParamInterface<Answer> {
+ public:
+    static const std::vector<Answer>& All();
+};
+
+TEST_P(RehashAnswer, IsReportedAndEndsTheTest) {
+    EXPECT_REACTION(FileComplete("E1", "c", GetParam().attributes), GetParam().lines,
                     GotFileComplete("E1", "c"), CompletedEvent("E1"));
     EXPECT_FALSE(protocol.rehashPending);
-    ExpectKeptHash("NEW");
+    ExpectKeptHash(GetParam().keptHash);
 }
+
+const std::vector<Answer>& RehashAnswer::All() {
+    static const std::vector<Answer> answers = {
+        {"WithTheSameHash", R"( hashCode="OLD" length="1024")", {Same("OLD", "1024")}, "OLD"},
+        {"WithANewHash", R"( hashCode="NEW" length="1024")", {New("OLD", "NEW", "1024")}, "NEW"},
+        {"WithALengthAsItIs", R"( hashCode="OLD" length="a &amp; b")", {Same("OLD", "a & b")}, "OLD"},
+        {"WithTheSameHashAndNoLength", R"( hashCode="OLD")", {NoLength(), Same("OLD", "")}, "OLD"},
+        {"WithANewHashAndNoLength", R"( hashCode="NEW")", {NoLength(), New("OLD", "NEW", "")}, "NEW"},
+        {"WithoutHash", R"( length="1024")", {NoHash()}, "OLD"},
+        {"WithoutLengthAndHash", "", {NoLength(), NoHash()}, "OLD"}};
+    return answers;
+}
+
+INSTANTIATE_TEST_SUITE_P(Every, RehashAnswer, testing::ValuesIn(RehashAnswer::All()),
+                         [](const auto& answer) { return answer.param.name; });
 
 TEST_F(RehashTest, ComparesEveryByteOfTheHash) {
     for (const std::string hash : {"old", "OLD ", "OL", ""}) {
@@ -56,36 +81,6 @@ TEST_F(RehashTest, ComparesEveryByteOfTheHash) {
         EXPECT_REACTION(FileComplete("E1", "c", R"( hashCode=")" + hash + R"(" length="1")"),
                         New("OLD", hash, "1"), GotFileComplete("E1", "c"), CompletedEvent("E1"));
     }
-}
-
-TEST_F(RehashTest, ReportsTheLengthAsItIs) {
-    EXPECT_REACTION(FileComplete("E1", "c", R"( hashCode="OLD" length="many &amp; more")"),
-                    Same("OLD", "many & more"), GotFileComplete("E1", "c"), CompletedEvent("E1"));
-}
-
-TEST_F(RehashTest, ReportsTheSameHashWithoutItsMissingLength) {
-    EXPECT_REACTION(FileComplete("E1", "c", R"( hashCode="OLD")"), NoLength(), Same("OLD", ""),
-                    GotFileComplete("E1", "c"), CompletedEvent("E1"));
-    EXPECT_FALSE(protocol.rehashPending);
-}
-
-TEST_F(RehashTest, ReportsANewHashWithoutItsMissingLength) {
-    EXPECT_REACTION(FileComplete("E1", "c", R"( hashCode="NEW")"), NoLength(), New("OLD", "NEW", ""),
-                    GotFileComplete("E1", "c"), CompletedEvent("E1"));
-    EXPECT_FALSE(protocol.rehashPending);
-}
-
-TEST_F(RehashTest, ReportsAMissingHashAndKeepsTheOldOne) {
-    EXPECT_REACTION(FileComplete("E1", "c", R"( length="1024")"), NoHash(), GotFileComplete("E1", "c"),
-                    CompletedEvent("E1"));
-    EXPECT_FALSE(protocol.rehashPending);
-    ExpectKeptHash("OLD");
-}
-
-TEST_F(RehashTest, ReportsMissingLengthAndHash) {
-    EXPECT_REACTION(FileComplete("E1", "c"), NoLength(), NoHash(), GotFileComplete("E1", "c"),
-                    CompletedEvent("E1"));
-    EXPECT_FALSE(protocol.rehashPending);
 }
 
 TEST_F(RehashTest, IsOverAlsoWhenAnotherFileIsReported) {
@@ -113,16 +108,12 @@ TEST_F(RehashTest, WaitsWhileNoFileIsQueued) {
     EXPECT_TRUE(protocol.rehashPending);
 }
 
-TEST_F(RehashTest, IsNotTouchedByACompletionWithoutFile) {
-    EXPECT_REACTION(Msg("FILE_COMPLETE", R"( reid="E1" hashCode="NEW" length="5")"),
-                    IncompleteFileComplete());
-    EXPECT_TRUE(protocol.rehashPending);
-    ExpectKeptHash("OLD");
-}
-
-TEST_F(RehashTest, IsNotTouchedByACompletionWithoutReid) {
-    EXPECT_REACTION(Msg("FILE_COMPLETE", R"( file="c" hashCode="NEW" length="5")"), IncompleteFileComplete());
-    EXPECT_TRUE(protocol.rehashPending);
+TEST_F(RehashTest, IsNotTouchedByACompletionWithoutFileOrReid) {
+    for (const std::string name : {R"( reid="E1")", R"( file="c")"}) {
+        EXPECT_REACTION(Msg("FILE_COMPLETE", name + R"( hashCode="NEW" length="5")"),
+                        IncompleteFileComplete());
+        EXPECT_TRUE(protocol.rehashPending);
+    }
     ExpectKeptHash("OLD");
 }
 

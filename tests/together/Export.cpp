@@ -1,0 +1,111 @@
+#include "Export.h"
+
+#include <algorithm>
+#include <csignal>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <regex>
+#include <sstream>
+#include <thread>
+
+#include "tests/support/Program.h"
+
+namespace {
+
+constexpr const char* kLog = "/mnt/judged.log";
+constexpr const char* kReport = "/mnt/judged.json";
+constexpr std::chrono::milliseconds kQuiet(1500);  // longer than any pause that the harness makes on its own
+constexpr std::chrono::milliseconds kQuietAlready(300);  // where the DVR has waited in vain before
+constexpr int kWaitedInVain = 3;                         // status of the DVR
+
+std::vector<std::string> Arguments(const Recipe& recipe) {
+    const bool twice = recipe.switches.find("-x") not_eq std::string::npos;
+    std::vector<std::string> all = {"--protocol", recipe.dialect, "--recordings",
+                                    VELLORAN_TOGETHER "/recordings", "--timeout", "5", "--frame-timeout", "1",
+                                    "--seed", "1",
+                                    // The second request must come during the transfer.
+                                    "--transfer-time", twice ? "200" : "20"};
+    if (not recipe.defect.empty()) {
+        const std::vector<std::string> defect = WordsOf("--defect " + recipe.defect);
+        all.insert(all.end(), defect.begin(), defect.end());
+    }
+    return all;
+}
+
+/// "ID" for a check that failed, "ID?" for one that is open.
+std::string Marked(const std::string& id, const std::string& verdict) {
+    return id + (verdict == "FAIL" ? "" : verdict == "INCONCLUSIVE" ? "?" : "!");
+}
+
+}  // namespace
+
+Export::Export(const Recipe& recipe, Here here) {
+    harness_.emplace(WordsOf("-p " + recipe.dialect + " " + recipe.switches));
+    harness_->Listens(here);
+    dvr_.emplace(Arguments(recipe));
+    FollowUntilTheDvrEnds();
+    dvrStatus_ = dvr_->Ends(here);
+    harness_->RunsOut(dvrStatus_ == kWaitedInVain ? kQuietAlready : kQuiet, here);
+}
+
+/// The harness waits where nobody reads its log.
+void Export::FollowUntilTheDvrEnds() {
+    constexpr std::chrono::milliseconds moment(20);
+    while (dvr_->IsRunning()) {
+        if (not harness_->LogsMore(moment)) {
+            std::this_thread::sleep_for(moment);
+        }
+    }
+}
+
+Judged Export::Judge() const {
+    std::ofstream(kLog, std::ios::binary) << harness_->GetProcess().output << harness_->StandardError();
+    const ProgramResult ended = RunRig({"judge", "--patience", "1", "--json", kReport, kLog});
+    EXPECT_EQ(ended.errors, "");
+    const nlohmann::json report = nlohmann::json::parse(ReadFile(kReport));
+    Judged judged = {report.at("verdict"), {}};
+    for (const nlohmann::json& run : report.at("runs")) {
+        for (const nlohmann::json& check : run.at("checks")) {
+            const std::string verdict = check.at("verdict");
+            if (verdict not_eq "PASS" and verdict not_eq "NOT REACHED") {
+                judged.found[Marked(check.at("id"), verdict)] = check.at("found");
+            }
+        }
+    }
+    return judged;
+}
+
+std::vector<std::string> Export::Log() const {
+    return LinesOf(harness_->GetProcess().output);
+}
+
+std::string Export::Ending() const {
+    const Process& process = harness_->GetProcess();
+    if (process.ExitStatus() == 44) {
+        return "";
+    }
+    const std::string error = process.error.substr(0, process.error.find('\n'));
+    const std::string text = std::regex_replace(error, std::regex("^velloran: [^ ]+:[0-9]+: "), "");
+    const int signal = process.EndingSignal();
+    const std::string name = signal == SIGABRT ? "SIGABRT" : signal == SIGPIPE ? "SIGPIPE" : process.Ending();
+    return name + (text.empty() ? "" : " ") + text + "\n";
+}
+
+std::vector<std::string> LinesOf(const std::string& log) {
+    std::vector<std::string> lines;
+    std::istringstream all(log);
+    bool isConnected = false;
+    for (std::string raw; std::getline(all, raw);) {
+        const LogLine line = ParseLogLine(raw);
+        if (StartsWith(line.text, "Connected to: ")) {
+            isConnected = true;
+        } else if (isConnected) {
+            lines.push_back(std::to_string(line.level) + " " + line.text);
+        }
+    }
+    return lines;
+}
+
+std::vector<std::string> StoredLog(const std::string& name) {
+    return LinesOf(ReadFile(std::string(VELLORAN_LOGS) + "/" + name + ".log"));
+}

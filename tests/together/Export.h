@@ -1,0 +1,52 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Tables.h"
+#include "tests/support/Dvr.h"
+#include "tests/support/Harness.h"
+#include "tests/support/World.h"
+
+/// What velloran-rig judge says of a log.
+struct Judged {
+    std::string verdict;
+    /// What was found by each check that did not pass, by "ID" where it failed, "ID?" where it is open, and
+    /// "ID!" otherwise.
+    std::map<std::string, std::string> found;
+};
+
+/// One export from beginning to end, in a world of its own: the DVR with the recordings that are kept with
+/// these tests, and the harness until it has ended or has logged nothing for longer than it ever pauses.
+class Export {
+ public:
+    explicit Export(const Recipe& recipe, Here here = Here::current());
+
+    Judged Judge() const;
+
+    /// The harness's log from its first connection on, as LinesOf gives it.
+    std::vector<std::string> Log() const;
+
+    /// The signal that ended the harness before it was interrupted and how its standard error starts, with a
+    /// newline; empty: there was none.
+    std::string Ending() const;
+
+    const Dvr& GetDvr() const { return *dvr_; }
+    int DvrStatus() const { return dvrStatus_; }
+
+ private:
+    void FollowUntilTheDvrEnds();
+
+    World world_;
+    std::optional<Harness> harness_;
+    std::optional<Dvr> dvr_;
+    int dvrStatus_ = -1;
+};
+
+/// The lines of a log after its first connection: level, blank, text.
+std::vector<std::string> LinesOf(const std::string& log);
+
+/// The same of a log that is stored for the judge.
+std::vector<std::string> StoredLog(const std::string& name);

@@ -1,0 +1,1 @@
+Event1 Front.ts
