@@ -11,6 +11,10 @@ bool IsBlank(char byte) {
     return byte == ' ' || (byte >= '\t' && byte <= '\r');
 }
 
+bool IsAllBlank(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), IsBlank);
+}
+
 /// @return how long the text is up to and including the end; all of it if that does not occur
 std::size_t Through(std::string_view text, std::string_view end) {
     const std::size_t at = text.find(end);
@@ -76,7 +80,10 @@ std::string Condensed(std::string_view document) {
 }
 
 const char* TextOf(const pugi::xml_node& element) {
-    const pugi::xml_node first = element.first_child();
+    pugi::xml_node first = element.first_child();
+    while (first.type() == pugi::node_pcdata && IsAllBlank(first.value())) {  // though by references
+        first = first.next_sibling();
+    }
     const bool isText = first.type() == pugi::node_pcdata || first.type() == pugi::node_cdata;
     return isText ? first.value() : "";
 }

@@ -1,0 +1,65 @@
+#include <gtest/gtest.h>
+#include <tinyxml.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+#include "rig/log/HarnessText.h"
+
+namespace rig::log {
+namespace {
+
+/// @return the text of `a` in a document as the judge takes it, in brackets; "none" where the document is not
+/// well formed
+std::string Taken(const std::string& document) {
+    pugi::xml_document parsed;
+    if (!parsed.load_string(Condensed(document).c_str(), kAsTheHarness)) {
+        return "none";
+    }
+    return std::string("[") + TextOf(parsed.child("a")) + "]";
+}
+
+/// The same by the harness's own parser.
+std::string Given(const std::string& document) {
+    TiXmlDocument parsed;
+    parsed.Parse(document.c_str());
+    const TiXmlElement* const element = parsed.FirstChildElement("a");
+    const char* const text = element == nullptr ? nullptr : element->GetText();
+    return parsed.Error() ? "none" : "[" + std::string(text == nullptr ? "" : text) + "]";
+}
+
+TEST(HarnessText, HasNoBlanksAtItsEndsAndOneInPlaceOfSeveral) {
+    EXPECT_EQ(Taken("<a>\r\n\t two  words\n</a>"), "[two words]");
+    EXPECT_EQ(Taken("<a> \n </a>"), "[]");
+    EXPECT_EQ(Condensed("<a b='x  >  y'> 1 <c/> 2 </a>"), "<a b='x  >  y'>1<c/>2</a>");
+}
+
+TEST(HarnessText, KeepsBlanksThatAreWrittenAsReferences) {
+    EXPECT_EQ(Taken("<a> &#32;&#32;two&#10;words&#32; </a>"), "[  two\nwords ]");
+}
+
+TEST(HarnessText, EndsAtACommentOrSection) {
+    EXPECT_EQ(Taken("<a>one<!-- -->two</a>"), "[one]");
+    EXPECT_EQ(Taken("<a><!-- -->two</a>"), "[]");
+    EXPECT_EQ(Taken("<a><![CDATA[  as  is ]]>two</a>"), "[  as  is ]");
+}
+
+TEST(HarnessText, IsWhatTheHarnesssParserGives) {
+    const std::vector<std::string> pieces = {" ",    "\n\t", "x",          "E1",         "&#32;",    "&amp;",
+                                             "\r\n", "&lt;", "<!-- c -->", "<b> y </b>", "\xc3\xa4", "<b/>"};
+    std::mt19937 random(20261122);
+    std::uniform_int_distribution<std::size_t> piece(0, pieces.size() - 1);
+    std::uniform_int_distribution<int> length(0, 6);
+    for (int round = 0; round < 20'000; ++round) {
+        std::string document = "<a>";
+        for (int left = length(random); left > 0; --left) {
+            document += pieces[piece(random)];
+        }
+        document += "</a>";
+        ASSERT_EQ(Taken(document), Given(document)) << document;
+    }
+}
+
+}  // namespace
+}  // namespace rig::log
