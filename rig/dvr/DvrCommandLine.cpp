@@ -79,7 +79,7 @@ void AddPaceOptions(CLI::App& dvr, DvrOptions& options) {
 void AddStyleOptions(CLI::App& dvr, DvrOptions& options) {
     dvr.add_option("--style", options.styles,
                    "Write the XML in this manner (see --list-styles), or in all; may be given several times")
-        ->type_name("NAME")
+        ->type_name("STYLE")
         ->allow_extra_args(false);
     dvr.add_flag("--list-styles", options.listStyles, "Print all styles and exit");
 }
