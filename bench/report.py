@@ -119,9 +119,9 @@ def start():
                              rounds]))
     own = result['velloran']
     row('start to listening', f'{own["seconds"] * 1000:.1f} ms',
-        ', '.join(f'{name} {result[name]["seconds"] * 1000:.1f} ms' for name in ('socat', 'python')), 'ahead of both')
+        ', '.join(f'{name} {result[name]["seconds"] * 1000:.1f} ms' for name in ('socat', 'python')), 'before both')
     row('resident then', f'{own["kilobytes"] / 1024:.1f} MiB',
-        ', '.join(f'{name} {result[name]["kilobytes"] / 1024:.1f} MiB' for name in ('socat', 'python')), 'ahead of both')
+        ', '.join(f'{name} {result[name]["kilobytes"] / 1024:.1f} MiB' for name in ('socat', 'python')), 'before both')
 
 
 for part in (prefix, log, dialogue, lists, export, start):

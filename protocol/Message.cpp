@@ -8,7 +8,7 @@
 namespace {
 
 /// @return the document's `msg`, or null; null, too, where another kind of node with that value, a comment
-///         "msg", is ahead of the element, as the handle takes the first
+///         "msg", comes before the element, as the handle takes the first
 const TiXmlElement* FindMsg(const TiXmlDocument& document) {
     return TiXmlHandle(const_cast<TiXmlDocument*>(&document)).FirstChild("msg").ToElement();
 }

@@ -28,7 +28,7 @@ const char* MsgAttribute(const TiXmlDocument& document, const char* name);
 /// ours.
 const char* MsgReq(const TiXmlDocument& document);
 
-/// Parses `text` into an empty document. Where it is no XML, logs what the parser reports, in two lines at
+/// Parses `text` into an empty document. Where it is not XML, logs what the parser reports, in two lines at
 /// level 1; the caller then asserts that there is no error, so that the assertion names its function.
 void ParseOrReport(TiXmlDocument& document, const char* text);
 

@@ -2,8 +2,8 @@
 """A whole export: its wall time against the pauses that the harness must make.
 
 Usage: export.py VELLORAN VELLORAN-RIG DIALECT    (inside namespaces of its own: loopback up, /mnt a tmpfs with hd)
-Prints one line of JSON. The harness's pauses follow from its log: 250 ms behind each message that it reads, as the
-simulated DVR's messages arrive in one piece, and one second behind each file request that a line says is not the last.
+Prints one line of JSON. The harness's pauses follow from its log: 250 ms after each message that it reads, as the
+simulated DVR's messages arrive in one piece, and one second after each file request that a line says is not the last.
 """
 import json
 import re

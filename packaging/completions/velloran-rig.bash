@@ -17,6 +17,12 @@ __velloran_rig_defects() {
     "$1" dvr --list-defects 2>/dev/null | sed -nE 's/^([a-z-]+).*/\1/p'
 }
 
+# Usage: __velloran_rig_styles PROGRAM
+__velloran_rig_styles() {
+    echo all
+    "$1" dvr --list-styles --format markdown 2>/dev/null | sed -nE 's/^\| `([a-z-]+)` .*/\1/p'
+}
+
 # What a DVR sends. Usage: __velloran_rig_messages PROGRAM
 __velloran_rig_messages() {
     "$1" dvr --list-messages --format markdown 2>/dev/null | sed -nE 's/^\| `([A-Z_]+)` \| [^|]+ \| DVR .*/\1/p' | sort -u
@@ -50,6 +56,7 @@ __velloran_rig_value() {
             return
             ;;
         NAME) choices=$(__velloran_rig_defects "$1") ;;
+        STYLE) choices=$(__velloran_rig_styles "$1") ;;
         MESSAGE*) choices=$(__velloran_rig_messages "$1") ;;
     esac
     COMPREPLY=($(compgen -W "$choices" -- "$cur"))

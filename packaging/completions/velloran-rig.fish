@@ -10,6 +10,11 @@ function __velloran_rig_defects
     velloran-rig dvr --list-defects --format markdown | string replace -rf '^\| `([a-z-]+)[^|]*\|[^|]*\|[^|]*\| ([^|]*) \|.*' '$1\t$2'
 end
 
+function __velloran_rig_styles
+    echo all
+    velloran-rig dvr --list-styles --format markdown | string replace -rf '^\| `([a-z-]+)` \| (.*) \|' '$1\t$2'
+end
+
 function __velloran_rig_cases
     echo all
     velloran-rig run --list-cases | string replace -r '^(\S+) +(.*)' '$1\t$2'
@@ -31,6 +36,8 @@ function __velloran_rig_value --argument-names kind
             printf '%s\n' -x -a '(__fish_print_hostnames)'
         case NAME
             printf '%s\n' -x -a '(__velloran_rig_defects)'
+        case STYLE
+            printf '%s\n' -x -a '(__velloran_rig_styles)'
         case 'MESSAGE*'
             printf '%s\n' -x -a '(__velloran_rig_messages)'
         case '*'
@@ -38,7 +45,7 @@ function __velloran_rig_value --argument-names kind
     end
 end
 
-# Declares the options of the subcommand that is given behind the condition, or those without one.
+# Declares the options of the subcommand that is given after the condition, or those without one.
 function __velloran_rig_declare --argument-names condition
     # A long option stands on a line of its own, before its description.
     set -l help (velloran-rig $argv[2..] --help | string collect)

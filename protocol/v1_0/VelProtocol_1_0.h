@@ -18,14 +18,14 @@ class VelProtocol_1_0 : public VelProtocolBase {
     using VelProtocolBase::VelProtocolBase;
 
     /// Returns MSG_CLOSE_CLIENT once DONE has been sent. Neither list is cleared: a later export names the
-    /// earlier events again, ahead of its own.
+    /// earlier events again, before its own.
     e_MsgReturn HandleMessage() override;
 
     /// Sends UPDATE_CONFIGURATION, which the DVR must refuse. Logs nothing.
     void SendConfigUpdateRequest();
 
     /// Appends the events that an XML message describes, and their files, to the lists. Sends nothing. Ends
-    /// the process on a description that is no XML; never returns from one without an identifier.
+    /// the process on a description that is not XML; never returns from one without an identifier.
     void Handle_XML_msg(TiXmlDocument& document);
 
     /// Sends GET_FILE. Logs nothing and leaves the lists alone.

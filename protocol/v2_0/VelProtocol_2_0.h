@@ -36,7 +36,7 @@ class VelProtocol_2_0 : public VelProtocolBase {
     void SendNextEvent(const std::string& reid);
 
     /// Checks that the description is of the event asked for, saves it as "/mnt/hd/incoming_" and its
-    /// identifier, and queues its files. Sends nothing. Ends the process on a description that is no XML.
+    /// identifier, and queues its files. Sends nothing. Ends the process on a description that is not XML.
     void Handle_EVENT_msg(TiXmlDocument& document);
 
     /// Drops the front file, on which the DVR has just reported, and sends what comes next: a GET_FILE, on

@@ -6,10 +6,8 @@
 #include <utility>
 
 #include "rig/base/WriteWhole.h"
-#include "rig/campaign/evidence/CampaignJson.h"
-#include "rig/campaign/evidence/CampaignPage.h"
-#include "rig/result/JunitReport.h"
-#include "rig/result/TapReport.h"
+#include "rig/campaign/evidence/CampaignFiles.h"
+#include "rig/result/Reports.h"
 
 namespace rig::campaign {
 
@@ -50,13 +48,13 @@ void Campaign::RunCase(CaseRecord& record) {
     CaseRun run(rig, folder, record, interrupts_, display_);
     run.Run();
     away_ = SecondsAway(record.plan);
-    TakeClean(record);
-    TakeResult(record, run);
+    NoteCleanExport(record);
+    KeepResult(record, run);
     WriteReports();
     WriteRecord();
 }
 
-void Campaign::TakeClean(const CaseRecord& record) {
+void Campaign::NoteCleanExport(const CaseRecord& record) {
     const bool isGood = ExitStatusOf(record.outcome) == 0;
     const bool hasFailed = record.plan.role == Case::Role::First && !isGood && !interrupts_.Came();
     const bool hasOthers =
@@ -65,13 +63,13 @@ void Campaign::TakeClean(const CaseRecord& record) {
         });
     if (hasFailed && failedClean_.insert(record.plan.protocol).second && hasOthers) {
         display_.Warn(
-            fmt::format("{} did not pass: what the cases of {}.0 behind it find is not to be blamed on "
-                        "how the DVR takes faults",
+            fmt::format("{} did not pass: if later cases of {}.0 fail, do not blame how the DVR "
+                        "handles faults",
                         record.id, record.plan.protocol));
     }
 }
 
-void Campaign::TakeResult(const CaseRecord& record, const CaseRun& run) {
+void Campaign::KeepResult(const CaseRecord& record, const CaseRun& run) {
     if (record.verdict) {
         record_.coverage.Add(record.plan, run.Result(), run.Messages());
     }

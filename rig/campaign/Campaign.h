@@ -10,7 +10,7 @@
 namespace rig::campaign {
 
 /// Runs all planned cases one after another and leaves the evidence in a folder. campaign.json is rewritten
-/// before and after each case, so that it is true whenever the campaign is cut short.
+/// before and after each case, so that it is true even if the campaign is cut short.
 class Campaign {
  public:
     /// @param folder  exists and is empty
@@ -23,8 +23,8 @@ class Campaign {
 
  private:
     void RunCase(CaseRecord& record);
-    void TakeClean(const CaseRecord& record);
-    void TakeResult(const CaseRecord& record, const CaseRun& run);
+    void NoteCleanExport(const CaseRecord& record);
+    void KeepResult(const CaseRecord& record, const CaseRun& run);
     void FindKnownUnseen();
     void WriteRecord() const;
     void WriteReports() const;
@@ -35,7 +35,7 @@ class Campaign {
     Interrupts interrupts_;
     Display display_;
     std::set<int> failedClean_;  // dialects whose first clean export did not pass
-    double away_ = 0;            // seconds for which the last case told the DVR to connect to nobody
+    double away_ = 0;            // seconds that the last case told the DVR to stay away
     result::Result result_;
 };
 

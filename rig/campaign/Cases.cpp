@@ -13,7 +13,7 @@ namespace {
 
 using Role = Case::Role;
 
-/// Together with -x, -r never asks for the hash: -x fires before the answer that -r waits for.
+/// With -x, -r never asks for the hash: -x fires before the answer that -r waits for.
 const std::vector<std::string> kRehashChecks = {"rehash.fired", "rehash.attributes", "rehash.same-hash"};
 
 std::vector<Case> FirstDialect() {
@@ -32,33 +32,34 @@ std::vector<Case> SecondDialectAlone() {
         {"event-2.0", 2, "-p 2 -e",
          "The DVR refuses an event that it does not have, then gives the true one."},
         {"file-2.0", 2, "-p 2 -f", "The DVR refuses a file of an unknown event, and an unknown file."},
-        {"transport-2.0", 2, "-p 2 -t", "The DVR reports a transfer that fails, and makes it good."},
-        {"rehash-2.0", 2, "-p 2 -r", "The DVR hashes a file anew and gives hash and length."},
+        {"transport-2.0", 2, "-p 2 -t", "The DVR reports a transfer that fails, then completes it."},
+        {"rehash-2.0", 2, "-p 2 -r", "The DVR hashes a file again and gives hash and length."},
         {"xfer-2.0", 2, "-p 2 -x",
          "The DVR says that a file asked for again is in transfer, and completes it."},
         {"size-2.0", 2, "-p 2 -z", "The DVR does not act on frames that are shorter than announced."},
         {"config-2.0", 2, "-p 2 -g", "The DVR refuses a bogus configuration."},
-        {"upgrade-2.0", 2, "-p 2 -u", "The DVR confirms a software update, then exports as ever."},
+        {"upgrade-2.0", 2, "-p 2 -u", "The DVR confirms a software update, then exports as usual."},
         {"close-2.0", 2, "-p 2 -c 1", "The DVR ends its export when DONE comes after the first event."},
         {"done-2.0", 2, "-p 2 -d 1", "The DVR stays away for the minute that DONE asks for."},
-        {"sleep-2.0", 2, "-p 2 -s 2", "The DVR bears longer pauses between requests."},
+        {"sleep-2.0", 2, "-p 2 -s 2", "The DVR tolerates longer pauses between requests."},
     };
 }
 
 std::vector<Case> SecondDialectTogether() {
     return {
         {"close-late-2.0", 2, "-p 2 -c 2", "The DVR ends its export when DONE comes after the second event."},
-        {"close-done-2.0", 2, "-p 2 -c 1 -d 1", "The DVR takes an early DONE and its time together."},
+        {"close-done-2.0", 2, "-p 2 -c 1 -d 1", "The DVR obeys an early DONE with a duration."},
         {"event-close-2.0", 2, "-p 2 -e -c 1", "A refused event does not count as one that was exported."},
         {"upgrade-config-2.0", 2, "-p 2 -u -g", "The DVR answers two orders at once, in their order."},
-        {"upgrade-event-2.0", 2, "-p 2 -u -e", "The refusal of an event follows on the software update."},
+        {"upgrade-event-2.0", 2, "-p 2 -u -e", "The refusal of an event follows the software update."},
         {"file-transport-2.0", 2, "-p 2 -f -t", "Two refusals of a file and its failed transfer in a row."},
-        {"transport-rehash-2.0", 2, "-p 2 -t -r", "The file whose transfer failed is hashed anew."},
+        {"transport-rehash-2.0", 2, "-p 2 -t -r", "The file whose transfer failed is hashed again."},
         {"rehash-xfer-2.0", 2, "-p 2 -r -x",
-         "One file is asked for three times; the hash is not asked for anew.", Role::Fault, kRehashChecks},
+         "One file is asked for three times; a new hash is never asked for.", Role::Fault, kRehashChecks},
         {"faults-2.0", 2, "-p 2 -e -f -t -r -x", "All faults of events and files in one export.", Role::Fault,
          kRehashChecks},
-        {"config-size-2.0", 2, "-p 2 -g -z", "The DVR does not act on a configuration in a frame too short."},
+        {"config-size-2.0", 2, "-p 2 -g -z",
+         "The DVR does not act on a configuration in a frame that is too short."},
         {"recovery-2.0", 2, "-p 2", "A whole export again: the DVR has recovered from all faults before it.",
          Role::Last},
     };
@@ -88,8 +89,8 @@ bool IsOf(const Case& plan, const std::string& protocol) {
     return protocol == "both" || protocol == std::to_string(plan.protocol);
 }
 
-/// Takes out the clean exports of each dialect of which nothing else was chosen, or all of them.
-void TakeFramesOut(std::vector<Case>& plans, const std::set<std::string>& names, bool bare) {
+/// Drops the clean exports of dialects of which nothing else was chosen; if bare, all that were not named.
+void DropNeedlessCleanExports(std::vector<Case>& plans, const std::set<std::string>& names, bool bare) {
     const std::vector<Case> all = plans;
     const auto isNeedless = [&](const Case& plan) {
         if (plan.role == Role::Fault || names.count(plan.name) > 0) {
@@ -125,7 +126,7 @@ std::vector<Case> Select(const Selection& selection) {
         return isAll ? IsOf(plan, selection.protocol)
                      : plan.role != Role::Fault || names.count(plan.name) > 0;
     });
-    TakeFramesOut(plans, names, selection.bare);
+    DropNeedlessCleanExports(plans, names, selection.bare);
     if (plans.empty()) {
         throw std::runtime_error("--cases: expected at least one case to run, found none");
     }

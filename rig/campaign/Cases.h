@@ -27,6 +27,14 @@ struct Selection {
     bool bare = false;           // without the clean exports that run first and last
 };
 
+/// How long to wait for each thing, in seconds.
+struct Patience {
+    double connect = 60;  // for the DVR's connection
+    double idle = 30;     // for the next line of the log
+    double whole = 600;   // for the end of the case
+    double answer = 3;    // for the answer to a request, as the judge counts it
+};
+
 /// @return the cases to run, in the table's order; each dialect that has a case begins and ends with its
 /// clean export. A name determines its dialect. Throws std::runtime_error for a name that no case has, and
 /// when nothing is left to run.
@@ -38,7 +46,7 @@ std::string ListCases();
 /// @return whether the harness runs with this switch, such as 'z'
 bool Has(const Case& plan, char letter);
 
-/// @return for how many seconds a good DVR connects to nobody after the case
+/// @return how many seconds a good DVR stays away after the case
 double SecondsAway(const Case& plan);
 
 }  // namespace rig::campaign

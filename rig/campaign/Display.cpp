@@ -13,8 +13,8 @@
 namespace rig::campaign {
 namespace {
 
-constexpr std::chrono::seconds kNews(10);         // how often a phase is repeated when not on a terminal
-constexpr std::chrono::milliseconds kBlink(100);  // how often a terminal's line changes
+constexpr std::chrono::seconds kNews(10);         // until a phase is printed again when not on a terminal
+constexpr std::chrono::milliseconds kBlink(100);  // until a terminal's line changes again
 
 Colour ColourOf(Outcome outcome) {
     switch (ExitStatusOf(outcome)) {
@@ -126,8 +126,8 @@ void Display::End(const CampaignRecord& campaign, const std::string& folder) {
     PrintSpreads(campaign);
     std::cout << campaign.coverage.Text();
     for (const std::string& known : campaign.knownUnseen) {
-        std::cout << "known failure that did not show: " << known
-                  << ": the list of known failures is to be mended\n";
+        std::cout << "known failure that did not occur: " << known
+                  << ": the list of known failures must be fixed\n";
     }
     Print(TimesOf(campaign));
     Print(fmt::format("{}: {}; see {}/index.html", NameOf(campaign.Whole()), CountsOf(campaign),

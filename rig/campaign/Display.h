@@ -20,7 +20,7 @@ class Display {
     /// is new, and every 10 s after that.
     void Show(const std::string& phase, const std::string& detail);
 
-    /// Something that must not be missed: a line of its own on standard error.
+    /// Prints what must not be missed: a line of its own on standard error.
     void Warn(const std::string& text);
 
     void CaseEnds(const CaseRecord& record);

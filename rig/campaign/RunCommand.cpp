@@ -9,7 +9,6 @@
 
 #include "rig/base/Complaint.h"
 #include "rig/base/OptionChecks.h"
-#include "rig/campaign/execution/Start.h"
 
 namespace rig::campaign {
 namespace {
@@ -21,9 +20,9 @@ constexpr const char* kRunStatuses =
     "run;\n"
     "3 the harness, a hook or the rig failed; 64 usage, or evidence that cannot be written; 130 "
     "interrupted.\n"
-    "In the commands, the harness's gets its switches appended; {protocol} and {seed} are replaced in the "
+    "The switches are appended to the harness's command; {protocol} and {seed} are replaced in the "
     "DVR's.\n"
-    "Hooks see VELLORAN_CASE, VELLORAN_CASE_DIR and, behind the case, VELLORAN_OUTCOME.";
+    "Hooks see VELLORAN_CASE, VELLORAN_CASE_DIR and, after the case, VELLORAN_OUTCOME.";
 
 CLI::Option* AddSeconds(CLI::App& run, const char* name, double& seconds, const char* text) {
     return run.add_option(name, seconds, text)
@@ -36,17 +35,17 @@ void AddCaseOptions(CLI::App& run, RunOptions& options) {
     run.add_option("--cases", options.selection.names, "Cases to run, as --list-cases names them, or all")
         ->type_name("all|NAME,...")
         ->capture_default_str();
-    run.add_option("--protocol", options.selection.protocol, "Dialects of which to run all cases")
+    run.add_option("--protocol", options.selection.protocol, "Dialects whose cases to run")
         ->check(CLI::IsMember({"1", "2", "both"}))
         ->type_name("1|2|both")
         ->capture_default_str();
-    run.add_flag("--bare", options.selection.bare, "Without the clean exports that run first and last");
+    run.add_flag("--bare", options.selection.bare, "Leave out the clean exports that run first and last");
     run.add_flag("--list-cases", options.listCases, "Print the table of cases and exit");
-    run.add_option("--repeat", options.repeat, "Run each case so often, to see how its runs differ")
+    run.add_option("--repeat", options.repeat, "Run each case this many times, to see how its runs differ")
         ->transform(Between(1, kMostRuns))
         ->type_name("N")
         ->capture_default_str();
-    run.add_option("--seed", options.seed, "Repeats the random choices of an earlier campaign")
+    run.add_option("--seed", options.seed, "Repeat the random choices of an earlier campaign")
         ->transform(Between<std::uint32_t>(0, UINT32_MAX))
         ->type_name("N");
 }
@@ -56,21 +55,21 @@ void AddCommandOptions(CLI::App& run, RunOptions& options) {
         run.add_option(name, command, text)->type_name("COMMAND");
     };
     addCommand("--velloran", options.velloran,
-               "The harness, such as 'ssh rig velloran' (default: the one beside this program, or on PATH)");
+               "The harness, such as 'ssh rig velloran' (default: the one next to this program, or on PATH)");
     addCommand("--stop", options.stop,
                "Interrupts the harness, where SIGINT to its command does not reach it");
     run.add_option("--log", options.log, "Where the harness's log goes (default: its standard output)")
         ->type_name("FILE");
     run.add_option_function<std::string>(
            "--dvr", [&options](const std::string& command) { options.dvr = command; },
-           "Start this for each case; alone: the simulated DVR. Without it a recorder is waited for")
+           "Start this for each case; without COMMAND, the simulated DVR. Without --dvr, wait for a recorder")
         ->expected(0, 1)
         ->type_name("[COMMAND]");
-    addCommand("--before-case", options.hooks.beforeCase, "Runs ahead of each case");
-    addCommand("--after-case", options.hooks.afterCase, "Runs behind each case");
-    addCommand("--alive", options.hooks.alive, "Runs behind each case: status 0 says that the DVR lives");
+    addCommand("--before-case", options.hooks.beforeCase, "Runs before each case");
+    addCommand("--after-case", options.hooks.afterCase, "Runs after each case");
+    addCommand("--alive", options.hooks.alive, "Runs after each case: status 0 means that the DVR is alive");
     addCommand("--power-cycle", options.hooks.powerCycle,
-               "Runs when it does not; then --alive is asked once more");
+               "Runs if the DVR is not alive; then --alive runs once more");
 }
 
 void AddPatienceOptions(CLI::App& run, RunOptions& options) {
@@ -80,7 +79,7 @@ void AddPatienceOptions(CLI::App& run, RunOptions& options) {
     AddSeconds(run, "--hook-timeout", options.hooks.timeout, "How long a hook may take");
     AddSeconds(run, "--patience", options.patience.answer,
                "How long the harness must have waited for an answer before it counts as missing");
-    AddSeconds(run, "--linger", options.linger, "How long to watch on behind the end of a dialogue");
+    AddSeconds(run, "--linger", options.linger, "How long to keep watching after the end of a dialogue");
     run.add_option("--max-reaction", options.maxReaction, "Fail when an answer took longer")
         ->transform(Between(0.0, kLongestSeconds * 1000))
         ->type_name("MS");
@@ -90,9 +89,9 @@ void AddEvidenceOptions(CLI::App& run, RunOptions& options) {
     run.add_option("--out", options.out,
                    "Folder for the evidence, new or empty (default: velloran-campaign-YYYYMMDD-HHMMSS)")
         ->type_name("DIR");
-    run.add_option("--note", options.note, "Goes into the evidence: firmware, unit")->type_name("TEXT");
+    run.add_option("--note", options.note, "Note for the evidence: firmware, unit")->type_name("TEXT");
     run.add_option("--known", options.known,
-                   "Known failures: in each line a check, a blank, and what a report says was found")
+                   "Known failures: on each line a check, a blank, and what a report says was found")
         ->type_name("FILE");
     run.add_flag("--capture", options.capture, "Capture the packets of port 5001 for each case");
 }
@@ -119,7 +118,7 @@ int RunCampaign(const RunOptions& options) {
                               : 0;
     }
     try {
-        return ExitStatusOf(Start(options));
+        return ExitStatusOf(PlanAndRun(options));
     } catch (const std::exception& error) {
         return Complain("run", kUsageStatus, error.what());
     }

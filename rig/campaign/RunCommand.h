@@ -5,6 +5,7 @@
 #include <string>
 
 #include "rig/campaign/Cases.h"
+#include "rig/campaign/Outcome.h"
 #include "rig/campaign/execution/Hooks.h"
 #include "rig/campaign/execution/Watch.h"
 
@@ -37,6 +38,10 @@ struct RunOptions {
 /// Adds the subcommand `run`. When the command line asks for it, parsing runs it and leaves its exit status
 /// in `status`, which must live until then.
 void AddRunCommand(CLI::App& app, int& status);
+
+/// Plans the campaign that the options describe, makes its folder and runs it. Throws std::runtime_error when
+/// the options cannot be followed or evidence cannot be written.
+Outcome PlanAndRun(const RunOptions& options);
 
 /// Runs a campaign: progress on standard output, evidence in a folder; if something goes wrong, one line on
 /// standard error.

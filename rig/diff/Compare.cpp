@@ -7,8 +7,6 @@
 #include <set>
 
 #include "rig/base/Counted.h"
-#include "rig/diff/Dialogues.h"
-#include "rig/diff/Reactions.h"
 #include "rig/diff/Severity.h"
 
 namespace rig::diff {

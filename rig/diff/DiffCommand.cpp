@@ -10,9 +10,7 @@
 #include "rig/base/Terminal.h"
 #include "rig/base/WriteWhole.h"
 #include "rig/diff/Compare.h"
-#include "rig/diff/DiffJson.h"
-#include "rig/diff/DiffPage.h"
-#include "rig/diff/DiffText.h"
+#include "rig/diff/Reports.h"
 #include "rig/log/LogReader.h"
 
 namespace rig::diff {
@@ -23,7 +21,7 @@ constexpr int kNoCampaign = 66;
 
 constexpr const char* kDiffStatuses =
     "Exit status: 0 nothing got worse; 1 something did; 64 usage, or a report that cannot be written;\n"
-    "66 a folder that is none of a campaign.";
+    "66 a folder that is not a campaign's.";
 
 void WriteReports(const DiffOptions& options, const Comparison& comparison) {
     if (!options.json.empty()) {
@@ -40,11 +38,11 @@ void WriteReports(const DiffOptions& options, const Comparison& comparison) {
 void AddDiffCommand(CLI::App& app, int& status) {
     const auto options = std::make_shared<DiffOptions>();
     CLI::App* const diff =
-        app.add_subcommand("diff", "Says what changed between two campaigns, of two firmwares for instance");
+        app.add_subcommand("diff", "Says what changed between two campaigns, for instance of two firmwares");
     diff->footer(kDiffStatuses);
     diff->add_option("BEFORE", options->before, "Folder of a campaign")->required()->type_name("DIR");
     diff->add_option("NOW", options->after, "Folder of a later one")->required()->type_name("DIR");
-    diff->add_flag("--all", options->all, "Name also the cases that are the same");
+    diff->add_flag("--all", options->all, "Also name the cases that are the same");
     diff->add_option("--json", options->json, "Write the result as JSON")->type_name("FILE");
     diff->add_option("--html", options->html, "Write one page with links into the evidence")
         ->type_name("FILE");

@@ -1,5 +1,4 @@
-#include "rig/diff/DiffJson.h"
-
+#include "rig/diff/Reports.h"
 #include "rig/result/Json.h"
 
 namespace rig::diff {

@@ -1,10 +1,8 @@
-#include "rig/diff/DiffPage.h"
-
 #include <fmt/format.h>
 
 #include <filesystem>
 
-#include "rig/diff/DiffText.h"
+#include "rig/diff/Reports.h"
 #include "rig/html/HtmlPage.h"
 
 namespace rig::diff {
@@ -71,7 +69,7 @@ std::string DiffPage(const Comparison& comparison, const std::string& place) {
     for (const Difference& difference : comparison.surroundings) {
         AddFact(list, difference.subject, difference.before + ", now " + difference.after);
     }
-    pugi::xml_node body = AddTable(page.Body(), "Worse cases first",
+    pugi::xml_node body = AddTable(page.Body(), "Cases that got worse first",
                                    {"Case", "Change", "Switches", "What changed", "Evidence"});
     Set(body.parent(), "class", "checks");
     for (const Change change : {Change::Worse, Change::Better, Change::Changed, Change::Same}) {

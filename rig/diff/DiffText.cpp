@@ -1,12 +1,10 @@
-#include "rig/diff/DiffText.h"
-
 #include <fmt/format.h>
 
 #include <iterator>
 
 #include "rig/base/Printable.h"
 #include "rig/base/Terminal.h"
-#include "rig/result/Words.h"
+#include "rig/diff/Reports.h"
 
 namespace rig::diff {
 namespace {

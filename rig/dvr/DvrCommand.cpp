@@ -125,6 +125,11 @@ bool PlayOnce(const DvrOptions& options, const Recordings& recordings, const End
     if (delivery != nullptr) {
         session.Deliver(*delivery);
     }
+    Style style;
+    for (const std::string& manner : options.styles) {
+        style.AddManner(manner);
+    }
+    session.WriteAs(style);
     if (injector.HasDefects()) {
         session.Misbehave(injector, endpoint);
     }

@@ -38,6 +38,8 @@ struct DvrOptions {
     std::string replaySpeed = "full";       // or "recorded"
     std::string onSizeError = "close";      // or "continue"
     bool wireCheck = false;
+    std::vector<std::string> styles;
+    bool listStyles = false;  // and play nothing
     std::vector<DefectOption> defects;
     bool listDefects = false;           // and play nothing
     bool listMessages = false;          // likewise

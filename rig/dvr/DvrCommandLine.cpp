@@ -9,6 +9,7 @@
 #include "rig/dvr/DvrCommand.h"
 #include "rig/dvr/defects/Defect.h"
 #include "rig/dvr/replay/ReplayCommand.h"
+#include "rig/dvr/wire/Style.h"
 #include "rig/protocol/Catalogue.h"
 
 namespace rig::dvr {
@@ -72,6 +73,15 @@ void AddPaceOptions(CLI::App& dvr, DvrOptions& options) {
         ->type_name("MS")
         ->capture_default_str()
         ->needs(segment);
+}
+
+/// How the DVR writes its XML.
+void AddStyleOptions(CLI::App& dvr, DvrOptions& options) {
+    dvr.add_option("--style", options.styles,
+                   "Write the XML in this manner (see --list-styles), or in all; may be given several times")
+        ->type_name("STYLE")
+        ->allow_extra_args(false);
+    dvr.add_flag("--list-styles", options.listStyles, "Print all styles and exit");
 }
 
 /// What the DVR does wrong, and what there is to choose from.
@@ -142,12 +152,17 @@ void AddDvrCommand(CLI::App& app, int& status) {
         ->type_name("DIR");
     AddTimeOptions(*dvr, *options);
     AddPaceOptions(*dvr, *options);
+    AddStyleOptions(*dvr, *options);
     AddDefectOptions(*dvr, options);
     AddWireOptions(*dvr, *options);
     AddReplayOptions(*dvr, *options);
     dvr->callback([options, &status] {
         if (options->listDefects) {
             Print(ListDefects(), options->format);
+            return;
+        }
+        if (options->listStyles) {
+            Print(ListStyles(), options->format);
             return;
         }
         if (options->listMessages) {

@@ -1,10 +1,9 @@
-#include "rig/html/HtmlChecks.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
 
 #include "rig/html/HtmlPage.h"
+#include "rig/html/HtmlSections.h"
 
 namespace rig::html {
 namespace {
@@ -116,8 +115,7 @@ void AddMatrix(pugi::xml_node section, const result::Result& result) {
             AddLetter(row, result.runs[run], id, PrefixOf(run));
         }
     }
-    Add(section, "p", "P pass, F fail, I inconclusive, N not reached, E environment, K known failure",
-        "hint");
+    AddLetterLegend(section);
 }
 
 }  // namespace rig::html

@@ -1,5 +1,3 @@
-#include "rig/html/HtmlLadder.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -7,8 +5,8 @@
 #include "rig/base/Counted.h"
 #include "rig/base/ValidText.h"
 #include "rig/html/HtmlPage.h"
-#include "rig/html/KeptOf.h"
-#include "rig/result/Words.h"
+#include "rig/html/HtmlSections.h"
+#include "rig/result/Result.h"
 
 namespace rig::html {
 namespace {
@@ -31,13 +29,13 @@ std::vector<std::string> Wrapped(const std::string& text) {
     std::size_t begin = 0;
     while (text.size() - begin > kLetters) {
         const std::size_t blank = text.rfind(' ', begin + kLetters);
-        const bool isParted = blank != std::string::npos && blank > begin;
-        std::size_t end = isParted ? blank : begin + kLetters;
-        while (!isParted && end > begin + 1 && (static_cast<unsigned char>(text[end]) & 0xc0U) == 0x80) {
+        const bool isAtBlank = blank != std::string::npos && blank > begin;
+        std::size_t end = isAtBlank ? blank : begin + kLetters;
+        while (!isAtBlank && end > begin + 1 && (static_cast<unsigned char>(text[end]) & 0xc0U) == 0x80) {
             --end;  // not inside a character
         }
         lines.push_back(text.substr(begin, end - begin));
-        begin = isParted ? end + 1 : end;
+        begin = isAtBlank ? end + 1 : end;
     }
     lines.push_back(text.substr(begin));
     return lines;
@@ -138,12 +136,12 @@ void AddLadder(pugi::xml_node section, const result::RunResult& run, const LogPl
     const auto kept = KeptOf(run.steps.size(), limit, [&run](std::size_t step) {
         return run.steps[step].kind == result::Step::Kind::Fault;
     });
-    Add(section, "p", "Seconds since the run began; each step is linked to its line of the log.", "hint");
+    Add(section, "p", "Seconds since the run began; each step links to its line of the log.", "hint");
     if (kept.size() < run.steps.size()) {
         Add(section, "p",
             fmt::format(
                 "This page shows {} of the {} steps of this run: the first, the last, and up to {} injected "
-                "faults between. The other {} are in the log itself.",
+                "faults in between. The other {} are in the log itself.",
                 kept.size(), run.steps.size(), limit, run.steps.size() - kept.size()),
             "cut");
     }

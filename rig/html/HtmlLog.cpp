@@ -1,5 +1,3 @@
-#include "rig/html/HtmlLog.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -7,7 +5,8 @@
 
 #include "rig/base/Counted.h"
 #include "rig/html/HtmlPage.h"
-#include "rig/result/Words.h"
+#include "rig/html/HtmlSections.h"
+#include "rig/result/Result.h"
 
 namespace rig::html {
 namespace {
@@ -120,10 +119,10 @@ void AddLog(pugi::xml_node section, const result::RunResult& run, const LogPlace
     const std::size_t cut = run.log.size() - places.Kept().size();
     if (cut > 0) {
         Add(log, "p",
-            fmt::format(
-                "This page holds {} of the {} lines of this run: the first, the last, and those between that "
-                "prove a finding. The other {} are in the log itself.",
-                places.Kept().size(), run.log.size(), cut),
+            fmt::format("This page holds {} of the {} lines of this run: the first, the last, and those in "
+                        "between that "
+                        "prove a finding. The other {} are in the log itself.",
+                        places.Kept().size(), run.log.size(), cut),
             "cut");
     }
     AddSearch(log, run);

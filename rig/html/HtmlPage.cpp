@@ -93,6 +93,10 @@ void AddVerdictLetter(pugi::xml_node parent, result::Verdict verdict, std::strin
     Set(link, "aria-label", result::NameOf(verdict));
 }
 
+void AddLetterLegend(pugi::xml_node parent) {
+    Add(parent, "p", "P pass, F fail, I inconclusive, N not reached, E environment, K known failure", "hint");
+}
+
 pugi::xml_node AddTable(pugi::xml_node parent, std::string_view caption,
                         const std::vector<std::string>& heads) {
     pugi::xml_node frame = Add(parent, "div", {}, "scrolls");

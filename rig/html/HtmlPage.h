@@ -38,6 +38,9 @@ pugi::xml_node AddVerdict(pugi::xml_node parent, result::Verdict verdict);
 /// Adds the verdict as one letter, for tables with many of them, with a link to what it is about.
 void AddVerdictLetter(pugi::xml_node parent, result::Verdict verdict, std::string_view target);
 
+/// Says what the letters mean.
+void AddLetterLegend(pugi::xml_node parent);
+
 /// Adds a table with one row of column heads, in a frame that scrolls if the page is too narrow.
 /// @return its body, to add "tr" with "td" to; a row's head is a "th", see AddRowHead
 pugi::xml_node AddTable(pugi::xml_node parent, std::string_view caption,

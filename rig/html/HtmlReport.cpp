@@ -6,11 +6,9 @@
 #include <map>
 
 #include "rig/base/Counted.h"
-#include "rig/html/HtmlChecks.h"
-#include "rig/html/HtmlLadder.h"
-#include "rig/html/HtmlLog.h"
 #include "rig/html/HtmlPage.h"
-#include "rig/result/Words.h"
+#include "rig/html/HtmlSections.h"
+#include "rig/result/Result.h"
 
 namespace rig::html {
 namespace {
@@ -40,22 +38,22 @@ std::string Headline(const result::Result& result) {
         sum += count;
     }
     const result::Verdict worst = result::WorstOf(result);
-    const std::string part = fmt::format("{} of {}", counts[worst], Counted(sum, "check"));
+    const std::string share = fmt::format("{} of {}", counts[worst], Counted(sum, "check"));
     switch (worst) {
         case result::Verdict::Pass:
-            return fmt::format("The DVR passed: {}", part);
+            return fmt::format("The DVR passed: {}", share);
         case result::Verdict::KnownFailure:
-            return fmt::format("The DVR failed only as is known: {}", part);
+            return fmt::format("The DVR failed only in known ways: {}", share);
         case result::Verdict::NotReached:
-            return fmt::format("The export did not get far enough: {} not reached", part);
+            return fmt::format("The export did not get far enough: {} not reached", share);
         case result::Verdict::Inconclusive:
-            return fmt::format("The log cannot tell whether the DVR behaved: {} inconclusive", part);
+            return fmt::format("The log cannot tell whether the DVR behaved: {} inconclusive", share);
         case result::Verdict::Environment:
-            return fmt::format("The harness or the rig failed, not the DVR: {}", part);
+            return fmt::format("The harness or the rig failed, not the DVR: {}", share);
         case result::Verdict::Fail:
             break;
     }
-    return fmt::format("The DVR failed: {}", part);
+    return fmt::format("The DVR failed: {}", share);
 }
 
 void AddSummary(pugi::xml_node section, const result::Result& result) {
@@ -79,11 +77,11 @@ void AddFacts(pugi::xml_node section, const result::RunResult& run) {
     }
 }
 
-/// Adds the heading of a part, and a link to it in the run's list of parts.
-void AddPart(pugi::xml_node section, pugi::xml_node parts, const char* heading, const std::string& anchor,
-             const char* title) {
-    AddLink(parts, "#" + anchor, title);
-    AddText(parts, " ");
+/// Adds a heading, and a link to it in the run's list of headings.
+void AddHeading(pugi::xml_node section, pugi::xml_node headings, const char* heading,
+                const std::string& anchor, const char* title) {
+    AddLink(headings, "#" + anchor, title);
+    AddText(headings, " ");
     Set(Add(section, heading, title), "id", anchor);
 }
 
@@ -93,20 +91,20 @@ void AddRun(pugi::xml_node section, const result::RunResult& run, std::size_t nu
     const std::string prefix = PrefixOf(number);
     const LogPlaces places(run, prefix, std::max(kFewestLogLines, kLogLines / runs));
     AddFacts(section, run);
-    pugi::xml_node parts = Add(section, "nav");
-    Set(parts, "aria-label", "Parts of " + run.name);
-    AddPart(section, parts, heading, prefix + "checks", "Checks");
+    pugi::xml_node headings = Add(section, "nav");
+    Set(headings, "aria-label", "Sections of " + run.name);
+    AddHeading(section, headings, heading, prefix + "checks", "Checks");
     AddChecks(section, run, places, prefix);
     if (!run.timings.empty()) {
-        AddPart(section, parts, heading, prefix + "timing", "Timing");
+        AddHeading(section, headings, heading, prefix + "timing", "Timing");
         AddTimings(section, run);
     }
     if (!run.steps.empty()) {
-        AddPart(section, parts, heading, prefix + "dialogue", "Dialogue");
+        AddHeading(section, headings, heading, prefix + "dialogue", "Dialogue");
         AddLadder(section, run, places, std::max(kFewestSteps, kSteps / runs));
     }
     if (!run.log.empty()) {
-        AddPart(section, parts, heading, prefix + "log", "Log");
+        AddHeading(section, headings, heading, prefix + "log", "Log");
         AddLog(section, run, places, prefix);
     }
 }

@@ -1,8 +1,9 @@
+#include "rig/html/LogPlaces.h"
+
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <utility>
-
-#include "rig/html/HtmlLog.h"
-#include "rig/html/KeptOf.h"
 
 namespace rig::html {
 
@@ -26,8 +27,8 @@ LogPlaces::LogPlaces(const result::RunResult& run, std::string prefix, std::size
 std::string LogPlaces::AnchorOf(std::size_t entry) const {
     const auto next = std::upper_bound(files_.begin(), files_.end(), entry);
     const auto file = std::distance(files_.begin(), next);
-    return prefix_ + "L" + (file > 1 ? std::to_string(file) + "." : "") +
-           std::to_string(run_.log[entry].line);
+    const std::string fileNumber = file > 1 ? fmt::format("{}.", file) : "";
+    return fmt::format("{}L{}{}", prefix_, fileNumber, run_.log[entry].line);
 }
 
 template <typename Matches>

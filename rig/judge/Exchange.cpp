@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "rig/base/Printable.h"
-#include "rig/judge/Protocol.h"
+#include "rig/protocol/Catalogue.h"
 
 namespace rig::judge {
 namespace {
@@ -26,7 +26,29 @@ std::string FileIn(const Arrival& message) {
 
 }  // namespace
 
-void Exchange::Send(Request request, const Place& place) {
+std::string AnswerTo(const std::string& request, Fault fault, int protocol) {
+    switch (fault) {
+        case Fault::Event:
+        case Fault::FileEvent:
+        case Fault::FileName:
+            return "INVALID_EVENT";
+        case Fault::Transport:
+            return "TRANSPORT_EXCEPTION";
+        case Fault::Xfer:
+            return "XFER_IN_PROGRESS";
+        default:
+            break;
+    }
+    // A log without its beginning may not say which dialect it is of.
+    const int dialect = protocol == 2 ? 2 : 1;
+    const auto* kind = protocol::Find(dialect, protocol::Sender::Harness, request);
+    if (kind == nullptr) {
+        kind = protocol::Find(3 - dialect, protocol::Sender::Harness, request);
+    }
+    return kind == nullptr || kind->answers.empty() ? "" : kind->answers.front();
+}
+
+void Exchange::SendRequest(Request request, const Place& place) {
     if (request.name == "DONE") {
         if (!run_.doneSent.Any()) {
             run_.acksAtDone = run_.Of(log::Sign::Acknowledged).Count();
@@ -55,7 +77,7 @@ void Exchange::WasBusyUntil(std::optional<std::int64_t> time) {
     free_ = pausedUntil_ && time ? std::max(*pausedUntil_, *time) : time;
 }
 
-void Exchange::Take(const Arrival& message, const std::string& event, const Place& place) {
+void Exchange::TakeMessage(const Arrival& message, const std::string& event, const Place& place) {
     answered_.reset();
     if (message.name == "OK") {
         TakeOk(message, place);
@@ -67,10 +89,10 @@ void Exchange::Take(const Arrival& message, const std::string& event, const Plac
         if (run_.Saw(log::Sign::SizeSwitch)) {
             run_.answeredWrong.Add(place, message.name);
         }
-        if (IsReport(message.name) && !message.reid) {
+        if (protocol::IsReport(message.name) && !message.reid) {
             run_.reportWithoutReid.Add(place, message.name);
         }
-        if (!Answers(message, event, place) && !AnswersWrongly(message, place) && !RefusesAtLast(message)) {
+        if (!Answers(message, event, place) && !AnswersWrongly(message, place) && !RefusesLater(message)) {
             TakeUnasked(message, place);
         }
     }
@@ -105,7 +127,7 @@ bool Exchange::Answers(const Arrival& message, const std::string& event, const P
     }
     answered_ = std::move(*request);
     run_.pending.erase(request);
-    Time(*answered_, message, place);
+    AddReaction(*answered_, message, place);
     if (answered_->pause > 0) {
         run_.Of(Fault::Pause).answered.Add(place);
     }
@@ -145,14 +167,14 @@ bool Exchange::AnswersWrongly(const Arrival& message, const Place& place) {
     return true;
 }
 
-/// A DVR that took a damaged identifier for an event, and then refuses requests about it, does right: its one
-/// fault has been counted.
-bool Exchange::RefusesAtLast(const Arrival& message) {
+/// A DVR that took a damaged identifier for an event, and then refuses requests about it, behaves correctly:
+/// its one fault has been counted.
+bool Exchange::RefusesLater(const Arrival& message) {
     const std::string reid = message.reid.value_or("");
     const auto request = std::find_if(
         run_.pending.begin(), run_.pending.end(),
         [&reid](const Request& waiting) { return waiting.fault == Fault::None && waiting.reid == reid; });
-    if (!IsReport(message.name) || accepted_.count(reid) == 0 || request == run_.pending.end()) {
+    if (!protocol::IsReport(message.name) || accepted_.count(reid) == 0 || request == run_.pending.end()) {
         return false;
     }
     run_.pending.erase(request);
@@ -167,7 +189,7 @@ void Exchange::TakeUnasked(const Arrival& message, const Place& place) {
         });
     if (message.isRepeated) {
         run_.notAsked.Add(place, message.name + " twice");
-    } else if (IsReport(message.name) && hasGoodRequest) {
+    } else if (protocol::IsReport(message.name) && hasGoodRequest) {
         run_.notAsked.Add(place, message.name + " to a good request");
     } else {
         run_.notAsked.Add(place, message.name);
@@ -176,7 +198,7 @@ void Exchange::TakeUnasked(const Arrival& message, const Place& place) {
 
 void Exchange::IgnoreLast(log::Sign why, const Place& place) {
     if (answered_ && isExact_) {
-        return;  // it was asked for; since then a message out of turn has led the harness away from it
+        return;  // it was asked for; a message out of turn has led the harness away from it since
     }
     const std::string asked = answered_ ? answered_->Words() : "";
     if (why == log::Sign::WrongFile && FileIn(last_) == completed_) {
@@ -196,8 +218,8 @@ void Exchange::IgnoreLast(log::Sign why, const Place& place) {
 }
 
 /// The harness reads nothing while it pauses: an answer that it finds as soon as it reads again arrived at an
-/// unknown time. Any other took the DVR all the time since the request.
-void Exchange::Time(const Request& request, const Arrival& message, const Place& place) {
+/// unknown time. For any other, the DVR took all the time since the request.
+void Exchange::AddReaction(const Request& request, const Arrival& message, const Place& place) {
     if (!request.time || !message.time) {
         return;
     }

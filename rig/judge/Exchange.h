@@ -8,6 +8,9 @@
 
 namespace rig::judge {
 
+/// @return what the DVR must answer to a request with a fault; empty if it need not answer
+std::string AnswerTo(const std::string& request, Fault fault, int protocol);
+
 /// What decides which request a message of the DVR answers.
 struct Arrival {
     std::string name;
@@ -24,11 +27,11 @@ class Exchange {
     explicit Exchange(Run& facts) : run_(facts) {}
 
     /// The harness has sent a request, or DONE. It does not read while it pauses after it.
-    void Send(Request request, const Place& place);
+    void SendRequest(Request request, const Place& place);
 
     /// The DVR has sent a message that its dialect knows.
-    /// @param event  the identifier that the harness takes for the one in progress
-    void Take(const Arrival& message, const std::string& event, const Place& place);
+    /// @param event  the identifier of the event that the harness considers in progress
+    void TakeMessage(const Arrival& message, const std::string& event, const Place& place);
 
     /// The harness has said that it ignores the last message: the request that it seemed to answer is still
     /// waiting.
@@ -41,9 +44,9 @@ class Exchange {
     void TakeOk(const Arrival& message, const Place& place);
     bool Answers(const Arrival& message, const std::string& event, const Place& place);
     bool AnswersWrongly(const Arrival& message, const Place& place);
-    bool RefusesAtLast(const Arrival& message);
+    bool RefusesLater(const Arrival& message);
     void TakeUnasked(const Arrival& message, const Place& place);
-    void Time(const Request& request, const Arrival& message, const Place& place);
+    void AddReaction(const Request& request, const Arrival& message, const Place& place);
 
     Run& run_;
     Arrival last_;

@@ -19,7 +19,7 @@ bool IsMarkerFailure(std::string_view line);
 
 /// What a line of a log is. Valid until the next line.
 struct ReadLine {
-    std::optional<log::Statement> statement;  // nothing for a line that is not one of the harness
+    std::optional<log::Statement> statement;  // nothing if the harness did not write the line
     const log::Message* message = nullptr;    // of the DVR, that it completes
 };
 
@@ -27,7 +27,7 @@ struct ReadLine {
 using TakeRun = std::function<void(result::RunResult run)>;
 
 /// Reads logs line by line, splits them into runs, and judges each when it is over. Memory does not grow with
-/// the logs, except for what is to be kept.
+/// the logs, except for what must be kept.
 class Judge {
  public:
     Judge(const Limits& limits, const Keep& keep, TakeRun take)

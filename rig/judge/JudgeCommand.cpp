@@ -17,9 +17,7 @@
 #include "rig/judge/MessageList.h"
 #include "rig/judge/checks/Checks.h"
 #include "rig/log/LogReader.h"
-#include "rig/result/JsonReport.h"
-#include "rig/result/JunitReport.h"
-#include "rig/result/TapReport.h"
+#include "rig/result/Reports.h"
 #include "rig/result/TextReport.h"
 
 namespace rig::judge {
@@ -29,15 +27,15 @@ constexpr int kNoLog = 66;
 
 constexpr const char* kJudgeStatuses =
     "Exit status: 0 every check passed; 1 a check failed; 2 the log cannot tell; 3 the harness or the rig "
-    "failed;\n64 usage, or a report that cannot be written; 66 a log that cannot be read, or is none of the "
-    "harness.";
+    "failed;\n64 usage, or a report that cannot be written; 66 a log that cannot be read, or is not the "
+    "harness's.";
 
 bool WantsFiles(const JudgeOptions& options) {
     return !options.json.empty() || !options.junit.empty() || !options.tap.empty() || !options.html.empty();
 }
 
 std::string NoLine(const std::string& log) {
-    return Printable(log) + ": expected a log of the harness, found no line of one";
+    return Printable(log) + ": expected a log of the harness, found none of its lines";
 }
 
 /// @return those without any statement of the harness
@@ -61,7 +59,7 @@ std::vector<std::string> ReadLogs(const JudgeOptions& options, Judge& judge) {
     return foreign;
 }
 
-/// Judges logs and prints each run as soon as it is judged. Keeps only what is to be written to a file.
+/// Judges logs and prints each run as soon as it is judged. Keeps only what goes into a file.
 class LogsJudged {
  public:
     LogsJudged(const JudgeOptions& options, const KnownFailures& known)
@@ -86,7 +84,7 @@ class LogsJudged {
         std::cout.flush();
     }
 
-    /// @return what is to be written
+    /// @return what goes into the files
     const result::Result& Kept() const { return kept_; }
 
     result::Verdict Worst() const { return printer_.Worst(); }
@@ -170,12 +168,12 @@ void AddJudgeCommand(CLI::App& app, int& status) {
     judge->footer(kJudgeStatuses);
     judge->add_option("LOG", options->logs,
                       "Logs of the harness in the order in which they were written; - is standard input");
-    judge->add_flag("--follow", options->follow, "Go on reading until the run ends, or until SIGINT");
+    judge->add_flag("--follow", options->follow, "Keep reading until the run ends, or until SIGINT");
     auto* const messages =
         judge->add_flag("--messages", options->messages,
                         "Only print what both sides sent, as far as the log says: a JSON object a line");
     messages->excludes(judge->get_option("--follow"));
-    judge->add_flag("--timeline", options->timeline, "Print the dialogue as a ladder as well");
+    judge->add_flag("--timeline", options->timeline, "Also print the dialogue as a ladder");
     judge
         ->add_option("--patience", options->patience,
                      "How long the harness must have waited for an answer before it counts as missing")
@@ -187,15 +185,13 @@ void AddJudgeCommand(CLI::App& app, int& status) {
         ->type_name("MS");
     judge
         ->add_option("--known", options->known,
-                     "Known failures: in each line a check, a blank, and what a report says was found")
+                     "Known failures: on each line a check, a blank, and what a report says was found")
         ->type_name("FILE");
     judge->add_option("--json", options->json, "Write the result as JSON")->type_name("FILE");
     judge->add_option("--junit", options->junit, "Write the result as JUnit XML")->type_name("FILE");
     judge->add_option("--tap", options->tap, "Write the result in the Test Anything Protocol")
         ->type_name("FILE");
-    judge
-        ->add_option("--html", options->html,
-                     "Write one page with the table, the dialogue and the log, to be mailed")
+    judge->add_option("--html", options->html, "Write one page to mail: the checks, the dialogue and the log")
         ->type_name("FILE");
     judge->add_flag("--list-checks", options->listChecks, "Print all checks and exit");
     AddFormatOption(*judge, options->format);

@@ -100,10 +100,10 @@ result::RunResult KnownTally::Unseen(const KnownFailures& known) const {
     for (const auto& [id, reasons] : known) {
         if (passed_.count(id) > 0 && shown_.count(id) == 0) {
             run.checks.push_back({id,
-                                  "A known failure shows, or is taken off the list.",
+                                  "A known failure occurs, or is removed from the list.",
                                   Verdict::Fail,
                                   fmt::format("\"{}\"", fmt::join(reasons, "\" or \"")),
-                                  "it passes now: the list of known failures is to be mended",
+                                  "it passes now: the list of known failures must be fixed",
                                   {}});
         }
     }

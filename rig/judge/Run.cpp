@@ -1,5 +1,7 @@
 #include "rig/judge/Run.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -66,8 +68,8 @@ void ReactionTimes::Add(std::int64_t microseconds, const Place& place) {
     ++buckets_[static_cast<int>(std::ceil(std::log2(static_cast<double>(time) + 1) * kBucketsPerDoubling))];
 }
 
-double ReactionTimes::Percentile(double part) const {
-    const auto rank = static_cast<std::uint64_t>(std::ceil(part * static_cast<double>(count_)));
+double ReactionTimes::Percentile(double fraction) const {
+    const auto rank = static_cast<std::uint64_t>(std::ceil(fraction * static_cast<double>(count_)));
     std::uint64_t seen = 0;
     for (const auto& [bucket, count] : buckets_) {
         seen += count;
@@ -90,20 +92,20 @@ bool Run::HarnessEnded() const {
 }
 
 std::string Run::Switches() const {
-    std::string text = "-p " + std::to_string(switches.protocol);
+    std::string text = fmt::format("-p {}", switches.protocol);
     for (const Flag& flag : kFlags) {
         if (Saw(flag.sign)) {
             text += flag.text;
         }
     }
     if (Saw(log::Sign::CloseSwitch)) {
-        text += " -c " + std::to_string(switches.closeEarly);
+        text += fmt::format(" -c {}", switches.closeEarly);
     }
     if (Saw(log::Sign::DurationSwitch)) {
-        text += " -d " + std::to_string(switches.doneDuration);
+        text += fmt::format(" -d {}", switches.doneDuration);
     }
     if (switches.hasSleep) {
-        text += " -s " + std::to_string(switches.sleepSeconds);
+        text += fmt::format(" -s {}", switches.sleepSeconds);
     }
     return text;
 }

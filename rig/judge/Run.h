@@ -48,7 +48,7 @@ using log::Fault;
 /// How the requests that carry one kind of fault went.
 struct FaultRecord {
     Tally fired;
-    Tally answered;  // as it must be
+    Tally answered;  // correctly
     Tally wrong;     // by something else
 };
 
@@ -69,8 +69,8 @@ class ReactionTimes {
  public:
     void Add(std::int64_t microseconds, const Place& place);
     std::uint64_t Count() const { return count_; }
-    /// @return the time in ms that the given fraction (0 to 1) of all reactions did not exceed
-    double Percentile(double part) const;
+    /// @return the time in ms that this fraction (0 to 1) of all reactions did not exceed
+    double Percentile(double fraction) const;
     double Longest() const { return static_cast<double>(longest_) / 1000; }
     const result::Evidence& LongestAt() const { return longestAt_; }
 
@@ -99,7 +99,7 @@ struct Run {
     std::array<FaultRecord, static_cast<std::size_t>(Fault::Count)> faults;
     std::map<std::string, Tally> received;  // by message; unknown ones under ""
     std::map<std::string, ReactionTimes> reactions;
-    std::uint64_t hiddenReactions = 0;  // answers that waited while the harness paused
+    std::uint64_t hiddenReactions = 0;  // answers that arrived while the harness paused
 
     // What the model found beyond the harness's own lines.
     Tally notAsked;                // messages of the DVR that answer nothing
@@ -107,7 +107,7 @@ struct Run {
     Tally empty;                   // messages without text
     Tally brokenOff;               // documents that are cut off
     Tally notWellFormed;           // documents that a parser other than the harness's refuses
-    Tally doubledEvents;           // identifiers that are twice in one list
+    Tally doubledEvents;           // identifiers listed twice
     Tally noDescriptions;          // XML without `xmlFile`
     Tally noEvent;                 // descriptions that are empty, or not of an event
     Tally namelessFiles;           // files without `name` in a description
@@ -115,7 +115,7 @@ struct Run {
     Tally reportWithoutReid;       // fault reports that name no event
     Tally otherReid;               // fault reports about an event other than the fault's
     Tally otherEvent;              // EVENT about an event other than the one asked for
-    Tally otherAck;                // EVENT_XFER_ACK likewise
+    Tally otherAck;                // the same for EVENT_XFER_ACK
     Tally otherFile;               // FILE_COMPLETE about a file other than the one asked for
     Tally completedAgain;          // FILE_COMPLETE about the file completed last
     Tally answeredWrong;           // answers to a frame with a wrong prefix (-z), as if it were whole
@@ -124,7 +124,7 @@ struct Run {
     Tally badLength;               // announced lengths that no message has
     Tally damaged;                 // messages that the log holds only in part
     Tally assertions;              // failed assertions, if the log includes standard error
-    Tally markerFailures;          // failure markers that could not be made, likewise
+    Tally markerFailures;          // failure markers that could not be made, if it does
     Tally doneSent;                // DONE
     std::uint64_t files = 0;       // requested without a fault
     std::uint64_t acksAtDone = 0;  // acknowledgements when the first DONE went out
@@ -132,7 +132,7 @@ struct Run {
     std::deque<Request> pending;   // still without an answer
 
     std::vector<result::Step> steps;    // only when asked for
-    std::vector<result::LogEntry> log;  // likewise
+    std::vector<result::LogEntry> log;  // only when asked for
 
     const Tally& Of(log::Sign sign) const { return signs[static_cast<std::size_t>(sign)]; }
     bool Saw(log::Sign sign) const { return Of(sign).Any(); }

@@ -1,7 +1,6 @@
 #include "rig/judge/RunModel.h"
 
 #include "rig/base/Printable.h"
-#include "rig/judge/Protocol.h"
 
 namespace rig::judge {
 namespace {
@@ -122,7 +121,7 @@ void RunModel::TakeMessage(const log::Message& message, const Place& place) {
         return;
     }
     if (message.form != Form::Good) {
-        AddStep(Step::Kind::FromDvr, "(no XML)", place);
+        AddStep(Step::Kind::FromDvr, "(not XML)", place);
         Tally& fault = message.form == Form::Empty       ? run_.empty
                        : message.form == Form::BrokenOff ? run_.brokenOff
                                                          : run_.notWellFormed;
@@ -138,7 +137,7 @@ void RunModel::TakeMessage(const log::Message& message, const Place& place) {
         run_.received[""].Add(place);
         return;
     }
-    exchange_.Take(arrival, message.event, place);
+    exchange_.TakeMessage(arrival, message.event, place);
     run_.received[message.name].Add(place);
     TakeListed(message.listed, place);
 }
@@ -174,7 +173,7 @@ void RunModel::TakeRequest(const Place& place) {
     if (keep_.steps) {
         AddStep(Step::Kind::FromHarness, request.Words(), place);
     }
-    exchange_.Send(std::move(request), place);
+    exchange_.SendRequest(std::move(request), place);
 }
 
 void RunModel::AddStep(Step::Kind kind, std::string_view text, const Place& place) {

@@ -1,6 +1,5 @@
-#include "rig/result/JsonReport.h"
-
 #include "rig/result/Json.h"
+#include "rig/result/Reports.h"
 
 namespace rig::result {
 namespace {

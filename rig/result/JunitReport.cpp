@@ -1,5 +1,3 @@
-#include "rig/result/JunitReport.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -8,7 +6,8 @@
 #include <sstream>
 
 #include "rig/base/Elements.h"
-#include "rig/result/Words.h"
+#include "rig/result/Reports.h"
+#include "rig/result/Result.h"
 
 namespace rig::result {
 namespace {

@@ -1,8 +1,16 @@
 #include "rig/result/Result.h"
 
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+
 #include <algorithm>
 
 namespace rig::result {
+namespace {
+
+constexpr std::int64_t kMicroseconds = 1'000'000;  // in a second
+
+}  // namespace
 
 const char* NameOf(Verdict verdict) {
     switch (verdict) {
@@ -23,7 +31,7 @@ const char* NameOf(Verdict verdict) {
 }
 
 std::string Evidence::Words() const {
-    return file + ":" + std::to_string(line) + ": " + text + (note.empty() ? "" : "  (" + note + ")");
+    return fmt::format("{}:{}: {}{}", file, line, text, note.empty() ? "" : "  (" + note + ")");
 }
 
 Verdict WorstOf(const RunResult& run) {
@@ -58,6 +66,14 @@ int ExitStatusOf(Verdict verdict) {
             break;
     }
     return 1;
+}
+
+std::string SecondsSince(const std::optional<std::int64_t>& begin, const std::optional<std::int64_t>& time) {
+    return begin && time ? fmt::format("{:.3f}", static_cast<double>(*time - *begin) / kMicroseconds) : "";
+}
+
+std::string Date(std::int64_t time) {
+    return fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(static_cast<std::time_t>(time / kMicroseconds)));
 }
 
 }  // namespace rig::result

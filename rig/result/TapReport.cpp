@@ -1,9 +1,9 @@
-#include "rig/result/TapReport.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <iterator>
+
+#include "rig/result/Reports.h"
 
 namespace rig::result {
 namespace {

@@ -2,10 +2,10 @@
 -- plugins folder; or name it once: tshark -X lua_script:velloran.lua -r example.pcapng -Y velloran
 -- doc/wireshark.md has the filters, doc/protocol.md the protocol.
 --
--- A text is shown as soon as its document is complete, whatever its prefix announces: who believed a wrong prefix would
--- wait for bytes that never come, or take the next message for them. So a frame that is partly received is one whose
--- document is still open; one whose document is complete, with nothing or a next frame behind it, is whole, and wrong
--- if it announced more. Bytes that are no frame are given up with the rest of their segment.
+-- A text is shown as soon as its document is complete, whatever its prefix announces: to believe a wrong prefix would
+-- be to wait for bytes that never come, or to take the next message for them. So a frame is incomplete while its document
+-- is open; if the document is complete, and nothing or another frame follows it, the frame is whole, and wrong if it
+-- announced more. Bytes that are not a frame are skipped with the rest of their segment.
 
 local isKnown, known = pcall(Dissector.get, "velloran")
 if isKnown and known then
@@ -15,7 +15,7 @@ end
 local velloran = Proto("velloran", "Velloran export protocol")
 local stream = Field.new("tcp.stream")
 
--- What a message carries beside its name. Attributes and elements are called what the protocol calls them.
+-- What a message carries besides its name. Attributes and elements are called what the protocol calls them.
 local attributes = {
     protocolVersion = ProtoField.string("velloran.protocolVersion", "Protocol version"),
     reid = ProtoField.string("velloran.reid", "Event"),
@@ -65,12 +65,12 @@ local experts = {
     mismatch = Expert("velloran.prefix.mismatch", "The prefix announces another length", expert.severity.WARN),
     bad = Expert("velloran.prefix.bad", "The prefix goes on after its fifth byte", expert.severity.ERROR),
     huge = Expert("velloran.prefix.huge", "The prefix announces 2 GiB or more", expert.severity.ERROR),
-    document = Expert("velloran.document.bad", "The text is no complete document", expert.severity.ERROR),
+    document = Expert("velloran.document.bad", "The text is not a complete document", expert.severity.ERROR),
     msg = Expert("velloran.msg.missing", "The document has no msg", expert.severity.ERROR),
-    unknown = Expert("velloran.req.unknown", "No message of the protocol", expert.severity.WARN),
+    unknown = Expert("velloran.req.unknown", "Not a message of the protocol", expert.severity.WARN),
     number = Expert("velloran.number.bad", "Not a decimal number", expert.severity.WARN),
     unanswered = Expert("velloran.response.missing", "No response in this capture", expert.severity.NOTE),
-    cut = Expert("velloran.cut", "Not the whole message is at hand", expert.severity.NOTE),
+    cut = Expert("velloran.cut", "The message is incomplete", expert.severity.NOTE),
 }
 for _, info in pairs(experts) do
     table.insert(velloran.experts, info)
@@ -98,11 +98,12 @@ local dialects = {
     UPDATE_CONFIGURATION = "", CONFIGURATION_UPDATE_ERROR = "",
 }
 
--- XML, as far as it takes to find the end of a document and what stands in it, in time linear in the text. A message of many segments is looked at with each.
+-- Just enough XML to find the end of a document and what it holds, in time linear in the text. A message of many
+-- segments is looked at again with each of them.
 
 local markup = {{"<!--", "-->"}, {"<![CDATA[", "]]>"}, {"<?", "?>"}, {"<!", ">"}}
 
--- Where the markup that begins at `start` and is no tag ends; nil for a tag, false if it does not end.
+-- Where the markup at `start` ends, unless it is a tag; nil for a tag, false if it does not end.
 local function EndOfMarkup(text, start)
     for _, pair in ipairs(markup) do
         if text:sub(start, start + #pair[1] - 1) == pair[1] then
@@ -160,7 +161,7 @@ local function EndOfDocument(text)
     if not text:find("^[ \t\r\n]*<") then
         return nil
     end
-    -- A segment brings a part of a long document, of which the end tag of its first element is quickly seen to be missing.
+    -- While a long document arrives in segments, it is quick to see that the end tag of its first element is missing.
     local first = text:match("^[ \t\r\n]*()<[%w_:]")
     local stop = first and EndOfTag(text, first)
     if stop and text:sub(stop - 1, stop - 1) ~= "/" and
@@ -204,7 +205,7 @@ local function Unescaped(text)
     end))
 end
 
--- Text between tags; what stands in CDATA sections is taken as it is.
+-- Text between tags; CDATA sections are taken literally.
 local function Content(text)
     local parts = {}
     local at = 1
@@ -273,7 +274,7 @@ local function Prefix(bytes, first)
     return false
 end
 
--- The length of the text at the start of `rest`, all bytes at hand behind its prefix; nil if it is only partly there.
+-- The length of the text at the start of `rest`, all bytes at hand after its prefix; nil if it is only partly there.
 local function ActualLength(rest, announced)
     local stop = EndOfDocument(rest)
     if not stop then
@@ -283,7 +284,7 @@ local function ActualLength(rest, announced)
     end
     local other = rest:find("[^ \t\r\n]", stop + 1) or #rest + 1
     if other > announced then
-        return announced -- white space behind the document
+        return announced -- white space after the document
     end
     return (other <= #rest or stop == #rest) and stop or nil
 end
@@ -319,8 +320,8 @@ function velloran.init()
     conversations = {}
 end
 
--- The open request that a response answers: the oldest that fits, as a DVR answers in order; but that a transfer is in
--- progress is said of the newest. One about the same event and file is better than another.
+-- The open request that a response answers: the oldest that fits, as a DVR answers in order, except that
+-- XFER_IN_PROGRESS answers the newest. A request about the same event and file is preferred.
 local function TakeRequest(open, response)
     local best, bestFit
     for index, request in ipairs(open) do
@@ -377,11 +378,11 @@ end
 
 local xml = Dissector.get("xml")
 
--- A packet may call so many dissectors that Wireshark gives it up at 500.
+-- Wireshark gives up on a packet that calls 500 dissectors.
 local mostDocuments = 150
 local documents = 0 -- shown as XML so far, of those at hand
 
--- Shows a document as XML. That dissector may fail on what is no document; what it has shown by then stays.
+-- Shows a document as XML. Its dissector may fail on what is not a document; what it has shown by then stays.
 local function ShowXml(item, pinfo, tvb)
     documents = documents + 1
     if documents > mostDocuments then
@@ -431,7 +432,7 @@ local function ShowAttribute(tree, pinfo, range, name, value)
     end
 end
 
--- Shows what the text holds. @return what is to be remembered of it: req, protocolVersion, event, file, summary
+-- Shows what the text holds. @return what must be remembered of it: req, protocolVersion, event, file, summary
 local function ShowContent(tree, pinfo, text, isComplete, range)
     local message = {summary = isComplete and "no msg" or "no document"}
     local kind, start, stop = Tags(text, 1)()

@@ -6,9 +6,7 @@
 #include <vector>
 
 #include "rig/judge/Judge.h"
-#include "rig/result/JsonReport.h"
-#include "rig/result/JunitReport.h"
-#include "rig/result/TapReport.h"
+#include "rig/result/Reports.h"
 #include "rig/result/TextReport.h"
 #include "tests/fuzz/Demand.h"
 

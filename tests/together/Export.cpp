@@ -29,6 +29,9 @@ std::vector<std::string> Arguments(const Recipe& recipe) {
         const std::vector<std::string> defect = WordsOf("--defect " + recipe.defect);
         all.insert(all.end(), defect.begin(), defect.end());
     }
+    if (not recipe.style.empty()) {
+        all.insert(all.end(), {"--style", recipe.style});
+    }
     return all;
 }
 

@@ -1,5 +1,4 @@
-#include "rig/campaign/evidence/CampaignJson.h"
-
+#include "rig/campaign/evidence/CampaignFiles.h"
 #include "rig/result/Json.h"
 
 namespace rig::campaign {

@@ -1,13 +1,12 @@
-#include "rig/campaign/evidence/CampaignPage.h"
-
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
 #include <algorithm>
 
 #include "rig/base/Counted.h"
+#include "rig/campaign/evidence/CampaignFiles.h"
 #include "rig/html/HtmlPage.h"
-#include "rig/result/Words.h"
+#include "rig/result/Result.h"
 
 namespace rig::campaign {
 namespace {
@@ -25,28 +24,28 @@ std::string Headline(const CampaignRecord& campaign) {
     const auto passed = static_cast<std::size_t>(
         std::count_if(campaign.cases.begin(), campaign.cases.end(),
                       [](const CaseRecord& record) { return record.outcome == Outcome::Pass; }));
-    const std::string part = fmt::format("{} of {} passed", passed, Counted(campaign.cases.size(), "case"));
+    const std::string share = fmt::format("{} of {} passed", passed, Counted(campaign.cases.size(), "case"));
     const bool isListTheOnlyFault =
         std::all_of(campaign.cases.begin(), campaign.cases.end(),
                     [](const CaseRecord& record) { return ExitStatusOf(record.outcome) == 0; });
     if (isListTheOnlyFault && !campaign.knownUnseen.empty()) {
-        return "The list of known failures is to be mended: " + part;
+        return "The list of known failures must be fixed: " + share;
     }
     switch (campaign.Whole()) {
         case Outcome::Pass:
-            return "The DVR passed: " + part;
+            return "The DVR passed: " + share;
         case Outcome::KnownFailure:
-            return "The DVR failed only as is known: " + part;
+            return "The DVR failed only in known ways: " + share;
         case Outcome::Fail:
-            return "The DVR failed: " + part;
+            return "The DVR failed: " + share;
         case Outcome::Timeout:
-            return "The DVR let the time run out: " + part;
+            return "The DVR ran out of time: " + share;
         case Outcome::Environment:
-            return "The harness, a hook or the rig failed: " + part;
+            return "The harness, a hook or the rig failed: " + share;
         case Outcome::Interrupted:
-            return "The campaign was interrupted: " + part;
+            return "The campaign was interrupted: " + share;
         default:
-            return "The campaign cannot tell whether the DVR behaved: " + part;
+            return "The campaign cannot tell whether the DVR behaved: " + share;
     }
 }
 
@@ -85,7 +84,7 @@ void AddFacts(pugi::xml_node main, const CampaignRecord& campaign) {
     AddFact(list, "Time",
             fmt::format("{:.1f} s in cases: {:.1f} s the harness's own pauses, {:.1f} s waiting for the DVR, "
                         "{:.1f} s overhead; "
-                        "beyond them {:.1f} s for port 5001, {:.1f} s in hooks",
+                        "besides, {:.1f} s for port 5001, {:.1f} s in hooks",
                         times.duration, times.pauses, times.dvr, times.overhead, times.waited, times.hooks));
     for (const auto& [name, version] : campaign.versions) {
         AddFact(list, name, version);
@@ -114,8 +113,7 @@ void AddCase(pugi::xml_node body, const CaseRecord& record, std::size_t number) 
     Add(name, "div", record.plan.sentence);
     pugi::xml_node found = AddNamedCell(row, "Found", record.reason);
     if (record.isSuspect && record.outcome != Outcome::Pass) {
-        Add(found, "div",
-            "The clean export ahead of it failed: not to be blamed on how the DVR takes faults.");
+        Add(found, "div", "The clean export before it failed: do not blame how the DVR handles faults.");
     }
     AddEnding(found, "harness", record.harness);
     if (record.dvr) {
@@ -179,7 +177,7 @@ void AddMatrix(pugi::xml_node main, const CampaignRecord& campaign) {
             AddCell(row, record, id);
         }
     }
-    Add(main, "p", "P pass, F fail, I inconclusive, N not reached, E environment, K known failure", "hint");
+    html::AddLetterLegend(main);
 }
 
 void AddSpreads(pugi::xml_node main, const CampaignRecord& campaign) {
@@ -189,7 +187,7 @@ void AddSpreads(pugi::xml_node main, const CampaignRecord& campaign) {
     }
     Set(Add(main, "h2", "Spread"), "id", "spread");
     pugi::xml_node body = AddTable(main, "Reaction of the DVR in ms over all runs of a case",
-                                   {"Case", "Request", "Least median", "Most median", "Longest"});
+                                   {"Case", "Request", "Lowest median", "Highest median", "Longest"});
     Set(body.parent(), "class", "numbers");
     for (const Spread& spread : spreads) {
         for (const Spread::Reaction& reaction : spread.reactions) {
@@ -234,15 +232,15 @@ std::string CampaignPage(const CampaignRecord& campaign) {
     pugi::xml_node main = page.Body();
     for (const std::string& known : campaign.knownUnseen) {
         Add(main, "p",
-            "A known failure did not show: " + known + ". The list of known failures is to be mended.");
+            "A known failure did not occur: " + known + ". The list of known failures must be fixed.");
     }
     AddFacts(main, campaign);
-    pugi::xml_node parts = Add(main, "nav");
-    Set(parts, "aria-label", "Parts");
+    pugi::xml_node sections = Add(main, "nav");
+    Set(sections, "aria-label", "Sections");
     for (const auto& [target, title] : {std::pair("#cases", "Cases"), std::pair("#matrix", "Checks by case"),
                                         std::pair("#coverage", "Coverage")}) {
-        AddLink(parts, target, title);
-        AddText(parts, " ");
+        AddLink(sections, target, title);
+        AddText(sections, " ");
     }
     AddCases(main, campaign);
     AddMatrix(main, campaign);

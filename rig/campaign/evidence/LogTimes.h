@@ -7,7 +7,7 @@
 
 namespace rig::campaign {
 
-/// Tells from the harness's log how long it paused of its own accord (after each piece that it reads, after
+/// Reads in the harness's log how long it paused of its own accord (after each piece that it reads, after
 /// requests for files, before closing) and how long it waited for the DVR.
 class LogTimes {
  public:

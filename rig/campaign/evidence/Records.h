@@ -10,7 +10,6 @@
 #include "rig/campaign/Outcome.h"
 #include "rig/campaign/evidence/Coverage.h"
 #include "rig/campaign/execution/Child.h"
-#include "rig/campaign/execution/Patience.h"
 #include "rig/result/Result.h"
 
 namespace rig::campaign {
@@ -45,7 +44,7 @@ struct CaseRecord {
     int run = 1;
     Outcome outcome = Outcome::NotRun;
     std::string reason;
-    bool isSuspect = false;  // the clean export before it failed: do not blame how the DVR takes faults
+    bool isSuspect = false;  // the clean export before it failed: do not blame how the DVR handles faults
     std::optional<std::int64_t> begin;  // microseconds since 1970-01-01 UTC
     std::optional<std::int64_t> end;
     CaseTimes times;
@@ -88,8 +87,9 @@ struct CampaignRecord {
     std::optional<double> maxReaction;
     std::int64_t begin = 0;
     std::optional<std::int64_t> end;
-    std::vector<CaseRecord> cases;         // all planned ones, in order
-    std::vector<std::string> knownUnseen;  // known failures that no case showed, though some reached them
+    std::vector<CaseRecord> cases;  // all planned ones, in order
+    std::vector<std::string>
+        knownUnseen;  // known failures that occurred in no case, though some reached them
     Coverage coverage;
 
     /// @return the outcome that decides for the campaign

@@ -70,7 +70,7 @@ int Capture::Number() const {
     return pcap_get_selectable_fd(handles_->device);
 }
 
-bool Capture::Take() {
+bool Capture::WritePackets() {
     int count = 0;
     do {
         count = pcap_dispatch(handles_->device, -1, pcap_dump, reinterpret_cast<u_char*>(handles_->file));

@@ -18,7 +18,7 @@ class Capture {
     int Number() const;
 
     /// Writes the packets that have arrived. Does not wait. @return whether the capture can go on
-    bool Take();
+    bool WritePackets();
 
     /// @return why it cannot
     const std::string& Error() const { return error_; }

@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "rig/campaign/evidence/CampaignJson.h"
+#include "rig/campaign/evidence/CampaignFiles.h"
 #include "rig/campaign/execution/Export.h"
 #include "rig/html/HtmlReport.h"
-#include "rig/result/JsonReport.h"
+#include "rig/result/Reports.h"
 
 namespace rig::campaign {
 namespace {
@@ -30,7 +30,7 @@ void CaseRun::Run() {
     record_.begin = Now();
     Hooks hooks(rig_.hooks, folder_, record_.id, interrupts_);
     CaseFacts facts;
-    display_.Show("hooks ahead of the case", "");
+    display_.Show("hooks before the case", "");
     facts.words = hooks.BeforeCase();
     if (facts.words.empty()) {
         facts = Play();
@@ -78,7 +78,7 @@ void CaseRun::TakeVerdict(result::Result result, CaseFacts& facts) {
     facts.judged->checks = result_.checks;
 }
 
-/// Takes out the checks that this case cannot reach, unless they have something to say anyway.
+/// Removes the checks that this case cannot reach, unless they have a verdict all the same.
 void CaseRun::Exclude() {
     const std::vector<std::string>& excluded = record_.plan.excluded;
     std::vector<result::CheckResult> kept;
@@ -94,19 +94,19 @@ void CaseRun::Exclude() {
 }
 
 void CaseRun::AskWhetherAlive(Hooks& hooks) {
-    display_.Show("hooks behind the case", "");
+    display_.Show("hooks after the case", "");
     const std::string failure = hooks.AfterCase(NameOf(record_.outcome));
     std::string words;
     const Hooks::Life life = hooks.Alive(NameOf(record_.outcome), words);
     if (interrupts_.Came() && (!failure.empty() || life != Hooks::Life::Alive)) {
         record_.outcome = Outcome::Interrupted;
-        record_.reason = fmt::format("by {}, behind the case", interrupts_.Words());
+        record_.reason = fmt::format("by {}, after the case", interrupts_.Words());
     } else if (!failure.empty() || life == Hooks::Life::Dead) {
-        record_.reason = (failure.empty() ? "the DVR is not alive behind the case: " + words : failure) +
+        record_.reason = (failure.empty() ? "the DVR is not alive after the case: " + words : failure) +
                          "; the case itself: " + InWords(record_);
         record_.outcome = Outcome::Environment;
     } else if (life == Hooks::Life::Revived) {
-        record_.reason = "the DVR did not survive the case, and came back by --power-cycle: " + words +
+        record_.reason = "the DVR did not survive the case, and came back after --power-cycle: " + words +
                          "; the case itself: " + InWords(record_);
         record_.outcome = Outcome::Fail;
     }

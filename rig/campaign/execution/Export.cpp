@@ -14,9 +14,9 @@ namespace {
 
 constexpr int kSlowTick = 200;         // milliseconds, when waiting for a minute
 constexpr double kPortPatience = 150;  // seconds: the system holds a port for a minute, at worst twice
-constexpr double kSettle = 2;          // seconds that the DVR has to close after the end
+constexpr double kSettle = 2;          // seconds for the DVR to close after the end
 constexpr double kReady = 0.5;         // seconds from a remote harness's first line until it listens
-constexpr double kStop = 5;            // seconds that a command has to end when told to
+constexpr double kStop = 5;            // seconds for a command to end when told to
 constexpr double kPortPause = 3;  // seconds until a remote harness that found its port taken is started again
 
 double Since(Clock::time_point begin) {
@@ -59,7 +59,7 @@ result::Result Export::Run() {
     return result;
 }
 
-/// A missing privilege is no reason to lose the rest of the evidence.
+/// Without the privilege, the rest of the evidence is still worth having.
 void Export::StartCapture() try {
     if (rig_.capture) {
         capture_ = std::make_unique<Capture>(folder_.PathOf("capture.pcap"));
@@ -166,7 +166,7 @@ void Export::TakeInterrupt() {
 void Export::Follow() {
     while (facts_.end == End::None) {
         StartDvr();
-        Turn(kTick);
+        WaitAndRead(kTick);
         LookAtDvr();
         ShowProgress();
         watch_->LogHas(harness_->LogBytes());
@@ -257,7 +257,7 @@ void Export::StopDvr() {
     record_.dvr->end = dvr_->End();
 }
 
-/// Keeps reading until the fact is true. @return false if it is not within that time
+/// Keeps reading until the fact is true. @return false if it does not become true within that time
 template <typename Fact>
 bool Export::Until(double seconds, Fact fact, int tick) {
     const Clock::time_point begin = Clock::now();
@@ -265,13 +265,13 @@ bool Export::Until(double seconds, Fact fact, int tick) {
         if (Since(begin) >= seconds) {
             return false;
         }
-        Turn(tick);
+        WaitAndRead(tick);
     }
     return true;
 }
 
 /// Waits at most that long for something to arrive, and takes the next piece of it.
-void Export::Turn(int milliseconds) {
+void Export::WaitAndRead(int milliseconds) {
     std::vector<pollfd> waited;
     const auto add = [&waited](int descriptor) { waited.push_back({descriptor, POLLIN, 0}); };
     if (harness_ != nullptr) {
@@ -288,9 +288,9 @@ void Export::Turn(int milliseconds) {
     TakePackets();
 }
 
-/// A capture that breaks off is no reason to lose the rest of the evidence.
+/// When a capture breaks off, the rest of the evidence is still worth having.
 void Export::TakePackets() {
-    if (capture_ != nullptr && !capture_->Take()) {
+    if (capture_ != nullptr && !capture_->WritePackets()) {
         display_.Warn(record_.id + ": the capture broke off: " + capture_->Error());
         capture_.reset();
     }

@@ -60,7 +60,7 @@ class Export {
     void TakeEnd(Clock::time_point begin);
     template <typename Fact>
     bool Until(double seconds, Fact fact, int tick = kTick);
-    void Turn(int milliseconds);
+    void WaitAndRead(int milliseconds);
 
     const Rig& rig_;
     const CaseFolder& folder_;

@@ -52,7 +52,7 @@ std::string Hooks::Run(const std::string& hook, const std::string& command) {
         return "";
     }
     const Clock::time_point begin = Clock::now();
-    const std::optional<Ending> end = RunWithin(command);
+    const std::optional<Ending> end = RunInTime(command);
     records_.push_back({hook, command, end, std::chrono::duration<double>(Clock::now() - begin).count()});
     if (end && end->IsStatus(0)) {
         return "";
@@ -64,7 +64,7 @@ std::string Hooks::Run(const std::string& hook, const std::string& command) {
 }
 
 /// @return how it ended; nothing if it took too long or we were interrupted
-std::optional<Ending> Hooks::RunWithin(const std::string& command) const {
+std::optional<Ending> Hooks::RunInTime(const std::string& command) const {
     const GrowingFile output = folder_.Append("hooks.log");
     Launch launch{command, output.Number(), output.Number()};
     launch.environment = {

@@ -42,7 +42,7 @@ class Hooks {
 
  private:
     std::string Run(const std::string& hook, const std::string& command);
-    std::optional<Ending> RunWithin(const std::string& command) const;
+    std::optional<Ending> RunInTime(const std::string& command) const;
 
     HookCommands commands_;
     const CaseFolder& folder_;

@@ -7,14 +7,13 @@
 
 #include "rig/campaign/Cases.h"
 #include "rig/campaign/Outcome.h"
-#include "rig/campaign/execution/Patience.h"
 #include "rig/log/Statement.h"
 
 namespace rig::campaign {
 
 using Clock = std::chrono::steady_clock;
 
-/// The log of a run is never longer, in bytes, unless the harness repeats itself forever.
+/// Bytes: a longer log means that the harness repeats itself forever.
 constexpr std::uint64_t kLargestLog = std::uint64_t{16} << 20;
 
 /// Decides from the log's lines and the clock when there is nothing more to watch in a run.

@@ -118,7 +118,7 @@ const std::vector<DefectKind>& DocumentDefects() {
          "describes a file without name", "aborted: \"basic_string::_M_construct null not valid\"",
          DescriptionWithoutName},
         {"description-without-event", None, "", "12", MessagesWith("xmlFile"), false,
-         "describes something else than an event",
+         "describes something other than an event",
          "1.0: nothing more; 2.0: \"Got EVENT message with no files to receive\"", DescriptionWithoutEvent},
         {"empty-description", None, "", "12", MessagesWith("xmlFile"), false,
          "describes the event by an empty text",

@@ -98,8 +98,8 @@ Outgoing Injector::Prepare(Message message) {
     return outgoing;
 }
 
-std::string Injector::Frame(const Outgoing& outgoing) {
-    const std::string text = outgoing.text.value_or(outgoing.message.Text());
+std::string Injector::Frame(const Outgoing& outgoing, const Style& style) {
+    const std::string text = outgoing.text.value_or(outgoing.message.Text(style));
     const auto announced =
         std::max<std::int64_t>(0, static_cast<std::int64_t>(text.size()) + outgoing.announcedTooMuch);
     std::string frame = outgoing.prefix.value_or(EncodePrefix(static_cast<std::uint32_t>(announced))) + text;

@@ -3,6 +3,7 @@
 #include <map>
 
 #include "rig/dvr/defects/Defect.h"
+#include "rig/dvr/wire/Style.h"
 
 namespace rig::dvr {
 
@@ -36,7 +37,7 @@ class Injector {
     Outgoing Prepare(Message message);
 
     /// @return the bytes of the message that are to be sent
-    std::string Frame(const Outgoing& outgoing);
+    std::string Frame(const Outgoing& outgoing, const Style& style = {});
 
  private:
     struct Defect {

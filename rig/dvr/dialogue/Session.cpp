@@ -108,7 +108,7 @@ void Session::Send(Message message) {
 
 void Session::SendHonest(const Message& message) {
     transcript_.Sent(message);
-    connection_.Send(EncodeFrame(message.Text()), times_.silence);
+    connection_.Send(EncodeFrame(message.Text(style_)), times_.silence);
 }
 
 void Session::SendDefective(Message message) {
@@ -132,12 +132,12 @@ void Session::Transmit(const Outgoing& outgoing) {
     const auto sendExtras = [&](const std::vector<Message>& extras) {
         for (const Message& extra : extras) {
             transcript_.Sent(extra, outgoing.defects);
-            connection_.Send(EncodeFrame(extra.Text()), times_.silence);
+            connection_.Send(EncodeFrame(extra.Text(style_)), times_.silence);
         }
     };
     sendExtras(outgoing.before);
     transcript_.Sent(outgoing.message, outgoing.defects);
-    connection_.Send(injector_->Frame(outgoing), times_.silence);
+    connection_.Send(injector_->Frame(outgoing, style_), times_.silence);
     sendExtras(outgoing.after);
 }
 

@@ -7,6 +7,7 @@
 #include "rig/dvr/dialogue/Dialogue.h"
 #include "rig/dvr/dialogue/Transfer.h"
 #include "rig/dvr/wire/Connection.h"
+#include "rig/dvr/wire/Style.h"
 #include "rig/dvr/wire/Transcript.h"
 #include "rig/dvr/wire/WireCheck.h"
 
@@ -37,6 +38,9 @@ class Session {
     /// Copies each file as it is transferred.
     /// @param folder  must outlive the session
     void Deliver(const DeliveryFolder& folder) { deliveryFolder_ = &folder; }
+
+    /// Writes messages in this style; what a defect has written itself stays as it is.
+    void WriteAs(const Style& style) { style_ = style; }
 
     /// Tolerates messages shorter than announced: answers what has come of them.
     void AcceptSizeErrors() { connection_.Decoder().AcceptSizeErrors(); }
@@ -75,6 +79,7 @@ class Session {
     Dialogue& dialogue_;
     Transcript& transcript_;
     SessionTimes times_;
+    Style style_;
     const DeliveryFolder* deliveryFolder_ = nullptr;
     std::optional<Transfer> transfer_;  // of the file that the dialogue has in transfer
     Injector* injector_ = nullptr;

@@ -7,6 +7,7 @@
 
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
+#include "rig/dvr/wire/Style.h"
 
 namespace rig::dvr {
 namespace {
@@ -108,6 +109,10 @@ pugi::xml_node Message::Root() const {
 
 std::string Message::Text() const {
     return Print(document_);
+}
+
+std::string Message::Text(const Style& style) const {
+    return style.IsPlain() ? Text() : style.Print(document_);
 }
 
 std::string Print(const pugi::xml_document& document) {

@@ -6,6 +6,8 @@
 
 namespace rig::dvr {
 
+class Style;
+
 /// One message of the protocol: an XML document with one top-level element `msg`, whose attribute `req` names
 /// it.
 ///
@@ -38,6 +40,9 @@ class Message {
 
     /// @return the text as it goes into a frame
     std::string Text() const;
+
+    /// @return the same in a style
+    std::string Text(const Style& style) const;
 
  private:
     Message() = default;

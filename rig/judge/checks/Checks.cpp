@@ -3,7 +3,7 @@
 namespace rig::judge {
 namespace {
 
-bool LacksAPart(const Run& run) {
+bool IsIncomplete(const Run& run) {
     return !run.hasStart || run.damaged.Any();
 }
 
@@ -37,7 +37,7 @@ std::vector<result::CheckResult> JudgeRun(const Run& run, const Limits& limits) 
             continue;
         }
         Finding finding = check.judge(run, limits);
-        if (check.needs == Needs::WholeLog && finding.verdict == result::Verdict::Fail && LacksAPart(run)) {
+        if (check.needs == Needs::WholeLog && finding.verdict == result::Verdict::Fail && IsIncomplete(run)) {
             finding.verdict = result::Verdict::Inconclusive;
             finding.found = "the log does not hold all of the run; as far as it goes, " + finding.found;
         }

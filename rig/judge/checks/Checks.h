@@ -27,7 +27,7 @@ struct Finding {
 /// What a check needs besides a run that it concerns.
 enum class Needs {
     Nothing,
-    WholeLog,    // it follows from all that went before: if the log lacks a part, it proves no failure
+    WholeLog,    // a failure follows from everything before it, so an incomplete log proves none
     MaxReaction  // left out unless the user gives a limit
 };
 
@@ -36,7 +36,7 @@ enum class Needs {
 struct Check {
     const char* id;           // stable: users write it into their lists
     const char* requirement;  // one sentence
-    const char* proof;        // what in the log it goes by
+    const char* proof;        // what in the log decides it
     bool (*applies)(const Run& run);
     Finding (*judge)(const Run& run, const Limits& limits);
     Needs needs = Needs::Nothing;

@@ -58,7 +58,7 @@ Finding HarnessRan(const Run& run, const Limits& /*limits*/) {
 Finding LogIsWhole(const Run& run, const Limits& /*limits*/) {
     const std::string expected = "every message whole, and the end of the run";
     if (run.damaged.Any()) {
-        return Inconclusive(expected, "messages of which the log holds a part only", run.damaged);
+        return Inconclusive(expected, "messages that the log holds only in part", run.damaged);
     }
     if (run.HarnessEnded()) {
         return Pass(expected, "the log ends where the harness aborts for what the DVR did", run.assertions);
@@ -69,7 +69,7 @@ Finding LogIsWhole(const Run& run, const Limits& /*limits*/) {
     return run.last == log::Sign::HeaderByte
                ? Inconclusive(
                      expected,
-                     "the log ends behind a request: it was cut, or the harness still runs, was "
+                     "the log ends after a request: it was cut, or the harness still runs, was "
                      "killed, or was ended by SIGPIPE (status 141), as it is when the DVR closes the "
                      "connection instead of waiting for the request")
                : Inconclusive(expected,
@@ -96,7 +96,7 @@ Finding ConnectionOpened(const Run& run, const Limits& limits) {
         return Pass(expected, "OK", run.Of(log::Sign::Opening));
     }
     if (!run.hasStart) {
-        return Inconclusive(expected, "the log begins behind the opening");
+        return Inconclusive(expected, "the log begins after the opening");
     }
     if (run.Saw(log::Sign::NoRequest)) {
         return Fail(expected, "a message without req", run.Of(log::Sign::NoRequest));

@@ -42,7 +42,7 @@ Finding EventListEvents(const Run& run, const Limits& /*limits*/) {
 
 Finding EventsOnce(const Run& run, const Limits& /*limits*/) {
     const bool reached = run.Received("EVENT_LIST") + run.Received("XML") > 0;
-    return NoneOf({{run.doubledEvents, "an event that stands twice in one list"}}, reached,
+    return NoneOf({{run.doubledEvents, "an event that is listed twice"}}, reached,
                   "each event once in the list", "no list");
 }
 
@@ -58,7 +58,7 @@ Finding Description(const Run& run, const Limits& /*limits*/) {
          {run.noDescriptions, "XML without xmlFile"},
          {run.Of(log::Sign::DescriptionWithoutReid), "a description without reid"},
          {run.Of(log::Sign::DescriptionReidWrong), "a description of another event than the one asked for"},
-         {run.noEvent, "a description that is empty, or of something else than an event"},
+         {run.noEvent, "a description that is empty, or of something other than an event"},
          {run.namelessFiles, "a description of a file without name, for which the harness aborts"}},
         run.Received("EVENT") + run.Received("XML") > 0,
         "a description with the event's reid and a name for each file", "no description");
@@ -119,7 +119,7 @@ Finding ExportDone(const Run& run, const Limits& limits) {
                                        : "the export stopped where no " + request.expects + " came",
                     run.Of(log::Sign::ShuttingDown));
     }
-    return NotReached(expected, "the log ends before");
+    return NotReached(expected, "the log ends before that");
 }
 
 }  // namespace

@@ -20,6 +20,11 @@ Finding Fired(const Run& run, Fault fault) {
     return NotInjected(run, "the dialogue did not come to it");
 }
 
+template <Fault fault>
+Finding FiredOf(const Run& run, const Limits& /*limits*/) {
+    return Fired(run, fault);
+}
+
 Finding Answered(const Run& run, Fault fault, const std::string& expected, const Limits& limits) {
     const FaultRecord& record = run.Of(fault);
     if (!record.fired.Any()) {
@@ -39,20 +44,11 @@ Finding Answered(const Run& run, Fault fault, const std::string& expected, const
     return NotReached(expected, "the log ends before an answer came");
 }
 
-Finding EventFired(const Run& run, const Limits& /*limits*/) {
-    return Fired(run, Fault::Event);
-}
 Finding EventAnswered(const Run& run, const Limits& limits) {
     return Answered(run, Fault::Event, "INVALID_EVENT to the damaged identifier", limits);
 }
-Finding FileEventFired(const Run& run, const Limits& /*limits*/) {
-    return Fired(run, Fault::FileEvent);
-}
 Finding FileEventAnswered(const Run& run, const Limits& limits) {
     return Answered(run, Fault::FileEvent, "INVALID_EVENT to the file of a damaged identifier", limits);
-}
-Finding FileNameFired(const Run& run, const Limits& /*limits*/) {
-    return Fired(run, Fault::FileName);
 }
 Finding FileNameAnswered(const Run& run, const Limits& limits) {
     return Answered(run, Fault::FileName, "INVALID_EVENT to the damaged file name", limits);
@@ -67,9 +63,6 @@ Finding TransportAnswered(const Run& run, const Limits& limits) {
     }
     return Answered(run, Fault::Transport, "TRANSPORT_EXCEPTION while the failure marker exists", limits);
 }
-Finding XferFired(const Run& run, const Limits& /*limits*/) {
-    return Fired(run, Fault::Xfer);
-}
 Finding XferAnswered(const Run& run, const Limits& limits) {
     return Answered(run, Fault::Xfer, "XFER_IN_PROGRESS to the second of two requests", limits);
 }
@@ -82,9 +75,6 @@ Finding PauseAnswered(const Run& run, const Limits& limits) {
     return Answered(run, Fault::Pause, "an export that goes on after the harness's pauses", limits);
 }
 
-Finding RehashFired(const Run& run, const Limits& /*limits*/) {
-    return Fired(run, Fault::Rehash);
-}
 Finding RehashAttributes(const Run& run, const Limits& /*limits*/) {
     if (!run.Of(Fault::Rehash).fired.Any()) {
         return NotReached("hashCode and length when a new hash is asked for", "it was never asked for");
@@ -115,19 +105,19 @@ const std::vector<Check>& FaultChecks() {
     static const std::vector<Check> kChecks = {
         {"invalid-event.fired", kFiredSentence,
          "\"processing 'invalidEvent' option [event]\", and the request that follows",
-         With<log::Sign::EventSwitch>, EventFired},
+         With<log::Sign::EventSwitch>, FiredOf<Fault::Event>},
         {"invalid-event.answer", "The DVR refuses an event that it does not have.",
          "INVALID_EVENT, or EVENT instead, as the next answer", With<log::Sign::EventSwitch>, EventAnswered,
          Needs::WholeLog},
         {"invalid-file.fired-event", kFiredSentence,
          "\"processing 'invalidFile' option, cnt=\", the first time", With<log::Sign::FileSwitch>,
-         FileEventFired},
+         FiredOf<Fault::FileEvent>},
         {"invalid-file.answer-event", "The DVR refuses a file of an event that it does not have.",
          "INVALID_EVENT, or FILE_COMPLETE instead, as the next answer", With<log::Sign::FileSwitch>,
          FileEventAnswered, Needs::WholeLog},
         {"invalid-file.fired-name", kFiredSentence,
          "\"processing 'invalidFile' option, cnt=\", the second time", With<log::Sign::FileSwitch>,
-         FileNameFired},
+         FiredOf<Fault::FileName>},
         {"invalid-file.answer-name", "The DVR refuses a file that it does not have.",
          "INVALID_EVENT, or FILE_COMPLETE instead, as the next answer", With<log::Sign::FileSwitch>,
          FileNameAnswered, Needs::WholeLog},
@@ -138,23 +128,23 @@ const std::vector<Check>& FaultChecks() {
          "TRANSPORT_EXCEPTION, or FILE_COMPLETE instead, as the next answer",
          With<log::Sign::TransportSwitch>, TransportAnswered, Needs::WholeLog},
         {"rehash.fired", kFiredSentence, "\"processing 'rehash' option\", and the request that follows",
-         With<log::Sign::RehashSwitch>, RehashFired},
+         With<log::Sign::RehashSwitch>, FiredOf<Fault::Rehash>},
         {"rehash.attributes", "The DVR gives hash and length when a new hash is asked for.",
          "\"'hashCode' attribute not present when requested\", \"'length' attribute not present when "
          "requested\"",
          With<log::Sign::RehashSwitch>, RehashAttributes},
-        {"rehash.same-hash", "A hash made anew equals the old one, or is reported as new.",
+        {"rehash.same-hash", "A recomputed hash equals the old one, or is reported as new.",
          "\"rehash resulted in same hash: \", \"rehash resulted in new hash: \"",
          With<log::Sign::RehashSwitch>, RehashSame},
         {"xfer.fired", kFiredSentence, "\"processing 'xferInProgress' option\"", With<log::Sign::XferSwitch>,
-         XferFired},
+         FiredOf<Fault::Xfer>},
         {"xfer.answer", "The DVR says that the file asked for again is in transfer.",
          "XFER_IN_PROGRESS to the second request", With<log::Sign::XferSwitch>, XferAnswered,
          Needs::WholeLog},
         {"sleep.fired", kFiredSentence,
          "a request with files left after it, in an event of three files or more",
          With<log::Sign::SleepSwitch>, PauseFired},
-        {"sleep.answer", "The DVR bears pauses between requests.", "the answer after the pause",
+        {"sleep.answer", "The DVR tolerates pauses between requests.", "the answer after the pause",
          With<log::Sign::SleepSwitch>, PauseAnswered, Needs::WholeLog},
     };
     return kChecks;

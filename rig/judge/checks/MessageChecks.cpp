@@ -20,8 +20,8 @@ Finding MessagesParsed(const Run& run, const Limits& /*limits*/) {
                     "a message that breaks off, is garbled, or whose length prefix announces less than was "
                     "sent, for which the harness aborts"},
                    {run.Of(log::Sign::NotXml),
-                    "a message, or a description in one, that is no XML, for which the harness aborts"},
-                   {run.notWellFormed, "a message, or a description in one, that is no well-formed XML"},
+                    "a message, or a description in one, that is not XML, for which the harness aborts"},
+                   {run.notWellFormed, "a message, or a description in one, that is not well-formed XML"},
                    {run.Of(log::Sign::NoRequest), "a message without req, which the harness ignores"}},
                   run.Saw(log::Sign::Incoming), "one XML document msg with req in every message",
                   "no message");

@@ -14,6 +14,19 @@ bool WithWhole(const Run& run) {
     return With<sign>(run) && AsksWhole(run);
 }
 
+Finding AnsweredBy(const Run& run, const Limits& limits, const char* answer, const char* request,
+                   const std::string& expected) {
+    if (run.Received(answer) > 0) {
+        return Pass(expected, "it came", run.received.at(answer));
+    }
+    for (const Request& waiting : run.pending) {
+        if (waiting.name == request && IsUnanswered(run, waiting, limits)) {
+            return Fail(expected, "the DVR sent nothing of the kind", run.Of(log::Sign::Opening));
+        }
+    }
+    return NotReached(expected, "the log ends before an answer came");
+}
+
 Finding UpgradeFired(const Run& run, const Limits& /*limits*/) {
     for (const result::Evidence& line : run.Of(log::Sign::Opening).Lines()) {
         if (line.text.find("UPDATE_SOFTWARE") != std::string::npos) {
@@ -23,16 +36,8 @@ Finding UpgradeFired(const Run& run, const Limits& /*limits*/) {
     return NotInjected(run, "the dialogue did not come to it");
 }
 Finding UpgradeAnswered(const Run& run, const Limits& limits) {
-    const std::string expected = "SOFTWARE_UPDATE_CONFIRM to UPDATE_SOFTWARE";
-    if (run.Received("SOFTWARE_UPDATE_CONFIRM") > 0) {
-        return Pass(expected, "it came", run.received.at("SOFTWARE_UPDATE_CONFIRM"));
-    }
-    for (const Request& request : run.pending) {
-        if (request.name == "UPDATE_SOFTWARE" && IsUnanswered(run, request, limits)) {
-            return Fail(expected, "the DVR sent nothing of the kind", run.Of(log::Sign::Opening));
-        }
-    }
-    return NotReached(expected, "the log ends before an answer came");
+    return AnsweredBy(run, limits, "SOFTWARE_UPDATE_CONFIRM", "UPDATE_SOFTWARE",
+                      "SOFTWARE_UPDATE_CONFIRM to UPDATE_SOFTWARE");
 }
 
 Finding ConfigFired(const Run& run, const Limits& /*limits*/) {
@@ -41,16 +46,8 @@ Finding ConfigFired(const Run& run, const Limits& /*limits*/) {
                : Inconclusive(kFired, "never injected: the dialogue did not come to it");
 }
 Finding ConfigAnswered(const Run& run, const Limits& limits) {
-    const std::string expected = "CONFIGURATION_UPDATE_ERROR to the bogus configuration";
-    if (run.Received("CONFIGURATION_UPDATE_ERROR") > 0) {
-        return Pass(expected, "it came", run.received.at("CONFIGURATION_UPDATE_ERROR"));
-    }
-    for (const Request& request : run.pending) {
-        if (request.name == "UPDATE_CONFIGURATION" && IsUnanswered(run, request, limits)) {
-            return Fail(expected, "the DVR sent nothing of the kind", run.Of(log::Sign::Opening));
-        }
-    }
-    return NotReached(expected, "the log ends before an answer came");
+    return AnsweredBy(run, limits, "CONFIGURATION_UPDATE_ERROR", "UPDATE_CONFIGURATION",
+                      "CONFIGURATION_UPDATE_ERROR to the bogus configuration");
 }
 
 Finding SizeFired(const Run& run, const Limits& /*limits*/) {

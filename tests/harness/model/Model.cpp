@@ -112,10 +112,10 @@ void Model::QueueFiles(const std::string& reid, const Element& event) {
         files_.emplace_back(reid, *metadata->Attribute("name"));
     }
     const Element* const streams = video->Child("streams");
-    bool isBehindFirst = false;
+    bool isAfterFirst = false;
     for (const Element& stream : streams ? streams->children : std::vector<Element>()) {
-        isBehindFirst = isBehindFirst || stream.name == "stream";
-        for (const Element& file : isBehindFirst ? stream.children : std::vector<Element>()) {
+        isAfterFirst = isAfterFirst || stream.name == "stream";
+        for (const Element& file : isAfterFirst ? stream.children : std::vector<Element>()) {
             files_.emplace_back(reid, *file.Attribute("name"));
         }
     }

@@ -26,10 +26,10 @@ void Model_1_0::Handle(const std::string& req, const Element& message) {
 
 void Model_1_0::TakeXml(const Element& message) {
     const Element* const xmlFile = message.Child("xmlFile");
-    bool isBehindFirst = false;
+    bool isAfterFirst = false;
     for (const Element& item : xmlFile ? xmlFile->children : std::vector<Element>()) {
-        isBehindFirst = isBehindFirst || item.name == "string";
-        const Element* const event = isBehindFirst && item.text ? Description(*item.text) : nullptr;
+        isAfterFirst = isAfterFirst || item.name == "string";
+        const Element* const event = isAfterFirst && item.text ? Description(*item.text) : nullptr;
         if (event == nullptr || event->name != "recording-event") {
             continue;
         }

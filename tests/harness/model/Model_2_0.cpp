@@ -80,12 +80,12 @@ void Model_2_0::TakeEventList(const Element& message) {
     if (list == nullptr || list->Child("event") == nullptr) {
         Log(2, "could not find 'event' tag in EVENT_LIST message");
     } else {
-        bool isBehindFirst = false;
+        bool isAfterFirst = false;
         for (const Element& item : list->children) {
-            isBehindFirst = isBehindFirst || item.name == "event";
-            if (isBehindFirst && item.text) {
+            isAfterFirst = isAfterFirst || item.name == "event";
+            if (isAfterFirst && item.text) {
                 events_.push_back(*item.text);
-            } else if (isBehindFirst) {
+            } else if (isAfterFirst) {
                 Log(2, "'event' found with no text");
             }
         }

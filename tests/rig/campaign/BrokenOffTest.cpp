@@ -111,7 +111,7 @@ TEST_F(BrokenOffTest, NotByTheHangupThatItWasStartedToIgnore) {
 /// Killed so that nothing more can be written, at a random moment of an export.
 class KilledTest : public BrokenOffTest, public testing::WithParamInterface<unsigned int> {};
 
-TEST_P(KilledTest, LeavesWholeEvidenceAndNobodyBehind) {
+TEST_P(KilledTest, LeavesWholeEvidenceAndNoProcess) {
     std::mt19937 dice(GetParam());
     const int moment = std::uniform_int_distribution<int>(0, 2500)(dice);
     const ProgramResult result = RunUntil(

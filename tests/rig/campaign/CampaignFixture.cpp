@@ -52,7 +52,7 @@ Json CampaignTest::RunCase(const std::string& name, std::vector<std::string> arg
 
 Json CampaignTest::Evidence(const std::string& file) const {
     Json json = Json::parse(EvidenceText(file), nullptr, false);
-    EXPECT_FALSE(json.is_discarded()) << file << " is no JSON";
+    EXPECT_FALSE(json.is_discarded()) << file << " is not JSON";
     return json;
 }
 

@@ -50,7 +50,7 @@ TEST_F(CampaignTest, RunsTheFirstDialectToo) {
     EXPECT_EQ(one["times"]["pauses"], 0.25 * 4 + 1);
 }
 
-TEST_F(CampaignTest, EndsSilenceAfterAWrongPrefixByPatience) {
+TEST_F(CampaignTest, EndsSilenceAfterAWrongPrefixWhenPatienceEnds) {
     const Json one = RunCase("size-2.0", {"--dvr", Dvr("--frame-timeout 3600"), "--patience", "0.5"});
     EXPECT_EQ(one["outcome"], "PASS") << one["reason"] << ": the DVR itself would wait for an hour";
 }
@@ -147,7 +147,7 @@ TEST_F(CampaignTest, KnowsFailuresThatItIsTold) {
     EXPECT_EQ(result_.status, 0);
     out_ += "-2";
     RunCase("clean-2.0", {"--dvr", Dvr(), "--known", "/mnt/known"});
-    EXPECT_EQ(result_.status, 1) << "the list is to be mended";
+    EXPECT_EQ(result_.status, 1) << "the list must be fixed";
     EXPECT_EQ(Evidence()["knownUnseen"], Json({"event-list.source"}));
 }
 

@@ -71,14 +71,14 @@ TEST(Cases, ChosenByNameAreFramedByTheirDialectsCleanExports) {
     EXPECT_EQ(Names({"clean-2.0", "2", false}), (std::vector<std::string>{"clean-2.0", "recovery-2.0"}));
 }
 
-TEST(Cases, ChosenBareStandAlone) {
+TEST(Cases, ChosenBareRunAlone) {
     EXPECT_EQ(Names({"xfer-2.0", "2", true}), (std::vector<std::string>{"xfer-2.0"}));
     EXPECT_EQ(Names({"recovery-1.0", "2", true}), (std::vector<std::string>{"recovery-1.0"}));
     const auto all = Names({"all", "2", true});
     EXPECT_EQ(std::count(all.begin(), all.end(), "clean-2.0"), 0);
 }
 
-TEST(Cases, ThatNobodyHasAreRefused) {
+TEST(Cases, ThatDoNotExistAreRefused) {
     EXPECT_EQ(Names({"xfer-2.0,", "2", true}).size(), 1U) << "a comma at the end names nothing";
     for (const char* names : {"", ",", "xfer", "all,xfer-2.0", "xfer-2.0,,event-2.0"}) {
         EXPECT_THROW(Select({names, "2", false}), std::runtime_error) << names;

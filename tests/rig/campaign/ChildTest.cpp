@@ -67,7 +67,7 @@ TEST(Child, RunsWhateverAShellTakes) {
     EXPECT_EQ(RunIt("cd / && pwd").output, "/\n");
     EXPECT_EQ(RunIt("A=1 printenv A").output, "1\n");
     EXPECT_EQ(RunIt(" cd /usr && pwd").output, "/usr\n");
-    EXPECT_TRUE(RunIt("\tcd /usr").end.IsStatus(0)) << "cd is no program";
+    EXPECT_TRUE(RunIt("\tcd /usr").end.IsStatus(0)) << "cd is not a program";
     EXPECT_EQ(RunIt("echo out; echo err >&2").output, "out\nerr\n");
     EXPECT_EQ(RunIt("printenv VELLORAN_CASE", {"VELLORAN_CASE=x y"}).output, "x y\n");
 }
@@ -98,7 +98,7 @@ Ending EndOf(const std::string& command, int signal) {
 TEST(Child, GetsSignalsAsTheProgramItselfWould) {
     const std::string program = "sh -c 'trap \"exit 44\" INT; echo ready; while :; do sleep 0.01; done'";
     EXPECT_TRUE(EndOf(program, SIGINT).IsStatus(44));
-    EXPECT_TRUE(EndOf("true && " + program, SIGINT).IsStatus(44)) << "behind a shell that waits for it";
+    EXPECT_TRUE(EndOf("true && " + program, SIGINT).IsStatus(44)) << "through a shell that waits for it";
     EXPECT_TRUE(EndOf(program, SIGKILL).IsSignal(SIGKILL));
 }
 

@@ -43,7 +43,7 @@ TEST_F(EvidenceTest, TellsTheWholeCampaignInOtherForms) {
     ExpectHolds(tap, "- config-2.0-2 config.answer");
 }
 
-TEST_F(EvidenceTest, NamesEverythingThatHadAPart) {
+TEST_F(EvidenceTest, NamesEverythingInvolved) {
     RunCase("config-2.0", {"--dvr", Dvr(), "--after-case", "true"});
     const Json campaign = Evidence();
     EXPECT_EQ(campaign["commandLine"][1], "run");
@@ -87,7 +87,7 @@ TEST_F(EvidenceTest, IsNotMixedWithWhatIsThereAlready) {
     EXPECT_EQ(EvidenceText("campaign.json"), before);
 }
 
-TEST_F(EvidenceTest, IsSaidToBeLostWhereItCannotBeWritten) {
+TEST_F(EvidenceTest, IsReportedLostWhereItCannotBeWritten) {
     out_ = "/proc/campaign";
     const ProgramResult result = RunCampaign({"--bare", "--cases", "config-2.0", "--dvr", Dvr()});
     EXPECT_EQ(result.status, 64);

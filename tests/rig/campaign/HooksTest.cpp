@@ -18,7 +18,7 @@ TEST_F(HooksTest, RunAroundTheCaseAndSeeIt) {
     EXPECT_EQ(one["hooks"][2]["status"], 0);
 }
 
-TEST_F(HooksTest, ThatFailAheadOfACaseKeepItFromRunning) {
+TEST_F(HooksTest, ThatFailBeforeACaseKeepItFromRunning) {
     const Json one = RunCase("config-2.0", {"--dvr", Dvr(), "--before-case", "exit 5"});
     EXPECT_EQ(result_.status, 3);
     EXPECT_EQ(one["outcome"], "ENVIRONMENT");
@@ -28,7 +28,7 @@ TEST_F(HooksTest, ThatFailAheadOfACaseKeepItFromRunning) {
     EXPECT_TRUE(FileExists(out_ + "/cases/config-2.0/report.html"));
 }
 
-TEST_F(HooksTest, ThatFailBehindACaseEndItAsEnvironment) {
+TEST_F(HooksTest, ThatFailAfterACaseEndItAsEnvironment) {
     const Json one = RunCase("config-2.0", {"--dvr", Dvr(), "--after-case", "exit 5"});
     EXPECT_EQ(result_.status, 3);
     EXPECT_EQ(one["outcome"], "ENVIRONMENT");

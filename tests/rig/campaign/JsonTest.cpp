@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "rig/campaign/evidence/CampaignJson.h"
+#include "rig/campaign/evidence/CampaignFiles.h"
 
 namespace rig::campaign {
 namespace {
@@ -62,7 +62,7 @@ TEST(CampaignJson, TellsTheCampaignWithItsCases) {
     EXPECT_EQ(json["versions"]["velloran-rig"], "1");
     Json alone = Json::parse(CaseJson(Record()));
     alone.erase("format");
-    EXPECT_EQ(json["cases"][0], alone) << "a case stands there as in its own file";
+    EXPECT_EQ(json["cases"][0], alone) << "a case is the same there as in its own file";
     campaign.state = "finished";
     json = Json::parse(CampaignJson(campaign));
     EXPECT_EQ(json["outcome"], "TIMEOUT");

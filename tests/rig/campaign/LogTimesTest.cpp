@@ -12,7 +12,7 @@ LogTimes TimesOf(const Statements& statements) {
     return times;
 }
 
-TEST(LogTimes, PartPausesFromWaiting) {
+TEST(LogTimes, SeparatePausesFromWaiting) {
     const LogTimes times = TimesOf({{0, "'protocol' option set to 2"},
                                     {40, "Connected to: fam=2  127.0.0.1:4000"},
                                     {50, "expecting a message of 37 bytes"},
@@ -24,7 +24,7 @@ TEST(LogTimes, PartPausesFromWaiting) {
     EXPECT_DOUBLE_EQ(times.Waits(), 0.04 + 0.01 + 0.099 + 0.1);
 }
 
-TEST(LogTimes, CountThePauseBehindARequestAsTheHarnesss) {
+TEST(LogTimes, CountThePauseAfterARequestAsTheHarnesss) {
     const Statements asks = {{0, "filesToReceive size = 2"}, {1, "hdr[0]= 4c"}};
     Statements late = asks;
     late.emplace_back(1301, "expecting a message of 37 bytes");
@@ -35,17 +35,17 @@ TEST(LogTimes, CountThePauseBehindARequestAsTheHarnesss) {
     EXPECT_DOUBLE_EQ(TimesOf(longer).Pauses(), 1.3);
     const LogTimes last =
         TimesOf({{0, "filesToReceive size = 1"}, {1, "hdr[0]= 4c"}, {501, "expecting a message of 3 bytes"}});
-    EXPECT_DOUBLE_EQ(last.Pauses(), 0) << "there is no pause behind an event's last request";
+    EXPECT_DOUBLE_EQ(last.Pauses(), 0) << "there is no pause after an event's last request";
 }
 
-TEST(LogTimes, CountTheSecondAheadOfClosing) {
+TEST(LogTimes, CountTheSecondBeforeClosing) {
     const LogTimes times =
         TimesOf({{0, "Sending DONE"}, {1, "hdr[0]= 4c"}, {1001, "Closing client socket..."}});
     EXPECT_DOUBLE_EQ(times.Pauses(), 1);
     EXPECT_DOUBLE_EQ(times.Waits(), 0);
 }
 
-TEST(LogTimes, BearClocksThatGoBack) {
+TEST(LogTimes, TolerateClocksThatGoBack) {
     const LogTimes times = TimesOf({{1000, "hdr[0]= 4c"}, {0, "expecting a message of 3 bytes"}});
     EXPECT_DOUBLE_EQ(times.Pauses() + times.Waits(), 0);
 }

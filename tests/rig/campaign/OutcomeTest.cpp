@@ -113,7 +113,7 @@ TEST(Outcome, OfAFailedCommandDependsOnWhetherADvrCame) {
     EXPECT_EQ(Decide(facts).outcome, Outcome::Environment);
 }
 
-TEST(Outcome, OfHooksPortAndInterruptStandsAboveTheJudges) {
+TEST(Outcome, OfHooksPortAndInterruptOverridesTheJudges) {
     CaseFacts facts = Stopped(Verdict::Fail);
     facts.words = "why";
     facts.end = End::HookFailed;
@@ -125,13 +125,13 @@ TEST(Outcome, OfHooksPortAndInterruptStandsAboveTheJudges) {
     EXPECT_EQ(Decide(facts).reason, "why");
 }
 
-TEST(Outcome, OfALogWithoutEndIsNoPass) {
+TEST(Outcome, OfALogWithoutEndIsNotAPass) {
     CaseFacts facts = Stopped(Verdict::Pass);
     facts.end = End::LogTooLarge;
     EXPECT_EQ(Decide(facts).outcome, Outcome::Inconclusive);
 }
 
-TEST(Outcome, StandsAsACheckOfTheRun) {
+TEST(Outcome, AppearsAsACheckOfTheRun) {
     const auto verdict = [](Outcome outcome, const std::optional<result::RunResult>& judged) {
         return CheckOf({outcome, "why"}, judged).verdict;
     };

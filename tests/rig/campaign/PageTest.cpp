@@ -2,7 +2,7 @@
 
 #include <pugixml.hpp>
 
-#include "rig/campaign/evidence/CampaignPage.h"
+#include "rig/campaign/evidence/CampaignFiles.h"
 
 namespace rig::campaign {
 namespace {
@@ -49,7 +49,7 @@ TEST_F(CampaignPageTest, SaysFirstHowItCameOut) {
     CampaignRecord stale = Finished({Record("a", Outcome::Pass)});
     stale.knownUnseen = {"xfer.answer"};
     Make(stale);
-    EXPECT_EQ(Heading(), "The list of known failures is to be mended: 1 of 1 case passed");
+    EXPECT_EQ(Heading(), "The list of known failures must be fixed: 1 of 1 case passed");
     CampaignRecord running = Finished({Record("a", Outcome::Running)});
     running.state = "running";
     Make(running);
@@ -79,13 +79,13 @@ TEST_F(CampaignPageTest, ShowsWhatPeopleWroteAsTheyWroteIt) {
     EXPECT_TRUE(page_.select_node("//td[starts-with(text(), '<b>\"&\xef\xbf\xbd')]"));
 }
 
-TEST_F(CampaignPageTest, BlamesNothingOnFaultsBehindAFailedCleanExport) {
+TEST_F(CampaignPageTest, BlamesNothingOnFaultsAfterAFailedCleanExport) {
     CampaignRecord campaign = Finished({Record("a", Outcome::Fail), Record("b", Outcome::Pass)});
     for (CaseRecord& record : campaign.cases) {
         record.isSuspect = true;
     }
     Make(campaign);
-    EXPECT_EQ(page_.select_nodes("//div[starts-with(., 'The clean export ahead of it failed')]").size(), 1U);
+    EXPECT_EQ(page_.select_nodes("//div[starts-with(., 'The clean export before it failed')]").size(), 1U);
 }
 
 }  // namespace

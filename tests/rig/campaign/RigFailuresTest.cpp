@@ -45,7 +45,7 @@ TEST_F(RigFailuresTest, NameAPortThatSomebodyElseListensOn) {
     EXPECT_EQ(one["attempts"], 1);
 }
 
-TEST_F(RigFailuresTest, DoNotCountWhereThePortIsHeldForAWhileOnly) {
+TEST_F(RigFailuresTest, DoNotCountWhereThePortIsHeldOnlyForAWhile) {
     std::ofstream("/mnt/harness") << "if [ -e /mnt/tried ]; then exec " VELLORAN_PROGRAM
                                      " \"$@\"; fi\n"
                                      "touch /mnt/tried\nexit 99\n";

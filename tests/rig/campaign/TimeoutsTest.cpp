@@ -13,7 +13,7 @@ TEST_F(TimeoutsTest, EndACaseWithoutADvr) {
     EXPECT_EQ(one["dvr"]["stoppedBy"], "SIGTERM");
 }
 
-TEST_F(TimeoutsTest, AreCountedDownWhileARecorderIsWaitedFor) {
+TEST_F(TimeoutsTest, AreCountedDownWhileWaitingForARecorder) {
     const Json one = RunCase("clean-2.0", {"--connect-timeout", "1.5"});
     EXPECT_EQ(one["outcome"], "TIMEOUT");
     EXPECT_TRUE(one["dvr"].is_null());

@@ -41,7 +41,7 @@ TEST_F(WatchTest, EndsWithTheDialogue) {
     EXPECT_TRUE(watch_->IsDone());
 }
 
-TEST_F(WatchTest, TakesNoEndOfTheHarnessForTheDialogues) {
+TEST_F(WatchTest, DoesNotMistakeTheHarnesssEndForTheDialogues) {
     Begin("-p 2");
     Add(0, "bind failed: 98", true);
     EXPECT_FALSE(watch_->IsDone());

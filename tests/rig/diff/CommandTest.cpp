@@ -46,7 +46,7 @@ TEST_F(DiffCommand, NamesTheCheckThatGotWorseAndTheOneThatGotBetter) {
     ExpectHolds(unwritten.errors, "/mnt/nowhere/diff.json");
 }
 
-TEST(DiffUsage, RefusesAFolderThatIsNoCampaign) {
+TEST(DiffUsage, RefusesAFolderThatIsNotACampaign) {
     const ProgramResult result = RunRig({"diff", "/nowhere", "/nowhere"});
     EXPECT_EQ(result.status, 66);
     EXPECT_EQ(result.output, "");

@@ -12,7 +12,7 @@ CaseRun RunWithCheck(const std::string& verdict, const std::string& found) {
     return run;
 }
 
-TEST(Verdicts, ThatAreTheSameAreNoChange) {
+TEST(Verdicts, ThatAreTheSameAreNotAChange) {
     EXPECT_EQ(CompareRuns({RunThat("PASS")}, {RunThat("PASS")}).change, Change::Same);
     EXPECT_EQ(CompareRuns({RunThat("FAIL", "reason")}, {RunThat("FAIL", "reason")}).change, Change::Same);
 }
@@ -24,7 +24,7 @@ TEST(Verdicts, ToPassIsBetter) {
     }
 }
 
-TEST(Verdicts, ToPassNoLongerIsWorse) {
+TEST(Verdicts, NoLongerToPassIsWorse) {
     for (const char* after :
          {"FAIL", "TIMEOUT", "ENVIRONMENT", "INCONCLUSIVE", "NOT REACHED", "KNOWN FAILURE", "NOT RUN"}) {
         EXPECT_EQ(ChangeOf("PASS", after), Change::Worse) << after;
@@ -38,7 +38,7 @@ TEST(Verdicts, ToFailIsWorseWhereItDidNotFail) {
     }
 }
 
-TEST(Verdicts, ThatNeitherPassNorFailNewlyTellNeither) {
+TEST(Verdicts, ThatNeitherPassNorFailNewlyAreNeither) {
     EXPECT_EQ(ChangeOf("FAIL", "TIMEOUT"), Change::Changed);
     EXPECT_EQ(ChangeOf("FAIL", "INCONCLUSIVE"), Change::Changed);
     EXPECT_EQ(ChangeOf("NOT REACHED", "INCONCLUSIVE"), Change::Changed);
@@ -54,7 +54,7 @@ TEST(Verdicts, ThatFailForAnotherReasonAreAChange) {
                "check event-list.source", "FAIL: one", "FAIL: two");
 }
 
-TEST(Verdicts, ThatPassWithOtherWordsAreNoChange) {
+TEST(Verdicts, ThatPassWithOtherWordsAreNotAChange) {
     EXPECT_EQ(CompareRuns({RunWithCheck("PASS", "one")}, {RunWithCheck("PASS", "two")}).change, Change::Same);
 }
 
@@ -64,7 +64,7 @@ TEST(Verdicts, OfSeveralRunsAreTheWorst) {
                Change::Worse, "outcome", "PASS in 2 of 2 runs", "TIMEOUT in 1 of 3 runs: too long");
 }
 
-TEST(Verdicts, ThatFailForAReasonWhichOneOfTheEarlierRunsHadAreNoChange) {
+TEST(Verdicts, ThatFailForAReasonOfAnEarlierRunAreNotAChange) {
     EXPECT_EQ(
         CompareRuns({RunWithCheck("FAIL", "one"), RunWithCheck("FAIL", "two")}, {RunWithCheck("FAIL", "two")})
             .change,

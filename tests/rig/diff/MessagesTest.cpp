@@ -6,13 +6,13 @@ using namespace rig::diff;
 
 namespace {
 
-TEST(Messages, InTheSameOrderAreNoChange) {
+TEST(Messages, InTheSameOrderAreNotAChange) {
     EXPECT_EQ(
         CompareRuns({RunWith({"DVR OK", "harness DONE"})}, {RunWith({"DVR OK", "harness DONE"})}).change,
         Change::Same);
 }
 
-TEST(Messages, InAnotherOrderPartAtTheFirstThatDiffers) {
+TEST(Messages, InAnotherOrderDivergeAtTheFirstThatDiffers) {
     ExpectOnly(CompareRuns({RunWith({"DVR OK", "DVR EVENT", "harness DONE"})},
                            {RunWith({"DVR OK", "harness DONE", "DVR EVENT"})}),
                Change::Changed, "order of messages", "DVR EVENT as message 2", "harness DONE as message 2");
@@ -30,12 +30,12 @@ TEST(Messages, ThatComeAgainAreCounted) {
     EXPECT_EQ(compared.differences[1].after, "DVR EVENT 2");
 }
 
-TEST(Messages, InAnOrderThatOneOfTheEarlierRunsHadAreNoChange) {
+TEST(Messages, InTheOrderOfAnEarlierRunAreNotAChange) {
     EXPECT_EQ(CompareRuns({RunWith({"a", "b"}), RunWith({"b", "a"})}, {RunWith({"b", "a"})}).change,
               Change::Same);
 }
 
-TEST(Messages, PartFromTheEarlierRunThatTheyAreMostLike) {
+TEST(Messages, DivergeFromTheEarlierRunThatTheyAreMostLike) {
     ExpectOnly(CompareRuns({RunWith({"x", "y", "z"}), RunWith({"y", "z", "x"})}, {RunWith({"y", "x", "z"})}),
                Change::Changed, "order of messages", "z as message 2", "x as message 2");
 }

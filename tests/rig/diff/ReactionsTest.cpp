@@ -23,29 +23,29 @@ TEST(Reactions, ThatAreNearlyAllBelowWhatWasUsualAreBetter) {
                "reaction to GET_FILE", "150.0 to 160.0 ms", "100.0 to 110.0 ms");
 }
 
-TEST(Reactions, WithinTheSpreadAreNoChange) {
+TEST(Reactions, WithinTheSpreadAreNotAChange) {
     EXPECT_EQ(CompareRuns({RunThatTook(100, 200)}, {RunThatTook(190, 300)}).change, Change::Same);
     EXPECT_EQ(CompareRuns({RunThatTook(190, 300)}, {RunThatTook(100, 200)}).change, Change::Same);
 }
 
-TEST(Reactions, WithinTheSpreadOfSeveralRunsAreNoChange) {
+TEST(Reactions, WithinTheSpreadOfSeveralRunsAreNotAChange) {
     const std::vector<CaseRun> before = {RunThatTook(100, 110), RunThatTook(300, 310)};
     EXPECT_EQ(CompareRuns(before, {RunThatTook(250, 260)}).change, Change::Same);
     EXPECT_EQ(CompareRuns(before, {RunThatTook(500, 510)}).change, Change::Worse);
     EXPECT_EQ(CompareRuns({RunThatTook(100, 110)}, before).change, Change::Same);
 }
 
-TEST(Reactions, OfAFewMillisecondsMoreAreNoChange) {
+TEST(Reactions, AFewMillisecondsSlowerAreNotAChange) {
     EXPECT_EQ(CompareRuns({RunThatTook(1, 2)}, {RunThatTook(20, 21)}).change, Change::Same);
     EXPECT_EQ(CompareRuns({RunThatTook(1, 2)}, {RunThatTook(23, 24)}).change, Change::Worse);
 }
 
-TEST(Reactions, OfAFifthMoreAreNoChange) {
+TEST(Reactions, AFifthSlowerAreNotAChange) {
     EXPECT_EQ(CompareRuns({RunThatTook(1000, 1000)}, {RunThatTook(1199, 1199)}).change, Change::Same);
     EXPECT_EQ(CompareRuns({RunThatTook(1000, 1000)}, {RunThatTook(1201, 1201)}).change, Change::Worse);
 }
 
-TEST(Reactions, ThatOnlyOneCampaignHasAreNoChange) {
+TEST(Reactions, ThatOnlyOneCampaignHasAreNotAChange) {
     EXPECT_EQ(CompareRuns({RunThat("PASS")}, {RunThatTook(1000, 1000)}).change, Change::Same);
     EXPECT_EQ(CompareRuns({RunThatTook(1000, 1000)}, {RunThat("PASS")}).change, Change::Same);
 }

@@ -3,9 +3,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
-#include "rig/diff/DiffJson.h"
-#include "rig/diff/DiffPage.h"
-#include "rig/diff/DiffText.h"
+#include "rig/diff/Reports.h"
 #include "tests/rig/diff/MadeUp.h"
 
 using namespace rig::diff;

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "rig/html/HtmlChecks.h"
 #include "rig/html/HtmlReport.h"
+#include "rig/html/HtmlSections.h"
 #include "tests/rig/result/MadeUp.h"
 
 namespace rig::html {
@@ -16,7 +16,7 @@ std::string RowsOf(const pugi::xml_document& page, const char* cssClass, const c
     return text;
 }
 
-TEST(HtmlChecks, StandWithTheWorstFirst) {
+TEST(HtmlChecks, ShowTheWorstFirst) {
     const auto page = Read(HtmlReport(MadeUp()));
     EXPECT_EQ(RowsOf(page, "checks", "/tbody/tr/td[1]"),
               "FAIL|ENVIRONMENT|INCONCLUSIVE|NOT REACHED|KNOWN FAILURE|PASS|");
@@ -39,7 +39,7 @@ TEST(HtmlChecks, LeadToTheLinesThatProveThem) {
     EXPECT_EQ(TextOf(list.last_child()), "made-up.log:99 not of this run");
 }
 
-TEST(HtmlTimings, StandInMilliseconds) {
+TEST(HtmlTimings, AreInMilliseconds) {
     EXPECT_EQ(RowsOf(Read(HtmlReport(MadeUp())), "numbers", "/tbody/tr/*"), "GET_FILE|3|1.0|2.5|2.5|2.5|");
 }
 
@@ -53,7 +53,7 @@ TEST(HtmlMatrix, TellsEachCheckOfEachRunInALetterAndAWord) {
     EXPECT_STREQ(cell.attribute("aria-label").value(), "INCONCLUSIVE");
 }
 
-TEST(HtmlMatrix, IsThereForManyRunsOnly) {
+TEST(HtmlMatrix, IsThereOnlyForManyRuns) {
     EXPECT_FALSE(Read(HtmlReport(MadeUp())).select_node("//table[@class='matrix']"));
 }
 

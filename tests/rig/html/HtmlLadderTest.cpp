@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "rig/html/HtmlLadder.h"
+#include "rig/html/HtmlSections.h"
 #include "tests/rig/result/MadeUp.h"
 
 namespace rig::html {
@@ -26,7 +26,7 @@ pugi::xml_node StepOf(const pugi::xml_document& page, const char* kind) {
     return page.select_node((std::string("//g[@class='step ") + kind + "']").c_str()).node();
 }
 
-TEST(HtmlLadder, DrawsEachMessageAsAnArrowToWhomItGoes) {
+TEST(HtmlLadder, DrawsEachMessageAsAnArrowToItsReceiver) {
     const auto page = Ladder(MadeUp().runs[0]);
     const pugi::xml_node names = page.select_node("//svg").node();
     EXPECT_EQ(TextOf(names).rfind("DVRharness", 0), 0U);
@@ -96,7 +96,7 @@ TEST(HtmlLadder, SaysWhatItLeavesOut) {
     EXPECT_EQ(
         CutsOf(page),
         "This page shows 21 of the 60 steps of this run: the first, the last, and up to 20 injected faults "
-        "between. The other 39 are in the log itself.|19 steps left out here|20 steps left out here|");
+        "in between. The other 39 are in the log itself.|19 steps left out here|20 steps left out here|");
 }
 
 TEST(HtmlLadder, IsBoundedHoweverManyFaultsThereAre) {

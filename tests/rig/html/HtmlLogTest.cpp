@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "rig/html/HtmlLog.h"
+#include "rig/html/HtmlSections.h"
 #include "tests/rig/result/MadeUp.h"
 
 namespace rig::html {
@@ -64,7 +64,7 @@ TEST(HtmlLog, SaysWhatItLeavesOutButNothingThatProvesSomething) {
     }
     EXPECT_EQ(
         words,
-        "This page holds 101 of the 1000 lines of this run: the first, the last, and those between that "
+        "This page holds 101 of the 1000 lines of this run: the first, the last, and those in between that "
         "prove a "
         "finding. The other 899 are in the log itself.|449 lines left out here|450 lines left out here|");
 }

@@ -11,7 +11,7 @@ bool Holds(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
-TEST(HtmlPage, HasWhatBrowsersAndReadersAloudNeed) {
+TEST(HtmlPage, HasWhatBrowsersAndScreenReadersNeed) {
     const std::string page = HtmlPage("A & B").Text();
     EXPECT_EQ(page.rfind("<!DOCTYPE html><html lang=\"en\"><head><meta charset=\"utf-8\"/>", 0), 0U);
     EXPECT_TRUE(Holds(page, "<title>A &amp; B</title>"));

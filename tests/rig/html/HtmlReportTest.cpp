@@ -40,7 +40,7 @@ std::string HeadlineOf(const result::Result& result) {
 TEST(HtmlReport, SaysTheVerdictInWords) {
     EXPECT_EQ(HeadlineOf(With(result::Verdict::Pass)), "The DVR passed: 1 of 1 check");
     EXPECT_EQ(HeadlineOf(With(result::Verdict::KnownFailure)),
-              "The DVR failed only as is known: 1 of 1 check");
+              "The DVR failed only in known ways: 1 of 1 check");
     EXPECT_EQ(HeadlineOf(With(result::Verdict::NotReached)),
               "The export did not get far enough: 1 of 1 check not reached");
     EXPECT_EQ(HeadlineOf(With(result::Verdict::Inconclusive)),
@@ -129,7 +129,7 @@ INSTANTIATE_TEST_SUITE_P(Texts, HtmlReportOfHostileText,
                                          "\xff\xfe\xc0\x80 \xed\xa0\x80",
                                          std::string("\0\x01\x1b[31m\r\n\t\x7f", 11), "</svg></text><p>"));
 
-TEST(HtmlReport, ShowsHostileTextAsItStands) {
+TEST(HtmlReport, ShowsHostileTextUnchanged) {
     const std::string hostile = "</code></li><script>alert('&amp;')</script>";
     const auto page = Read(HtmlReport(WithEverywhere(hostile)));
     EXPECT_EQ(ById(page, "L1").select_node(".//code").node().child_value(), hostile);

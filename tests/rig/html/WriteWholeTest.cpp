@@ -89,14 +89,14 @@ TEST_F(WriteWholeTest, KeepsTheModeOfWhatItReplaces) {
     EXPECT_EQ(std::filesystem::status(Path()).permissions(), std::filesystem::perms::owner_read);
 }
 
-TEST_F(WriteWholeTest, HeedsTheUmask) {
+TEST_F(WriteWholeTest, ObeysTheUmask) {
     const mode_t before = umask(0027);
     WriteWhole(Path(), "text");
     umask(before);
     EXPECT_EQ(static_cast<unsigned int>(std::filesystem::status(Path()).permissions()), 0640U);
 }
 
-TEST_F(WriteWholeTest, WritesBehindWhatWasPrintedIntoTheSameFile) {
+TEST_F(WriteWholeTest, WritesAfterWhatWasPrintedIntoTheSameFile) {
     const int output = dup(STDOUT_FILENO);
     const int file = open(Path().c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
     dup2(file, STDOUT_FILENO);

@@ -45,7 +45,7 @@ TEST(JudgeCommand, NeedsALog) {
     EXPECT_EQ(Judge({"no-such-log"}), 66);
 }
 
-TEST(JudgeCommand, NeverPassesALogThatIsNone) {
+TEST(JudgeCommand, NeverPassesAFileThatIsNotALog) {
     const std::string path = testing::TempDir() + "velloran-no-log";
     JudgeOptions options;
     options.logs = {path};
@@ -56,7 +56,7 @@ TEST(JudgeCommand, NeverPassesALogThatIsNone) {
     std::remove(path.c_str());
 }
 
-TEST(JudgeCommand, NamesALogThatIsNoneAmongOthers) {
+TEST(JudgeCommand, NamesTheFileThatIsNotALogAmongOthers) {
     const std::string path = testing::TempDir() + "velloran-no-log-2";
     JudgeOptions options;
     options.logs = {path};
@@ -104,7 +104,7 @@ TEST(JudgeCommand, ListsTheChecksWithoutALog) {
     EXPECT_EQ(testing::internal::GetCapturedStdout(), AsMarkdown(judge::ListChecks()));
 }
 
-TEST(JudgeCommand, TakesNoLimitThatIsNone) {
+TEST(JudgeCommand, RefusesInvalidLimits) {
     for (const std::string option :
          {"--patience nan", "--patience -5", "--max-reaction nan", "--max-reaction x"}) {
         CLI::App app;
@@ -229,7 +229,7 @@ TEST(JudgeCommand, JudgesWhatItFollowedWhenInterrupted) {
     std::remove(path.c_str());
 }
 
-TEST(JudgeCommand, FollowsTheRunThatGoesOnBehindOthers) {
+TEST(JudgeCommand, FollowsTheRunThatGoesOnAfterOthers) {
     const std::string log = RealLog("d2-missing-source");
     const std::string path = testing::TempDir() + "velloran-appended";
     std::ofstream(path) << RealLog("clean-2.0") + log.substr(0, log.size() / 2);

@@ -24,7 +24,7 @@ TEST(KnownFailures, DoNotFailTheRunForTheSameReason) {
     EXPECT_EQ(result::ExitStatusOf(result::WorstOf(result)), 0);
 }
 
-TEST(KnownFailures, DoNotFailTheRunForWhatIsNotReachedForThem) {
+TEST(KnownFailures, DoNotFailTheRunForWhatIsNotReachedBecauseOfThem) {
     RunResult run;
     run.checks = {CheckResult{"rehash.attributes", "", Verdict::KnownFailure, "", "", {}},
                   CheckResult{"rehash.same-hash", "", Verdict::NotReached, "", "", {}}};
@@ -33,13 +33,13 @@ TEST(KnownFailures, DoNotFailTheRunForWhatIsNotReachedForThem) {
     EXPECT_EQ(result::WorstOf(run), Verdict::Inconclusive);
 }
 
-TEST(KnownFailures, DoNotCountWhatStandsInParentheses) {
+TEST(KnownFailures, IgnoreWhatIsInParentheses) {
     auto result = Judged(RealLog("d2-no-answer-on-EVENT_XFER_ACK"));
     Apply({{"event-ack.reid", {"an event that was never acknowledged"}}}, result.runs.at(0));
     EXPECT_EQ(With(Verdict::KnownFailure, result.runs.at(0)), "event-ack.reid");
 }
 
-TEST(KnownFailures, DoNotCountNamesThatHoldParentheses) {
+TEST(KnownFailures, IgnoreNamesThatHoldParentheses) {
     RunResult run;
     run.checks.push_back(
         {"files.asked-for", "", Verdict::Fail, "", "another file (E/a (1).ts instead of GET_FILE E/a)", {}});
@@ -74,18 +74,18 @@ RunResult Unseen(const KnownFailures& known, const std::string& logs) {
     return tally.Unseen(known);
 }
 
-TEST(KnownFailures, FailWhereTheyPassAndNoRunShowsThem) {
+TEST(KnownFailures, FailIfTheyPassAndOccurInNoRun) {
     const RunResult unseen = Unseen(kNoSource, RealLog("clean-2.0"));
     EXPECT_EQ(unseen.name, "known failures");
     EXPECT_EQ(With(Verdict::Fail, unseen), "event-list.source");
-    EXPECT_EQ(unseen.checks.at(0).found, "it passes now: the list of known failures is to be mended");
+    EXPECT_EQ(unseen.checks.at(0).found, "it passes now: the list of known failures must be fixed");
 }
 
-TEST(KnownFailures, NeedNotShowInEveryRun) {
+TEST(KnownFailures, NeedNotOccurInEveryRun) {
     EXPECT_TRUE(Unseen(kNoSource, RealLog("clean-2.0") + RealLog("d2-missing-source")).checks.empty());
 }
 
-TEST(KnownFailures, AreNotMissedWhereNothingCameToThem) {
+TEST(KnownFailures, AreNotMissedWhereNothingReachedThem) {
     EXPECT_TRUE(Unseen(kNoSource, RealLog("clean-1.0")).checks.empty());
 }
 

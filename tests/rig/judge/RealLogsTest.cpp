@@ -55,7 +55,7 @@ TEST(RealLog, NamesTheLinesThatProveAFailure) {
     }
 }
 
-TEST(RealLog, CutAnywhereNeverFailsAndPassesOnlyBehindDone) {
+TEST(RealLog, CutAnywhereNeverFailsAndPassesOnlyAfterDone) {
     for (const char* name : {"all-faults-2.0", "clean-1.0", "xfer-2.0", "close-2.0"}) {
         const std::string log = RealLog(name);
         const std::size_t done = log.find("hdr[", log.find("Sending DONE"));

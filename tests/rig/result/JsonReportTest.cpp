@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "rig/result/JsonReport.h"
+#include "rig/result/Reports.h"
 #include "tests/rig/result/MadeUp.h"
 
 namespace rig::result {

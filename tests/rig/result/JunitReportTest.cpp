@@ -5,7 +5,7 @@
 #include <fstream>
 #include <pugixml.hpp>
 
-#include "rig/result/JunitReport.h"
+#include "rig/result/Reports.h"
 #include "tests/rig/result/MadeUp.h"
 
 namespace rig::result {

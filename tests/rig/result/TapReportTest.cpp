@@ -2,7 +2,7 @@
 
 #include <sstream>
 
-#include "rig/result/TapReport.h"
+#include "rig/result/Reports.h"
 #include "tests/rig/result/MadeUp.h"
 
 namespace rig::result {
@@ -47,7 +47,7 @@ TEST(TapReport, NumbersItsTestsOverAllRunsAsPlanned) {
     }
 }
 
-TEST(TapReport, TakesNothingInTheResultForALineOrADirective) {
+TEST(TapReport, MistakesNothingInTheResultForALineOrADirective) {
     Result result = MadeUp();
     result.runs[0].name = "a # TODO\nok 7";
     result.runs[0].checks[5].found = "nothing\nBail out!\r\nok 8";

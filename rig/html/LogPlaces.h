@@ -3,14 +3,27 @@
 #include <cstddef>
 #include <map>
 #include <optional>
-#include <pugixml.hpp>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "rig/result/Result.h"
 
 namespace rig::html {
+
+/// @return which of `count` things a page with room for `limit` holds, ascending: all, or half of `limit`
+///         from the start and half from the end, and up to `limit` of those in between for which
+///         `matters(index)` is true
+template <typename Predicate>
+std::vector<std::size_t> KeptOf(std::size_t count, std::size_t limit, const Predicate& matters) {
+    std::vector<std::size_t> kept;
+    for (std::size_t index = 0; index < count; ++index) {
+        const bool isAtEnds = count <= limit || index < limit / 2 || index + limit / 2 >= count;
+        if (isAtEnds || (kept.size() < limit / 2 + limit && matters(index))) {
+            kept.push_back(index);
+        }
+    }
+    return kept;
+}
 
 /// Where the lines of a run's log are on its page. A page holds a bounded number of them: the first and the
 /// last, and those in between that prove something.
@@ -44,9 +57,5 @@ class LogPlaces {
     std::map<std::size_t, std::vector<const result::CheckResult*>> proofs_;
     std::vector<std::size_t> kept_;
 };
-
-/// Adds the log with its search, which needs the page's script.
-void AddLog(pugi::xml_node section, const result::RunResult& run, const LogPlaces& places,
-            const std::string& prefix);
 
 }  // namespace rig::html

@@ -16,4 +16,8 @@ std::string CampaignJson(const CampaignRecord& campaign);
 /// @return case.json: one case, exactly as in campaign.json
 std::string CaseJson(const CaseRecord& record);
 
+/// @return index.html of the campaign's folder: the outcome, the matrix of checks by case, the evidence of
+///         each case, the coverage. One self-contained page; its links lead into the folder.
+std::string CampaignPage(const CampaignRecord& campaign);
+
 }  // namespace rig::campaign

@@ -1,5 +1,3 @@
-#include "rig/campaign/execution/Start.h"
-
 #include <sys/utsname.h>
 #include <unistd.h>
 
@@ -11,6 +9,7 @@
 #include <sstream>
 
 #include "rig/campaign/Campaign.h"
+#include "rig/campaign/RunCommand.h"
 #include "rig/campaign/evidence/Fingerprint.h"
 #include "rig/judge/KnownFailures.h"
 
@@ -139,7 +138,7 @@ std::string FolderOf(const RunOptions& options) {
 
 }  // namespace
 
-Outcome Start(const RunOptions& options) {
+Outcome PlanAndRun(const RunOptions& options) {
     const Rig rig = RigOf(options, options.seed ? *options.seed : std::random_device()());
     CampaignRecord record = RecordOf(options, rig);
     const std::string folder = FolderOf(options);

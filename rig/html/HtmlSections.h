@@ -1,10 +1,13 @@
 #pragma once
 
+#include <cstddef>
 #include <pugixml.hpp>
 #include <string>
 
-#include "rig/html/HtmlLog.h"
+#include "rig/html/LogPlaces.h"
 #include "rig/result/Result.h"
+
+// The sections of a page about a run.
 
 namespace rig::html {
 
@@ -20,5 +23,15 @@ void AddMatrix(pugi::xml_node section, const result::Result& result);
 
 /// @return how the anchors of a run, counted from 0, begin: nothing for the first, "run2-" for the second
 std::string PrefixOf(std::size_t run);
+
+/// Adds the dialogue as a ladder in SVG: two lifelines, arrows with the messages, injected faults and notes
+/// between them, in pieces that fit a printed page. @param limit how many steps the page holds, not counting
+/// the faults
+void AddLadder(pugi::xml_node section, const result::RunResult& run, const LogPlaces& places,
+               std::size_t limit);
+
+/// Adds the log with its search, which needs the page's script.
+void AddLog(pugi::xml_node section, const result::RunResult& run, const LogPlaces& places,
+            const std::string& prefix);
 
 }  // namespace rig::html
