@@ -143,7 +143,7 @@ bool Exchange::Answers(const Arrival& message, const std::string& event, const P
         run_.notAsked.Add(place, message.name + " twice");
     }
     if (message.name == "FILE_COMPLETE" && isExact_) {
-        completed_ = FileIn(message);
+        completed_ = message;
     }
     return true;
 }
@@ -201,8 +201,8 @@ void Exchange::IgnoreLast(log::Sign why, const Place& place) {
         return;  // it was asked for; a message out of turn has led the harness away from it since
     }
     const std::string asked = answered_ ? answered_->Words() : "";
-    if (why == log::Sign::WrongFile && FileIn(last_) == completed_) {
-        run_.completedAgain.Add(place, completed_);
+    if (why == log::Sign::WrongFile && FileIn(last_) == FileIn(completed_)) {
+        run_.completedAgain.Add(place, FileIn(completed_));
     } else if (why == log::Sign::WrongFile) {
         run_.otherFile.Add(place, asked.empty() ? "" : FileIn(last_) + " instead of " + asked);
     } else if (why == log::Sign::EventReidWrong && answered_) {

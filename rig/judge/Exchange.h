@@ -52,7 +52,7 @@ class Exchange {
     Arrival last_;
     std::optional<Request> answered_;  // by the last message
     bool isExact_ = false;             // which is about exactly what the request asked for
-    std::string completed_;            // the last completed file, in words
+    Arrival completed_;                // the last FILE_COMPLETE that was asked for
     std::set<std::string> accepted_;   // damaged identifiers that the DVR took for events
     std::optional<std::int64_t> doneTime_;
     std::optional<std::int64_t> free_;         // when the harness began to wait for a message

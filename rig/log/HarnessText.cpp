@@ -43,6 +43,19 @@ std::size_t MarkupLength(std::string_view text) {
     return text.size();
 }
 
+/// @return whether some text may have blanks to drop or to condense, as few have
+bool MayHaveBlanks(std::string_view document) {
+    char before = '>';
+    for (const char byte : document) {
+        const bool isAfterMarkupOrBlank = before == '>' || before == ' ';
+        if ((IsBlank(byte) && (byte != ' ' || isAfterMarkupOrBlank)) || (byte == '<' && before == ' ')) {
+            return true;
+        }
+        before = byte;
+    }
+    return before == ' ';
+}
+
 void AppendCondensed(std::string& condensed, std::string_view text) {
     bool isBlankDue = false;
     bool isEmpty = true;
@@ -63,6 +76,9 @@ void AppendCondensed(std::string& condensed, std::string_view text) {
 }  // namespace
 
 std::string Condensed(std::string_view document) {
+    if (!MayHaveBlanks(document)) {
+        return std::string(document);
+    }
     std::string condensed;
     condensed.reserve(document.size());
     while (!document.empty()) {
