@@ -118,10 +118,10 @@ class OwnClock {
             minute_ = *minute - std::int64_t{TwoDigits(text + kMinute)} * kSecond;
             hasMinute_ = true;
         }
-        const int seconds = TwoDigits(text + kMinute);
-        const int first = TwoDigits(text + 20);
-        const int second = TwoDigits(text + 22);
-        const int third = TwoDigits(text + 24);
+        const std::int64_t seconds = TwoDigits(text + kMinute);
+        const std::int64_t first = TwoDigits(text + 20);
+        const std::int64_t second = TwoDigits(text + 22);
+        const std::int64_t third = TwoDigits(text + 24);
         if ((seconds | first | second | third) < 0 || text[kMinute + 2] != '.') {
             return std::nullopt;
         }
