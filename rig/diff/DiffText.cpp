@@ -5,6 +5,7 @@
 #include "rig/base/Printable.h"
 #include "rig/base/Terminal.h"
 #include "rig/diff/Reports.h"
+#include "rig/result/Result.h"
 
 namespace rig::diff {
 namespace {
