@@ -2,15 +2,18 @@
 
 namespace {
 
-TestOptions With(int TestOptions::*number, int value) {
+using Number = decltype(&TestOptions::closeEarly);
+using Flag = decltype(&TestOptions::rehash);
+
+TestOptions With(Number number, int value) {
     TestOptions options;
     options.*number = value;
     return options;
 }
 
-TestOptions With(std::initializer_list<bool TestOptions::*> flags) {
+TestOptions With(std::initializer_list<Flag> flags) {
     TestOptions options;
-    for (bool TestOptions::*flag : flags) {
+    for (const Flag flag : flags) {
         options.*flag = true;
     }
     return options;
@@ -97,7 +100,7 @@ std::vector<Switches> Flags() {
         std::string letter;
         std::string word;
         std::string value;
-        bool TestOptions::*flag;
+        Flag flag;
     } flags[] = {{"-e", "--event", "invalidEvent", &TestOptions::invalidEvent},
                  {"-f", "--file", "invalidFile", &TestOptions::invalidFile},
                  {"-r", "--rehash", "rehash", &TestOptions::rehash},
