@@ -13,13 +13,13 @@ bool IsAssertion(std::string_view line) {
            line.find(": Assertion `") != std::string_view::npos;
 }
 
-result::RunResult Judged(const Run& run, const Limits& limits) {
+result::RunResult Judged(const Run& run, const Limits& limits, bool words) {
     result::RunResult result;
-    result.name = run.begin.file + ":" + std::to_string(run.begin.line);
+    result.name = run.name;
     result.switches = run.Switches();
     result.begin = run.beginTime;
     result.end = run.endTime;
-    result.checks = JudgeRun(run, limits);
+    result.checks = JudgeRun(run, limits, words);
     static const std::map<std::string, ReactionTimes> kNone;
     for (const auto& [request, times] : run.hasFractions ? run.reactions : kNone) {
         result.timings.push_back({request, times.Count(), times.Percentile(0.5), times.Percentile(0.95),
@@ -77,7 +77,7 @@ bool Judge::IsOver() const {
 
 void Judge::Close(int process) {
     const auto run = open_.find(process);
-    take_(Judged(run->second->Facts(), limits_));
+    take_(Judged(run->second->Facts(), limits_, keep_.words));
     open_.erase(run);
 }
 

@@ -67,10 +67,13 @@ class LogsJudged {
 
     void Run() {
         const bool wantsSteps = options_.timeline || !options_.json.empty() || !options_.html.empty();
-        Judge judge({options_.patience, options_.maxReaction}, {wantsSteps, !options_.html.empty()},
+        Judge judge({options_.patience, options_.maxReaction},
+                    {wantsSteps, !options_.html.empty(), WantsFiles(options_)},
                     [this](result::RunResult run) {
-                        Apply(known_, run);
-                        tally_.Add(run);
+                        if (!known_.empty()) {
+                            Apply(known_, run);
+                            tally_.Add(run);
+                        }
                         Take(std::move(run));
                     });
         foreign_ = ReadLogs(options_, judge);

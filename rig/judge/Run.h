@@ -9,20 +9,11 @@
 #include <string_view>
 #include <vector>
 
+#include "rig/judge/Proof.h"
 #include "rig/log/RunReader.h"
 #include "rig/result/Result.h"
 
 namespace rig::judge {
-
-/// Where a line is and its text, while the line is current. Most lines prove nothing: Proof() copies what
-/// must be kept.
-struct Place {
-    const std::string& file;
-    std::uint64_t line;
-    std::string_view text;
-
-    result::Evidence Proof() const;
-};
 
 /// How often something happened, and the first few lines that prove it: bounded, however long the log is.
 class Tally {
@@ -33,14 +24,15 @@ class Tally {
     std::uint64_t Count() const { return count_; }
     bool Any() const { return count_ > 0; }
     const std::string& Note() const { return note_; }
-    const std::vector<result::Evidence>& Lines() const { return lines_; }
+    const Proof& Shown() const { return proof_; }
+    std::vector<result::Evidence> Lines() const { return proof_.Lines(); }
 
  private:
     bool Counts(std::string_view note);
 
     std::uint64_t count_ = 0;
     std::string note_;
-    std::vector<result::Evidence> lines_;
+    Proof proof_;
 };
 
 using log::Fault;
@@ -58,7 +50,7 @@ struct Request : log::Request {
     std::optional<std::int64_t> time;  // when it went out, microseconds
     bool isOvertaken = false;          // DONE went out while it waited
     bool isMistaken = false;           // the harness ignored what came as its answer
-    result::Evidence evidence;
+    KeptLine line;                     // with its first byte
 
     /// @return name, event and file
     std::string Words() const;
@@ -72,18 +64,19 @@ class ReactionTimes {
     /// @return the time in ms that this fraction (0 to 1) of all reactions did not exceed
     double Percentile(double fraction) const;
     double Longest() const { return static_cast<double>(longest_) / 1000; }
-    const result::Evidence& LongestAt() const { return longestAt_; }
+    result::Evidence LongestAt() const { return longestAt_.Proof(); }
 
  private:
     std::map<int, std::uint64_t> buckets_;
     std::uint64_t count_ = 0;
     std::int64_t longest_ = 0;
-    result::Evidence longestAt_;
+    KeptLine longestAt_;
 };
 
 /// What the log of one run says, gathered while reading it: facts, no verdicts.
 struct Run {
-    result::Evidence begin;
+    KeptLines lines;   // that prove something
+    std::string name;  // where its first line is: "run.log:1"
     std::optional<std::int64_t> beginTime;
     std::optional<std::int64_t> endTime;
     bool hasFractions = false;  // the log's times are finer than whole seconds

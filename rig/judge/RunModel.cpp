@@ -34,7 +34,7 @@ std::string Described(const Arrival& message) {
 }  // namespace
 
 RunModel::RunModel(const Place& begin, const Keep& keep) : keep_(keep) {
-    run_.begin = begin.Proof();
+    run_.name = begin.file + ":" + std::to_string(begin.line);
 }
 
 bool RunModel::StartsAnother(Sign sign) const {
@@ -47,7 +47,8 @@ bool RunModel::IsOver() const {
             run_.switches.closeEarly == 0);
 }
 
-const log::Message* RunModel::Add(const log::Statement& statement, const Place& place) {
+const log::Message* RunModel::Add(const log::Statement& statement, Place place) {
+    place.kept = &run_.lines;
     using Event = log::RunReader::Event;
     const Event event = reader_.Add(statement);
     run_.switches = reader_.Echoed();
@@ -105,12 +106,14 @@ void RunModel::Note(const log::Statement& statement, const Place& place) {
     }
 }
 
-void RunModel::AddAssertion(const Place& place) {
+void RunModel::AddAssertion(Place place) {
+    place.kept = &run_.lines;
     run_.assertions.Add(place);
     AddStep(Step::Kind::Note, place.text, place);
 }
 
-void RunModel::AddMarkerFailure(const Place& place) {
+void RunModel::AddMarkerFailure(Place place) {
+    place.kept = &run_.lines;
     run_.markerFailures.Add(place);
 }
 
@@ -168,7 +171,8 @@ void RunModel::TakeRejection(const log::Statement& statement, const Place& place
 }
 
 void RunModel::TakeRequest(const Place& place) {
-    Request request{reader_.LastRequest(), "", now_, false, false, place.Proof()};
+    Request request{reader_.LastRequest(), "", now_, false, false, {}};
+    run_.lines.Keep(place, request.line);
     request.expects = AnswerTo(request.name, request.fault, run_.switches.protocol);
     if (keep_.steps) {
         AddStep(Step::Kind::FromHarness, request.Words(), place);

@@ -40,6 +40,22 @@ std::string Shown(Verdict verdict, std::size_t width, bool colour) {
     return Coloured(name, colour ? ColourOf(verdict) : Colour::Plain);
 }
 
+/// Most of what is printed: appended, not formatted.
+void AppendRow(Text& text, const CheckResult& check, bool colour) {
+    constexpr std::string_view kBlanks = "             ";
+    const std::string_view name = NameOf(check.verdict);
+    text.append(std::string_view("  "));
+    if (colour) {
+        text.append(Shown(check.verdict, kBlanks.size(), true));
+    } else {
+        text.append(name);
+        text.append(kBlanks.substr(name.size()));
+    }
+    text.append(std::string_view("  "));
+    text.append(check.id);
+    text.push_back('\n');
+}
+
 void PrintCheck(Text& text, const CheckResult& check, bool colour) {
     Print(text, "\n{} {}\n", Shown(check.verdict, 0, colour), check.id);
     Print(text, "  {}\n  expected: {}\n  found:    {}\n", check.requirement, check.expected, check.found);
@@ -50,10 +66,6 @@ void PrintCheck(Text& text, const CheckResult& check, bool colour) {
 
 std::string TitleOf(const RunResult& run) {
     return run.name + (run.switches.empty() ? "" : "  velloran " + run.switches);
-}
-
-bool NeedsWords(const CheckResult& check) {
-    return check.verdict != Verdict::Pass && check.verdict != Verdict::NotReached;
 }
 
 void PrintTimings(Text& text, const RunResult& run) {
@@ -70,16 +82,12 @@ void PrintTimings(Text& text, const RunResult& run) {
 
 void PrintRun(Text& text, const RunResult& run, bool colour) {
     Print(text, "{}\n", TitleOf(run));
-    for (const CheckResult& check : run.checks) {  // most of what is printed: appended, not formatted
-        text.append(std::string_view("  "));
-        text.append(Shown(check.verdict, 13, colour));
-        text.append(std::string_view("  "));
-        text.append(check.id);
-        text.push_back('\n');
+    for (const CheckResult& check : run.checks) {
+        AppendRow(text, check, colour);
     }
     PrintTimings(text, run);
     for (const CheckResult& check : run.checks) {
-        if (NeedsWords(check)) {
+        if (NeedsWords(check.verdict)) {
             PrintCheck(text, check, colour);
         }
     }
@@ -111,18 +119,27 @@ void RunPrinter::Add(const RunResult& run) {
     PrintRun(text, run, colour_);
     out_.write(text.data(), static_cast<std::streamsize>(text.size()));
     Row row{TitleOf(run), std::string(ids_.size(), ' ')};
+    std::size_t column = 0;
     for (const CheckResult& check : run.checks) {
-        const auto id = std::find(ids_.begin(), ids_.end(), check.id);
-        const auto column = static_cast<std::size_t>(id - ids_.begin());
-        if (id == ids_.end()) {
-            ids_.push_back(check.id);
-            row.letters += ' ';
-        }
+        column = ColumnOf(check.id, column);
+        row.letters.resize(ids_.size(), ' ');
         row.letters[column] = LetterOf(check.verdict);
         ++counts_[check.verdict];
     }
     rows_.push_back(std::move(row));
     worst_ = std::max(worst_, WorstOf(run));
+}
+
+/// @param expected  where it probably is or comes before: runs have much the same checks in the same order
+/// @return the check's column in the matrix; a new one if it has none
+std::size_t RunPrinter::ColumnOf(const std::string& id, std::size_t expected) {
+    const auto start = ids_.begin() + static_cast<std::ptrdiff_t>(expected);
+    auto found = std::find(start, ids_.end(), id);
+    if (found == ids_.end()) {
+        found = std::find(ids_.begin(), start, id);
+        found = found == start ? ids_.insert(ids_.end(), id) : found;
+    }
+    return static_cast<std::size_t>(found - ids_.begin());
 }
 
 void RunPrinter::PrintMatrix(std::size_t first, std::size_t end) {
@@ -138,7 +155,8 @@ void RunPrinter::PrintMatrix(std::size_t first, std::size_t end) {
         Print(text, "\n{:<28}", ids_[check]);
         for (std::size_t run = first; run < end; ++run) {
             const std::string& letters = rows_[run].letters;
-            Print(text, "{:>4}", check < letters.size() ? letters[check] : ' ');
+            text.append(std::string_view("   "));
+            text.push_back(check < letters.size() ? letters[check] : ' ');
         }
     }
     Print(text, "\n\n");

@@ -29,7 +29,7 @@ Listing ListChecks() {
     return listing;
 }
 
-std::vector<result::CheckResult> JudgeRun(const Run& run, const Limits& limits) {
+std::vector<result::CheckResult> JudgeRun(const Run& run, const Limits& limits, bool words) {
     std::vector<result::CheckResult> results;
     results.reserve(AllChecks().size());
     for (const Check& check : AllChecks()) {
@@ -39,10 +39,15 @@ std::vector<result::CheckResult> JudgeRun(const Run& run, const Limits& limits) 
         Finding finding = check.judge(run, limits);
         if (check.needs == Needs::WholeLog && finding.verdict == result::Verdict::Fail && IsIncomplete(run)) {
             finding.verdict = result::Verdict::Inconclusive;
-            finding.found = "the log does not hold all of the run; as far as it goes, " + finding.found;
+            finding.found =
+                "the log does not hold all of the run; as far as it goes, " + finding.found.Whole();
         }
-        results.push_back({check.id, check.requirement, finding.verdict, std::move(finding.expected),
-                           std::move(finding.found), std::move(finding.evidence)});
+        if (words || result::NeedsWords(finding.verdict)) {
+            results.push_back({check.id, check.requirement, finding.verdict, finding.expected.Whole(),
+                               finding.found.Whole(), finding.evidence.Lines()});
+        } else {
+            results.push_back({check.id, {}, finding.verdict, {}, {}, {}});
+        }
     }
     return results;
 }

@@ -28,7 +28,7 @@ Finding EventListSource(const Run& run, const Limits& /*limits*/) {
 }
 
 Finding EventListEvents(const Run& run, const Limits& /*limits*/) {
-    const std::string expected = "an identifier for each event in EVENT_LIST";
+    const Text expected = "an identifier for each event in EVENT_LIST";
     if (run.Saw(log::Sign::NoEvents)) {
         return Inconclusive(expected,
                             "no event was listed: the log cannot tell whether the DVR has none, and nothing "
@@ -80,7 +80,7 @@ Finding FileAttributes(const Run& run, const Limits& /*limits*/) {
 }
 
 Finding FileIdentity(const Run& run, const Limits& limits) {
-    const std::string expected = "each file completed once, in the order of the requests";
+    const Text expected = "each file completed once, in the order of the requests";
     const Tally unanswered = Unanswered(run, "GET_FILE", limits);
     const bool isOpen = !unanswered.Any() && IsWaiting(run, "GET_FILE");
     return NoneOf({{run.completedAgain, "a file completed twice"},
@@ -107,7 +107,7 @@ Finding ReportReid(const Run& run, const Limits& /*limits*/) {
 }
 
 Finding ExportDone(const Run& run, const Limits& limits) {
-    const std::string expected = "an export that ends with DONE";
+    const Text expected = "an export that ends with DONE";
     if (run.doneSent.Any() && !run.isExporting) {
         return Pass(expected, "DONE", run.Of(log::Sign::SendingDone));
     }

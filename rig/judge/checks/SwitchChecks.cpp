@@ -15,7 +15,7 @@ bool WithWhole(const Run& run) {
 }
 
 Finding AnsweredBy(const Run& run, const Limits& limits, const char* answer, const char* request,
-                   const std::string& expected) {
+                   const Text& expected) {
     if (run.Received(answer) > 0) {
         return Pass(expected, "it came", run.received.at(answer));
     }
@@ -56,7 +56,7 @@ Finding SizeFired(const Run& run, const Limits& /*limits*/) {
                : Inconclusive(kFired, "never injected: no frame went out");
 }
 Finding SizeAnswered(const Run& run, const Limits& limits) {
-    const std::string expected = "no answer to a frame that is shorter than its prefix says";
+    const Text expected = "no answer to a frame that is shorter than its prefix says";
     if (!run.Saw(log::Sign::SentWrongSize)) {
         return NotReached(expected, "no frame went out");
     }
@@ -80,7 +80,7 @@ Finding CloseFired(const Run& run, const Limits& /*limits*/) {
                                                       run.acksAtDone, run.switches.closeEarly));
 }
 Finding CloseAnswered(const Run& run, const Limits& limits) {
-    const std::string expected =
+    const Text expected =
         fmt::format("{} acknowledgements, then DONE, then nothing", run.switches.closeEarly);
     if (CloseFired(run, limits).verdict != result::Verdict::Pass) {
         return NotReached(expected, "the export was not closed early");
@@ -98,8 +98,7 @@ Finding DurationFired(const Run& run, const Limits& /*limits*/) {
                : NotInjected(run, "the dialogue did not come to DONE");
 }
 Finding DurationAnswered(const Run& run, const Limits& /*limits*/) {
-    const std::string expected =
-        fmt::format("no call of the DVR for {} min after DONE", run.switches.doneDuration);
+    const Text expected = fmt::format("no call of the DVR for {} min after DONE", run.switches.doneDuration);
     if (run.doneSent.Any() && run.resumed && *run.resumed < run.switches.doneDuration * kMinute) {
         return Fail(expected,
                     fmt::format("the DVR connected again before the time was over (after {:.1f} s)",
