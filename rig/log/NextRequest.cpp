@@ -47,18 +47,15 @@ void NextRequest::Forget() {
     doubled_ = 0;
 }
 
-Listed NextRequest::TakeMessage(const std::string& name, const pugi::xml_node& message) {
-    last_ = name;
-    if (name == "EVENT_LIST") {
-        return lists_.TakeEventList(message);
+Listed NextRequest::TakeMessage(Document& message) {
+    last_ = message.Name();
+    const bool isExpected =
+        last_ == "EVENT" && !lists_.events.empty() && Event() == message.Condensed().attribute("reid").value();
+    if (last_ == "EVENT_LIST" || last_ == "XML" || isExpected) {
+        lists_.Append(message.Lists());
+        return message.WhatIsListed();
     }
-    if (name == "XML") {
-        return lists_.TakeXml(message);
-    }
-    if (name == "EVENT" && !lists_.events.empty() && Event() == message.attribute("reid").value()) {
-        return lists_.TakeEvent(message);
-    }
-    if (name == "INVALID_EVENT" && lists_.files.empty() && !lists_.events.empty()) {
+    if (last_ == "INVALID_EVENT" && lists_.files.empty() && !lists_.events.empty()) {
         lists_.events.pop_front();
     }
     return {};
