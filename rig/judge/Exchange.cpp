@@ -6,6 +6,9 @@
 #include "rig/protocol/Catalogue.h"
 
 namespace rig::judge {
+
+using namespace std::string_view_literals;  // compared without a call where the sizes differ
+
 namespace {
 
 constexpr std::size_t kMostPending = 1000;  // unanswered requests: memory must not grow with the log
@@ -15,7 +18,7 @@ constexpr std::int64_t kAtOnce = 50'000;
 
 /// @return whether the message is about exactly what the request asked for
 bool IsExact(const Request& request, const Arrival& message) {
-    const bool isFileLeftOut = !message.file && message.name != "FILE_COMPLETE";
+    const bool isFileLeftOut = !message.file && message.name != "FILE_COMPLETE"sv;
     return request.reid == message.reid.value_or("") &&
            (isFileLeftOut || request.file == message.file.value_or(""));
 }
@@ -49,7 +52,7 @@ std::string AnswerTo(const std::string& request, Fault fault, int protocol) {
 }
 
 void Exchange::SendRequest(Request request, const Place& place) {
-    if (request.name == "DONE") {
+    if (request.name == "DONE"sv) {
         if (!run_.doneSent.Any()) {
             run_.acksAtDone = run_.Of(log::Sign::Acknowledged).Count();
         }
@@ -79,7 +82,7 @@ void Exchange::WasBusyUntil(std::optional<std::int64_t> time) {
 
 void Exchange::TakeMessage(const Arrival& message, const std::string& event, const Place& place) {
     answered_.reset();
-    if (message.name == "OK") {
+    if (message.name == "OK"sv) {
         TakeOk(message, place);
     } else {
         if (run_.doneSent.Any() && !run_.isExporting) {
@@ -89,7 +92,7 @@ void Exchange::TakeMessage(const Arrival& message, const std::string& event, con
         if (run_.Saw(log::Sign::SizeSwitch)) {
             run_.answeredWrong.Add(place, message.name);
         }
-        if (protocol::IsReport(message.name) && !message.reid) {
+        if (!message.reid && protocol::IsReport(message.name)) {
             run_.reportWithoutReid.Add(place, message.name);
         }
         if (!Answers(message, event, place) && !AnswersWrongly(message, place) && !RefusesLater(message)) {
@@ -142,7 +145,7 @@ bool Exchange::Answers(const Arrival& message, const std::string& event, const P
     if (message.isRepeated && !isExact_) {
         run_.notAsked.Add(place, message.name + " twice");
     }
-    if (message.name == "FILE_COMPLETE" && isExact_) {
+    if (message.name == "FILE_COMPLETE"sv && isExact_) {
         completed_ = message;
     }
     return true;

@@ -69,7 +69,7 @@ double ReactionTimes::Percentile(double fraction) const {
     return Longest();
 }
 
-std::uint64_t Run::Received(const std::string& message) const {
+std::uint64_t Run::Received(std::string_view message) const {
     const auto found = received.find(message);
     return found == received.end() ? 0 : found->second.Count();
 }

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -90,7 +91,7 @@ struct Run {
     std::optional<std::int64_t> resumed;  // microseconds from the last DONE to the OK after it
     std::array<Tally, static_cast<std::size_t>(log::Sign::Count)> signs;
     std::array<FaultRecord, static_cast<std::size_t>(Fault::Count)> faults;
-    std::map<std::string, Tally> received;  // by message; unknown ones under ""
+    std::map<std::string, Tally, std::less<>> received;  // by message; unknown ones under ""
     std::map<std::string, ReactionTimes> reactions;
     std::uint64_t hiddenReactions = 0;  // answers that arrived while the harness paused
 
@@ -131,7 +132,7 @@ struct Run {
     bool Saw(log::Sign sign) const { return Of(sign).Any(); }
     const FaultRecord& Of(Fault fault) const { return faults[static_cast<std::size_t>(fault)]; }
     FaultRecord& Of(Fault fault) { return faults[static_cast<std::size_t>(fault)]; }
-    std::uint64_t Received(const std::string& message) const;
+    std::uint64_t Received(std::string_view message) const;
     /// @return whether the DVR has sent something that makes the harness end itself
     bool HarnessEnded() const;
     /// @return the switches as on the harness's command line

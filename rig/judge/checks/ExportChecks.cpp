@@ -10,10 +10,8 @@ namespace rig::judge {
 namespace {
 
 bool HasReports(const Run& run) {
-    const auto& kinds = protocol::Catalogue();
-    return std::any_of(kinds.begin(), kinds.end(), [&run](const protocol::MessageKind& kind) {
-        return protocol::IsReport(kind.name) && run.Received(kind.name) > 0;
-    });
+    return std::any_of(run.received.begin(), run.received.end(),
+                       [](const auto& message) { return protocol::IsReport(message.first); });
 }
 
 bool ProvokesReports(const Run& run) {
