@@ -16,11 +16,15 @@ constexpr std::int64_t kBusy = 10'000;  // microseconds that handling a message 
 /// Microseconds within which a message that had already arrived is read, even on a busy machine.
 constexpr std::int64_t kAtOnce = 50'000;
 
+/// @return the attribute; empty if the message has none
+std::string_view ValueOf(const std::optional<std::string>& attribute) {
+    return attribute ? std::string_view(*attribute) : std::string_view();
+}
+
 /// @return whether the message is about exactly what the request asked for
 bool IsExact(const Request& request, const Arrival& message) {
     const bool isFileLeftOut = !message.file && message.name != "FILE_COMPLETE"sv;
-    return request.reid == message.reid.value_or("") &&
-           (isFileLeftOut || request.file == message.file.value_or(""));
+    return request.reid == ValueOf(message.reid) && (isFileLeftOut || request.file == ValueOf(message.file));
 }
 
 std::string FileIn(const Arrival& message) {

@@ -44,20 +44,26 @@ ReadLine Judge::Add(const std::string& file, std::uint64_t number, std::string_v
     }
     const Place place{file, number, statement->text};
     last_ = statement->process.value_or(-1);
-    const auto run = open_.find(last_);
-    if (run != open_.end() && run->second->StartsAnother(statement->sign)) {
-        Close(last_);
-    }
-    auto& model = open_[last_];
-    if (model == nullptr) {
-        model = std::make_unique<RunModel>(place, keep_);
-        hasBegun_ = true;
-    }
-    const log::Message* const message = model->Add(*statement, place);
-    if (model->HasEnded()) {
+    RunModel& run = RunOf(*statement, place);
+    const log::Message* const message = run.Add(*statement, place);
+    if (run.HasEnded()) {
         Close(last_);
     }
     return {statement, message};
+}
+
+/// @return the run that the statement belongs to
+RunModel& Judge::RunOf(const log::Statement& statement, const Place& place) {
+    auto run = open_.find(last_);
+    if (run != open_.end() && run->second->StartsAnother(statement.sign)) {
+        Close(last_);
+        run = open_.end();
+    }
+    if (run == open_.end()) {
+        run = open_.emplace(last_, std::make_unique<RunModel>(place, keep_)).first;
+        hasBegun_ = true;
+    }
+    return *run->second;
 }
 
 void Judge::AddError(const Place& place) {

@@ -57,8 +57,8 @@ class Documents {
         bool isUsed = false;
     };
 
-    std::array<Slot, 64> slots_;  // by the hash of the text
-    Document long_;               // the last that is too long to keep
+    std::array<Slot, 256> slots_;  // by the hash of the text
+    Document long_;                // the last that is too long to keep
 };
 
 }  // namespace rig::log

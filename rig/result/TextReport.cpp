@@ -42,16 +42,27 @@ std::string Shown(Verdict verdict, std::size_t width, bool colour) {
     return Coloured(name, colour ? ColourOf(verdict) : Colour::Plain);
 }
 
-/// Most of what is printed: appended, not formatted.
+// Most of what is printed are rows of checks and times: appended, not formatted.
+
+constexpr std::string_view kBlanks = "                      ";
+
+void AppendPadded(Text& text, std::string_view column, std::size_t width) {
+    text.append(column);
+    text.append(kBlanks.substr(0, width - std::min(width, column.size())));
+}
+
+void AppendRight(Text& text, std::string_view column, std::size_t width) {
+    text.append(kBlanks.substr(0, width - std::min(width, column.size())));
+    text.append(column);
+}
+
 void AppendRow(Text& text, const CheckResult& check, bool colour) {
-    constexpr std::string_view kBlanks = "             ";
-    const std::string_view name = NameOf(check.verdict);
+    constexpr std::size_t kWidth = 13;
     text.append(std::string_view("  "));
     if (colour) {
-        text.append(Shown(check.verdict, kBlanks.size(), true));
+        text.append(Shown(check.verdict, kWidth, true));
     } else {
-        text.append(name);
-        text.append(kBlanks.substr(name.size()));
+        AppendPadded(text, NameOf(check.verdict), kWidth);
     }
     text.append(std::string_view("  "));
     text.append(check.id);
@@ -70,26 +81,27 @@ std::string TitleOf(const RunResult& run) {
     return run.name + (run.switches.empty() ? "" : "  velloran " + run.switches);
 }
 
-/// Appends "{:>10.1f}", at a tenth of its cost.
+/// Appends a time with one decimal.
 void AppendTime(Text& text, double time) {
-    constexpr std::size_t kWidth = 10;
-    std::array<char, 400> digits{};
+    std::array<char, 400> digits;  // any number fits
     const auto* const end =
         std::to_chars(digits.data(), digits.data() + digits.size(), time, std::chars_format::fixed, 1).ptr;
-    const auto size = static_cast<std::size_t>(end - digits.data());
-    constexpr std::string_view kBlanks = "          ";
-    text.append(kBlanks.substr(std::min(size, kWidth)));
-    text.append(std::string_view(digits.data(), size));
+    AppendRight(text, {digits.data(), static_cast<std::size_t>(end - digits.data())}, 10);
 }
 
 void PrintTimings(Text& text, const RunResult& run) {
     if (run.timings.empty()) {
         return;
     }
-    Print(text, "\n  {:<22}{:>7}{:>10}{:>10}{:>10}{:>10}  (reaction of the DVR, ms)\n", "request", "count",
-          "median", "95 %", "99 %", "longest");
+    static const std::string kHead =
+        fmt::format("\n  {:<22}{:>7}{:>10}{:>10}{:>10}{:>10}  (reaction of the DVR, ms)\n", "request",
+                    "count", "median", "95 %", "99 %", "longest");
+    text.append(kHead);
     for (const Timing& timing : run.timings) {
-        Print(text, "  {:<22}{:>7}", timing.request, timing.count);
+        text.append(std::string_view("  "));
+        AppendPadded(text, timing.request, 22);
+        const fmt::format_int count(timing.count);
+        AppendRight(text, {count.data(), count.size()}, 7);
         for (const double time : {timing.median, timing.percentile95, timing.percentile99, timing.longest}) {
             AppendTime(text, time);
         }
