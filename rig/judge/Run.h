@@ -123,6 +123,7 @@ struct Run {
     Tally resumedAt;               // that OK
     Tally badLength;               // announced lengths that no message has
     Tally damaged;                 // messages that the log holds only in part
+    Tally misread;                 // requests of another length than the judge believes
     Tally assertions;              // failed assertions, if the log includes standard error
     Tally markerFailures;          // failure markers that could not be made, if it does
     Tally doneSent;                // DONE

@@ -1,6 +1,9 @@
 #include "rig/judge/RunModel.h"
 
+#include <fmt/format.h>
+
 #include "rig/base/Printable.h"
+#include "rig/log/RequestText.h"
 
 namespace rig::judge {
 namespace {
@@ -70,7 +73,9 @@ const log::Message* RunModel::Add(const log::Statement& statement, const Place& 
         case Event::None:
             break;
     }
-    if (statement.sign == Sign::Expecting && statement.Number() < 0) {
+    if (statement.sign == Sign::HeaderByte && reader_.LastRequest().isAnnounced) {
+        CheckLength(place);
+    } else if (statement.sign == Sign::Expecting && statement.Number() < 0) {
         run_.badLength.Add(place);
     } else if (IsRemarkable(statement.sign)) {
         AddStep(Step::Kind::Note, statement.text, place);
@@ -174,6 +179,21 @@ void RunModel::TakeRequest(const Place& place) {
         AddStep(Step::Kind::FromHarness, request.Words(), place);
     }
     exchange_.SendRequest(std::move(request), place);
+}
+
+/// Holds what the judge believes of a request against the length with which it went out.
+void RunModel::CheckLength(const Place& place) {
+    const log::Request& request = reader_.LastRequest();
+    if (request.name.empty() || !run_.hasStart || run_.damaged.Any()) {
+        return;  // its state is not known anyway
+    }
+    const std::size_t size = log::TextOf(request, run_.switches).size();
+    const std::uint32_t announced = log::AnnouncedFor(size, run_.Saw(Sign::SizeSwitch));
+    if (announced != request.announced) {
+        run_.misread.Add(place, fmt::format("{}: {} bytes as the judge believes, {} as it went out",
+                                            Request{request, "", {}, false, false, {}}.Words(), announced,
+                                            request.announced));
+    }
 }
 
 void RunModel::AddStep(Step::Kind kind, std::string_view text, const Place& place) {

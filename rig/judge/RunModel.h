@@ -48,6 +48,7 @@ class RunModel {
     void TakeListed(const log::Listed& listed, const Place& place);
     void TakeRejection(const log::Statement& statement, const Place& place);
     void TakeRequest(const Place& place);
+    void CheckLength(const Place& place);
     void AddStep(result::Step::Kind kind, std::string_view text, const Place& place);
 
     Run run_;

@@ -7,6 +7,33 @@ bool IsIncomplete(const Run& run) {
     return !run.hasStart || run.damaged.Any();
 }
 
+/// @return whether what proves a failure comes before what the judge misread
+bool IsProvedBefore(const result::Evidence& misread, const Finding& finding) {
+    return !finding.evidence.empty() && finding.evidence.front().file == misread.file &&
+           finding.evidence.front().line < misread.line;
+}
+
+/// A failure that may only follow from what the log lacks, or from what the judge misread, is none.
+void Weigh(Finding& finding, const Run& run, Needs needs) {
+    if (finding.verdict != result::Verdict::Fail) {
+        return;
+    }
+    const bool mayBeMisread =
+        run.misread.Any() &&
+        (needs == Needs::OwnReading ||
+         (needs == Needs::WholeLog && !IsProvedBefore(run.misread.Lines().front(), finding)));
+    std::string reason;
+    if (needs == Needs::WholeLog && IsIncomplete(run)) {
+        reason = "the log does not hold all of the run; as far as it goes, ";
+    } else if (mayBeMisread) {
+        reason = "the judge misread what the harness asked for (see log.understood); as it reads it, ";
+    } else {
+        return;
+    }
+    finding.verdict = result::Verdict::Inconclusive;
+    finding.found = reason + finding.found;
+}
+
 }  // namespace
 
 const std::vector<Check>& AllChecks() {
@@ -37,10 +64,7 @@ std::vector<result::CheckResult> JudgeRun(const Run& run, const Limits& limits) 
             continue;
         }
         Finding finding = check.judge(run, limits);
-        if (check.needs == Needs::WholeLog && finding.verdict == result::Verdict::Fail && IsIncomplete(run)) {
-            finding.verdict = result::Verdict::Inconclusive;
-            finding.found = "the log does not hold all of the run; as far as it goes, " + finding.found;
-        }
+        Weigh(finding, run, check.needs);
         results.push_back({check.id, check.requirement, finding.verdict, std::move(finding.expected),
                            std::move(finding.found), std::move(finding.evidence)});
     }

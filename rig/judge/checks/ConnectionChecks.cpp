@@ -77,6 +77,18 @@ Finding LogIsWhole(const Run& run, const Limits& /*limits*/) {
                               "harness was killed, aborted or still runs");
 }
 
+Finding LogIsUnderstood(const Run& run, const Limits& /*limits*/) {
+    const std::string expected = "every request as long as the judge believes";
+    return run.misread.Any()
+               ? Inconclusive(
+                     expected,
+                     Words("the judge misread what the harness asked for, a fault of its own: nothing "
+                           "that follows from it is held against the DVR",
+                           run.misread),
+                     run.misread)
+               : Pass(expected, "every request is");
+}
+
 Finding ConnectionMade(const Run& run, const Limits& limits) {
     const std::string expected = "a connection of the DVR";
     if (run.Saw(log::Sign::Connected) || run.Saw(log::Sign::Expecting)) {
@@ -141,6 +153,9 @@ const std::vector<Check>& ConnectionChecks() {
          "\"Sending DONE\", \"shutting down\" or an assertion at the end; slices of every message without a "
          "gap",
          Always, LogIsWhole},
+        {"log.understood", "The judge knows what the harness asks for.",
+         "the length of each request, \"hdr[\", against what the judge believes was asked for",
+         With<log::Sign::HeaderByte>, LogIsUnderstood},
         {"harness.ran", "The harness could do its part.",
          "\"bind failed: \", \"Could not install SIGINT handler\", an assertion that is not about the DVR, "
          "the shell's complaint about the marker",
