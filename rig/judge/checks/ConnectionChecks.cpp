@@ -111,12 +111,14 @@ Finding ConnectionOpened(const Run& run, const Limits& limits) {
         return Inconclusive(expected, "the log begins after the opening");
     }
     if (run.Saw(log::Sign::NoRequest)) {
-        return Fail(expected, "a message without req", run.Of(log::Sign::NoRequest));
+        return Fail(expected, Words("a message without req", run.Of(log::Sign::NoRequest)),
+                    run.Of(log::Sign::NoRequest));
     }
     if (!run.received.empty()) {
-        return Fail(expected, "another message", run.received.begin()->second);
+        return Fail(expected, "another message (" + run.opening + ")", run.received.begin()->second);
     }
-    if (run.Saw(log::Sign::Connected) && RanForLong(run, limits) && !run.HarnessEnded()) {
+    if (run.Saw(log::Sign::Connected) && RanForLong(run, limits) && !run.HarnessEnded() &&
+        !run.Saw(log::Sign::Expecting)) {
         return Fail(expected, "the DVR connected and sent nothing", run.Of(log::Sign::Connected));
     }
     return NotReached(expected, "no message that could be read");
@@ -127,7 +129,9 @@ Finding ConnectionKept(const Run& run, const Limits& /*limits*/) {
     const bool isDone = run.doneSent.Any() && !run.isExporting;
     for (const result::Evidence& assertion : run.assertions.Lines()) {
         if (!isDone && IsSecondConnection(assertion)) {
-            return Fail(expected, "the DVR opened a second connection while the first was served",
+            return Fail(expected,
+                        "the DVR opened a second connection while the first was served (" +
+                            run.AfterWhat().substr(2) + ")",
                         run.assertions);
         }
     }
