@@ -9,6 +9,12 @@ namespace {
 
 constexpr std::size_t kLongestKept = 4'096;  // bytes of a text
 
+/// @return whether the text ends with a tag, but for blanks
+bool EndsAsXml(const std::string& text) {
+    const std::size_t last = text.find_last_not_of(" \t\r\n");
+    return last != std::string::npos && text[last] == '>';
+}
+
 }  // namespace
 
 void Document::Parse(const std::string& text) {
@@ -17,7 +23,7 @@ void Document::Parse(const std::string& text) {
     root_ = {};
     condensedRoot_ = {};
     if (!document_.load_string(text.c_str(), kAsTheHarness)) {
-        form_ = text.empty() ? Form::Empty : text.back() != '>' ? Form::BrokenOff : Form::NotWellFormed;
+        form_ = text.empty() ? Form::Empty : !EndsAsXml(text) ? Form::BrokenOff : Form::NotWellFormed;
         return;
     }
     root_ = document_.child("msg");

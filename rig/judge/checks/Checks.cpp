@@ -7,6 +7,41 @@ bool IsIncomplete(const Run& run) {
     return !run.hasStart || run.damaged.Any();
 }
 
+bool IsHeldAgainst(const Finding& finding) {
+    return finding.verdict == result::Verdict::Fail || finding.verdict == result::Verdict::Warning;
+}
+
+/// @return whether what proves a failure comes before what the judge misread
+bool IsProvedBefore(const result::Evidence& misread, const Finding& finding) {
+    const std::vector<result::Evidence> lines = finding.evidence.Lines();
+    return !lines.empty() && lines.front().file == misread.file && lines.front().line < misread.line;
+}
+
+bool MayBeMisread(const Finding& finding, const Run& run, Needs needs) {
+    return run.misread.Any() &&
+           (needs == Needs::OwnReading ||
+            (needs == Needs::WholeLog && !IsProvedBefore(run.misread.Lines().front(), finding)));
+}
+
+/// @return the verdict of one check, as far as the log is whole and understood, and the user is strict
+Finding Judged(const Check& check, const Run& run, const Limits& limits) {
+    Finding finding = check.judge(run, limits);
+    if (check.needs == Needs::WholeLog && IsHeldAgainst(finding) && IsIncomplete(run)) {
+        finding.verdict = result::Verdict::Inconclusive;
+        finding.found = "the log does not hold all of the run; as far as it goes, " + finding.found.Whole();
+    } else if (IsHeldAgainst(finding) && MayBeMisread(finding, run, check.needs)) {
+        finding.verdict = result::Verdict::Inconclusive;
+        finding.found =
+            "the judge misread what the harness asked for (see log.understood); as it reads it, " +
+            finding.found.Whole();
+    }
+    if (finding.verdict == result::Verdict::Warning && limits.isStrict) {
+        finding.verdict = result::Verdict::Fail;
+        finding.expected = finding.expected.Whole() + " (else a warning, which --strict makes a failure)";
+    }
+    return finding;
+}
+
 }  // namespace
 
 const std::vector<Check>& AllChecks() {
@@ -36,12 +71,7 @@ std::vector<result::CheckResult> JudgeRun(const Run& run, const Limits& limits, 
         if (!check.applies(run) || (check.needs == Needs::MaxReaction && !limits.maxReaction)) {
             continue;
         }
-        Finding finding = check.judge(run, limits);
-        if (check.needs == Needs::WholeLog && finding.verdict == result::Verdict::Fail && IsIncomplete(run)) {
-            finding.verdict = result::Verdict::Inconclusive;
-            finding.found =
-                "the log does not hold all of the run; as far as it goes, " + finding.found.Whole();
-        }
+        Finding finding = Judged(check, run, limits);
         if (words || result::NeedsWords(finding.verdict)) {
             results.push_back({check.id, check.requirement, finding.verdict, finding.expected.Whole(),
                                finding.found.Whole(), finding.evidence.Lines()});
