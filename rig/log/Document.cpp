@@ -57,16 +57,17 @@ const WorkLists& Document::Lists() {
     return *lists_;
 }
 
-Document& Documents::Parsed(const std::string& text) {
+std::shared_ptr<Document> Documents::Parsed(const std::string& text) {
     if (text.size() > kLongestKept) {
-        long_.Parse(text);
-        return long_;
+        const auto document = std::make_shared<Document>();
+        document->Parse(text);
+        return document;
     }
     Slot& slot = slots_[std::hash<std::string>()(text) % slots_.size()];
-    if (!slot.isUsed || slot.text != text) {
+    if (slot.document == nullptr || slot.text != text) {
+        slot.document = std::make_shared<Document>();
+        slot.document->Parse(text);
         slot.text = text;
-        slot.document.Parse(text);
-        slot.isUsed = true;
     }
     return slot.document;
 }

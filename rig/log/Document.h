@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <pugixml.hpp>
 #include <string>
@@ -47,18 +48,15 @@ class Document {
 /// message whose text is that of an earlier one is not parsed again.
 class Documents {
  public:
-    /// @return valid until the next call
-    Document& Parsed(const std::string& text);
+    std::shared_ptr<Document> Parsed(const std::string& text);
 
  private:
     struct Slot {
         std::string text;
-        Document document;
-        bool isUsed = false;
+        std::shared_ptr<Document> document;
     };
 
     std::array<Slot, 256> slots_;  // by the hash of the text
-    Document long_;                // the last that is too long to keep
 };
 
 }  // namespace rig::log

@@ -52,8 +52,8 @@ void NextRequest::Forget() {
 
 Listed NextRequest::TakeMessage(Document& message) {
     last_ = message.Name();
-    const bool isExpected =
-        last_ == "EVENT"sv && !lists_.events.empty() && Event() == message.Condensed().attribute("reid").value();
+    const bool isExpected = last_ == "EVENT"sv && !lists_.events.empty() &&
+                            Event() == message.Condensed().attribute("reid").value();
     if (last_ == "EVENT_LIST"sv || last_ == "XML"sv || isExpected) {
         lists_.Append(message.Lists());
         return message.WhatIsListed();

@@ -123,16 +123,17 @@ RunReader::Event RunReader::TakeSlice(const Statement& statement) {
 void RunReader::TakeMessage() {
     next_.Forget();
     const std::string& text = incoming_.Text();
-    Document& document = AllDocuments().Parsed(text);
+    document_.reset();
+    document_ = AllDocuments().Parsed(text);
     message_ = {};
     message_.text = text;
     message_.time = incoming_.Time();
-    message_.form = document.GetForm();
-    message_.root = document.Root();
+    message_.form = document_->GetForm();
+    message_.root = document_->Root();
     if (message_.form != Message::Form::Good) {
         return;
     }
-    message_.name = document.Name();
+    message_.name = document_->Name();
     if (!hasStart_ && IsSecondDialect(message_.root)) {
         switches_.protocol = 2;
     }
@@ -141,7 +142,7 @@ void RunReader::TakeMessage() {
         message_.isRepeated = incoming_.IsRepeated();
         message_.event = next_.Event();
         incoming_.Remember();
-        message_.listed = next_.TakeMessage(document);
+        message_.listed = next_.TakeMessage(*document_);
     }
 }
 

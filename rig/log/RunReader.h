@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <pugixml.hpp>
 #include <string>
@@ -63,6 +64,7 @@ class RunReader {
     Switches switches_;
     Incoming incoming_;
     NextRequest next_;
+    std::shared_ptr<Document> document_;  // the last message; other runs may share it
     Message message_;
     Request request_;
     Fault fault_ = Fault::None;
