@@ -123,7 +123,9 @@ Tally Unanswered(const Run& run, const std::string& name, const Limits& limits) 
     Tally unanswered;
     for (const Request& request : run.pending) {
         if (Concerns(request, name) && IsUnanswered(run, request, limits)) {
-            unanswered.Add(request.line.Proof(request.Words() + " goes out"), HowLong(run, request));
+            result::Evidence proof = request.line.Proof();
+            proof.note = request.Words() + " goes out";
+            unanswered.Add(proof, HowLong(run, request));
         }
     }
     return unanswered;

@@ -11,8 +11,8 @@ constexpr std::size_t kUsualTexts = 4'096;  // and their bytes
 
 }  // namespace
 
-result::Evidence KeptLine::Proof(const std::string& note) const {
-    return {file == nullptr ? "" : *file, line, WithoutControls(text), note};
+result::Evidence KeptLine::Proof() const {
+    return {file == nullptr ? "" : *file, line, WithoutControls(text)};
 }
 
 KeptLines::KeptLines() {

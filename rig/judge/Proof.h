@@ -23,7 +23,7 @@ struct Place {
     const std::string& file;
     std::uint64_t line;
     std::string_view text;
-    KeptLines* kept = nullptr;  // what takes the lines of this run that prove something
+    KeptLines* kept = nullptr;  // takes the lines of this run that prove something; the run sets it
 };
 
 /// A line that is kept by itself.
@@ -32,7 +32,7 @@ struct KeptLine {
     std::uint64_t line = 0;
     std::string text;  // no more of it than a report shows
 
-    result::Evidence Proof(const std::string& note = {}) const;
+    result::Evidence Proof() const;
 };
 
 /// The lines of one run that prove something, one after another: almost every line of a short run does, and
