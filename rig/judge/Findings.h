@@ -20,6 +20,7 @@ bool With(const Run& run) {
 // What a check finds; the proof is the log lines that reports show.
 Finding Pass(const std::string& expected, const std::string& found, const Tally& proof = {});
 Finding Fail(const std::string& expected, const std::string& found, const Tally& proof);
+Finding Warn(const std::string& expected, const std::string& found, const Tally& proof);
 Finding Inconclusive(const std::string& expected, const std::string& reason, const Tally& proof = {});
 Finding NotReached(const std::string& expected, const std::string& found);
 
@@ -36,12 +37,14 @@ Finding NotInjected(const Run& run, const std::string& otherwise);
 struct Bad {
     const Tally& tally;
     const char* found;
+    result::Verdict verdict = result::Verdict::Fail;
 };
 
 /// @return what was found, with note and count of the tally in parentheses
 std::string Words(const std::string& found, const Tally& tally);
 
-/// Fails with the first of the bad things that happened; passes if none did and it was reached at all.
+/// Gives the verdict on the first of the bad things that happened; passes if none did and it was reached at
+/// all.
 Finding NoneOf(std::initializer_list<Bad> bad, bool reached, const std::string& expected,
                const std::string& notReached);
 
@@ -53,6 +56,13 @@ bool IsUnanswered(const Run& run, const Request& request, const Limits& limits);
 
 /// @return the unanswered requests of this name without an injected fault, other than a new hash; all for ""
 Tally Unanswered(const Run& run, const std::string& name, const Limits& limits);
+
+/// @return what was found where a request got no answer
+std::string NothingOfTheKind(const Run& run, const Request& request);
+
+/// @return the message of which only the prefix came, though the harness waited for the text; none if it did
+/// not wait long
+Tally Stalled(const Run& run, const Limits& limits);
 
 /// @return whether a request of this name, as above, is still waiting when the log ends
 bool IsWaiting(const Run& run, const std::string& name);

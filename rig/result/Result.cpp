@@ -16,6 +16,8 @@ const char* NameOf(Verdict verdict) {
     switch (verdict) {
         case Verdict::Pass:
             return "PASS";
+        case Verdict::Warning:
+            return "WARNING";
         case Verdict::KnownFailure:
             return "KNOWN FAILURE";
         case Verdict::NotReached:
@@ -32,6 +34,11 @@ const char* NameOf(Verdict verdict) {
 
 std::string Evidence::Words() const {
     return fmt::format("{}:{}: {}{}", file, line, text, note.empty() ? "" : "  (" + note + ")");
+}
+
+std::string_view WithoutDetails(std::string_view found) {
+    const std::size_t parenthesis = found.find(" (");  // a later one may be part of a name
+    return !found.empty() && found.back() == ')' ? found.substr(0, parenthesis) : found;
 }
 
 Verdict WorstOf(const RunResult& run) {
@@ -55,6 +62,7 @@ Verdict WorstOf(const Result& result) {
 int ExitStatusOf(Verdict verdict) {
     switch (verdict) {
         case Verdict::Pass:
+        case Verdict::Warning:
         case Verdict::KnownFailure:
             return 0;
         case Verdict::NotReached:

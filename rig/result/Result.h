@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace rig::result {
@@ -10,6 +11,7 @@ namespace rig::result {
 /// What is known about one thing that is required of the DVR.
 enum class Verdict {
     Pass,
+    Warning,       // legal, but a recorder should not
     KnownFailure,  // failed exactly as the list of known failures says
     NotReached,    // the dialogue ended before it came to this
     Inconclusive,  // the log cannot tell; the finding says why
@@ -83,6 +85,9 @@ struct Result {
     std::vector<RunResult> runs;
 };
 
+/// @return what was found without the parentheses at its end, which differ from run to run
+std::string_view WithoutDetails(std::string_view found);
+
 /// @return the verdict that decides for the run: the worst of its checks. A check not reached because of a
 /// known failure counts as known.
 Verdict WorstOf(const RunResult& run);
@@ -90,8 +95,8 @@ Verdict WorstOf(const RunResult& run);
 /// @return the verdict that decides for all runs
 Verdict WorstOf(const Result& result);
 
-/// @return the exit status that says the verdict: 0 pass, 1 fail, 2 inconclusive or not reached, 3
-/// environment
+/// @return the exit status that says the verdict: 0 pass, warning or known failure, 1 fail, 2 inconclusive or
+/// not reached, 3 environment
 int ExitStatusOf(Verdict verdict);
 
 /// @return the seconds between two times in microseconds, "0.255"; nothing if one is not known

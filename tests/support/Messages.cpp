@@ -1,5 +1,7 @@
 #include "tests/support/Messages.h"
 
+#include "tests/support/Escaped.h"
+
 std::string Message(const std::string& req, const std::string& attributes) {
     return "<msg req=\"" + req + "\"" + attributes + "/>";
 }
@@ -22,26 +24,6 @@ std::string Description(const std::string& reid, const std::vector<std::string>&
     }
     return "<recording-event reid=\"" + reid + "\"><video><metadata name=\"" + files[0] +
            "\"/><streams><stream>" + streams + "</stream></streams></video></recording-event>";
-}
-
-std::string Escaped(const std::string& text) {
-    std::string escaped;
-    for (const char character : text) {
-        switch (character) {
-            case '<':
-                escaped += "&lt;";
-                break;
-            case '>':
-                escaped += "&gt;";
-                break;
-            case '&':
-                escaped += "&amp;";
-                break;
-            default:
-                escaped += character;
-        }
-    }
-    return escaped;
 }
 
 std::string Xml(const std::vector<std::string>& descriptions) {
@@ -120,19 +102,9 @@ std::string NextEvent(const std::string& reid) {
     return "<msg req=\"NEXT_EVENT\" reid=\"" + reid + "\" protocolVersion=\"2.0\" />";
 }
 
-namespace {
-std::string FileRequest(const std::string& reid, const std::string& file, const std::string& rehash) {
-    return "<msg req=\"GET_FILE\" reid=\"" + reid + "\" path=\"" + reid + "\" file=\"" + file +
-           "\" protocolVersion=\"2.0\"" + rehash + " />";
-}
-}  // namespace
-
 std::string GetFile(const std::string& reid, const std::string& file) {
-    return FileRequest(reid, file, "");
-}
-
-std::string GetFileRehashed(const std::string& reid, const std::string& file) {
-    return FileRequest(reid, file, " rehash=\"true\"");
+    return "<msg req=\"GET_FILE\" reid=\"" + reid + "\" path=\"" + reid + "\" file=\"" + file +
+           "\" protocolVersion=\"2.0\" />";
 }
 
 std::string EventXferComplete(const std::string& reid) {

@@ -19,9 +19,6 @@ std::string FileComplete(const std::string& reid, const std::string& file,
 /// without `video`.
 std::string Description(const std::string& reid, const std::vector<std::string>& files);
 
-/// Text as it is inside an element.
-std::string Escaped(const std::string& text);
-
 // From the DVR, 1.0.
 
 std::string Xml(const std::vector<std::string>& descriptions);
@@ -52,6 +49,5 @@ extern const char* const kUpdateConfiguration;
 extern const char* const kDone;
 std::string NextEvent(const std::string& reid);
 std::string GetFile(const std::string& reid, const std::string& file);
-std::string GetFileRehashed(const std::string& reid, const std::string& file);
 std::string EventXferComplete(const std::string& reid);
 }  // namespace v2

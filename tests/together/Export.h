@@ -14,9 +14,13 @@
 struct Judged {
     std::string verdict;
     /// What was found by each check that did not pass, by "ID" where it failed, "ID?" where it is open, and
-    /// "ID!" otherwise.
+    /// "ID!" otherwise, as where it warns.
     std::map<std::string, std::string> found;
 };
+
+/// @return VELLORAN_STYLE of the environment: how DVRs write whose recipes do not say. `manners` sets it, to
+/// see the same verdicts
+std::string StyleOfAll();
 
 /// One export from beginning to end, in a world of its own: the DVR with the recordings that are kept with
 /// these tests, and the harness until it has ended or has logged nothing for longer than it ever pauses.

@@ -14,6 +14,7 @@ namespace rig::judge {
 struct Limits {
     double patience = 3;  // seconds after which a request without an answer counts as unanswered
     std::optional<double> maxReaction;  // milliseconds
+    bool isStrict = false;              // a warning fails, too
 };
 
 /// The verdict of one check, with what was expected and found.
@@ -28,6 +29,7 @@ struct Finding {
 enum class Needs {
     Nothing,
     WholeLog,    // a failure follows from everything before it, so an incomplete log proves none
+    OwnReading,  // a failure follows from what the judge, and not the harness, reads out of a message
     MaxReaction  // left out unless the user gives a limit
 };
 

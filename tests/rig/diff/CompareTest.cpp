@@ -31,6 +31,16 @@ TEST(Verdicts, NoLongerToPassIsWorse) {
     }
 }
 
+TEST(Verdicts, ToWarnIsWorseThanToPassAndBetterThanToFail) {
+    EXPECT_EQ(ChangeOf("PASS", "WARNING"), Change::Worse);
+    EXPECT_EQ(ChangeOf("WARNING", "PASS"), Change::Better);
+    EXPECT_EQ(ChangeOf("FAIL", "WARNING"), Change::Better);
+    EXPECT_EQ(ChangeOf("WARNING", "FAIL"), Change::Worse);
+    EXPECT_EQ(ChangeOf("INCONCLUSIVE", "WARNING"), Change::Changed);
+    ExpectOnly(CompareRuns({RunWithCheck("PASS", "fine")}, {RunWithCheck("WARNING", "not so fine")}),
+               Change::Worse, "check event-list.source", "PASS: fine", "WARNING: not so fine");
+}
+
 TEST(Verdicts, ToFailIsWorseWhereItDidNotFail) {
     for (const char* before : {"INCONCLUSIVE", "ENVIRONMENT", "NOT REACHED", "KNOWN FAILURE"}) {
         EXPECT_EQ(ChangeOf(before, "FAIL"), Change::Worse) << before;
@@ -62,6 +72,13 @@ TEST(Verdicts, OfSeveralRunsAreTheWorst) {
     ExpectOnly(CompareRuns({RunThat("PASS"), RunThat("PASS")},
                            {RunThat("PASS"), RunThat("TIMEOUT", "too long"), RunThat("PASS")}),
                Change::Worse, "outcome", "PASS in 2 of 2 runs", "TIMEOUT in 1 of 3 runs: too long");
+}
+
+TEST(Verdicts, ThatFailForAReasonWithOtherDetailsAreNotAChange) {
+    EXPECT_EQ(CompareRuns({RunThat("FAIL", "no answer (after 5.1 s)")},
+                          {RunThat("FAIL", "no answer (after 5.2 s)")})
+                  .change,
+              Change::Same);
 }
 
 TEST(Verdicts, ThatFailForAReasonOfAnEarlierRunAreNotAChange) {

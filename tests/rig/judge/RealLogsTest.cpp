@@ -4,8 +4,8 @@
 
 #include "tests/rig/judge/Judging.h"
 
-// Logs of the harness with the simulated DVR, as they are and as they may come to the judge. The verdicts on
-// every defect are in tests/together.
+// Logs of the harness with the simulated DVR, as they may come to the judge. The verdicts on them as they
+// are, and on every defect, are in tests/together.
 
 namespace {
 
