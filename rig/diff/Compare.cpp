@@ -8,6 +8,7 @@
 
 #include "rig/base/Counted.h"
 #include "rig/diff/Severity.h"
+#include "rig/result/Result.h"
 
 namespace rig::diff {
 namespace {
@@ -63,11 +64,21 @@ Verdicts OutcomesOf(const Case& all) {
     return outcomes;
 }
 
+std::set<std::string> WithoutDetails(const std::set<std::string>& all) {
+    std::set<std::string> reasons;
+    for (const std::string& found : all) {
+        reasons.emplace(result::WithoutDetails(found));
+    }
+    return reasons;
+}
+
 /// @return whether the same verdict now has another reason. What a pass found is not a reason.
 bool HasOtherReason(const Verdicts& before, const Verdicts& after) {
-    return !IsPass(after.worst) &&
-           std::none_of(after.found.begin(), after.found.end(),
-                        [&](const auto& found) { return before.found.count(found) > 0; });
+    const std::set<std::string> then = WithoutDetails(before.found);
+    const std::set<std::string> now = WithoutDetails(after.found);
+    return !IsPass(after.worst) && std::none_of(now.begin(), now.end(), [&then](const std::string& reason) {
+        return then.count(reason) > 0;
+    });
 }
 
 void CompareVerdicts(const std::string& subject, const Verdicts& before, const Verdicts& after,
@@ -77,15 +88,13 @@ void CompareVerdicts(const std::string& subject, const Verdicts& before, const V
     }
 }
 
-/// @return the checks of both, each once, in the judge's order
-std::vector<std::string> ChecksOf(const Case& before, const Case& after) {
+/// @return the checks of all runs, each once, in the judge's order
+std::vector<std::string> ChecksOf(const Case& all) {
     std::vector<std::string> ids;
-    for (const Case* const one : {&after, &before}) {
-        for (const CaseRun& run : one->runs) {
-            for (const auto& [id, check] : run.checks) {
-                if (std::find(ids.begin(), ids.end(), id) == ids.end()) {
-                    ids.push_back(id);
-                }
+    for (const CaseRun& run : all.runs) {
+        for (const auto& [id, check] : run.checks) {
+            if (std::find(ids.begin(), ids.end(), id) == ids.end()) {
+                ids.push_back(id);
             }
         }
     }
@@ -94,7 +103,7 @@ std::vector<std::string> ChecksOf(const Case& before, const Case& after) {
 
 /// A check that one of them lacks says something about the judge, not the DVR.
 void CompareChecks(const Case& before, const Case& after, std::vector<Difference>& differences) {
-    for (const std::string& id : ChecksOf(before, after)) {
+    for (const std::string& id : ChecksOf(after)) {
         const std::optional<Verdicts> was = VerdictsOf(before, id);
         const std::optional<Verdicts> is = VerdictsOf(after, id);
         if (was && is) {
