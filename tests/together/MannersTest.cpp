@@ -97,10 +97,26 @@ std::set<std::string> StillBlamed(const Recipe& recipe) {
     return checks;
 }
 
+/// What the DVR's transcript shows of a habit; empty: nothing that it does not show without.
+std::string TraceOf(const Recipe& recipe) {
+    if (Has(recipe.manners, "progress")) {
+        return recipe.dialect == "2" ? "-> XFER_IN_PROGRESS" : "";
+    }
+    return Has(recipe.manners, "call-again")    ? "calling again in 0 min"
+           : Has(recipe.manners, "await-close") ? "the harness has closed the connection"
+                                                : "";
+}
+
+bool Shows(const Dvr& dvr, const std::string& trace) {
+    const std::vector<std::string> lines = dvr.Transcript();
+    return std::any_of(lines.begin(), lines.end(), [&](const std::string& line) { return Has(line, trace); });
+}
+
 /// Nothing fails, and nothing is open but what the harness never injected.
 void PassesAsGood(const Recipe& recipe) {
     const Export played(recipe);
     EXPECT_EQ(played.DvrStatus(), 0) << played.GetDvr().StandardError();
+    EXPECT_TRUE(Shows(played.GetDvr(), TraceOf(recipe)));
     const std::set<std::string> blamed = StillBlamed(recipe);
     for (const auto& [check, found] : played.Judge().found) {
         const bool isOpen = check.back() == '?' and Has(check, ".fired");
