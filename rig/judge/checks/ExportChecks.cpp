@@ -140,7 +140,7 @@ const std::vector<Check>& ExportChecks() {
          "\"'source' attribute missing from EVENT_LIST message\"", IsSecondDialect, EventListSource},
         {"event-list.events", "EVENT_LIST names every event.",
          "\"'event' found with no text\", \"could not find 'event' tag in EVENT_LIST message\", \"Got "
-         "EVENT_LIST message with no events\"",
+         "EVENT_LIST message with no events\", the list itself",
          IsSecondDialect, EventListEvents},
         {"event-list.once", "No event is listed twice.", "the identifiers in the list", IsExport, EventsOnce,
          Needs::OwnReading},
