@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <fstream>
 #include <nlohmann/json.hpp>
 
@@ -36,6 +37,7 @@ class CampaignFolder : public testing::Test {
 
 TEST_F(CampaignFolder, WhoseRecordIsEmptyIsRefused) {
     folder_.Write("campaign.json", "");
+    errno = EPERM;  // of something else
     EXPECT_EQ(Refusal(), kExpected + "nothing");
 }
 

@@ -56,10 +56,13 @@ class Reports : public testing::Test {
     static void SetUpTestSuite() { std::filesystem::current_path(VELLORAN_CAMPAIGNS); }
 
     /// Runs the command. @return its status, then what it printed
-    static std::string Run(const DiffOptions& options) {
+    static std::string Run(const std::string& arguments) {
+        CLI::App app;
+        int status = -1;
+        AddDiffCommand(app, status);
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
-        const int status = RunDiff(options);
+        app.parse("diff " + arguments);
         return std::to_string(status) + "\n" + testing::internal::GetCapturedStdout() +
                testing::internal::GetCapturedStderr();
     }
@@ -88,26 +91,26 @@ TEST_F(Reports, AreWrittenWhereAsked) {
     const TemporaryFolder folder;
     const std::string json = folder.Path() / "diff.json";
     const std::string html = folder.Path() / "diff.html";
-    EXPECT_EQ(Run({"old", "new", false, json, html}), "1\n" + DiffText(comparison_, false, false));
+    EXPECT_EQ(Run("old new --json " + json + " --html " + html), "1\n" + DiffText(comparison_, false, false));
     EXPECT_EQ(ReadFile(json), DiffJson(comparison_));
     EXPECT_EQ(ReadFile(html), DiffPage(comparison_, folder.Path()));
-    EXPECT_EQ(Run({"new", "new", true, "", ""}), "0\n" + DiffText(Compare(after_, after_), true, false));
+    EXPECT_EQ(Run("--all new new"), "0\n" + DiffText(Compare(after_, after_), true, false));
 }
 
 TEST_F(Reports, ThatCannotBeWrittenAreRefused) {
-    EXPECT_EQ(Run({"new", "new", false, "/nowhere/diff.json", ""}),
+    EXPECT_EQ(Run("new new --json /nowhere/diff.json"),
               "64\n" + DiffText(Compare(after_, after_), false, false) +
                   "velloran-rig diff: /nowhere/diff.json: expected to write a file, found: No such file or "
                   "directory\n");
     std::cout.setstate(std::ios::badbit);
-    const std::string lost = Run({"new", "new", false, "", ""});
+    const std::string lost = Run("new new");
     std::cout.clear();
     EXPECT_EQ(lost,
               "64\nvelloran-rig diff: expected standard output to take the report, found that it did not\n");
 }
 
 TEST_F(Reports, OfWhatIsNotACampaignAreRefused) {
-    EXPECT_EQ(Run({"/nowhere", "new", false, "", ""}),
+    EXPECT_EQ(Run("/nowhere new"),
               "66\nvelloran-rig diff: /nowhere/campaign.json: expected the record of a campaign (format 1), "
               "found No such file or directory\n");
 }
