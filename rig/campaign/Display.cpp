@@ -4,6 +4,7 @@
 #include <fmt/ranges.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <iostream>
 
 #include "rig/base/Counted.h"
@@ -39,11 +40,11 @@ std::string CountsOf(const CampaignRecord& campaign) {
 std::string TimesOf(const CampaignRecord& campaign) {
     const CaseTimes times = campaign.Times();
     const double total = campaign.end ? static_cast<double>(*campaign.end - campaign.begin) / 1e6 : 0;
-    const double rest = total - times.pauses - times.dvr - times.waited - times.hooks;
+    const double rest = total - times.pauses - times.dvr - times.lingered - times.waited - times.hooks;
     return fmt::format(
-        "took {:.1f} s: {:.1f} s the harness's own pauses, {:.1f} s waiting for the DVR, {:.1f} s for "
-        "port 5001, {:.1f} s in hooks, {:.1f} s overhead",
-        total, times.pauses, times.dvr, times.waited, times.hooks, rest);
+        "took {:.1f} s: {:.1f} s the harness's own pauses, {:.1f} s waiting for the DVR, {:.1f} s watching "
+        "whether it stays away, {:.1f} s for port 5001, {:.1f} s in hooks, {:.1f} s overhead",
+        total, times.pauses, times.dvr, times.lingered, times.waited, times.hooks, rest);
 }
 
 void PrintSpreads(const CampaignRecord& campaign) {
@@ -68,6 +69,13 @@ Display::Display() : isTerminal_(isatty(STDOUT_FILENO) == 1), hasColour_(WantsCo
 void Display::Begin(const CampaignRecord& campaign, const std::string& folder) {
     Print(fmt::format("velloran-rig run: {}, seed {}, evidence in {}", Counted(campaign.cases.size(), "case"),
                       campaign.seed, Printable(folder)));
+    const auto durations = static_cast<std::size_t>(
+        std::count_if(campaign.cases.begin(), campaign.cases.end(),
+                      [](const CaseRecord& record) { return SecondsAway(record.plan) > 0; }));
+    if (durations > 0 && !campaign.linger) {
+        Print(fmt::format("{} for 60 s after DONE whether the DVR stays away (--linger shortens that)",
+                          Counted(durations, "case") + (durations == 1 ? " watches" : " watch")));
+    }
     for (const auto& [name, command] : campaign.commands) {
         Print(fmt::format("{:>12}: {}", name, Printable(command)));
     }

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <csignal>
+#include <iterator>
+#include <vector>
 
 namespace rig::campaign {
 namespace {
@@ -30,28 +32,73 @@ Outcome OutcomeOf(Verdict verdict) {
     return Outcome::Fail;
 }
 
-/// An unanswered request, or an export without an end, often follows from something else.
-bool IsConsequence(const result::CheckResult& check) {
-    return check.id == "requests.answered" || check.id == "export.done";
+/// What the end of watching means, unless the judge finds that the DVR failed.
+struct EndRule {
+    const char* name;
+    std::optional<Outcome> otherwise;  // none: what the judge says
+};
+
+const EndRule& RuleOf(End end) {
+    static const EndRule kRules[] = {{"", {}},
+                                     {"done", {}},
+                                     {"silence", {}},
+                                     {"harness ended", {}},
+                                     {"DVR's command failed", {}},
+                                     {"no events", Outcome::Inconclusive},
+                                     {"stuck", Outcome::Inconclusive},
+                                     {"connection lost", Outcome::Fail},
+                                     {"endless", Outcome::Fail},
+                                     {"connect time-out", Outcome::Timeout},
+                                     {"idle time-out", Outcome::Timeout},
+                                     {"transfer time-out", Outcome::Timeout},
+                                     {"case time-out", Outcome::Timeout},
+                                     {"log too large", Outcome::Inconclusive},
+                                     {"interrupted", Outcome::Interrupted},
+                                     {"hook failed", Outcome::Environment},
+                                     {"port taken", Outcome::Environment}};
+    return kRules[static_cast<std::size_t>(end)];
 }
 
-/// @return the first check that has the run's verdict, in words, a cause before a consequence; nothing for a
-/// pass
+/// @return how likely a failed check follows from another: a message that nobody asked for, an unanswered
+/// request and an export without an end often do
+int Lightness(const result::CheckResult& check) {
+    static constexpr const char* kLight[] = {"messages.asked", "requests.answered", "export.done"};
+    const auto* const light = std::find(std::begin(kLight), std::end(kLight), check.id);
+    return light == std::end(kLight) ? 0 : static_cast<int>(light - std::begin(kLight)) + 1;
+}
+
+/// @return the checks that have the run's verdict, the first in words, causes before consequences; nothing
+/// for a pass
 std::string ReasonOf(const result::RunResult& run) {
     const Verdict worst = result::WorstOf(run);
-    const auto isWorst = [worst](const result::CheckResult& one) { return one.verdict == worst; };
-    auto check = std::find_if(run.checks.begin(), run.checks.end(),
-                              [&](const auto& one) { return isWorst(one) && !IsConsequence(one); });
-    if (check == run.checks.end()) {
-        check = std::find_if(run.checks.begin(), run.checks.end(), isWorst);
+    std::vector<const result::CheckResult*> checks;
+    for (const result::CheckResult& check : run.checks) {
+        if (check.verdict == worst && worst != Verdict::Pass) {
+            checks.push_back(&check);
+        }
     }
-    return worst == Verdict::Pass || check == run.checks.end()
-               ? ""
-               : fmt::format("{}: {}", check->id, check->found);
+    std::stable_sort(checks.begin(), checks.end(),
+                     [](const auto* one, const auto* other) { return Lightness(*one) < Lightness(*other); });
+    std::string words;
+    for (const result::CheckResult* check : checks) {
+        words += words.empty()        ? check->id + ": " + check->found
+                 : check == checks[1] ? "; also " + check->id
+                                      : ", " + check->id;
+    }
+    return words;
 }
 
 Decision Judged(const result::RunResult& run) {
     return {OutcomeOf(result::WorstOf(run)), ReasonOf(run)};
+}
+
+/// @return what the judge says, unless the DVR called before -d allows it, which not every log can show
+Decision JudgedWithCalls(const CaseFacts& facts) {
+    Decision judged = Judged(*facts.judged);
+    if (facts.early && judged.outcome != Outcome::Fail) {
+        return {Outcome::Fail, CalledAgain(*facts.early)};
+    }
+    return judged;
 }
 
 std::string HarnessWords(const CaseFacts& facts) {
@@ -67,7 +114,7 @@ Decision EndedByItself(const CaseFacts& facts) {
     if (!facts.judged) {
         return {Outcome::Environment, HarnessWords(facts) + ", and wrote no line of a log"};
     }
-    Decision judged = Judged(*facts.judged);
+    Decision judged = JudgedWithCalls(facts);
     if (facts.harness->IsSignal(SIGPIPE) && !facts.isDone && judged.outcome != Outcome::Fail) {
         return {Outcome::Fail,
                 "the DVR closed the connection instead of waiting for the harness, which SIGPIPE ended"};
@@ -83,7 +130,7 @@ Decision Stopped(const CaseFacts& facts) {
         return {Outcome::Environment,
                 "the harness wrote no line of a log" + (facts.words.empty() ? "" : "; " + facts.words)};
     }
-    Decision judged = Judged(*facts.judged);
+    Decision judged = JudgedWithCalls(facts);
     if (!facts.harness || !facts.harness->IsStatus(kInterruptedHarness)) {
         const std::string words =
             fmt::format("expected the harness to end with status {} on SIGINT, but it {}",
@@ -94,8 +141,12 @@ Decision Stopped(const CaseFacts& facts) {
         judged.reason += "; " + words;
     } else if (facts.end == End::DvrFailed) {
         judged.reason += (judged.reason.empty() ? "" : "; ") + facts.words;
-    } else if (facts.end == End::LogTooLarge && judged.outcome != Outcome::Fail) {
-        return {Outcome::Inconclusive, facts.words};
+    } else if (const std::optional<Outcome> otherwise = RuleOf(facts.end).otherwise) {
+        const bool isKnown = judged.outcome == Outcome::KnownFailure && otherwise == Outcome::Fail;
+        if (judged.outcome != Outcome::Fail && !isKnown) {
+            return {Worse(*otherwise, judged.outcome), facts.words};
+        }
+        judged.reason += "; " + facts.words;
     }
     return judged;
 }
@@ -123,24 +174,25 @@ const char* NameOf(Outcome outcome) {
     return kNames[static_cast<std::size_t>(outcome)];
 }
 
+std::string CalledAgain(double seconds) {
+    return fmt::format("the DVR called again before the time that DONE gave it was over (after {:.1f} s)",
+                       seconds);
+}
+
+const char* NameOf(End end) {
+    return RuleOf(end).name;
+}
+
 Decision Decide(const CaseFacts& facts) {
-    switch (facts.end) {
-        case End::Interrupted:
-            return {Outcome::Interrupted, facts.words};
-        case End::HookFailed:
-        case End::PortTaken:
-            return {Outcome::Environment, facts.words};
-        case End::ConnectTimeout:
-        case End::IdleTimeout:
-        case End::CaseTimeout:
-            return TimedOut(facts);
-        case End::DvrFailed:
-            if (!facts.isConnected) {
-                return {Outcome::Environment, facts.words + ", and no DVR had connected"};
-            }
-            break;
-        default:
-            break;
+    const std::optional<Outcome> otherwise = RuleOf(facts.end).otherwise;
+    if (otherwise == Outcome::Timeout) {
+        return TimedOut(facts);
+    }
+    if (otherwise == Outcome::Environment || otherwise == Outcome::Interrupted) {
+        return {*otherwise, facts.words};
+    }
+    if (facts.end == End::DvrFailed && !facts.isConnected) {
+        return {Outcome::Environment, facts.words + ", and no DVR had connected"};
     }
     return !facts.isStopped && facts.harness ? EndedByItself(facts) : Stopped(facts);
 }

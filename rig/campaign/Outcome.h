@@ -34,14 +34,22 @@ enum class End {
     Silence,       // -z: the DVR stayed silent, as it must, for longer than the patience
     HarnessEnded,  // by itself
     DvrFailed,     // the DVR's command ended with a status other than 0, and then nothing came
+    NoEvents,      // the DVR has nothing to export
+    Stuck,         // the harness has nothing to ask for, though the export is not over
+    Lost,          // the DVR closed or reset the connection, on which the harness now waits for ever
+    Endless,       // the same exchanges over and over
     ConnectTimeout,
     IdleTimeout,
+    TransferTimeout,
     CaseTimeout,
     LogTooLarge,
     Interrupted,
     HookFailed,
     PortTaken
 };
+
+/// @return as campaign.json has it: "done", "no events", "case time-out" ...
+const char* NameOf(End end);
 
 /// The facts that decide a case's outcome.
 struct CaseFacts {
@@ -53,6 +61,7 @@ struct CaseFacts {
     bool isDone = false;                      // the dialogue had come to its end
     std::optional<result::RunResult> judged;  // nothing if the log holds no run
     std::string errors;                       // the last line of the harness's standard error
+    std::optional<double> early;              // seconds after DONE, when the DVR called before -d allows it
 };
 
 /// The harness's exit status when it cannot bind its port.
@@ -66,6 +75,9 @@ struct Decision {
 /// @return the outcome with its reason. Of several reasons, the one that casts doubt on the others wins:
 /// interrupted, then the rig's failures, then time-outs, then what the DVR did.
 Decision Decide(const CaseFacts& facts);
+
+/// @return the finding on a DVR that calls so many seconds after DONE, before the duration is over
+std::string CalledAgain(double seconds);
 
 /// @return the outcome as a check of the run, "campaign.case", so that report formats that know only checks
 /// show it. It passes if the outcome is the judge's own.

@@ -40,6 +40,7 @@ void CaseRun::Run() {
     const Decision decision = Decide(facts);
     record_.outcome = decision.outcome;
     record_.reason = decision.reason;
+    record_.over = facts.end;
     if (facts.end != End::Interrupted && facts.end != End::HookFailed) {
         AskWhetherAlive(hooks);
     }

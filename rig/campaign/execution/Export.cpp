@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <csignal>
+#include <set>
 
 #include "rig/campaign/execution/Port.h"
 
@@ -14,6 +15,8 @@ namespace {
 
 constexpr int kSlowTick = 200;         // milliseconds, when waiting for a minute
 constexpr double kPortPatience = 150;  // seconds: the system holds a port for a minute, at worst twice
+constexpr double kTimeToClose = 5;     // seconds for the DVR to close what the harness has left
+constexpr double kWatchedWhole = 0.5;  // seconds, so that the log covers all of -d
 constexpr double kSettle = 2;          // seconds for the DVR to close after the end
 constexpr double kReady = 0.5;         // seconds from a remote harness's first line until it listens
 constexpr double kStop = 5;            // seconds for a command to end when told to
@@ -71,19 +74,26 @@ void Export::StartCapture() try {
 /// The system holds the port for a while if the harness closed a connection first, and the harness cannot
 /// bind to a held port.
 bool Export::AwaitPort() {
-    const auto mayGoOn = [this] { return interrupts_.Came() || !LookAtPort(kHarnessPort).isHeld; };
-    bool isFree = mayGoOn();
+    const Clock::time_point begin = Clock::now();
+    PortUse use;
+    const auto isFreed = [&] {
+        FreePort(LookAtPort(kHarnessPort), Since(begin) >= kTimeToClose);
+        use = LookAtPort(kHarnessPort);
+        return use.connections.empty();
+    };
+    bool isFree = isFreed();
     if (!isFree) {
-        const Clock::time_point begin = Clock::now();
         const auto isOver = [&] {
+            const double left = kPortPatience - Since(begin);
             display_.Show("waiting for port 5001, which the last connection still holds",
-                          fmt::format("at most {:.0f} s left", std::ceil(kPortPatience - Since(begin))));
-            return mayGoOn();
+                          fmt::format("at most {:.0f} s left",
+                                      std::ceil(std::min(use.SecondsHeld().value_or(left), left))));
+            return interrupts_.Came() || isFreed();
         };
-        isFree = Until(kPortPatience, isOver, kSlowTick);
+        isFree = Until(kPortPatience, isOver, kSlowTick) && use.connections.empty();
         record_.times.waited += Since(begin);
     }
-    wasListening_ = LookAtPort(kHarnessPort).isListening;
+    wasListening_ = use.isListening;
     if (interrupts_.Came()) {
         facts_.end = End::Interrupted;
         facts_.words = "before the harness could start";
@@ -119,8 +129,10 @@ bool Export::MayStartAgain() {
         return false;
     }
     const Clock::time_point begin = Clock::now();
+    const double waited = record_.times.waited;
     display_.Show("waiting for port 5001, which the harness found taken",
-                  fmt::format("at most {:.0f} s left", kPortPatience - record_.times.waited));
+                  waited < kTimeWait ? fmt::format("usually at most {:.0f} s left", kTimeWait - waited)
+                                     : fmt::format("at most {:.0f} s left", kPortPatience - waited));
     const bool isInterrupted = Until(kPortPause, [this] { return interrupts_.Came(); });
     record_.times.waited += Since(begin);
     if (isInterrupted) {
@@ -157,6 +169,14 @@ void Export::LookAtDvr() {
     }
 }
 
+/// A connection that the DVR has closed leaves no line in the log: the harness reads on and on.
+void Export::LookAtConnection() {
+    if (watch_->IsConnected() && watch_->SilentFor(Clock::now()) >= rig_.patience.answer &&
+        LookAtPort(kHarnessPort).IsClosedByPeer()) {
+        watch_->ConnectionClosed();
+    }
+}
+
 void Export::TakeInterrupt() {
     facts_.end = End::Interrupted;
     facts_.words = "by " + interrupts_.Words();
@@ -168,6 +188,7 @@ void Export::Follow() {
         StartDvr();
         WaitAndRead(kTick);
         LookAtDvr();
+        LookAtConnection();
         ShowProgress();
         watch_->LogHas(harness_->LogBytes());
         const bool hasEnded = harness_->Command().End().has_value();
@@ -201,20 +222,49 @@ void Export::ShowProgress() {
 /// a moment to close by itself, and is told to if we started it. After a bad end its close would look like a
 /// failure of its own in the log.
 void Export::Settle() {
-    if (facts_.end != End::Done && facts_.end != End::Silence) {
+    if (facts_.end != End::Done && facts_.end != End::Silence && facts_.end != End::NoEvents) {
         return;
     }
     const auto isClosed = [this] {
-        return !LookAtPort(kHarnessPort).isConnected && (dvr_ == nullptr || dvr_->End());
+        return !LookAtPort(kHarnessPort).IsConnected() && (dvr_ == nullptr || dvr_->End());
     };
     if (facts_.end == End::Done) {
-        Until(rig_.linger, [this] { return interrupts_.Came(); });
+        Linger();
+    }
+    if (facts_.end != End::Silence) {
         Until(kSettle, isClosed);
     }
     if (dvr_ != nullptr && !dvr_->End()) {
         StopDvr();
         Until(kSettle, isClosed);
     }
+}
+
+/// Keeps watching for a DVR that calls again. Its call may show in the log; where the harness still holds the
+/// connection before it, only the kernel knows.
+void Export::Linger() {
+    const Clock::time_point begin = Clock::now();
+    const Clock::time_point done = watch_->DoneAt().value_or(begin);
+    const double away = SecondsAway(record_.plan);
+    const double seconds = rig_.linger.value_or(away > 0 ? away + kWatchedWhole : 0);
+    const std::set<std::uint16_t> before = LookAtPort(kHarnessPort).Callers();
+    const auto hasCalled = [&] {
+        const std::set<std::uint16_t> now = LookAtPort(kHarnessPort).Callers();
+        return watch_->HeardAgainAt() || !std::includes(before.begin(), before.end(), now.begin(), now.end());
+    };
+    const auto isOver = [&] {
+        display_.Show("watching whether the DVR stays away",
+                      fmt::format("{:.0f} s left", std::ceil(std::max(seconds - Since(done), 0.0))));
+        return interrupts_.Came() || harness_->Command().End() || hasCalled();
+    };
+    const bool isCut = seconds > Since(done) && Until(seconds - Since(done), isOver, kSlowTick);
+    if (interrupts_.Came()) {
+        TakeInterrupt();
+    } else if (isCut) {  // a second connection may also end the harness
+        facts_.early = Since(done) < away ? std::optional(Since(done)) : std::nullopt;
+        Until(kSettle, [this] { return interrupts_.Came(); });  // so that the log shows what it can
+    }
+    record_.times.lingered = Since(begin);
 }
 
 void Export::StopHarness() {
@@ -304,7 +354,7 @@ void Export::TakeEnd(Clock::time_point begin) {
     times.duration = Since(begin);
     times.pauses = harness_->Times().Pauses();
     times.dvr = harness_->Times().Waits() + quiet_;
-    times.overhead = std::max(times.duration - times.pauses - times.dvr, 0.0);
+    times.overhead = std::max(times.duration - times.pauses - times.dvr - times.lingered, 0.0);
 }
 
 }  // namespace rig::campaign

@@ -50,10 +50,12 @@ class Export {
     bool IsReady();
     void StartDvr();
     void LookAtDvr();
+    void LookAtConnection();
     void TakeInterrupt();
     void Follow();
     void ShowProgress();
     void Settle();
+    void Linger();
     void StopHarness();
     void StopDvr();
     void TakePackets();

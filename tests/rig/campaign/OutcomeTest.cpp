@@ -79,7 +79,7 @@ TEST(Outcome, IsEnvironmentWhereThereWasNoLog) {
 }
 
 TEST(Outcome, NamesTheTimeoutAndWhatTheJudgeSays) {
-    for (const End end : {End::ConnectTimeout, End::IdleTimeout, End::CaseTimeout}) {
+    for (const End end : {End::ConnectTimeout, End::IdleTimeout, End::TransferTimeout, End::CaseTimeout}) {
         CaseFacts facts = Stopped(Verdict::Fail);
         facts.end = end;
         facts.words = "such a time-out";
@@ -129,6 +129,56 @@ TEST(Outcome, OfALogWithoutEndIsNotAPass) {
     CaseFacts facts = Stopped(Verdict::Pass);
     facts.end = End::LogTooLarge;
     EXPECT_EQ(Decide(facts).outcome, Outcome::Inconclusive);
+}
+
+TEST(Outcome, OfADeadEndIsWorseThanThePassThatItKeptOff) {
+    for (const auto& [end, outcome] :
+         {std::pair(End::NoEvents, Outcome::Inconclusive), std::pair(End::Stuck, Outcome::Inconclusive),
+          std::pair(End::Lost, Outcome::Fail), std::pair(End::Endless, Outcome::Fail)}) {
+        for (const Verdict verdict : {Verdict::Pass, Verdict::NotReached, Verdict::Inconclusive}) {
+            CaseFacts facts = Stopped(verdict);
+            facts.end = end;
+            facts.words = "why";
+            EXPECT_EQ(Decide(facts).outcome, outcome) << NameOf(end);
+            EXPECT_EQ(Decide(facts).reason, "why");
+        }
+        CaseFacts facts = Stopped(Verdict::Fail);
+        facts.end = end;
+        facts.words = "why";
+        EXPECT_EQ(Decide(facts).outcome, Outcome::Fail);
+        EXPECT_EQ(Decide(facts).reason, "x.answer: found it; why");
+    }
+}
+
+TEST(Outcome, OfADeadEndMayBeAKnownFailure) {
+    CaseFacts facts = Stopped(Verdict::KnownFailure);
+    facts.end = End::Lost;
+    EXPECT_EQ(Decide(facts).outcome, Outcome::KnownFailure);
+    facts.end = End::NoEvents;
+    EXPECT_EQ(Decide(facts).outcome, Outcome::Inconclusive)
+        << "the known failure did not keep it from going on";
+}
+
+TEST(Outcome, OfACallBeforeTheDurationIsOverIsTheDvrsFault) {
+    CaseFacts facts = Stopped(Verdict::Inconclusive);
+    facts.early = 4.04;
+    EXPECT_EQ(Decide(facts).outcome, Outcome::Fail);
+    EXPECT_EQ(Decide(facts).reason,
+              "the DVR called again before the time that DONE gave it was over (after 4.0 s)");
+    facts.judged = Judged(Verdict::Fail);
+    EXPECT_EQ(Decide(facts).reason, "x.answer: found it") << "the log shows it, too";
+}
+
+TEST(Outcome, NamesTheFailedChecksCausesFirst) {
+    CaseFacts facts = Stopped(Verdict::Fail);
+    facts.judged->checks = {{"export.done", "", Verdict::Fail, "", "not done", {}},
+                            {"messages.asked", "", Verdict::Fail, "", "unasked", {}},
+                            {"x.answer", "", Verdict::Inconclusive, "", "cannot tell", {}},
+                            {"y.answer", "", Verdict::Fail, "", "wrong", {}},
+                            {"requests.answered", "", Verdict::Fail, "", "unanswered", {}},
+                            {"z.answer", "", Verdict::Fail, "", "also wrong", {}}};
+    EXPECT_EQ(Decide(facts).reason,
+              "y.answer: wrong; also z.answer, messages.asked, requests.answered, export.done");
 }
 
 TEST(Outcome, AppearsAsACheckOfTheRun) {

@@ -35,6 +35,8 @@ const Refusal kRefusals[] = {
     {"NoRepeat", {"--repeat", "0"}, "expected a number from 1 to 100, found '0'"},
     {"BadSeed", {"--seed", "-1"}, "--seed"},
     {"BadTimeout", {"--idle-timeout", "soon"}, "--idle-timeout"},
+    {"BadTransferTimeout", {"--transfer-timeout", "-1"}, "--transfer-timeout"},
+    {"BadLinger", {"--linger", "never"}, "--linger"},
     {"NoKnown", {"--known", "/no/such/list"}, "/no/such/list"},
     {"UnknownOption", {"--no-such-option"}, "--no-such-option"},
 };
