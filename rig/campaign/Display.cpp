@@ -4,7 +4,6 @@
 #include <fmt/ranges.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <iostream>
 
 #include "rig/base/Counted.h"
@@ -47,6 +46,21 @@ std::string TimesOf(const CampaignRecord& campaign) {
         total, times.pauses, times.dvr, times.lingered, times.waited, times.hooks, rest);
 }
 
+/// @return how long the campaign will watch whether the DVR stays away; empty if it will not
+std::string WatchOf(const CampaignRecord& campaign) {
+    std::size_t cases = 0;
+    double seconds = 0;
+    for (const CaseRecord& record : campaign.cases) {
+        cases += SecondsAway(record.plan) > 0 ? 1U : 0U;
+        seconds += SecondsAway(record.plan);
+    }
+    return cases == 0 || campaign.linger
+               ? ""
+               : fmt::format(
+                     "{} after DONE whether the DVR stays away, which takes {:g} s (--linger shortens it)",
+                     Counted(cases, "case") + (cases == 1 ? " watches" : " watch"), seconds);
+}
+
 void PrintSpreads(const CampaignRecord& campaign) {
     for (const Spread& spread : campaign.Spreads()) {
         std::cout << fmt::format("spread of {}: {:.2f} to {:.2f} s", spread.name, spread.durations.front(),
@@ -69,12 +83,8 @@ Display::Display() : isTerminal_(isatty(STDOUT_FILENO) == 1), hasColour_(WantsCo
 void Display::Begin(const CampaignRecord& campaign, const std::string& folder) {
     Print(fmt::format("velloran-rig run: {}, seed {}, evidence in {}", Counted(campaign.cases.size(), "case"),
                       campaign.seed, Printable(folder)));
-    const auto durations = static_cast<std::size_t>(
-        std::count_if(campaign.cases.begin(), campaign.cases.end(),
-                      [](const CaseRecord& record) { return SecondsAway(record.plan) > 0; }));
-    if (durations > 0 && !campaign.linger) {
-        Print(fmt::format("{} for 60 s after DONE whether the DVR stays away (--linger shortens that)",
-                          Counted(durations, "case") + (durations == 1 ? " watches" : " watch")));
+    if (const std::string watch = WatchOf(campaign); !watch.empty()) {
+        Print(watch);
     }
     for (const auto& [name, command] : campaign.commands) {
         Print(fmt::format("{:>12}: {}", name, Printable(command)));
@@ -125,6 +135,13 @@ void Display::CaseEnds(const CaseRecord& record) {
     Print(fmt::format("{} {} {:6.1f} s", Head(record),
                       Coloured(name, hasColour_ ? ColourOf(record.outcome) : Colour::Plain),
                       record.times.duration));
+    if (!record.reason.empty()) {
+        Print("    " + Printable(record.reason));
+    }
+}
+
+void Display::CaseChanges(const CaseRecord& record) {
+    Print(fmt::format("{} after all: {}", record.id, NameOf(record.outcome)));
     if (!record.reason.empty()) {
         Print("    " + Printable(record.reason));
     }

@@ -76,8 +76,9 @@ struct Decision {
 /// interrupted, then the rig's failures, then time-outs, then what the DVR did.
 Decision Decide(const CaseFacts& facts);
 
-/// @return the finding on a DVR that calls so many seconds after DONE, before the duration is over
-std::string CalledAgain(double seconds);
+/// Takes what a later case has shown: the DVR called next so many seconds after DONE.
+/// @param away  seconds for which DONE told it to stay away
+void TakeNextCall(CaseFacts& facts, double seconds, double away);
 
 /// @return the outcome as a check of the run, "campaign.case", so that report formats that know only checks
 /// show it. It passes if the outcome is the judge's own.

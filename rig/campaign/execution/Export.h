@@ -37,6 +37,9 @@ class Export {
     /// @return everything known except the judge's result
     const CaseFacts& Facts() const { return facts_; }
 
+    /// @return the run as it was watched; null if it could not start
+    const Watch* Watched() const { return watch_ ? &*watch_ : nullptr; }
+
     /// @return what the DVR sent
     const std::vector<DvrMessage>* Messages() const {
         return harness_ == nullptr ? nullptr : &harness_->Messages();

@@ -169,6 +169,20 @@ TEST(Outcome, OfACallBeforeTheDurationIsOverIsTheDvrsFault) {
     EXPECT_EQ(Decide(facts).reason, "x.answer: found it") << "the log shows it, too";
 }
 
+TEST(Outcome, OfADurationMayDependOnTheNextCall) {
+    CaseFacts facts = Stopped(Verdict::Inconclusive);
+    facts.judged->checks.back().id = "duration.answer";
+    CaseFacts late = facts;
+    TakeNextCall(late, 60.1, 60);
+    EXPECT_EQ(Decide(late).outcome, Outcome::Pass);
+    EXPECT_EQ(late.judged->checks.back().found, "the next call came 60.1 s after DONE");
+    TakeNextCall(facts, 59.9, 60);
+    EXPECT_EQ(Decide(facts).outcome, Outcome::Fail);
+    facts = Stopped(Verdict::Inconclusive);
+    TakeNextCall(facts, 60.1, 60);
+    EXPECT_EQ(Decide(facts).outcome, Outcome::Inconclusive) << "it says nothing about other checks";
+}
+
 TEST(Outcome, NamesTheFailedChecksCausesFirst) {
     CaseFacts facts = Stopped(Verdict::Fail);
     facts.judged->checks = {{"export.done", "", Verdict::Fail, "", "not done", {}},
