@@ -1,6 +1,7 @@
 #include "rig/campaign/Outcome.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <csignal>
@@ -17,6 +18,7 @@ constexpr int kInterruptedHarness = 44;
 Outcome OutcomeOf(Verdict verdict) {
     switch (verdict) {
         case Verdict::Pass:
+        case Verdict::Warning:
             return Outcome::Pass;
         case Verdict::KnownFailure:
             return Outcome::KnownFailure;
@@ -39,7 +41,7 @@ struct EndRule {
 };
 
 const EndRule& RuleOf(End end) {
-    static const EndRule kRules[] = {{"", {}},
+    static constexpr EndRule kRules[] = {{"", {}},
                                      {"done", {}},
                                      {"silence", {}},
                                      {"harness ended", {}},
@@ -56,7 +58,20 @@ const EndRule& RuleOf(End end) {
                                      {"interrupted", Outcome::Interrupted},
                                      {"hook failed", Outcome::Environment},
                                      {"port taken", Outcome::Environment}};
+    static_assert(std::size(kRules) == static_cast<std::size_t>(End::PortTaken) + 1);
     return kRules[static_cast<std::size_t>(end)];
+}
+
+/// @return the checks that warn, in words: "with a warning: CHECK: FOUND"
+std::string WarningsOf(const result::RunResult& run) {
+    std::vector<std::string> warnings;
+    for (const result::CheckResult& check : run.checks) {
+        if (check.verdict == Verdict::Warning) {
+            warnings.push_back(check.id + ": " + check.found);
+        }
+    }
+    return fmt::format("with {}: {}", warnings.size() == 1 ? "a warning" : "warnings",
+                       fmt::join(warnings, "; "));
 }
 
 /// @return how likely a failed check follows from another: a message that nobody asked for, an unanswered
@@ -67,10 +82,13 @@ int Lightness(const result::CheckResult& check) {
     return light == std::end(kLight) ? 0 : static_cast<int>(light - std::begin(kLight)) + 1;
 }
 
-/// @return the checks that have the run's verdict, the first in words, causes before consequences; nothing
-/// for a pass
+/// @return the checks that have the run's verdict, the first in words, causes before consequences; for
+/// a pass only its warnings
 std::string ReasonOf(const result::RunResult& run) {
     const Verdict worst = result::WorstOf(run);
+    if (worst == Verdict::Warning) {
+        return WarningsOf(run);
+    }
     std::vector<const result::CheckResult*> checks;
     for (const result::CheckResult& check : run.checks) {
         if (check.verdict == worst && worst != Verdict::Pass) {

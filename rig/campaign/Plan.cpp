@@ -54,7 +54,7 @@ Rig RigOf(const RunOptions& options, std::uint32_t seed) {
     rig.hooks = options.hooks;
     rig.patience = options.patience;
     rig.linger = options.linger;
-    rig.limits = {options.patience.answer, options.maxReaction};
+    rig.limits = {options.patience.answer, options.maxReaction, options.strict};
     rig.known = options.known.empty() ? judge::KnownFailures() : judge::ReadKnownFailures(options.known);
     rig.capture = options.capture;
     return rig;
@@ -121,6 +121,7 @@ CampaignRecord RecordOf(const RunOptions& options, const Rig& rig) {
     record.patience = options.patience;
     record.maxReaction = options.maxReaction;
     record.linger = options.linger;
+    record.isStrict = options.strict;
     record.cases = PlannedCases(options);
     return record;
 }

@@ -27,6 +27,7 @@ struct RunOptions {
     Patience patience;
     std::optional<double> linger;       // seconds; none: as long as -d asks
     std::optional<double> maxReaction;  // milliseconds
+    bool strict = false;                // a warning fails
     std::string known;                  // list of known failures
     int repeat = 1;
     std::optional<std::uint32_t> seed;

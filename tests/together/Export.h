@@ -14,7 +14,7 @@
 struct Judged {
     std::string verdict;
     /// What was found by each check that did not pass, by "ID" where it failed, "ID?" where it is open, and
-    /// "ID!" otherwise.
+    /// "ID!" otherwise, as where it warns.
     std::map<std::string, std::string> found;
 };
 

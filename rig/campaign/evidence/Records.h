@@ -88,6 +88,7 @@ struct CampaignRecord {
     Patience patience;
     std::optional<double> maxReaction;
     std::optional<double> linger;
+    bool isStrict = false;
     std::int64_t begin = 0;
     std::optional<std::int64_t> end;
     std::vector<CaseRecord> cases;  // all planned ones, in order

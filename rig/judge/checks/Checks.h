@@ -14,6 +14,7 @@ namespace rig::judge {
 struct Limits {
     double patience = 3;  // seconds after which a request without an answer counts as unanswered
     std::optional<double> maxReaction;  // milliseconds
+    bool isStrict = false;              // a warning fails, too
 };
 
 /// The verdict of one check, with what was expected and found.
