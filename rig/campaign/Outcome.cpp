@@ -42,22 +42,22 @@ struct EndRule {
 
 const EndRule& RuleOf(End end) {
     static constexpr EndRule kRules[] = {{"", {}},
-                                     {"done", {}},
-                                     {"silence", {}},
-                                     {"harness ended", {}},
-                                     {"DVR's command failed", {}},
-                                     {"no events", Outcome::Inconclusive},
-                                     {"stuck", Outcome::Inconclusive},
-                                     {"connection lost", Outcome::Fail},
-                                     {"endless", Outcome::Fail},
-                                     {"connect time-out", Outcome::Timeout},
-                                     {"idle time-out", Outcome::Timeout},
-                                     {"transfer time-out", Outcome::Timeout},
-                                     {"case time-out", Outcome::Timeout},
-                                     {"log too large", Outcome::Inconclusive},
-                                     {"interrupted", Outcome::Interrupted},
-                                     {"hook failed", Outcome::Environment},
-                                     {"port taken", Outcome::Environment}};
+                                         {"done", {}},
+                                         {"silence", {}},
+                                         {"harness ended", {}},
+                                         {"DVR's command failed", {}},
+                                         {"no events", Outcome::Inconclusive},
+                                         {"stuck", Outcome::Inconclusive},
+                                         {"connection lost", Outcome::Fail},
+                                         {"endless", Outcome::Fail},
+                                         {"connect time-out", Outcome::Timeout},
+                                         {"idle time-out", Outcome::Timeout},
+                                         {"transfer time-out", Outcome::Timeout},
+                                         {"case time-out", Outcome::Timeout},
+                                         {"log too large", Outcome::Inconclusive},
+                                         {"interrupted", Outcome::Interrupted},
+                                         {"hook failed", Outcome::Environment},
+                                         {"port taken", Outcome::Environment}};
     static_assert(std::size(kRules) == static_cast<std::size_t>(End::PortTaken) + 1);
     return kRules[static_cast<std::size_t>(end)];
 }
