@@ -75,6 +75,8 @@ void Watch::Follow(const log::Statement& statement) {
         Meet({End::Lost,
               "the DVR broke the connection off before the export was done: " + std::string(statement.text),
               0});
+    } else if (statement.sign == Sign::DescriptionWithoutReid && reader_.Echoed().protocol == 1) {
+        Meet({End::Endless, "the harness logs for ever: " + std::string(statement.text), 0});
     }
     if (!rounds_.Endless().empty()) {
         Meet({End::Endless, rounds_.Endless(), 0});

@@ -38,6 +38,8 @@ const DeadEnd kDeadEnds[] = {
      "read error: 104:Connection reset by peer"},
     {"Closed", "clean-2.0", "--defect close=0 --on EVENT", "FAIL", "connection lost",
      "the DVR closed the connection before the export was done"},
+    {"HarnessInCircles", "clean-1.0", "--defect description-without-reid", "FAIL", "endless",
+     "the harness logs for ever: Found event with no REID"},
     {"Circle", "transport-2.0", "--defect no-exception --on TRANSPORT_EXCEPTION", "FAIL", "endless",
      "20 times in a row, with nothing new: GET_FILE E1 E1_1, FILE_COMPLETE E1 E1_1"},
 };

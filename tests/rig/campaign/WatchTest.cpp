@@ -175,6 +175,17 @@ TEST_F(WatchTest, EndsWhereTheDialogueGoesRoundInCircles) {
     EXPECT_EQ(words_, "20 times in a row, with nothing new: GET_FILE, TRANSPORT_EXCEPTION E1");
 }
 
+TEST_F(WatchTest, EndsWhereTheHarnessGoesRoundInCircles) {
+    Begin("-p 1");
+    Add(0, "Found event with no REID");
+    EXPECT_EQ(LookAt(0), End::Endless);
+    EXPECT_EQ(words_, "the harness logs for ever: Found event with no REID");
+    Begin("-p 2");
+    Add(0, "'protocol' option set to 2");
+    Add(0, "Escaped XML for event contains no REID");
+    EXPECT_EQ(LookAt(0), End::None);
+}
+
 TEST_F(WatchTest, KnowsWhenTheDvrCalledAndWasLetGo) {
     Begin("-p 2 -d 1");
     EXPECT_FALSE(watch_->ConnectedAt());
