@@ -10,6 +10,8 @@ namespace {
 
 constexpr std::size_t kMostPending = 1000;  // unanswered requests: memory must not grow with the log
 constexpr std::int64_t kBusy = 10'000;  // microseconds that handling a message never takes without a pause
+/// Microseconds within which an answer that comes once more is no news of the transfer.
+constexpr std::int64_t kNews = 1'000'000;
 /// Microseconds within which a message that had already arrived is read, even on a busy machine.
 constexpr std::int64_t kAtOnce = 50'000;
 
@@ -55,11 +57,17 @@ void Exchange::SendRequest(Request request, const Place& place) {
         }
         run_.doneSent.Add(place);
         run_.isExporting = false;
-        doneTime_ = request.time;
+        run_.doneTime = request.time;
         for (Request& waiting : run_.pending) {
             waiting.isOvertaken = true;
         }
     }
+    if (request.isGenuine) {
+        run_.Of(request.fault).genuine.Add(place, request.Words());
+        request.mayBeRefused = request.fault == Fault::FileEvent;
+        request.fault = Fault::None;
+    }
+    request.expects = AnswerTo(request.name, request.fault, run_.switches.protocol);
     if (request.pause > 0) {
         run_.Of(Fault::Pause).fired.Add(place);
     }
@@ -92,7 +100,10 @@ void Exchange::TakeMessage(const Arrival& message, const std::string& event, con
         if (protocol::IsReport(message.name) && !message.reid) {
             run_.reportWithoutReid.Add(place, message.name);
         }
-        if (!Answers(message, event, place) && !AnswersWrongly(message, place) && !RefusesLater(message)) {
+        const bool isTaken = Answers(message, event, place) || AnswersWrongly(message, place) ||
+                             RefusesLater(message) || Refuses(message, place) ||
+                             TellsProgress(message, place);
+        if (!isTaken) {
             TakeUnasked(message, place);
         }
     }
@@ -104,9 +115,12 @@ void Exchange::TakeOk(const Arrival& message, const Place& place) {
     run_.openedByOk = run_.openedByOk || run_.received.empty();
     if (run_.isExporting) {
         run_.notAsked.Add(place, "a second OK");
+        if (run_.Saw(log::Sign::SentWrongSize)) {
+            run_.openedAgain.Add(place);
+        }
     } else if (run_.doneSent.Any()) {
-        if (doneTime_ && message.time) {
-            run_.resumed = std::min(run_.resumed.value_or(INT64_MAX), *message.time - *doneTime_);
+        if (run_.doneTime && message.time) {
+            run_.resumed = std::min(run_.resumed.value_or(INT64_MAX), *message.time - *run_.doneTime);
         }
         run_.resumedAt.Add(place);
     }
@@ -119,6 +133,9 @@ bool Exchange::Answers(const Arrival& message, const std::string& event, const P
         return isAnswered(waiting) && IsExact(waiting, message);
     });
     isExact_ = request != run_.pending.end();
+    if (!isExact_ && AnswersTheRefused(message)) {
+        return true;
+    }
     if (!isExact_) {
         request = std::find_if(run_.pending.begin(), run_.pending.end(), isAnswered);
     }
@@ -130,6 +147,9 @@ bool Exchange::Answers(const Arrival& message, const std::string& event, const P
     AddReaction(*answered_, message, place);
     if (answered_->pause > 0) {
         run_.Of(Fault::Pause).answered.Add(place);
+    }
+    if (answered_->fault == Fault::Xfer) {
+        told_ = message.time;
     }
     if (answered_->fault != Fault::None) {
         run_.Of(answered_->fault).answered.Add(place);
@@ -178,6 +198,50 @@ bool Exchange::RefusesLater(const Arrival& message) {
         return false;
     }
     run_.pending.erase(request);
+    return true;
+}
+
+/// An event that the DVR has listed itself. The harness then asks for the next.
+bool Exchange::Refuses(const Arrival& message, const Place& place) {
+    const auto request = std::find_if(run_.pending.begin(), run_.pending.end(), [&](const Request& waiting) {
+        const bool isOwn = waiting.name == "NEXT_EVENT" && waiting.fault == Fault::None;
+        return message.name == "INVALID_EVENT" && (isOwn || waiting.mayBeRefused) &&
+               IsExact(waiting, message);
+    });
+    if (request == run_.pending.end()) {
+        return false;
+    }
+    if (!request->mayBeRefused) {
+        run_.refused.Add(place, Printable(request->reid));
+        refused_ = std::move(*request);
+    }
+    run_.pending.erase(request);
+    return true;
+}
+
+/// What the DVR refused first, and then answers all the same: its one fault has been counted.
+bool Exchange::AnswersTheRefused(const Arrival& message) {
+    if (!refused_ || refused_->expects != message.name || !IsExact(*refused_, message)) {
+        return false;
+    }
+    answered_ = std::move(refused_);
+    refused_.reset();
+    isExact_ = true;
+    return true;
+}
+
+/// News of a transfer that goes on: legal, but nothing has asked for it. The same answer once more, at once,
+/// is no news.
+bool Exchange::TellsProgress(const Arrival& message, const Place& place) {
+    const bool isAtOnce = told_ && message.time && *message.time - *told_ < kNews;
+    const auto request = std::find_if(run_.pending.begin(), run_.pending.end(), [&](const Request& waiting) {
+        return waiting.expects == "FILE_COMPLETE" && IsExact(waiting, message);
+    });
+    if (message.name != "XFER_IN_PROGRESS" || isAtOnce || request == run_.pending.end()) {
+        return false;
+    }
+    run_.progress.Add(place, request->Words());
+    request->heard = message.time;
     return true;
 }
 

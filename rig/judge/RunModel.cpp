@@ -38,11 +38,11 @@ RunModel::RunModel(const Place& begin, const Keep& keep) : keep_(keep) {
 }
 
 bool RunModel::StartsAnother(Sign sign) const {
-    return run_.assertions.Any() || reader_.StartsAnother(sign);
+    return HasAborted() || reader_.StartsAnother(sign);
 }
 
 bool RunModel::IsOver() const {
-    return HasEnded() || run_.Saw(Sign::ClosingClient) || run_.assertions.Any() ||
+    return HasEnded() || run_.Saw(Sign::ClosingClient) || HasAborted() ||
            (run_.doneSent.Any() && !run_.isExporting && run_.switches.protocol == 2 &&
             run_.switches.closeEarly == 0);
 }
@@ -110,6 +110,15 @@ void RunModel::AddAssertion(const Place& place) {
     AddStep(Step::Kind::Note, place.text, place);
 }
 
+void RunModel::AddException(const Place& place) {
+    if (!run_.HarnessEnded()) {
+        const std::string& name = reader_.LastMessage().name;
+        (name == "EVENT" || name == "XML" ? run_.deadlyDescriptions : run_.deadlyMessages).Add(place);
+    }
+    run_.exceptions.Add(place);
+    AddStep(Step::Kind::Note, place.text, place);
+}
+
 void RunModel::AddMarkerFailure(const Place& place) {
     run_.markerFailures.Add(place);
 }
@@ -155,6 +164,7 @@ void RunModel::TakeListed(const log::Listed& listed, const Place& place) {
     add(run_.noEvent, listed.noEvent);
     add(run_.noFiles, listed.noFiles);
     add(run_.namelessFiles, listed.namelessFiles);
+    add(run_.notFiles, listed.notFiles);
     add(run_.noDescriptions, listed.noDescriptions ? 1 : 0);
     run_.files += listed.files;
     run_.hasLargeEvent = run_.hasLargeEvent || listed.hasLargeEvent;
@@ -169,7 +179,6 @@ void RunModel::TakeRejection(const log::Statement& statement, const Place& place
 
 void RunModel::TakeRequest(const Place& place) {
     Request request{reader_.LastRequest(), "", now_, false, false, place.Proof()};
-    request.expects = AnswerTo(request.name, request.fault, run_.switches.protocol);
     if (keep_.steps) {
         AddStep(Step::Kind::FromHarness, request.Words(), place);
     }

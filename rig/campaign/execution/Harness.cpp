@@ -18,8 +18,7 @@ const std::string kLogName = "harness.log";
 const std::string kErrorName = "harness.err";
 
 constexpr std::size_t kMostMessages = 100'000;  // that the coverage counts
-constexpr std::size_t kMostAssertions = 16;
-constexpr std::string_view kAssertion = ": Assertion `";
+constexpr std::size_t kMostLastWords = 16;
 constexpr std::size_t kLongestExcerpt = 300;  // bytes
 constexpr int kRoom = 1 << 20;                // of a pipe, so that the harness does not wait for us
 
@@ -92,7 +91,7 @@ result::Result Harness::Finish() {
     while (ReadErrors()) {
     }
     errorLines_.End();
-    for (const auto& [number, line] : assertions_) {
+    for (const auto& [number, line] : lastWords_) {
         judge_.Add(kErrorName, number, line);
     }
     judge_.Finish();
@@ -111,12 +110,12 @@ void Harness::TakeLine(std::uint64_t number, std::string_view line) {
     take_(*read.statement, judge_.IsOver());
 }
 
-/// The judge gets assertions last, so that they come after all that the harness logged before them.
+/// The judge gets these last, so that they come after all that the harness logged before them.
 void Harness::TakeError(std::uint64_t number, std::string_view line) {
     if (judge::IsMarkerFailure(line)) {
         judge_.Add(kErrorName, number, line);
-    } else if (line.find(kAssertion) != std::string_view::npos && assertions_.size() < kMostAssertions) {
-        assertions_.emplace_back(number, line);
+    } else if (judge::IsLastWord(line) && lastWords_.size() < kMostLastWords) {
+        lastWords_.emplace_back(number, line);
     }
     if (!line.empty()) {
         lastError_ = Excerpt(std::string(line), kLongestExcerpt);

@@ -60,7 +60,7 @@ class Harness {
     std::unique_ptr<GrowingFile> outputFile_;
     log::LineCutter lines_;
     log::LineCutter errorLines_;
-    std::vector<std::pair<std::uint64_t, std::string>> assertions_;  // with their line numbers
+    std::vector<std::pair<std::uint64_t, std::string>> lastWords_;  // why it aborted, with line numbers
     std::string lastError_;
     std::uint64_t logBytes_ = 0;
     std::unique_ptr<LogSource> log_;
