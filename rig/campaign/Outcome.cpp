@@ -110,18 +110,6 @@ Decision Judged(const result::RunResult& run) {
     return {OutcomeOf(result::WorstOf(run)), ReasonOf(run)};
 }
 
-/// @return what the judge says, unless the DVR called before -d allows it, which not every log can show
-Decision JudgedWithCalls(const CaseFacts& facts) {
-    Decision judged = Judged(*facts.judged);
-    if (facts.early && judged.outcome != Outcome::Fail) {
-        return {
-            Outcome::Fail,
-            fmt::format("the DVR called again before the time that DONE gave it was over (after {:.1f} s)",
-                        *facts.early)};
-    }
-    return judged;
-}
-
 std::string HarnessWords(const CaseFacts& facts) {
     return "the harness " + (facts.harness ? facts.harness->Words() : "does not end") +
            (facts.errors.empty() ? "" : ": " + facts.errors);
@@ -135,7 +123,7 @@ Decision EndedByItself(const CaseFacts& facts) {
     if (!facts.judged) {
         return {Outcome::Environment, HarnessWords(facts) + ", and wrote no line of a log"};
     }
-    Decision judged = JudgedWithCalls(facts);
+    Decision judged = Judged(*facts.judged);
     if (facts.harness->IsSignal(SIGPIPE) && !facts.isDone && judged.outcome != Outcome::Fail) {
         return {Outcome::Fail,
                 "the DVR closed the connection instead of waiting for the harness, which SIGPIPE ended"};
@@ -151,7 +139,7 @@ Decision Stopped(const CaseFacts& facts) {
         return {Outcome::Environment,
                 "the harness wrote no line of a log" + (facts.words.empty() ? "" : "; " + facts.words)};
     }
-    Decision judged = JudgedWithCalls(facts);
+    Decision judged = Judged(*facts.judged);
     if (!facts.harness || !facts.harness->IsStatus(kInterruptedHarness)) {
         const std::string words =
             fmt::format("expected the harness to end with status {} on SIGINT, but it {}",
@@ -193,19 +181,6 @@ const char* NameOf(Outcome outcome) {
                                              "RUNNING", "INCONCLUSIVE",  "ENVIRONMENT", "TIMEOUT",
                                              "FAIL",    "INTERRUPTED"};
     return kNames[static_cast<std::size_t>(outcome)];
-}
-
-void TakeNextCall(CaseFacts& facts, double seconds, double away) {
-    if (seconds < away) {
-        facts.early = seconds;
-    } else if (facts.judged) {
-        for (result::CheckResult& check : facts.judged->checks) {
-            if (check.id == "duration.answer" && check.verdict == Verdict::Inconclusive) {
-                check.verdict = Verdict::Pass;
-                check.found = fmt::format("the next call came {:.1f} s after DONE", seconds);
-            }
-        }
-    }
 }
 
 const char* NameOf(End end) {

@@ -61,7 +61,6 @@ struct CaseFacts {
     bool isDone = false;                      // the dialogue had come to its end
     std::optional<result::RunResult> judged;  // nothing if the log holds no run
     std::string errors;                       // the last line of the harness's standard error
-    std::optional<double> early;              // seconds after DONE, when the DVR called before -d allows it
 };
 
 /// The harness's exit status when it cannot bind its port.
@@ -75,10 +74,6 @@ struct Decision {
 /// @return the outcome with its reason. Of several reasons, the one that casts doubt on the others wins:
 /// interrupted, then the rig's failures, then time-outs, then what the DVR did.
 Decision Decide(const CaseFacts& facts);
-
-/// Takes what a later case has shown: the DVR called next so many seconds after DONE.
-/// @param away  seconds for which DONE told it to stay away
-void TakeNextCall(CaseFacts& facts, double seconds, double away);
 
 /// @return the outcome as a check of the run, "campaign.case", so that report formats that know only checks
 /// show it. It passes if the outcome is the judge's own.

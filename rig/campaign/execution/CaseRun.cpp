@@ -51,14 +51,15 @@ void CaseRun::Run() {
 
 bool CaseRun::TakeNextCall(double seconds) {
     const Decision before = Decide(facts_);
-    const bool isOwn = before.outcome == record_.outcome && before.reason == record_.reason;
-    campaign::TakeNextCall(facts_, seconds, SecondsAway(record_.plan));
-    if (!isOwn || Decide(facts_).outcome == before.outcome) {
-        return false;
+    if (before.outcome != record_.outcome || before.reason != record_.reason) {
+        return false;  // a hook decided
     }
+    judge::Limits limits = rig_.limits;
+    limits.after.calledAfter = seconds;
+    TakeVerdict(JudgeAgain(folder_, limits));
     TakeDecision();
     WriteEvidence();
-    return true;
+    return record_.outcome != before.outcome;
 }
 
 void CaseRun::TakeDecision() {
@@ -98,6 +99,7 @@ void CaseRun::TakeVerdict(result::Result result) {
 
 /// Removes the checks that this case cannot reach, unless they have a verdict all the same.
 void CaseRun::Exclude() {
+    record_.excluded.clear();
     const std::vector<std::string>& excluded = record_.plan.excluded;
     std::vector<result::CheckResult> kept;
     for (result::CheckResult& check : result_.checks) {

@@ -35,8 +35,8 @@ class CaseRun {
     std::optional<Clock::time_point> ConnectedAt() const { return connected_; }
     std::optional<Clock::time_point> DoneAt() const { return done_; }
 
-    /// Takes what a later case has shown: the DVR called next so many seconds after DONE. Writes the evidence
-    /// anew. @return whether the case's outcome is another
+    /// A later case has shown that the DVR called next so many seconds after DONE: judges the log anew and
+    /// writes the evidence again. @return whether the case's outcome is another
     bool TakeNextCall(double seconds);
 
  private:

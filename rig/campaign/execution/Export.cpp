@@ -257,13 +257,17 @@ void Export::Linger() {
                       fmt::format("{:.0f} s left", std::ceil(std::max(seconds - Since(done), 0.0))));
         return interrupts_.Came() || harness_->Command().End() || hasCalled();
     };
+    judge::AfterDone after;
     const bool isCut = seconds > Since(done) && Until(seconds - Since(done), isOver, kSlowTick);
     if (interrupts_.Came()) {
         TakeInterrupt();
     } else if (isCut) {  // a second connection may also end the harness
-        facts_.early = Since(done) < away ? std::optional(Since(done)) : std::nullopt;
+        after.calledAfter = Since(done);
         Until(kSettle, [this] { return interrupts_.Came(); });  // so that the log shows what it can
+    } else if (LookAtPort(kHarnessPort).isListening) {
+        after.watchedFor = Since(done);
     }
+    harness_->Tell(after);
     record_.times.lingered = Since(begin);
 }
 

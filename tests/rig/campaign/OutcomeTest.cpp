@@ -170,30 +170,6 @@ TEST(Outcome, OfADeadEndMayBeAKnownFailure) {
         << "the known failure did not keep it from going on";
 }
 
-TEST(Outcome, OfACallBeforeTheDurationIsOverIsTheDvrsFault) {
-    CaseFacts facts = Stopped(Verdict::Inconclusive);
-    facts.early = 4.04;
-    EXPECT_EQ(Decide(facts).outcome, Outcome::Fail);
-    EXPECT_EQ(Decide(facts).reason,
-              "the DVR called again before the time that DONE gave it was over (after 4.0 s)");
-    facts.judged = Judged(Verdict::Fail);
-    EXPECT_EQ(Decide(facts).reason, "x.answer: found it") << "the log shows it, too";
-}
-
-TEST(Outcome, OfADurationMayDependOnTheNextCall) {
-    CaseFacts facts = Stopped(Verdict::Inconclusive);
-    facts.judged->checks.back().id = "duration.answer";
-    CaseFacts late = facts;
-    TakeNextCall(late, 60.1, 60);
-    EXPECT_EQ(Decide(late).outcome, Outcome::Pass);
-    EXPECT_EQ(late.judged->checks.back().found, "the next call came 60.1 s after DONE");
-    TakeNextCall(facts, 59.9, 60);
-    EXPECT_EQ(Decide(facts).outcome, Outcome::Fail);
-    facts = Stopped(Verdict::Inconclusive);
-    TakeNextCall(facts, 60.1, 60);
-    EXPECT_EQ(Decide(facts).outcome, Outcome::Inconclusive) << "it says nothing about other checks";
-}
-
 TEST(Outcome, NamesTheFailedChecksCausesFirst) {
     CaseFacts facts = Stopped(Verdict::Fail);
     facts.judged->checks = {{"export.done", "", Verdict::Fail, "", "not done", {}},
