@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,7 +18,13 @@
 
 namespace rig::campaign {
 
-constexpr int kTick = 20;  // milliseconds between looks at what sends no event
+constexpr int kTick = 20;       // milliseconds between looks at what sends no event
+constexpr int kSlowTick = 200;  // when waiting for a minute
+
+/// @return seconds since then
+inline double Since(Clock::time_point begin) {
+    return std::chrono::duration<double>(Clock::now() - begin).count();
+}
 
 /// Harness and DVR of one case, from the wait for the port until both have ended. Their output goes to the
 /// case's folder as it arrives.
@@ -63,8 +70,7 @@ class Export {
     void StopDvr();
     void TakePackets();
     void TakeEnd(Clock::time_point begin);
-    template <typename Fact>
-    bool Until(double seconds, Fact fact, int tick = kTick);
+    bool Until(double seconds, const std::function<bool()>& fact, int tick = kTick);
     void WaitAndRead(int milliseconds);
 
     const Rig& rig_;

@@ -66,7 +66,7 @@ bool PortUse::IsClosedByPeer() const {
 std::set<std::uint16_t> PortUse::Callers() const {
     std::set<std::uint16_t> callers;
     for (const Socket& one : connections) {
-        if (IsOpen(one)) {
+        if (IsOpen(one) || one.state == TCP_CLOSE_WAIT) {
             callers.insert(one.peer.port);
         }
     }

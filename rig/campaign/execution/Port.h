@@ -35,7 +35,7 @@ struct PortUse {
     /// @return whether there is one that only the other side has closed
     bool IsClosedByPeer() const;
 
-    /// @return the peers of the connections that are open
+    /// @return the peers' ports of the connections that are open on this side
     std::set<std::uint16_t> Callers() const;
 
     /// @return seconds until the system has forgotten all connections, even if the other sides close theirs

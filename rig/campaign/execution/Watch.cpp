@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
+#include <string_view>
 #include <utility>
 
 #include "rig/base/Printable.h"
@@ -28,6 +30,13 @@ std::string Words(const std::string& name, const std::string& reid, const std::s
            (file.empty() ? "" : " " + Excerpt(file));
 }
 
+/// @return the number at the end of "fam=2  127.0.0.1:4000"
+std::uint16_t PortIn(std::string_view detail) {
+    std::uint16_t port = 0;
+    std::from_chars(detail.data() + detail.rfind(':') + 1, detail.data() + detail.size(), port);
+    return port;
+}
+
 }  // namespace
 
 void Watch::Add(const log::Statement& statement, bool isOver, Clock::time_point now) {
@@ -44,6 +53,7 @@ void Watch::Note(const log::Statement& statement, Clock::time_point now) {
     const Sign sign = statement.sign;
     if (sign == Sign::Connected) {
         connected_ = connected_.value_or(now);
+        firstCaller_ = PortIn(statement.detail);
     } else if (sign == Sign::SendingDone) {
         done_ = now;
     } else if (sign == Sign::Expecting && done_) {

@@ -48,6 +48,9 @@ class Watch {
     std::optional<Clock::time_point> ConnectedAt() const { return connected_; }
     std::optional<Clock::time_point> DoneAt() const { return done_; }
 
+    /// @return the port that the first DVR called from; 0 if none did
+    std::uint16_t FirstCaller() const { return firstCaller_; }
+
     /// @return when the DVR was first heard again after DONE
     std::optional<Clock::time_point> HeardAgainAt() const { return heardAgain_; }
 
@@ -75,6 +78,7 @@ class Watch {
     Clock::time_point lastLine_;
     std::optional<Clock::time_point> dvrFailed_;
     std::optional<Clock::time_point> connected_;
+    std::uint16_t firstCaller_ = 0;
     std::optional<Clock::time_point> done_;
     std::optional<Clock::time_point> heardAgain_;
     log::RunReader reader_;

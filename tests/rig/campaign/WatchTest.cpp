@@ -197,6 +197,7 @@ TEST_F(WatchTest, KnowsWhenTheDvrCalledAndWasLetGo) {
     Add(7, "expecting a message of 3 bytes");
     Add(8, "expecting a message of 3 bytes");
     EXPECT_EQ(watch_->ConnectedAt(), At(1));
+    EXPECT_EQ(watch_->FirstCaller(), 4000);
     EXPECT_EQ(watch_->DoneAt(), At(3));
     EXPECT_EQ(watch_->HeardAgainAt(), At(7));
 }
