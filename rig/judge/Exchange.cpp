@@ -10,23 +10,20 @@ namespace {
 
 constexpr std::size_t kMostPending = 1000;  // unanswered requests: memory must not grow with the log
 constexpr std::int64_t kBusy = 10'000;  // microseconds that handling a message never takes without a pause
-/// Microseconds within which an answer that comes once more is no news of the transfer.
-constexpr std::int64_t kNews = 1'000'000;
 /// Microseconds within which a message that had already arrived is read, even on a busy machine.
 constexpr std::int64_t kAtOnce = 50'000;
-
-/// @return whether the message is about exactly what the request asked for
-bool IsExact(const Request& request, const Arrival& message) {
-    const bool isFileLeftOut = !message.file && message.name != "FILE_COMPLETE";
-    return request.reid == message.reid.value_or("") &&
-           (isFileLeftOut || request.file == message.file.value_or(""));
-}
 
 std::string FileIn(const Arrival& message) {
     return Printable(message.reid.value_or("")) + "/" + Printable(message.file.value_or(""));
 }
 
 }  // namespace
+
+bool IsExact(const Request& request, const Arrival& message) {
+    const bool isFileLeftOut = !message.file && message.name != "FILE_COMPLETE";
+    return request.reid == message.reid.value_or("") &&
+           (isFileLeftOut || request.file == message.file.value_or(""));
+}
 
 std::string AnswerTo(const std::string& request, Fault fault, int protocol) {
     switch (fault) {
@@ -184,64 +181,6 @@ bool Exchange::AnswersWrongly(const Arrival& message, const Place& place) {
         accepted_.insert(request->reid);
     }
     run_.pending.erase(request);
-    return true;
-}
-
-/// A DVR that took a damaged identifier for an event, and then refuses requests about it, behaves correctly:
-/// its one fault has been counted.
-bool Exchange::RefusesLater(const Arrival& message) {
-    const std::string reid = message.reid.value_or("");
-    const auto request = std::find_if(
-        run_.pending.begin(), run_.pending.end(),
-        [&reid](const Request& waiting) { return waiting.fault == Fault::None && waiting.reid == reid; });
-    if (!protocol::IsReport(message.name) || accepted_.count(reid) == 0 || request == run_.pending.end()) {
-        return false;
-    }
-    run_.pending.erase(request);
-    return true;
-}
-
-/// An event that the DVR has listed itself. The harness then asks for the next.
-bool Exchange::Refuses(const Arrival& message, const Place& place) {
-    const auto request = std::find_if(run_.pending.begin(), run_.pending.end(), [&](const Request& waiting) {
-        const bool isOwn = waiting.name == "NEXT_EVENT" && waiting.fault == Fault::None;
-        return message.name == "INVALID_EVENT" && (isOwn || waiting.mayBeRefused) &&
-               IsExact(waiting, message);
-    });
-    if (request == run_.pending.end()) {
-        return false;
-    }
-    if (!request->mayBeRefused) {
-        run_.refused.Add(place, Printable(request->reid));
-        refused_ = std::move(*request);
-    }
-    run_.pending.erase(request);
-    return true;
-}
-
-/// What the DVR refused first, and then answers all the same: its one fault has been counted.
-bool Exchange::AnswersTheRefused(const Arrival& message) {
-    if (!refused_ || refused_->expects != message.name || !IsExact(*refused_, message)) {
-        return false;
-    }
-    answered_ = std::move(refused_);
-    refused_.reset();
-    isExact_ = true;
-    return true;
-}
-
-/// News of a transfer that goes on: legal, but nothing has asked for it. The same answer once more, at once,
-/// is no news.
-bool Exchange::TellsProgress(const Arrival& message, const Place& place) {
-    const bool isAtOnce = told_ && message.time && *message.time - *told_ < kNews;
-    const auto request = std::find_if(run_.pending.begin(), run_.pending.end(), [&](const Request& waiting) {
-        return waiting.expects == "FILE_COMPLETE" && IsExact(waiting, message);
-    });
-    if (message.name != "XFER_IN_PROGRESS" || isAtOnce || request == run_.pending.end()) {
-        return false;
-    }
-    run_.progress.Add(place, request->Words());
-    request->heard = message.time;
     return true;
 }
 

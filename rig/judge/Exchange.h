@@ -20,6 +20,9 @@ struct Arrival {
     bool isRepeated = false;           // it is, byte for byte, the message before it
 };
 
+/// @return whether the message is about exactly what the request asked for
+bool IsExact(const Request& request, const Arrival& message);
+
 /// The requests that wait for an answer, and what each message of the DVR is to them: the right answer, a
 /// wrong one, or something that nobody asked for.
 class Exchange {

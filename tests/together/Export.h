@@ -18,6 +18,10 @@ struct Judged {
     std::map<std::string, std::string> found;
 };
 
+/// @return VELLORAN_STYLE of the environment: how DVRs write whose recipes do not say. `manners` sets it, to
+/// see the same verdicts
+std::string StyleOfAll();
+
 /// One export from beginning to end, in a world of its own: the DVR with the recordings that are kept with
 /// these tests, and the harness until it has ended or has logged nothing for longer than it ever pauses.
 class Export {
