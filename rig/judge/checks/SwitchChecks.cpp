@@ -166,7 +166,7 @@ const std::vector<Check>& SwitchChecks() {
         {"config.answer", "The DVR refuses a bogus configuration.", "CONFIGURATION_UPDATE_ERROR",
          WithWhole<log::Sign::ConfigSwitch>, ConfigAnswered, Needs::WholeLog},
         {"size.fired", kFiredSentence, "\"sent: size= \"", With<log::Sign::SizeSwitch>, SizeFired},
-        {"size.answer", "The DVR does not go on as if a frame that is too short were whole.",
+        {"size.answer", "The DVR sends no message after a frame that is too short.",
          "a message of the DVR after a frame that is too short", With<log::Sign::SizeSwitch>, SizeAnswered,
          Needs::WholeLog},
         {"close.fired", kFiredSentence,
