@@ -58,13 +58,21 @@ struct Request : log::Request {
     std::string expects;               // FILE_COMPLETE
     std::optional<std::int64_t> time;  // when it went out, microseconds
     bool isOvertaken = false;          // DONE went out while it waited
-    bool isMistaken = false;           // the harness ignored what came as its answer
+    std::string mistake;               // why the harness ignored what came as its answer; empty if it did not
     result::Evidence evidence;
     bool mayBeRefused = false;               // the log cannot tell whether the DVR has what it asks for
     std::optional<std::int64_t> heard = {};  // when the DVR last said that it is at it, microseconds
 
     /// @return name, event and file
     std::string Words() const;
+};
+
+/// The last message's announcement.
+struct Announcement {
+    bool isOpen = false;               // the text has not come
+    std::int64_t length = 0;           // bytes
+    std::optional<std::int64_t> time;  // when the prefix was in, microseconds
+    result::Evidence evidence;
 };
 
 /// Reaction times in bounded memory, each accurate to 3 %.
@@ -132,12 +140,21 @@ struct Run {
     Tally afterDone;           // messages of the DVR after DONE, other than the OK of the next export
     Tally resumedAt;           // that OK
     Tally badLength;           // announced lengths that no message has
-    Tally damaged;             // messages that the log holds only in part
-    Tally assertions;          // failed assertions, if the log includes standard error
-    Tally exceptions;          // that ended the harness, if it does
-    Tally markerFailures;      // failure markers that could not be made, if it does
-    Tally doneSent;            // DONE
-    std::uint64_t files = 0;   // requested without a fault
+    Tally wrongPrefix;         // prefixes that are not the length of the text, as the text proves
+    Tally emptyHash;           // answers to the request for a new hash with an empty one
+    Tally emptyLength;         // the same for the length
+    Tally listedElsewhere;     // lists of events that the harness does not find
+    Announcement announcement;
+    std::string lastGood;  // message
+    std::uint64_t lastGoodLine = 0;
+    std::string opening;           // the first message, as it came
+    Tally damaged;                 // messages that the log holds only in part
+    Tally misread;                 // requests of another length than the judge believes
+    Tally assertions;              // failed assertions, if the log includes standard error
+    Tally exceptions;              // that ended the harness, if it does
+    Tally markerFailures;          // failure markers that could not be made, if it does
+    Tally doneSent;                // DONE
+    std::uint64_t files = 0;       // requested without a fault
     std::uint64_t acksAtDone = 0;  // acknowledgements when the first DONE went out
     bool hasLargeEvent = false;    // an event of at least two files came
     std::deque<Request> pending;   // still without an answer
@@ -154,6 +171,8 @@ struct Run {
     bool EndedByMessage() const;
     /// @return whether the DVR has sent something that makes the harness end itself
     bool HarnessEnded() const;
+    /// @return the last thing that was right, to follow on something else: "; the last good message was OK"
+    std::string AfterWhat() const;
     /// @return the switches as on the harness's command line
     std::string Switches() const;
 };

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <iterator>
 
 #include "Export.h"
 
@@ -10,16 +9,13 @@
 
 namespace {
 
-constexpr const char* kEachSwitch[] = {"-e", "-f", "-t",   "-r",   "-x",  "-u",
-                                       "-g", "-z", "-c 1", "-d 1", "-s 1"};
-
 /// No switch, each one, each pair.
 std::vector<std::string> Combinations() {
+    const std::vector<std::string> each = ReadEachSwitch();
     std::vector<std::string> all = {""};
-    for (const auto* one = std::begin(kEachSwitch); one not_eq std::end(kEachSwitch); ++one) {
-        all.emplace_back(*one);
-        std::for_each(one + 1, std::end(kEachSwitch),
-                      [&](const std::string& other) { all.push_back(*one + (" " + other)); });
+    for (auto one = each.begin(); one not_eq each.end(); ++one) {
+        all.push_back(*one);
+        std::for_each(one + 1, each.end(), [&](const auto& other) { all.push_back(*one + " " + other); });
     }
     return all;
 }
@@ -33,8 +29,8 @@ std::string WantedBy(const SwitchesRow& row) {
 bool HoldsFor(const SwitchesRow& row, const std::string& dialect, const std::string& switches) {
     const std::string wanted = WantedBy(row);
     const std::string unwanted = row.switches.substr(wanted.size());
-    return row.dialect == dialect and
-           std::all_of(std::begin(kEachSwitch), std::end(kEachSwitch), [&](const char* one) {
+    const std::vector<std::string> each = ReadEachSwitch();
+    return row.dialect == dialect and std::all_of(each.begin(), each.end(), [&](const std::string& one) {
                const bool isThere = switches.find(one) not_eq std::string::npos;
                const std::string& other = isThere ? unwanted : wanted;
                return other.find(one) == std::string::npos;

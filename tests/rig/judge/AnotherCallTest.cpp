@@ -14,8 +14,8 @@ using rig::result::Verdict;
 /// An export of one event that -c closes, and the next call so many seconds after DONE.
 Dialogue ClosedEarly(const std::string& switches) {
     Dialogue log("closeEarly set to 1" + switches);
-    log.List("E1", "E2").AskEvent("E1").Describe("E1", "a").Finish("E1", "a").Done();
-    log.After(1).Say("Closing client socket...");
+    log.List("E1", "E2").AskEvent("E1").Describe("E1", "a").Finish("E1", "a");
+    log.Done(switches.empty() ? "" : " duration=\"1\"").After(1).Say("Closing client socket...");
     return log;
 }
 

@@ -5,12 +5,15 @@
 #include <cstdint>
 #include <string>
 
+#include "rig/log/Statement.h"
 #include "rig/result/Result.h"
 
 /// The log of a harness, made up statement by statement. Messages and requests stand in it as the harness
 /// logs them, with their real lengths.
 class MadeUpLog {
  public:
+    MadeUpLog() = default;
+
     /// @param switches  the lines that echo them
     explicit MadeUpLog(int protocol, const std::string& switches = "") {
         Say(fmt::format("'protocol' option set to {}", protocol));
@@ -30,12 +33,13 @@ class MadeUpLog {
         return *this;
     }
 
-    /// A message of the DVR.
+    /// A message of the DVR, escaped as in a log.
     MadeUpLog& Dvr(const std::string& message) {
-        Say(fmt::format("expecting a message of {} bytes", message.size()));
+        const std::size_t size = rig::log::Unescaped(message).size();
+        Say(fmt::format("expecting a message of {} bytes", size));
         After(0.25);
-        Say(fmt::format("read success:{}", message.size()));
-        return Say(fmt::format("GetMessage:incoming message, bytes 1 to {}:{}", message.size(), message));
+        Say(fmt::format("read success:{}", size));
+        return Say(fmt::format("GetMessage:incoming message, bytes 1 to {}:{}", size, message));
     }
 
     /// A request of the harness. @param message  as it goes over the wire
