@@ -143,8 +143,8 @@ Tally Stalled(const Run& run, const Limits& limits) {
     const double reading = kSecondsPerRead * (1 + static_cast<double>(last.length) / kBytesPerRead);
     if (waited >= limits.patience + reading) {
         stalled.Add(last.evidence,
-                    fmt::format("{} in {:.1f} s{}", ExplainMissing(last.length, std::nullopt).words, waited,
-                                run.AfterWhat()));
+                    fmt::format("{}; the harness waited for {:.1f} s{}",
+                                ExplainMissing(last.length, std::nullopt).words, waited, run.AfterWhat()));
     }
     return stalled;
 }

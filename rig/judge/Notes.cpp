@@ -30,18 +30,16 @@ std::vector<std::string> DescriptionsIn(const pugi::xml_node& msg) {
 }
 
 bool IsNameless(const pugi::xml_node& file) {
-    return file.type() == pugi::node_element && !file.attribute("name");
+    return !file.attribute("name");
 }
 
-bool IsNoElement(const pugi::xml_node& file) {
-    return file.type() != pugi::node_element;
-}
-
-template <typename Fault>
-bool HasInStream(const pugi::xml_node& video, Fault fault) {
+bool HasNamelessFile(const pugi::xml_node& video) {
+    if (video.child("metadata") && IsNameless(video.child("metadata"))) {
+        return true;
+    }
     for (const pugi::xml_node& stream : video.child("streams").children()) {
         const auto files = stream.children();
-        if (std::any_of(files.begin(), files.end(), fault)) {
+        if (std::any_of(files.begin(), files.end(), IsNameless)) {
             return true;
         }
     }
@@ -50,7 +48,7 @@ bool HasInStream(const pugi::xml_node& video, Fault fault) {
 
 bool Has(const std::string& description, DescriptionFault fault) {
     pugi::xml_document document;
-    const bool isXml = document.load_string(description.c_str(), log::kAsTheHarness);
+    const bool isXml = document.load_string(description.c_str());
     if (fault == DescriptionFault::NotXml || !isXml) {
         return !isXml && (fault == DescriptionFault::NotXml || fault == DescriptionFault::NoEvent);
     }
@@ -62,9 +60,7 @@ bool Has(const std::string& description, DescriptionFault fault) {
         case DescriptionFault::NoReid:
             return event && !event.attribute("reid");
         case DescriptionFault::NamelessFile:
-            return IsNameless(video.child("metadata")) || HasInStream(video, IsNameless);
-        case DescriptionFault::NotFile:
-            return HasInStream(video, IsNoElement);
+            return HasNamelessFile(video);
         default:
             return event && !video.child("metadata") && !video.child("streams").first_child().first_child();
     }
@@ -148,6 +144,7 @@ std::string NoteOn(const log::Statement& statement, const log::Message& message)
         }
         case Sign::NoRequest:
         case Sign::NoSource:
+        case Sign::NoEventTag:
         case Sign::NoDescription:
         case Sign::EmptyDescription:
         case Sign::FileWithoutNames:

@@ -184,9 +184,9 @@ void RunModel::AddAssertion(const Place& place) {
 
 void RunModel::AddException(const Place& place) {
     if (!run_.HarnessEnded()) {
-        const log::Message& message = reader_.LastMessage();
-        const bool isDescription = message.name == "EVENT" || message.name == "XML";
-        (isDescription ? run_.deadlyDescriptions : run_.deadlyMessages).Add(place, Shown(message));
+        const std::string& name = reader_.LastMessage().name;
+        (name == "EVENT" || name == "XML" ? run_.deadlyDescriptions : run_.deadlyMessages)
+            .Add(place, hasText_ ? Shown(reader_.LastMessage()) : "");
     }
     run_.exceptions.Add(place);
     AddStep(Step::Kind::Note, place.text, place);
@@ -258,7 +258,9 @@ void RunModel::TakeListed(const log::Listed& listed, const Place& place) {
     add(run_.noEvent, listed.noEvent, DescriptionFault::NoEvent);
     add(run_.noFiles, listed.noFiles, DescriptionFault::NoFiles);
     add(run_.namelessFiles, listed.namelessFiles, DescriptionFault::NamelessFile);
-    add(run_.notFiles, listed.notFiles, DescriptionFault::NotFile);
+    for (std::size_t time = 0; time < listed.notFiles; ++time) {
+        run_.notFiles.Add(place, Shown(reader_.LastMessage()));
+    }
     if (listed.noDescriptions) {
         run_.noDescriptions.Add(place, Shown(reader_.LastMessage()));
     }

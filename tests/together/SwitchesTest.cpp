@@ -27,9 +27,9 @@ std::string WantedBy(const SwitchesRow& row) {
 
 /// Whether the row holds for a run with these switches.
 bool HoldsFor(const SwitchesRow& row, const std::string& dialect, const std::string& switches) {
+    const std::vector<std::string> each = ReadEachSwitch();
     const std::string wanted = WantedBy(row);
     const std::string unwanted = row.switches.substr(wanted.size());
-    const std::vector<std::string> each = ReadEachSwitch();
     return row.dialect == dialect and std::all_of(each.begin(), each.end(), [&](const std::string& one) {
                const bool isThere = switches.find(one) not_eq std::string::npos;
                const std::string& other = isThere ? unwanted : wanted;

@@ -51,7 +51,7 @@ Finding EventsOnce(const Run& run, const Limits& /*limits*/) {
 Finding EventReid(const Run& run, const Limits& /*limits*/) {
     return NoneOf({{run.refused, "INVALID_EVENT about an event that EVENT_LIST names"},
                    {run.otherEvent, "EVENT about another event than the one asked for, or about none"}},
-                  run.Received("EVENT") > 0, "the reid asked for in EVENT", "no EVENT");
+                  run.Received("EVENT") > 0, "EVENT with the reid asked for", "no EVENT");
 }
 
 Finding Description(const Run& run, const Limits& /*limits*/) {
@@ -145,7 +145,7 @@ const std::vector<Check>& ExportChecks() {
          "\"'source' attribute missing from EVENT_LIST message\"", IsSecondDialect, EventListSource},
         {"event-list.events", "EVENT_LIST names every event.",
          "\"'event' found with no text\", \"could not find 'event' tag in EVENT_LIST message\", \"Got "
-         "EVENT_LIST message with no events\"",
+         "EVENT_LIST message with no events\", the list itself",
          IsSecondDialect, EventListEvents},
         {"event-list.once", "No event is listed twice.", "the identifiers in the list", IsExport, EventsOnce,
          Needs::OwnReading},

@@ -147,7 +147,7 @@ const std::vector<Check>& FaultChecks() {
          With<log::Sign::RehashSwitch>, FiredOf<Fault::Rehash>},
         {"rehash.attributes", "The DVR gives hash and length when a new hash is asked for.",
          "\"'hashCode' attribute not present when requested\", \"'length' attribute not present when "
-         "requested\"",
+         "requested\", the answer itself",
          With<log::Sign::RehashSwitch>, RehashAttributes},
         {"rehash.same-hash", "A recomputed hash equals the old one, or is reported as new.",
          "\"rehash resulted in same hash: \", \"rehash resulted in new hash: \"",

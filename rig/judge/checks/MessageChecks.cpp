@@ -88,7 +88,8 @@ Finding RequestsAnswered(const Run& run, const Limits& limits) {
 const std::vector<Check>& MessageChecks() {
     static const std::vector<Check> kChecks = {
         {"messages.framed", "Every message has a good length prefix.",
-         "\"Read7BitEncodedInt:badly formatted 7 bit string length prefix\", a negative length announced",
+         "\"Read7BitEncodedInt:badly formatted 7 bit string length prefix\", a negative length announced, a "
+         "length announced that does not come, the text itself",
          Always, MessagesFramed},
         {"messages.parsed", "Every message is an XML document with msg and req.",
          "\"error: \", \"INVALID XML RECEIVED\", the assertions on the parser, the message itself", Always,
