@@ -33,7 +33,7 @@ const DeadEnd kDeadEnds[] = {
     {"NoEvents", "clean-2.0", "--defect empty-list", "INCONCLUSIVE", "no events",
      "if earlier cases have used them up, have --before-case make new ones"},
     {"NoFiles", "clean-2.0", "--defect description-without-video", "FAIL", "stuck",
-     "event.files: a description without files; the DVR gave no file to ask for"},
+     "; the DVR gave no file to ask for, and the harness waits"},
     {"Reset", "clean-2.0", "--defect reset=0 --on EVENT", "FAIL", "connection lost",
      "read error: 104:Connection reset by peer"},
     {"Closed", "clean-2.0", "--defect close=0 --on EVENT", "FAIL", "connection lost",

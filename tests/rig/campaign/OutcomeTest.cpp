@@ -150,7 +150,7 @@ TEST(Outcome, DependsOnWhyWatchingEnded) {
         {With(BrokenOff(End::DvrFailed, Verdict::Pass), &CaseFacts::isConnected, false),
          "ENVIRONMENT|why, and no DVR had connected"},
         {BrokenOff(End::LogTooLarge, Verdict::Pass), "INCONCLUSIVE|why"},
-        {BrokenOff(End::LogTooLarge, Verdict::Fail), "FAIL|x.answer: found it"},
+        {BrokenOff(End::LogTooLarge, Verdict::Fail), "FAIL|x.answer: found it; why"},
         {BrokenOff(End::HookFailed, Verdict::Fail), "ENVIRONMENT|why"},
         {BrokenOff(End::PortTaken, Verdict::Fail), "ENVIRONMENT|why"},
         {BrokenOff(End::Interrupted, Verdict::Fail), "INTERRUPTED|why"},
