@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <array>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -58,6 +60,21 @@ Harness::Harness(const std::string& command, const std::string& log, const CaseF
         launch.output = outputFile_->Number();
     }
     command_ = std::make_unique<Child>(launch);
+}
+
+result::Result JudgeAgain(const CaseFolder& folder, const judge::Limits& limits) {
+    result::Result result;
+    judge::Judge judge(limits, {true, true},
+                       [&result](result::RunResult run) { result.runs.push_back(std::move(run)); });
+    for (const std::string& name : {kLogName, kErrorName}) {
+        log::LineCutter lines(
+            [&](std::uint64_t number, std::string_view line) { judge.Add(name, number, line); });
+        std::ifstream file(folder.PathOf(name));
+        lines.Add(std::string(std::istreambuf_iterator<char>(file), {}));
+        lines.End();
+    }
+    judge.Finish();
+    return result;
 }
 
 void Harness::Read() {

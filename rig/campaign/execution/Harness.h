@@ -36,6 +36,9 @@ class Harness {
 
     Child& Command() { return *command_; }
 
+    /// Passes on to the judge what was seen after DONE.
+    void Tell(const judge::AfterDone& after) { judge_.Take(after); }
+
     /// Reads the rest, once the command has ended. @return what the judge says of each run in the log
     result::Result Finish();
 
@@ -67,5 +70,8 @@ class Harness {
     std::unique_ptr<LogSource> errors_;
     std::unique_ptr<Child> command_;
 };
+
+/// Judges anew what a harness has left in the case's folder.
+result::Result JudgeAgain(const CaseFolder& folder, const judge::Limits& limits);
 
 }  // namespace rig::campaign
