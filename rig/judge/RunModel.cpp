@@ -1,13 +1,10 @@
 #include "rig/judge/RunModel.h"
 
-#include <fmt/format.h>
-
 #include <tuple>
 
 #include "rig/base/Printable.h"
 #include "rig/judge/Framing.h"
 #include "rig/judge/Notes.h"
-#include "rig/log/RequestText.h"
 
 namespace rig::judge {
 namespace {
@@ -86,41 +83,6 @@ const log::Message* RunModel::Add(const log::Statement& statement, const Place& 
     return nullptr;
 }
 
-/// What the harness's line only hints at.
-void RunModel::TakeDetails(const log::Statement& statement, const Place& place) {
-    switch (statement.sign) {
-        case Sign::HeaderByte:
-            CheckLength(place);
-            break;
-        case Sign::Expecting:
-            if (statement.Number() < 0) {
-                run_.badLength.Add(place,
-                                   "prefix " + PrefixFor(static_cast<std::uint32_t>(statement.Number())));
-            }
-            break;
-        case Sign::EndInsideText: {
-            const FramingFault fault = ExplainMissing(reader_.Arriving().Announced(), statement.Number());
-            if (fault.isProved) {
-                run_.wrongPrefix.Add(place, fault.words);
-            }
-            break;
-        }
-        case Sign::NoEventTag:
-            if (const std::string where = hasText_ ? ListedElsewhere(reader_.LastMessage()) : "";
-                !where.empty()) {
-                run_.listedElsewhere.Add(place, where);
-            }
-            break;
-        case Sign::SameHash:
-        case Sign::NewHash:
-            NoteEmpty("hashCode", run_.emptyHash, place);
-            NoteEmpty("length", run_.emptyLength, place);
-            break;
-        default:
-            break;
-    }
-}
-
 /// What every statement tells, whatever it is a sign of.
 void RunModel::Note(const log::Statement& statement, const Place& place) {
     const Sign sign = statement.sign;
@@ -153,27 +115,6 @@ void RunModel::Note(const log::Statement& statement, const Place& place) {
     }
     if (keep_.log) {
         run_.log.push_back({place.line, statement.time, statement.level, std::string(statement.text)});
-    }
-}
-
-/// @return what the statement itself does not say
-std::string RunModel::NoteOn(const log::Statement& statement) {
-    switch (statement.sign) {
-        case Sign::EndInsideText:
-            return ExplainMissing(reader_.Arriving().Announced(), statement.Number()).words +
-                   run_.AfterWhat();
-        case Sign::BadPrefix:
-        case Sign::PrefixReadError:
-        case Sign::TextReadError:
-        case Sign::SendFailed:
-            return run_.AfterWhat().substr(2);
-        case Sign::NotXml:
-            if (!malformed_.empty()) {
-                return malformed_;
-            }
-            [[fallthrough]];
-        default:
-            return hasText_ ? judge::NoteOn(statement, reader_.LastMessage()) : "";
     }
 }
 
@@ -282,29 +223,6 @@ void RunModel::TakeRequest(const Place& place) {
         AddStep(Step::Kind::FromHarness, request.Words(), place);
     }
     exchange_.SendRequest(std::move(request), place);
-}
-
-void RunModel::NoteEmpty(const char* attribute, Tally& tally, const Place& place) {
-    const log::Message& message = reader_.LastMessage();
-    const pugi::xml_attribute given = message.root.attribute(attribute);
-    if (hasText_ && given && *given.value() == '\0') {
-        tally.Add(place, Shown(message));
-    }
-}
-
-/// Holds what the judge believes of a request against the length with which it went out.
-void RunModel::CheckLength(const Place& place) {
-    const log::Request& request = reader_.LastRequest();
-    if (!request.isAnnounced || request.name.empty() || !run_.hasStart || run_.damaged.Any()) {
-        return;  // its state is not known anyway
-    }
-    const std::size_t size = log::TextOf(request, run_.switches).size();
-    const std::uint32_t announced = log::AnnouncedFor(size, run_.Saw(Sign::SizeSwitch));
-    if (announced != request.announced) {
-        run_.misread.Add(place, fmt::format("{}: {} bytes as the judge believes, {} as it went out",
-                                            Request{request, "", {}, false, "", {}}.Words(), announced,
-                                            request.announced));
-    }
 }
 
 void RunModel::AddStep(Step::Kind kind, std::string_view text, const Place& place) {
