@@ -25,6 +25,7 @@ void ExpectListed(const std::string& option, const rig::Listing& listing, const 
     page << std::ifstream(VELLORAN_TABLES "/" + document).rdbuf();
     const ProgramResult table = RunRig({"dvr", option, "--format", "markdown"});
     EXPECT_EQ(table.status, 0);
+    EXPECT_EQ(table.output, rig::AsMarkdown(listing));
     EXPECT_EQ(table.output, page.str().substr(page.str().find("\n| ") + 1));
     EXPECT_EQ(table.errors, "");
 }
