@@ -120,6 +120,7 @@ CampaignRecord RecordOf(const RunOptions& options, const Rig& rig) {
     record.repeat = options.repeat;
     record.patience = options.patience;
     record.maxReaction = options.maxReaction;
+    record.linger = options.linger;
     record.isStrict = options.strict;
     record.cases = PlannedCases(options);
     return record;

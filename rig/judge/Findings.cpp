@@ -93,7 +93,8 @@ Finding NoneOf(std::initializer_list<Bad> bad, bool reached, const std::string& 
 }
 
 double Waited(const Run& run, const Request& request) {
-    return run.endTime && request.time ? static_cast<double>(*run.endTime - *request.time) / 1e6 : 0;
+    const auto since = request.heard ? request.heard : request.time;
+    return run.endTime && since ? static_cast<double>(*run.endTime - *since) / 1e6 : 0;
 }
 
 /// @return how long a request waited in vain, and what came last

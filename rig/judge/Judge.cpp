@@ -13,6 +13,12 @@ bool IsAssertion(std::string_view line) {
            line.find(": Assertion `") != std::string_view::npos;
 }
 
+/// The library's message on standard error: "terminate called after throwing an instance of 'TYPE'", and
+/// below it "  what():  TEXT".
+bool IsException(std::string_view line) {
+    return line.find("terminate called ") != std::string_view::npos || StartsWith(line, "  what():  ");
+}
+
 result::RunResult Judged(const Run& run, const Limits& limits) {
     result::RunResult result;
     result.name = run.begin.file + ":" + std::to_string(run.begin.line);
@@ -34,6 +40,10 @@ result::RunResult Judged(const Run& run, const Limits& limits) {
 
 bool IsMarkerFailure(std::string_view line) {
     return StartsWith(line, "touch: ") && line.find("/mnt/hd/velloranFail") != std::string_view::npos;
+}
+
+bool IsLastWord(std::string_view line) {
+    return IsAssertion(line) || IsException(line);
 }
 
 ReadLine Judge::Add(const std::string& file, std::uint64_t number, std::string_view line) {
@@ -64,6 +74,8 @@ void Judge::AddError(const Place& place) {
     const auto run = open_.find(last_);
     if (run != open_.end() && IsAssertion(place.text)) {
         run->second->AddAssertion(place);
+    } else if (run != open_.end() && IsException(place.text)) {
+        run->second->AddException(place);
     } else if (run != open_.end() && IsMarkerFailure(place.text)) {
         run->second->AddMarkerFailure(place);
     }

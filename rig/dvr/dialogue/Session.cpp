@@ -174,17 +174,16 @@ void Session::Transmit(const Outgoing& outgoing) {
 }
 
 /// What the harness does not answer can wait, as something always follows it.
-void Session::Emit(const Message& message, const std::string& frame) {
-    kept_ += frame;
+void Session::Emit(const Message& message, std::string frame) {
     const bool canWait = message.Name() == "XFER_IN_PROGRESS" || message.Name() == "SOFTWARE_UPDATE_CONFIRM";
+    kept_ = kept_.empty() ? std::move(frame) : kept_ + frame;
     if (!habits_.sharesSegments || !canWait) {
         Flush();
     }
 }
 
 void Session::Flush() {
-    connection_.Send(kept_, times_.silence);
-    kept_.clear();
+    connection_.Send(std::exchange(kept_, {}), times_.silence);
 }
 
 void Session::EndAsTold(Outgoing::End end) {

@@ -79,7 +79,7 @@ class Session {
     void SendHonest(const Message& message);
     void SendDefective(Message message);
     void Transmit(const Outgoing& outgoing);
-    void Emit(const Message& message, const std::string& frame);
+    void Emit(const Message& message, std::string frame);
     void Flush();
     void EndAsTold(Outgoing::End end);
 

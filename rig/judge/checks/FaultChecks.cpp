@@ -6,7 +6,18 @@
 namespace rig::judge {
 namespace {
 
+/// @return whether what the harness asked for instead is there, too, so that nothing was wrong
+bool IsGenuine(const FaultRecord& record) {
+    return record.genuine.Any() && record.genuine.Count() == record.fired.Count();
+}
+
 Finding Fired(const Run& run, Fault fault) {
+    if (IsGenuine(run.Of(fault))) {
+        const Tally& genuine = run.Of(fault).genuine;
+        return Inconclusive(
+            kFired, Words("never injected: what is left of the name is another that the DVR lists", genuine),
+            genuine);
+    }
     if (run.Of(fault).fired.Any()) {
         return Pass(kFired, "injected", run.Of(fault).fired);
     }
@@ -27,7 +38,7 @@ Finding FiredOf(const Run& run, const Limits& /*limits*/) {
 
 Finding Answered(const Run& run, Fault fault, const std::string& expected, const Limits& limits) {
     const FaultRecord& record = run.Of(fault);
-    if (!record.fired.Any()) {
+    if (!record.fired.Any() || IsGenuine(record)) {
         return NotReached(expected, "the fault was never injected");
     }
     if (record.wrong.Any()) {

@@ -6,6 +6,9 @@
 #include <vector>
 
 #include "rig/dvr/defects/Defect.h"
+#include "rig/dvr/dialogue/Habits.h"
+#include "rig/dvr/recordings/EventKinds.h"
+#include "rig/dvr/wire/Style.h"
 #include "rig/protocol/Catalogue.h"
 #include "tests/rig/dvr/ScriptedExport.h"
 #include "tests/support/TemporaryFolder.h"
@@ -32,6 +35,12 @@ void ExpectListed(const std::string& option, const rig::Listing& listing, const 
 
 TEST(DefectCommand, ListsTheDefects) {
     ExpectListed("--list-defects", rig::dvr::ListDefects(), "defects.md");
+}
+
+TEST(DefectCommand, ListsTheManners) {
+    ExpectListed("--list-styles", rig::dvr::ListStyles());
+    ExpectListed("--list-events", rig::dvr::ListEvents());
+    ExpectListed("--list-habits", rig::dvr::ListHabits());
 }
 
 TEST(DefectCommand, ListsTheMessagesThatDefectsMayActOn) {
