@@ -97,6 +97,13 @@ TEST(Outcome, IsTheJudgesWhereARunCameToItsEnd) {
          "PASS|with warnings: x: found it; z: found it"},
         {judged({{"x", Verdict::Warning}, {"y", kFail}}), "FAIL|y: found it"},
         {judged({{"export.done", kFail}, {"y", Verdict::Pass}}), "FAIL|export.done: found it"},
+        {judged({{"export.done", kFail},
+                 {"messages.asked", kFail},
+                 {"x", Verdict::Inconclusive},
+                 {"y", kFail},
+                 {"requests.answered", kFail},
+                 {"z", kFail}}),
+         "FAIL|y: found it; also z, messages.asked, requests.answered, export.done"},
     });
 }
 
@@ -159,42 +166,31 @@ TEST(Outcome, DependsOnWhyWatchingEnded) {
 
 TEST(Outcome, OfADeadEndIsWorseThanThePassThatItKeptOff) {
     for (const auto& [end, outcome] :
-         {std::pair(End::NoEvents, Outcome::Inconclusive), std::pair(End::Stuck, Outcome::Inconclusive),
-          std::pair(End::Lost, Outcome::Fail), std::pair(End::Endless, Outcome::Fail)}) {
-        for (const Verdict verdict : {Verdict::Pass, Verdict::NotReached, Verdict::Inconclusive}) {
-            CaseFacts facts = Stopped(verdict);
-            facts.end = end;
-            facts.words = "why";
-            EXPECT_EQ(Decide(facts).outcome, outcome) << NameOf(end);
-            EXPECT_EQ(Decide(facts).reason, "why");
-        }
-        CaseFacts facts = Stopped(Verdict::Fail);
-        facts.end = end;
-        facts.words = "why";
-        EXPECT_EQ(Decide(facts).outcome, Outcome::Fail);
-        EXPECT_EQ(Decide(facts).reason, "x.answer: found it; why");
+         {std::pair(End::NoEvents, "INCONCLUSIVE"), std::pair(End::Stuck, "INCONCLUSIVE"),
+          std::pair(End::Lost, "FAIL"), std::pair(End::Endless, "FAIL")}) {
+        const std::string otherwise = std::string(outcome) + "|why";
+        const bool isFailure = outcome == std::string("FAIL");
+        ExpectDecisions({
+            {BrokenOff(end, Verdict::Pass), otherwise},
+            {BrokenOff(end, Verdict::NotReached), otherwise},
+            {BrokenOff(end, Verdict::Inconclusive), otherwise},
+            {BrokenOff(end, Verdict::Environment), isFailure ? otherwise : "ENVIRONMENT|why"},
+            {BrokenOff(end, Verdict::Fail), "FAIL|x.answer: found it; why"},
+            {BrokenOff(end, Verdict::KnownFailure),  // which explains no more than a failure
+             isFailure ? "KNOWN FAILURE|x.answer: found it; why" : otherwise},
+        });
     }
 }
 
-TEST(Outcome, OfADeadEndMayBeAKnownFailure) {
-    CaseFacts facts = Stopped(Verdict::KnownFailure);
-    facts.end = End::Lost;
-    EXPECT_EQ(Decide(facts).outcome, Outcome::KnownFailure);
-    facts.end = End::NoEvents;
-    EXPECT_EQ(Decide(facts).outcome, Outcome::Inconclusive)
-        << "the known failure did not keep it from going on";
-}
-
-TEST(Outcome, NamesTheFailedChecksCausesFirst) {
-    CaseFacts facts = Stopped(Verdict::Fail);
-    facts.judged->checks = {{"export.done", "", Verdict::Fail, "", "not done", {}},
-                            {"messages.asked", "", Verdict::Fail, "", "unasked", {}},
-                            {"x.answer", "", Verdict::Inconclusive, "", "cannot tell", {}},
-                            {"y.answer", "", Verdict::Fail, "", "wrong", {}},
-                            {"requests.answered", "", Verdict::Fail, "", "unanswered", {}},
-                            {"z.answer", "", Verdict::Fail, "", "also wrong", {}}};
-    EXPECT_EQ(Decide(facts).reason,
-              "y.answer: wrong; also z.answer, messages.asked, requests.answered, export.done");
+TEST(Outcome, HasAWordForWhyWatchingEnded) {
+    std::string names;
+    for (int end = 0; end <= static_cast<int>(End::PortTaken); ++end) {
+        names += std::string(NameOf(static_cast<End>(end))) + ", ";
+    }
+    EXPECT_EQ(names,
+              ", done, silence, harness ended, DVR's command failed, no events, stuck, connection lost, "
+              "endless, connect time-out, idle time-out, transfer time-out, case time-out, log too large, "
+              "interrupted, hook failed, port taken, ");
 }
 
 TEST(Outcome, AppearsAsACheckOfTheRun) {

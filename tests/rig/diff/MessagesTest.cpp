@@ -24,7 +24,8 @@ TEST(Messages, InTheOrderOfAnEarlierRunAreNotAChange) {
 }
 
 TEST(Messages, DivergeFromTheEarlierRunThatTheyAreMostLike) {
-    ExpectOnly(CompareRuns({RunWith({"x", "y", "z"}), RunWith({"y", "z", "x"})}, {RunWith({"y", "x", "z"})}),
+    ExpectOnly(CompareRuns({RunWith({"x", "y", "z"}), RunWith({"y", "z", "x"}), RunWith({"y", "a"})},
+                           {RunWith({"y", "x", "z"})}),
                Change::Changed, "order of messages", "z as message 2", "x as message 2");
 }
 
