@@ -34,10 +34,14 @@ namespace {
 constexpr const char* kFailureMarker = "/mnt/hd/velloranFail";
 
 std::unique_ptr<Recordings> OpenRecordings(const DvrOptions& options) {
+    std::unique_ptr<Recordings> recordings;
     if (options.recordings) {
-        return std::make_unique<FolderRecordings>(*options.recordings);
+        recordings = std::make_unique<FolderRecordings>(*options.recordings);
+    } else {
+        recordings = std::make_unique<SyntheticRecordings>();
     }
-    return std::make_unique<SyntheticRecordings>();
+    recordings->HashBy(HashKindNamed(options.hash).value_or(HashKind::Sha256));
+    return recordings;
 }
 
 /// @return the dialect, which defaults to 1 as in the harness
@@ -104,6 +108,10 @@ Injector NewInjector(const DvrOptions& options, const Recordings& recordings, st
     Injector injector(recordings, DialectOf(options), seed);
     for (const DefectOption& option : options.defects) {
         injector.AddDefect(option.defect, SiteOf(option, recordings));
+    }
+    if (!injector.SpoilsCopies().empty() && !options.deliver) {
+        throw Failure(ExitStatus::Unusable, "--defect " + injector.SpoilsCopies() +
+                                                ": expected --deliver, whose copies it spoils, found none");
     }
     return injector;
 }

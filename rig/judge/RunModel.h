@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "rig/judge/Exchange.h"
 #include "rig/judge/Run.h"
@@ -8,10 +9,11 @@
 
 namespace rig::judge {
 
-/// What is kept of a run beyond what the verdict needs. Both take memory in proportion to the log.
+/// What is kept of a run beyond what the verdict needs. The first two take memory in proportion to the log.
 struct Keep {
-    bool steps = false;  // the dialogue
-    bool log = false;    // every statement
+    bool steps = false;      // the dialogue
+    bool log = false;        // every statement
+    bool transfers = false;  // in proportion to the files, however often each is transferred
 };
 
 /// Gathers what the judge needs to know of one run of the harness, statement by statement. Keeps facts, gives
@@ -41,12 +43,14 @@ class RunModel {
     bool IsOver() const;
 
     const Run& Facts() const { return run_; }
+    Run TakeFacts() { return std::move(run_); }
 
  private:
     void Note(const log::Statement& statement, const Place& place);
     void TakeMessage(const log::Message& message, const Place& place);
     void TakeListed(const log::Listed& listed, const Place& place);
     void TakeRejection(const log::Statement& statement, const Place& place);
+    void TakeTransfer(const Arrival& message, const pugi::xml_node& root, const Place& place);
     void TakeRequest(const Place& place);
     void AddStep(result::Step::Kind kind, std::string_view text, const Place& place);
 
@@ -55,6 +59,7 @@ class RunModel {
     Keep keep_;
     std::optional<std::int64_t> now_;  // the statement's time
     log::RunReader reader_;
+    std::uint64_t transfers_ = 0;  // that ended
 };
 
 }  // namespace rig::judge

@@ -32,6 +32,8 @@ std::vector<std::string> Arguments(const Recipe& recipe) {
     if (not recipe.style.empty()) {
         all.insert(all.end(), {"--style", recipe.style});
     }
+    const std::vector<std::string> further = WordsOf(recipe.options);
+    all.insert(all.end(), further.begin(), further.end());
     return all;
 }
 
@@ -42,7 +44,8 @@ std::string Marked(const std::string& id, const std::string& verdict) {
 
 }  // namespace
 
-Export::Export(const Recipe& recipe, Here here) {
+Export::Export(const Recipe& recipe, Here here)
+    : delivers_((recipe.defect + recipe.options).find(kDelivered) not_eq std::string::npos) {
     harness_.emplace(WordsOf("-p " + recipe.dialect + " " + recipe.switches));
     harness_->Listens(here);
     dvr_.emplace(Arguments(recipe));
@@ -63,14 +66,20 @@ void Export::FollowUntilTheDvrEnds() {
 
 Judged Export::Judge() const {
     std::ofstream(kLog, std::ios::binary) << harness_->GetProcess().output << harness_->StandardError();
-    const ProgramResult ended = RunRig({"judge", "--patience", "1", "--json", kReport, kLog});
+    std::vector<std::string> arguments = {"judge", "--patience", "1", "--json", kReport, kLog};
+    if (delivers_) {
+        arguments.insert(arguments.end(), {"--delivered", kDelivered});
+    }
+    const ProgramResult ended = RunRig(arguments);
     EXPECT_EQ(ended.errors, "");
     const nlohmann::json report = nlohmann::json::parse(ReadFile(kReport));
-    Judged judged = {report.at("verdict"), {}};
+    Judged judged = {report.at("verdict"), {}, {}};
     for (const nlohmann::json& run : report.at("runs")) {
         for (const nlohmann::json& check : run.at("checks")) {
             const std::string verdict = check.at("verdict");
-            if (verdict not_eq "PASS" and verdict not_eq "NOT REACHED") {
+            if (verdict == "PASS") {
+                judged.passed.insert(check.at("id"));
+            } else if (verdict not_eq "NOT REACHED") {
                 judged.found[Marked(check.at("id"), verdict)] = check.at("found");
             }
         }

@@ -7,11 +7,13 @@
 #include <cmath>
 #include <csignal>
 
+#include "rig/base/Printable.h"
 #include "rig/campaign/execution/Port.h"
 
 namespace rig::campaign {
 namespace {
 
+constexpr std::uint64_t kMegabyte = 1'000'000;
 constexpr int kSlowTick = 200;         // milliseconds, when waiting for a minute
 constexpr double kPortPatience = 150;  // seconds: the system holds a port for a minute, at worst twice
 constexpr double kSettle = 2;          // seconds for the DVR to close after the end
@@ -104,11 +106,25 @@ void Export::StartHarness() {
     firstLine_.reset();
     isReady_ = false;
     watch_.emplace(record_.plan, rig_.patience, Clock::now());
-    harness_ = std::make_unique<Harness>(record_.harness.command, rig_.log, folder_, rig_.limits,
+    harness_ = std::make_unique<Harness>(record_.harness.command, rig_.log, folder_, Limits(),
                                          [this](const log::Statement& statement, bool isOver) {
                                              firstLine_ = firstLine_.value_or(Clock::now());
                                              watch_->Add(statement, isOver, Clock::now());
                                          });
+}
+
+/// @return the judge's limits; reading what was delivered may take long
+judge::Limits Export::Limits() {
+    judge::Limits limits = rig_.limits;
+    if (limits.delivered) {
+        limits.delivered->progress = [this](const std::string& file, std::uint64_t done,
+                                            std::uint64_t total) {
+            display_.Show("looking at what was delivered", fmt::format("{} of {} MB of {}", done / kMegabyte,
+                                                                       total / kMegabyte, Printable(file)));
+            return !interrupts_.Came();
+        };
+    }
+    return limits;
 }
 
 /// A port held on another machine shows only in the harness's status.

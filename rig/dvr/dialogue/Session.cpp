@@ -2,11 +2,18 @@
 
 #include <fmt/format.h>
 
+#include <thread>
+
 #include "rig/base/Counted.h"
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
 
 namespace rig::dvr {
+namespace {
+
+constexpr std::chrono::seconds kLateness(3);  // well above what clocks and file systems may differ by
+
+}  // namespace
 
 Session::Session(Connection& connection, Dialogue& dialogue, Transcript& transcript,
                  const SessionTimes& times)
@@ -28,6 +35,7 @@ void Session::Run() {
             throw Breach(fmt::format("expected {}, found {}", expected, found.what()));
         }
     }
+    DeliverLate();
 }
 
 void Session::Step() {
@@ -113,8 +121,11 @@ void Session::SendHonest(const Message& message) {
 
 void Session::SendDefective(Message message) {
     const std::string honest = Summarize(message);
+    const std::string event = message.Get("reid");
+    const std::string file = message.Get("file");
     const Outgoing outgoing = injector_->Prepare(std::move(message));
     reconnects_ = reconnects_ || outgoing.reconnects;
+    SpoilCopyOf(event, file, outgoing.copy);
     if (outgoing.dropped) {
         transcript_.Note("not sent: " + honest);
     } else {
@@ -139,6 +150,24 @@ void Session::Transmit(const Outgoing& outgoing) {
     transcript_.Sent(outgoing.message, outgoing.defects);
     connection_.Send(injector_->Frame(outgoing, style_), times_.silence);
     sendExtras(outgoing.after);
+}
+
+void Session::SpoilCopyOf(const std::string& event, const std::string& file, Copy copy) {
+    if (deliveryFolder_ == nullptr) {
+        return;
+    }
+    SpoilCopy(*deliveryFolder_, event, file, copy);
+    if (copy == Copy::Late) {
+        late_.push_back({{event, file}, Clock::now() + kLateness});
+    }
+}
+
+void Session::DeliverLate() {
+    for (const LateCopy& copy : late_) {
+        std::this_thread::sleep_until(copy.due);
+        CopyWhole(*deliveryFolder_, copy.file.first, copy.file.second);
+        transcript_.Note("delivered late: " + FileName(copy.file));
+    }
 }
 
 void Session::EndAsTold(Outgoing::End end) {

@@ -66,6 +66,7 @@ void AddReplayOptions(CLI::App& dvr, DvrOptions& options) {
             ->excludes(dvr.get_option("--defect"))
             ->excludes(dvr.get_option("--recordings"))
             ->excludes(dvr.get_option("--deliver"))
+            ->excludes(dvr.get_option("--hash"))
             ->excludes(dvr.get_option("--rate"))
             ->excludes(dvr.get_option("--transfer-time"))
             ->excludes(dvr.get_option("--seed"));

@@ -7,13 +7,18 @@ bool IsIncomplete(const Run& run) {
     return !run.hasStart || run.damaged.Any();
 }
 
+bool IsAskedFor(const Check& check, const Run& run, const Limits& limits) {
+    return (check.needs != Needs::MaxReaction || limits.maxReaction) &&
+           (check.needs != Needs::Delivered || run.delivery != nullptr);
+}
+
 }  // namespace
 
 const std::vector<Check>& AllChecks() {
     static const std::vector<Check> kChecks = [] {
         std::vector<Check> all;
         for (const auto* table : {&ConnectionChecks(), &MessageChecks(), &ExportChecks(), &FaultChecks(),
-                                  &SwitchChecks(), &TimingChecks()}) {
+                                  &SwitchChecks(), &TimingChecks(), &DeliveryChecks()}) {
             all.insert(all.end(), table->begin(), table->end());
         }
         return all;
@@ -33,7 +38,7 @@ std::vector<result::CheckResult> JudgeRun(const Run& run, const Limits& limits) 
     std::vector<result::CheckResult> results;
     results.reserve(AllChecks().size());
     for (const Check& check : AllChecks()) {
-        if (!check.applies(run) || (check.needs == Needs::MaxReaction && !limits.maxReaction)) {
+        if (!IsAskedFor(check, run, limits) || !check.applies(run)) {
             continue;
         }
         Finding finding = check.judge(run, limits);

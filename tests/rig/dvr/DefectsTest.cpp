@@ -34,6 +34,7 @@ Sent Apply(const std::string& defect, const HonestMessage& honest) {
     }
     sent.then += outgoing.defects.empty() ? "" : "acted ";
     sent.then += outgoing.dropped ? "dropped " : "";
+    sent.then += outgoing.copy == rig::dvr::Copy::Good ? "" : "spoils the copy ";
     sent.then += outgoing.silent ? "silent " : "";
     sent.then += outgoing.knocks ? "knocks " : "";
     sent.then += outgoing.reconnects ? "reconnects " : "";
