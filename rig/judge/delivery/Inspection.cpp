@@ -27,6 +27,11 @@ std::vector<const Transfers::value_type*> InOrder(const Transfers& transfers) {
     return ordered;
 }
 
+bool IsFolder(const fs::path& path) {
+    std::error_code unknown;
+    return fs::is_directory(path, unknown);
+}
+
 bool IsLogOf(const Run& run, const fs::path& path) {
     std::error_code unknown;
     return fs::equivalent(run.begin.file, path, unknown);
@@ -51,7 +56,7 @@ Snapshot FilesIn(const std::string& folder, Files& unseen) {
             struct stat found = {};
             if (lstat(entry->path().c_str(), &found) == 0 && S_ISDIR(found.st_mode)) {
                 left.push_back(entry->path());
-            } else if (S_ISREG(found.st_mode) || S_ISLNK(found.st_mode)) {
+            } else if (S_ISREG(found.st_mode) || (S_ISLNK(found.st_mode) && !IsFolder(entry->path()))) {
                 files[entry->path().lexically_relative(root).string()] = StampOf(found);
             }
         }

@@ -36,6 +36,11 @@ const Refusal kRefusals[] = {
     {"BadSeed", {"--seed", "-1"}, "--seed"},
     {"BadTimeout", {"--idle-timeout", "soon"}, "--idle-timeout"},
     {"NoKnown", {"--known", "/no/such/list"}, "/no/such/list"},
+    {"NoDelivered",
+     {"--delivered", "/no/such"},
+     "--delivered: expected a folder that can be read, found '/no/such'"},
+    {"OutInDelivered", {"--delivered", "/tmp", "--out", "/tmp/x/y"}, "expected a folder outside --delivered"},
+    {"HashAlone", {"--hash", "md5"}, "--hash requires --delivered"},
     {"UnknownOption", {"--no-such-option"}, "--no-such-option"},
 };
 
