@@ -1,9 +1,11 @@
 #include "rig/campaign/Outcome.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <csignal>
+#include <vector>
 
 namespace rig::campaign {
 namespace {
@@ -15,6 +17,7 @@ constexpr int kInterruptedHarness = 44;
 Outcome OutcomeOf(Verdict verdict) {
     switch (verdict) {
         case Verdict::Pass:
+        case Verdict::Warning:
             return Outcome::Pass;
         case Verdict::KnownFailure:
             return Outcome::KnownFailure;
@@ -35,10 +38,25 @@ bool IsConsequence(const result::CheckResult& check) {
     return check.id == "requests.answered" || check.id == "export.done";
 }
 
-/// @return the first check that has the run's verdict, in words, a cause before a consequence; nothing for a
-/// pass
+/// @return the checks that warn, in words: "with a warning: CHECK: FOUND"
+std::string WarningsOf(const result::RunResult& run) {
+    std::vector<std::string> warnings;
+    for (const result::CheckResult& check : run.checks) {
+        if (check.verdict == Verdict::Warning) {
+            warnings.push_back(check.id + ": " + check.found);
+        }
+    }
+    return fmt::format("with {}: {}", warnings.size() == 1 ? "a warning" : "warnings",
+                       fmt::join(warnings, "; "));
+}
+
+/// @return the first check that has the run's verdict, in words, a cause before a consequence; for a pass
+/// only its warnings
 std::string ReasonOf(const result::RunResult& run) {
     const Verdict worst = result::WorstOf(run);
+    if (worst == Verdict::Warning) {
+        return WarningsOf(run);
+    }
     const auto isWorst = [worst](const result::CheckResult& one) { return one.verdict == worst; };
     auto check = std::find_if(run.checks.begin(), run.checks.end(),
                               [&](const auto& one) { return isWorst(one) && !IsConsequence(one); });

@@ -57,7 +57,8 @@ Rig RigOf(const RunOptions& options, std::uint32_t seed) {
     rig.hooks = options.hooks;
     rig.patience = options.patience;
     rig.linger = options.linger;
-    rig.limits = {options.patience.answer, options.maxReaction, judge::PlaceOf(options.delivery)};
+    rig.limits = {options.patience.answer, options.maxReaction, options.strict,
+                  judge::PlaceOf(options.delivery)};
     if (rig.limits.delivered) {
         rig.limits.delivered->isLive = true;
     }
@@ -126,6 +127,7 @@ CampaignRecord RecordOf(const RunOptions& options, const Rig& rig) {
     record.repeat = options.repeat;
     record.patience = options.patience;
     record.maxReaction = options.maxReaction;
+    record.isStrict = options.strict;
     record.cases = PlannedCases(options);
     return record;
 }
@@ -144,10 +146,10 @@ std::string FolderOf(const RunOptions& options) {
 
 /// Evidence in the folder of the delivered files would count as delivered.
 void CheckFolder(const std::string& folder, const RunOptions& options) {
-    if (options.delivery.folder.empty()) {
+    if (!options.delivery.folder) {
         return;
     }
-    const fs::path delivered = fs::weakly_canonical(options.delivery.folder);
+    const fs::path delivered = fs::weakly_canonical(*options.delivery.folder);
     const fs::path way = fs::weakly_canonical(folder).lexically_relative(delivered);
     if (!way.empty() && *way.begin() != "..") {
         throw std::runtime_error(

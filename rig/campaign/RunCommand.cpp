@@ -84,6 +84,7 @@ void AddPatienceOptions(CLI::App& run, RunOptions& options) {
     run.add_option("--max-reaction", options.maxReaction, "Fail when an answer took longer")
         ->transform(Between(0.0, kLongestSeconds * 1000))
         ->type_name("MS");
+    run.add_flag("--strict", options.strict, "Fail on what is legal, but what a recorder should not do");
 }
 
 void AddEvidenceOptions(CLI::App& run, RunOptions& options) {

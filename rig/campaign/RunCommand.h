@@ -28,6 +28,7 @@ struct RunOptions {
     Patience patience;
     double linger = 0;                  // seconds
     std::optional<double> maxReaction;  // milliseconds
+    bool strict = false;                // a warning fails
     std::string known;                  // list of known failures
     int repeat = 1;
     std::optional<std::uint32_t> seed;

@@ -171,7 +171,7 @@ Change ChangeOf(const std::string& before, const std::string& after) {
     if (before == after) {
         return Change::Changed;  // for another reason
     }
-    if (IsPass(after)) {
+    if (IsPass(after) || (IsFailure(before) && IsWarning(after))) {
         return Change::Better;
     }
     const bool isNewFailure = IsFailure(after) && !IsFailure(before);

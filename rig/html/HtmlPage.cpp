@@ -94,7 +94,8 @@ void AddVerdictLetter(pugi::xml_node parent, result::Verdict verdict, std::strin
 }
 
 void AddLetterLegend(pugi::xml_node parent) {
-    Add(parent, "p", "P pass, F fail, I inconclusive, N not reached, E environment, K known failure", "hint");
+    Add(parent, "p",
+        "P pass, W warning, F fail, I inconclusive, N not reached, E environment, K known failure", "hint");
 }
 
 pugi::xml_node AddTable(pugi::xml_node parent, std::string_view caption,

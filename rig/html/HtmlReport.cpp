@@ -42,6 +42,8 @@ std::string Headline(const result::Result& result) {
     switch (worst) {
         case result::Verdict::Pass:
             return fmt::format("The DVR passed: {}", share);
+        case result::Verdict::Warning:
+            return fmt::format("The DVR passed, with warnings: {}", share);
         case result::Verdict::KnownFailure:
             return fmt::format("The DVR failed only in known ways: {}", share);
         case result::Verdict::NotReached:

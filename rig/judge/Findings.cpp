@@ -41,6 +41,10 @@ Finding Fail(const std::string& expected, const std::string& found, const Tally&
     return {Verdict::Fail, expected, found, proof.Lines()};
 }
 
+Finding Warn(const std::string& expected, const std::string& found, const Tally& proof) {
+    return {Verdict::Warning, expected, found, proof.Lines()};
+}
+
 Finding Inconclusive(const std::string& expected, const std::string& reason, const Tally& proof) {
     return {Verdict::Inconclusive, expected, reason, proof.Lines()};
 }
@@ -75,7 +79,7 @@ Finding NoneOf(std::initializer_list<Bad> bad, bool reached, const std::string& 
                const std::string& notReached) {
     for (const Bad& one : bad) {
         if (one.tally.Any()) {
-            return Fail(expected, Words(one.found, one.tally), one.tally);
+            return {one.verdict, expected, Words(one.found, one.tally), one.tally.Lines()};
         }
     }
     return reached ? Pass(expected, "nothing else") : NotReached(expected, notReached);

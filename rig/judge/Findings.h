@@ -20,6 +20,7 @@ bool With(const Run& run) {
 // What a check finds; the proof is the log lines that reports show.
 Finding Pass(const std::string& expected, const std::string& found, const Tally& proof = {});
 Finding Fail(const std::string& expected, const std::string& found, const Tally& proof);
+Finding Warn(const std::string& expected, const std::string& found, const Tally& proof);
 Finding Inconclusive(const std::string& expected, const std::string& reason, const Tally& proof = {});
 Finding NotReached(const std::string& expected, const std::string& found);
 
@@ -36,12 +37,14 @@ Finding NotInjected(const Run& run, const std::string& otherwise);
 struct Bad {
     const Tally& tally;
     const char* found;
+    result::Verdict verdict = result::Verdict::Fail;
 };
 
 /// @return what was found, with note and count of the tally in parentheses
 std::string Words(const std::string& found, const Tally& tally);
 
-/// Fails with the first of the bad things that happened; passes if none did and it was reached at all.
+/// Gives the verdict on the first of the bad things that happened; passes if none did and it was reached at
+/// all.
 Finding NoneOf(std::initializer_list<Bad> bad, bool reached, const std::string& expected,
                const std::string& notReached);
 

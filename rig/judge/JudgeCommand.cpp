@@ -32,7 +32,8 @@ constexpr int kNoLog = 66;
 constexpr const char* kEraseLine = "\r\33[K";
 
 constexpr const char* kJudgeStatuses =
-    "Exit status: 0 every check passed; 1 a check failed; 2 the log cannot tell; 3 the harness or the rig "
+    "Exit status: 0 every check passed, or only warns; 1 a check failed; 2 the log cannot tell; 3 the "
+    "harness or the rig "
     "failed;\n64 usage, or a report that cannot be written; 66 a log that cannot be read, or is not the "
     "harness's.";
 
@@ -91,7 +92,7 @@ class LogsJudged {
 
     void Run() {
         const bool wantsSteps = options_.timeline || !options_.json.empty() || !options_.html.empty();
-        Limits limits{options_.patience, options_.maxReaction, PlaceOf(options_.delivery)};
+        Limits limits{options_.patience, options_.maxReaction, options_.strict, PlaceOf(options_.delivery)};
         if (limits.delivered) {
             limits.delivered->progress = ShownProgress();
         }
@@ -210,6 +211,7 @@ void AddJudgeCommand(CLI::App& app, int& status) {
     judge->add_option("--max-reaction", options->maxReaction, "Fail when an answer took longer")
         ->transform(Between(0.0, kLongestSeconds * 1000))
         ->type_name("MS");
+    judge->add_flag("--strict", options->strict, "Fail on what is legal, but what a recorder should not do");
     judge
         ->add_option("--known", options->known,
                      "Known failures: on each line a check, a blank, and what a report says was found")

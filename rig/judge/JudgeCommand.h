@@ -20,6 +20,7 @@ struct JudgeOptions {
     bool messages = false;              // print what both sides sent, and judge nothing
     double patience = 3;                // seconds
     std::optional<double> maxReaction;  // milliseconds
+    bool strict = false;                // a warning fails
     std::string known;                  // list of known failures; empty if not given
     std::string json;                   // files; empty if not given
     std::string junit;

@@ -88,7 +88,7 @@ void KnownTally::Add(const result::RunResult& run) {
     for (const CheckResult& check : run.checks) {
         if (check.verdict == Verdict::Pass) {
             passed_.insert(check.id);
-        } else if (check.verdict == Verdict::KnownFailure) {
+        } else if (check.verdict == Verdict::KnownFailure || check.verdict == Verdict::Warning) {
             shown_.insert(check.id);
         }
     }

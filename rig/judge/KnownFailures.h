@@ -23,7 +23,8 @@ KnownFailures ReadKnownFailures(const std::string& path);
 void Apply(const KnownFailures& known, result::RunResult& run);
 
 /// Which known failures show in some run, and which checks pass: an intermittent fault may not show in every
-/// run, but if some run passes and none shows it, the list must be fixed.
+/// run, but if some run passes and none shows it, the list must be fixed. A warning shows: the list may name
+/// it for those who are strict.
 class KnownTally {
  public:
     /// Takes a run as Apply left it.

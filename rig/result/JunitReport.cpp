@@ -24,19 +24,30 @@ const char* ElementOf(Verdict verdict) {
     }
 }
 
-void AddOutcome(pugi::xml_node test, const CheckResult& check) {
-    pugi::xml_node outcome = test.append_child(ElementOf(check.verdict));
-    Set(outcome, "message",
-        fmt::format("{}: expected {}, found {}", NameOf(check.verdict), check.expected, check.found));
-    if (outcome.name() == std::string("skipped")) {
-        return;
-    }
-    Set(outcome, "type", NameOf(check.verdict));
+bool Passes(const CheckResult& check) {
+    return check.verdict == Verdict::Pass || check.verdict == Verdict::Warning;
+}
+
+std::string Words(const CheckResult& check) {
+    return fmt::format("{}: expected {}, found {}", NameOf(check.verdict), check.expected, check.found);
+}
+
+std::string LinesOf(const CheckResult& check) {
     std::string lines;
     for (const Evidence& line : check.evidence) {
         lines += line.Words() + "\n";
     }
-    AddText(outcome, lines);
+    return lines;
+}
+
+void AddOutcome(pugi::xml_node test, const CheckResult& check) {
+    pugi::xml_node outcome = test.append_child(ElementOf(check.verdict));
+    Set(outcome, "message", Words(check));
+    if (outcome.name() == std::string("skipped")) {
+        return;
+    }
+    Set(outcome, "type", NameOf(check.verdict));
+    AddText(outcome, LinesOf(check));
 }
 
 void AddCase(pugi::xml_node suite, const CheckResult& check) {
@@ -44,7 +55,7 @@ void AddCase(pugi::xml_node suite, const CheckResult& check) {
     Set(test, "name", check.id);
     Set(test, "classname", "velloran." + check.id.substr(0, check.id.find('.')));
     Set(test, "time", "0.000");
-    if (check.verdict != Verdict::Pass) {
+    if (!Passes(check)) {
         AddOutcome(test, check);
     }
 }
@@ -59,13 +70,26 @@ void AddCounts(pugi::xml_node suite, const RunResult& run) {
     const auto count = [&run](const std::string& element) {
         return std::to_string(
             std::count_if(run.checks.begin(), run.checks.end(), [&element](const CheckResult& check) {
-                return check.verdict != Verdict::Pass && ElementOf(check.verdict) == element;
+                return !Passes(check) && ElementOf(check.verdict) == element;
             }));
     };
     Set(suite, "tests", std::to_string(run.checks.size()));
     Set(suite, "failures", count("failure"));
     Set(suite, "errors", count("error"));
     Set(suite, "skipped", count("skipped"));
+}
+
+/// A case that passes may have no output of its own in every schema: a warning goes into the suite's.
+void AddWarnings(pugi::xml_node output, const RunResult& run) {
+    std::string text;
+    for (const CheckResult& check : run.checks) {
+        if (check.verdict == Verdict::Warning) {
+            text += check.id + ": " + Words(check) + "\n" + LinesOf(check);
+        }
+    }
+    if (!text.empty()) {
+        AddText(output, text);
+    }
 }
 
 /// The widely used schemas differ in what they require: this satisfies all of them.
@@ -85,7 +109,7 @@ void AddSuite(pugi::xml_node suites, const RunResult& run, std::size_t number) {
     for (const CheckResult& check : run.checks) {
         AddCase(suite, check);
     }
-    suite.append_child("system-out");
+    AddWarnings(suite.append_child("system-out"), run);
     suite.append_child("system-err");
 }
 

@@ -16,6 +16,8 @@ const char* NameOf(Verdict verdict) {
     switch (verdict) {
         case Verdict::Pass:
             return "PASS";
+        case Verdict::Warning:
+            return "WARNING";
         case Verdict::KnownFailure:
             return "KNOWN FAILURE";
         case Verdict::NotReached:
@@ -55,6 +57,7 @@ Verdict WorstOf(const Result& result) {
 int ExitStatusOf(Verdict verdict) {
     switch (verdict) {
         case Verdict::Pass:
+        case Verdict::Warning:
         case Verdict::KnownFailure:
             return 0;
         case Verdict::NotReached:

@@ -10,6 +10,7 @@ namespace rig::result {
 /// What is known about one thing that is required of the DVR.
 enum class Verdict {
     Pass,
+    Warning,       // legal, but a recorder should not
     KnownFailure,  // failed exactly as the list of known failures says
     NotReached,    // the dialogue ended before it came to this
     Inconclusive,  // the log cannot tell; the finding says why
@@ -90,8 +91,8 @@ Verdict WorstOf(const RunResult& run);
 /// @return the verdict that decides for all runs
 Verdict WorstOf(const Result& result);
 
-/// @return the exit status that says the verdict: 0 pass, 1 fail, 2 inconclusive or not reached, 3
-/// environment
+/// @return the exit status that says the verdict: 0 pass, warning or known failure, 1 fail, 2 inconclusive or
+/// not reached, 3 environment
 int ExitStatusOf(Verdict verdict);
 
 /// @return the seconds between two times in microseconds, "0.255"; nothing if one is not known

@@ -23,9 +23,9 @@ std::string TapReport(const Result& result) {
     for (const RunResult& run : result.runs) {
         for (const CheckResult& check : run.checks) {
             const bool isKnown = check.verdict == Verdict::KnownFailure;
-            fmt::format_to(std::back_inserter(tests), "{} {} - {} {}{}\n",
-                           check.verdict == Verdict::Pass ? "ok" : "not ok", ++number, Plain(run.name),
-                           check.id, isKnown ? " # TODO known failure" : "");
+            const bool isOk = check.verdict == Verdict::Pass || check.verdict == Verdict::Warning;
+            fmt::format_to(std::back_inserter(tests), "{} {} - {} {}{}\n", isOk ? "ok" : "not ok", ++number,
+                           Plain(run.name), check.id, isKnown ? " # TODO known failure" : "");
             if (check.verdict != Verdict::Pass) {
                 fmt::format_to(std::back_inserter(tests), "# {}: expected {}, found {}\n",
                                NameOf(check.verdict), Plain(check.expected), Plain(check.found));

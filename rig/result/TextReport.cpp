@@ -150,17 +150,20 @@ void RunPrinter::End() {
         PrintMatrix(first, std::min(first + kRunsAcross, rows_.size()));
     }
     if (rows_.size() > 1) {
-        out_ << ". pass, F fail, I inconclusive, N not reached, E environment, K known failure\n\n";
+        out_
+            << ". pass, W warning, F fail, I inconclusive, N not reached, E environment, K known failure\n\n";
     }
     std::size_t checks = 0;
     for (const auto& [verdict, count] : counts_) {
         checks += count;
     }
     out_ << fmt::format(
-        "{}: {}, {}, {} passed, {} failed, {} inconclusive, {} not reached, {} environment, {} known\n",
+        "{}: {}, {}, {} passed, {} failed, {} inconclusive, {} not reached, {} environment, {} known",
         Shown(worst_, 0, colour_), Counted(rows_.size(), "run"), Counted(checks, "check"),
         counts_[Verdict::Pass], counts_[Verdict::Fail], counts_[Verdict::Inconclusive],
         counts_[Verdict::NotReached], counts_[Verdict::Environment], counts_[Verdict::KnownFailure]);
+    const std::size_t warnings = counts_[Verdict::Warning];
+    out_ << (warnings == 0 ? "" : ", " + Counted(warnings, "warning")) << "\n";
 }
 
 std::string TextReport(const Result& result, bool colour) {

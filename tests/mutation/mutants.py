@@ -15,7 +15,7 @@ TOKEN = re.compile(
       | (?P<char>'(?:\\.|[^'\\\n])+')
       | (?P<number>\b(?:0[xX][0-9a-fA-F]+|\d+)\b)
       | (?P<word>[A-Za-z_]\w*)
-      | (?P<sign><<=|>>=|->|\+\+|--|<<|>>|<=|>=|==|!=|\+=|-=|\|=|&=|::|[-+*/%&|^~!=<>?:;,.(){}\[\]\\])
+      | (?P<sign><<=|>>=|->|&&|\|\||\+\+|--|<<|>>|<=|>=|==|!=|\+=|-=|\|=|&=|::|[-+*/%&|^~!=<>?:;,.(){}\[\]\\])
     """,
     re.VERBOSE | re.MULTILINE | re.DOTALL,
 )
@@ -23,12 +23,13 @@ TOKEN = re.compile(
 COMPARISONS = {
     "==": ["not_eq"],
     "not_eq": ["=="],
+    "!=": ["=="],
     "<": ["<=", ">="],
     "<=": ["<", ">"],
     ">": [">=", "<="],
     ">=": [">", "<"],
 }
-SIGNS = {"+": "-", "-": "+", "*": "+", "/": "*", "&": "|", "|": "&", "+=": "-=", "-=": "+=", "|=": "&="}
+SIGNS = {"+": "-", "-": "+", "*": "+", "/": "*", "&": "|", "|": "&", "+=": "-=", "-=": "+=", "|=": "&=", "&&": "||", "||": "&&"}
 STEPS = {"++": "--", "--": "++"}
 WORDS = {
     "and": "or",
@@ -159,7 +160,7 @@ class Finder:
             self.replace("arithmetic", token, {"<<": ">>", ">>": "<<", ">>=": "<<="}[token.text])
         elif token.text in STEPS:
             self.replace("arithmetic", token, STEPS[token.text])
-        elif token.text == "not":
+        elif token.text in ("not", "!"):
             self.replace("condition", token, "")
         elif token.kind == "word" and token.text in WORDS:
             self.replace("word", token, WORDS[token.text])

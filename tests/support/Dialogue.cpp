@@ -1,7 +1,5 @@
 #include "tests/support/Dialogue.h"
 
-#include <csignal>
-
 void Dialogue::Connect(const std::vector<std::string>& switches, const Launch& launch) {
     harness.emplace(switches, launch);
     harness->Listens();
@@ -27,15 +25,6 @@ void Dialogue::Ends(Here here) {
 void Dialogue::Dies(const std::string& function, const std::string& expression, Here here) {
     harness->FailsAssertion(function, expression, here);
     dvr->ReceivesEnd(here);
-}
-
-void Dialogue::DiesOfAMissingName(Here here) {
-    harness->EndsBySignal(SIGABRT, here);
-    dvr->ReceivesEnd(here);
-    EXPECT_EQ(
-        "terminate called after throwing an instance of 'std::logic_error'\n"
-        "  what():  basic_string::_M_construct null not valid\n",
-        harness->StandardError());
 }
 
 void Dialect10::ExportsE1(Here here) {
@@ -140,9 +129,4 @@ void Dialect20::Acknowledges(const std::string& reid, Here here) {
 void Dialect20::ReceivesDone(const std::string& done, Here here) {
     harness->Logs(16, "Sending DONE", here);
     dvr->Receives(done, here);
-}
-
-void Dialect20::Refuses(const std::string& reid, Here here) {
-    dvr->Sends(InvalidEvent(reid), here);
-    harness->Logs(16, "INVALID_EVENT 'reid' attribute = '" + reid + "'", here);
 }

@@ -11,9 +11,6 @@
 #include "tests/support/ScriptedDvr.h"
 #include "tests/support/World.h"
 
-/// While it exists, the DVR's transfers must fail.
-inline constexpr const char* kFailureMarker = "/mnt/hd/velloranFail";
-
 /// The signature that an assertion in `main` prints.
 inline constexpr const char* kMain = "int main(int, char**)";
 
@@ -40,9 +37,6 @@ class Dialogue : public SystemTest {
 
     /// The process aborts at a failed assertion, having sent nothing more.
     void Dies(const std::string& function, const std::string& expression, Here here = Here::current());
-
-    /// The process ends by an uncaught exception, for a file without a name.
-    void DiesOfAMissingName(Here here = Here::current());
 
     std::optional<Harness> harness;
     std::optional<ScriptedDvr> dvr;
@@ -108,7 +102,4 @@ class Dialect20 : public Dialogue {
 
     /// What follows the last event: DONE, with further attributes if given.
     void ReceivesDone(const std::string& done = v2::kDone, Here here = Here::current());
-
-    /// INVALID_EVENT that names what the harness expects.
-    void Refuses(const std::string& reid, Here here = Here::current());
 };

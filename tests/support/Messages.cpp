@@ -120,19 +120,9 @@ std::string NextEvent(const std::string& reid) {
     return "<msg req=\"NEXT_EVENT\" reid=\"" + reid + "\" protocolVersion=\"2.0\" />";
 }
 
-namespace {
-std::string FileRequest(const std::string& reid, const std::string& file, const std::string& rehash) {
-    return "<msg req=\"GET_FILE\" reid=\"" + reid + "\" path=\"" + reid + "\" file=\"" + file +
-           "\" protocolVersion=\"2.0\"" + rehash + " />";
-}
-}  // namespace
-
 std::string GetFile(const std::string& reid, const std::string& file) {
-    return FileRequest(reid, file, "");
-}
-
-std::string GetFileRehashed(const std::string& reid, const std::string& file) {
-    return FileRequest(reid, file, " rehash=\"true\"");
+    return "<msg req=\"GET_FILE\" reid=\"" + reid + "\" path=\"" + reid + "\" file=\"" + file +
+           "\" protocolVersion=\"2.0\" />";
 }
 
 std::string EventXferComplete(const std::string& reid) {

@@ -52,6 +52,5 @@ extern const char* const kUpdateConfiguration;
 extern const char* const kDone;
 std::string NextEvent(const std::string& reid);
 std::string GetFile(const std::string& reid, const std::string& file);
-std::string GetFileRehashed(const std::string& reid, const std::string& file);
 std::string EventXferComplete(const std::string& reid);
 }  // namespace v2

@@ -181,10 +181,6 @@ bool ScriptedDvr::HasSomethingToRead() const {
     return poll(&readable, 1, 0) not_eq 0;
 }
 
-void ScriptedDvr::EndsSending() {
-    shutdown(fd_, SHUT_WR);
-}
-
 void ScriptedDvr::HangsUp() {
     if (fd_ not_eq -1) {
         close(fd_);

@@ -54,9 +54,6 @@ class ScriptedDvr {
     /// Whether bytes or the end have arrived.
     bool HasSomethingToRead() const;
 
-    /// Sends no more, but still receives.
-    void EndsSending();
-
     /// Closes the connection in the normal way.
     void HangsUp();
 

@@ -17,7 +17,7 @@ constexpr const char* kDelivered = "/mnt/delivered";
 struct Judged {
     std::string verdict;
     /// What was found by each check that did not pass, by "ID" where it failed, "ID?" where it is open, and
-    /// "ID!" otherwise.
+    /// "ID!" otherwise, as where it warns.
     std::map<std::string, std::string> found;
     std::set<std::string> passed;  // the other checks
 };

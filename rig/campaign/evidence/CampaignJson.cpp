@@ -116,6 +116,7 @@ Json OptionsOf(const CampaignRecord& campaign) {
     return {{"repeat", campaign.repeat},
             {"patience", campaign.patience.answer},
             {"maxReaction", Optional(campaign.maxReaction)},
+            {"strict", campaign.isStrict},
             {"connectTimeout", campaign.patience.connect},
             {"idleTimeout", campaign.patience.idle},
             {"caseTimeout", campaign.patience.whole}};

@@ -28,8 +28,8 @@ bool Passed(const result::RunResult& run, const std::string& id) {
 }
 
 bool IsDecided(const result::CheckResult& check) {
-    return check.verdict == Verdict::Pass || check.verdict == Verdict::Fail ||
-           check.verdict == Verdict::KnownFailure;
+    return check.verdict == Verdict::Pass || check.verdict == Verdict::Warning ||
+           check.verdict == Verdict::Fail || check.verdict == Verdict::KnownFailure;
 }
 
 template <typename List, typename IsReached>

@@ -85,6 +85,7 @@ struct CampaignRecord {
     int repeat = 1;
     Patience patience;
     std::optional<double> maxReaction;
+    bool isStrict = false;
     std::int64_t begin = 0;
     std::optional<std::int64_t> end;
     std::vector<CaseRecord> cases;  // all planned ones, in order

@@ -12,6 +12,24 @@ bool IsAskedFor(const Check& check, const Run& run, const Limits& limits) {
            (check.needs != Needs::Delivered || run.delivery != nullptr);
 }
 
+bool IsHeldAgainst(const Finding& finding) {
+    return finding.verdict == result::Verdict::Fail || finding.verdict == result::Verdict::Warning;
+}
+
+/// @return the verdict of one check, as far as the log is whole and the user is strict
+Finding Judged(const Check& check, const Run& run, const Limits& limits) {
+    Finding finding = check.judge(run, limits);
+    if (check.needs == Needs::WholeLog && IsHeldAgainst(finding) && IsIncomplete(run)) {
+        finding.verdict = result::Verdict::Inconclusive;
+        finding.found = "the log does not hold all of the run; as far as it goes, " + finding.found;
+    }
+    if (finding.verdict == result::Verdict::Warning && limits.isStrict) {
+        finding.verdict = result::Verdict::Fail;
+        finding.expected += " (else a warning, which --strict makes a failure)";
+    }
+    return finding;
+}
+
 }  // namespace
 
 const std::vector<Check>& AllChecks() {
@@ -41,11 +59,7 @@ std::vector<result::CheckResult> JudgeRun(const Run& run, const Limits& limits) 
         if (!IsAskedFor(check, run, limits) || !check.applies(run)) {
             continue;
         }
-        Finding finding = check.judge(run, limits);
-        if (check.needs == Needs::WholeLog && finding.verdict == result::Verdict::Fail && IsIncomplete(run)) {
-            finding.verdict = result::Verdict::Inconclusive;
-            finding.found = "the log does not hold all of the run; as far as it goes, " + finding.found;
-        }
+        Finding finding = Judged(check, run, limits);
         results.push_back({check.id, check.requirement, finding.verdict, std::move(finding.expected),
                            std::move(finding.found), std::move(finding.evidence)});
     }

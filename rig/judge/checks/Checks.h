@@ -15,6 +15,7 @@ namespace rig::judge {
 struct Limits {
     double patience = 3;  // seconds after which a request without an answer counts as unanswered
     std::optional<double> maxReaction;                      // milliseconds
+    bool isStrict = false;                                  // a warning fails, too
     std::optional<DeliveryPlace> delivered = std::nullopt;  // where to look for the files
 };
 

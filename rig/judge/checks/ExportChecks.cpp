@@ -65,13 +65,19 @@ Finding Description(const Run& run, const Limits& /*limits*/) {
 }
 
 Finding DescriptionFiles(const Run& run, const Limits& /*limits*/) {
+    const std::string expected = "at least one file for each event";
+    if (run.switches.protocol == 1 && run.noFiles.Any() && run.files > 0) {
+        return Warn(expected,
+                    Words("a description without files, which 1.0 allows: nothing of that event is exported",
+                          run.noFiles),
+                    run.noFiles);
+    }
     const Tally none;
     const bool isWrong = run.Saw(log::Sign::EventReidWrong) || run.Saw(log::Sign::NoDescription) ||
                          run.Saw(log::Sign::EmptyDescription) || run.noEvent.Any();
     return NoneOf({{isWrong ? none : run.Of(log::Sign::EventWithoutFiles), "a description without files"},
                    {run.noFiles, "a description without files"}},
-                  run.Received("EVENT") + run.Received("XML") > 0, "at least one file for each event",
-                  "no description");
+                  run.Received("EVENT") + run.Received("XML") > 0, expected, "no description");
 }
 
 Finding FileAttributes(const Run& run, const Limits& /*limits*/) {
@@ -141,7 +147,7 @@ const std::vector<Check>& ExportChecks() {
          "data\", \"Escaped XML for event contains no REID\", \"Found event with no REID\", "
          "\"Handle_EVENT_msg: 'reid' in escaped XML incorrect: \", the description itself",
          IsExport, Description},
-        {"event.files", "An event has files.",
+        {"event.files", "An event has files; in 1.0 one without is a warning if others have.",
          "\"Got EVENT message with no files to receive\", the description itself", IsExport,
          DescriptionFiles},
         {"file-complete.attributes", "FILE_COMPLETE names event and file.",

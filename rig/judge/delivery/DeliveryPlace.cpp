@@ -70,13 +70,13 @@ std::optional<std::string> DeliveryPlace::PathOf(const FileName& name) const {
 }
 
 std::optional<DeliveryPlace> PlaceOf(const DeliveryOptions& options) {
-    if (options.folder.empty()) {
+    if (!options.folder) {
         return std::nullopt;
     }
     CheckPattern(options.pattern);
-    CheckFolder(options.folder);
+    CheckFolder(*options.folder);
     DeliveryPlace place;
-    place.folder = options.folder;
+    place.folder = *options.folder;
     place.pattern = options.pattern;
     place.hash = HashKindNamed(options.hash);
     return place;

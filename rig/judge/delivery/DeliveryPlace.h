@@ -27,7 +27,7 @@ struct DeliveryPlace {
 
 /// What the command line says of it.
 struct DeliveryOptions {
-    std::string folder;  // empty if not given
+    std::optional<std::string> folder;
     std::string hash = "auto";
     std::string pattern = "{event}/{file}";
 };

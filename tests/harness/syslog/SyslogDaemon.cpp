@@ -99,7 +99,10 @@ SyslogDaemon::SyslogDaemon(const Kind& kind) : kind_(kind) {
 }
 
 SyslogDaemon::~SyslogDaemon() {
-    IsKilled();
+    if (pid_ not_eq -1) {
+        kill(pid_, SIGKILL);
+        waitpid(pid_, nullptr, 0);
+    }
     umount2("/var/log", MNT_DETACH);
     umount2("/run", MNT_DETACH);
 }
@@ -124,26 +127,6 @@ void SyslogDaemon::Starts(Here here) {
         FailAt(here, kind_.command[0] + " does not listen at /dev/log");
     }
     HasCaughtUp(here);
-}
-
-void SyslogDaemon::IsKilled() {
-    if (pid_ not_eq -1) {
-        kill(pid_, SIGKILL);
-        waitpid(pid_, nullptr, 0);
-        pid_ = -1;
-    }
-}
-
-void SyslogDaemon::IsStopped(Here here) {
-    kill(pid_, SIGSTOP);
-    int status = 0;
-    if (waitpid(pid_, &status, WUNTRACED) not_eq pid_ or not WIFSTOPPED(status)) {
-        FailAt(here, kind_.command[0] + " has not stopped");
-    }
-}
-
-void SyslogDaemon::GoesOn() {
-    kill(pid_, SIGCONT);
 }
 
 /// Sends a line of another facility after all the others; when it has been written, so have they.

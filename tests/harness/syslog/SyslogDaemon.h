@@ -27,17 +27,8 @@ class SyslogDaemon {
     SyslogDaemon(const SyslogDaemon&) = delete;
     SyslogDaemon& operator=(const SyslogDaemon&) = delete;
 
-    /// Runs it, or restarts it after IsKilled, and waits until it takes what comes to /dev/log.
+    /// Runs it, and waits until it takes what comes to /dev/log.
     void Starts(Here here = Here::current());
-
-    /// Kills it without warning. Its socket's name stays, but nobody serves it.
-    void IsKilled();
-
-    /// Suspends it: it takes nothing any more, and its socket fills up.
-    void IsStopped(Here here = Here::current());
-
-    /// Lets it go on.
-    void GoesOn();
 
     /// It has written everything that had come to /dev/log before.
     void HasCaughtUp(Here here = Here::current());

@@ -66,25 +66,6 @@ TEST_F(ConnectionLoop, ClosesTheConnectionOneSecondAfterDone) {
     harness->StopsOnInterrupt();
 }
 
-TEST_F(ConnectionLoop, EndsWhenASecondClientKnocksWhileTheFirstIsSilent) {
-    Connect();
-    ScriptedDvr second;
-    Dies(kMain, kClientReadable);
-    second.ReceivesEnd();
-}
-
-TEST_F(ConnectionLoop, EndsWhenASecondClientKnocksWhileTheFirstSpeaks) {
-    Connect();
-    // Both are ready at the same wait: the harness is still reading the first message when they connect and
-    // speak.
-    const std::string first = Frame(Ok());
-    dvr->SendsAndSeesRead(first.substr(0, 5));
-    ScriptedDvr second;
-    dvr->SendsBytes(first.substr(5) + Frame(Ok()));
-    harness->Logs(1, "got an OK, sending GET_XML");
-    harness->FailsAssertion(kMain, kLoopWait);
-}
-
 TEST_F(ConnectionLoop, EndsAtUrgentDataAlone) {
     Connect();
     dvr->SendsUrgentByte();

@@ -8,13 +8,6 @@ namespace {
 
 using Interrupt = Dialect10;
 
-TEST_F(Interrupt, StopsItBeforeAnyClient) {
-    Harness running;
-    running.Listens();
-    running.StopsOnInterrupt();
-    EXPECT_EQ("", running.StandardError());
-}
-
 TEST_F(Interrupt, StopsItAlsoWhereTheShellIgnoresIt) {
     Launch inBackground;
     inBackground.interruptIgnored = true;
@@ -37,35 +30,6 @@ TEST_F(Interrupt, ShutsBothSocketsDown) {
     EXPECT_FALSE(sockets::IsListening(5001));
     close(client);
     close(server);
-}
-
-TEST_F(Interrupt, StopsItInTheMiddleOfAMessage) {
-    Connect();
-    dvr->SendsAndSeesRead(Prefix(100) + "half of a mess");
-    Ends();
-}
-
-TEST_F(Interrupt, StopsItDuringThePauseBeforeClosing) {
-    Connect();
-    ExportsE1();
-    ReportsDone({"E1"});
-    Ends();
-}
-
-TEST_F(Interrupt, StopsItWhileItWaitsForTheNextClient) {
-    Connect();
-    ExportsE1();
-    IsDone({"E1"});
-    harness->StopsOnInterrupt();
-}
-
-TEST_F(Interrupt, StopsItOnALaterConnection) {
-    Connect();
-    ExportsE1();
-    IsDone({"E1"});
-    Reconnect();
-    Opens();
-    Ends();
 }
 
 }  // namespace

@@ -4,13 +4,13 @@
 #include <csignal>
 #include <fstream>
 
-#include "tests/support/LastFile.h"
+#include "tests/support/Dialogue.h"
 
 namespace {
 
 /// What happens while the harness waits for the shell command that sets the failure marker. The command is
 /// replaced by one that waits at a gate.
-class ShellCommand : public FaultsOfTheLastFile {
+class ShellCommand : public Dialect20 {
  protected:
     void SetUp() override {
         ASSERT_EQ(0, mkdir("/mnt/commands", 0755));
@@ -20,7 +20,9 @@ class ShellCommand : public FaultsOfTheLastFile {
         ASSERT_EQ(0, chmod("/mnt/commands/touch", 0755));
         Launch launch;
         launch.commandFolder = "/mnt/commands";
-        ReachLastFile({"-t"}, launch);
+        Start({"-t"}, launch);
+        ReachesFirstFile("EVENT1", {"meta.xml", "video1"});
+        Completes("EVENT1", "meta.xml", 1);
         harness->Logs(32, "processing 'transportException' option");
         ASSERT_TRUE(Until([] { return FileExists("/mnt/started"); }));
         EXPECT_FALSE(dvr->HasSomethingToRead()) << "requested before the marker is set";

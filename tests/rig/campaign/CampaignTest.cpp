@@ -64,6 +64,23 @@ TEST_F(CampaignTest, FindsWhatADvrDoesWrong) {
     EXPECT_FALSE(one["suspect"]);
 }
 
+TEST_F(CampaignTest, PassesWithAWarningUnlessItIsStrict) {
+    std::filesystem::copy("/mnt/recordings/E1", "/mnt/recordings/E2");
+    const std::string dvr = Dvr("--defect description-without-video");
+    Json one = RunCase("clean-1.0", {"--dvr", dvr});
+    EXPECT_EQ(result_.status, 0) << result_.output;
+    EXPECT_EQ(one["outcome"], "PASS");
+    EXPECT_EQ(one["verdict"], "WARNING");
+    ExpectHolds(one["reason"], "with a warning: event.files: ");
+    ExpectHolds(result_.output, one["reason"]);
+    ExpectHolds(EvidenceText("index.html"), "class=\"letter verdict warning\"");
+    out_ = "/mnt/strict";
+    one = RunCase("clean-1.0", {"--dvr", dvr, "--strict"});
+    EXPECT_EQ(result_.status, 1) << result_.output;
+    EXPECT_EQ(one["outcome"], "FAIL");
+    EXPECT_TRUE(Evidence()["options"]["strict"]);
+}
+
 TEST_F(CampaignTest, DoesNotBlameTheRestWhenTheCleanExportFails) {
     const ProgramResult result =
         RunCampaign({"--cases", "config-2.0", "--dvr", Dvr("--defect missing-source")});

@@ -109,6 +109,14 @@ TEST(Cases, KnowTheirSwitches) {
     }
 }
 
+TEST(RunCommand, ListsItsCases) {
+    RunOptions options;
+    options.listCases = true;
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(RunCampaign(options), 0);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), ListCases());
+}
+
 TEST(RunCommand, SaysThatItsListWasLost) {
     RunOptions options;
     options.listCases = true;

@@ -62,11 +62,13 @@ TEST(Coverage, NamesTheCasesOfSwitchesAndRules) {
     result::RunResult run;
     run.checks = {{"xfer.fired", "", Verdict::Pass, "", "", {}},
                   {"xfer.answer", "", Verdict::Fail, "", "", {}},
+                  {"event.files", "", Verdict::Warning, "", "", {}},
                   {"export.done", "", Verdict::NotReached, "", "", {}}};
     coverage.Add({"x", 2, "-p 2 -x", ""}, run, {});
     const auto unreached = coverage.Unreached();
     EXPECT_FALSE(Holds(unreached, "switch -x"));
     EXPECT_FALSE(Holds(unreached, "rule xfer.answer"));
+    EXPECT_FALSE(Holds(unreached, "rule event.files")) << "a warning is a verdict";
     EXPECT_TRUE(Holds(unreached, "rule export.done")) << "what was not reached proves nothing";
     EXPECT_TRUE(Holds(unreached, "switch -e"));
     EXPECT_FALSE(Holds(unreached, "rule reaction.time")) << "no limit was given";

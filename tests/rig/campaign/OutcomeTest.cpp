@@ -45,6 +45,17 @@ TEST(Outcome, IsTheJudgesWhereARunCameToItsEnd) {
     EXPECT_EQ(Decide(Stopped(Verdict::Fail)).reason, "x.answer: found it");
 }
 
+TEST(Outcome, OfWarningsIsAPassThatNamesThem) {
+    CaseFacts facts = Stopped(Verdict::Warning);
+    EXPECT_EQ(Decide(facts).outcome, Outcome::Pass);
+    EXPECT_EQ(Decide(facts).reason, "with a warning: x.answer: found it");
+    facts.judged->checks.push_back({"y.answer", "", Verdict::Warning, "", "and that", {}});
+    EXPECT_EQ(Decide(facts).reason, "with warnings: x.answer: found it; y.answer: and that");
+    EXPECT_EQ(CheckOf(Decide(facts), facts.judged).verdict, Verdict::Pass);
+    facts.judged->checks.push_back({"z.answer", "", Verdict::Fail, "", "and worse", {}});
+    EXPECT_EQ(Decide(facts).reason, "z.answer: and worse");
+}
+
 TEST(Outcome, IsEnvironmentWhereTheHarnessDoesNotEndAsItMust) {
     CaseFacts facts = Stopped(Verdict::Pass);
     facts.harness = Ending{0, {}};

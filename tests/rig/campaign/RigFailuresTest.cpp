@@ -110,14 +110,6 @@ TEST_F(RigFailuresTest, DoNotCountWhereAnOldConnectionHoldsThePort) {
     ExpectHolds(result.output, "waiting for port 5001, which the last connection still holds");
 }
 
-TEST_F(RigFailuresTest, NameAHarnessThatDoesNotEndOnSigint) {
-    const std::string harness = "sh -c 'trap : INT; " VELLORAN_PROGRAM " \"$@\"; exit 3' sh";
-    const Json one = RunCase("config-2.0", {"--dvr", Dvr(), "--velloran", harness});
-    EXPECT_EQ(one["outcome"], "ENVIRONMENT");
-    EXPECT_EQ(one["reason"],
-              "expected the harness to end with status 44 on SIGINT, but it ended with status 3");
-}
-
 TEST_F(RigFailuresTest, EndALogWithoutBounds) {
     const Json one = RunCase("clean-1.0", {"--velloran", "sh -c 'yes \"$(printf %060000d 1)\"' sh"});
     EXPECT_EQ(one["outcome"], "ENVIRONMENT");

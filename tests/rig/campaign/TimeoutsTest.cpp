@@ -32,21 +32,4 @@ TEST_F(TimeoutsTest, EndACaseWhoseDvrFallsSilent) {
     EXPECT_GE(one["times"]["dvr"], 0.7) << "the silence is the DVR's";
 }
 
-TEST_F(TimeoutsTest, EndACaseThatTakesTooLong) {
-    const Json one = RunCase("clean-2.0", {"--dvr", Dvr(), "--case-timeout", "0.6"});
-    EXPECT_EQ(one["outcome"], "TIMEOUT");
-    ExpectHolds(one["reason"], "case time-out: the export did not end within 0.6 s; the judge says ");
-}
-
-TEST_F(TimeoutsTest, LeaveTheRestOfTheCampaign) {
-    const ProgramResult result =
-        RunCampaign({"--cases", "event-2.0", "--connect-timeout", "0.2", "--dvr", "tail -f /dev/null"});
-    EXPECT_EQ(result.status, 1);
-    const Json campaign = Evidence();
-    for (const Json& one : campaign["cases"]) {
-        EXPECT_EQ(one["outcome"], "TIMEOUT");
-    }
-    EXPECT_EQ(campaign["counts"], Json({{"TIMEOUT", 3}}));
-}
-
 }  // namespace

@@ -56,10 +56,4 @@ TEST(DiffUsage, RefusesAFolderThatIsNotACampaign) {
         "such file or directory\n");
 }
 
-TEST(DiffUsage, WantsTwoFolders) {
-    const ProgramResult result = RunRig({"diff", "/nowhere"});
-    EXPECT_EQ(result.status, 64);
-    EXPECT_EQ(result.errors, "velloran-rig diff: NOW is required (velloran-rig diff --help tells more)\n");
-}
-
 }  // namespace

@@ -31,6 +31,16 @@ TEST(Verdicts, NoLongerToPassIsWorse) {
     }
 }
 
+TEST(Verdicts, ToWarnIsWorseThanToPassAndBetterThanToFail) {
+    EXPECT_EQ(ChangeOf("PASS", "WARNING"), Change::Worse);
+    EXPECT_EQ(ChangeOf("WARNING", "PASS"), Change::Better);
+    EXPECT_EQ(ChangeOf("FAIL", "WARNING"), Change::Better);
+    EXPECT_EQ(ChangeOf("WARNING", "FAIL"), Change::Worse);
+    EXPECT_EQ(ChangeOf("INCONCLUSIVE", "WARNING"), Change::Changed);
+    ExpectOnly(CompareRuns({RunWithCheck("PASS", "fine")}, {RunWithCheck("WARNING", "not so fine")}),
+               Change::Worse, "check event-list.source", "PASS: fine", "WARNING: not so fine");
+}
+
 TEST(Verdicts, ToFailIsWorseWhereItDidNotFail) {
     for (const char* before : {"INCONCLUSIVE", "ENVIRONMENT", "NOT REACHED", "KNOWN FAILURE"}) {
         EXPECT_EQ(ChangeOf(before, "FAIL"), Change::Worse) << before;

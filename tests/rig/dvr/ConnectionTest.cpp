@@ -172,14 +172,6 @@ TEST_F(PiecesTest, EndWhenThePeerLeavesInAPause) {
     EXPECT_LT(Clock::now() - start, kLong);
 }
 
-TEST(ConnectionOpen, GivesUpWhenNobodyListens) {
-    const Endpoint endpoint("127.0.0.1", UnusedPort());
-    const std::string failure =
-        FailureOf(ExitStatus::NothingCame, [&] { Connection::Open(endpoint, kShort); });
-    EXPECT_EQ(failure, "expected the harness to listen at " + endpoint.Name() +
-                           " within 50 ms, found: Connection refused");
-}
-
 TEST(Endpoint, MustBeResolvable) {
     const std::string failure = FailureOf(ExitStatus::Unusable, [] { Endpoint("nosuch.invalid", 5001); });
     EXPECT_EQ(failure.find("--host: expected a host that can be resolved, found 'nosuch.invalid': "), 0U)

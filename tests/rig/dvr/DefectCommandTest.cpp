@@ -6,76 +6,12 @@
 #include "rig/dvr/defects/Defect.h"
 #include "rig/protocol/Catalogue.h"
 #include "tests/rig/dvr/ScriptedExport.h"
-#include "tests/rig/dvr/UsageError.h"
 #include "tests/support/TemporaryFolder.h"
 
 // --defect and what goes with it, on the command line of the built program.
 namespace {
 
 using Arguments = std::vector<std::string>;
-
-INSTANTIATE_TEST_SUITE_P(
-    Defect, UsageErrorTest,
-    testing::Values(
-        UsageCase{"OtherDialect",
-                  {"dvr", "--defect", "missing-hash"},
-                  " dvr: --defect missing-hash: expected protocol 2.0, the only one that can show it, found "
-                  "protocol 1.0"},
-        UsageCase{"OtherMessage",
-                  {"dvr", "--protocol", "2", "--defect", "missing-hash", "--on", "EVENT"},
-                  " dvr: --defect missing-hash: expected one of FILE_COMPLETE with --on, found 'EVENT'"},
-        UsageCase{"ValueWhereNoneIsTaken",
-                  {"dvr", "--defect", "double=2"},
-                  " dvr: --defect double: expected no value, found '2'"},
-        UsageCase{"ValueThatIsNotACount",
-                  {"dvr", "--defect", "garble=0"},
-                  " dvr: --defect garble: expected a number of bytes above 0, found '0'"},
-        UsageCase{"ValueThatIsNotAPlace",
-                  {"dvr", "--defect", "close=soon"},
-                  " dvr: --defect close: expected a number of bytes, 'all' or 'random', found 'soon'"},
-        UsageCase{"OccurrenceZero",
-                  {"dvr", "--defect", "close", "--on", "XML:0"},
-                  " dvr: --on: expected MESSAGE or MESSAGE:N with N above 0, found 'XML:0'"},
-        UsageCase{"OccurrenceNotANumber",
-                  {"dvr", "--defect", "close", "--on", "XML:1x"},
-                  " dvr: --on: expected MESSAGE or MESSAGE:N with N above 0, found 'XML:1x'"},
-        UsageCase{"OccurrenceOfNothing",
-                  {"dvr", "--defect", "close", "--on", ":1"},
-                  " dvr: --on: expected MESSAGE or MESSAGE:N with N above 0, found ':1'"},
-        UsageCase{"OccurrenceForgesALine",
-                  {"dvr", "--defect", "close", "--on", "XML:\n"},
-                  " dvr: --on: expected MESSAGE or MESSAGE:N with N above 0, found 'XML:\\n'"},
-        UsageCase{"UnknownEvent",
-                  {"dvr", "--defect", "close", "--at", "EVT-0004"},
-                  " dvr: --at: expected EVENT or EVENT:FILE with an event in synthetic recordings, found "
-                  "'EVT-0004'"},
-        UsageCase{"UnknownEventOfAFile",
-                  {"dvr", "--defect", "close", "--at", "EVT:a:b"},
-                  " dvr: --at: expected EVENT or EVENT:FILE with an event in synthetic recordings, found "
-                  "'EVT:a:b'"},
-        UsageCase{"MessageWithoutDefect",
-                  {"dvr", "--on", "XML", "--defect", "close"},
-                  " dvr: --on: expected a --defect before it, found none" + kMoreDvrHelp},
-        UsageCase{"PlaceWithoutDefect",
-                  {"dvr", "--at", "EVT-0001"},
-                  " dvr: --at: expected a --defect before it, found none" + kMoreDvrHelp},
-        UsageCase{"SeedNotANumber",
-                  {"dvr", "--seed", "0x1"},
-                  " dvr: --seed: expected a number from 0 to 4294967295, found '0x1'" + kMoreDvrHelp},
-        UsageCase{"SeedTooHigh",
-                  {"dvr", "--seed", "4294967296"},
-                  " dvr: --seed: expected a number from 0 to 4294967295, found '4294967296'" + kMoreDvrHelp}),
-    NameOf);
-
-TEST(DefectCommand, NamesTheChoicesForAnUnknownDefect) {
-    const ProgramResult result = RunRig({"dvr", "--defect", "nonsense"});
-    EXPECT_EQ(result.status, 64);
-    EXPECT_EQ(CountLines(result.errors), 1U) << result.errors;
-    const std::string start = "velloran-rig dvr: --defect: expected one of wrong-reid, missing-reid, ";
-    EXPECT_EQ(result.errors.substr(0, start.size()), start);
-    EXPECT_NE(result.errors.find("; found 'nonsense'\n"), std::string::npos) << result.errors;
-    EXPECT_EQ(result.output, "");
-}
 
 void ExpectListed(const std::string& option, const rig::Listing& listing) {
     const ProgramResult result = RunRig({"dvr", option});

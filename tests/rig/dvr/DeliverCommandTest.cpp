@@ -1,9 +1,6 @@
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <linux/capability.h>
-#include <sched.h>
 #include <signal.h>
-#include <sys/mount.h>
 #include <sys/prctl.h>
 #include <unistd.h>
 
@@ -53,40 +50,6 @@ class DeliverCommandTest : public testing::Test {
     TemporaryFolder folder_;
 };
 
-TEST_F(DeliverCommandTest, DeliversFilesOfAnyName) {
-    const Arguments names{" a  \"b\" & 'c' <d>", "M\xc3\xbcnchen \xe6\x9d\xb1", std::string(200, 'n'),
-                          "a]]>b", "&amp;&#65;"};
-    for (const std::string& name : names) {
-        Record(name, "m.xml", "<a/>");
-        Record(name, "front left/" + name, "content of " + name);
-    }
-    const ProgramResult result = PlayDvr20(
-        {"--recordings", From().string(), "--deliver", To().string(), "--transfer-time", "0"},
-        [&](BackendConnection& backend) {
-            backend.Read();
-            backend.Send(R"(<msg req="GET_EVENT_LIST" protocolVersion="2.0"/>)");
-            const Message list = Message::Parse(backend.Read());
-            for (const pugi::xml_node event : list.Root().child("events").children()) {
-                const std::string name = event.text().get();
-                const Message described = Message::Parse(RequestOf(backend, Request("NEXT_EVENT", name)));
-                EXPECT_EQ(described.Get("reid"), name);
-                for (const std::string& file : {std::string("m.xml"), "front left/" + name}) {
-                    const Message complete =
-                        Message::Parse(RequestOf(backend, Request("GET_FILE", name, file)));
-                    EXPECT_EQ(complete.Get("reid"), name);
-                    EXPECT_EQ(complete.Get("file"), file);
-                }
-                RequestOf(backend, Request("EVENT_XFER_COMPLETE", name));
-            }
-            backend.Send(R"(<msg req="DONE" protocolVersion="2.0"/>)");
-        });
-    EXPECT_EQ(result.status, 0) << result.errors;
-    for (const std::string& name : names) {
-        EXPECT_EQ(ContentOf(To() / name / "m.xml"), "<a/>");
-        EXPECT_EQ(ContentOf(To() / name / "front left" / name), "content of " + name);
-    }
-}
-
 TEST_F(DeliverCommandTest, RefusesToDeliverIntoTheRecordings) {
     Record("E", "a", "");
     fs::create_directory_symlink(From(), To());
@@ -112,18 +75,6 @@ TEST_F(DeliverCommandTest, DeliversNextToTheRecordings) {
                   RequestOf(backend, Request("GET_FILE", "E", "a"));
               });
     EXPECT_EQ(ContentOf(beside / "E/a"), "content");
-}
-
-TEST_F(DeliverCommandTest, RefusesAFolderThatCannotBeCreated) {
-    const std::string expected = "velloran-rig dvr: --deliver: expected a folder that can be created, found ";
-    const ProgramResult unnamed = RunRig({"dvr", "--deliver", ""});
-    EXPECT_EQ(unnamed.status, 64);
-    EXPECT_EQ(unnamed.errors, expected + "'': Invalid argument\n");
-    EXPECT_EQ(unnamed.output, "");
-    const ProgramResult file = RunRig({"dvr", "--deliver", "/dev/null"});
-    EXPECT_EQ(file.status, 64);
-    EXPECT_EQ(file.errors, expected + "'/dev/null': Not a directory\n");
-    EXPECT_EQ(file.output, "");
 }
 
 /// If this process is root, takes from the program that it becomes the right to bypass permissions.
@@ -226,48 +177,6 @@ TEST_F(DeliverCommandTest, RespectsASignalThatItWasStartedToIgnore) {
         {{}, false, [] { signal(SIGHUP, SIG_IGN); }, [&](pid_t started) { process.set_value(started); }});
     EXPECT_EQ(result.signal, 0);
     EXPECT_EQ(ContentOf(To() / "E/a").size(), 30'000U);
-}
-
-void WriteFile(const char* name, const std::string& content) {
-    const int file = open(name, O_WRONLY | O_CLOEXEC);
-    if (write(file, content.data(), content.size()) != static_cast<ssize_t>(content.size())) {
-        _exit(126);
-    }
-    close(file);
-}
-
-/// Mounts a small file system for this process alone. For that it becomes root of a namespace of its own, if
-/// the system allows it.
-void MountSmallDisk(const fs::path& folder, const std::string& size) {
-    const std::string user = std::to_string(getuid());
-    const std::string group = std::to_string(getgid());
-    if (unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) {
-        WriteFile("/proc/self/uid_map", "0 " + user + " 1");
-        WriteFile("/proc/self/setgroups", "deny");
-        WriteFile("/proc/self/gid_map", "0 " + group + " 1");
-    } else if (unshare(CLONE_NEWNS) == -1 ||
-               mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == -1) {
-        _exit(126);
-    }
-    if (mount("small", folder.c_str(), "tmpfs", 0, ("size=" + size).c_str()) == -1) {
-        _exit(126);
-    }
-}
-
-TEST_F(DeliverCommandTest, EndsWithStatus64AndOneLineWhenTheDiskIsFull) {
-    Record("E", "a", std::string(1'000'000, 'x'));
-    fs::create_directory(To());
-    const ProgramResult result = PlayDvr20({"--recordings", From().string(), "--deliver", To().string()},
-                                           [](BackendConnection& backend) {
-                                               StartEvent(backend, "E");
-                                               backend.Send(Request("GET_FILE", "E", "a").Text());
-                                               EXPECT_TRUE(backend.IsClosedByPeer());
-                                           },
-                                           {{}, false, [&] { MountSmallDisk(To(), "512k"); }, nullptr});
-    EXPECT_EQ(result.status, 64);
-    EXPECT_EQ(result.errors, "velloran-rig dvr: --deliver: expected a file that can be written, found '" +
-                                 (To() / "E/a").string() + "': No space left on device\n");
-    EXPECT_NE(result.output.find("not finished: exported 0 of 1 event, 0 files, 0 bytes"), std::string::npos);
 }
 
 }  // namespace

@@ -1,14 +1,19 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "rig/dvr/defects/Defect.h"
 #include "rig/dvr/defects/Injector.h"
 #include "rig/dvr/wire/Frame.h"
 #include "tests/rig/dvr/Failures.h"
 #include "tests/rig/dvr/FixedRecordings.h"
 
-// When a defect acts, and which ones are refused. DefectsTest shows what each does.
+// When a defect acts, which ones are refused, and how they are listed. What each does is in
+// tests/together/defects.txt.
 namespace {
 
 using rig::dvr::DefectSite;
@@ -224,6 +229,44 @@ TEST_F(InjectorTest, NamesTheMessagesThatADefectCanActOn) {
         Refused("close", {"event", 0, "", ""}, 1),
         "--defect close: expected one of OK, XML, FILE_COMPLETE, CONFIGURATION_UPDATE_ERROR with --on, found "
         "'event'");
+}
+
+TEST_F(InjectorTest, LetsADefectTakeNoMoreThanThereIs) {
+    const std::string honest = rig::dvr::EncodeFrame("<msg req=\"OK\"/>");
+    for (const auto& [defect, frame] :
+         {std::pair("short-prefix=1000000", std::string(1, '\0') + honest.substr(1)),
+          {"close=999999999", honest}}) {
+        Injector injector(recordings_, 2, 0);
+        injector.AddDefect(defect, {});
+        EXPECT_EQ(injector.Frame(injector.Prepare(Message("OK"))), frame) << defect;
+    }
+}
+
+TEST(DefectKinds, AreListedWithEverythingPeopleNeed) {
+    const std::string list = rig::AsMarkdown(rig::dvr::ListDefects());
+    EXPECT_EQ(std::count(list.begin(), list.end(), '\n'),
+              2 + static_cast<long>(rig::dvr::DefectKinds().size()));
+    const std::string head = "| defect | dialect | acts on | what the DVR does | what the harness logs |\n";
+    EXPECT_EQ(list.substr(0, head.size()), head);
+    for (const char* row :
+         {"\n|---|---|---|---|---|\n",
+          "\n| `missing-hash` | 2.0 | FILE_COMPLETE, each | leaves `hashCode` out | ",
+          "\n| `other-file` | 1.0, 2.0 | FILE_COMPLETE | completes the next file",
+          "\n| `wrong-reid[=TEXT]` | 1.0, 2.0 | FILE_COMPLETE, EVENT, ",
+          "\n| `garble[=BYTES]` | 1.0, 2.0 | any | ", "\n| `close[=BYTE]` | 1.0, 2.0 | any | "}) {
+        EXPECT_NE(list.find(row), std::string::npos) << row;
+    }
+}
+
+TEST(DefectKinds, HaveUniqueNamesAndWords) {
+    std::map<std::string, int> names;
+    for (const rig::dvr::DefectKind& kind : rig::dvr::DefectKinds()) {
+        EXPECT_EQ(++names[kind.name], 1) << kind.name;
+        EXPECT_NE(std::string(kind.does), "") << kind.name;
+        EXPECT_NE(std::string(kind.logs), "") << kind.name;
+        EXPECT_EQ((std::string(kind.does) + kind.logs).find('|'), std::string::npos)
+            << kind.name << " breaks the table";
+    }
 }
 
 }  // namespace

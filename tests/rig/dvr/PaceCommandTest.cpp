@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "tests/rig/dvr/ScriptedExport.h"
-#include "tests/rig/dvr/UsageError.h"
 #include "tests/support/TemporaryFolder.h"
 
 // --segment, --gap, --rate and the progress bar, with the built program.
@@ -16,31 +15,6 @@ using rig::dvr::Message;
 using Arguments = std::vector<std::string>;
 using Clock = std::chrono::steady_clock;
 namespace fs = std::filesystem;
-
-INSTANTIATE_TEST_SUITE_P(
-    Pace, UsageErrorTest,
-    testing::Values(
-        UsageCase{"RateZero",
-                  {"dvr", "--rate", "0"},
-                  " dvr: --rate: expected a number from 1 to 1000000000000, found '0'" + kMoreDvrHelp},
-        UsageCase{"RateNegative",
-                  {"dvr", "--rate", "-1"},
-                  " dvr: --rate: expected a number from 1 to 1000000000000, found '-1'" + kMoreDvrHelp},
-        UsageCase{"RateWithUnit",
-                  {"dvr", "--rate", "1M"},
-                  " dvr: --rate: expected a number from 1 to 1000000000000, found '1M'" + kMoreDvrHelp},
-        UsageCase{"RateAndTime",
-                  {"dvr", "--rate", "1", "--transfer-time", "1"},
-                  " dvr: --transfer-time excludes --rate" + kMoreDvrHelp},
-        UsageCase{"SegmentZero",
-                  {"dvr", "--segment", "0"},
-                  " dvr: --segment: expected a number from 1 to 1000000000, found '0'" + kMoreDvrHelp},
-        UsageCase{"GapTooLong",
-                  {"dvr", "--segment", "1", "--gap", "3600001"},
-                  " dvr: --gap: expected a number from 0 to 3600000, found '3600001'" + kMoreDvrHelp},
-        UsageCase{
-            "GapWithoutSegment", {"dvr", "--gap", "1"}, " dvr: --gap requires --segment" + kMoreDvrHelp}),
-    NameOf);
 
 /// A folder of recordings: one event with one file.
 class PaceCommandTest : public testing::Test {

@@ -11,7 +11,6 @@
 #include "tests/rig/dvr/Failures.h"
 #include "tests/rig/dvr/HarnessLog.h"
 #include "tests/rig/dvr/ScriptedExport.h"
-#include "tests/rig/dvr/UsageError.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace {
@@ -315,64 +314,5 @@ TEST(ReplayOption, SaysWhereTheLogEnds) {
               std::string::npos)
         << result.output;
 }
-
-class ReplayUsageTest : public testing::TestWithParam<UsageCase> {};
-
-TEST_P(ReplayUsageTest, EndsWithStatus64AndOneLine) {
-    const TemporaryFolder folder;
-    folder.Write("run.log", HarnessLog("rig velloran[7]: ").Connected().Received(kOkIn10).Text());
-    std::vector<std::string> arguments{"dvr"};
-    for (const std::string& argument : GetParam().arguments) {
-        arguments.push_back(argument == "LOG" ? (folder.Path() / "run.log").string() : argument);
-    }
-    std::string errors = "velloran-rig" + GetParam().errors + "\n";
-    const std::size_t name = errors.find("LOG");
-    if (name != std::string::npos) {
-        errors.replace(name, 3, (folder.Path() / "run.log").string());
-    }
-    const ProgramResult result = RunRig(arguments);
-    EXPECT_EQ(result.status, 64);
-    EXPECT_EQ(result.errors, errors);
-    EXPECT_EQ(result.output, "");
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Replay, ReplayUsageTest,
-    testing::Values(
-        UsageCase{"OtherDialect",
-                  {"--replay", "LOG", "--protocol", "2"},
-                  " dvr: --protocol: expected 1, the dialect of 'LOG', or none, found 2"},
-        UsageCase{"NoTimes",
-                  {"--replay", "LOG", "--replay-speed", "recorded"},
-                  " dvr: --replay-speed recorded: expected a time such as 2026-11-20T14:03:07.123456Z at the "
-                  "start of each line, found lines without one in 'LOG'; only full speed is possible"},
-        UsageCase{"OtherSpeed",
-                  {"--replay", "LOG", "--replay-speed", "half"},
-                  " dvr: --replay-speed: expected full or recorded, found 'half'" + kMoreDvrHelp},
-        UsageCase{"SpeedOfNothing",
-                  {"--replay-speed", "full"},
-                  " dvr: --replay-speed requires --replay" + kMoreDvrHelp},
-        UsageCase{"WithADefect",
-                  {"--replay", "x", "--defect", "silence"},
-                  " dvr: --defect excludes --replay" + kMoreDvrHelp},
-        UsageCase{"WithRecordings",
-                  {"--replay", "x", "--recordings", "/"},
-                  " dvr: --recordings excludes --replay" + kMoreDvrHelp},
-        UsageCase{"WithADelivery",
-                  {"--replay", "x", "--deliver", "/"},
-                  " dvr: --deliver excludes --replay" + kMoreDvrHelp},
-        UsageCase{
-            "NoLog",
-            {"--replay", "/nonexistent\n"},
-            " dvr: --replay: expected a log of the harness that can be read, found '/nonexistent\\n': No "
-            "such file or directory"},
-        UsageCase{"EmptyLog",
-                  {"--replay", "/dev/null"},
-                  " dvr: /dev/null:1: expected a line of the harness's log (\"velloran:N TEXT\"), found an "
-                  "empty log"},
-        UsageCase{"OtherReaction",
-                  {"--on-size-error", "stop"},
-                  " dvr: --on-size-error: expected close or continue, found 'stop'" + kMoreDvrHelp}),
-    NameOf);
 
 }  // namespace

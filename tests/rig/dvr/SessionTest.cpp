@@ -64,70 +64,6 @@ std::string AnswerTo(BackendConnection& backend, const std::string& request) {
     return Message::Parse(RequestOf(backend, request)).Name();
 }
 
-TEST_F(SessionTest, PlaysAWholeExportIn10) {
-    Play(one_, {kLong, kLong, Milliseconds(1)}, [](BackendConnection& backend) {
-        EXPECT_EQ(backend.Read(), R"(<msg req="OK"/>)");
-        EXPECT_EQ(AnswerTo(backend, R"(<msg req="GET_XML"/>)"), "XML");
-        for (const char* file :
-             {R"(path="EVT1" file="m.xml")", R"(path="EVT1" file="a.ts")", R"(path="EVT1" file="b.ts")",
-              R"(path="EVT2" file="m.xml")", R"(path="EVT2" file="c.ts")"}) {
-            EXPECT_EQ(AnswerTo(backend, std::string(R"(<msg req="GET_FILE" )") + file + "/>"),
-                      "FILE_COMPLETE");
-        }
-        backend.Send(
-            R"(<msg req="EVENT_XFER_COMPLETE"><events><string>EVT1</string><string>EVT2</string></events>)"
-            R"(</msg>)");
-        backend.Send(R"(<msg req="DONE"/>)");
-        EXPECT_TRUE(backend.IsClosedByPeer());
-    });
-    EXPECT_EQ(one_.Summary(), "exported 2 of 2 events, 5 files, 22 bytes");
-    EXPECT_NE(out_.str().find(R"(<- GET_FILE path="EVT1" file="a.ts")"), std::string::npos) << out_.str();
-}
-
-TEST_F(SessionTest, AnswersTwoMessagesInARow) {
-    Play(two_, {kLong, kLong, Milliseconds(1)}, [](BackendConnection& backend) {
-        backend.Read();
-        backend.Send(R"(<msg req="UPDATE_SOFTWARE" path="p" file="f" protocolVersion="2.0"/>)");
-        backend.Send(R"(<msg req="UPDATE_CONFIGURATION" protocolVersion="2.0" message="&lt;a/&gt;"/>)");
-        EXPECT_EQ(Message::Parse(backend.Read()).Name(), "SOFTWARE_UPDATE_CONFIRM");
-        EXPECT_EQ(Message::Parse(backend.Read()).Name(), "CONFIGURATION_UPDATE_ERROR");
-        EXPECT_TRUE(backend.IsClosedByPeer());
-    });
-}
-
-TEST_F(SessionTest, MeetsASecondRequestWhileTheFileIsInTransfer) {
-    Play(two_, {kLong, kLong, Milliseconds(500)}, [](BackendConnection& backend) {
-        const auto request = [](const char* file) {
-            return std::string(R"(<msg req="GET_FILE" reid="EVT2" path="EVT2" file=")") + file +
-                   R"(" protocolVersion="2.0"/>)";
-        };
-        backend.Read();
-        EXPECT_EQ(AnswerTo(backend, R"(<msg req="GET_EVENT_LIST" protocolVersion="2.0"/>)"), "EVENT_LIST");
-        EXPECT_EQ(AnswerTo(backend, R"(<msg req="NEXT_EVENT" reid="EVT2" protocolVersion="2.0"/>)"), "EVENT");
-        EXPECT_EQ(AnswerTo(backend, request("m.xml")), "FILE_COMPLETE");
-        backend.Send(request("c.ts"));
-        EXPECT_EQ(AnswerTo(backend, request("c.ts")), "XFER_IN_PROGRESS");
-        EXPECT_EQ(Message::Parse(backend.Read()).Name(), "FILE_COMPLETE");
-        EXPECT_EQ(AnswerTo(backend, R"(<msg req="EVENT_XFER_COMPLETE" reid="EVT2" protocolVersion="2.0"/>)"),
-                  "EVENT_XFER_ACK");
-        backend.Send(R"(<msg req="DONE" protocolVersion="2.0"/>)");
-    });
-    EXPECT_TRUE(two_.IsDone());
-}
-
-TEST_F(SessionTest, TransfersAFileAtTheRate) {
-    recordings_.contents[{"EVT1", "a.ts"}] = std::string(3000, 'x');
-    EXPECT_THROW(Play(two_, {kLong, kLong, {kLong, 10'000}},
-                      [](BackendConnection& backend) {
-                          StartEvent(backend, "EVT1");
-                          const auto start = rig::dvr::Clock::now();
-                          EXPECT_EQ(AnswerTo(backend, GetFile("EVT1", "a.ts")), "FILE_COMPLETE");
-                          EXPECT_GE(rig::dvr::Clock::now() - start, Milliseconds(300));
-                          EXPECT_LT(rig::dvr::Clock::now() - start, kLong);
-                      }),
-                 rig::dvr::Breach);
-}
-
 TEST_F(SessionTest, HandlesRequestsWhileAFileIsTransferredAtARate) {
     recordings_.contents[{"EVT1", "a.ts"}] = std::string(5000, 'x');
     delivery_.emplace(folder_.Path() / "copies", recordings_);
@@ -202,40 +138,6 @@ TEST_F(SessionTest, AbandonsATransferForAnUnknownFileIfTolerant) {
                           EXPECT_EQ(AnswerTo(backend, GetFile("EVT1", "m.xml")), "FILE_COMPLETE");
                       }),
                  rig::dvr::Breach);
-}
-
-TEST_F(SessionTest, SaysWhatWasExpectedWhenNothingComes) {
-    const std::string failure = FailureOf(ExitStatus::NothingCame, [&] {
-        Play(one_, {kShort, kLong, kShort}, [](BackendConnection& backend) {
-            backend.Read();
-            EXPECT_TRUE(backend.IsClosedByPeer());
-        });
-    });
-    EXPECT_EQ(failure,
-              "expected GET_XML or UPDATE_CONFIGURATION, found nothing within 100 ms in answer to OK");
-}
-
-TEST_F(SessionTest, SaysWhatWasExpectedWhenTheHarnessLeaves) {
-    const auto leave = [](BackendConnection& backend) { backend.Read(); };
-    const std::string breach = BreachOf([&] { Play(one_, {kLong, kLong, kShort}, leave); });
-    EXPECT_EQ(
-        breach,
-        "expected GET_XML or UPDATE_CONFIGURATION, found the end of the connection between two messages");
-}
-
-TEST_F(SessionTest, SaysWhatWasExpectedWhenAPrefixAnnouncesTooMuch) {
-    const std::string text = R"(<msg req="GET_XML"/>)";
-    const std::string breach = BreachOf([&] {
-        Play(one_, {kLong, kShort, kShort}, [&](BackendConnection& backend) {
-            backend.Read();
-            backend.SendBytes(std::string(1, static_cast<char>(text.size() * 3 / 2)) + text);
-            EXPECT_TRUE(backend.IsClosedByPeer());
-        });
-    });
-    EXPECT_EQ(
-        breach,
-        "expected GET_XML or UPDATE_CONFIGURATION, found a message that remained unfinished for 100 ms: "
-        "announced 30, got 20");
 }
 
 TEST_F(SessionTest, SaysWhatWasExpectedWhenAMessageIsOutOfPlace) {

@@ -39,6 +39,7 @@ std::string HeadlineOf(const result::Result& result) {
 
 TEST(HtmlReport, SaysTheVerdictInWords) {
     EXPECT_EQ(HeadlineOf(With(result::Verdict::Pass)), "The DVR passed: 1 of 1 check");
+    EXPECT_EQ(HeadlineOf(With(result::Verdict::Warning)), "The DVR passed, with warnings: 1 of 1 check");
     EXPECT_EQ(HeadlineOf(With(result::Verdict::KnownFailure)),
               "The DVR failed only in known ways: 1 of 1 check");
     EXPECT_EQ(HeadlineOf(With(result::Verdict::NotReached)),

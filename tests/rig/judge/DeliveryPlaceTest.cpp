@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <stdexcept>
-
-#include "rig/CommandLine.h"
 #include "rig/judge/delivery/DeliveryPlace.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -46,17 +43,6 @@ INSTANTIATE_TEST_SUITE_P(
                     PathCase{kUsual, "{file}", "a", "{file}/a"}, PathCase{"{file}", "..", "a", "a"},
                     PathCase{"x/{event}-{file}.mpg", "E1", "a", "x/E1-a.mpg"}));
 
-class DeliveryPatterns : public testing::TestWithParam<const char*> {};
-
-TEST_P(DeliveryPatterns, AreRefused) {
-    const TemporaryFolder folder;
-    EXPECT_THROW(PlaceOf({folder.Path().string(), "auto", GetParam()}), std::runtime_error);
-}
-
-INSTANTIATE_TEST_SUITE_P(Bad, DeliveryPatterns,
-                         testing::Values("", "{event}", "{event}/{name}/{file}", "/{file}", "../{file}",
-                                         "{file", "a/../{file}"));
-
 TEST(DeliveryPlace, IsNoneUnlessAskedFor) {
     EXPECT_FALSE(PlaceOf(DeliveryOptions()).has_value());
 }
@@ -69,20 +55,6 @@ TEST(DeliveryPlace, TakesItsOptions) {
     EXPECT_EQ(place->hash, rig::HashKind::Sha1);
     EXPECT_EQ(place->pattern, "{file}");
     EXPECT_FALSE(PlaceOf({folder.Path().string(), "auto", "{file}"})->hash.has_value());
-}
-
-TEST(DeliveryPlace, MustBeAFolderThatCanBeRead) {
-    for (const std::string folder : {"/no/such/folder", "/dev/null"}) {
-        std::string command[] = {"velloran-rig", "judge", "no.log", "--delivered", folder};
-        char* arguments[] = {command[0].data(), command[1].data(), command[2].data(), command[3].data(),
-                             command[4].data()};
-        testing::internal::CaptureStderr();
-        EXPECT_EQ(rig::RunCommandLine(5, arguments), 64);
-        EXPECT_EQ(testing::internal::GetCapturedStderr().find(
-                      "velloran-rig judge: --delivered: expected a folder that can be read, found '" +
-                      folder + "': "),
-                  0U);
-    }
 }
 
 }  // namespace

@@ -217,13 +217,6 @@ TEST(Runs, SurviveRandomBytes) {
     }
 }
 
-TEST(Checks, HaveIdsOfTheirOwn) {
-    std::map<std::string, int> ids;
-    for (const auto& check : rig::judge::AllChecks()) {
-        EXPECT_EQ(++ids[check.id], 1) << check.id;
-    }
-}
-
 TEST(ReactionTimes, GivePercentilesToAFewPercent) {
     rig::judge::ReactionTimes times;
     for (int millisecond = 1; millisecond <= 1000; ++millisecond) {

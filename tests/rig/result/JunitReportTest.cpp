@@ -47,6 +47,24 @@ TEST(JunitReport, TellsEachVerdictInItsOwnWay) {
                  "made-up.log:3: Sending DONE\nmade-up.log:99: not of this run\n");
 }
 
+TEST(JunitReport, PassesAWarningWithItsSentenceInTheSuitesOutput) {
+    Result result = With(Verdict::Warning);
+    result.runs[0].checks[0].evidence = {{"made-up.log", 3, "Sending DONE"}};
+    const std::string text = JunitReport(result);
+    const auto document = Read(text);
+    const pugi::xml_node suite = document.child("testsuites").child("testsuite");
+    EXPECT_EQ(suite.attribute("tests").as_int(), 1);
+    for (const char* const count : {"failures", "errors", "skipped"}) {
+        EXPECT_EQ(suite.attribute(count).as_int(), 0) << count;
+    }
+    EXPECT_FALSE(CaseOf(suite, "made-up.check").first_child());
+    EXPECT_STREQ(
+        suite.child("system-out").child_value(),
+        "made-up.check: WARNING: expected what was expected of made-up.check, found what was found of "
+        "made-up.check\nmade-up.log:3: Sending DONE\n");
+    EXPECT_TRUE(Validates(text));
+}
+
 TEST(JunitReport, GivesEachCaseNameClassAndTime) {
     const auto document = Read(JunitReport(MadeUp()));
     for (const auto& test : document.select_nodes("//testcase")) {

@@ -18,6 +18,13 @@ TEST(TapReport, TellsEachVerdict) {
     EXPECT_NE(text.find("\nnot ok 6 - made-up.log:1 made-up.fail\n# FAIL: expected "), std::string::npos);
 }
 
+TEST(TapReport, PassesAWarningWithAComment) {
+    EXPECT_EQ(
+        TapReport(With(Verdict::Warning)),
+        "TAP version 13\n1..1\nok 1 - made-up.log:1 made-up.check\n# WARNING: expected what was expected "
+        "of made-up.check, found what was found of made-up.check\n");
+}
+
 /// @return the numbers of the tests in order of appearance; the plan first
 std::vector<std::size_t> NumbersOf(const std::string& report) {
     std::vector<std::size_t> numbers;
