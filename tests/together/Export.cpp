@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <regex>
@@ -29,8 +30,9 @@ std::vector<std::string> Arguments(const Recipe& recipe) {
         const std::vector<std::string> defect = WordsOf("--defect " + recipe.defect);
         all.insert(all.end(), defect.begin(), defect.end());
     }
-    if (not recipe.style.empty()) {
-        all.insert(all.end(), {"--style", recipe.style});
+    const std::string style = recipe.style.empty() ? StyleOfAll() : recipe.style;
+    if (not style.empty()) {
+        all.insert(all.end(), {"--style", style});
     }
     const std::vector<std::string> further = WordsOf(recipe.options);
     all.insert(all.end(), further.begin(), further.end());
@@ -43,6 +45,11 @@ std::string Marked(const std::string& id, const std::string& verdict) {
 }
 
 }  // namespace
+
+std::string StyleOfAll() {
+    const char* style = std::getenv("VELLORAN_STYLE");
+    return style == nullptr ? "" : style;
+}
 
 Export::Export(const Recipe& recipe, Here here)
     : delivers_((recipe.defect + recipe.options).find(kDelivered) not_eq std::string::npos) {

@@ -22,6 +22,10 @@ struct Judged {
     std::set<std::string> passed;  // the other checks
 };
 
+/// @return VELLORAN_STYLE of the environment: how DVRs write whose recipes do not say. `manners` sets it, to
+/// see the same verdicts
+std::string StyleOfAll();
+
 /// One export from beginning to end, in a world of its own: the DVR with the recordings that are kept with
 /// these tests, and the harness until it has ended or has logged nothing for longer than it ever pauses.
 class Export {
