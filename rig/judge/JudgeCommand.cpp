@@ -29,7 +29,8 @@ namespace rig::judge {
 namespace {
 
 constexpr int kNoLog = 66;
-constexpr const char* kEraseLine = "\r\33[K";
+constexpr const char* kEraseLine = "\r\033[K";
+constexpr std::chrono::milliseconds kBetweenBars(200);
 
 constexpr const char* kJudgeStatuses =
     "Exit status: 0 every check passed, or only warns; 1 a check failed; 2 the log cannot tell; 3 the "
@@ -69,16 +70,16 @@ std::vector<std::string> ReadLogs(const JudgeOptions& options, Judge& judge) {
 /// @return what shows on a terminal how far the reading of a long file is; nothing elsewhere
 DeliveryPlace::Progress ShownProgress() {
     using Clock = std::chrono::steady_clock;
-    if (isatty(STDERR_FILENO) == 0) {
+    if (isatty(STDOUT_FILENO) == 0) {
         return nullptr;
     }
-    return [shown = Clock::now()](const std::string& file, std::uint64_t done, std::uint64_t total) mutable {
-        const bool isDue = Clock::now() - shown > std::chrono::milliseconds(200);
+    return [shown = Clock::time_point()](const std::string& file, std::uint64_t done,
+                                         std::uint64_t total) mutable {
         if (done >= total) {
-            std::cerr << kEraseLine;
-        } else if (isDue) {
+            std::cout << kEraseLine << std::flush;
+        } else if (Clock::now() - shown > kBetweenBars) {
             shown = Clock::now();
-            std::cerr << kEraseLine << ProgressBar(file, done, total, TerminalColumns() - 1) << std::flush;
+            std::cout << kEraseLine << ProgressBar(file, done, total, TerminalColumns() - 1) << std::flush;
         }
         return true;
     };

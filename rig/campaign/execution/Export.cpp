@@ -14,7 +14,8 @@ namespace rig::campaign {
 namespace {
 
 constexpr std::uint64_t kMegabyte = 1'000'000;
-constexpr int kSlowTick = 200;         // milliseconds, when waiting for a minute
+constexpr std::uint64_t kLargeFile = 100 * kMegabyte;  // which takes a while to read
+constexpr int kSlowTick = 200;                         // milliseconds, when waiting for a minute
 constexpr double kPortPatience = 150;  // seconds: the system holds a port for a minute, at worst twice
 constexpr double kSettle = 2;          // seconds for the DVR to close after the end
 constexpr double kReady = 0.5;         // seconds from a remote harness's first line until it listens
@@ -119,9 +120,15 @@ judge::Limits Export::Limits() {
     if (limits.delivered) {
         limits.delivered->progress = [this](const std::string& file, std::uint64_t done,
                                             std::uint64_t total) {
-            display_.Show("looking at what was delivered", fmt::format("{} of {} MB of {}", done / kMegabyte,
-                                                                       total / kMegabyte, Printable(file)));
-            return !interrupts_.Came();
+            if (total >= kLargeFile) {
+                display_.Show(
+                    "looking at what was delivered",
+                    fmt::format("{} of {} MB of {}", done / kMegabyte, total / kMegabyte, Printable(file)));
+            }
+            if (interrupts_.Came()) {
+                TakeInterrupt();
+            }
+            return facts_.end != End::Interrupted;
         };
     }
     return limits;
