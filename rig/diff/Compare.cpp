@@ -8,6 +8,7 @@
 
 #include "rig/base/Counted.h"
 #include "rig/diff/Severity.h"
+#include "rig/result/Result.h"
 
 namespace rig::diff {
 namespace {
@@ -63,11 +64,21 @@ Verdicts OutcomesOf(const Case& all) {
     return outcomes;
 }
 
+std::set<std::string> WithoutDetails(const std::set<std::string>& all) {
+    std::set<std::string> reasons;
+    for (const std::string& found : all) {
+        reasons.emplace(result::WithoutDetails(found));
+    }
+    return reasons;
+}
+
 /// @return whether the same verdict now has another reason. What a pass found is not a reason.
 bool HasOtherReason(const Verdicts& before, const Verdicts& after) {
-    return !IsPass(after.worst) &&
-           std::none_of(after.found.begin(), after.found.end(),
-                        [&](const auto& found) { return before.found.count(found) > 0; });
+    const std::set<std::string> then = WithoutDetails(before.found);
+    const std::set<std::string> now = WithoutDetails(after.found);
+    return !IsPass(after.worst) && std::none_of(now.begin(), now.end(), [&then](const std::string& reason) {
+        return then.count(reason) > 0;
+    });
 }
 
 void CompareVerdicts(const std::string& subject, const Verdicts& before, const Verdicts& after,

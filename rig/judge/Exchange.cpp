@@ -3,12 +3,14 @@
 #include <algorithm>
 
 #include "rig/base/Printable.h"
+#include "rig/judge/Difference.h"
 #include "rig/protocol/Catalogue.h"
 
 namespace rig::judge {
 namespace {
 
-constexpr std::size_t kMostPending = 1000;  // unanswered requests: memory must not grow with the log
+constexpr std::size_t kMostPending = 1000;    // unanswered requests: memory must not grow with the log
+constexpr std::size_t kShownOfMistake = 300;  // bytes
 constexpr std::int64_t kBusy = 10'000;  // microseconds that handling a message never takes without a pause
 /// Microseconds within which a message that had already arrived is read, even on a busy machine.
 constexpr std::int64_t kAtOnce = 50'000;
@@ -136,7 +138,7 @@ bool Exchange::Answers(const Arrival& message, const std::string& event, const P
         // The refusal of a file with a damaged identifier may also name the true event.
         const bool isTrue = answered_->fault == Fault::FileEvent && event == message.reid.value_or("");
         if (message.reid && *message.reid != answered_->reid && !isTrue && !message.isRepeated) {
-            run_.otherReid.Add(place, Printable(*message.reid) + " instead of " + Printable(answered_->reid));
+            run_.otherReid.Add(place, Instead(*message.reid, answered_->reid));
         }
     }
     if (message.isRepeated && !isExact_) {
@@ -201,17 +203,23 @@ void Exchange::IgnoreLast(log::Sign why, const Place& place) {
         return;  // it was asked for; a message out of turn has led the harness away from it since
     }
     const std::string asked = answered_ ? answered_->Words() : "";
+    const std::string about = !answered_   ? ""
+                              : last_.reid ? Instead(*last_.reid, answered_->reid)
+                                           : "no reid instead of " + Printable(answered_->reid);
     if (why == log::Sign::WrongFile && FileIn(last_) == FileIn(completed_)) {
         run_.completedAgain.Add(place, FileIn(completed_));
     } else if (why == log::Sign::WrongFile) {
-        run_.otherFile.Add(place, asked.empty() ? "" : FileIn(last_) + " instead of " + asked);
+        const std::string known = answered_ ? answered_->reid + "/" + answered_->file : "";
+        const std::string given = last_.reid.value_or("") + "/" + last_.file.value_or("");
+        run_.otherFile.Add(
+            place, asked.empty() ? "" : FileIn(last_) + " instead of " + asked + Difference(given, known));
     } else if (why == log::Sign::EventReidWrong && answered_) {
-        run_.otherEvent.Add(place);
+        run_.otherEvent.Add(place, about);
     } else if (why == log::Sign::AckReidWrong && answered_) {
-        run_.otherAck.Add(place);
+        run_.otherAck.Add(place, about);
     }
     if (answered_) {
-        answered_->isMistaken = true;
+        answered_->mistake = WithoutControls(place.text.substr(0, kShownOfMistake));
         run_.pending.push_front(std::move(*answered_));
         answered_.reset();
     }

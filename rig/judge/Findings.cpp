@@ -3,12 +3,19 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <optional>
+
+#include "rig/judge/Framing.h"
 
 namespace rig::judge {
 
 using result::Verdict;
 
 namespace {
+
+// The harness pauses after each read: how long it may take over a text that is there.
+constexpr double kSecondsPerRead = 0.25;
+constexpr double kBytesPerRead = 4096;
 
 bool Concerns(const Request& request, const std::string& name) {
     const bool isPlain = request.fault == Fault::None || request.fault == Fault::Rehash;
@@ -89,9 +96,28 @@ double Waited(const Run& run, const Request& request) {
     return run.endTime && request.time ? static_cast<double>(*run.endTime - *request.time) / 1e6 : 0;
 }
 
+/// @return how long a request waited in vain, and what came last
+std::string HowLong(const Run& run, const Request& request) {
+    std::string words = fmt::format("{} waited for {:.1f} s", request.Words(), Waited(run, request));
+    if (request.isOvertaken) {
+        return words + "; DONE went out meanwhile";
+    }
+    if (!request.mistake.empty()) {
+        return words + "; the harness says: " + request.mistake;
+    }
+    if (run.Saw(log::Sign::UnknownMessage)) {
+        words += "; the DVR sent " + run.Of(log::Sign::UnknownMessage).Note();
+    }
+    return words + run.AfterWhat();
+}
+
 bool IsUnanswered(const Run& run, const Request& request, const Limits& limits) {
     return request.isOvertaken ||
            (run.Saw(log::Sign::ShuttingDown) && Waited(run, request) >= limits.patience);
+}
+
+std::string NothingOfTheKind(const Run& run, const Request& request) {
+    return fmt::format("the DVR sent nothing of the kind ({})", HowLong(run, request));
 }
 
 Tally Unanswered(const Run& run, const std::string& name, const Limits& limits) {
@@ -100,11 +126,26 @@ Tally Unanswered(const Run& run, const std::string& name, const Limits& limits) 
         if (Concerns(request, name) && IsUnanswered(run, request, limits)) {
             result::Evidence proof = request.evidence;
             proof.note = request.Words() + " goes out";
-            unanswered.Add(proof,
-                           fmt::format("{} waited for {:.1f} s", request.Words(), Waited(run, request)));
+            unanswered.Add(proof, HowLong(run, request));
         }
     }
     return unanswered;
+}
+
+Tally Stalled(const Run& run, const Limits& limits) {
+    const Announcement& last = run.announcement;
+    Tally stalled;
+    if (!last.isOpen || !last.time || !run.endTime || !run.Saw(log::Sign::ShuttingDown)) {
+        return stalled;
+    }
+    const double waited = static_cast<double>(*run.endTime - *last.time) / 1e6;
+    const double reading = kSecondsPerRead * (1 + static_cast<double>(last.length) / kBytesPerRead);
+    if (waited >= limits.patience + reading) {
+        stalled.Add(last.evidence,
+                    fmt::format("{} in {:.1f} s{}", ExplainMissing(last.length, std::nullopt).words, waited,
+                                run.AfterWhat()));
+    }
+    return stalled;
 }
 
 bool IsWaiting(const Run& run, const std::string& name) {

@@ -57,6 +57,13 @@ bool IsUnanswered(const Run& run, const Request& request, const Limits& limits);
 /// @return the unanswered requests of this name without an injected fault, other than a new hash; all for ""
 Tally Unanswered(const Run& run, const std::string& name, const Limits& limits);
 
+/// @return what was found where a request got no answer
+std::string NothingOfTheKind(const Run& run, const Request& request);
+
+/// @return the message of which only the prefix came, though the harness waited for the text; none if it did
+/// not wait long
+Tally Stalled(const Run& run, const Limits& limits);
+
 /// @return whether a request of this name, as above, is still waiting when the log ends
 bool IsWaiting(const Run& run, const std::string& name);
 

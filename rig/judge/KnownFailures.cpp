@@ -22,12 +22,6 @@ bool IsCheck(const std::string& id) {
                        [&id](const Check& check) { return id == check.id; });
 }
 
-/// @return the reason without the parentheses at its end
-std::string_view Stable(std::string_view reason) {
-    const std::size_t parenthesis = reason.find(" (");  // a later one may be part of a name
-    return !reason.empty() && reason.back() == ')' ? reason.substr(0, parenthesis) : reason;
-}
-
 bool IsBlank(char byte) {
     return byte == ' ' || byte == '\t' || byte == '\r';
 }
@@ -43,8 +37,9 @@ std::string_view Trimmed(std::string_view text) {
 }
 
 bool Has(const std::set<std::string>& reasons, const std::string& found) {
-    return std::any_of(reasons.begin(), reasons.end(),
-                       [&found](const std::string& reason) { return Stable(reason) == Stable(found); });
+    return std::any_of(reasons.begin(), reasons.end(), [&found](const std::string& reason) {
+        return result::WithoutDetails(reason) == result::WithoutDetails(found);
+    });
 }
 
 }  // namespace

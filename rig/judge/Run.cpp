@@ -91,6 +91,12 @@ bool Run::HarnessEnded() const {
            Saw(log::Sign::SendFailed);
 }
 
+std::string Run::AfterWhat() const {
+    return lastGood.empty()
+               ? "; no good message came before"
+               : fmt::format("; the last good message was {} in line {}", lastGood, lastGoodLine);
+}
+
 std::string Run::Switches() const {
     std::string text = fmt::format("-p {}", switches.protocol);
     for (const Flag& flag : kFlags) {

@@ -59,11 +59,19 @@ struct Request : log::Request {
     std::string expects;               // FILE_COMPLETE
     std::optional<std::int64_t> time;  // when it went out, microseconds
     bool isOvertaken = false;          // DONE went out while it waited
-    bool isMistaken = false;           // the harness ignored what came as its answer
+    std::string mistake;               // why the harness ignored what came as its answer; empty if it did not
     result::Evidence evidence;
 
     /// @return name, event and file
     std::string Words() const;
+};
+
+/// The last message's announcement.
+struct Announcement {
+    bool isOpen = false;               // the text has not come
+    std::int64_t length = 0;           // bytes
+    std::optional<std::int64_t> time;  // when the prefix was in, microseconds
+    result::Evidence evidence;
 };
 
 /// Reaction times in bounded memory, each accurate to 3 %.
@@ -106,27 +114,36 @@ struct Run {
     std::uint64_t hiddenReactions = 0;  // answers that arrived while the harness paused
 
     // What the model found beyond the harness's own lines.
-    Tally notAsked;                // messages of the DVR that answer nothing
-    Tally noMessage;               // documents without `msg`
-    Tally empty;                   // messages without text
-    Tally brokenOff;               // documents that are cut off
-    Tally notWellFormed;           // documents that a parser other than the harness's refuses
-    Tally doubledEvents;           // identifiers listed twice
-    Tally noDescriptions;          // XML without `xmlFile`
-    Tally noEvent;                 // descriptions that are empty, or not of an event
-    Tally namelessFiles;           // files without `name` in a description
-    Tally noFiles;                 // descriptions (1.0: lists) that name no file
-    Tally reportWithoutReid;       // fault reports that name no event
-    Tally otherReid;               // fault reports about an event other than the fault's
-    Tally otherEvent;              // EVENT about an event other than the one asked for
-    Tally otherAck;                // the same for EVENT_XFER_ACK
-    Tally otherFile;               // FILE_COMPLETE about a file other than the one asked for
-    Tally completedAgain;          // FILE_COMPLETE about the file completed last
-    Tally answeredWrong;           // answers to a frame with a wrong prefix (-z), as if it were whole
-    Tally afterDone;               // messages of the DVR after DONE, other than the OK of the next export
-    Tally resumedAt;               // that OK
-    Tally badLength;               // announced lengths that no message has
+    Tally notAsked;           // messages of the DVR that answer nothing
+    Tally noMessage;          // documents without `msg`
+    Tally empty;              // messages without text
+    Tally brokenOff;          // documents that are cut off
+    Tally notWellFormed;      // documents that a parser other than the harness's refuses
+    Tally doubledEvents;      // identifiers listed twice
+    Tally noDescriptions;     // XML without `xmlFile`
+    Tally noEvent;            // descriptions that are empty, or not of an event
+    Tally namelessFiles;      // files without `name` in a description
+    Tally noFiles;            // descriptions (1.0: lists) that name no file
+    Tally reportWithoutReid;  // fault reports that name no event
+    Tally otherReid;          // fault reports about an event other than the fault's
+    Tally otherEvent;         // EVENT about an event other than the one asked for
+    Tally otherAck;           // the same for EVENT_XFER_ACK
+    Tally otherFile;          // FILE_COMPLETE about a file other than the one asked for
+    Tally completedAgain;     // FILE_COMPLETE about the file completed last
+    Tally answeredWrong;      // answers to a frame with a wrong prefix (-z), as if it were whole
+    Tally afterDone;          // messages of the DVR after DONE, other than the OK of the next export
+    Tally resumedAt;          // that OK
+    Tally badLength;          // announced lengths that no message has
+    Tally wrongPrefix;        // prefixes that are not the length of the text, as the text proves
+    Tally emptyHash;          // answers to the request for a new hash with an empty one
+    Tally emptyLength;        // the same for the length
+    Tally listedElsewhere;    // lists of events that the harness does not find
+    Announcement announcement;
+    std::string lastGood;  // message
+    std::uint64_t lastGoodLine = 0;
+    std::string opening;           // the first message, as it came
     Tally damaged;                 // messages that the log holds only in part
+    Tally misread;                 // requests of another length than the judge believes
     Tally assertions;              // failed assertions, if the log includes standard error
     Tally markerFailures;          // failure markers that could not be made, if it does
     Tally doneSent;                // DONE
@@ -148,6 +165,8 @@ struct Run {
     std::uint64_t Received(const std::string& message) const;
     /// @return whether the DVR has sent something that makes the harness end itself
     bool HarnessEnded() const;
+    /// @return the last thing that was right, to follow on something else: "; the last good message was OK"
+    std::string AfterWhat() const;
     /// @return the switches as on the harness's command line
     std::string Switches() const;
 };

@@ -1,6 +1,13 @@
 #include "rig/judge/RunModel.h"
 
+#include <fmt/format.h>
+
+#include <tuple>
+
 #include "rig/base/Printable.h"
+#include "rig/judge/Framing.h"
+#include "rig/judge/Notes.h"
+#include "rig/log/RequestText.h"
 
 namespace rig::judge {
 namespace {
@@ -70,14 +77,48 @@ const log::Message* RunModel::Add(const log::Statement& statement, const Place& 
         case Event::None:
             break;
     }
-    if (statement.sign == Sign::Expecting && statement.Number() < 0) {
-        run_.badLength.Add(place);
-    } else if (IsRemarkable(statement.sign)) {
+    TakeDetails(statement, place);
+    if (IsRemarkable(statement.sign)) {
         AddStep(Step::Kind::Note, statement.text, place);
     } else if (IsRejection(statement.sign)) {
         TakeRejection(statement, place);
     }
     return nullptr;
+}
+
+/// What the harness's line only hints at.
+void RunModel::TakeDetails(const log::Statement& statement, const Place& place) {
+    switch (statement.sign) {
+        case Sign::HeaderByte:
+            CheckLength(place);
+            break;
+        case Sign::Expecting:
+            if (statement.Number() < 0) {
+                run_.badLength.Add(place,
+                                   "prefix " + PrefixFor(static_cast<std::uint32_t>(statement.Number())));
+            }
+            break;
+        case Sign::EndInsideText: {
+            const FramingFault fault = ExplainMissing(reader_.Arriving().Announced(), statement.Number());
+            if (fault.isProved) {
+                run_.wrongPrefix.Add(place, fault.words);
+            }
+            break;
+        }
+        case Sign::NoEventTag:
+            if (const std::string where = hasText_ ? ListedElsewhere(reader_.LastMessage()) : "";
+                !where.empty()) {
+                run_.listedElsewhere.Add(place, where);
+            }
+            break;
+        case Sign::SameHash:
+        case Sign::NewHash:
+            NoteEmpty("hashCode", run_.emptyHash, place);
+            NoteEmpty("length", run_.emptyLength, place);
+            break;
+        default:
+            break;
+    }
 }
 
 /// What every statement tells, whatever it is a sign of.
@@ -95,13 +136,44 @@ void RunModel::Note(const log::Statement& statement, const Place& place) {
     if (now_) {
         run_.endTime = now_;
     }
-    if (sign == Sign::UnknownMessage) {
-        run_.signs[static_cast<std::size_t>(sign)].Add(place, WithoutControls(statement.detail));
-    } else if (sign != Sign::None) {
-        run_.signs[static_cast<std::size_t>(sign)].Add(place);
+    if (sign != Sign::None) {
+        Tally& tally = run_.signs[static_cast<std::size_t>(sign)];
+        tally.Add(place, tally.Any() ? "" : NoteOn(statement));
+    }
+    if (sign == Sign::Expecting) {
+        hasText_ = false;
+        run_.announcement.length = statement.Number();
+        run_.announcement.time = now_;
+        run_.announcement.evidence.file = place.file;
+        run_.announcement.evidence.line = place.line;
+        run_.announcement.evidence.text = statement.text;
+        run_.announcement.isOpen = true;
+    } else if (sign == Sign::TextRead || sign == Sign::EndInsideText || sign == Sign::Incoming) {
+        run_.announcement.isOpen = false;
     }
     if (keep_.log) {
         run_.log.push_back({place.line, statement.time, statement.level, std::string(statement.text)});
+    }
+}
+
+/// @return what the statement itself does not say
+std::string RunModel::NoteOn(const log::Statement& statement) {
+    switch (statement.sign) {
+        case Sign::EndInsideText:
+            return ExplainMissing(reader_.Arriving().Announced(), statement.Number()).words +
+                   run_.AfterWhat();
+        case Sign::BadPrefix:
+        case Sign::PrefixReadError:
+        case Sign::TextReadError:
+        case Sign::SendFailed:
+            return run_.AfterWhat().substr(2);
+        case Sign::NotXml:
+            if (!malformed_.empty()) {
+                return malformed_;
+            }
+            [[fallthrough]];
+        default:
+            return hasText_ ? judge::NoteOn(statement, reader_.LastMessage()) : "";
     }
 }
 
@@ -116,17 +188,22 @@ void RunModel::AddMarkerFailure(const Place& place) {
 
 void RunModel::TakeMessage(const log::Message& message, const Place& place) {
     using Form = log::Message::Form;
+    hasText_ = true;
+    malformed_.clear();
+    if (run_.opening.empty()) {
+        run_.opening = Shown(message);
+    }
     if (message.form == Form::NoMsg) {
-        run_.noMessage.Add(place);
+        run_.noMessage.Add(place, Shown(message));
         return;
     }
     if (message.form != Form::Good) {
         AddStep(Step::Kind::FromDvr, "(not XML)", place);
-        Tally& fault = message.form == Form::Empty       ? run_.empty
-                       : message.form == Form::BrokenOff ? run_.brokenOff
-                                                         : run_.notWellFormed;
-        fault.Add(place);
+        TakeMalformed(message, place);
         return;
+    }
+    if (const auto fault = ExplainSecond(message.text, message.root)) {
+        run_.wrongPrefix.Add(place, fault->words);
     }
     const Arrival arrival{message.name, ValueOf(message.root, "reid"), ValueOf(message.root, "file"),
                           message.time, message.isRepeated};
@@ -142,23 +219,41 @@ void RunModel::TakeMessage(const log::Message& message, const Place& place) {
     if (keep_.transfers) {
         TakeTransfer(arrival, message.root, place);
     }
+    beforeLast_ = {run_.lastGood, run_.lastGoodLine};
+    run_.lastGood = message.name;
+    run_.lastGoodLine = place.line;
     TakeListed(message.listed, place);
 }
 
+void RunModel::TakeMalformed(const log::Message& message, const Place& place) {
+    using Form = log::Message::Form;
+    const FramingFault fault = ExplainText(message.text);
+    if (fault.isProved) {
+        run_.wrongPrefix.Add(place, fault.words);
+    }
+    malformed_ = fault.words;
+    Tally& tally = message.form == Form::Empty       ? run_.empty
+                   : message.form == Form::BrokenOff ? run_.brokenOff
+                                                     : run_.notWellFormed;
+    tally.Add(place, malformed_);
+}
+
 void RunModel::TakeListed(const log::Listed& listed, const Place& place) {
-    const auto add = [&place](Tally& tally, std::size_t times) {
+    const auto add = [&](Tally& tally, std::size_t times, DescriptionFault fault) {
         for (std::size_t time = 0; time < times; ++time) {
-            tally.Add(place);
+            tally.Add(place, tally.Any() ? "" : ShownDescription(reader_.LastMessage(), fault));
         }
     };
     for (const std::string& reid : listed.doubled) {
         run_.doubledEvents.Add(place, Printable(reid));
     }
-    add(run_.notWellFormed, listed.notWellFormed);
-    add(run_.noEvent, listed.noEvent);
-    add(run_.noFiles, listed.noFiles);
-    add(run_.namelessFiles, listed.namelessFiles);
-    add(run_.noDescriptions, listed.noDescriptions ? 1 : 0);
+    add(run_.notWellFormed, listed.notWellFormed, DescriptionFault::NotXml);
+    add(run_.noEvent, listed.noEvent, DescriptionFault::NoEvent);
+    add(run_.noFiles, listed.noFiles, DescriptionFault::NoFiles);
+    add(run_.namelessFiles, listed.namelessFiles, DescriptionFault::NamelessFile);
+    if (listed.noDescriptions) {
+        run_.noDescriptions.Add(place, Shown(reader_.LastMessage()));
+    }
     run_.files += listed.files;
     run_.hasLargeEvent = run_.hasLargeEvent || listed.hasLargeEvent;
 }
@@ -186,10 +281,11 @@ void RunModel::TakeRejection(const log::Statement& statement, const Place& place
         AddStep(Step::Kind::Note, "ignored: " + std::string(statement.text), place);
     }
     exchange_.IgnoreLast(statement.sign, place);
+    std::tie(run_.lastGood, run_.lastGoodLine) = beforeLast_;
 }
 
 void RunModel::TakeRequest(const Place& place) {
-    Request request{reader_.LastRequest(), "", now_, false, false, place.Proof()};
+    Request request{reader_.LastRequest(), "", now_, false, "", place.Proof()};
     request.expects = AnswerTo(request.name, request.fault, run_.switches.protocol);
     if (keep_.steps) {
         AddStep(Step::Kind::FromHarness, request.Words(), place);
@@ -199,6 +295,29 @@ void RunModel::TakeRequest(const Place& place) {
         run_.transfers[{request.reid, request.file}];
     }
     exchange_.SendRequest(std::move(request), place);
+}
+
+void RunModel::NoteEmpty(const char* attribute, Tally& tally, const Place& place) {
+    const log::Message& message = reader_.LastMessage();
+    const pugi::xml_attribute given = message.root.attribute(attribute);
+    if (hasText_ && given && *given.value() == '\0') {
+        tally.Add(place, Shown(message));
+    }
+}
+
+/// Holds what the judge believes of a request against the length with which it went out.
+void RunModel::CheckLength(const Place& place) {
+    const log::Request& request = reader_.LastRequest();
+    if (!request.isAnnounced || request.name.empty() || !run_.hasStart || run_.damaged.Any()) {
+        return;  // its state is not known anyway
+    }
+    const std::size_t size = log::TextOf(request, run_.switches).size();
+    const std::uint32_t announced = log::AnnouncedFor(size, run_.Saw(Sign::SizeSwitch));
+    if (announced != request.announced) {
+        run_.misread.Add(place, fmt::format("{}: {} bytes as the judge believes, {} as it went out",
+                                            Request{request, "", {}, false, "", {}}.Words(), announced,
+                                            request.announced));
+    }
 }
 
 void RunModel::AddStep(Step::Kind kind, std::string_view text, const Place& place) {

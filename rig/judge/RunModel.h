@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "rig/judge/Exchange.h"
@@ -47,11 +49,16 @@ class RunModel {
 
  private:
     void Note(const log::Statement& statement, const Place& place);
+    std::string NoteOn(const log::Statement& statement);
+    void TakeDetails(const log::Statement& statement, const Place& place);
     void TakeMessage(const log::Message& message, const Place& place);
+    void TakeMalformed(const log::Message& message, const Place& place);
     void TakeListed(const log::Listed& listed, const Place& place);
     void TakeRejection(const log::Statement& statement, const Place& place);
     void TakeTransfer(const Arrival& message, const pugi::xml_node& root, const Place& place);
     void TakeRequest(const Place& place);
+    void CheckLength(const Place& place);
+    void NoteEmpty(const char* attribute, Tally& tally, const Place& place);
     void AddStep(result::Step::Kind kind, std::string_view text, const Place& place);
 
     Run run_;
@@ -59,7 +66,10 @@ class RunModel {
     Keep keep_;
     std::optional<std::int64_t> now_;  // the statement's time
     log::RunReader reader_;
-    std::uint64_t transfers_ = 0;  // that ended
+    std::uint64_t transfers_ = 0;                       // that ended
+    bool hasText_ = false;                              // the last message's is still there
+    std::string malformed_;                             // what is wrong with it, if it is not XML
+    std::pair<std::string, std::uint64_t> beforeLast_;  // the good message before the last, and its line
 };
 
 }  // namespace rig::judge

@@ -31,6 +31,7 @@ struct Request {
     Fault fault = Fault::None;
     std::int64_t pause = 0;                 // microseconds that the harness sleeps after it
     std::uint32_t announced = 0;            // bytes, as far as its prefix has gone out
+    bool isAnnounced = false;               // all of its prefix has gone out
     std::optional<std::string> statedFile;  // EVENT/FILE, where a statement names it
     std::vector<std::string> statedEvents;  // that a 1.0 report names, likewise
     bool isCertain = true;                  // the log, or the message before it, reveals its name

@@ -18,6 +18,12 @@ bool Knows(int protocol, const std::string& message) {
     return protocol::Find(protocol == 2 ? 2 : 1, protocol::Sender::Dvr, message) != nullptr;
 }
 
+/// @return whether the text ends with a tag, but for blanks
+bool EndsAsXml(const std::string& text) {
+    const std::size_t last = text.find_last_not_of(" \t\r\n");
+    return last != std::string::npos && text[last] == '>';
+}
+
 }  // namespace
 
 bool RunReader::StartsAnother(Sign sign) const {
@@ -57,6 +63,7 @@ RunReader::Event RunReader::TakePrefixByte(const Statement& statement) {
     if (index < kMostPrefixBytes) {
         request_.announced |= (byte & 0x7f) << (7 * index);
     }
+    request_.isAnnounced = (byte & 0x80) == 0;
     return isFirst ? Event::Request : Event::None;
 }
 
@@ -130,9 +137,9 @@ void RunReader::TakeMessage() {
     message_.text = text;
     message_.time = incoming_.Time();
     if (!document_.load_string(text.c_str(), kAsTheHarness)) {
-        message_.form = text.empty()         ? Message::Form::Empty
-                        : text.back() != '>' ? Message::Form::BrokenOff
-                                             : Message::Form::NotWellFormed;
+        message_.form = text.empty()       ? Message::Form::Empty
+                        : !EndsAsXml(text) ? Message::Form::BrokenOff
+                                           : Message::Form::NotWellFormed;
         return;
     }
     const pugi::xml_node root = document_.child("msg");

@@ -36,6 +36,11 @@ std::string Evidence::Words() const {
     return fmt::format("{}:{}: {}{}", file, line, text, note.empty() ? "" : "  (" + note + ")");
 }
 
+std::string_view WithoutDetails(std::string_view found) {
+    const std::size_t parenthesis = found.find(" (");  // a later one may be part of a name
+    return !found.empty() && found.back() == ')' ? found.substr(0, parenthesis) : found;
+}
+
 Verdict WorstOf(const RunResult& run) {
     Verdict worst = Verdict::Pass;
     bool isKnown = false;

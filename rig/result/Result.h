@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace rig::result {
@@ -83,6 +84,9 @@ struct RunResult {
 struct Result {
     std::vector<RunResult> runs;
 };
+
+/// @return what was found without the parentheses at its end, which differ from run to run
+std::string_view WithoutDetails(std::string_view found);
 
 /// @return the verdict that decides for the run: the worst of its checks. A check not reached because of a
 /// known failure counts as known.

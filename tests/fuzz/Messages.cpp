@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "tests/support/Escaped.h"
+
 namespace fuzz {
 
 const Forms& FormsOf(Sender sender) {
@@ -95,29 +97,7 @@ std::string Raw(Choices& choices) {
 
 /// @return bytes as a document holds them; now and then unescaped, which may not be XML
 std::string Encoded(Choices& choices, const std::string& text) {
-    if (choices.Hit(40)) {
-        return text;
-    }
-    std::string encoded;
-    for (const char byte : text) {
-        switch (byte) {
-            case '&':
-                encoded += "&amp;";
-                break;
-            case '<':
-                encoded += "&lt;";
-                break;
-            case '>':
-                encoded += "&gt;";
-                break;
-            case '"':
-                encoded += "&quot;";
-                break;
-            default:
-                encoded += byte;
-        }
-    }
-    return encoded;
+    return choices.Hit(40) ? text : Escaped(text);
 }
 
 template <typename List>

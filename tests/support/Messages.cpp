@@ -1,5 +1,7 @@
 #include "tests/support/Messages.h"
 
+#include "tests/support/Escaped.h"
+
 std::string Message(const std::string& req, const std::string& attributes) {
     return "<msg req=\"" + req + "\"" + attributes + "/>";
 }
@@ -22,26 +24,6 @@ std::string Description(const std::string& reid, const std::vector<std::string>&
     }
     return "<recording-event reid=\"" + reid + "\"><video><metadata name=\"" + files[0] +
            "\"/><streams><stream>" + streams + "</stream></streams></video></recording-event>";
-}
-
-std::string Escaped(const std::string& text) {
-    std::string escaped;
-    for (const char character : text) {
-        switch (character) {
-            case '<':
-                escaped += "&lt;";
-                break;
-            case '>':
-                escaped += "&gt;";
-                break;
-            case '&':
-                escaped += "&amp;";
-                break;
-            default:
-                escaped += character;
-        }
-    }
-    return escaped;
 }
 
 std::string Xml(const std::vector<std::string>& descriptions) {

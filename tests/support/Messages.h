@@ -19,9 +19,6 @@ std::string FileComplete(const std::string& reid, const std::string& file,
 /// without `video`.
 std::string Description(const std::string& reid, const std::vector<std::string>& files);
 
-/// Text as it is inside an element.
-std::string Escaped(const std::string& text);
-
 // From the DVR, 1.0.
 
 std::string Xml(const std::vector<std::string>& descriptions);

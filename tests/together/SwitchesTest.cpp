@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <iterator>
 
 #include "Export.h"
 
@@ -10,24 +9,21 @@
 
 namespace {
 
-constexpr const char* kEachSwitch[] = {"-e", "-f", "-t",   "-r",   "-x",  "-u",
-                                       "-g", "-z", "-c 1", "-d 1", "-s 1"};
-
 /// No switch, each one, each pair.
 std::vector<std::string> Combinations() {
+    const std::vector<std::string> each = ReadEachSwitch();
     std::vector<std::string> all = {""};
-    for (const auto* one = std::begin(kEachSwitch); one not_eq std::end(kEachSwitch); ++one) {
-        all.emplace_back(*one);
-        std::for_each(one + 1, std::end(kEachSwitch),
-                      [&](const std::string& other) { all.push_back(*one + (" " + other)); });
+    for (auto one = each.begin(); one not_eq each.end(); ++one) {
+        all.push_back(*one);
+        std::for_each(one + 1, each.end(), [&](const auto& other) { all.push_back(*one + " " + other); });
     }
     return all;
 }
 
 /// Whether the row holds for a run with these switches.
 bool HoldsFor(const SwitchesRow& row, const std::string& dialect, const std::string& switches) {
-    return row.dialect == dialect and
-           std::all_of(std::begin(kEachSwitch), std::end(kEachSwitch), [&](const char* one) {
+    const std::vector<std::string> each = ReadEachSwitch();
+    return row.dialect == dialect and std::all_of(each.begin(), each.end(), [&](const std::string& one) {
                return row.switches.find(one) == std::string::npos or
                       switches.find(one) not_eq std::string::npos;
            });

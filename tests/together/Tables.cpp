@@ -139,6 +139,15 @@ std::vector<DefectRow> ReadDefects() {
     return rows;
 }
 
+std::vector<std::string> ReadEachSwitch() {
+    std::istringstream list(LinesIn(kSwitches).at(0).text);
+    std::vector<std::string> each;
+    for (std::string one; std::getline(list >> std::ws, one, ',');) {
+        each.push_back(one);
+    }
+    return each;
+}
+
 std::vector<SwitchesRow> ReadSwitches() {
     std::vector<SwitchesRow> rows;
     std::string reason;

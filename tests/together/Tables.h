@@ -49,6 +49,7 @@ inline void PrintTo(const SwitchesRow& row, std::ostream* out) {
 
 /// These throw std::runtime_error with the line that is not as expected.
 std::vector<DefectRow> ReadDefects();
+std::vector<std::string> ReadEachSwitch();
 std::vector<SwitchesRow> ReadSwitches();
 std::vector<Recipe> ReadRecipes();
 

@@ -16,12 +16,29 @@ bool IsHeldAgainst(const Finding& finding) {
     return finding.verdict == result::Verdict::Fail || finding.verdict == result::Verdict::Warning;
 }
 
-/// @return the verdict of one check, as far as the log is whole and the user is strict
+/// @return whether what proves a failure comes before what the judge misread
+bool IsProvedBefore(const result::Evidence& misread, const Finding& finding) {
+    return !finding.evidence.empty() && finding.evidence.front().file == misread.file &&
+           finding.evidence.front().line < misread.line;
+}
+
+bool MayBeMisread(const Finding& finding, const Run& run, Needs needs) {
+    return run.misread.Any() &&
+           (needs == Needs::OwnReading ||
+            (needs == Needs::WholeLog && !IsProvedBefore(run.misread.Lines().front(), finding)));
+}
+
+/// @return the verdict of one check, as far as the log is whole and understood, and the user is strict
 Finding Judged(const Check& check, const Run& run, const Limits& limits) {
     Finding finding = check.judge(run, limits);
     if (check.needs == Needs::WholeLog && IsHeldAgainst(finding) && IsIncomplete(run)) {
         finding.verdict = result::Verdict::Inconclusive;
         finding.found = "the log does not hold all of the run; as far as it goes, " + finding.found;
+    } else if (IsHeldAgainst(finding) && MayBeMisread(finding, run, check.needs)) {
+        finding.verdict = result::Verdict::Inconclusive;
+        finding.found =
+            "the judge misread what the harness asked for (see log.understood); as it reads it, " +
+            finding.found;
     }
     if (finding.verdict == result::Verdict::Warning && limits.isStrict) {
         finding.verdict = result::Verdict::Fail;

@@ -31,6 +31,7 @@ struct Finding {
 enum class Needs {
     Nothing,
     WholeLog,     // a failure follows from everything before it, so an incomplete log proves none
+    OwnReading,   // a failure follows from what the judge, and not the harness, reads out of a message
     MaxReaction,  // left out unless the user gives a limit
     Delivered     // left out unless the user names the folder of the delivered files
 };

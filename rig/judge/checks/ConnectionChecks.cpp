@@ -77,6 +77,18 @@ Finding LogIsWhole(const Run& run, const Limits& /*limits*/) {
                               "harness was killed, aborted or still runs");
 }
 
+Finding LogIsUnderstood(const Run& run, const Limits& /*limits*/) {
+    const std::string expected = "every request as long as the judge believes";
+    return run.misread.Any()
+               ? Inconclusive(
+                     expected,
+                     Words("the judge misread what the harness asked for, a fault of its own: nothing "
+                           "that follows from it is held against the DVR",
+                           run.misread),
+                     run.misread)
+               : Pass(expected, "every request is");
+}
+
 Finding ConnectionMade(const Run& run, const Limits& limits) {
     const std::string expected = "a connection of the DVR";
     if (run.Saw(log::Sign::Connected) || run.Saw(log::Sign::Expecting)) {
@@ -99,12 +111,14 @@ Finding ConnectionOpened(const Run& run, const Limits& limits) {
         return Inconclusive(expected, "the log begins after the opening");
     }
     if (run.Saw(log::Sign::NoRequest)) {
-        return Fail(expected, "a message without req", run.Of(log::Sign::NoRequest));
+        return Fail(expected, Words("a message without req", run.Of(log::Sign::NoRequest)),
+                    run.Of(log::Sign::NoRequest));
     }
     if (!run.received.empty()) {
-        return Fail(expected, "another message", run.received.begin()->second);
+        return Fail(expected, "another message (" + run.opening + ")", run.received.begin()->second);
     }
-    if (run.Saw(log::Sign::Connected) && RanForLong(run, limits) && !run.HarnessEnded()) {
+    if (run.Saw(log::Sign::Connected) && RanForLong(run, limits) && !run.HarnessEnded() &&
+        !run.Saw(log::Sign::Expecting)) {
         return Fail(expected, "the DVR connected and sent nothing", run.Of(log::Sign::Connected));
     }
     return NotReached(expected, "no message that could be read");
@@ -115,7 +129,9 @@ Finding ConnectionKept(const Run& run, const Limits& /*limits*/) {
     const bool isDone = run.doneSent.Any() && !run.isExporting;
     for (const result::Evidence& assertion : run.assertions.Lines()) {
         if (!isDone && IsSecondConnection(assertion)) {
-            return Fail(expected, "the DVR opened a second connection while the first was served",
+            return Fail(expected,
+                        "the DVR opened a second connection while the first was served (" +
+                            run.AfterWhat().substr(2) + ")",
                         run.assertions);
         }
     }
@@ -141,6 +157,9 @@ const std::vector<Check>& ConnectionChecks() {
          "\"Sending DONE\", \"shutting down\" or an assertion at the end; slices of every message without a "
          "gap",
          Always, LogIsWhole},
+        {"log.understood", "The judge knows what the harness asks for.",
+         "the length of each request, \"hdr[\", against what the judge believes was asked for",
+         With<log::Sign::HeaderByte>, LogIsUnderstood},
         {"harness.ran", "The harness could do its part.",
          "\"bind failed: \", \"Could not install SIGINT handler\", an assertion that is not about the DVR, "
          "the shell's complaint about the marker",

@@ -91,10 +91,10 @@ Finding DeliveryHalf(const Run& run, const Limits& /*limits*/) {
 
 Finding DeliveryUnasked(const Run& run, const Limits& /*limits*/) {
     const DeliveryFacts& facts = *run.delivery;
-    const bool isWhole = run.hasStart && !run.damaged.Any();
+    const bool isWhole = run.hasStart && !run.damaged.Any() && !run.misread.Any();
     return FirstOf({{facts.unasked, isWhole ? Verdict::Fail : Verdict::Inconclusive,
                      isWhole ? "a file that nobody asked for"
-                             : "a file that nobody asked for, as far as the log goes, which is not whole"},
+                             : "a file that nobody asked for, as far as the log is whole and understood"},
                     {facts.undated, Verdict::Inconclusive,
                      "a file that nobody asked for, written at another time than the run's"},
                     {facts.unseen, Verdict::Inconclusive, "a folder that cannot be read"}},

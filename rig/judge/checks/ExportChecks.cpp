@@ -29,15 +29,17 @@ Finding EventListSource(const Run& run, const Limits& /*limits*/) {
 
 Finding EventListEvents(const Run& run, const Limits& /*limits*/) {
     const std::string expected = "an identifier for each event in EVENT_LIST";
-    if (run.Saw(log::Sign::NoEvents)) {
+    if (run.Saw(log::Sign::NoEvents) && !run.listedElsewhere.Any()) {
         return Inconclusive(expected,
                             "no event was listed: the log cannot tell whether the DVR has none, and nothing "
                             "was exported",
                             run.Of(log::Sign::NoEvents));
     }
-    return NoneOf({{run.Of(log::Sign::EventWithoutText), "an event without identifier in EVENT_LIST"},
-                   {run.Of(log::Sign::NoEventTag), "EVENT_LIST without events"}},
-                  run.Received("EVENT_LIST") > 0, expected, "no EVENT_LIST");
+    return NoneOf(
+        {{run.listedElsewhere, "EVENT_LIST with its events where the harness does not look for them"},
+         {run.Of(log::Sign::EventWithoutText), "an event without identifier in EVENT_LIST"},
+         {run.Of(log::Sign::NoEventTag), "EVENT_LIST without events"}},
+        run.Received("EVENT_LIST") > 0, expected, "no EVENT_LIST");
 }
 
 Finding EventsOnce(const Run& run, const Limits& /*limits*/) {
@@ -119,10 +121,12 @@ Finding ExportDone(const Run& run, const Limits& limits) {
     }
     if (!run.pending.empty() && IsUnanswered(run, run.pending.front(), limits)) {
         const Request& request = run.pending.front();
+        const std::string where = request.mistake.empty()
+                                      ? "no " + request.expects + " came"
+                                      : "the only " + request.expects + " was one that the harness ignores";
         return Fail(expected,
-                    request.isMistaken ? "the export stopped where the only " + request.expects +
-                                             " was one that the harness ignores"
-                                       : "the export stopped where no " + request.expects + " came",
+                    fmt::format("the export stopped where {} ({})", where,
+                                request.mistake.empty() ? run.AfterWhat().substr(2) : request.mistake),
                     run.Of(log::Sign::ShuttingDown));
     }
     return NotReached(expected, "the log ends before that");
@@ -138,7 +142,8 @@ const std::vector<Check>& ExportChecks() {
          "\"'event' found with no text\", \"could not find 'event' tag in EVENT_LIST message\", \"Got "
          "EVENT_LIST message with no events\"",
          IsSecondDialect, EventListEvents},
-        {"event-list.once", "No event is listed twice.", "the identifiers in the list", IsExport, EventsOnce},
+        {"event-list.once", "No event is listed twice.", "the identifiers in the list", IsExport, EventsOnce,
+         Needs::OwnReading},
         {"event.reid", "EVENT is about the event asked for.",
          "\"Handle_EVENT_msg: 'reid' attribute incorrect: \", reid against the request", IsSecondDialect,
          EventReid},
@@ -148,8 +153,8 @@ const std::vector<Check>& ExportChecks() {
          "\"Handle_EVENT_msg: 'reid' in escaped XML incorrect: \", the description itself",
          IsExport, Description},
         {"event.files", "An event has files; in 1.0 one without is a warning if others have.",
-         "\"Got EVENT message with no files to receive\", the description itself", IsExport,
-         DescriptionFiles},
+         "\"Got EVENT message with no files to receive\", the description itself", IsExport, DescriptionFiles,
+         Needs::OwnReading},
         {"file-complete.attributes", "FILE_COMPLETE names event and file.",
          "\"Got FILE_COMPLETE without both reid and file\"", IsExport, FileAttributes},
         {"file-complete.identity", "Every file requested is completed once, in order.",

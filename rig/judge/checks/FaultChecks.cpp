@@ -38,7 +38,7 @@ Finding Answered(const Run& run, Fault fault, const std::string& expected, const
     }
     for (const Request& request : run.pending) {
         if (request.fault == fault && IsUnanswered(run, request, limits)) {
-            return Fail(expected, "the DVR sent nothing of the kind", record.fired);
+            return Fail(expected, NothingOfTheKind(run, request), record.fired);
         }
     }
     return NotReached(expected, "the log ends before an answer came");
@@ -80,7 +80,9 @@ Finding RehashAttributes(const Run& run, const Limits& /*limits*/) {
         return NotReached("hashCode and length when a new hash is asked for", "it was never asked for");
     }
     return NoneOf({{run.Of(log::Sign::NoHash), "an answer without hashCode"},
-                   {run.Of(log::Sign::NoLength), "an answer without length"}},
+                   {run.Of(log::Sign::NoLength), "an answer without length"},
+                   {run.emptyHash, "an answer with an empty hashCode"},
+                   {run.emptyLength, "an answer with an empty length"}},
                   run.Saw(log::Sign::SameHash) || run.Saw(log::Sign::NewHash),
                   "hashCode and length when a new hash is asked for", "no answer");
 }
@@ -88,6 +90,9 @@ Finding RehashSame(const Run& run, const Limits& /*limits*/) {
     const std::string expected = "the same hash, or a report that it is a new one";
     if (!run.Of(Fault::Rehash).fired.Any()) {
         return NotReached(expected, "a new hash was never asked for");
+    }
+    if (run.emptyHash.Any()) {
+        return NotReached(expected, "no two hashes to compare");
     }
     if (run.Saw(log::Sign::NewHash)) {
         return Inconclusive(expected,

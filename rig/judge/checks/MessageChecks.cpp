@@ -6,11 +6,14 @@
 namespace rig::judge {
 namespace {
 
-Finding MessagesFramed(const Run& run, const Limits& /*limits*/) {
-    return NoneOf({{run.Of(log::Sign::BadPrefix), "a length prefix that goes on after its fifth byte"},
-                   {run.badLength, "a length prefix of 2 GiB or more"}},
-                  run.Saw(log::Sign::Expecting), "a length prefix of at most 5 bytes before every message",
-                  "no message");
+Finding MessagesFramed(const Run& run, const Limits& limits) {
+    return NoneOf(
+        {{run.Of(log::Sign::BadPrefix), "a length prefix that goes on after its fifth byte"},
+         {run.badLength, "a length prefix of 2 GiB or more"},
+         {run.wrongPrefix, "a length prefix that is not the length of the text after it"},
+         {Stalled(run, limits), "a message that does not come to the end that its length prefix announces"}},
+        run.Saw(log::Sign::Expecting), "a length prefix of at most 5 bytes before every message",
+        "no message");
 }
 
 Finding MessagesParsed(const Run& run, const Limits& /*limits*/) {
@@ -40,11 +43,14 @@ Finding MessagesAsked(const Run& run, const Limits& /*limits*/) {
 
 std::string HowUnanswered(const Run& run, const Request& request) {
     const std::string pair = request.expects + " to " + request.name;
-    if (request.isMistaken) {
+    if (!request.mistake.empty()) {
         return "the only " + pair + " is one that the harness ignores";
     }
     if (run.Saw(log::Sign::UnknownMessage)) {
         return "no " + pair + ": the DVR sent another message, or one that the dialect does not know";
+    }
+    if (run.announcement.isOpen) {
+        return "no " + pair + ": the DVR began a message and did not end it";
     }
     const bool couldClose = !request.isOvertaken && !run.Saw(log::Sign::PrefixReadError);
     return "no " + pair + ": the DVR sent none" +

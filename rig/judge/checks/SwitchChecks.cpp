@@ -21,7 +21,7 @@ Finding AnsweredBy(const Run& run, const Limits& limits, const char* answer, con
     }
     for (const Request& waiting : run.pending) {
         if (waiting.name == request && IsUnanswered(run, waiting, limits)) {
-            return Fail(expected, "the DVR sent nothing of the kind", run.Of(log::Sign::Opening));
+            return Fail(expected, NothingOfTheKind(run, waiting), run.Of(log::Sign::Opening));
         }
     }
     return NotReached(expected, "the log ends before an answer came");

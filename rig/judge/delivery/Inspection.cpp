@@ -129,7 +129,7 @@ void Inspection::LookAtFile(const Run& run, const FileName& name, const Transfer
     if (isComplete) {
         LookAtComplete(run, name, transfer, file, facts);
     } else if (isLeft && AgeOf(run, file.path, file.stamp) != Age::Before) {
-        facts.half.Add(fmt::format("{}, {} bytes", WordsOf(name), file.stamp.size), transfer.evidence);
+        facts.half.Add(fmt::format("{}: {} bytes", WordsOf(name), file.stamp.size), transfer.evidence);
     }
 }
 
@@ -176,7 +176,7 @@ void Inspection::LookAtTimes(const Run& run, const FileName& name, const Transfe
     }
     if (transfer.time && stamp.written > *transfer.time + kTolerance) {
         const double seconds = static_cast<double>(stamp.written - *transfer.time) / 1e6;
-        facts.late.Add(fmt::format("{}, {:.1f} s", WordsOf(name), seconds), transfer.evidence);
+        facts.late.Add(fmt::format("{}: after {:.1f} s", WordsOf(name), seconds), transfer.evidence);
     }
 }
 

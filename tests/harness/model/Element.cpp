@@ -1,39 +1,15 @@
 #include "tests/harness/model/Element.h"
 
+#include "tests/support/Escaped.h"
+
 namespace model {
 namespace {
-
-std::string Encoded(const std::string& text) {
-    std::string encoded;
-    for (const char byte : text) {
-        switch (byte) {
-            case '&':
-                encoded += "&amp;";
-                break;
-            case '<':
-                encoded += "&lt;";
-                break;
-            case '>':
-                encoded += "&gt;";
-                break;
-            case '"':
-                encoded += "&quot;";
-                break;
-            case '\'':
-                encoded += "&apos;";
-                break;
-            default:
-                encoded += byte;
-        }
-    }
-    return encoded;
-}
 
 std::string Start(const Element& element) {
     std::string start = "<" + element.name;
     for (const auto& [name, value] : element.attributes) {
         const char quote = value.find('"') == std::string::npos ? '"' : '\'';
-        start += " " + name + "=" + quote + Encoded(value) + quote;
+        start += " " + name + "=" + quote + Escaped(value) + quote;
     }
     return start;
 }
@@ -41,7 +17,7 @@ std::string Start(const Element& element) {
 std::string Printed(const Element& element, const std::string& newline) {
     std::string printed = Start(element);
     if (element.text) {
-        return printed + ">" + Encoded(*element.text) + "</" + element.name + ">";
+        return printed + ">" + Escaped(*element.text) + "</" + element.name + ">";
     }
     if (element.children.empty()) {
         return printed + " />";

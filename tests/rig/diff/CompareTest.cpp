@@ -74,6 +74,13 @@ TEST(Verdicts, OfSeveralRunsAreTheWorst) {
                Change::Worse, "outcome", "PASS in 2 of 2 runs", "TIMEOUT in 1 of 3 runs: too long");
 }
 
+TEST(Verdicts, ThatFailForAReasonWithOtherDetailsAreNotAChange) {
+    EXPECT_EQ(CompareRuns({RunThat("FAIL", "no answer (after 5.1 s)")},
+                          {RunThat("FAIL", "no answer (after 5.2 s)")})
+                  .change,
+              Change::Same);
+}
+
 TEST(Verdicts, ThatFailForAReasonOfAnEarlierRunAreNotAChange) {
     EXPECT_EQ(
         CompareRuns({RunWithCheck("FAIL", "one"), RunWithCheck("FAIL", "two")}, {RunWithCheck("FAIL", "two")})

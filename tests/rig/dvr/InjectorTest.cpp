@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "rig/dvr/defects/Defect.h"
@@ -229,17 +228,6 @@ TEST_F(InjectorTest, NamesTheMessagesThatADefectCanActOn) {
         Refused("close", {"event", 0, "", ""}, 1),
         "--defect close: expected one of OK, XML, FILE_COMPLETE, CONFIGURATION_UPDATE_ERROR with --on, found "
         "'event'");
-}
-
-TEST_F(InjectorTest, LetsADefectTakeNoMoreThanThereIs) {
-    const std::string honest = rig::dvr::EncodeFrame("<msg req=\"OK\"/>");
-    for (const auto& [defect, frame] :
-         {std::pair("short-prefix=1000000", std::string(1, '\0') + honest.substr(1)),
-          {"close=999999999", honest}}) {
-        Injector injector(recordings_, 2, 0);
-        injector.AddDefect(defect, {});
-        EXPECT_EQ(injector.Frame(injector.Prepare(Message("OK"))), frame) << defect;
-    }
 }
 
 TEST(DefectKinds, AreListedWithEverythingPeopleNeed) {

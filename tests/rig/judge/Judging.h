@@ -28,6 +28,16 @@ inline rig::result::Result Judged(const std::string& text, const rig::judge::Lim
     return result;
 }
 
+/// @return what a check of the run found
+inline std::string FoundBy(const std::string& id, const rig::result::RunResult& run) {
+    for (const rig::result::CheckResult& check : run.checks) {
+        if (check.id == id) {
+            return check.found;
+        }
+    }
+    return "";
+}
+
 /// @return the ids of the run's checks with this verdict, separated by blanks
 inline std::string With(rig::result::Verdict verdict, const rig::result::RunResult& run) {
     std::string ids;

@@ -11,6 +11,38 @@ namespace {
 
 using rig::result::Verdict;
 
+struct RealLogCase {
+    const char* log;
+    const char* failed;
+    const char* inconclusive;
+};
+
+void PrintTo(const RealLogCase& one, std::ostream* out) {
+    *out << one.log;
+}
+
+class RealLogs : public testing::TestWithParam<RealLogCase> {};
+
+TEST_P(RealLogs, GetTheirVerdict) {
+    const auto result = Judged(RealLog(GetParam().log));
+    ASSERT_EQ(result.runs.size(), 1U);
+    EXPECT_EQ(With(Verdict::Fail, result.runs[0]), GetParam().failed);
+    EXPECT_EQ(With(Verdict::Inconclusive, result.runs[0]), GetParam().inconclusive);
+    EXPECT_EQ(With(Verdict::Environment, result.runs[0]), "");
+    if (std::string(GetParam().failed).empty() && std::string(GetParam().inconclusive).empty()) {
+        EXPECT_EQ(rig::result::WorstOf(result), Verdict::Pass);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Stored, RealLogs,
+    testing::Values(RealLogCase{"clean-1.0", "", ""}, RealLogCase{"clean-2.0", "", ""},
+                    RealLogCase{"all-faults-2.0", "", "rehash.fired"},
+                    RealLogCase{"d1-wrong-file", "requests.answered file-complete.identity export.done", ""},
+                    RealLogCase{"d2-missing-source", "event-list.source", ""},
+                    RealLogCase{"d2-no-answer-on-EVENT_XFER_ACK",
+                                "requests.answered event-ack.reid export.done", ""}));
+
 TEST(RealLog, NamesTheLinesThatProveAFailure) {
     const auto result = Judged(RealLog("d2-missing-source"));
     for (const auto& check : result.runs.at(0).checks) {

@@ -14,6 +14,12 @@ std::string At(int second, const std::string& text) {
     return "2026-11-20T14:00:0" + std::to_string(second) + ".000000Z velloran 1 velloran:1 " + text + "\n";
 }
 
+/// @return the log with another length announced for the request that follows this line
+std::string WithAnotherLength(std::string log, const std::string& line, const char* length = "7f") {
+    const std::size_t byte = log.find("]= ", log.find(line)) + 3;
+    return log.replace(byte, log.find('\n', byte) - byte, length);
+}
+
 TEST(Runs, BeginAnewWithASwitchOrAConnection) {
     const std::string run = RealLog("clean-2.0");
     EXPECT_EQ(Judged(run + RealLog("clean-1.0") + run).runs.size(), 3U);
@@ -85,6 +91,37 @@ TEST(Runs, InWhichTheFailureMarkerCannotBeMadeAreTheEnvironments) {
     EXPECT_EQ(With(Verdict::NotReached, result.runs.at(0)), "transport.answer");
 }
 
+TEST(Runs, InWhichARequestIsNotAsLongAsTheJudgeBelievesAreInconclusive) {
+    const auto result = Judged(WithAnotherLength(RealLog("clean-2.0"), "'reid' attribute in EVENT msg"));
+    EXPECT_EQ(With(Verdict::Inconclusive, result.runs.at(0)), "log.understood");
+    EXPECT_EQ(
+        FoundBy("log.understood", result.runs.at(0)),
+        "the judge misread what the harness asked for, a fault of its own: nothing that follows from it "
+        "is held against the DVR (GET_FILE Event1/Event1.xml: 90 bytes as the judge believes, 127 as it "
+        "went out)");
+}
+
+TEST(Runs, BlameTheDvrForNothingThatFollowsFromWhatTheJudgeMisread) {
+    const std::string log = RealLog("d2-no-answer-on-EVENT_XFER_ACK");
+    const auto before = Judged(WithAnotherLength(log, "calling SendFileRequest"));
+    EXPECT_EQ(With(Verdict::Fail, before.runs.at(0)), "");
+    EXPECT_EQ(With(Verdict::Inconclusive, before.runs.at(0)),
+              "log.understood requests.answered event-ack.reid export.done");
+    EXPECT_EQ(
+        FoundBy("event-ack.reid", before.runs.at(0)).find("the judge misread what the harness asked for"),
+        0U);
+}
+
+TEST(Runs, BlameTheDvrForWhatCameBeforeTheJudgeMisreadARequest) {
+    const std::string log = RealLog("d1-wrong-file");
+    const std::string start = log.substr(0, log.rfind('\n', log.find("shutting down")) + 1);
+    const std::string again = log.substr(log.rfind('\n', log.find("expecting")) + 1);
+    const auto result = Judged(start + WithAnotherLength(again, "got an OK"));
+    EXPECT_EQ(With(Verdict::Fail, result.runs.at(0)),
+              "messages.asked requests.answered file-complete.identity");
+    EXPECT_EQ(With(Verdict::Inconclusive, result.runs.at(0)), "log.understood export.done");
+}
+
 /// A log up to and with the line that asks for the list of events; nothing has answered.
 std::string UpToTheFirstRequest() {
     const std::string log = RealLog("clean-2.0");
@@ -126,7 +163,8 @@ TEST(Runs, ThatEndAtAConnectionAfterDonePass) {
 }
 
 TEST(Runs, ThatEndAtAConnectionAfterDoneLeaveOpenWhetherTheDvrStayedAway) {
-    const auto result = Judged(At(1, "doneDuration set to 1") + ExportAndAnotherConnection());
+    const std::string log = WithAnotherLength(ExportAndAnotherConnection(), "Sending DONE", "35");
+    const auto result = Judged(At(1, "doneDuration set to 1") + log);
     EXPECT_EQ(With(Verdict::Fail, result.runs.at(0)), "");
     EXPECT_EQ(With(Verdict::Inconclusive, result.runs.at(0)), "duration.answer");
 }
@@ -199,7 +237,8 @@ TEST(Runs, TellThatASwitchMeansNothingToProtocolOne) {
 
 // A DVR that answers the request after a wrong prefix as if the frame were whole.
 TEST(Runs, FailWhereAFrameThatIsTooShortIsAnswered) {
-    std::string log = At(1, "'sizeError' flag set") + RealLog("clean-1.0");
+    std::string log =
+        At(1, "'sizeError' flag set") + WithAnotherLength(RealLog("clean-1.0"), "got an OK", "1f");
     log.insert(log.rfind('\n', log.find("hdr[")) + 1, At(2, "sent: size= 1/30/20  'TEXT'"));
     EXPECT_EQ(With(Verdict::Fail, Judged(log).runs.at(0)), "size.answer");
 }

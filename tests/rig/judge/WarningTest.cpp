@@ -21,6 +21,8 @@ constexpr const char* kWithoutVideo = "<string>&lt;recording-event reid=\"E2\"/&
 constexpr const char* kFound =
     "a description without files, which 1.0 allows: nothing of that event is exported";
 
+constexpr const char* kShown = " (<recording-event reid=\"E2\"/>)";
+
 /// An export in 1.0 of what is described.
 std::string ExportOf(const std::string& descriptions) {
     MadeUpLog log(1);
@@ -52,7 +54,7 @@ TEST(Warning, FailsWhereTheUserIsStrict) {
     EXPECT_EQ(With(Verdict::Fail, result.runs.at(0)), "event.files");
     for (const auto& check : result.runs.at(0).checks) {
         if (check.id == "event.files") {
-            EXPECT_EQ(check.found, kFound);
+            EXPECT_EQ(check.found, std::string(kFound) + kShown);
             EXPECT_EQ(check.expected,
                       "at least one file for each event (else a warning, which --strict makes a failure)");
         }
@@ -71,7 +73,7 @@ TEST(EventFiles, FailWhereNothingCanBeExported) {
 TEST(Warning, StandsInTheTextWithItsSentence) {
     const std::string text = result::TextReport(Judged(kWarned + RealLog("clean-1.0")), false);
     EXPECT_NE(text.find("WARNING event.files\n"), std::string::npos);
-    EXPECT_NE(text.find(std::string("found:    ") + kFound + "\n"), std::string::npos) << text;
+    EXPECT_NE(text.find(std::string("found:    ") + kFound + kShown + "\n"), std::string::npos) << text;
     EXPECT_NE(text.find("event.files                    W   .\n"), std::string::npos);
     EXPECT_NE(text.find("\nWARNING: 2 runs, "), std::string::npos);
     EXPECT_NE(text.find(" 0 known, 1 warning\n"), std::string::npos);

@@ -5,7 +5,7 @@
 
 #include "protocol/v1_0/VelProtocol_1_0.h"
 #include "tests/harness/unit/support/HarnessTest.h"
-#include "tests/harness/unit/support/Markup.h"
+#include "tests/support/Escaped.h"
 
 /// A test of one protocol object of the older dialect, and the texts that are sent in it.
 class Dialogue_1_0 : public HarnessTest {

@@ -1,6 +1,6 @@
 #include "tests/harness/unit/v2_0/Dialogue.h"
 
-#include "tests/harness/unit/support/Markup.h"
+#include "tests/support/Escaped.h"
 
 namespace {
 

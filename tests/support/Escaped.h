@@ -1,8 +1,11 @@
-#include "tests/harness/unit/support/Markup.h"
+#pragma once
 
-std::string Escaped(const std::string& markup) {
+#include <string>
+
+/// Text as it is in a document, inside an element or an attribute.
+inline std::string Escaped(const std::string& text) {
     std::string escaped;
-    for (const char character : markup) {
+    for (const char character : text) {
         switch (character) {
             case '&':
                 escaped += "&amp;";
@@ -15,6 +18,9 @@ std::string Escaped(const std::string& markup) {
                 break;
             case '"':
                 escaped += "&quot;";
+                break;
+            case '\'':
+                escaped += "&apos;";
                 break;
             default:
                 escaped += character;

@@ -1,0 +1,55 @@
+#include "rig/judge/Difference.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "rig/base/Printable.h"
+
+namespace rig::judge {
+namespace {
+
+constexpr std::size_t kShownBytesThatDiffer = 4;  // bytes
+
+bool IsPlain(char byte) {
+    return byte > ' ' && byte < 0x7f;
+}
+
+bool IsPlainText(const std::string& text) {
+    return std::all_of(text.begin(), text.end(), IsPlain);
+}
+
+bool GoesOn(char byte) {
+    return (byte & 0xc0) == 0x80;  // a character of UTF-8
+}
+
+std::string BytesAt(const std::string& text, std::size_t at) {
+    std::string hex;
+    for (const char byte : text.substr(at, kShownBytesThatDiffer)) {
+        hex += fmt::format("{}{:02x}", hex.empty() ? "" : " ", static_cast<unsigned char>(byte));
+    }
+    return hex.empty() ? "missing" : hex;
+}
+
+}  // namespace
+
+std::string Difference(const std::string& actual, const std::string& expected) {
+    if (actual == expected || (IsPlainText(actual) && IsPlainText(expected))) {
+        return "";
+    }
+    const std::size_t shorter = std::min(actual.size(), expected.size());
+    const auto differs = std::mismatch(actual.begin(), actual.begin() + static_cast<std::ptrdiff_t>(shorter),
+                                       expected.begin());
+    auto at = static_cast<std::size_t>(differs.first - actual.begin());
+    while (at > 0 && at < shorter && (GoesOn(actual[at]) || GoesOn(expected[at]))) {
+        --at;
+    }
+    return fmt::format("; from byte {} on: {} instead of {}", at + 1, BytesAt(actual, at),
+                       BytesAt(expected, at));
+}
+
+std::string Instead(const std::string& actual, const std::string& expected) {
+    return Printable(actual) + " instead of " + Printable(expected) + Difference(actual, expected);
+}
+
+}  // namespace rig::judge

@@ -1,0 +1,145 @@
+#include <gtest/gtest.h>
+
+#include <map>
+#include <optional>
+#include <string>
+
+#include "rig/judge/Framing.h"
+
+namespace rig::judge {
+namespace {
+
+/// A message of this many bytes.
+std::string MessageOf(std::size_t size) {
+    const std::string start = "<msg req=\"FILE_COMPLETE\" file=\"";
+    return start + std::string(size - start.size() - 3, 'x') + "\"/>";
+}
+
+/// What comes as a text if the bytes before the message are taken for a prefix up to the one that ends it.
+std::string TextAfter(const std::string& header, const std::string& message) {
+    std::uint32_t size = 0;
+    std::size_t length = 0;
+    unsigned char byte = 0x80;
+    for (; (byte & 0x80) != 0; ++length) {
+        byte = static_cast<unsigned char>((header + message)[length]);
+        size |= (byte & 0x7fU) << (7 * length);
+    }
+    return (header + message).substr(length, size);
+}
+
+TEST(Framing, HasOneShortestPrefixForEachSize) {
+    EXPECT_EQ(PrefixFor(0), "00");
+    EXPECT_EQ(PrefixFor(127), "7f");
+    EXPECT_EQ(PrefixFor(128), "80 01");
+    EXPECT_EQ(PrefixFor(300), "ac 02");
+    EXPECT_EQ(PrefixFor(0xfffffffe), "fe ff ff ff 0f");
+}
+
+TEST(Framing, ProvesALengthInOneByteWhereTheConnectionEnds) {
+    const FramingFault fault = ExplainMissing(7680, 127);
+    EXPECT_EQ(
+        fault.words,
+        "prefix 80 3c, which announces 7680 bytes; 127 came: its last byte, 3c, is the \"<\" that a text "
+        "begins with, so that 80 was meant as the length; right for 128 bytes is 80 01");
+    EXPECT_TRUE(fault.isProved);
+    EXPECT_FALSE(ExplainMissing(7680, 126).isProved) << "a good prefix, as far as one can know";
+}
+
+TEST(Framing, TellsOfALengthInOneByteWhereNothingMoreCame) {
+    const FramingFault fault = ExplainMissing(7680, std::nullopt);
+    EXPECT_EQ(
+        fault.words,
+        "prefix 80 3c, which announces 7680 bytes; they did not come: its last byte, 3c, may be the \"<\" "
+        "that a text begins with, so that 80 was meant as the length; right for 128 bytes is 80 01");
+    EXPECT_FALSE(fault.isProved);
+}
+
+TEST(Framing, ProvesGroupsWithTheHighestFirst) {
+    const FramingFault fault = ExplainMissing(5634, 300);
+    EXPECT_EQ(
+        fault.words,
+        "prefix 82 2c, which announces 5634 bytes; 300 came: that many it announces if the highest 7 bits "
+        "come first; right for 300 bytes is ac 02");
+    EXPECT_TRUE(fault.isProved);
+}
+
+TEST(Framing, SuspectsAPrefixThatCountsItself) {
+    const FramingFault fault = ExplainMissing(302, 300);
+    EXPECT_EQ(
+        fault.words,
+        "prefix ae 02, which announces 302 bytes; 300 came: as if it counted itself; right for 300 bytes is "
+        "ac 02");
+    EXPECT_FALSE(fault.isProved) << "or the connection ended a moment too soon";
+}
+
+TEST(Framing, ProvesALengthInWholeBytesBeforeTheText) {
+    const std::string message = MessageOf(300);
+    for (const auto& [header, words] : std::map<std::string, std::string>{
+             {std::string("\x2c\x01", 2),
+              "2c 01 came before the text, as if the length had 2 bytes of 8 bits, lowest first; right for "
+              "300 "
+              "bytes is ac 02"},
+             {std::string("\x2c\x01\0\0", 4),
+              "2c 01 00 00 came before the text, as if the length had 4 bytes of 8 bits, lowest first; right "
+              "for "
+              "300 bytes is ac 02"},
+             {"300\n",
+              "33 30 30 0a came before the text, the length in digits; right for 300 bytes is ac 02"}}) {
+        const FramingFault fault = ExplainText(TextAfter(header, message));
+        EXPECT_EQ(fault.words, words);
+        EXPECT_TRUE(fault.isProved);
+    }
+    const std::string shorter = MessageOf(100);
+    EXPECT_EQ(
+        ExplainText(TextAfter(std::string("\x64\0\0\0", 4), shorter)).words,
+        "64 00 00 00 came before the text, as if the length had 4 bytes of 8 bits, lowest first; right for "
+        "100 bytes is 64");
+}
+
+TEST(Framing, ProvesThatNoPrefixCame) {
+    const FramingFault fault = ExplainText(TextAfter("", MessageOf(300)));
+    EXPECT_EQ(fault.words.find("no prefix came: the text's first byte, 3c, was taken for one"), 0U);
+    EXPECT_TRUE(fault.isProved);
+}
+
+TEST(Framing, ProvesThatCharactersAreCountedInsteadOfBytes) {
+    const std::string message = "<msg req=\"XML\" a=\"\xc3\xa4\xc3\xb6\"></msg>";
+    const FramingFault fault = ExplainText(message.substr(0, message.size() - 2));
+    EXPECT_EQ(fault.words,
+              "prefix 1c, which announces 28 bytes, 2 too few if the text goes on: it breaks off before "
+              "\"g>\", as if "
+              "characters were counted instead of bytes; right for 30 bytes is 1e");
+    EXPECT_TRUE(fault.isProved);
+    EXPECT_FALSE(ExplainText(message.substr(0, message.size() - 1)).isProved);
+}
+
+TEST(Framing, ShowsWhereATextIsNotXml) {
+    const FramingFault fault = ExplainText("<msg req=\"XML\"><a></b></msg>");
+    EXPECT_EQ(fault.words,
+              "prefix 1c, which announces 28 bytes; Start-end tags mismatch at byte 21: <msg "
+              "req=\"XML\"><a></b></msg>");
+    EXPECT_FALSE(fault.isProved);
+}
+
+TEST(Framing, ShowsATextThatIsShorterThanAnyMessage) {
+    EXPECT_EQ(ExplainText("<msg ").words,
+              "prefix 05, which announces 5 bytes, fewer than any message has: <msg ");
+    EXPECT_EQ(ExplainText("").words, "prefix 00, which announces 0 bytes, fewer than any message has");
+}
+
+TEST(Framing, ProvesAPrefixThatTakesInTheNextMessage) {
+    const std::string text = "<msg req=\"OK\"/>\x0f<msg req=\"OK\"/>";
+    pugi::xml_document document;
+    document.load_string(text.c_str());
+    const auto fault = ExplainSecond(text, document.child("msg"));
+    ASSERT_TRUE(fault);
+    EXPECT_EQ(
+        fault->words,
+        "prefix 1f, which announces 31 bytes: after 15 of them 0f comes, as a prefix, and another message; "
+        "right for 15 bytes is 0f");
+    document.load_string("<msg req=\"OK\"/>");
+    EXPECT_FALSE(ExplainSecond("<msg req=\"OK\"/>", document.child("msg")));
+}
+
+}  // namespace
+}  // namespace rig::judge
