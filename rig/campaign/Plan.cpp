@@ -57,8 +57,8 @@ Rig RigOf(const RunOptions& options, std::uint32_t seed) {
     rig.hooks = options.hooks;
     rig.patience = options.patience;
     rig.linger = options.linger;
-    rig.limits = {options.patience.answer, options.maxReaction, options.strict,
-                  judge::PlaceOf(options.delivery)};
+    rig.limits = {
+        options.patience.answer, options.maxReaction, options.strict, {}, judge::PlaceOf(options.delivery)};
     if (rig.limits.delivered) {
         rig.limits.delivered->isLive = true;
     }
@@ -127,6 +127,7 @@ CampaignRecord RecordOf(const RunOptions& options, const Rig& rig) {
     record.repeat = options.repeat;
     record.patience = options.patience;
     record.maxReaction = options.maxReaction;
+    record.linger = options.linger;
     record.isStrict = options.strict;
     record.cases = PlannedCases(options);
     return record;

@@ -26,7 +26,7 @@ struct RunOptions {
     std::optional<std::string> dvr;  // command; empty: the simulated DVR; none: wait for a recorder
     HookCommands hooks;
     Patience patience;
-    double linger = 0;                  // seconds
+    std::optional<double> linger;       // seconds; none: as long as -d asks
     std::optional<double> maxReaction;  // milliseconds
     bool strict = false;                // a warning fails
     std::string known;                  // list of known failures

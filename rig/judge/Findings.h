@@ -48,7 +48,8 @@ std::string Words(const std::string& found, const Tally& tally);
 Finding NoneOf(std::initializer_list<Bad> bad, bool reached, const std::string& expected,
                const std::string& notReached);
 
-/// @return the seconds from a request to the end of the log; 0 if the log has no times
+/// @return the seconds from a request, or the last word that it is being answered, to the end of the log; 0
+/// if the log has no times
 double Waited(const Run& run, const Request& request);
 
 /// @return whether a request has waited so long that no answer can be expected any more

@@ -13,6 +13,12 @@ bool IsAssertion(std::string_view line) {
            line.find(": Assertion `") != std::string_view::npos;
 }
 
+/// The library's message on standard error: "terminate called after throwing an instance of 'TYPE'", and
+/// below it "  what():  TEXT".
+bool IsException(std::string_view line) {
+    return line.find("terminate called ") != std::string_view::npos || StartsWith(line, "  what():  ");
+}
+
 result::RunResult Judged(const Run& run, const Limits& limits) {
     result::RunResult result;
     result.name = run.begin.file + ":" + std::to_string(run.begin.line);
@@ -45,6 +51,10 @@ Judge::Judge(const Limits& limits, const Keep& keep, TakeRun take)
     }
 }
 
+bool IsLastWord(std::string_view line) {
+    return IsAssertion(line) || IsException(line);
+}
+
 ReadLine Judge::Add(const std::string& file, std::uint64_t number, std::string_view line) {
     const auto statement = log::ReadStatement(line);
     if (!statement) {
@@ -73,6 +83,8 @@ void Judge::AddError(const Place& place) {
     const auto run = open_.find(last_);
     if (run != open_.end() && IsAssertion(place.text)) {
         run->second->AddAssertion(place);
+    } else if (run != open_.end() && IsException(place.text)) {
+        run->second->AddException(place);
     } else if (run != open_.end() && IsMarkerFailure(place.text)) {
         run->second->AddMarkerFailure(place);
     }

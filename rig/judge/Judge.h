@@ -20,6 +20,10 @@ namespace rig::judge {
 /// marker, which happens when "/mnt/hd" is missing or cannot be written
 bool IsMarkerFailure(std::string_view line);
 
+/// @return whether a line of the harness's standard error says why the harness aborts: a failed assertion, or
+/// an exception
+bool IsLastWord(std::string_view line);
+
 /// What a line of a log is. Valid until the next line.
 struct ReadLine {
     std::optional<log::Statement> statement;  // nothing if the harness did not write the line
@@ -41,6 +45,9 @@ class Judge {
     /// newline
     /// @return what it is
     ReadLine Add(const std::string& file, std::uint64_t number, std::string_view line);
+
+    /// Takes what the rig saw after DONE. It counts in the verdicts on runs that are not over yet.
+    void Take(const AfterDone& after) { limits_.after = after; }
 
     /// @return whether a run has begun and none is in progress
     bool IsOver() const;

@@ -93,7 +93,8 @@ class LogsJudged {
 
     void Run() {
         const bool wantsSteps = options_.timeline || !options_.json.empty() || !options_.html.empty();
-        Limits limits{options_.patience, options_.maxReaction, options_.strict, PlaceOf(options_.delivery)};
+        Limits limits{
+            options_.patience, options_.maxReaction, options_.strict, {}, PlaceOf(options_.delivery)};
         if (limits.delivered) {
             limits.delivered->progress = ShownProgress();
         }

@@ -45,11 +45,11 @@ RunModel::RunModel(const Place& begin, const Keep& keep) : keep_(keep) {
 }
 
 bool RunModel::StartsAnother(Sign sign) const {
-    return run_.assertions.Any() || reader_.StartsAnother(sign);
+    return HasAborted() || reader_.StartsAnother(sign);
 }
 
 bool RunModel::IsOver() const {
-    return HasEnded() || run_.Saw(Sign::ClosingClient) || run_.assertions.Any() ||
+    return HasEnded() || run_.Saw(Sign::ClosingClient) || HasAborted() ||
            (run_.doneSent.Any() && !run_.isExporting && run_.switches.protocol == 2 &&
             run_.switches.closeEarly == 0);
 }
@@ -182,6 +182,16 @@ void RunModel::AddAssertion(const Place& place) {
     AddStep(Step::Kind::Note, place.text, place);
 }
 
+void RunModel::AddException(const Place& place) {
+    if (!run_.HarnessEnded()) {
+        const std::string& name = reader_.LastMessage().name;
+        (name == "EVENT" || name == "XML" ? run_.deadlyDescriptions : run_.deadlyMessages)
+            .Add(place, hasText_ ? Shown(reader_.LastMessage()) : "");
+    }
+    run_.exceptions.Add(place);
+    AddStep(Step::Kind::Note, place.text, place);
+}
+
 void RunModel::AddMarkerFailure(const Place& place) {
     run_.markerFailures.Add(place);
 }
@@ -251,6 +261,9 @@ void RunModel::TakeListed(const log::Listed& listed, const Place& place) {
     add(run_.noEvent, listed.noEvent, DescriptionFault::NoEvent);
     add(run_.noFiles, listed.noFiles, DescriptionFault::NoFiles);
     add(run_.namelessFiles, listed.namelessFiles, DescriptionFault::NamelessFile);
+    for (std::size_t time = 0; time < listed.notFiles; ++time) {
+        run_.notFiles.Add(place, Shown(reader_.LastMessage()));
+    }
     if (listed.noDescriptions) {
         run_.noDescriptions.Add(place, Shown(reader_.LastMessage()));
     }
@@ -286,7 +299,6 @@ void RunModel::TakeRejection(const log::Statement& statement, const Place& place
 
 void RunModel::TakeRequest(const Place& place) {
     Request request{reader_.LastRequest(), "", now_, false, "", place.Proof()};
-    request.expects = AnswerTo(request.name, request.fault, run_.switches.protocol);
     if (keep_.steps) {
         AddStep(Step::Kind::FromHarness, request.Words(), place);
     }

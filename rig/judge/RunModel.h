@@ -35,6 +35,9 @@ class RunModel {
     /// Takes the message of a failed assertion of the harness, from its standard error.
     void AddAssertion(const Place& place);
 
+    /// Takes what the library says, on standard error, of an exception that ends the harness.
+    void AddException(const Place& place);
+
     /// Takes a line of the harness's standard error that says it could not make the failure marker.
     void AddMarkerFailure(const Place& place);
 
@@ -48,6 +51,7 @@ class RunModel {
     Run TakeFacts() { return std::move(run_); }
 
  private:
+    bool HasAborted() const { return run_.assertions.Any() || run_.exceptions.Any(); }
     void Note(const log::Statement& statement, const Place& place);
     std::string NoteOn(const log::Statement& statement);
     void TakeDetails(const log::Statement& statement, const Place& place);

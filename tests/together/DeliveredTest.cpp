@@ -15,14 +15,14 @@ std::vector<Recipe> Delivering() {
     std::vector<Recipe> recipes;
     for (const std::string dialect : {"1", "2"}) {
         for (const std::string hash : {"crc32", "md5", "sha1", "sha256"}) {
-            recipes.push_back({dialect + "_" + hash, dialect, "", "", "", deliver + " --hash " + hash});
+            recipes.push_back({dialect + "_" + hash, dialect, "", "", deliver + " --hash " + hash});
         }
     }
     for (const std::string switches : {"-r", "-t", "-x", "-f", "-t -r", "-c 1"}) {
         std::string name = "2" + switches;
         name.erase(std::remove(name.begin(), name.end(), ' '), name.end());
         std::replace(name.begin(), name.end(), '-', '_');
-        recipes.push_back({name, "2", "", switches, "", deliver});
+        recipes.push_back({name, "2", "", switches, deliver});
     }
     return recipes;
 }

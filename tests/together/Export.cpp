@@ -21,8 +21,7 @@ constexpr int kWaitedInVain = 3;                         // status of the DVR
 
 std::vector<std::string> Arguments(const Recipe& recipe) {
     const bool twice = recipe.switches.find("-x") not_eq std::string::npos;
-    std::vector<std::string> all = {"--protocol", recipe.dialect, "--recordings",
-                                    VELLORAN_TOGETHER "/recordings", "--timeout", "5", "--frame-timeout", "1",
+    std::vector<std::string> all = {"--protocol", recipe.dialect, "--timeout", "5", "--frame-timeout", "1",
                                     "--seed", "1",
                                     // The second request must come during the transfer.
                                     "--transfer-time", twice ? "200" : "20"};
@@ -30,12 +29,14 @@ std::vector<std::string> Arguments(const Recipe& recipe) {
         const std::vector<std::string> defect = WordsOf("--defect " + recipe.defect);
         all.insert(all.end(), defect.begin(), defect.end());
     }
-    const std::string style = recipe.style.empty() ? StyleOfAll() : recipe.style;
-    if (not style.empty()) {
-        all.insert(all.end(), {"--style", style});
+    if (recipe.manners.find("--events") == std::string::npos) {
+        all.insert(all.end(), {"--recordings", VELLORAN_TOGETHER "/recordings"});
     }
-    const std::vector<std::string> further = WordsOf(recipe.options);
-    all.insert(all.end(), further.begin(), further.end());
+    const std::vector<std::string> manners = WordsOf(recipe.manners);
+    all.insert(all.end(), manners.begin(), manners.end());
+    if (manners.empty() and not StyleOfAll().empty()) {
+        all.insert(all.end(), {"--style", StyleOfAll()});
+    }
     return all;
 }
 
@@ -52,7 +53,7 @@ std::string StyleOfAll() {
 }
 
 Export::Export(const Recipe& recipe, Here here)
-    : delivers_((recipe.defect + recipe.options).find(kDelivered) not_eq std::string::npos) {
+    : delivers_((recipe.defect + recipe.manners).find(kDelivered) not_eq std::string::npos) {
     harness_.emplace(WordsOf("-p " + recipe.dialect + " " + recipe.switches));
     harness_->Listens(here);
     dvr_.emplace(Arguments(recipe));

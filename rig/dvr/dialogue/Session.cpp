@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <thread>
+#include <utility>
 
 #include "rig/base/Counted.h"
 #include "rig/base/Printable.h"
@@ -25,6 +27,11 @@ void Session::Misbehave(Injector& injector, const Endpoint& endpoint) {
     dialogue_.Tolerate();
 }
 
+void Session::Adopt(const Habits& habits) {
+    habits_ = habits;
+    times_.transfer.lateness = habits.lateness;
+}
+
 void Session::Run() {
     Send(dialogue_.Open());
     while (!dialogue_.IsDone() && !ended_) {
@@ -36,10 +43,19 @@ void Session::Run() {
         }
     }
     DeliverLate();
+    if (habits_.awaitsClose && !ended_) {
+        AwaitClose();
+    }
+}
+
+void Session::AwaitClose() {
+    const bool closed = connection_.AwaitEnd(Clock::now() + times_.silence);
+    transcript_.Note(closed ? "the harness has closed the connection" : "the harness keeps the connection");
 }
 
 void Session::Step() {
-    const auto deadline = transfer_ ? transfer_->NextAdvance() : Clock::now() + times_.silence;
+    const auto deadline =
+        transfer_ ? std::min(transfer_->NextAdvance(), nextReport_) : Clock::now() + times_.silence;
     const std::optional<std::string> text = connection_.Receive(deadline, times_.frame);
     if (text) {
         Answer(*text);
@@ -89,6 +105,9 @@ void Session::FollowTransfer() {
     }
     if (file && !transfer_) {
         transfer_.emplace(*file, dialogue_.TransferLength(), times_.transfer, deliveryFolder_, Clock::now());
+        if (habits_.progress.count() > 0) {
+            nextReport_ = Clock::now() + habits_.progress;
+        }
     }
 }
 
@@ -98,8 +117,20 @@ void Session::ContinueTransfer() {
     if (transfer_->IsOver()) {
         transfer_.reset();
         Send(dialogue_.FinishTransfer());
-    } else if (transfer_->IsLong(now)) {
+        return;
+    }
+    if (now >= nextReport_) {
+        ReportProgress(now);
+    }
+    if (transfer_->IsLong(now)) {
         transcript_.Progress(transfer_->File().second, transfer_->Done(), transfer_->Length());
+    }
+}
+
+void Session::ReportProgress(Clock::time_point now) {
+    nextReport_ = now + habits_.progress;
+    if (std::optional<Message> report = dialogue_.ReportProgress()) {
+        Send(std::move(*report));
     }
 }
 
@@ -116,7 +147,7 @@ void Session::Send(Message message) {
 
 void Session::SendHonest(const Message& message) {
     transcript_.Sent(message);
-    connection_.Send(EncodeFrame(message.Text(style_)), times_.silence);
+    Emit(message, EncodeFrame(message.Text(style_)));
 }
 
 void Session::SendDefective(Message message) {
@@ -143,12 +174,12 @@ void Session::Transmit(const Outgoing& outgoing) {
     const auto sendExtras = [&](const std::vector<Message>& extras) {
         for (const Message& extra : extras) {
             transcript_.Sent(extra, outgoing.defects);
-            connection_.Send(EncodeFrame(extra.Text(style_)), times_.silence);
+            Emit(extra, EncodeFrame(extra.Text(style_)));
         }
     };
     sendExtras(outgoing.before);
     transcript_.Sent(outgoing.message, outgoing.defects);
-    connection_.Send(injector_->Frame(outgoing, style_), times_.silence);
+    Emit(outgoing.message, injector_->Frame(outgoing, style_));
     sendExtras(outgoing.after);
 }
 
@@ -170,10 +201,24 @@ void Session::DeliverLate() {
     }
 }
 
+/// What the harness does not answer can wait, as something always follows it.
+void Session::Emit(const Message& message, std::string frame) {
+    const bool canWait = message.Name() == "XFER_IN_PROGRESS" || message.Name() == "SOFTWARE_UPDATE_CONFIRM";
+    kept_ = kept_.empty() ? std::move(frame) : kept_ + frame;
+    if (!habits_.sharesSegments || !canWait) {
+        Flush();
+    }
+}
+
+void Session::Flush() {
+    connection_.Send(std::exchange(kept_, {}), times_.silence);
+}
+
 void Session::EndAsTold(Outgoing::End end) {
     if (end == Outgoing::End::Keep) {
         return;
     }
+    Flush();
     if (end == Outgoing::End::Close) {
         connection_.Close();
     } else {

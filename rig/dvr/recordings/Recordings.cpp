@@ -35,7 +35,10 @@ Event Event::FromFiles(const std::string& id, const std::vector<std::string>& fi
 }
 
 std::vector<std::string> Event::Files() const {
-    std::vector<std::string> files{metadata};
+    std::vector<std::string> files;
+    if (!metadata.empty()) {
+        files.push_back(metadata);
+    }
     for (const auto& stream : streams) {
         files.insert(files.end(), stream.begin(), stream.end());
     }
@@ -46,6 +49,9 @@ std::string Event::Describe() const {
     pugi::xml_document document;
     pugi::xml_node recordingEvent = document.append_child("recording-event");
     recordingEvent.append_attribute("reid").set_value(id.c_str());
+    if (metadata.empty()) {
+        return Print(document);
+    }
     pugi::xml_node video = recordingEvent.append_child("video");
     video.append_child("metadata").append_attribute("name").set_value(metadata.c_str());
     pugi::xml_node container = streams.empty() ? pugi::xml_node() : video.append_child("streams");

@@ -14,7 +14,7 @@ namespace rig::dvr {
 /// One recorded event: its identifier and the names of its files.
 struct Event {
     std::string id;
-    std::string metadata;                           // the file that describes the event
+    std::string metadata;  // the file that describes the event; empty: no file at all
     std::vector<std::vector<std::string>> streams;  // the other files
 
     /// Sorts out an event's files: the first *.xml, or else the first file, is the metadata; the others form

@@ -65,6 +65,8 @@ void AddReplayOptions(CLI::App& dvr, DvrOptions& options) {
             ->type_name("LOG")
             ->excludes(dvr.get_option("--defect"))
             ->excludes(dvr.get_option("--recordings"))
+            ->excludes(dvr.get_option("--events"))
+            ->excludes(dvr.get_option("--habit"))
             ->excludes(dvr.get_option("--deliver"))
             ->excludes(dvr.get_option("--hash"))
             ->excludes(dvr.get_option("--rate"))

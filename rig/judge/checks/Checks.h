@@ -11,11 +11,18 @@
 
 namespace rig::judge {
 
+/// What the rig saw of the DVR after DONE, which the harness does not log, by the rig's own clock.
+struct AfterDone {
+    std::optional<double> calledAfter;  // seconds until the DVR connected again, to this run or the next
+    double watchedFor = 0;              // seconds for which the rig saw that it did not
+};
+
 /// What the judge is told besides the log.
 struct Limits {
     double patience = 3;  // seconds after which a request without an answer counts as unanswered
-    std::optional<double> maxReaction;                      // milliseconds
-    bool isStrict = false;                                  // a warning fails, too
+    std::optional<double> maxReaction;  // milliseconds
+    bool isStrict = false;              // a warning fails, too
+    AfterDone after = {};
     std::optional<DeliveryPlace> delivered = std::nullopt;  // where to look for the files
 };
 
