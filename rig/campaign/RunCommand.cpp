@@ -9,6 +9,7 @@
 
 #include "rig/base/Complaint.h"
 #include "rig/base/OptionChecks.h"
+#include "rig/judge/delivery/DeliveryOptions.h"
 
 namespace rig::campaign {
 namespace {
@@ -100,6 +101,7 @@ void AddEvidenceOptions(CLI::App& run, RunOptions& options) {
     run.add_option("--known", options.known,
                    "Known failures: on each line a check, a blank, and what a report says was found")
         ->type_name("FILE");
+    judge::AddDeliveryOptions(run, options.delivery);
     run.add_flag("--capture", options.capture, "Capture the packets of port 5001 for each case");
 }
 

@@ -8,6 +8,7 @@
 #include "rig/campaign/Outcome.h"
 #include "rig/campaign/execution/Hooks.h"
 #include "rig/campaign/execution/Watch.h"
+#include "rig/judge/delivery/DeliveryPlace.h"
 
 namespace CLI {
 class App;
@@ -34,6 +35,7 @@ struct RunOptions {
     std::string note;
     std::string out;  // folder; empty: one named after the time
     bool capture = false;
+    judge::DeliveryOptions delivery;
 };
 
 /// Adds the subcommand `run`. When the command line asks for it, parsing runs it and leaves its exit status

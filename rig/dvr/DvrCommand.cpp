@@ -42,14 +42,17 @@ int DialectOf(const DvrOptions& options) {
 }
 
 std::unique_ptr<Recordings> OpenRecordings(const DvrOptions& options) {
+    std::unique_ptr<Recordings> recordings;
     if (options.recordings) {
-        return std::make_unique<FolderRecordings>(*options.recordings);
+        recordings = std::make_unique<FolderRecordings>(*options.recordings);
+    } else if (!options.events.empty()) {
+        recordings = std::make_unique<SyntheticRecordings>(MakeUpEvents(options.events, DialectOf(options)),
+                                                           "made-up recordings");
+    } else {
+        recordings = std::make_unique<SyntheticRecordings>();
     }
-    if (!options.events.empty()) {
-        return std::make_unique<SyntheticRecordings>(MakeUpEvents(options.events, DialectOf(options)),
-                                                     "made-up recordings");
-    }
-    return std::make_unique<SyntheticRecordings>();
+    recordings->HashBy(HashKindNamed(options.hash).value_or(HashKind::Sha256));
+    return recordings;
 }
 
 std::unique_ptr<Dialogue> NewDialogue(const DvrOptions& options, const Recordings& recordings) {
@@ -111,6 +114,10 @@ Injector NewInjector(const DvrOptions& options, const Recordings& recordings, st
     Injector injector(recordings, DialectOf(options), seed);
     for (const DefectOption& option : options.defects) {
         injector.AddDefect(option.defect, SiteOf(option, recordings));
+    }
+    if (!injector.SpoilsCopies().empty() && !options.deliver) {
+        throw Failure(ExitStatus::Unusable, "--defect " + injector.SpoilsCopies() +
+                                                ": expected --deliver, whose copies it spoils, found none");
     }
     return injector;
 }

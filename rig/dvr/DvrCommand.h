@@ -37,6 +37,7 @@ struct DvrOptions {
     std::optional<std::size_t> segment;     // size of the pieces to send, in bytes; all at once if not given
     int gap = 10;                           // milliseconds between them
     std::optional<std::string> deliver;     // folder for copies
+    std::string hash = "sha256";            // that FILE_COMPLETE announces
     std::optional<std::string> replay;      // log of an earlier run
     std::string replaySpeed = "full";       // or "recorded"
     std::string onSizeError = "close";      // or "continue"

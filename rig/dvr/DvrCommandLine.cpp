@@ -66,6 +66,10 @@ void AddPaceOptions(CLI::App& dvr, DvrOptions& options) {
            "--deliver", options.deliver,
            "Copy each file there as it is transferred, as DIR/EVENT/FILE; it appears when it is complete")
         ->type_name("DIR");
+    dvr.add_option("--hash", options.hash, "Which hash of a file FILE_COMPLETE announces")
+        ->check(CLI::IsMember({"crc32", "md5", "sha1", "sha256"}))
+        ->type_name("crc32|md5|sha1|sha256")
+        ->capture_default_str();
     auto* const segment =
         dvr.add_option("--segment", options.segment, "Send every message in pieces of this size")
             ->transform(Between(std::size_t{1}, kLargestSegment))

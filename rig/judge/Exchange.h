@@ -43,6 +43,9 @@ class Exchange {
     /// The harness has logged something at this time: it was not reading before.
     void WasBusyUntil(std::optional<std::int64_t> time);
 
+    /// @return the request that the last message answers exactly; null if there is none
+    const Request* Answered() const { return answered_ && isExact_ ? &*answered_ : nullptr; }
+
  private:
     void TakeOk(const Arrival& message, const Place& place);
     bool Answers(const Arrival& message, const std::string& event, const Place& place);

@@ -42,6 +42,15 @@ bool IsMarkerFailure(std::string_view line) {
     return StartsWith(line, "touch: ") && line.find("/mnt/hd/velloranFail") != std::string_view::npos;
 }
 
+Judge::Judge(const Limits& limits, const Keep& keep, TakeRun take)
+    : limits_(limits), keep_(keep), take_(std::move(take)) {
+    keep_.transfers = limits_.delivered.has_value();
+    if (limits_.delivered && limits_.delivered->isLive) {
+        Files shownLater;
+        before_ = FilesIn(limits_.delivered->folder, shownLater);
+    }
+}
+
 bool IsLastWord(std::string_view line) {
     return IsAssertion(line) || IsException(line);
 }
@@ -89,7 +98,11 @@ bool Judge::IsOver() const {
 
 void Judge::Close(int process) {
     const auto run = open_.find(process);
-    take_(Judged(run->second->Facts(), limits_));
+    if (limits_.delivered) {
+        held_.push_back(run->second->TakeFacts());
+    } else {
+        take_(Judged(run->second->Facts(), limits_));
+    }
     open_.erase(run);
 }
 
@@ -97,6 +110,13 @@ void Judge::Finish() {
     while (!open_.empty()) {
         Close(open_.begin()->first);
     }
+    if (limits_.delivered) {
+        Inspection(*limits_.delivered, before_).LookFor(held_);
+    }
+    for (const Run& run : held_) {
+        take_(Judged(run, limits_));
+    }
+    held_.clear();
 }
 
 }  // namespace rig::judge

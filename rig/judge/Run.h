@@ -4,11 +4,13 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "rig/judge/delivery/Transfer.h"
 #include "rig/log/RunReader.h"
 #include "rig/result/Result.h"
 
@@ -92,6 +94,8 @@ class ReactionTimes {
     result::Evidence longestAt_;
 };
 
+struct DeliveryFacts;
+
 /// What the log of one run says, gathered while reading it: facts, no verdicts.
 struct Run {
     result::Evidence begin;
@@ -158,6 +162,9 @@ struct Run {
     std::uint64_t acksAtDone = 0;  // acknowledgements when the first DONE went out
     bool hasLargeEvent = false;    // an event of at least two files came
     std::deque<Request> pending;   // still without an answer
+
+    Transfers transfers;                            // only when asked for
+    std::shared_ptr<const DeliveryFacts> delivery;  // of these; null if nobody looked
 
     std::vector<result::Step> steps;    // only when asked for
     std::vector<result::LogEntry> log;  // only when asked for

@@ -167,6 +167,9 @@ void RunModel::TakeMessage(const log::Message& message, const Place& place) {
     }
     exchange_.TakeMessage(arrival, message.event, place);
     run_.received[message.name].Add(place);
+    if (keep_.transfers) {
+        TakeTransfer(arrival, message.root, place);
+    }
     beforeLast_ = {run_.lastGood, run_.lastGoodLine};
     run_.lastGood = message.name;
     run_.lastGoodLine = place.line;
@@ -209,6 +212,24 @@ void RunModel::TakeListed(const log::Listed& listed, const Place& place) {
     run_.hasLargeEvent = run_.hasLargeEvent || listed.hasLargeEvent;
 }
 
+/// What becomes of a file that the harness asked for.
+void RunModel::TakeTransfer(const Arrival& message, const pugi::xml_node& root, const Place& place) {
+    const bool isComplete = message.name == "FILE_COMPLETE";
+    const Request* const request = exchange_.Answered();
+    if (request == nullptr || (!isComplete && message.name != "TRANSPORT_EXCEPTION")) {
+        return;
+    }
+    Transfer& transfer = run_.transfers[{request->reid, request->file}];
+    transfer.state = isComplete ? Transfer::State::Complete : Transfer::State::Failed;
+    transfer.hasFailed = transfer.hasFailed || !isComplete;
+    transfer.isNewHash = request->fault == Fault::Rehash;
+    transfer.length = ValueOf(root, "length");
+    transfer.hash = ValueOf(root, "hashCode");
+    transfer.time = message.time;
+    transfer.evidence = place.Proof();
+    transfer.order = ++transfers_;
+}
+
 void RunModel::TakeRejection(const log::Statement& statement, const Place& place) {
     if (keep_.steps) {
         AddStep(Step::Kind::Note, "ignored: " + std::string(statement.text), place);
@@ -221,6 +242,10 @@ void RunModel::TakeRequest(const Place& place) {
     Request request{reader_.LastRequest(), "", now_, false, "", place.Proof()};
     if (keep_.steps) {
         AddStep(Step::Kind::FromHarness, request.Words(), place);
+    }
+    const bool isDamaged = request.fault == Fault::FileEvent || request.fault == Fault::FileName;
+    if (keep_.transfers && request.name == "GET_FILE" && !isDamaged) {
+        run_.transfers[{request.reid, request.file}];
     }
     exchange_.SendRequest(std::move(request), place);
 }

@@ -11,10 +11,11 @@
 
 namespace rig::judge {
 
-/// What is kept of a run beyond what the verdict needs. Both take memory in proportion to the log.
+/// What is kept of a run beyond what the verdict needs. The first two take memory in proportion to the log.
 struct Keep {
-    bool steps = false;  // the dialogue
-    bool log = false;    // every statement
+    bool steps = false;      // the dialogue
+    bool log = false;        // every statement
+    bool transfers = false;  // in proportion to the files, however often each is transferred
 };
 
 /// Gathers what the judge needs to know of one run of the harness, statement by statement. Keeps facts, gives
@@ -47,6 +48,7 @@ class RunModel {
     bool IsOver() const;
 
     const Run& Facts() const { return run_; }
+    Run TakeFacts() { return std::move(run_); }
 
  private:
     bool HasAborted() const { return run_.assertions.Any() || run_.exceptions.Any(); }
@@ -57,6 +59,7 @@ class RunModel {
     void TakeMalformed(const log::Message& message, const Place& place);
     void TakeListed(const log::Listed& listed, const Place& place);
     void TakeRejection(const log::Statement& statement, const Place& place);
+    void TakeTransfer(const Arrival& message, const pugi::xml_node& root, const Place& place);
     void TakeRequest(const Place& place);
     void CheckLength(const Place& place);
     void NoteEmpty(const char* attribute, Tally& tally, const Place& place);
@@ -67,6 +70,7 @@ class RunModel {
     Keep keep_;
     std::optional<std::int64_t> now_;  // the statement's time
     log::RunReader reader_;
+    std::uint64_t transfers_ = 0;                       // that ended
     bool hasText_ = false;                              // the last message's is still there
     std::string malformed_;                             // what is wrong with it, if it is not XML
     std::pair<std::string, std::uint64_t> beforeLast_;  // the good message before the last, and its line

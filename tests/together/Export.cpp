@@ -52,7 +52,8 @@ std::string StyleOfAll() {
     return style == nullptr ? "" : style;
 }
 
-Export::Export(const Recipe& recipe, Here here) {
+Export::Export(const Recipe& recipe, Here here)
+    : delivers_((recipe.defect + recipe.manners).find(kDelivered) not_eq std::string::npos) {
     harness_.emplace(WordsOf("-p " + recipe.dialect + " " + recipe.switches));
     harness_->Listens(here);
     dvr_.emplace(Arguments(recipe));
@@ -73,14 +74,20 @@ void Export::FollowUntilTheDvrEnds() {
 
 Judged Export::Judge() const {
     std::ofstream(kLog, std::ios::binary) << harness_->GetProcess().output << harness_->StandardError();
-    const ProgramResult ended = RunRig({"judge", "--patience", "1", "--json", kReport, kLog});
+    std::vector<std::string> arguments = {"judge", "--patience", "1", "--json", kReport, kLog};
+    if (delivers_) {
+        arguments.insert(arguments.end(), {"--delivered", kDelivered});
+    }
+    const ProgramResult ended = RunRig(arguments);
     EXPECT_EQ(ended.errors, "");
     const nlohmann::json report = nlohmann::json::parse(ReadFile(kReport));
-    Judged judged = {report.at("verdict"), {}};
+    Judged judged = {report.at("verdict"), {}, {}};
     for (const nlohmann::json& run : report.at("runs")) {
         for (const nlohmann::json& check : run.at("checks")) {
             const std::string verdict = check.at("verdict");
-            if (verdict not_eq "PASS" and verdict not_eq "NOT REACHED") {
+            if (verdict == "PASS") {
+                judged.passed.insert(check.at("id"));
+            } else if (verdict not_eq "NOT REACHED") {
                 judged.found[Marked(check.at("id"), verdict)] = check.at("found");
             }
         }

@@ -6,11 +6,14 @@
 #include <algorithm>
 #include <cmath>
 
+#include "rig/base/Printable.h"
 #include "rig/campaign/execution/Port.h"
 
 namespace rig::campaign {
 namespace {
 
+constexpr std::uint64_t kMegabyte = 1'000'000;
+constexpr std::uint64_t kLargeFile = 100 * kMegabyte;  // which takes a while to read
 constexpr double kPortPatience = 150;  // seconds: the system holds a port for a minute, at worst twice
 constexpr double kTimeToClose = 5;     // seconds for the DVR to close what the harness has left
 constexpr double kReady = 0.5;         // seconds from a remote harness's first line until it listens
@@ -104,11 +107,31 @@ void Export::StartHarness() {
     firstLine_.reset();
     isReady_ = false;
     watch_.emplace(record_.plan, rig_.patience, Clock::now());
-    harness_ = std::make_unique<Harness>(record_.harness.command, rig_.log, folder_, rig_.limits,
+    harness_ = std::make_unique<Harness>(record_.harness.command, rig_.log, folder_, Limits(),
                                          [this](const log::Statement& statement, bool isOver) {
                                              firstLine_ = firstLine_.value_or(Clock::now());
                                              watch_->Add(statement, isOver, Clock::now());
                                          });
+}
+
+/// @return the judge's limits; reading what was delivered may take long
+judge::Limits Export::Limits() {
+    judge::Limits limits = rig_.limits;
+    if (limits.delivered) {
+        limits.delivered->progress = [this](const std::string& file, std::uint64_t done,
+                                            std::uint64_t total) {
+            if (total >= kLargeFile) {
+                display_.Show(
+                    "looking at what was delivered",
+                    fmt::format("{} of {} MB of {}", done / kMegabyte, total / kMegabyte, Printable(file)));
+            }
+            if (interrupts_.Came()) {
+                TakeInterrupt();
+            }
+            return facts_.end != End::Interrupted;
+        };
+    }
+    return limits;
 }
 
 /// A port held on another machine shows only in the harness's status.

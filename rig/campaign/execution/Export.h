@@ -56,6 +56,7 @@ class Export {
     void StartCapture();
     bool AwaitPort();
     void StartHarness();
+    judge::Limits Limits();
     bool MayStartAgain();
     bool IsReady();
     void StartDvr();

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <thread>
 #include <utility>
 
 #include "rig/base/Counted.h"
@@ -10,6 +11,11 @@
 #include "rig/dvr/Failure.h"
 
 namespace rig::dvr {
+namespace {
+
+constexpr std::chrono::seconds kLateness(3);  // well above what clocks and file systems may differ by
+
+}  // namespace
 
 Session::Session(Connection& connection, Dialogue& dialogue, Transcript& transcript,
                  const SessionTimes& times)
@@ -36,6 +42,7 @@ void Session::Run() {
             throw Breach(fmt::format("expected {}, found {}", expected, found.what()));
         }
     }
+    DeliverLate();
     if (habits_.awaitsClose && !ended_) {
         AwaitClose();
     }
@@ -145,8 +152,11 @@ void Session::SendHonest(const Message& message) {
 
 void Session::SendDefective(Message message) {
     const std::string honest = Summarize(message);
+    const std::string event = message.Get("reid");
+    const std::string file = message.Get("file");
     const Outgoing outgoing = injector_->Prepare(std::move(message));
     reconnects_ = reconnects_ || outgoing.reconnects;
+    SpoilCopyOf(event, file, outgoing.copy);
     if (outgoing.dropped) {
         transcript_.Note("not sent: " + honest);
     } else {
@@ -171,6 +181,24 @@ void Session::Transmit(const Outgoing& outgoing) {
     transcript_.Sent(outgoing.message, outgoing.defects);
     Emit(outgoing.message, injector_->Frame(outgoing, style_));
     sendExtras(outgoing.after);
+}
+
+void Session::SpoilCopyOf(const std::string& event, const std::string& file, Copy copy) {
+    if (deliveryFolder_ == nullptr) {
+        return;
+    }
+    SpoilCopy(*deliveryFolder_, event, file, copy);
+    if (copy == Copy::Late) {
+        late_.push_back({{event, file}, Clock::now() + kLateness});
+    }
+}
+
+void Session::DeliverLate() {
+    for (const LateCopy& copy : late_) {
+        std::this_thread::sleep_until(copy.due);
+        CopyWhole(*deliveryFolder_, copy.file.first, copy.file.second);
+        transcript_.Note("delivered late: " + FileName(copy.file));
+    }
 }
 
 /// What the harness does not answer can wait, as something always follows it.

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "rig/dvr/defects/Injector.h"
 #include "rig/dvr/dialogue/Dialogue.h"
@@ -66,6 +67,12 @@ class Session {
     bool Reconnects() const { return reconnects_; }
 
  private:
+    /// A file that a defect delivers after its FILE_COMPLETE.
+    struct LateCopy {
+        Dialogue::FileId file;
+        Clock::time_point due;
+    };
+
     void Step();
     void Inspect(const std::string& text);
     void Answer(const std::string& text);
@@ -79,6 +86,8 @@ class Session {
     void SendHonest(const Message& message);
     void SendDefective(Message message);
     void Transmit(const Outgoing& outgoing);
+    void SpoilCopyOf(const std::string& event, const std::string& file, Copy copy);
+    void DeliverLate();
     void Emit(const Message& message, std::string frame);
     void Flush();
     void EndAsTold(Outgoing::End end);
@@ -98,6 +107,7 @@ class Session {
     WireCheck* wireCheck_ = nullptr;
     std::size_t sizeErrors_ = 0;  // messages that were not as long as announced
     std::optional<Connection> second_;
+    std::vector<LateCopy> late_;
     bool silent_ = false;      // a defect forbids every further message
     bool ended_ = false;       // a defect has ended the connection
     bool reconnects_ = false;  // a defect asks for another session

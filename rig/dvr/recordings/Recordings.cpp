@@ -4,7 +4,7 @@
 #include <map>
 
 #include "rig/base/Affix.h"
-#include "rig/base/Sha256.h"
+#include "rig/base/Hash.h"
 #include "rig/dvr/wire/Message.h"
 
 namespace rig::dvr {
@@ -77,7 +77,7 @@ void Recordings::Read(const std::string& event, const std::string& file, const S
 }
 
 Digest DigestOf(const Recordings& recordings, const std::string& event, const std::string& file) {
-    Sha256 hash;
+    Hash hash(recordings.Hashing());
     Digest digest;
     recordings.Read(event, file, [&](const char* bytes, std::size_t count) {
         hash.Add(bytes, count);

@@ -68,6 +68,7 @@ void AddReplayOptions(CLI::App& dvr, DvrOptions& options) {
             ->excludes(dvr.get_option("--events"))
             ->excludes(dvr.get_option("--habit"))
             ->excludes(dvr.get_option("--deliver"))
+            ->excludes(dvr.get_option("--hash"))
             ->excludes(dvr.get_option("--rate"))
             ->excludes(dvr.get_option("--transfer-time"))
             ->excludes(dvr.get_option("--seed"));

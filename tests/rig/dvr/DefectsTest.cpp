@@ -76,6 +76,7 @@ std::string Show(Injector& injector, const Outgoing& outgoing) {
         shown += ", then " + message.Text();
     }
     shown += outgoing.defects.empty() ? ", untouched" : "";
+    shown += outgoing.copy == rig::dvr::Copy::Good ? "" : ", spoils the copy";
     shown += outgoing.silent ? ", silent" : "";
     shown += outgoing.knocks ? ", knocks" : "";
     shown += outgoing.reconnects ? ", reconnects" : "";
