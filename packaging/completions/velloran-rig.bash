@@ -17,10 +17,10 @@ __velloran_rig_defects() {
     "$1" dvr --list-defects 2>/dev/null | sed -nE 's/^([a-z-]+).*/\1/p'
 }
 
-# Usage: __velloran_rig_styles PROGRAM
-__velloran_rig_styles() {
+# Usage: __velloran_rig_manners PROGRAM styles|events|habits
+__velloran_rig_manners() {
     echo all
-    "$1" dvr --list-styles --format markdown 2>/dev/null | sed -nE 's/^\| `([a-z-]+)` .*/\1/p'
+    "$1" dvr --list-"$2" --format markdown 2>/dev/null | sed -nE 's/^\| `([a-z-]+)[^|]*\|.*/\1/p'
 }
 
 # What a DVR sends. Usage: __velloran_rig_messages PROGRAM
@@ -56,7 +56,13 @@ __velloran_rig_value() {
             return
             ;;
         NAME) choices=$(__velloran_rig_defects "$1") ;;
-        STYLE) choices=$(__velloran_rig_styles "$1") ;;
+        STYLE) choices=$(__velloran_rig_manners "$1" styles) ;;
+        HABIT) choices=$(__velloran_rig_manners "$1" habits) ;;
+        KIND)
+            listed=${cur%"${cur##*,}"}
+            COMPREPLY=($(compgen -P "$listed" -W "$(__velloran_rig_manners "$1" events)" -- "${cur##*,}"))
+            return
+            ;;
         MESSAGE*) choices=$(__velloran_rig_messages "$1") ;;
     esac
     COMPREPLY=($(compgen -W "$choices" -- "$cur"))

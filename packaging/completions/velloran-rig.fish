@@ -10,9 +10,10 @@ function __velloran_rig_defects
     velloran-rig dvr --list-defects --format markdown | string replace -rf '^\| `([a-z-]+)[^|]*\|[^|]*\|[^|]*\| ([^|]*) \|.*' '$1\t$2'
 end
 
-function __velloran_rig_styles
+# Styles, events or habits.
+function __velloran_rig_manners --argument-names manners
     echo all
-    velloran-rig dvr --list-styles --format markdown | string replace -rf '^\| `([a-z-]+)` \| (.*) \|' '$1\t$2'
+    velloran-rig dvr --list-$manners --format markdown | string replace -rf '^\| `([a-z-]+)[^|]*\| (.*) \|' '$1\t$2'
 end
 
 function __velloran_rig_cases
@@ -37,7 +38,11 @@ function __velloran_rig_value --argument-names kind
         case NAME
             printf '%s\n' -x -a '(__velloran_rig_defects)'
         case STYLE
-            printf '%s\n' -x -a '(__velloran_rig_styles)'
+            printf '%s\n' -x -a '(__velloran_rig_manners styles)'
+        case HABIT
+            printf '%s\n' -x -a '(__velloran_rig_manners habits)'
+        case KIND
+            printf '%s\n' -x -a '(__fish_complete_list , "__velloran_rig_manners events")'
         case 'MESSAGE*'
             printf '%s\n' -x -a '(__velloran_rig_messages)'
         case '*'

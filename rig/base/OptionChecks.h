@@ -3,25 +3,16 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
-#include <charconv>
 #include <optional>
 #include <string>
-#include <system_error>
 #include <type_traits>
+
+#include "rig/base/ParseNumber.h"
 
 namespace rig {
 
 /// The longest time that an option accepts.
 inline constexpr double kLongestSeconds = 86'400;
-
-/// @return the decimal number in the text, leading zeros allowed; nothing if it is something else
-template <typename Number>
-std::optional<Number> ParseNumber(const std::string& text) {
-    Number number{};
-    const char* const end = text.data() + text.size();
-    const auto parsed = std::from_chars(text.data(), end, number);
-    return parsed.ec == std::errc() && parsed.ptr == end ? std::optional<Number>(number) : std::nullopt;
-}
 
 /// For CLI::Option::transform, not `check`: on its own the library would read a leading zero as octal.
 /// @return a check that an option's value is a number from `low` to `high`; "nan" is not

@@ -11,6 +11,16 @@
 
 namespace rig::campaign {
 
+namespace {
+
+result::RunResult WithoutLog(result::RunResult run) {
+    run.steps.clear();
+    run.log.clear();
+    return run;
+}
+
+}  // namespace
+
 Campaign::Campaign(Rig rig, std::string folder, CampaignRecord record)
     : rig_(std::move(rig)), folder_(std::move(folder)), record_(std::move(record)) {}
 
@@ -45,11 +55,13 @@ void Campaign::RunCase(CaseRecord& record) {
     WriteRecord();
     Rig rig = rig_;
     rig.patience.connect += away_;
-    CaseRun run(rig, folder, record, interrupts_, display_);
-    run.Run();
+    auto run = std::make_unique<CaseRun>(rig, folder, record, interrupts_, display_);
+    run->Run();
+    TellLast(*run);
     away_ = SecondsAway(record.plan);
     NoteCleanExport(record);
-    KeepResult(record, run);
+    KeepResult(record, *run);
+    last_ = std::move(run);
     WriteReports();
     WriteRecord();
 }
@@ -73,10 +85,23 @@ void Campaign::KeepResult(const CaseRecord& record, const CaseRun& run) {
     if (record.verdict) {
         record_.coverage.Add(record.plan, run.Result(), run.Messages());
     }
-    result::RunResult kept = run.Result();
-    kept.steps.clear();
-    kept.log.clear();
-    result_.runs.push_back(std::move(kept));
+    result_.runs.push_back(WithoutLog(run.Result()));
+}
+
+/// The call that a case got may have come too soon after the case before it. Not so where we start the DVR,
+/// or cut its power, as it then cannot know that it is to stay away.
+void Campaign::TellLast(const CaseRun& next) {
+    if (last_ == nullptr || rig_.dvr || away_ == 0 || !last_->DoneAt() || !next.ConnectedAt()) {
+        return;
+    }
+    const CaseRecord& record = last_->Record();
+    const bool hadPowerCut = std::any_of(record.hooks.begin(), record.hooks.end(),
+                                         [](const HookRecord& one) { return one.hook == "power-cycle"; });
+    const std::chrono::duration<double> passed = *next.ConnectedAt() - *last_->DoneAt();
+    if (!hadPowerCut && last_->TakeNextCall(passed.count())) {
+        result_.runs.back() = WithoutLog(last_->Result());
+        display_.CaseChanges(record);
+    }
 }
 
 void Campaign::FindKnownUnseen() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+#include <set>
 #include <string>
 
 #include "rig/campaign/Display.h"
@@ -25,6 +27,7 @@ class Campaign {
     void RunCase(CaseRecord& record);
     void NoteCleanExport(const CaseRecord& record);
     void KeepResult(const CaseRecord& record, const CaseRun& run);
+    void TellLast(const CaseRun& next);
     void FindKnownUnseen();
     void WriteRecord() const;
     void WriteReports() const;
@@ -36,6 +39,7 @@ class Campaign {
     Display display_;
     std::set<int> failedClean_;  // dialects whose first clean export did not pass
     double away_ = 0;            // seconds that the last case told the DVR to stay away
+    std::unique_ptr<CaseRun> last_;
     result::Result result_;
 };
 

@@ -29,10 +29,11 @@ struct Selection {
 
 /// How long to wait for each thing, in seconds.
 struct Patience {
-    double connect = 60;  // for the DVR's connection
-    double idle = 30;     // for the next line of the log
-    double whole = 600;   // for the end of the case
-    double answer = 3;    // for the answer to a request, as the judge counts it
+    double connect = 60;    // for the DVR's connection
+    double idle = 30;       // for the next line of the log
+    double transfer = 120;  // for that while the DVR transfers a file
+    double whole = 600;     // for the end of the case
+    double answer = 3;      // for the answer to a request, as the judge counts it
 };
 
 /// @return the cases to run, in the table's order; each dialect that has a case begins and ends with its

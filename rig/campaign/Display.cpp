@@ -39,11 +39,26 @@ std::string CountsOf(const CampaignRecord& campaign) {
 std::string TimesOf(const CampaignRecord& campaign) {
     const CaseTimes times = campaign.Times();
     const double total = campaign.end ? static_cast<double>(*campaign.end - campaign.begin) / 1e6 : 0;
-    const double rest = total - times.pauses - times.dvr - times.waited - times.hooks;
+    const double rest = total - times.pauses - times.dvr - times.lingered - times.waited - times.hooks;
     return fmt::format(
-        "took {:.1f} s: {:.1f} s the harness's own pauses, {:.1f} s waiting for the DVR, {:.1f} s for "
-        "port 5001, {:.1f} s in hooks, {:.1f} s overhead",
-        total, times.pauses, times.dvr, times.waited, times.hooks, rest);
+        "took {:.1f} s: {:.1f} s the harness's own pauses, {:.1f} s waiting for the DVR, {:.1f} s watching "
+        "whether it stays away, {:.1f} s for port 5001, {:.1f} s in hooks, {:.1f} s overhead",
+        total, times.pauses, times.dvr, times.lingered, times.waited, times.hooks, rest);
+}
+
+/// @return how long the campaign will watch whether the DVR stays away; empty if it will not
+std::string WatchOf(const CampaignRecord& campaign) {
+    std::size_t cases = 0;
+    double seconds = 0;
+    for (const CaseRecord& record : campaign.cases) {
+        cases += SecondsAway(record.plan) > 0 ? 1U : 0U;
+        seconds += SecondsAway(record.plan);
+    }
+    return cases == 0 || campaign.linger
+               ? ""
+               : fmt::format(
+                     "{} after DONE whether the DVR stays away, which takes {:g} s (--linger shortens it)",
+                     Counted(cases, "case") + (cases == 1 ? " watches" : " watch"), seconds);
 }
 
 void PrintSpreads(const CampaignRecord& campaign) {
@@ -68,6 +83,9 @@ Display::Display() : isTerminal_(isatty(STDOUT_FILENO) == 1), hasColour_(WantsCo
 void Display::Begin(const CampaignRecord& campaign, const std::string& folder) {
     Print(fmt::format("velloran-rig run: {}, seed {}, evidence in {}", Counted(campaign.cases.size(), "case"),
                       campaign.seed, Printable(folder)));
+    if (const std::string watch = WatchOf(campaign); !watch.empty()) {
+        Print(watch);
+    }
     for (const auto& [name, command] : campaign.commands) {
         Print(fmt::format("{:>12}: {}", name, Printable(command)));
     }
@@ -117,6 +135,13 @@ void Display::CaseEnds(const CaseRecord& record) {
     Print(fmt::format("{} {} {:6.1f} s", Head(record),
                       Coloured(name, hasColour_ ? ColourOf(record.outcome) : Colour::Plain),
                       record.times.duration));
+    if (!record.reason.empty()) {
+        Print("    " + Printable(record.reason));
+    }
+}
+
+void Display::CaseChanges(const CaseRecord& record) {
+    Print(fmt::format("{} after all: {}", record.id, NameOf(record.outcome)));
     if (!record.reason.empty()) {
         Print("    " + Printable(record.reason));
     }

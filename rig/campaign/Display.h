@@ -24,6 +24,9 @@ class Display {
     void Warn(const std::string& text);
 
     void CaseEnds(const CaseRecord& record);
+
+    /// A later case has shown more about this one.
+    void CaseChanges(const CaseRecord& record);
     void End(const CampaignRecord& campaign, const std::string& folder);
 
  private:

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <iterator>
 #include <vector>
 
 namespace rig::campaign {
@@ -33,9 +34,32 @@ Outcome OutcomeOf(Verdict verdict) {
     return Outcome::Fail;
 }
 
-/// An unanswered request, or an export without an end, often follows from something else.
-bool IsConsequence(const result::CheckResult& check) {
-    return check.id == "requests.answered" || check.id == "export.done";
+/// What the end of watching means, unless the judge finds that the DVR failed.
+struct EndRule {
+    const char* name;
+    std::optional<Outcome> otherwise;  // none: what the judge says
+};
+
+const EndRule& RuleOf(End end) {
+    static constexpr EndRule kRules[] = {{"", {}},
+                                         {"done", {}},
+                                         {"silence", {}},
+                                         {"harness ended", {}},
+                                         {"DVR's command failed", {}},
+                                         {"no events", Outcome::Inconclusive},
+                                         {"stuck", Outcome::Inconclusive},
+                                         {"connection lost", Outcome::Fail},
+                                         {"endless", Outcome::Fail},
+                                         {"connect time-out", Outcome::Timeout},
+                                         {"idle time-out", Outcome::Timeout},
+                                         {"transfer time-out", Outcome::Timeout},
+                                         {"case time-out", Outcome::Timeout},
+                                         {"log too large", Outcome::Inconclusive},
+                                         {"interrupted", Outcome::Interrupted},
+                                         {"hook failed", Outcome::Environment},
+                                         {"port taken", Outcome::Environment}};
+    static_assert(std::size(kRules) == static_cast<std::size_t>(End::PortTaken) + 1);
+    return kRules[static_cast<std::size_t>(end)];
 }
 
 /// @return the checks that warn, in words: "with a warning: CHECK: FOUND"
@@ -50,22 +74,36 @@ std::string WarningsOf(const result::RunResult& run) {
                        fmt::join(warnings, "; "));
 }
 
-/// @return the first check that has the run's verdict, in words, a cause before a consequence; for a pass
-/// only its warnings
+/// @return how likely a failed check follows from another: a message that nobody asked for, an unanswered
+/// request and an export without an end often do
+int Lightness(const result::CheckResult& check) {
+    static constexpr const char* kLight[] = {"messages.asked", "requests.answered", "export.done"};
+    const auto* const light = std::find(std::begin(kLight), std::end(kLight), check.id);
+    return light == std::end(kLight) ? 0 : static_cast<int>(light - std::begin(kLight)) + 1;
+}
+
+/// @return the checks that have the run's verdict, the first in words, causes before consequences; for
+/// a pass only its warnings
 std::string ReasonOf(const result::RunResult& run) {
     const Verdict worst = result::WorstOf(run);
     if (worst == Verdict::Warning) {
         return WarningsOf(run);
     }
-    const auto isWorst = [worst](const result::CheckResult& one) { return one.verdict == worst; };
-    auto check = std::find_if(run.checks.begin(), run.checks.end(),
-                              [&](const auto& one) { return isWorst(one) && !IsConsequence(one); });
-    if (check == run.checks.end()) {
-        check = std::find_if(run.checks.begin(), run.checks.end(), isWorst);
+    std::vector<const result::CheckResult*> checks;
+    for (const result::CheckResult& check : run.checks) {
+        if (check.verdict == worst && worst != Verdict::Pass) {
+            checks.push_back(&check);
+        }
     }
-    return worst == Verdict::Pass || check == run.checks.end()
-               ? ""
-               : fmt::format("{}: {}", check->id, check->found);
+    std::stable_sort(checks.begin(), checks.end(),
+                     [](const auto* one, const auto* other) { return Lightness(*one) < Lightness(*other); });
+    std::string words;
+    for (const result::CheckResult* check : checks) {
+        words += words.empty()        ? check->id + ": " + check->found
+                 : check == checks[1] ? "; also " + check->id
+                                      : ", " + check->id;
+    }
+    return words;
 }
 
 Decision Judged(const result::RunResult& run) {
@@ -112,8 +150,12 @@ Decision Stopped(const CaseFacts& facts) {
         judged.reason += "; " + words;
     } else if (facts.end == End::DvrFailed) {
         judged.reason += (judged.reason.empty() ? "" : "; ") + facts.words;
-    } else if (facts.end == End::LogTooLarge && judged.outcome != Outcome::Fail) {
-        return {Outcome::Inconclusive, facts.words};
+    } else if (const std::optional<Outcome> otherwise = RuleOf(facts.end).otherwise) {
+        const bool isKnown = judged.outcome == Outcome::KnownFailure && otherwise == Outcome::Fail;
+        if (judged.outcome != Outcome::Fail && !isKnown) {
+            return {Worse(*otherwise, judged.outcome), facts.words};
+        }
+        judged.reason += "; " + facts.words;
     }
     return judged;
 }
@@ -141,24 +183,20 @@ const char* NameOf(Outcome outcome) {
     return kNames[static_cast<std::size_t>(outcome)];
 }
 
+const char* NameOf(End end) {
+    return RuleOf(end).name;
+}
+
 Decision Decide(const CaseFacts& facts) {
-    switch (facts.end) {
-        case End::Interrupted:
-            return {Outcome::Interrupted, facts.words};
-        case End::HookFailed:
-        case End::PortTaken:
-            return {Outcome::Environment, facts.words};
-        case End::ConnectTimeout:
-        case End::IdleTimeout:
-        case End::CaseTimeout:
-            return TimedOut(facts);
-        case End::DvrFailed:
-            if (!facts.isConnected) {
-                return {Outcome::Environment, facts.words + ", and no DVR had connected"};
-            }
-            break;
-        default:
-            break;
+    const std::optional<Outcome> otherwise = RuleOf(facts.end).otherwise;
+    if (otherwise == Outcome::Timeout) {
+        return TimedOut(facts);
+    }
+    if (otherwise == Outcome::Environment || otherwise == Outcome::Interrupted) {
+        return {*otherwise, facts.words};
+    }
+    if (facts.end == End::DvrFailed && !facts.isConnected) {
+        return {Outcome::Environment, facts.words + ", and no DVR had connected"};
     }
     return !facts.isStopped && facts.harness ? EndedByItself(facts) : Stopped(facts);
 }

@@ -34,14 +34,22 @@ enum class End {
     Silence,       // -z: the DVR stayed silent, as it must, for longer than the patience
     HarnessEnded,  // by itself
     DvrFailed,     // the DVR's command ended with a status other than 0, and then nothing came
+    NoEvents,      // the DVR has nothing to export
+    Stuck,         // the harness has nothing to ask for, though the export is not over
+    Lost,          // the DVR closed or reset the connection, on which the harness now waits for ever
+    Endless,       // the same exchanges over and over
     ConnectTimeout,
     IdleTimeout,
+    TransferTimeout,
     CaseTimeout,
     LogTooLarge,
     Interrupted,
     HookFailed,
     PortTaken
 };
+
+/// @return as campaign.json has it: "done", "no events", "case time-out" ...
+const char* NameOf(End end);
 
 /// The facts that decide a case's outcome.
 struct CaseFacts {

@@ -1,3 +1,4 @@
+#include <fmt/format.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
@@ -7,7 +8,9 @@
 #include <iterator>
 #include <random>
 #include <sstream>
+#include <stdexcept>
 
+#include "rig/base/Printable.h"
 #include "rig/campaign/Campaign.h"
 #include "rig/campaign/RunCommand.h"
 #include "rig/campaign/evidence/Fingerprint.h"
@@ -54,7 +57,11 @@ Rig RigOf(const RunOptions& options, std::uint32_t seed) {
     rig.hooks = options.hooks;
     rig.patience = options.patience;
     rig.linger = options.linger;
-    rig.limits = {options.patience.answer, options.maxReaction, options.strict};
+    rig.limits = {
+        options.patience.answer, options.maxReaction, options.strict, {}, judge::PlaceOf(options.delivery)};
+    if (rig.limits.delivered) {
+        rig.limits.delivered->isLive = true;
+    }
     rig.known = options.known.empty() ? judge::KnownFailures() : judge::ReadKnownFailures(options.known);
     rig.capture = options.capture;
     return rig;
@@ -120,6 +127,7 @@ CampaignRecord RecordOf(const RunOptions& options, const Rig& rig) {
     record.repeat = options.repeat;
     record.patience = options.patience;
     record.maxReaction = options.maxReaction;
+    record.linger = options.linger;
     record.isStrict = options.strict;
     record.cases = PlannedCases(options);
     return record;
@@ -137,12 +145,26 @@ std::string FolderOf(const RunOptions& options) {
     return name;
 }
 
+/// Evidence in the folder of the delivered files would count as delivered.
+void CheckFolder(const std::string& folder, const RunOptions& options) {
+    if (!options.delivery.folder) {
+        return;
+    }
+    const fs::path delivered = fs::weakly_canonical(*options.delivery.folder);
+    const fs::path way = fs::weakly_canonical(folder).lexically_relative(delivered);
+    if (!way.empty() && *way.begin() != "..") {
+        throw std::runtime_error(
+            fmt::format("--out: expected a folder outside --delivered, found {}", Quoted(folder)));
+    }
+}
+
 }  // namespace
 
 Outcome PlanAndRun(const RunOptions& options) {
     const Rig rig = RigOf(options, options.seed ? *options.seed : std::random_device()());
     CampaignRecord record = RecordOf(options, rig);
     const std::string folder = FolderOf(options);
+    CheckFolder(folder, options);
     MakeCampaignFolder(folder);
     return Campaign(rig, folder, std::move(record)).Run();
 }

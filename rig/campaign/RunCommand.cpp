@@ -9,6 +9,7 @@
 
 #include "rig/base/Complaint.h"
 #include "rig/base/OptionChecks.h"
+#include "rig/judge/delivery/DeliveryOptions.h"
 
 namespace rig::campaign {
 namespace {
@@ -75,11 +76,17 @@ void AddCommandOptions(CLI::App& run, RunOptions& options) {
 void AddPatienceOptions(CLI::App& run, RunOptions& options) {
     AddSeconds(run, "--connect-timeout", options.patience.connect, "How long to wait for the DVR to connect");
     AddSeconds(run, "--idle-timeout", options.patience.idle, "How long to wait for a new line in the log");
+    AddSeconds(run, "--transfer-timeout", options.patience.transfer,
+               "How long to wait for it while the DVR transfers a file");
     AddSeconds(run, "--case-timeout", options.patience.whole, "How long a case may take");
     AddSeconds(run, "--hook-timeout", options.hooks.timeout, "How long a hook may take");
     AddSeconds(run, "--patience", options.patience.answer,
                "How long the harness must have waited for an answer before it counts as missing");
-    AddSeconds(run, "--linger", options.linger, "How long to keep watching after the end of a dialogue");
+    run.add_option("--linger", options.linger,
+                   "How long to keep watching after the end of a dialogue (default: with -d, as long as it "
+                   "asks the DVR to stay away; otherwise 0)")
+        ->transform(Between(0.0, kLongestSeconds))
+        ->type_name("SECONDS");
     run.add_option("--max-reaction", options.maxReaction, "Fail when an answer took longer")
         ->transform(Between(0.0, kLongestSeconds * 1000))
         ->type_name("MS");
@@ -94,6 +101,7 @@ void AddEvidenceOptions(CLI::App& run, RunOptions& options) {
     run.add_option("--known", options.known,
                    "Known failures: on each line a check, a blank, and what a report says was found")
         ->type_name("FILE");
+    judge::AddDeliveryOptions(run, options.delivery);
     run.add_flag("--capture", options.capture, "Capture the packets of port 5001 for each case");
 }
 

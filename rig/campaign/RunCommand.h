@@ -8,6 +8,7 @@
 #include "rig/campaign/Outcome.h"
 #include "rig/campaign/execution/Hooks.h"
 #include "rig/campaign/execution/Watch.h"
+#include "rig/judge/delivery/DeliveryPlace.h"
 
 namespace CLI {
 class App;
@@ -25,7 +26,7 @@ struct RunOptions {
     std::optional<std::string> dvr;  // command; empty: the simulated DVR; none: wait for a recorder
     HookCommands hooks;
     Patience patience;
-    double linger = 0;                  // seconds
+    std::optional<double> linger;       // seconds; none: as long as -d asks
     std::optional<double> maxReaction;  // milliseconds
     bool strict = false;                // a warning fails
     std::string known;                  // list of known failures
@@ -34,6 +35,7 @@ struct RunOptions {
     std::string note;
     std::string out;  // folder; empty: one named after the time
     bool capture = false;
+    judge::DeliveryOptions delivery;
 };
 
 /// Adds the subcommand `run`. When the command line asks for it, parsing runs it and leaves its exit status

@@ -88,15 +88,13 @@ void CompareVerdicts(const std::string& subject, const Verdicts& before, const V
     }
 }
 
-/// @return the checks of both, each once, in the judge's order
-std::vector<std::string> ChecksOf(const Case& before, const Case& after) {
+/// @return the checks of all runs, each once, in the judge's order
+std::vector<std::string> ChecksOf(const Case& all) {
     std::vector<std::string> ids;
-    for (const Case* const one : {&after, &before}) {
-        for (const CaseRun& run : one->runs) {
-            for (const auto& [id, check] : run.checks) {
-                if (std::find(ids.begin(), ids.end(), id) == ids.end()) {
-                    ids.push_back(id);
-                }
+    for (const CaseRun& run : all.runs) {
+        for (const auto& [id, check] : run.checks) {
+            if (std::find(ids.begin(), ids.end(), id) == ids.end()) {
+                ids.push_back(id);
             }
         }
     }
@@ -105,7 +103,7 @@ std::vector<std::string> ChecksOf(const Case& before, const Case& after) {
 
 /// A check that one of them lacks says something about the judge, not the DVR.
 void CompareChecks(const Case& before, const Case& after, std::vector<Difference>& differences) {
-    for (const std::string& id : ChecksOf(before, after)) {
+    for (const std::string& id : ChecksOf(after)) {
         const std::optional<Verdicts> was = VerdictsOf(before, id);
         const std::optional<Verdicts> is = VerdictsOf(after, id);
         if (was && is) {

@@ -8,18 +8,21 @@
 #include <iostream>
 #include <memory>
 #include <random>
+#include <thread>
 
 #include "rig/base/Complaint.h"
 #include "rig/base/Counted.h"
-#include "rig/base/OptionChecks.h"
+#include "rig/base/ParseNumber.h"
 #include "rig/base/Printable.h"
 #include "rig/base/Terminal.h"
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/defects/Injector.h"
 #include "rig/dvr/dialogue/Dialogue_1_0.h"
 #include "rig/dvr/dialogue/Dialogue_2_0.h"
+#include "rig/dvr/dialogue/Habits.h"
 #include "rig/dvr/dialogue/Session.h"
 #include "rig/dvr/recordings/Delivery.h"
+#include "rig/dvr/recordings/EventKinds.h"
 #include "rig/dvr/recordings/FolderRecordings.h"
 #include "rig/dvr/recordings/SyntheticRecordings.h"
 #include "rig/dvr/replay/ReplayCommand.h"
@@ -33,16 +36,23 @@ namespace {
 /// The harness creates this file to make transfers fail, and then removes it.
 constexpr const char* kFailureMarker = "/mnt/hd/velloranFail";
 
-std::unique_ptr<Recordings> OpenRecordings(const DvrOptions& options) {
-    if (options.recordings) {
-        return std::make_unique<FolderRecordings>(*options.recordings);
-    }
-    return std::make_unique<SyntheticRecordings>();
-}
-
 /// @return the dialect, which defaults to 1 as in the harness
 int DialectOf(const DvrOptions& options) {
     return options.protocol.value_or(1);
+}
+
+std::unique_ptr<Recordings> OpenRecordings(const DvrOptions& options) {
+    std::unique_ptr<Recordings> recordings;
+    if (options.recordings) {
+        recordings = std::make_unique<FolderRecordings>(*options.recordings);
+    } else if (!options.events.empty()) {
+        recordings = std::make_unique<SyntheticRecordings>(MakeUpEvents(options.events, DialectOf(options)),
+                                                           "made-up recordings");
+    } else {
+        recordings = std::make_unique<SyntheticRecordings>();
+    }
+    recordings->HashBy(HashKindNamed(options.hash).value_or(HashKind::Sha256));
+    return recordings;
 }
 
 std::unique_ptr<Dialogue> NewDialogue(const DvrOptions& options, const Recordings& recordings) {
@@ -105,15 +115,55 @@ Injector NewInjector(const DvrOptions& options, const Recordings& recordings, st
     for (const DefectOption& option : options.defects) {
         injector.AddDefect(option.defect, SiteOf(option, recordings));
     }
+    if (!injector.SpoilsCopies().empty() && !options.deliver) {
+        throw Failure(ExitStatus::Unusable, "--defect " + injector.SpoilsCopies() +
+                                                ": expected --deliver, whose copies it spoils, found none");
+    }
     return injector;
 }
 
-/// Holds one dialogue on a new connection. @return whether a defect asks for another
-bool PlayOnce(const DvrOptions& options, const Recordings& recordings, const Endpoint& endpoint,
-              const DeliveryFolder* delivery, Injector& injector, WireCheck& wireCheck,
-              Transcript& transcript) {
-    const std::unique_ptr<Dialogue> dialogue = NewDialogue(options, recordings);
-    Connection connection = Connection::Open(endpoint, FromSeconds(options.wait));
+/// What all dialogues of a run share.
+struct Scene {
+    const DvrOptions& options;
+    const Recordings& recordings;
+    const Endpoint& endpoint;
+    const DeliveryFolder* delivery;
+    const Style& style;
+    const Habits& habits;
+    Injector& injector;
+    WireCheck& wireCheck;
+    Transcript& transcript;
+};
+
+void Prepare(Session& session, const Scene& scene) {
+    if (scene.delivery != nullptr) {
+        session.Deliver(*scene.delivery);
+    }
+    session.WriteAs(scene.style);
+    session.Adopt(scene.habits);
+    if (scene.injector.HasDefects()) {
+        session.Misbehave(scene.injector, scene.endpoint);
+    }
+    if (scene.options.onSizeError == "continue") {
+        session.AcceptSizeErrors();
+    }
+    if (scene.options.wireCheck) {
+        session.Check(scene.wireCheck);
+    }
+}
+
+/// What comes after a dialogue.
+struct Sequel {
+    bool reconnects;                              // as a defect asks for
+    std::optional<std::chrono::minutes> absence;  // that DONE asked for; nothing: there was no DONE
+};
+
+/// Holds one dialogue on a new connection.
+Sequel PlayOnce(const Scene& scene) {
+    const DvrOptions& options = scene.options;
+    Transcript& transcript = scene.transcript;
+    const std::unique_ptr<Dialogue> dialogue = NewDialogue(options, scene.recordings);
+    Connection connection = Connection::Open(scene.endpoint, FromSeconds(options.wait));
     if (options.segment) {
         connection.SendInPieces(*options.segment, Milliseconds(options.gap));
     }
@@ -122,23 +172,7 @@ bool PlayOnce(const DvrOptions& options, const Recordings& recordings, const End
                     {FromSeconds(options.timeout),
                      FromSeconds(options.frameTimeout),
                      {Milliseconds(options.transferTime), options.rate}});
-    if (delivery != nullptr) {
-        session.Deliver(*delivery);
-    }
-    Style style;
-    for (const std::string& manner : options.styles) {
-        style.AddManner(manner);
-    }
-    session.WriteAs(style);
-    if (injector.HasDefects()) {
-        session.Misbehave(injector, endpoint);
-    }
-    if (options.onSizeError == "continue") {
-        session.AcceptSizeErrors();
-    }
-    if (options.wireCheck) {
-        session.Check(wireCheck);
-    }
+    Prepare(session, scene);
     const auto noteEnd = [&](bool isDone) {
         transcript.Note((isDone ? "" : "not finished: ") + dialogue->Summary() + session.WireSummary());
     };
@@ -149,10 +183,34 @@ bool PlayOnce(const DvrOptions& options, const Recordings& recordings, const End
         throw;
     }
     noteEnd(dialogue->IsDone());
-    return session.Reconnects();
+    return {session.Reconnects(), dialogue->Absence()};
+}
+
+/// Plays once, and again as long as a defect or a habit asks for it.
+void PlayAll(const Scene& scene) {
+    int calls = scene.habits.callsAgain;
+    for (;;) {
+        const Sequel sequel = PlayOnce(scene);
+        if (sequel.reconnects) {
+            scene.transcript.Note("connecting again, as told");
+        } else if (sequel.absence && calls-- > 0) {
+            scene.transcript.Note(fmt::format("calling again in {} min", sequel.absence->count()));
+            std::this_thread::sleep_for(*sequel.absence);
+        } else {
+            return;
+        }
+    }
 }
 
 void PlayRecordings(const DvrOptions& options) {
+    Style style;
+    for (const std::string& manner : options.styles) {
+        style.AddManner(manner);
+    }
+    Habits habits;
+    for (const std::string& habit : options.habits) {
+        habits.Add(habit);
+    }
     const std::unique_ptr<Recordings> recordings = OpenRecordings(options);
     const std::uint32_t seed = options.seed.value_or(std::random_device()());
     Injector injector = NewInjector(options, *recordings, seed);
@@ -166,9 +224,7 @@ void PlayRecordings(const DvrOptions& options) {
         transcript.Note("seed " + std::to_string(seed));
     }
     WireCheck wireCheck(DialectOf(options), injector.HasDefects());
-    while (PlayOnce(options, *recordings, endpoint, delivery.get(), injector, wireCheck, transcript)) {
-        transcript.Note("connecting again, as told");
-    }
+    PlayAll({options, *recordings, endpoint, delivery.get(), style, habits, injector, wireCheck, transcript});
     if (!injector.Idle().empty()) {
         transcript.Note("had nothing to act on: " + injector.Idle());
     }

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "rig/base/Listing.h"
+
 namespace CLI {
 class App;
 }
@@ -26,6 +28,7 @@ struct DvrOptions {
     std::string host = "127.0.0.1";
     int port = 5001;
     std::optional<std::string> recordings;  // folder; synthetic ones if not given
+    std::vector<std::string> events;        // kinds of made-up ones instead
     double wait = 10;                       // seconds
     double timeout = 30;                    // seconds
     double frameTimeout = 5;                // seconds
@@ -34,16 +37,16 @@ struct DvrOptions {
     std::optional<std::size_t> segment;     // size of the pieces to send, in bytes; all at once if not given
     int gap = 10;                           // milliseconds between them
     std::optional<std::string> deliver;     // folder for copies
+    std::string hash = "sha256";            // that FILE_COMPLETE announces
     std::optional<std::string> replay;      // log of an earlier run
     std::string replaySpeed = "full";       // or "recorded"
     std::string onSizeError = "close";      // or "continue"
     bool wireCheck = false;
     std::vector<std::string> styles;
-    bool listStyles = false;  // and play nothing
+    std::vector<std::string> habits;
     std::vector<DefectOption> defects;
-    bool listDefects = false;           // and play nothing
-    bool listMessages = false;          // likewise
-    std::string format = "text";        // of a list, or "markdown"
+    Listing (*listing)() = nullptr;     // to print, and play nothing
+    std::string format = "text";        // of it, or "markdown"
     std::optional<std::uint32_t> seed;  // of everything random; a new one for each run if not given
 };
 

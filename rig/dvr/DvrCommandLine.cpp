@@ -8,6 +8,8 @@
 #include "rig/base/OptionChecks.h"
 #include "rig/dvr/DvrCommand.h"
 #include "rig/dvr/defects/Defect.h"
+#include "rig/dvr/dialogue/Habits.h"
+#include "rig/dvr/recordings/EventKinds.h"
 #include "rig/dvr/replay/ReplayCommand.h"
 #include "rig/dvr/wire/Style.h"
 #include "rig/protocol/Catalogue.h"
@@ -64,6 +66,10 @@ void AddPaceOptions(CLI::App& dvr, DvrOptions& options) {
            "--deliver", options.deliver,
            "Copy each file there as it is transferred, as DIR/EVENT/FILE; it appears when it is complete")
         ->type_name("DIR");
+    dvr.add_option("--hash", options.hash, "Which hash of a file FILE_COMPLETE announces")
+        ->check(CLI::IsMember({"crc32", "md5", "sha1", "sha256"}))
+        ->type_name("crc32|md5|sha1|sha256")
+        ->capture_default_str();
     auto* const segment =
         dvr.add_option("--segment", options.segment, "Send every message in pieces of this size")
             ->transform(Between(std::size_t{1}, kLargestSegment))
@@ -75,13 +81,39 @@ void AddPaceOptions(CLI::App& dvr, DvrOptions& options) {
         ->needs(segment);
 }
 
-/// How the DVR writes its XML.
-void AddStyleOptions(CLI::App& dvr, DvrOptions& options) {
+/// A flag that asks for a list.
+void AddList(CLI::App& dvr, DvrOptions& options, const char* flag, const std::string& things,
+             Listing (*list)()) {
+    dvr.add_flag_callback(
+        flag, [&options, list] { options.listing = list; }, "Print all " + things + " and exit");
+}
+
+/// How the DVR writes its XML, and what it does that others do not.
+void AddMannerOptions(CLI::App& dvr, DvrOptions& options) {
     dvr.add_option("--style", options.styles,
                    "Write the XML in this manner (see --list-styles), or in all; may be given several times")
         ->type_name("STYLE")
         ->allow_extra_args(false);
-    dvr.add_flag("--list-styles", options.listStyles, "Print all styles and exit");
+    AddList(dvr, options, "--list-styles", "styles", ListStyles);
+    dvr.add_option("--habit", options.habits,
+                   "Have this habit (see --list-habits), or all; may be given several times")
+        ->type_name("HABIT[=VALUE]")
+        ->allow_extra_args(false);
+    AddList(dvr, options, "--list-habits", "habits", ListHabits);
+}
+
+/// What the DVR has recorded.
+void AddRecordingsOptions(CLI::App& dvr, DvrOptions& options) {
+    dvr.add_option("--recordings", options.recordings,
+                   "Folder with one folder of files for each event (default: a few synthetic events)")
+        ->type_name("DIR");
+    dvr.add_option("--events", options.events,
+                   "Make up events of these kinds (see --list-events) instead, or of all")
+        ->type_name("KIND[,KIND...]")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->excludes("--recordings");
+    AddList(dvr, options, "--list-events", "kinds of events", ListEvents);
 }
 
 /// What the DVR does wrong, and what there is to choose from.
@@ -112,8 +144,8 @@ void AddDefectOptions(CLI::App& dvr, const std::shared_ptr<DvrOptions>& options)
     dvr.add_option("--seed", options->seed, "Repeat the random choices of an earlier run")
         ->transform(Between<std::uint32_t>(0, UINT32_MAX))
         ->type_name("N");
-    dvr.add_flag("--list-defects", options->listDefects, "Print all defects and exit");
-    dvr.add_flag("--list-messages", options->listMessages, "Print all messages of the protocol and exit");
+    AddList(dvr, *options, "--list-defects", "defects", ListDefects);
+    AddList(dvr, *options, "--list-messages", "messages of the protocol", protocol::ListMessages);
     AddFormatOption(dvr, options->format);
 }
 
@@ -147,29 +179,19 @@ void AddDvrCommand(CLI::App& app, int& status) {
         ->transform(Between(1, 65535))
         ->type_name("PORT")
         ->capture_default_str();
-    dvr->add_option("--recordings", options->recordings,
-                    "Folder with one folder of files for each event (default: a few synthetic events)")
-        ->type_name("DIR");
+    AddRecordingsOptions(*dvr, *options);
     AddTimeOptions(*dvr, *options);
     AddPaceOptions(*dvr, *options);
-    AddStyleOptions(*dvr, *options);
+    AddMannerOptions(*dvr, *options);
     AddDefectOptions(*dvr, options);
     AddWireOptions(*dvr, *options);
     AddReplayOptions(*dvr, *options);
     dvr->callback([options, &status] {
-        if (options->listDefects) {
-            Print(ListDefects(), options->format);
-            return;
+        if (options->listing != nullptr) {
+            Print(options->listing(), options->format);
+        } else {
+            status = RunDvr(*options);
         }
-        if (options->listStyles) {
-            Print(ListStyles(), options->format);
-            return;
-        }
-        if (options->listMessages) {
-            Print(protocol::ListMessages(), options->format);
-            return;
-        }
-        status = RunDvr(*options);
     });
 }
 

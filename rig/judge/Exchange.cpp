@@ -23,17 +23,16 @@ std::string_view ValueOf(const std::optional<std::string>& attribute) {
     return attribute ? std::string_view(*attribute) : std::string_view();
 }
 
-/// @return whether the message is about exactly what the request asked for
-bool IsExact(const Request& request, const Arrival& message) {
-    const bool isFileLeftOut = !message.file && message.name != "FILE_COMPLETE"sv;
-    return request.reid == ValueOf(message.reid) && (isFileLeftOut || request.file == ValueOf(message.file));
-}
-
 std::string FileIn(const Arrival& message) {
     return Printable(message.reid.value_or("")) + "/" + Printable(message.file.value_or(""));
 }
 
 }  // namespace
+
+bool IsExact(const Request& request, const Arrival& message) {
+    const bool isFileLeftOut = !message.file && message.name != "FILE_COMPLETE"sv;
+    return request.reid == ValueOf(message.reid) && (isFileLeftOut || request.file == ValueOf(message.file));
+}
 
 std::string AnswerTo(const std::string& request, Fault fault, int protocol) {
     switch (fault) {
@@ -64,11 +63,17 @@ void Exchange::SendRequest(Request request, const Place& place) {
         }
         run_.doneSent.Add(place);
         run_.isExporting = false;
-        doneTime_ = request.time;
+        run_.doneTime = request.time;
         for (Request& waiting : run_.pending) {
             waiting.isOvertaken = true;
         }
     }
+    if (request.isGenuine) {
+        run_.Of(request.fault).genuine.Add(place, request.Words());
+        request.mayBeRefused = request.fault == Fault::FileEvent;
+        request.fault = Fault::None;
+    }
+    request.expects = AnswerTo(request.name, request.fault, run_.switches.protocol);
     if (request.pause > 0) {
         run_.Of(Fault::Pause).fired.Add(place);
     }
@@ -101,7 +106,10 @@ void Exchange::TakeMessage(const Arrival& message, const std::string& event, con
         if (!message.reid && protocol::IsReport(message.name)) {
             run_.reportWithoutReid.Add(place, message.name);
         }
-        if (!Answers(message, event, place) && !AnswersWrongly(message, place) && !RefusesLater(message)) {
+        const bool isTaken = Answers(message, event, place) || AnswersWrongly(message, place) ||
+                             RefusesLater(message) || Refuses(message, place) ||
+                             TellsProgress(message, place);
+        if (!isTaken) {
             TakeUnasked(message, place);
         }
     }
@@ -113,9 +121,12 @@ void Exchange::TakeOk(const Arrival& message, const Place& place) {
     run_.openedByOk = run_.openedByOk || run_.received.empty();
     if (run_.isExporting) {
         run_.notAsked.Add(place, "a second OK");
+        if (run_.Saw(log::Sign::SentWrongSize)) {
+            run_.openedAgain.Add(place);
+        }
     } else if (run_.doneSent.Any()) {
-        if (doneTime_ && message.time) {
-            run_.resumed = std::min(run_.resumed.value_or(INT64_MAX), *message.time - *doneTime_);
+        if (run_.doneTime && message.time) {
+            run_.resumed = std::min(run_.resumed.value_or(INT64_MAX), *message.time - *run_.doneTime);
         }
         run_.resumedAt.Add(place);
     }
@@ -128,6 +139,9 @@ bool Exchange::Answers(const Arrival& message, const std::string& event, const P
         return isAnswered(waiting) && IsExact(waiting, message);
     });
     isExact_ = request != run_.pending.end();
+    if (!isExact_ && AnswersTheRefused(message)) {
+        return true;
+    }
     if (!isExact_) {
         request = std::find_if(run_.pending.begin(), run_.pending.end(), isAnswered);
     }
@@ -139,6 +153,9 @@ bool Exchange::Answers(const Arrival& message, const std::string& event, const P
     AddReaction(*answered_, message, place);
     if (answered_->pause > 0) {
         run_.Of(Fault::Pause).answered.Add(place);
+    }
+    if (answered_->fault == Fault::Xfer) {
+        told_ = message.time;
     }
     if (answered_->fault != Fault::None) {
         run_.Of(answered_->fault).answered.Add(place);
@@ -171,20 +188,6 @@ bool Exchange::AnswersWrongly(const Arrival& message, const Place& place) {
     run_.Of(request->fault).wrong.Add(place, message.name + " to " + request->Words());
     if (request->fault == Fault::Event) {
         accepted_.insert(request->reid);
-    }
-    run_.pending.erase(request);
-    return true;
-}
-
-/// A DVR that took a damaged identifier for an event, and then refuses requests about it, behaves correctly:
-/// its one fault has been counted.
-bool Exchange::RefusesLater(const Arrival& message) {
-    const std::string reid = message.reid.value_or("");
-    const auto request = std::find_if(
-        run_.pending.begin(), run_.pending.end(),
-        [&reid](const Request& waiting) { return waiting.fault == Fault::None && waiting.reid == reid; });
-    if (!protocol::IsReport(message.name) || accepted_.count(reid) == 0 || request == run_.pending.end()) {
-        return false;
     }
     run_.pending.erase(request);
     return true;

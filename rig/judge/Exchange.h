@@ -20,6 +20,9 @@ struct Arrival {
     bool isRepeated = false;           // it is, byte for byte, the message before it
 };
 
+/// @return whether the message is about exactly what the request asked for
+bool IsExact(const Request& request, const Arrival& message);
+
 /// The requests that wait for an answer, and what each message of the DVR is to them: the right answer, a
 /// wrong one, or something that nobody asked for.
 class Exchange {
@@ -40,21 +43,28 @@ class Exchange {
     /// The harness has logged something at this time: it was not reading before.
     void WasBusyUntil(std::optional<std::int64_t> time);
 
+    /// @return the request that the last message answers exactly; null if there is none
+    const Request* Answered() const { return answered_ && isExact_ ? &*answered_ : nullptr; }
+
  private:
     void TakeOk(const Arrival& message, const Place& place);
     bool Answers(const Arrival& message, const std::string& event, const Place& place);
     bool AnswersWrongly(const Arrival& message, const Place& place);
     bool RefusesLater(const Arrival& message);
+    bool Refuses(const Arrival& message, const Place& place);
+    bool AnswersTheRefused(const Arrival& message);
+    bool TellsProgress(const Arrival& message, const Place& place);
     void TakeUnasked(const Arrival& message, const Place& place);
     void AddReaction(const Request& request, const Arrival& message, const Place& place);
 
     Run& run_;
     Arrival last_;
-    std::optional<Request> answered_;  // by the last message
-    bool isExact_ = false;             // which is about exactly what the request asked for
-    Arrival completed_;                // the last FILE_COMPLETE that was asked for
-    std::set<std::string> accepted_;   // damaged identifiers that the DVR took for events
-    std::optional<std::int64_t> doneTime_;
+    std::optional<Request> answered_;          // by the last message
+    bool isExact_ = false;                     // which is about exactly what the request asked for
+    Arrival completed_;                        // the last FILE_COMPLETE that was asked for
+    std::set<std::string> accepted_;           // damaged identifiers that the DVR took for events
+    std::optional<Request> refused_;           // the last for an event that the DVR lists
+    std::optional<std::int64_t> told_;         // when XFER_IN_PROGRESS answered the second of two requests
     std::optional<std::int64_t> free_;         // when the harness began to wait for a message
     std::optional<std::int64_t> pausedUntil_;  // by the pause after the last request
 };

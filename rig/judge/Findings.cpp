@@ -92,7 +92,8 @@ Finding NoneOf(std::initializer_list<Bad> bad, bool reached, const Text& expecte
 }
 
 double Waited(const Run& run, const Request& request) {
-    return run.endTime && request.time ? static_cast<double>(*run.endTime - *request.time) / 1e6 : 0;
+    const auto since = request.heard ? request.heard : request.time;
+    return run.endTime && since ? static_cast<double>(*run.endTime - *since) / 1e6 : 0;
 }
 
 /// @return how long a request waited in vain, and what came last
@@ -141,8 +142,8 @@ Tally Stalled(const Run& run, const Limits& limits) {
     const double reading = kSecondsPerRead * (1 + static_cast<double>(last.length) / kBytesPerRead);
     if (waited >= limits.patience + reading) {
         stalled.Add(last.line.Proof(),
-                    fmt::format("{} in {:.1f} s{}", ExplainMissing(last.length, std::nullopt).words, waited,
-                                run.AfterWhat()));
+                    fmt::format("{}; the harness waited for {:.1f} s{}",
+                                ExplainMissing(last.length, std::nullopt).words, waited, run.AfterWhat()));
     }
     return stalled;
 }

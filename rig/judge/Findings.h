@@ -47,7 +47,8 @@ std::string Words(const Text& found, const Tally& tally);
 /// all.
 Finding NoneOf(std::initializer_list<Bad> bad, bool reached, const Text& expected, const Text& notReached);
 
-/// @return the seconds from a request to the end of the log; 0 if the log has no times
+/// @return the seconds from a request, or the last word that it is being answered, to the end of the log; 0
+/// if the log has no times
 double Waited(const Run& run, const Request& request);
 
 /// @return whether a request has waited so long that no answer can be expected any more

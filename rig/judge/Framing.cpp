@@ -96,12 +96,13 @@ FramingFault ExplainHeader(const Bytes& header, std::size_t textSeen) {
     if (const auto number = InDigits(header)) {
         return {fmt::format("{}, the length in digits; {}", sent, Right(*number)), true};
     }
-    for (const bool isLowestFirst : {true, false}) {
-        if (const auto number = InWholeBytes(header, isLowestFirst, textSeen)) {
-            return {fmt::format("{}, as if the length had {} bytes of 8 bits, {} first; {}", sent,
-                                header.size(), isLowestFirst ? "lowest" : "highest", Right(*number)),
-                    true};
-        }
+    const auto lowestFirst = InWholeBytes(header, true, textSeen);
+    const auto highestFirst = InWholeBytes(header, false, textSeen);
+    const bool isLowestFirst = lowestFirst && (!highestFirst || *lowestFirst <= *highestFirst);
+    if (const auto number = isLowestFirst ? lowestFirst : highestFirst) {  // of two, the one more likely
+        return {fmt::format("{}, as if the length had {} bytes of 8 bits, {} first; {}", sent, header.size(),
+                            isLowestFirst ? "lowest" : "highest", Right(*number)),
+                true};
     }
     return {fmt::format("{}; right is the length alone, 7 bits in each byte, lowest first", sent), true};
 }

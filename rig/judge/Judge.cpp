@@ -13,6 +13,12 @@ bool IsAssertion(std::string_view line) {
            line.find(": Assertion `") != std::string_view::npos;
 }
 
+/// The library's message on standard error: "terminate called after throwing an instance of 'TYPE'", and
+/// below it "  what():  TEXT".
+bool IsException(std::string_view line) {
+    return line.find("terminate called ") != std::string_view::npos || StartsWith(line, "  what():  ");
+}
+
 result::RunResult Judged(const Run& run, const Limits& limits, bool words) {
     result::RunResult result;
     result.name = run.name;
@@ -34,6 +40,19 @@ result::RunResult Judged(const Run& run, const Limits& limits, bool words) {
 
 bool IsMarkerFailure(std::string_view line) {
     return StartsWith(line, "touch: ") && line.find("/mnt/hd/velloranFail") != std::string_view::npos;
+}
+
+Judge::Judge(const Limits& limits, const Keep& keep, TakeRun take)
+    : limits_(limits), keep_(keep), take_(std::move(take)) {
+    keep_.transfers = limits_.delivered.has_value();
+    if (limits_.delivered && limits_.delivered->isLive) {
+        Files shownLater;
+        before_ = FilesIn(limits_.delivered->folder, shownLater);
+    }
+}
+
+bool IsLastWord(std::string_view line) {
+    return IsAssertion(line) || IsException(line);
 }
 
 ReadLine Judge::Add(const std::string& file, std::uint64_t number, std::string_view line) {
@@ -70,6 +89,8 @@ void Judge::AddError(const Place& place) {
     const auto run = open_.find(last_);
     if (run != open_.end() && IsAssertion(place.text)) {
         run->second->AddAssertion(place);
+    } else if (run != open_.end() && IsException(place.text)) {
+        run->second->AddException(place);
     } else if (run != open_.end() && IsMarkerFailure(place.text)) {
         run->second->AddMarkerFailure(place);
     }
@@ -83,7 +104,11 @@ bool Judge::IsOver() const {
 
 void Judge::Close(int process) {
     const auto run = open_.find(process);
-    take_(Judged(run->second->Facts(), limits_, keep_.words));
+    if (limits_.delivered) {
+        held_.push_back(run->second->TakeFacts());
+    } else {
+        take_(Judged(run->second->Facts(), limits_, keep_.words));
+    }
     open_.erase(run);
 }
 
@@ -91,6 +116,13 @@ void Judge::Finish() {
     while (!open_.empty()) {
         Close(open_.begin()->first);
     }
+    if (limits_.delivered) {
+        Inspection(*limits_.delivered, before_).LookFor(held_);
+    }
+    for (const Run& run : held_) {
+        take_(Judged(run, limits_, keep_.words));
+    }
+    held_.clear();
 }
 
 }  // namespace rig::judge

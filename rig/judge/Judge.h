@@ -3,12 +3,15 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "rig/judge/RunModel.h"
 #include "rig/judge/checks/Checks.h"
+#include "rig/judge/delivery/Inspection.h"
 #include "rig/result/Result.h"
 
 namespace rig::judge {
@@ -16,6 +19,10 @@ namespace rig::judge {
 /// @return whether a line of the harness's standard error says that its shell could not make the failure
 /// marker, which happens when "/mnt/hd" is missing or cannot be written
 bool IsMarkerFailure(std::string_view line);
+
+/// @return whether a line of the harness's standard error says why the harness aborts: a failed assertion, or
+/// an exception
+bool IsLastWord(std::string_view line);
 
 /// What a line of a log is. Valid until the next line.
 struct ReadLine {
@@ -30,13 +37,17 @@ using TakeRun = std::function<void(result::RunResult run)>;
 /// the logs, except for what must be kept.
 class Judge {
  public:
-    Judge(const Limits& limits, const Keep& keep, TakeRun take)
-        : limits_(limits), keep_(keep), take_(std::move(take)) {}
+    /// With a folder of delivered files, keeps what it knows of each run until the end of the logs, and looks
+    /// at the folder then: a later run may deliver a file again.
+    Judge(const Limits& limits, const Keep& keep, TakeRun take);
 
     /// Takes the next line of a log. @param file as given by the user; the line is escaped, without its
     /// newline
     /// @return what it is
     ReadLine Add(const std::string& file, std::uint64_t number, std::string_view line);
+
+    /// Takes what the rig saw after DONE. It counts in the verdicts on runs that are not over yet.
+    void Take(const AfterDone& after) { limits_.after = after; }
 
     /// @return whether a run has begun and none is in progress
     bool IsOver() const;
@@ -53,6 +64,8 @@ class Judge {
     Keep keep_;
     std::map<int, std::unique_ptr<RunModel>> open_;  // by process; -1 if the log does not name it
     int last_ = -1;                                  // the process of the last statement
+    std::vector<Run> held_;                          // until the folder has been looked at
+    std::optional<Snapshot> before_;                 // of the folder
     bool hasBegun_ = false;                          // a run
     TakeRun take_;
 };

@@ -1,6 +1,9 @@
 #include "rig/judge/JudgeCommand.h"
 
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
+#include <chrono>
 #include <exception>
 #include <filesystem>
 #include <iostream>
@@ -9,6 +12,7 @@
 #include "rig/base/Complaint.h"
 #include "rig/base/OptionChecks.h"
 #include "rig/base/Printable.h"
+#include "rig/base/ProgressBar.h"
 #include "rig/base/Terminal.h"
 #include "rig/base/WriteWhole.h"
 #include "rig/html/HtmlReport.h"
@@ -16,6 +20,7 @@
 #include "rig/judge/KnownFailures.h"
 #include "rig/judge/MessageList.h"
 #include "rig/judge/checks/Checks.h"
+#include "rig/judge/delivery/DeliveryOptions.h"
 #include "rig/log/LogReader.h"
 #include "rig/result/Reports.h"
 #include "rig/result/TextReport.h"
@@ -24,6 +29,8 @@ namespace rig::judge {
 namespace {
 
 constexpr int kNoLog = 66;
+constexpr const char* kEraseLine = "\r\033[K";
+constexpr std::chrono::milliseconds kBetweenBars(200);
 
 constexpr const char* kJudgeStatuses =
     "Exit status: 0 every check passed, or only warns; 1 a check failed; 2 the log cannot tell; 3 the "
@@ -60,6 +67,24 @@ std::vector<std::string> ReadLogs(const JudgeOptions& options, Judge& judge) {
     return foreign;
 }
 
+/// @return what shows on a terminal how far the reading of a long file is; nothing elsewhere
+DeliveryPlace::Progress ShownProgress() {
+    using Clock = std::chrono::steady_clock;
+    if (isatty(STDOUT_FILENO) == 0) {
+        return nullptr;
+    }
+    return [shown = Clock::time_point()](const std::string& file, std::uint64_t done,
+                                         std::uint64_t total) mutable {
+        if (done >= total) {
+            std::cout << kEraseLine << std::flush;
+        } else if (Clock::now() - shown > kBetweenBars) {
+            shown = Clock::now();
+            std::cout << kEraseLine << ProgressBar(file, done, total, TerminalColumns() - 1) << std::flush;
+        }
+        return true;
+    };
+}
+
 /// Judges logs and prints each run as soon as it is judged. Keeps only what goes into a file.
 class LogsJudged {
  public:
@@ -68,15 +93,19 @@ class LogsJudged {
 
     void Run() {
         const bool wantsSteps = options_.timeline || !options_.json.empty() || !options_.html.empty();
-        Judge judge({options_.patience, options_.maxReaction, options_.strict},
-                    {wantsSteps, !options_.html.empty(), WantsFiles(options_)},
-                    [this](result::RunResult run) {
-                        if (!known_.empty()) {
-                            Apply(known_, run);
-                            tally_.Add(run);
-                        }
-                        Take(std::move(run));
-                    });
+        Limits limits{
+            options_.patience, options_.maxReaction, options_.strict, {}, PlaceOf(options_.delivery)};
+        if (limits.delivered) {
+            limits.delivered->progress = ShownProgress();
+        }
+        const Keep keep{wantsSteps, !options_.html.empty(), WantsFiles(options_)};
+        Judge judge(limits, keep, [this](result::RunResult run) {
+            if (!known_.empty()) {
+                Apply(known_, run);
+                tally_.Add(run);
+            }
+            Take(std::move(run));
+        });
         foreign_ = ReadLogs(options_, judge);
         result::RunResult unseen = tally_.Unseen(known_);
         if (!unseen.checks.empty()) {
@@ -198,6 +227,7 @@ void AddJudgeCommand(CLI::App& app, int& status) {
         ->type_name("FILE");
     judge->add_option("--html", options->html, "Write one page to mail: the checks, the dialogue and the log")
         ->type_name("FILE");
+    AddDeliveryOptions(*judge, options->delivery);
     judge->add_flag("--list-checks", options->listChecks, "Print all checks and exit");
     AddFormatOption(*judge, options->format);
     judge->callback([options, &status] { status = RunJudge(*options); });

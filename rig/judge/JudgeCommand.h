@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "rig/judge/delivery/DeliveryPlace.h"
+
 namespace CLI {
 class App;
 }
@@ -24,6 +26,7 @@ struct JudgeOptions {
     std::string junit;
     std::string tap;
     std::string html;
+    DeliveryOptions delivery;
     bool listChecks = false;      // and read no log
     std::string format = "text";  // of that list, or "markdown"
 };

@@ -144,6 +144,7 @@ std::string NoteOn(const log::Statement& statement, const log::Message& message)
         }
         case Sign::NoRequest:
         case Sign::NoSource:
+        case Sign::NoEventTag:
         case Sign::NoDescription:
         case Sign::EmptyDescription:
         case Sign::FileWithoutNames:

@@ -74,10 +74,18 @@ std::uint64_t Run::Received(std::string_view message) const {
     return found == received.end() ? 0 : found->second.Count();
 }
 
+bool Run::EndedByMessage() const {
+    const std::vector<result::Evidence> proof = exceptions.Lines();
+    return std::any_of(proof.begin(), proof.end(), [](const auto& line) {
+        return line.text.find("std::logic_error") != std::string::npos ||
+               line.text.find("std::length_error") != std::string::npos;
+    });
+}
+
 bool Run::HarnessEnded() const {
-    return assertions.Any() || noMessage.Any() || badLength.Any() || namelessFiles.Any() ||
-           Saw(log::Sign::BadPrefix) || Saw(log::Sign::NotXml) || Saw(log::Sign::EndInsideText) ||
-           Saw(log::Sign::SendFailed);
+    return assertions.Any() || exceptions.Any() || noMessage.Any() || badLength.Any() ||
+           namelessFiles.Any() || notFiles.Any() || Saw(log::Sign::BadPrefix) || Saw(log::Sign::NotXml) ||
+           Saw(log::Sign::EndInsideText) || Saw(log::Sign::SendFailed);
 }
 
 std::string Run::AfterWhat() const {

@@ -5,12 +5,14 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "rig/judge/Proof.h"
+#include "rig/judge/delivery/Transfer.h"
 #include "rig/log/RunReader.h"
 #include "rig/result/Result.h"
 
@@ -43,6 +45,7 @@ struct FaultRecord {
     Tally fired;
     Tally answered;  // correctly
     Tally wrong;     // by something else
+    Tally genuine;   // no faults: the DVR lists what was asked for instead
 };
 
 /// A request of the harness that is waiting for its answer.
@@ -52,6 +55,8 @@ struct Request : log::Request {
     bool isOvertaken = false;          // DONE went out while it waited
     std::string mistake;               // why the harness ignored what came as its answer; empty if it did not
     KeptLine line;                     // with its first byte
+    bool mayBeRefused = false;         // the log cannot tell whether the DVR has what it asks for
+    std::optional<std::int64_t> heard = {};  // when the DVR last said that it is at it, microseconds
 
     /// @return name, event and file
     std::string Words() const;
@@ -82,21 +87,25 @@ class ReactionTimes {
     KeptLine longestAt_;
 };
 
+struct DeliveryFacts;
+
 /// What the log of one run says, gathered while reading it: facts, no verdicts.
 struct Run {
-    KeptLines lines;   // that prove something
-    std::string name;  // where its first line is: "run.log:1"
+    std::unique_ptr<KeptLines> lines = std::make_unique<KeptLines>();  // that prove something
+    std::string file;                                                  // of its first line
+    std::string name;                                                  // where that is: "run.log:1"
     std::optional<std::int64_t> beginTime;
     std::optional<std::int64_t> endTime;
     bool hasFractions = false;  // the log's times are finer than whole seconds
 
     log::Switches switches;
 
-    bool hasStart = false;                // the log holds the run's first lines
-    bool openedByOk = false;              // the first message was OK
-    bool isExporting = false;             // an OK came, and no DONE went out after it
-    log::Sign last = log::Sign::None;     // of the last statement
-    std::optional<std::int64_t> resumed;  // microseconds from the last DONE to the OK after it
+    bool hasStart = false;                 // the log holds the run's first lines
+    bool openedByOk = false;               // the first message was OK
+    bool isExporting = false;              // an OK came, and no DONE went out after it
+    log::Sign last = log::Sign::None;      // of the last statement
+    std::optional<std::int64_t> resumed;   // microseconds from the last DONE to the OK after it
+    std::optional<std::int64_t> doneTime;  // of the last DONE, microseconds
     std::array<Tally, static_cast<std::size_t>(log::Sign::Count)> signs;
     std::array<FaultRecord, static_cast<std::size_t>(Fault::Count)> faults;
     std::map<std::string, Tally, std::less<>> received;  // by message; unknown ones under ""
@@ -104,30 +113,36 @@ struct Run {
     std::uint64_t hiddenReactions = 0;  // answers that arrived while the harness paused
 
     // What the model found beyond the harness's own lines.
-    Tally notAsked;           // messages of the DVR that answer nothing
-    Tally noMessage;          // documents without `msg`
-    Tally empty;              // messages without text
-    Tally brokenOff;          // documents that are cut off
-    Tally notWellFormed;      // documents that a parser other than the harness's refuses
-    Tally doubledEvents;      // identifiers listed twice
-    Tally noDescriptions;     // XML without `xmlFile`
-    Tally noEvent;            // descriptions that are empty, or not of an event
-    Tally namelessFiles;      // files without `name` in a description
-    Tally noFiles;            // descriptions (1.0: lists) that name no file
-    Tally reportWithoutReid;  // fault reports that name no event
-    Tally otherReid;          // fault reports about an event other than the fault's
-    Tally otherEvent;         // EVENT about an event other than the one asked for
-    Tally otherAck;           // the same for EVENT_XFER_ACK
-    Tally otherFile;          // FILE_COMPLETE about a file other than the one asked for
-    Tally completedAgain;     // FILE_COMPLETE about the file completed last
-    Tally answeredWrong;      // answers to a frame with a wrong prefix (-z), as if it were whole
-    Tally afterDone;          // messages of the DVR after DONE, other than the OK of the next export
-    Tally resumedAt;          // that OK
-    Tally badLength;          // announced lengths that no message has
-    Tally wrongPrefix;        // prefixes that are not the length of the text, as the text proves
-    Tally emptyHash;          // answers to the request for a new hash with an empty one
-    Tally emptyLength;        // the same for the length
-    Tally listedElsewhere;    // lists of events that the harness does not find
+    Tally notAsked;            // messages of the DVR that answer nothing
+    Tally progress;            // XFER_IN_PROGRESS about a file that is awaited but not asked for again
+    Tally refused;             // events that the DVR lists, and refuses all the same
+    Tally noMessage;           // documents without `msg`
+    Tally empty;               // messages without text
+    Tally brokenOff;           // documents that are cut off
+    Tally notWellFormed;       // documents that a parser other than the harness's refuses
+    Tally doubledEvents;       // identifiers listed twice
+    Tally noDescriptions;      // XML without `xmlFile`
+    Tally noEvent;             // descriptions that are empty, or not of an event
+    Tally namelessFiles;       // files without `name` in a description
+    Tally notFiles;            // comments and text in a stream
+    Tally deadlyDescriptions;  // after which an exception ended the harness, for no other reason known here
+    Tally deadlyMessages;      // the same for other messages
+    Tally noFiles;             // descriptions (1.0: lists) that name no file
+    Tally reportWithoutReid;   // fault reports that name no event
+    Tally otherReid;           // fault reports about an event other than the fault's
+    Tally otherEvent;          // EVENT about an event other than the one asked for
+    Tally otherAck;            // the same for EVENT_XFER_ACK
+    Tally otherFile;           // FILE_COMPLETE about a file other than the one asked for
+    Tally completedAgain;      // FILE_COMPLETE about the file completed last
+    Tally answeredWrong;       // answers to a frame with a wrong prefix (-z), as if it were whole
+    Tally openedAgain;         // an OK after such a frame, on the same connection
+    Tally afterDone;           // messages of the DVR after DONE, other than the OK of the next export
+    Tally resumedAt;           // that OK
+    Tally badLength;           // announced lengths that no message has
+    Tally wrongPrefix;         // prefixes that are not the length of the text, as the text proves
+    Tally emptyHash;           // answers to the request for a new hash with an empty one
+    Tally emptyLength;         // the same for the length
+    Tally listedElsewhere;     // lists of events that the harness does not find
     Announcement announcement;
     std::string lastGood;  // message
     std::uint64_t lastGoodLine = 0;
@@ -135,12 +150,16 @@ struct Run {
     Tally damaged;                 // messages that the log holds only in part
     Tally misread;                 // requests of another length than the judge believes
     Tally assertions;              // failed assertions, if the log includes standard error
+    Tally exceptions;              // that ended the harness, if it does
     Tally markerFailures;          // failure markers that could not be made, if it does
     Tally doneSent;                // DONE
     std::uint64_t files = 0;       // requested without a fault
     std::uint64_t acksAtDone = 0;  // acknowledgements when the first DONE went out
     bool hasLargeEvent = false;    // an event of at least two files came
     std::deque<Request> pending;   // still without an answer
+
+    Transfers transfers;                            // only when asked for
+    std::shared_ptr<const DeliveryFacts> delivery;  // of these; null if nobody looked
 
     std::vector<result::Step> steps;    // only when asked for
     std::vector<result::LogEntry> log;  // only when asked for
@@ -150,6 +169,8 @@ struct Run {
     const FaultRecord& Of(Fault fault) const { return faults[static_cast<std::size_t>(fault)]; }
     FaultRecord& Of(Fault fault) { return faults[static_cast<std::size_t>(fault)]; }
     std::uint64_t Received(std::string_view message) const;
+    /// @return whether an exception ended the harness that only messages of the DVR bring about
+    bool EndedByMessage() const;
     /// @return whether the DVR has sent something that makes the harness end itself
     bool HarnessEnded() const;
     /// @return the last thing that was right, to follow on something else: "; the last good message was OK"

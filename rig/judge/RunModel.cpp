@@ -1,13 +1,10 @@
 #include "rig/judge/RunModel.h"
 
-#include <fmt/format.h>
-
 #include <tuple>
 
 #include "rig/base/Printable.h"
 #include "rig/judge/Framing.h"
 #include "rig/judge/Notes.h"
-#include "rig/log/RequestText.h"
 
 namespace rig::judge {
 namespace {
@@ -41,21 +38,22 @@ std::string Described(const Arrival& message) {
 }  // namespace
 
 RunModel::RunModel(const Place& begin, const Keep& keep) : keep_(keep) {
+    run_.file = begin.file;
     run_.name = begin.file + ":" + std::to_string(begin.line);
 }
 
 bool RunModel::StartsAnother(Sign sign) const {
-    return run_.assertions.Any() || reader_.StartsAnother(sign);
+    return HasAborted() || reader_.StartsAnother(sign);
 }
 
 bool RunModel::IsOver() const {
-    return HasEnded() || run_.Saw(Sign::ClosingClient) || run_.assertions.Any() ||
+    return HasEnded() || run_.Saw(Sign::ClosingClient) || HasAborted() ||
            (run_.doneSent.Any() && !run_.isExporting && run_.switches.protocol == 2 &&
             run_.switches.closeEarly == 0);
 }
 
 const log::Message* RunModel::Add(const log::Statement& statement, Place place) {
-    place.kept = &run_.lines;
+    place.kept = run_.lines.get();
     using Event = log::RunReader::Event;
     const Event event = reader_.Add(statement);
     run_.switches = reader_.Echoed();
@@ -87,41 +85,6 @@ const log::Message* RunModel::Add(const log::Statement& statement, Place place) 
     return nullptr;
 }
 
-/// What the harness's line only hints at.
-void RunModel::TakeDetails(const log::Statement& statement, const Place& place) {
-    switch (statement.sign) {
-        case Sign::HeaderByte:
-            CheckLength(place);
-            break;
-        case Sign::Expecting:
-            if (statement.Number() < 0) {
-                run_.badLength.Add(place,
-                                   "prefix " + PrefixFor(static_cast<std::uint32_t>(statement.Number())));
-            }
-            break;
-        case Sign::EndInsideText: {
-            const FramingFault fault = ExplainMissing(reader_.Arriving().Announced(), statement.Number());
-            if (fault.isProved) {
-                run_.wrongPrefix.Add(place, fault.words);
-            }
-            break;
-        }
-        case Sign::NoEventTag:
-            if (const std::string where = hasText_ ? ListedElsewhere(reader_.LastMessage()) : "";
-                !where.empty()) {
-                run_.listedElsewhere.Add(place, where);
-            }
-            break;
-        case Sign::SameHash:
-        case Sign::NewHash:
-            NoteEmpty("hashCode", run_.emptyHash, place);
-            NoteEmpty("length", run_.emptyLength, place);
-            break;
-        default:
-            break;
-    }
-}
-
 /// What every statement tells, whatever it is a sign of.
 void RunModel::Note(const log::Statement& statement, const Place& place) {
     const Sign sign = statement.sign;
@@ -145,7 +108,7 @@ void RunModel::Note(const log::Statement& statement, const Place& place) {
         hasText_ = false;
         run_.announcement.length = statement.Number();
         run_.announcement.time = now_;
-        run_.lines.Keep(place, run_.announcement.line);
+        run_.lines->Keep(place, run_.announcement.line);
         run_.announcement.isOpen = true;
     } else if (sign == Sign::TextRead || sign == Sign::EndInsideText || sign == Sign::Incoming) {
         run_.announcement.isOpen = false;
@@ -155,35 +118,25 @@ void RunModel::Note(const log::Statement& statement, const Place& place) {
     }
 }
 
-/// @return what the statement itself does not say
-std::string RunModel::NoteOn(const log::Statement& statement) {
-    switch (statement.sign) {
-        case Sign::EndInsideText:
-            return ExplainMissing(reader_.Arriving().Announced(), statement.Number()).words +
-                   run_.AfterWhat();
-        case Sign::BadPrefix:
-        case Sign::PrefixReadError:
-        case Sign::TextReadError:
-        case Sign::SendFailed:
-            return run_.AfterWhat().substr(2);
-        case Sign::NotXml:
-            if (!malformed_.empty()) {
-                return malformed_;
-            }
-            [[fallthrough]];
-        default:
-            return hasText_ ? judge::NoteOn(statement, reader_.LastMessage()) : "";
-    }
-}
-
 void RunModel::AddAssertion(Place place) {
-    place.kept = &run_.lines;
+    place.kept = run_.lines.get();
     run_.assertions.Add(place);
     AddStep(Step::Kind::Note, place.text, place);
 }
 
+void RunModel::AddException(Place place) {
+    place.kept = run_.lines.get();
+    if (!run_.HarnessEnded()) {
+        const std::string& name = reader_.LastMessage().name;
+        (name == "EVENT" || name == "XML" ? run_.deadlyDescriptions : run_.deadlyMessages)
+            .Add(place, hasText_ ? Shown(reader_.LastMessage()) : "");
+    }
+    run_.exceptions.Add(place);
+    AddStep(Step::Kind::Note, place.text, place);
+}
+
 void RunModel::AddMarkerFailure(Place place) {
-    place.kept = &run_.lines;
+    place.kept = run_.lines.get();
     run_.markerFailures.Add(place);
 }
 
@@ -217,6 +170,9 @@ void RunModel::TakeMessage(const log::Message& message, const Place& place) {
     }
     exchange_.TakeMessage(arrival, message.event, place);
     run_.received[message.name].Add(place);
+    if (keep_.transfers) {
+        TakeTransfer(arrival, message.root, place);
+    }
     beforeLast_ = {run_.lastGood, run_.lastGoodLine};
     run_.lastGood = message.name;
     run_.lastGoodLine = place.line;
@@ -249,11 +205,34 @@ void RunModel::TakeListed(const log::Listed& listed, const Place& place) {
     add(run_.noEvent, listed.noEvent, DescriptionFault::NoEvent);
     add(run_.noFiles, listed.noFiles, DescriptionFault::NoFiles);
     add(run_.namelessFiles, listed.namelessFiles, DescriptionFault::NamelessFile);
+    for (std::size_t time = 0; time < listed.notFiles; ++time) {
+        run_.notFiles.Add(place, Shown(reader_.LastMessage()));
+    }
     if (listed.noDescriptions) {
         run_.noDescriptions.Add(place, Shown(reader_.LastMessage()));
     }
     run_.files += listed.files;
     run_.hasLargeEvent = run_.hasLargeEvent || listed.hasLargeEvent;
+}
+
+/// What becomes of a file that the harness asked for.
+void RunModel::TakeTransfer(const Arrival& message, const pugi::xml_node& root, const Place& place) {
+    const bool isComplete = message.name == "FILE_COMPLETE";
+    const Request* const request = exchange_.Answered();
+    if (request == nullptr || (!isComplete && message.name != "TRANSPORT_EXCEPTION")) {
+        return;
+    }
+    Transfer& transfer = run_.transfers[{request->reid, request->file}];
+    transfer.state = isComplete ? Transfer::State::Complete : Transfer::State::Failed;
+    transfer.hasFailed = transfer.hasFailed || !isComplete;
+    transfer.isNewHash = request->fault == Fault::Rehash;
+    transfer.length = ValueOf(root, "length");
+    transfer.hash = ValueOf(root, "hashCode");
+    transfer.time = message.time;
+    KeptLine line;
+    run_.lines->Keep(place, line);
+    transfer.evidence = line.Proof();
+    transfer.order = ++transfers_;
 }
 
 void RunModel::TakeRejection(const log::Statement& statement, const Place& place) {
@@ -266,35 +245,15 @@ void RunModel::TakeRejection(const log::Statement& statement, const Place& place
 
 void RunModel::TakeRequest(const Place& place) {
     Request request{reader_.LastRequest(), "", now_, false, "", {}};
-    run_.lines.Keep(place, request.line);
-    request.expects = AnswerTo(request.name, request.fault, run_.switches.protocol);
+    run_.lines->Keep(place, request.line);
     if (keep_.steps) {
         AddStep(Step::Kind::FromHarness, request.Words(), place);
     }
+    const bool isDamaged = request.fault == Fault::FileEvent || request.fault == Fault::FileName;
+    if (keep_.transfers && request.name == "GET_FILE" && !isDamaged) {
+        run_.transfers[{request.reid, request.file}];
+    }
     exchange_.SendRequest(std::move(request), place);
-}
-
-void RunModel::NoteEmpty(const char* attribute, Tally& tally, const Place& place) {
-    const log::Message& message = reader_.LastMessage();
-    const pugi::xml_attribute given = message.root.attribute(attribute);
-    if (hasText_ && given && *given.value() == '\0') {
-        tally.Add(place, Shown(message));
-    }
-}
-
-/// Holds what the judge believes of a request against the length with which it went out.
-void RunModel::CheckLength(const Place& place) {
-    const log::Request& request = reader_.LastRequest();
-    if (!request.isAnnounced || request.name.empty() || !run_.hasStart || run_.damaged.Any()) {
-        return;  // its state is not known anyway
-    }
-    const std::size_t size = log::TextOf(request, run_.switches).size();
-    const std::uint32_t announced = log::AnnouncedFor(size, run_.Saw(Sign::SizeSwitch));
-    if (announced != request.announced) {
-        run_.misread.Add(place, fmt::format("{}: {} bytes as the judge believes, {} as it went out",
-                                            Request{request, "", {}, false, "", {}}.Words(), announced,
-                                            request.announced));
-    }
 }
 
 void RunModel::AddStep(Step::Kind kind, std::string_view text, const Place& place) {

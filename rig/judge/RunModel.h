@@ -16,6 +16,7 @@ struct Keep {
     bool steps = false;  // the dialogue
     bool log = false;    // every statement
     bool words = true;   // what was expected and found of each check, not only of those that reports explain
+    bool transfers = false;  // in proportion to the files, however often each is transferred
 };
 
 /// Gathers what the judge needs to know of one run of the harness, statement by statement. Keeps facts, gives
@@ -35,6 +36,9 @@ class RunModel {
     /// Takes the message of a failed assertion of the harness, from its standard error.
     void AddAssertion(Place place);
 
+    /// Takes what the library says, on standard error, of an exception that ends the harness.
+    void AddException(Place place);
+
     /// Takes a line of the harness's standard error that says it could not make the failure marker.
     void AddMarkerFailure(Place place);
 
@@ -45,8 +49,10 @@ class RunModel {
     bool IsOver() const;
 
     const Run& Facts() const { return run_; }
+    Run TakeFacts() { return std::move(run_); }
 
  private:
+    bool HasAborted() const { return run_.assertions.Any() || run_.exceptions.Any(); }
     void Note(const log::Statement& statement, const Place& place);
     std::string NoteOn(const log::Statement& statement);
     void TakeDetails(const log::Statement& statement, const Place& place);
@@ -54,6 +60,7 @@ class RunModel {
     void TakeMalformed(const log::Message& message, const Place& place);
     void TakeListed(const log::Listed& listed, const Place& place);
     void TakeRejection(const log::Statement& statement, const Place& place);
+    void TakeTransfer(const Arrival& message, const pugi::xml_node& root, const Place& place);
     void TakeRequest(const Place& place);
     void CheckLength(const Place& place);
     void NoteEmpty(const char* attribute, Tally& tally, const Place& place);
@@ -64,6 +71,7 @@ class RunModel {
     Keep keep_;
     std::optional<std::int64_t> now_;  // the statement's time
     log::RunReader reader_;
+    std::uint64_t transfers_ = 0;                       // that ended
     bool hasText_ = false;                              // the last message's is still there
     std::string malformed_;                             // what is wrong with it, if it is not XML
     std::pair<std::string, std::uint64_t> beforeLast_;  // the good message before the last, and its line

@@ -1,5 +1,6 @@
 #include "rig/log/NextRequest.h"
 
+#include <algorithm>
 #include <pugixml.hpp>
 
 #include "rig/base/Affix.h"
@@ -11,6 +12,11 @@ using namespace std::string_view_literals;  // compared without a call where the
 namespace {
 
 constexpr std::size_t kDamage = 3;  // characters that are cut off
+
+template <typename List>
+bool Holds(const List& list, const std::string& text) {
+    return std::find(list.begin(), list.end(), text) != list.end();
+}
 
 }  // namespace
 
@@ -47,14 +53,22 @@ void NextRequest::Forget() {
     popped_ = false;
     left_ = 0;
     fault_ = Fault::None;
+    isGenuine_ = false;
     doubled_ = 0;
 }
 
 Listed NextRequest::TakeMessage(Document& message) {
     last_ = message.Name();
+    const bool isEventList = last_ == "EVENT_LIST"sv;
     const bool isExpected = last_ == "EVENT"sv && !lists_.events.empty() &&
                             Event() == message.Condensed().attribute("reid").value();
-    if (last_ == "EVENT_LIST"sv || last_ == "XML"sv || isExpected) {
+    if (isEventList && lists_.events.empty()) {
+        doneEvents_.clear();
+    }
+    if (last_ == "XML"sv || isExpected) {
+        doneFiles_.clear();
+    }
+    if (isEventList || last_ == "XML"sv || isExpected) {
         lists_.Append(message.Lists());
         return message.WhatIsListed();
     }
@@ -95,9 +109,7 @@ Fault NextRequest::TakeStatement(const Statement& statement, const Switches& swi
             announced_ = "DONE";
             break;
         case Sign::Acknowledged:
-            if (!lists_.events.empty()) {
-                lists_.events.pop_front();
-            }
+            RetireEvent();
             break;
         default:
             return TakeFault(statement);
@@ -109,8 +121,7 @@ Fault NextRequest::TakeStatement(const Statement& statement, const Switches& swi
 Fault NextRequest::TakeFault(const Statement& statement) {
     switch (statement.sign) {
         case Sign::EventFault:
-            lists_.events.push_front(Damaged(Event()));
-            fault_ = Fault::Event;
+            DamageEvent();
             break;
         case Sign::FileFault:
             fault_ = DamageFile(statement.Number());
@@ -136,6 +147,13 @@ Fault NextRequest::TakeFault(const Statement& statement) {
     return fault_;
 }
 
+void NextRequest::DamageEvent() {
+    damaged_ = Damaged(Event());
+    isGenuine_ = IsListed(damaged_);
+    lists_.events.push_front(damaged_);
+    fault_ = Fault::Event;
+}
+
 /// @param count how often -f has fired before: first it damages the event's identifier, then the file's name
 Fault NextRequest::DamageFile(std::int64_t count) {
     if (count > 1 || lists_.files.empty()) {
@@ -145,11 +163,29 @@ Fault NextRequest::DamageFile(std::int64_t count) {
     WorkLists::File& file = lists_.files.front();
     std::string& part = count == 0 ? file.first : file.second;
     part = Damaged(part);
+    isGenuine_ = count == 0 ? IsListed(part) : Holds(doneFiles_, part);
     return count == 0 ? Fault::FileEvent : Fault::FileName;
+}
+
+bool NextRequest::IsListed(const std::string& event) const {
+    return Holds(lists_.events, event) || Holds(doneEvents_, event);
+}
+
+void NextRequest::RetireEvent() {
+    if (lists_.events.empty()) {
+        return;
+    }
+    if (Event() == damaged_) {
+        damaged_.clear();
+    } else {
+        doneEvents_.push_back(std::move(lists_.events.front()));
+    }
+    lists_.events.pop_front();
 }
 
 void NextRequest::RetireFile() {
     if (!lists_.files.empty()) {
+        doneFiles_.push_back(std::move(lists_.files.front().second));
         lists_.files.pop_front();
     }
 }
@@ -187,12 +223,14 @@ Request NextRequest::MakeRequest(const Switches& switches) {
         fault_ = Fault::Xfer;  // only the second of the two gets a different answer
     }
     request.fault = fault_;
+    request.isGenuine = isGenuine_;
     request.statedFile = statedFile_;
     request.statedEvents.swap(statedEvents_);
     request.isCertain = !announcement_.empty() || last_ == "EVENT_LIST"sv || last_ == "EVENT"sv ||
                         last_ == "XML"sv || last_ == "INVALID_EVENT"sv || last_ == "TRANSPORT_EXCEPTION"sv;
     announced_.clear();
     fault_ = Fault::None;
+    isGenuine_ = false;
     return request;
 }
 

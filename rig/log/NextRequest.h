@@ -30,6 +30,7 @@ struct Request {
     std::string reid;
     std::string file;
     Fault fault = Fault::None;
+    bool isGenuine = false;                 // with a fault: the DVR lists what is left of the name, too
     std::int64_t pause = 0;                 // microseconds that the harness sleeps after it
     std::uint32_t announced = 0;            // bytes, as far as its prefix has gone out
     bool isAnnounced = false;               // all of its prefix has gone out
@@ -64,6 +65,9 @@ class NextRequest {
  private:
     Fault TakeFault(const Statement& statement);
     Fault DamageFile(std::int64_t count);
+    void DamageEvent();
+    bool IsListed(const std::string& event) const;
+    void RetireEvent();
     void RetireFile();
     void AskTwice();
     std::string Name() const;
@@ -77,7 +81,11 @@ class NextRequest {
     bool popped_ = false;        // since the last message, a file was retired
     std::int64_t left_ = 0;      // files of the event after that
     Fault fault_ = Fault::None;  // of the next request
-    int doubled_ = 0;            // requests of -x that are still to go out
+    bool isGenuine_ = false;     // see Request
+    std::string damaged_;  // the identifier in the list that the harness made up; empty if there is none
+    std::vector<std::string> doneEvents_;  // of the last list
+    std::vector<std::string> doneFiles_;   // of the last description
+    int doubled_ = 0;                      // requests of -x that are still to go out
 };
 
 /// @return whether the statement announces a request

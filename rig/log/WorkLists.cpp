@@ -87,7 +87,9 @@ std::string WorkLists::TakeDescription(const char* text, const std::string& reid
 
 void WorkLists::TakeFile(const pugi::xml_node& file, const std::string& reid, Listed& listed) {
     const pugi::xml_attribute name = file.attribute("name");
-    listed.namelessFiles += name ? 0U : 1U;
+    if (!name) {
+        ++(file.type() == pugi::node_element ? listed.namelessFiles : listed.notFiles);
+    }
     ++listed.files;
     files.emplace_back(reid, name.value());
 }

@@ -22,6 +22,7 @@ struct Listed {
     std::size_t noEvent = 0;        // empty, or not of an event
     std::size_t noFiles = 0;        // name no file
     std::size_t namelessFiles = 0;  // files in them without `name`
+    std::size_t notFiles = 0;       // what streams hold besides elements: comments, text
     bool noDescriptions = false;    // XML without `xmlFile`
 };
 

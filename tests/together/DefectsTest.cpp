@@ -102,7 +102,8 @@ TEST_P(Defects, AreLoggedAndJudgedAsTheTableSays) {
     EXPECT_EQ(row.verdict, judged.verdict);
     EXPECT_EQ(row.checks, KeysOf(judged.found));
     for (const auto& [check, text] : row.found) {
-        EXPECT_TRUE(not isPlain or StartsWith(judged.found[check], text)) << check << ": " << judged.found[check];
+        EXPECT_TRUE(not isPlain or StartsWith(judged.found[check], text))
+            << check << ": " << judged.found[check];
     }
 }
 

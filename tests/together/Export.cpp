@@ -21,8 +21,7 @@ constexpr int kWaitedInVain = 3;                         // status of the DVR
 
 std::vector<std::string> Arguments(const Recipe& recipe) {
     const bool twice = recipe.switches.find("-x") not_eq std::string::npos;
-    std::vector<std::string> all = {"--protocol", recipe.dialect, "--recordings",
-                                    VELLORAN_TOGETHER "/recordings", "--timeout", "5", "--frame-timeout", "1",
+    std::vector<std::string> all = {"--protocol", recipe.dialect, "--timeout", "5", "--frame-timeout", "1",
                                     "--seed", "1",
                                     // The second request must come during the transfer.
                                     "--transfer-time", twice ? "200" : "20"};
@@ -30,9 +29,13 @@ std::vector<std::string> Arguments(const Recipe& recipe) {
         const std::vector<std::string> defect = WordsOf("--defect " + recipe.defect);
         all.insert(all.end(), defect.begin(), defect.end());
     }
-    const std::string style = recipe.style.empty() ? StyleOfAll() : recipe.style;
-    if (not style.empty()) {
-        all.insert(all.end(), {"--style", style});
+    if (recipe.manners.find("--events") == std::string::npos) {
+        all.insert(all.end(), {"--recordings", VELLORAN_TOGETHER "/recordings"});
+    }
+    const std::vector<std::string> manners = WordsOf(recipe.manners);
+    all.insert(all.end(), manners.begin(), manners.end());
+    if (manners.empty() and not StyleOfAll().empty()) {
+        all.insert(all.end(), {"--style", StyleOfAll()});
     }
     return all;
 }
@@ -49,7 +52,8 @@ std::string StyleOfAll() {
     return style == nullptr ? "" : style;
 }
 
-Export::Export(const Recipe& recipe, Here here) {
+Export::Export(const Recipe& recipe, Here here)
+    : delivers_((recipe.defect + recipe.manners).find(kDelivered) not_eq std::string::npos) {
     harness_.emplace(WordsOf("-p " + recipe.dialect + " " + recipe.switches));
     harness_->Listens(here);
     dvr_.emplace(Arguments(recipe));
@@ -70,14 +74,20 @@ void Export::FollowUntilTheDvrEnds() {
 
 Judged Export::Judge() const {
     std::ofstream(kLog, std::ios::binary) << harness_->GetProcess().output << harness_->StandardError();
-    const ProgramResult ended = RunRig({"judge", "--patience", "1", "--json", kReport, kLog});
+    std::vector<std::string> arguments = {"judge", "--patience", "1", "--json", kReport, kLog};
+    if (delivers_) {
+        arguments.insert(arguments.end(), {"--delivered", kDelivered});
+    }
+    const ProgramResult ended = RunRig(arguments);
     EXPECT_EQ(ended.errors, "");
     const nlohmann::json report = nlohmann::json::parse(ReadFile(kReport));
-    Judged judged = {report.at("verdict"), {}};
+    Judged judged = {report.at("verdict"), {}, {}};
     for (const nlohmann::json& run : report.at("runs")) {
         for (const nlohmann::json& check : run.at("checks")) {
             const std::string verdict = check.at("verdict");
-            if (verdict not_eq "PASS" and verdict not_eq "NOT REACHED") {
+            if (verdict == "PASS") {
+                judged.passed.insert(check.at("id"));
+            } else if (verdict not_eq "NOT REACHED") {
                 judged.found[Marked(check.at("id"), verdict)] = check.at("found");
             }
         }

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -10,12 +11,15 @@
 #include "tests/support/Harness.h"
 #include "tests/support/World.h"
 
+constexpr const char* kDelivered = "/mnt/delivered";
+
 /// What velloran-rig judge says of a log.
 struct Judged {
     std::string verdict;
     /// What was found by each check that did not pass, by "ID" where it failed, "ID?" where it is open, and
     /// "ID!" otherwise, as where it warns.
     std::map<std::string, std::string> found;
+    std::set<std::string> passed;  // the other checks
 };
 
 /// @return VELLORAN_STYLE of the environment: how DVRs write whose recipes do not say. `manners` sets it, to
@@ -26,6 +30,7 @@ std::string StyleOfAll();
 /// these tests, and the harness until it has ended or has logged nothing for longer than it ever pauses.
 class Export {
  public:
+    /// If the DVR delivers files, it must be to kDelivered, where the judge then looks.
     explicit Export(const Recipe& recipe, Here here = Here::current());
 
     Judged Judge() const;
@@ -43,6 +48,7 @@ class Export {
  private:
     void FollowUntilTheDvrEnds();
 
+    bool delivers_;
     World world_;
     std::optional<Harness> harness_;
     std::optional<Dvr> dvr_;

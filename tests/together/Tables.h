@@ -11,7 +11,7 @@ struct Recipe {
     std::string dialect;  // 1 or 2
     std::string defect;   // of the DVR, with its options; may be empty
     std::string switches;
-    std::string style = {};  // of the DVR; may be empty
+    std::string manners = {};  // options of the DVR; may be empty
 };
 
 /// A row of defects.txt, where the layout is explained.

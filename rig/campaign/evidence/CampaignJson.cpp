@@ -24,7 +24,8 @@ Json ToJson(const HookRecord& hook) {
 
 Json ToJson(const CaseTimes& times) {
     return {{"waited", times.waited}, {"duration", times.duration}, {"pauses", times.pauses},
-            {"dvr", times.dvr},       {"overhead", times.overhead}, {"hooks", times.hooks}};
+            {"dvr", times.dvr},       {"lingered", times.lingered}, {"overhead", times.overhead},
+            {"hooks", times.hooks}};
 }
 
 Json ToJson(const result::CheckResult& check) {
@@ -88,6 +89,7 @@ Json ToJson(const CaseRecord& record) {
             {"role", RoleOf(record.plan)},
             {"outcome", NameOf(record.outcome)},
             {"reason", record.reason},
+            {"over", NameOf(record.over)},
             {"suspect", record.isSuspect},
             {"verdict", record.verdict ? Json(result::NameOf(*record.verdict)) : Json(nullptr)},
             {"folder", record.Folder()},
@@ -119,7 +121,9 @@ Json OptionsOf(const CampaignRecord& campaign) {
             {"strict", campaign.isStrict},
             {"connectTimeout", campaign.patience.connect},
             {"idleTimeout", campaign.patience.idle},
-            {"caseTimeout", campaign.patience.whole}};
+            {"transferTimeout", campaign.patience.transfer},
+            {"caseTimeout", campaign.patience.whole},
+            {"linger", Optional(campaign.linger)}};
 }
 
 Json CoverageOf(const Coverage& coverage) {

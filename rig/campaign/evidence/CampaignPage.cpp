@@ -83,9 +83,10 @@ void AddFacts(pugi::xml_node main, const CampaignRecord& campaign) {
     const CaseTimes times = campaign.Times();
     AddFact(list, "Time",
             fmt::format("{:.1f} s in cases: {:.1f} s the harness's own pauses, {:.1f} s waiting for the DVR, "
-                        "{:.1f} s overhead; "
+                        "{:.1f} s watching whether it stays away, {:.1f} s overhead; "
                         "besides, {:.1f} s for port 5001, {:.1f} s in hooks",
-                        times.duration, times.pauses, times.dvr, times.overhead, times.waited, times.hooks));
+                        times.duration, times.pauses, times.dvr, times.lingered, times.overhead, times.waited,
+                        times.hooks));
     for (const auto& [name, version] : campaign.versions) {
         AddFact(list, name, version);
     }

@@ -128,8 +128,10 @@ std::vector<Coverage::Use> Coverage::Rules() const {
     std::vector<Use> uses;
     for (const judge::Check& check : judge::AllChecks()) {
         const auto found = rules_.find(check.id);
-        if (check.needs == judge::Needs::MaxReaction && found == rules_.end()) {
-            continue;  // without a limit there is no such rule
+        const bool isOptional =
+            check.needs == judge::Needs::MaxReaction || check.needs == judge::Needs::Delivered;
+        if (isOptional && found == rules_.end()) {
+            continue;  // nobody asked for it
         }
         uses.push_back({check.id, found == rules_.end() ? std::vector<std::string>() : found->second});
     }

@@ -4,7 +4,7 @@
 #include <fstream>
 #include <vector>
 
-#include "rig/base/Sha256.h"
+#include "rig/base/Hash.h"
 
 namespace rig::campaign {
 namespace {
@@ -27,7 +27,7 @@ std::string FingerprintOf(const std::string& command) {
     if (!isPath || !std::filesystem::is_regular_file(path, unknown) || !file) {
         return "";
     }
-    Sha256 hash;
+    Hash hash(HashKind::Sha256);
     std::vector<char> chunk(kChunk);
     while (file.read(chunk.data(), static_cast<std::streamsize>(chunk.size())) || file.gcount() > 0) {
         hash.Add(chunk.data(), static_cast<std::size_t>(file.gcount()));

@@ -75,6 +75,7 @@ CaseTimes CampaignRecord::Times() const {
         sum.duration += one.times.duration;
         sum.pauses += one.times.pauses;
         sum.dvr += one.times.dvr;
+        sum.lingered += one.times.lingered;
         sum.overhead += one.times.overhead;
         sum.hooks += one.times.hooks;
     }

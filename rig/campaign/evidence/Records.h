@@ -34,6 +34,7 @@ struct CaseTimes {
     double duration = 0;  // from the start of the harness to its end
     double pauses = 0;    // of that, the harness's own
     double dvr = 0;       // of that, the harness waiting for the DVR
+    double lingered = 0;  // of that, after the end of the dialogue, for a DVR that calls again
     double overhead = 0;  // of that, the rest: the campaign's own
     double hooks = 0;
 };
@@ -44,6 +45,7 @@ struct CaseRecord {
     int run = 1;
     Outcome outcome = Outcome::NotRun;
     std::string reason;
+    End over = End::None;    // why it was no longer watched
     bool isSuspect = false;  // the clean export before it failed: do not blame how the DVR handles faults
     std::optional<std::int64_t> begin;  // microseconds since 1970-01-01 UTC
     std::optional<std::int64_t> end;
@@ -85,6 +87,7 @@ struct CampaignRecord {
     int repeat = 1;
     Patience patience;
     std::optional<double> maxReaction;
+    std::optional<double> linger;
     bool isStrict = false;
     std::int64_t begin = 0;
     std::optional<std::int64_t> end;

@@ -3,8 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
+#include "rig/base/Affix.h"
 #include "rig/campaign/evidence/CampaignFiles.h"
 #include "rig/campaign/execution/Export.h"
 #include "rig/html/HtmlReport.h"
@@ -20,27 +22,29 @@ std::string InWords(const CaseRecord& record) {
     return NameOf(record.outcome) + (record.reason.empty() ? "" : ", " + record.reason);
 }
 
+bool IsAboutDelivery(const result::CheckResult& check) {
+    return StartsWith(check.id, "delivery.");
+}
+
 }  // namespace
 
-CaseRun::CaseRun(const Rig& rig, const CaseFolder& folder, CaseRecord& record, Interrupts& interrupts,
+CaseRun::CaseRun(Rig rig, const CaseFolder& folder, CaseRecord& record, Interrupts& interrupts,
                  Display& display)
-    : rig_(rig), folder_(folder), record_(record), interrupts_(interrupts), display_(display) {}
+    : rig_(std::move(rig)), folder_(folder), record_(record), interrupts_(interrupts), display_(display) {}
 
 void CaseRun::Run() {
     record_.begin = Now();
     Hooks hooks(rig_.hooks, folder_, record_.id, interrupts_);
-    CaseFacts facts;
     display_.Show("hooks before the case", "");
-    facts.words = hooks.BeforeCase();
-    if (facts.words.empty()) {
-        facts = Play();
+    facts_.words = hooks.BeforeCase();
+    if (facts_.words.empty()) {
+        Play();
     } else {
-        facts.end = interrupts_.Came() ? End::Interrupted : End::HookFailed;
+        facts_.end = interrupts_.Came() ? End::Interrupted : End::HookFailed;
     }
-    const Decision decision = Decide(facts);
-    record_.outcome = decision.outcome;
-    record_.reason = decision.reason;
-    if (facts.end != End::Interrupted && facts.end != End::HookFailed) {
+    TakeDecision();
+    record_.over = facts_.end;
+    if (facts_.end != End::Interrupted && facts_.end != End::HookFailed) {
         AskWhetherAlive(hooks);
     }
     TakeHooks(hooks);
@@ -48,21 +52,49 @@ void CaseRun::Run() {
     if (record_.outcome == Outcome::Environment) {
         display_.Warn(record_.id + ": " + InWords(record_));
     }
-    WriteEvidence(facts);
+    WriteEvidence();
 }
 
-CaseFacts CaseRun::Play() {
+bool CaseRun::TakeNextCall(double seconds) {
+    const Decision before = Decide(facts_);
+    if (before.outcome != record_.outcome || before.reason != record_.reason) {
+        return false;  // a hook decided
+    }
+    judge::Limits limits = rig_.limits;
+    limits.after.calledAfter = seconds;
+    limits.delivered.reset();  // the next case has delivered since
+    result::Result again = JudgeAgain(folder_, limits);
+    for (result::RunResult& run : again.runs) {
+        std::copy_if(result_.checks.begin(), result_.checks.end(), std::back_inserter(run.checks),
+                     IsAboutDelivery);
+    }
+    TakeVerdict(std::move(again));
+    TakeDecision();
+    WriteEvidence();
+    return record_.outcome != before.outcome;
+}
+
+void CaseRun::TakeDecision() {
+    const Decision decision = Decide(facts_);
+    record_.outcome = decision.outcome;
+    record_.reason = decision.reason;
+}
+
+void CaseRun::Play() {
     Export played(rig_, folder_, record_, interrupts_, display_);
     result::Result result = played.Run();
-    CaseFacts facts = played.Facts();
+    facts_ = played.Facts();
     if (played.Messages() != nullptr) {
         messages_ = *played.Messages();
     }
-    TakeVerdict(std::move(result), facts);
-    return facts;
+    if (played.Watched() != nullptr) {
+        connected_ = played.Watched()->ConnectedAt();
+        done_ = played.Watched()->DoneAt();
+    }
+    TakeVerdict(std::move(result));
 }
 
-void CaseRun::TakeVerdict(result::Result result, CaseFacts& facts) {
+void CaseRun::TakeVerdict(result::Result result) {
     if (result.runs.empty()) {
         return;
     }
@@ -73,13 +105,13 @@ void CaseRun::TakeVerdict(result::Result result, CaseFacts& facts) {
     result_ = std::move(*worst);
     judge::Apply(rig_.known, result_);
     Exclude();
-    record_.verdict = result::WorstOf(result_);
-    facts.judged.emplace();
-    facts.judged->checks = result_.checks;
+    facts_.judged.emplace();
+    facts_.judged->checks = result_.checks;
 }
 
 /// Removes the checks that this case cannot reach, unless they have a verdict all the same.
 void CaseRun::Exclude() {
+    record_.excluded.clear();
     const std::vector<std::string>& excluded = record_.plan.excluded;
     std::vector<result::CheckResult> kept;
     for (result::CheckResult& check : result_.checks) {
@@ -119,14 +151,19 @@ void CaseRun::TakeHooks(const Hooks& hooks) {
     }
 }
 
-void CaseRun::WriteEvidence(const CaseFacts& facts) {
+void CaseRun::WriteEvidence() {
+    if (facts_.judged) {
+        record_.verdict = result::WorstOf(*facts_.judged);
+        result_.checks = facts_.judged->checks;
+    }
     result_.name = record_.id;
-    result_.checks.push_back(CheckOf({record_.outcome, record_.reason}, facts.judged));
+    result_.checks.push_back(CheckOf({record_.outcome, record_.reason}, facts_.judged));
     if (result_.switches.empty()) {
         result_.switches = record_.plan.switches;
         result_.begin = record_.begin;
         result_.end = record_.end;
     }
+    record_.checks.clear();
     for (const result::CheckResult& check : result_.checks) {
         record_.checks.push_back(
             {check.id, check.requirement, check.verdict, check.expected, check.found, {}});

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,11 +18,12 @@ namespace rig::campaign {
 class CaseRun {
  public:
     /// @param record  of the case to run; filled in
-    CaseRun(const Rig& rig, const CaseFolder& folder, CaseRecord& record, Interrupts& interrupts,
-            Display& display);
+    CaseRun(Rig rig, const CaseFolder& folder, CaseRecord& record, Interrupts& interrupts, Display& display);
 
     /// Throws std::runtime_error when evidence cannot be written.
     void Run();
+
+    const CaseRecord& Record() const { return record_; }
 
     /// @return the judge's result plus the case's outcome as a check; only that check where there was nothing
     /// to judge. Includes steps and log.
@@ -30,20 +32,32 @@ class CaseRun {
     /// @return what the DVR sent
     const std::vector<DvrMessage>& Messages() const { return messages_; }
 
+    /// @return when the DVR connected, and when DONE went out; nothing if that did not happen
+    std::optional<Clock::time_point> ConnectedAt() const { return connected_; }
+    std::optional<Clock::time_point> DoneAt() const { return done_; }
+
+    /// A later case has shown that the DVR called next so many seconds after DONE: judges the log anew and
+    /// writes the evidence again. @return whether the case's outcome is another
+    bool TakeNextCall(double seconds);
+
  private:
-    CaseFacts Play();
-    void TakeVerdict(result::Result result, CaseFacts& facts);
+    void Play();
+    void TakeVerdict(result::Result result);
+    void TakeDecision();
     void Exclude();
     void AskWhetherAlive(Hooks& hooks);
     void TakeHooks(const Hooks& hooks);
-    void WriteEvidence(const CaseFacts& facts);
+    void WriteEvidence();
 
-    const Rig& rig_;
-    const CaseFolder& folder_;
+    const Rig rig_;
+    const CaseFolder folder_;
     CaseRecord& record_;
     Interrupts& interrupts_;
     Display& display_;
 
+    CaseFacts facts_;
+    std::optional<Clock::time_point> connected_;
+    std::optional<Clock::time_point> done_;
     result::RunResult result_;
     std::vector<DvrMessage> messages_;
 };

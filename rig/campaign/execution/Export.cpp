@@ -5,23 +5,19 @@
 
 #include <algorithm>
 #include <cmath>
-#include <csignal>
 
+#include "rig/base/Printable.h"
 #include "rig/campaign/execution/Port.h"
 
 namespace rig::campaign {
 namespace {
 
-constexpr int kSlowTick = 200;         // milliseconds, when waiting for a minute
+constexpr std::uint64_t kMegabyte = 1'000'000;
+constexpr std::uint64_t kLargeFile = 100 * kMegabyte;  // which takes a while to read
 constexpr double kPortPatience = 150;  // seconds: the system holds a port for a minute, at worst twice
-constexpr double kSettle = 2;          // seconds for the DVR to close after the end
+constexpr double kTimeToClose = 5;     // seconds for the DVR to close what the harness has left
 constexpr double kReady = 0.5;         // seconds from a remote harness's first line until it listens
-constexpr double kStop = 5;            // seconds for a command to end when told to
 constexpr double kPortPause = 3;  // seconds until a remote harness that found its port taken is started again
-
-double Since(Clock::time_point begin) {
-    return std::chrono::duration<double>(Clock::now() - begin).count();
-}
 
 std::string Replaced(std::string text, const std::string& name, const std::string& value) {
     for (std::size_t at = 0; (at = text.find(name, at)) != std::string::npos; at += value.size()) {
@@ -71,19 +67,26 @@ void Export::StartCapture() try {
 /// The system holds the port for a while if the harness closed a connection first, and the harness cannot
 /// bind to a held port.
 bool Export::AwaitPort() {
-    const auto mayGoOn = [this] { return interrupts_.Came() || !LookAtPort(kHarnessPort).isHeld; };
-    bool isFree = mayGoOn();
+    const Clock::time_point begin = Clock::now();
+    PortUse use;
+    const auto isFreed = [&] {
+        FreePort(LookAtPort(kHarnessPort), Since(begin) >= kTimeToClose);
+        use = LookAtPort(kHarnessPort);
+        return use.connections.empty();
+    };
+    bool isFree = isFreed();
     if (!isFree) {
-        const Clock::time_point begin = Clock::now();
         const auto isOver = [&] {
+            const double left = kPortPatience - Since(begin);
             display_.Show("waiting for port 5001, which the last connection still holds",
-                          fmt::format("at most {:.0f} s left", std::ceil(kPortPatience - Since(begin))));
-            return mayGoOn();
+                          fmt::format("at most {:.0f} s left",
+                                      std::ceil(std::min(use.SecondsHeld().value_or(left), left))));
+            return interrupts_.Came() || isFreed();
         };
-        isFree = Until(kPortPatience, isOver, kSlowTick);
+        isFree = Until(kPortPatience, isOver, kSlowTick) && use.connections.empty();
         record_.times.waited += Since(begin);
     }
-    wasListening_ = LookAtPort(kHarnessPort).isListening;
+    wasListening_ = use.isListening;
     if (interrupts_.Came()) {
         facts_.end = End::Interrupted;
         facts_.words = "before the harness could start";
@@ -104,11 +107,31 @@ void Export::StartHarness() {
     firstLine_.reset();
     isReady_ = false;
     watch_.emplace(record_.plan, rig_.patience, Clock::now());
-    harness_ = std::make_unique<Harness>(record_.harness.command, rig_.log, folder_, rig_.limits,
+    harness_ = std::make_unique<Harness>(record_.harness.command, rig_.log, folder_, Limits(),
                                          [this](const log::Statement& statement, bool isOver) {
                                              firstLine_ = firstLine_.value_or(Clock::now());
                                              watch_->Add(statement, isOver, Clock::now());
                                          });
+}
+
+/// @return the judge's limits; reading what was delivered may take long
+judge::Limits Export::Limits() {
+    judge::Limits limits = rig_.limits;
+    if (limits.delivered) {
+        limits.delivered->progress = [this](const std::string& file, std::uint64_t done,
+                                            std::uint64_t total) {
+            if (total >= kLargeFile) {
+                display_.Show(
+                    "looking at what was delivered",
+                    fmt::format("{} of {} MB of {}", done / kMegabyte, total / kMegabyte, Printable(file)));
+            }
+            if (interrupts_.Came()) {
+                TakeInterrupt();
+            }
+            return facts_.end != End::Interrupted;
+        };
+    }
+    return limits;
 }
 
 /// A port held on another machine shows only in the harness's status.
@@ -119,8 +142,10 @@ bool Export::MayStartAgain() {
         return false;
     }
     const Clock::time_point begin = Clock::now();
+    const double waited = record_.times.waited;
     display_.Show("waiting for port 5001, which the harness found taken",
-                  fmt::format("at most {:.0f} s left", kPortPatience - record_.times.waited));
+                  waited < kTimeWait ? fmt::format("usually at most {:.0f} s left", kTimeWait - waited)
+                                     : fmt::format("at most {:.0f} s left", kPortPatience - waited));
     const bool isInterrupted = Until(kPortPause, [this] { return interrupts_.Came(); });
     record_.times.waited += Since(begin);
     if (isInterrupted) {
@@ -157,6 +182,14 @@ void Export::LookAtDvr() {
     }
 }
 
+/// A connection that the DVR has closed leaves no line in the log: the harness reads on and on.
+void Export::LookAtConnection() {
+    if (watch_->IsConnected() && watch_->SilentFor(Clock::now()) >= rig_.patience.answer &&
+        LookAtPort(kHarnessPort).IsClosedByPeer()) {
+        watch_->ConnectionClosed();
+    }
+}
+
 void Export::TakeInterrupt() {
     facts_.end = End::Interrupted;
     facts_.words = "by " + interrupts_.Words();
@@ -168,6 +201,7 @@ void Export::Follow() {
         StartDvr();
         WaitAndRead(kTick);
         LookAtDvr();
+        LookAtConnection();
         ShowProgress();
         watch_->LogHas(harness_->LogBytes());
         const bool hasEnded = harness_->Command().End().has_value();
@@ -197,69 +231,8 @@ void Export::ShowProgress() {
     }
 }
 
-/// The side that closes first has its port held for a minute. After a good end, let that be the DVR: it gets
-/// a moment to close by itself, and is told to if we started it. After a bad end its close would look like a
-/// failure of its own in the log.
-void Export::Settle() {
-    if (facts_.end != End::Done && facts_.end != End::Silence) {
-        return;
-    }
-    const auto isClosed = [this] {
-        return !LookAtPort(kHarnessPort).isConnected && (dvr_ == nullptr || dvr_->End());
-    };
-    if (facts_.end == End::Done) {
-        Until(rig_.linger, [this] { return interrupts_.Came(); });
-        Until(kSettle, isClosed);
-    }
-    if (dvr_ != nullptr && !dvr_->End()) {
-        StopDvr();
-        Until(kSettle, isClosed);
-    }
-}
-
-void Export::StopHarness() {
-    Child& command = harness_->Command();
-    if (command.End()) {
-        return;
-    }
-    facts_.isStopped = true;
-    const auto hasEnded = [&command] { return command.End().has_value(); };
-    if (rig_.stop.empty()) {
-        record_.harness.stoppedBy = "SIGINT";
-        command.Signal(SIGINT);
-        Until(kStop, hasEnded);
-    } else {
-        record_.harness.stoppedBy = rig_.stop;
-        const GrowingFile output = folder_.Grow("stop.log");
-        Child stop({rig_.stop, output.Number(), output.Number()});
-        Until(kStop, hasEnded);
-    }
-    if (!hasEnded()) {
-        record_.harness.stoppedBy += ", SIGKILL";
-        command.Signal(SIGKILL);
-        Until(kStop, hasEnded);
-    }
-}
-
-void Export::StopDvr() {
-    if (dvr_ == nullptr) {
-        return;
-    }
-    const auto hasEnded = [this] { return dvr_->End().has_value(); };
-    for (const int signal : {SIGTERM, SIGKILL}) {
-        if (!hasEnded()) {
-            record_.dvr->stoppedBy = signal == SIGTERM ? "SIGTERM" : "SIGTERM, SIGKILL";
-            dvr_->Signal(signal);
-            Until(kSettle, hasEnded);
-        }
-    }
-    dvr_->Signal(SIGTERM);  // what it has left
-    record_.dvr->end = dvr_->End();
-}
-
 /// Keeps reading until the fact is true. @return false if it does not become true within that time
-template <typename Fact>
-bool Export::Until(double seconds, Fact fact, int tick) {
+bool Export::Until(double seconds, const std::function<bool()>& fact, int tick) {
     const Clock::time_point begin = Clock::now();
     while (!fact()) {
         if (Since(begin) >= seconds) {
@@ -304,7 +277,7 @@ void Export::TakeEnd(Clock::time_point begin) {
     times.duration = Since(begin);
     times.pauses = harness_->Times().Pauses();
     times.dvr = harness_->Times().Waits() + quiet_;
-    times.overhead = std::max(times.duration - times.pauses - times.dvr, 0.0);
+    times.overhead = std::max(times.duration - times.pauses - times.dvr - times.lingered, 0.0);
 }
 
 }  // namespace rig::campaign

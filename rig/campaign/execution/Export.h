@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,7 +18,13 @@
 
 namespace rig::campaign {
 
-constexpr int kTick = 20;  // milliseconds between looks at what sends no event
+constexpr int kTick = 20;       // milliseconds between looks at what sends no event
+constexpr int kSlowTick = 200;  // when waiting for a minute
+
+/// @return seconds since then
+inline double Since(Clock::time_point begin) {
+    return std::chrono::duration<double>(Clock::now() - begin).count();
+}
 
 /// Harness and DVR of one case, from the wait for the port until both have ended. Their output goes to the
 /// case's folder as it arrives.
@@ -37,6 +44,9 @@ class Export {
     /// @return everything known except the judge's result
     const CaseFacts& Facts() const { return facts_; }
 
+    /// @return the run as it was watched; null if it could not start
+    const Watch* Watched() const { return watch_ ? &*watch_ : nullptr; }
+
     /// @return what the DVR sent
     const std::vector<DvrMessage>* Messages() const {
         return harness_ == nullptr ? nullptr : &harness_->Messages();
@@ -46,20 +56,22 @@ class Export {
     void StartCapture();
     bool AwaitPort();
     void StartHarness();
+    judge::Limits Limits();
     bool MayStartAgain();
     bool IsReady();
     void StartDvr();
     void LookAtDvr();
+    void LookAtConnection();
     void TakeInterrupt();
     void Follow();
     void ShowProgress();
     void Settle();
+    void Linger();
     void StopHarness();
     void StopDvr();
     void TakePackets();
     void TakeEnd(Clock::time_point begin);
-    template <typename Fact>
-    bool Until(double seconds, Fact fact, int tick = kTick);
+    bool Until(double seconds, const std::function<bool()>& fact, int tick = kTick);
     void WaitAndRead(int milliseconds);
 
     const Rig& rig_;

@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <array>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -18,8 +20,7 @@ const std::string kLogName = "harness.log";
 const std::string kErrorName = "harness.err";
 
 constexpr std::size_t kMostMessages = 100'000;  // that the coverage counts
-constexpr std::size_t kMostAssertions = 16;
-constexpr std::string_view kAssertion = ": Assertion `";
+constexpr std::size_t kMostLastWords = 16;
 constexpr std::size_t kLongestExcerpt = 300;  // bytes
 constexpr int kRoom = 1 << 20;                // of a pipe, so that the harness does not wait for us
 
@@ -61,6 +62,21 @@ Harness::Harness(const std::string& command, const std::string& log, const CaseF
     command_ = std::make_unique<Child>(launch);
 }
 
+result::Result JudgeAgain(const CaseFolder& folder, const judge::Limits& limits) {
+    result::Result result;
+    judge::Judge judge(limits, {true, true},
+                       [&result](result::RunResult run) { result.runs.push_back(std::move(run)); });
+    for (const std::string& name : {kLogName, kErrorName}) {
+        log::LineCutter lines(
+            [&](std::uint64_t number, std::string_view line) { judge.Add(name, number, line); });
+        std::ifstream file(folder.PathOf(name));
+        lines.Add(std::string(std::istreambuf_iterator<char>(file), {}));
+        lines.End();
+    }
+    judge.Finish();
+    return result;
+}
+
 void Harness::Read() {
     ReadLog();
     ReadErrors();
@@ -92,7 +108,7 @@ result::Result Harness::Finish() {
     while (ReadErrors()) {
     }
     errorLines_.End();
-    for (const auto& [number, line] : assertions_) {
+    for (const auto& [number, line] : lastWords_) {
         judge_.Add(kErrorName, number, line);
     }
     judge_.Finish();
@@ -111,12 +127,12 @@ void Harness::TakeLine(std::uint64_t number, std::string_view line) {
     take_(*read.statement, judge_.IsOver());
 }
 
-/// The judge gets assertions last, so that they come after all that the harness logged before them.
+/// The judge gets these last, so that they come after all that the harness logged before them.
 void Harness::TakeError(std::uint64_t number, std::string_view line) {
     if (judge::IsMarkerFailure(line)) {
         judge_.Add(kErrorName, number, line);
-    } else if (line.find(kAssertion) != std::string_view::npos && assertions_.size() < kMostAssertions) {
-        assertions_.emplace_back(number, line);
+    } else if (judge::IsLastWord(line) && lastWords_.size() < kMostLastWords) {
+        lastWords_.emplace_back(number, line);
     }
     if (!line.empty()) {
         lastError_ = Excerpt(std::string(line), kLongestExcerpt);

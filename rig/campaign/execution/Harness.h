@@ -36,6 +36,9 @@ class Harness {
 
     Child& Command() { return *command_; }
 
+    /// Passes on to the judge what was seen after DONE.
+    void Tell(const judge::AfterDone& after) { judge_.Take(after); }
+
     /// Reads the rest, once the command has ended. @return what the judge says of each run in the log
     result::Result Finish();
 
@@ -60,12 +63,15 @@ class Harness {
     std::unique_ptr<GrowingFile> outputFile_;
     log::LineCutter lines_;
     log::LineCutter errorLines_;
-    std::vector<std::pair<std::uint64_t, std::string>> assertions_;  // with their line numbers
+    std::vector<std::pair<std::uint64_t, std::string>> lastWords_;  // why it aborted, with line numbers
     std::string lastError_;
     std::uint64_t logBytes_ = 0;
     std::unique_ptr<LogSource> log_;
     std::unique_ptr<LogSource> errors_;
     std::unique_ptr<Child> command_;
 };
+
+/// Judges anew what a harness has left in the case's folder.
+result::Result JudgeAgain(const CaseFolder& folder, const judge::Limits& limits);
 
 }  // namespace rig::campaign

@@ -1,7 +1,9 @@
 #include "rig/campaign/execution/Port.h"
 
 #include <netinet/tcp.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -9,30 +11,78 @@
 namespace rig::campaign {
 namespace {
 
-/// @return the number after the last colon of "0100007F:1389", which is hexadecimal
-unsigned long PortIn(const std::string& address) {
-    return std::stoul(address.substr(address.rfind(':') + 1), nullptr, 16);
+/// @return "0100007F:1389", hexadecimal, as numbers; of an IPv6 address its last four bytes
+Socket::End EndIn(const std::string& text) {
+    const std::size_t colon = text.rfind(':');
+    return {static_cast<std::uint32_t>(std::stoul(text.substr(colon - 8, 8), nullptr, 16)),
+            static_cast<std::uint16_t>(std::stoul(text.substr(colon + 1), nullptr, 16))};
 }
 
-/// Reads "   0: 0100007F:1389 0100007F:C350 01 ...": number, own address, peer's address, state.
+/// @return seconds in "03:0000176A", the kind of a timer and its clock ticks in hexadecimal
+double SecondsIn(const std::string& timer) {
+    return static_cast<double>(std::stoul(timer.substr(timer.find(':') + 1), nullptr, 16)) /
+           static_cast<double>(sysconf(_SC_CLK_TCK));
+}
+
+/// Reads "   0: 0100007F:1389 0100007F:C350 01 ...": number, own address, peer's address, state, queues,
+/// timer, retransmissions, user, probes, inode.
 void LookAt(const char* table, std::uint16_t port, PortUse& use) {
     std::ifstream sockets(table);
     std::string line;
     std::getline(sockets, line);
     while (std::getline(sockets, line)) {
         std::istringstream fields(line);
-        std::string number, own, other;
+        std::string number, own, peer, queues, timer, retransmissions, user, probes, inode;
         unsigned int state = 0;
-        if (!(fields >> number >> own >> other >> std::hex >> state) || PortIn(own) != port) {
+        if (!(fields >> number >> own >> peer >> std::hex >> state >> queues >> timer >> retransmissions >>
+              user >> probes >> inode) ||
+            EndIn(own).port != port) {
             continue;
         }
-        use.isListening = use.isListening || state == TCP_LISTEN;
-        use.isHeld = use.isHeld || state != TCP_LISTEN;
-        use.isConnected = use.isConnected || state == TCP_ESTABLISHED || state == TCP_SYN_RECV;
+        if (state == TCP_LISTEN) {
+            use.isListening = true;
+        } else {
+            use.connections.push_back(
+                {EndIn(own), EndIn(peer), own.size() == 13, state, inode != "0", SecondsIn(timer)});
+        }
     }
 }
 
+bool IsOpen(const Socket& socket) {
+    return socket.state == TCP_ESTABLISHED || socket.state == TCP_SYN_RECV;
+}
+
 }  // namespace
+
+bool PortUse::IsConnected() const {
+    return std::any_of(connections.begin(), connections.end(), IsOpen);
+}
+
+bool PortUse::IsClosedByPeer() const {
+    return std::any_of(connections.begin(), connections.end(),
+                       [](const Socket& one) { return one.state == TCP_CLOSE_WAIT; });
+}
+
+std::set<std::uint16_t> PortUse::Callers() const {
+    std::set<std::uint16_t> callers;
+    for (const Socket& one : connections) {
+        if (IsOpen(one) || one.state == TCP_CLOSE_WAIT) {
+            callers.insert(one.peer.port);
+        }
+    }
+    return callers;
+}
+
+std::optional<double> PortUse::SecondsHeld() const {
+    double longest = 0;
+    for (const Socket& one : connections) {
+        if (one.state != TCP_TIME_WAIT && one.state != TCP_FIN_WAIT2) {
+            return {};
+        }
+        longest = std::max(longest, one.left + (one.state == TCP_FIN_WAIT2 ? kTimeWait : 0));
+    }
+    return longest;
+}
 
 PortUse LookAtPort(std::uint16_t port) {
     PortUse use;

@@ -20,7 +20,8 @@ struct Rig {
     std::uint32_t seed = 0;
     HookCommands hooks;
     Patience patience;
-    double linger = 0;  // seconds to keep watching after the end of a dialogue
+    std::optional<double>
+        linger;  // seconds to keep watching after the end of a dialogue; none: as long as -d asks
     judge::Limits limits;
     judge::KnownFailures known;
     bool capture = false;

@@ -7,7 +7,8 @@
 
 #include "rig/campaign/Cases.h"
 #include "rig/campaign/Outcome.h"
-#include "rig/log/Statement.h"
+#include "rig/campaign/execution/Rounds.h"
+#include "rig/log/RunReader.h"
 
 namespace rig::campaign {
 
@@ -29,6 +30,9 @@ class Watch {
     /// The DVR's command has ended with a status other than 0.
     void DvrFailed(Clock::time_point now);
 
+    /// The DVR has closed the connection.
+    void ConnectionClosed();
+
     /// The log has reached this size, in bytes.
     void LogHas(std::uint64_t bytes) { bytes_ = bytes; }
 
@@ -40,6 +44,16 @@ class Watch {
     /// @return whether the dialogue has come to its end
     bool IsDone() const { return isDone_; }
 
+    /// @return when the first DVR connected, and when the last DONE went out; nothing if it has not happened
+    std::optional<Clock::time_point> ConnectedAt() const { return connected_; }
+    std::optional<Clock::time_point> DoneAt() const { return done_; }
+
+    /// @return the port that the first DVR called from; 0 if none did
+    std::uint16_t FirstCaller() const { return firstCaller_; }
+
+    /// @return when the DVR was first heard again after DONE
+    std::optional<Clock::time_point> HeardAgainAt() const { return heardAgain_; }
+
     /// @return seconds until the connection counts as missing; never negative
     double LeftToConnect(Clock::time_point now) const;
 
@@ -47,13 +61,32 @@ class Watch {
     double SilentFor(Clock::time_point now) const;
 
  private:
+    struct DeadEnd {
+        End end;
+        std::string words;
+        double seconds;  // of silence after which it counts
+    };
+
+    void Note(const log::Statement& statement, Clock::time_point now);
+    void Follow(const log::Statement& statement);
+    void TakeMessage(const log::Message& message);
+    void Meet(DeadEnd deadEnd);
+
     Case plan_;
     Patience patience_;
     Clock::time_point begin_;
     Clock::time_point lastLine_;
     std::optional<Clock::time_point> dvrFailed_;
+    std::optional<Clock::time_point> connected_;
+    std::uint16_t firstCaller_ = 0;
+    std::optional<Clock::time_point> done_;
+    std::optional<Clock::time_point> heardAgain_;
+    log::RunReader reader_;
+    Rounds rounds_;
+    std::optional<DeadEnd> deadEnd_;
     std::uint64_t bytes_ = 0;
     bool isConnected_ = false;
+    bool isTransferring_ = false;  // a file was asked for last
     bool isDone_ = false;
     bool isSent_ = false;       // -z: a frame with a wrong prefix
     bool isRefused_ = false;    // -g

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "rig/base/Listing.h"
+#include "rig/dvr/recordings/BadCopy.h"
 #include "rig/dvr/recordings/Recordings.h"
 #include "rig/dvr/wire/Message.h"
 
@@ -33,6 +34,7 @@ struct Outgoing {
     bool silent = false;                // nothing more is sent after it
     bool knocks = false;                // a second connection is opened after it
     bool reconnects = false;            // the dialogue is held once more on a connection of its own
+    Copy copy = Copy::Good;             // of the file that it is about
     std::vector<std::string> defects;   // names of those that acted, for people
 };
 
@@ -64,6 +66,8 @@ struct DefectKind {
 
     /// Changes the message. @return whether there was something to change
     bool (*change)(Outgoing& outgoing, const DefectContext& context);
+
+    bool spoilsCopies = false;  // and shows only where there are any
 };
 
 /// All kinds, in the order in which they are listed.

@@ -45,8 +45,8 @@ bool Takes(DefectValue kind, const std::string& value) {
 const std::vector<DefectKind>& DefectKinds() {
     static const std::vector<DefectKind> kKinds = [] {
         std::vector<DefectKind> all;
-        for (const auto* table :
-             {&AttributeDefects(), &AnswerDefects(), &UnaskedDefects(), &DocumentDefects(), &WireDefects()}) {
+        for (const auto* table : {&AttributeDefects(), &AnswerDefects(), &UnaskedDefects(),
+                                  &DocumentDefects(), &CopyDefects(), &WireDefects()}) {
             all.insert(all.end(), table->begin(), table->end());
         }
         return all;

@@ -13,6 +13,7 @@ const std::vector<DefectKind>& AttributeDefects();
 const std::vector<DefectKind>& AnswerDefects();
 const std::vector<DefectKind>& UnaskedDefects();  // messages that nobody asked for
 const std::vector<DefectKind>& DocumentDefects();
+const std::vector<DefectKind>& CopyDefects();  // delivered files
 const std::vector<DefectKind>& WireDefects();  // frames and connections
 
 // What may follow the name of a defect, short for the tables.

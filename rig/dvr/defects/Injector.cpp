@@ -66,6 +66,15 @@ std::string Injector::Idle() const {
     return names;
 }
 
+std::string Injector::SpoilsCopies() const {
+    for (const Defect& defect : defects_) {
+        if (defect.kind->spoilsCopies) {
+            return defect.kind->name;
+        }
+    }
+    return "";
+}
+
 bool Injector::IsDue(const Defect& defect, const Message& message) const {
     const DefectSite& site = defect.site;
     if (!CanActOn(*defect.kind, message.Name()) ||

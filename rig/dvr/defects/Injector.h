@@ -33,6 +33,9 @@ class Injector {
     /// @return the names of the defects that have not acted yet, for people; empty if all have acted
     std::string Idle() const;
 
+    /// @return the name of a defect that shows only in delivered copies, for people; empty if there is none
+    std::string SpoilsCopies() const;
+
     /// Lets each defect act, in the order in which they were added.
     Outgoing Prepare(Message message);
 

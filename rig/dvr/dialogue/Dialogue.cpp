@@ -58,6 +58,11 @@ Message Dialogue::FinishTransfer() {
     return complete;
 }
 
+void Dialogue::End(std::chrono::minutes absence) {
+    absence_ = absence;
+    done_ = true;
+}
+
 std::string Dialogue::Expected() const {
     const std::vector<std::string> names = AllowedMessages();
     std::string text;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <set>
@@ -55,11 +56,18 @@ class Dialogue {
     /// @return the length of the file in transfer, in bytes; call only during a transfer
     std::uint64_t TransferLength() const { return digest_.length; }
 
+    /// @return the message that the transfer still runs; nothing where the dialect has none. Call only during
+    /// a transfer.
+    virtual std::optional<Message> ReportProgress() const { return std::nullopt; }
+
     /// Ends the transfer that Handle started. @return its FILE_COMPLETE
     Message FinishTransfer();
 
     /// @return whether nothing more is due from either side
     bool IsDone() const { return done_; }
+
+    /// @return how long DONE tells the DVR to stay away; nothing before DONE
+    std::optional<std::chrono::minutes> Absence() const { return absence_; }
 
     /// @return the messages that may come now, for people: "NEXT_EVENT or DONE"
     std::string Expected() const;
@@ -89,6 +97,9 @@ class Dialogue {
     /// Throws Breach or, if the dialogue is tolerant, keeps the text as a remark.
     void Object(const std::string& text);
 
+    /// Ends the dialogue after DONE.
+    void End(std::chrono::minutes absence);
+
     /// Starts the transfer of a file that exists. Its digest is kept; `rehash` recomputes it anyway.
     void StartTransfer(const FileId& file, bool rehash);
 
@@ -111,6 +122,7 @@ class Dialogue {
     Digest digest_;                   // of the last requested file
     std::optional<FileId> digested_;  // that file
     bool configurationRefused_ = false;
+    std::optional<std::chrono::minutes> absence_;
     bool tolerant_ = false;
     std::vector<std::string> remarks_;
 };

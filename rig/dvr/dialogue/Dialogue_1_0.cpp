@@ -56,7 +56,7 @@ std::vector<Message> Dialogue_1_0::React(const Message& message) {
     } else if (message.Name() == "EVENT_XFER_COMPLETE") {
         Complete(message);
     } else if (message.Name() == "DONE") {
-        done_ = true;
+        End(std::chrono::minutes(0));
     }
     return answers;
 }

@@ -2,20 +2,11 @@
 
 #include <fmt/format.h>
 
+#include "rig/base/ParseNumber.h"
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
 
 namespace rig::dvr {
-namespace {
-
-/// @return whether the text is a decimal number above 0
-bool IsPositiveNumber(const std::string& text) {
-    return text.find_first_not_of("0123456789") == std::string::npos &&
-           text.find_first_not_of('0') != std::string::npos;
-}
-
-}  // namespace
-
 Dialogue_2_0::Dialogue_2_0(const Recordings& recordings, const std::filesystem::path& failureMarker)
     : Dialogue(recordings, 2), failureMarker_(failureMarker) {}
 
@@ -79,7 +70,7 @@ std::vector<Message> Dialogue_2_0::React(const Message& message) {
     } else if (message.Name() == "EVENT_XFER_COMPLETE") {
         answers.push_back(AcknowledgeEvent(message.Get("reid")));
     } else if (message.Name() == "DONE") {
-        End(message);
+        HandleDone(message);
     }
     return answers;
 }
@@ -139,6 +130,10 @@ std::vector<Message> Dialogue_2_0::RequestFile(const Message& request) {
     return answers;
 }
 
+std::optional<Message> Dialogue_2_0::ReportProgress() const {
+    return ReportFile("XFER_IN_PROGRESS", *InTransfer());
+}
+
 /// Echoes what was asked for, even if that is damaged.
 Message Dialogue_2_0::ReportFile(const char* name, const FileId& file) const {
     return std::move(NewMessage(name).Set("reid", file.first).Set("file", file.second));
@@ -164,12 +159,13 @@ Message Dialogue_2_0::AcknowledgeEvent(const std::string& reid) {
     return std::move(NewMessage("EVENT_XFER_ACK").Set("reid", reid));
 }
 
-void Dialogue_2_0::End(const Message& done) {
+void Dialogue_2_0::HandleDone(const Message& done) {
     const auto duration = done.Find("duration");
-    if (duration && !IsPositiveNumber(*duration)) {
+    const int minutes = ParseNumber<int>(duration.value_or("0")).value_or(0);
+    if (duration && minutes < 1) {
         throw Breach("DONE with duration " + Quoted(*duration) + " instead of a number of minutes above 0");
     }
-    done_ = true;
+    End(std::chrono::minutes(minutes));
 }
 
 }  // namespace rig::dvr

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -18,6 +19,7 @@ class Dialogue_2_0 : public Dialogue {
     Dialogue_2_0(const Recordings& recordings, const std::filesystem::path& failureMarker);
 
     std::string Situation() const override;
+    std::optional<Message> ReportProgress() const override;
 
  protected:
     std::vector<std::string> AllowedMessages() const override;
@@ -30,7 +32,7 @@ class Dialogue_2_0 : public Dialogue {
     Message DescribeEvent(const std::string& reid);
     std::vector<Message> RequestFile(const Message& request);
     Message AcknowledgeEvent(const std::string& reid);
-    void End(const Message& done);
+    void HandleDone(const Message& done);
 
     Message ReportFile(const char* name, const FileId& file) const;
     bool IsFileInProgress(const FileId& file) const;

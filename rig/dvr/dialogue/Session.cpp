@@ -2,11 +2,20 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <thread>
+#include <utility>
+
 #include "rig/base/Counted.h"
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
 
 namespace rig::dvr {
+namespace {
+
+constexpr std::chrono::seconds kLateness(3);  // well above what clocks and file systems may differ by
+
+}  // namespace
 
 Session::Session(Connection& connection, Dialogue& dialogue, Transcript& transcript,
                  const SessionTimes& times)
@@ -16,6 +25,11 @@ void Session::Misbehave(Injector& injector, const Endpoint& endpoint) {
     injector_ = &injector;
     endpoint_ = &endpoint;
     dialogue_.Tolerate();
+}
+
+void Session::Adopt(const Habits& habits) {
+    habits_ = habits;
+    times_.transfer.lateness = habits.lateness;
 }
 
 void Session::Run() {
@@ -28,10 +42,20 @@ void Session::Run() {
             throw Breach(fmt::format("expected {}, found {}", expected, found.what()));
         }
     }
+    DeliverLate();
+    if (habits_.awaitsClose && !ended_) {
+        AwaitClose();
+    }
+}
+
+void Session::AwaitClose() {
+    const bool closed = connection_.AwaitEnd(Clock::now() + times_.silence);
+    transcript_.Note(closed ? "the harness has closed the connection" : "the harness keeps the connection");
 }
 
 void Session::Step() {
-    const auto deadline = transfer_ ? transfer_->NextAdvance() : Clock::now() + times_.silence;
+    const auto deadline =
+        transfer_ ? std::min(transfer_->NextAdvance(), nextReport_) : Clock::now() + times_.silence;
     const std::optional<std::string> text = connection_.Receive(deadline, times_.frame);
     if (text) {
         Answer(*text);
@@ -81,6 +105,9 @@ void Session::FollowTransfer() {
     }
     if (file && !transfer_) {
         transfer_.emplace(*file, dialogue_.TransferLength(), times_.transfer, deliveryFolder_, Clock::now());
+        if (habits_.progress.count() > 0) {
+            nextReport_ = Clock::now() + habits_.progress;
+        }
     }
 }
 
@@ -90,8 +117,20 @@ void Session::ContinueTransfer() {
     if (transfer_->IsOver()) {
         transfer_.reset();
         Send(dialogue_.FinishTransfer());
-    } else if (transfer_->IsLong(now)) {
+        return;
+    }
+    if (now >= nextReport_) {
+        ReportProgress(now);
+    }
+    if (transfer_->IsLong(now)) {
         transcript_.Progress(transfer_->File().second, transfer_->Done(), transfer_->Length());
+    }
+}
+
+void Session::ReportProgress(Clock::time_point now) {
+    nextReport_ = now + habits_.progress;
+    if (std::optional<Message> report = dialogue_.ReportProgress()) {
+        Send(std::move(*report));
     }
 }
 
@@ -108,13 +147,16 @@ void Session::Send(Message message) {
 
 void Session::SendHonest(const Message& message) {
     transcript_.Sent(message);
-    connection_.Send(EncodeFrame(message.Text(style_)), times_.silence);
+    Emit(message, EncodeFrame(message.Text(style_)));
 }
 
 void Session::SendDefective(Message message) {
     const std::string honest = Summarize(message);
+    const std::string event = message.Get("reid");
+    const std::string file = message.Get("file");
     const Outgoing outgoing = injector_->Prepare(std::move(message));
     reconnects_ = reconnects_ || outgoing.reconnects;
+    SpoilCopyOf(event, file, outgoing.copy);
     if (outgoing.dropped) {
         transcript_.Note("not sent: " + honest);
     } else {
@@ -132,19 +174,51 @@ void Session::Transmit(const Outgoing& outgoing) {
     const auto sendExtras = [&](const std::vector<Message>& extras) {
         for (const Message& extra : extras) {
             transcript_.Sent(extra, outgoing.defects);
-            connection_.Send(EncodeFrame(extra.Text(style_)), times_.silence);
+            Emit(extra, EncodeFrame(extra.Text(style_)));
         }
     };
     sendExtras(outgoing.before);
     transcript_.Sent(outgoing.message, outgoing.defects);
-    connection_.Send(injector_->Frame(outgoing, style_), times_.silence);
+    Emit(outgoing.message, injector_->Frame(outgoing, style_));
     sendExtras(outgoing.after);
+}
+
+void Session::SpoilCopyOf(const std::string& event, const std::string& file, Copy copy) {
+    if (deliveryFolder_ == nullptr) {
+        return;
+    }
+    SpoilCopy(*deliveryFolder_, event, file, copy);
+    if (copy == Copy::Late) {
+        late_.push_back({{event, file}, Clock::now() + kLateness});
+    }
+}
+
+void Session::DeliverLate() {
+    for (const LateCopy& copy : late_) {
+        std::this_thread::sleep_until(copy.due);
+        CopyWhole(*deliveryFolder_, copy.file.first, copy.file.second);
+        transcript_.Note("delivered late: " + FileName(copy.file));
+    }
+}
+
+/// What the harness does not answer can wait, as something always follows it.
+void Session::Emit(const Message& message, std::string frame) {
+    const bool canWait = message.Name() == "XFER_IN_PROGRESS" || message.Name() == "SOFTWARE_UPDATE_CONFIRM";
+    kept_ = kept_.empty() ? std::move(frame) : kept_ + frame;
+    if (!habits_.sharesSegments || !canWait) {
+        Flush();
+    }
+}
+
+void Session::Flush() {
+    connection_.Send(std::exchange(kept_, {}), times_.silence);
 }
 
 void Session::EndAsTold(Outgoing::End end) {
     if (end == Outgoing::End::Keep) {
         return;
     }
+    Flush();
     if (end == Outgoing::End::Close) {
         connection_.Close();
     } else {

@@ -2,9 +2,11 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "rig/dvr/defects/Injector.h"
 #include "rig/dvr/dialogue/Dialogue.h"
+#include "rig/dvr/dialogue/Habits.h"
 #include "rig/dvr/dialogue/Transfer.h"
 #include "rig/dvr/wire/Connection.h"
 #include "rig/dvr/wire/Style.h"
@@ -42,6 +44,9 @@ class Session {
     /// Writes messages in this style; what a defect has written itself stays as it is.
     void WriteAs(const Style& style) { style_ = style; }
 
+    /// Does what these habits say within one dialogue.
+    void Adopt(const Habits& habits);
+
     /// Tolerates messages shorter than announced: answers what has come of them.
     void AcceptSizeErrors() { connection_.Decoder().AcceptSizeErrors(); }
 
@@ -62,17 +67,29 @@ class Session {
     bool Reconnects() const { return reconnects_; }
 
  private:
+    /// A file that a defect delivers after its FILE_COMPLETE.
+    struct LateCopy {
+        Dialogue::FileId file;
+        Clock::time_point due;
+    };
+
     void Step();
     void Inspect(const std::string& text);
     void Answer(const std::string& text);
     void FollowTransfer();
     void ContinueTransfer();
+    void ReportProgress(Clock::time_point now);
+    void AwaitClose();
 
     /// Every message of ours goes out here, and only here.
     void Send(Message message);
     void SendHonest(const Message& message);
     void SendDefective(Message message);
     void Transmit(const Outgoing& outgoing);
+    void SpoilCopyOf(const std::string& event, const std::string& file, Copy copy);
+    void DeliverLate();
+    void Emit(const Message& message, std::string frame);
+    void Flush();
     void EndAsTold(Outgoing::End end);
 
     Connection& connection_;
@@ -80,13 +97,17 @@ class Session {
     Transcript& transcript_;
     SessionTimes times_;
     Style style_;
+    Habits habits_;
+    std::string kept_;  // frames that go out with the next one
     const DeliveryFolder* deliveryFolder_ = nullptr;
     std::optional<Transfer> transfer_;  // of the file that the dialogue has in transfer
+    Clock::time_point nextReport_ = Clock::time_point::max();  // of its progress
     Injector* injector_ = nullptr;
     const Endpoint* endpoint_ = nullptr;
     WireCheck* wireCheck_ = nullptr;
     std::size_t sizeErrors_ = 0;  // messages that were not as long as announced
     std::optional<Connection> second_;
+    std::vector<LateCopy> late_;
     bool silent_ = false;      // a defect forbids every further message
     bool ended_ = false;       // a defect has ended the connection
     bool reconnects_ = false;  // a defect asks for another session

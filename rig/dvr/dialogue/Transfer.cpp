@@ -21,13 +21,25 @@ Clock::duration TransferPace::TimeFor(std::uint64_t length) const {
 
 Transfer::Transfer(const std::pair<std::string, std::string>& file, std::uint64_t length,
                    const TransferPace& pace, const DeliveryFolder* folder, Clock::time_point start)
-    : file_(file), length_(length), start_(start), time_(pace.TimeFor(length)), nextAdvance_(start) {
+    : file_(file),
+      length_(length),
+      start_(start),
+      time_(pace.TimeFor(length)),
+      lateness_(pace.lateness),
+      nextAdvance_(start) {
     if (folder != nullptr) {
         copy_.emplace(*folder, file.first, file.second);
     }
 }
 
 void Transfer::Advance(Clock::time_point now) {
+    if (!complete_) {
+        Continue(now);
+    }
+    over_ = complete_ && now >= nextAdvance_;
+}
+
+void Transfer::Continue(Clock::time_point now) {
     const bool timeIsOver = now >= start_ + time_;
     if (copy_) {
         // In the end up to the end of the file, which may have moved since the transfer started.
@@ -41,8 +53,8 @@ void Transfer::Advance(Clock::time_point now) {
     if (timeIsOver && copy_) {
         copy_->Complete();
     }
-    over_ = timeIsOver;
-    nextAdvance_ = std::min(start_ + time_, now + kInterval);
+    complete_ = timeIsOver;
+    nextAdvance_ = complete_ ? now + lateness_ : std::min(start_ + time_, now + kInterval);
 }
 
 bool Transfer::IsLong(Clock::time_point now) const {

@@ -14,6 +14,7 @@ namespace rig::dvr {
 struct TransferPace {
     Milliseconds each{200};               // unless there is a rate: however long the file is
     std::optional<std::uint64_t> rate{};  // bytes per second
+    Milliseconds lateness{0};             // from its completion to its end
 
     /// @return the time for a file of `length` bytes, at most 30 years
     Clock::duration TimeFor(std::uint64_t length) const;
@@ -32,7 +33,7 @@ class Transfer {
 
     /// Brings the transfer to where it should be at `now`. A copy that lags catches up by one piece at a
     /// time, so that other things get their turn, and prolongs the transfer. It gets its final name when the
-    /// transfer is over.
+    /// file is complete.
     void Advance(Clock::time_point now);
 
     /// @return when to call Advance again; nothing changes before then
@@ -48,6 +49,7 @@ class Transfer {
     bool IsLong(Clock::time_point now) const;
 
  private:
+    void Continue(Clock::time_point now);
     std::uint64_t DueAt(Clock::time_point now) const;
     bool CopyUpTo(std::uint64_t due);
 
@@ -56,8 +58,10 @@ class Transfer {
     std::uint64_t done_ = 0;  // bytes; those copied, if a copy is made
     Clock::time_point start_;
     Clock::duration time_;
+    Milliseconds lateness_;
     Clock::time_point nextAdvance_;
     std::optional<Delivery> copy_;
+    bool complete_ = false;
     bool over_ = false;
 };
 

@@ -4,7 +4,7 @@
 #include <map>
 
 #include "rig/base/Affix.h"
-#include "rig/base/Sha256.h"
+#include "rig/base/Hash.h"
 #include "rig/dvr/wire/Message.h"
 
 namespace rig::dvr {
@@ -35,7 +35,10 @@ Event Event::FromFiles(const std::string& id, const std::vector<std::string>& fi
 }
 
 std::vector<std::string> Event::Files() const {
-    std::vector<std::string> files{metadata};
+    std::vector<std::string> files;
+    if (!metadata.empty()) {
+        files.push_back(metadata);
+    }
     for (const auto& stream : streams) {
         files.insert(files.end(), stream.begin(), stream.end());
     }
@@ -46,6 +49,9 @@ std::string Event::Describe() const {
     pugi::xml_document document;
     pugi::xml_node recordingEvent = document.append_child("recording-event");
     recordingEvent.append_attribute("reid").set_value(id.c_str());
+    if (metadata.empty()) {
+        return Print(document);
+    }
     pugi::xml_node video = recordingEvent.append_child("video");
     video.append_child("metadata").append_attribute("name").set_value(metadata.c_str());
     pugi::xml_node container = streams.empty() ? pugi::xml_node() : video.append_child("streams");
@@ -71,7 +77,7 @@ void Recordings::Read(const std::string& event, const std::string& file, const S
 }
 
 Digest DigestOf(const Recordings& recordings, const std::string& event, const std::string& file) {
-    Sha256 hash;
+    Hash hash(recordings.Hashing());
     Digest digest;
     recordings.Read(event, file, [&](const char* bytes, std::size_t count) {
         hash.Add(bytes, count);

@@ -7,12 +7,14 @@
 #include <utility>
 #include <vector>
 
+#include "rig/base/Hash.h"
+
 namespace rig::dvr {
 
 /// One recorded event: its identifier and the names of its files.
 struct Event {
     std::string id;
-    std::string metadata;                           // the file that describes the event
+    std::string metadata;  // the file that describes the event; empty: no file at all
     std::vector<std::vector<std::string>> streams;  // the other files
 
     /// Sorts out an event's files: the first *.xml, or else the first file, is the metadata; the others form
@@ -57,11 +59,18 @@ class Recordings {
     /// Passes on a whole file, piece by piece, in constant memory. Throws Failure (Unusable) when it cannot
     /// be read.
     void Read(const std::string& event, const std::string& file, const Sink& sink) const;
+
+    /// How the files are hashed: SHA-256 if nobody says otherwise.
+    void HashBy(HashKind kind) { hashing_ = kind; }
+    HashKind Hashing() const { return hashing_; }
+
+ private:
+    HashKind hashing_ = HashKind::Sha256;
 };
 
 /// What FILE_COMPLETE says about a file's contents.
 struct Digest {
-    std::string hashCode;      // SHA-256 in lower-case hexadecimal
+    std::string hashCode;      // in lower-case hexadecimal
     std::uint64_t length = 0;  // bytes
 };
 

@@ -65,7 +65,10 @@ void AddReplayOptions(CLI::App& dvr, DvrOptions& options) {
             ->type_name("LOG")
             ->excludes(dvr.get_option("--defect"))
             ->excludes(dvr.get_option("--recordings"))
+            ->excludes(dvr.get_option("--events"))
+            ->excludes(dvr.get_option("--habit"))
             ->excludes(dvr.get_option("--deliver"))
+            ->excludes(dvr.get_option("--hash"))
             ->excludes(dvr.get_option("--rate"))
             ->excludes(dvr.get_option("--transfer-time"))
             ->excludes(dvr.get_option("--seed"));

@@ -207,6 +207,13 @@ std::optional<std::string> Connection::Receive(Clock::time_point deadline, Milli
     }
 }
 
+bool Connection::AwaitEnd(Clock::time_point deadline) {
+    while (!ended_ && WaitFor(socket_.Number(), POLLIN, deadline)) {
+        ReadSome();
+    }
+    return ended_;
+}
+
 /// @return whether the connection goes on
 bool Connection::ReadSome() {
     const ssize_t count = recv(socket_.Number(), chunk_.data(), chunk_.size(), 0);

@@ -53,6 +53,10 @@ class Connection {
     /// Failure (NothingCame) when it takes no byte for `patience`.
     void Send(const std::string& bytes, Milliseconds patience);
 
+    /// Waits for the harness to end the connection, whatever else it sends. @return whether it has by the
+    /// deadline
+    bool AwaitEnd(Clock::time_point deadline);
+
     /// Ends the connection: Close in order, Reset at once, losing what is unsent.
     void Close();
     void Reset();

@@ -6,8 +6,7 @@
 #include <array>
 #include <cctype>
 
-#include "rig/base/Printable.h"
-#include "rig/dvr/Failure.h"
+#include "rig/dvr/Choice.h"
 
 namespace rig::dvr {
 namespace {
@@ -53,20 +52,9 @@ bool IsLeaf(const pugi::xml_node& element) {
 }  // namespace
 
 void Style::AddManner(const std::string& name) {
-    const auto* const found = std::find_if(kManners.begin(), kManners.end(),
-                                           [&name](const MannerKind& kind) { return kind.name == name; });
-    if (found != kManners.end()) {
-        manners_ |= found->manner;
-        return;
-    }
-    std::string names = "all";
-    for (const MannerKind& kind : kManners) {
-        names += std::string(", ") + kind.name;
-        manners_ |= kind.manner;
-    }
-    if (name != "all") {
-        throw Failure(ExitStatus::Unusable,
-                      fmt::format("--style: expected one of {}; found {}", names, Quoted(name)));
+    const auto named = Choose("--style", ListStyles(), name);
+    for (std::size_t row = 0; row < kManners.size(); ++row) {
+        manners_ |= !named || named == row ? kManners[row].manner : 0U;
     }
 }
 

@@ -7,6 +7,11 @@ bool IsIncomplete(const Run& run) {
     return !run.hasStart || run.damaged.Any();
 }
 
+bool IsAskedFor(const Check& check, const Run& run, const Limits& limits) {
+    return (check.needs != Needs::MaxReaction || limits.maxReaction) &&
+           (check.needs != Needs::Delivered || run.delivery != nullptr);
+}
+
 bool IsHeldAgainst(const Finding& finding) {
     return finding.verdict == result::Verdict::Fail || finding.verdict == result::Verdict::Warning;
 }
@@ -48,7 +53,7 @@ const std::vector<Check>& AllChecks() {
     static const std::vector<Check> kChecks = [] {
         std::vector<Check> all;
         for (const auto* table : {&ConnectionChecks(), &MessageChecks(), &ExportChecks(), &FaultChecks(),
-                                  &SwitchChecks(), &TimingChecks()}) {
+                                  &SwitchChecks(), &TimingChecks(), &DeliveryChecks()}) {
             all.insert(all.end(), table->begin(), table->end());
         }
         return all;
@@ -68,7 +73,7 @@ std::vector<result::CheckResult> JudgeRun(const Run& run, const Limits& limits, 
     std::vector<result::CheckResult> results;
     results.reserve(AllChecks().size());
     for (const Check& check : AllChecks()) {
-        if (!check.applies(run) || (check.needs == Needs::MaxReaction && !limits.maxReaction)) {
+        if (!IsAskedFor(check, run, limits) || !check.applies(run)) {
             continue;
         }
         Finding finding = Judged(check, run, limits);

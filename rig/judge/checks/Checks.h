@@ -8,14 +8,23 @@
 #include "rig/base/Listing.h"
 #include "rig/judge/Run.h"
 #include "rig/judge/Text.h"
+#include "rig/judge/delivery/DeliveryPlace.h"
 
 namespace rig::judge {
+
+/// What the rig saw of the DVR after DONE, which the harness does not log, by the rig's own clock.
+struct AfterDone {
+    std::optional<double> calledAfter;  // seconds until the DVR connected again, to this run or the next
+    double watchedFor = 0;              // seconds for which the rig saw that it did not
+};
 
 /// What the judge is told besides the log.
 struct Limits {
     double patience = 3;  // seconds after which a request without an answer counts as unanswered
     std::optional<double> maxReaction;  // milliseconds
     bool isStrict = false;              // a warning fails, too
+    AfterDone after = {};
+    std::optional<DeliveryPlace> delivered = std::nullopt;  // where to look for the files
 };
 
 /// The verdict of one check, with what was expected and found.
@@ -29,9 +38,10 @@ struct Finding {
 /// What a check needs besides a run that it concerns.
 enum class Needs {
     Nothing,
-    WholeLog,    // a failure follows from everything before it, so an incomplete log proves none
-    OwnReading,  // a failure follows from what the judge, and not the harness, reads out of a message
-    MaxReaction  // left out unless the user gives a limit
+    WholeLog,     // a failure follows from everything before it, so an incomplete log proves none
+    OwnReading,   // a failure follows from what the judge, and not the harness, reads out of a message
+    MaxReaction,  // left out unless the user gives a limit
+    Delivered     // left out unless the user names the folder of the delivered files
 };
 
 /// One thing that is required of the DVR. To add a check, add its function, a row in the table of one of the
@@ -53,6 +63,7 @@ const std::vector<Check>& ExportChecks();
 const std::vector<Check>& FaultChecks();   // -e -f -t -r -x -s
 const std::vector<Check>& SwitchChecks();  // -u -g -z -c -d
 const std::vector<Check>& TimingChecks();
+const std::vector<Check>& DeliveryChecks();  // what is not in the log
 
 /// @return all checks, in the order in which reports show them
 const std::vector<Check>& AllChecks();

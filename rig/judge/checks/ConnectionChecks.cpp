@@ -47,6 +47,9 @@ Finding HarnessRan(const Run& run, const Limits& /*limits*/) {
             return {Verdict::Environment, expected, "it aborted for a reason of its own", Proof({assertion})};
         }
     }
+    if (run.exceptions.Any() && !run.EndedByMessage()) {
+        return {Verdict::Environment, expected, "an exception of its own ended it", run.exceptions.Shown()};
+    }
     if (run.markerFailures.Any()) {
         return {Verdict::Environment, expected,
                 "its shell could not make the failure marker: /mnt/hd is missing or cannot be written",
@@ -61,7 +64,8 @@ Finding LogIsWhole(const Run& run, const Limits& /*limits*/) {
         return Inconclusive(expected, "messages that the log holds only in part", run.damaged);
     }
     if (run.HarnessEnded()) {
-        return Pass(expected, "the log ends where the harness aborts for what the DVR did", run.assertions);
+        return Pass(expected, "the log ends where the harness aborts for what the DVR did",
+                    run.assertions.Any() ? run.assertions : run.exceptions);
     }
     if (IsKnownEnd(run) || run.Saw(log::Sign::BindFailed) || run.Saw(log::Sign::NoSignalHandler)) {
         return Pass(expected, "both");

@@ -47,11 +47,13 @@ Finding EventsOnce(const Run& run, const Limits& /*limits*/) {
 }
 
 Finding EventReid(const Run& run, const Limits& /*limits*/) {
-    return NoneOf({{run.otherEvent, "EVENT about another event than the one asked for, or about none"}},
-                  run.Received("EVENT") > 0, "the reid asked for in EVENT", "no EVENT");
+    return NoneOf({{run.refused, "INVALID_EVENT about an event that EVENT_LIST names"},
+                   {run.otherEvent, "EVENT about another event than the one asked for, or about none"}},
+                  run.Received("EVENT") > 0, "EVENT with the reid asked for", "no EVENT");
 }
 
 Finding Description(const Run& run, const Limits& /*limits*/) {
+    static const Tally kNone;
     return NoneOf(
         {{run.Of(log::Sign::NoDescription), "EVENT without xmlFile"},
          {run.Of(log::Sign::EmptyDescription), "EVENT with an empty xmlFile"},
@@ -59,7 +61,10 @@ Finding Description(const Run& run, const Limits& /*limits*/) {
          {run.Of(log::Sign::DescriptionWithoutReid), "a description without reid"},
          {run.Of(log::Sign::DescriptionReidWrong), "a description of another event than the one asked for"},
          {run.noEvent, "a description that is empty, or of something other than an event"},
-         {run.namelessFiles, "a description of a file without name, for which the harness aborts"}},
+         {run.namelessFiles, "a description of a file without name, for which the harness aborts"},
+         {run.notFiles, "a description with a comment or text in a stream, for which the harness aborts"},
+         {run.EndedByMessage() ? run.deadlyDescriptions : kNone,
+          "a description of which the harness cannot take a file's name, and aborts"}},
         run.Received("EVENT") + run.Received("XML") > 0,
         "a description with the event's reid and a name for each file", "no description");
 }
@@ -138,13 +143,14 @@ const std::vector<Check>& ExportChecks() {
          "\"'source' attribute missing from EVENT_LIST message\"", IsSecondDialect, EventListSource},
         {"event-list.events", "EVENT_LIST names every event.",
          "\"'event' found with no text\", \"could not find 'event' tag in EVENT_LIST message\", \"Got "
-         "EVENT_LIST message with no events\"",
+         "EVENT_LIST message with no events\", the list itself",
          IsSecondDialect, EventListEvents},
         {"event-list.once", "No event is listed twice.", "the identifiers in the list", IsExport, EventsOnce,
          Needs::OwnReading},
-        {"event.reid", "EVENT is about the event asked for.",
-         "\"Handle_EVENT_msg: 'reid' attribute incorrect: \", reid against the request", IsSecondDialect,
-         EventReid},
+        {"event.reid", "The DVR describes each event that it lists, under the identifier asked for.",
+         "\"Handle_EVENT_msg: 'reid' attribute incorrect: \", reid against the request; INVALID_EVENT to a "
+         "request without a fault",
+         IsSecondDialect, EventReid},
         {"event.description", "The description of an event is complete.",
          "\"EVENT message does not contain 'xmlFile' tag\", \"EVENT message 'xmlFile' tag does not contain "
          "data\", \"Escaped XML for event contains no REID\", \"Found event with no REID\", "

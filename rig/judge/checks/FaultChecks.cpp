@@ -6,7 +6,18 @@
 namespace rig::judge {
 namespace {
 
+/// @return whether what the harness asked for instead is there, too, so that nothing was wrong
+bool IsGenuine(const FaultRecord& record) {
+    return record.genuine.Any() && record.genuine.Count() == record.fired.Count();
+}
+
 Finding Fired(const Run& run, Fault fault) {
+    if (IsGenuine(run.Of(fault))) {
+        const Tally& genuine = run.Of(fault).genuine;
+        return Inconclusive(
+            kFired, Words("never injected: what is left of the name is another that the DVR lists", genuine),
+            genuine);
+    }
     if (run.Of(fault).fired.Any()) {
         return Pass(kFired, "injected", run.Of(fault).fired);
     }
@@ -27,7 +38,7 @@ Finding FiredOf(const Run& run, const Limits& /*limits*/) {
 
 Finding Answered(const Run& run, Fault fault, const Text& expected, const Limits& limits) {
     const FaultRecord& record = run.Of(fault);
-    if (!record.fired.Any()) {
+    if (!record.fired.Any() || IsGenuine(record)) {
         return NotReached(expected, "the fault was never injected");
     }
     if (record.wrong.Any()) {
@@ -136,7 +147,7 @@ const std::vector<Check>& FaultChecks() {
          With<log::Sign::RehashSwitch>, FiredOf<Fault::Rehash>},
         {"rehash.attributes", "The DVR gives hash and length when a new hash is asked for.",
          "\"'hashCode' attribute not present when requested\", \"'length' attribute not present when "
-         "requested\"",
+         "requested\", the answer itself",
          With<log::Sign::RehashSwitch>, RehashAttributes},
         {"rehash.same-hash", "A recomputed hash equals the old one, or is reported as new.",
          "\"rehash resulted in same hash: \", \"rehash resulted in new hash: \"",

@@ -17,6 +17,7 @@ Finding MessagesFramed(const Run& run, const Limits& limits) {
 }
 
 Finding MessagesParsed(const Run& run, const Limits& /*limits*/) {
+    static const Tally kNone;
     return NoneOf({{run.noMessage, "a document without the element msg, for which the harness aborts"},
                    {run.empty, "a message without text, for which the harness aborts"},
                    {run.brokenOff,
@@ -24,6 +25,8 @@ Finding MessagesParsed(const Run& run, const Limits& /*limits*/) {
                     "sent, for which the harness aborts"},
                    {run.Of(log::Sign::NotXml),
                     "a message, or a description in one, that is not XML, for which the harness aborts"},
+                   {run.EndedByMessage() ? run.deadlyMessages : kNone,
+                    "a message that the harness cannot take: an exception ends it"},
                    {run.notWellFormed, "a message, or a description in one, that is not well-formed XML"},
                    {run.Of(log::Sign::NoRequest), "a message without req, which the harness ignores"}},
                   run.Saw(log::Sign::Incoming), "one XML document msg with req in every message",
@@ -37,7 +40,11 @@ Finding MessagesKnown(const Run& run, const Limits& /*limits*/) {
 
 Finding MessagesAsked(const Run& run, const Limits& /*limits*/) {
     return NoneOf({{run.notAsked, "a message that nothing asked for"},
-                   {run.Of(log::Sign::UnexpectedAnswer), "an answer to a request that was never made"}},
+                   {run.Of(log::Sign::UnexpectedAnswer), "an answer to a request that was never made"},
+                   {run.progress,
+                    "XFER_IN_PROGRESS about a file that was not asked for again: legal while it "
+                    "is in transfer, but only the harness is known to take it",
+                    result::Verdict::Warning}},
                   !run.received.empty(), "every message answers a request that waits for it", "no message");
 }
 
@@ -81,14 +88,16 @@ Finding RequestsAnswered(const Run& run, const Limits& limits) {
 const std::vector<Check>& MessageChecks() {
     static const std::vector<Check> kChecks = {
         {"messages.framed", "Every message has a good length prefix.",
-         "\"Read7BitEncodedInt:badly formatted 7 bit string length prefix\", a negative length announced",
+         "\"Read7BitEncodedInt:badly formatted 7 bit string length prefix\", a negative length announced, a "
+         "length announced that does not come, the text itself",
          Always, MessagesFramed},
         {"messages.parsed", "Every message is an XML document with msg and req.",
          "\"error: \", \"INVALID XML RECEIVED\", the assertions on the parser, the message itself", Always,
          MessagesParsed},
         {"messages.known", "Every message is one of the dialect's.", "\"UNSUPPORTED MSG RECEIVED: \"", Always,
          MessagesKnown},
-        {"messages.asked", "The DVR sends only what it is asked for, once.",
+        {"messages.asked",
+         "The DVR sends only what it is asked for, once; word of a transfer that goes on is a warning.",
          "messages against the requests before them; \"Unexpected \"", AsksWhole, MessagesAsked,
          Needs::WholeLog},
         {"requests.answered", "The DVR answers every request.",

@@ -1,12 +1,14 @@
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "rig/judge/Findings.h"
 #include "rig/judge/checks/Checks.h"
 
 namespace rig::judge {
 namespace {
 
-constexpr std::int64_t kMinute = 60'000'000;  // microseconds
+constexpr double kMinute = 60;  // seconds
 
 /// With -z the DVR must not answer: see size.answer.
 template <log::Sign sign>
@@ -56,9 +58,12 @@ Finding SizeFired(const Run& run, const Limits& /*limits*/) {
                : Inconclusive(kFired, "never injected: no frame went out");
 }
 Finding SizeAnswered(const Run& run, const Limits& limits) {
-    const Text expected = "no answer to a frame that is shorter than its prefix says";
+    const Text expected = "no message after a frame that is shorter than its prefix says";
     if (!run.Saw(log::Sign::SentWrongSize)) {
         return NotReached(expected, "no frame went out");
+    }
+    if (run.openedAgain.Any()) {
+        return Fail(expected, Words("another OK on the same connection", run.openedAgain), run.openedAgain);
     }
     if (run.answeredWrong.Any()) {
         return Fail(expected, Words("a message as if the frame were whole", run.answeredWrong),
@@ -81,15 +86,11 @@ Finding CloseFired(const Run& run, const Limits& /*limits*/) {
 }
 Finding CloseAnswered(const Run& run, const Limits& limits) {
     const Text expected =
-        fmt::format("{} acknowledgements, then DONE, then nothing", run.switches.closeEarly);
+        fmt::format("{} acknowledgements, then DONE, then nothing of this export", run.switches.closeEarly);
     if (CloseFired(run, limits).verdict != result::Verdict::Pass) {
         return NotReached(expected, "the export was not closed early");
     }
-    const Tally none;
-    return NoneOf({{run.afterDone, "a message after DONE"},
-                   {run.switches.doneDuration > 0 ? none : run.resumedAt,
-                    "another export after DONE: the DVR connected again and answered more requests"}},
-                  true, expected, "");
+    return NoneOf({{run.afterDone, "a message after DONE"}}, true, expected, "");
 }
 
 Finding DurationFired(const Run& run, const Limits& /*limits*/) {
@@ -97,20 +98,58 @@ Finding DurationFired(const Run& run, const Limits& /*limits*/) {
                ? Pass(kFired, "DONE with a duration went out", run.Of(log::Sign::SendingDone))
                : NotInjected(run, "the dialogue did not come to DONE");
 }
-Finding DurationAnswered(const Run& run, const Limits& /*limits*/) {
-    const Text expected = fmt::format("no call of the DVR for {} min after DONE", run.switches.doneDuration);
-    if (run.doneSent.Any() && run.resumed && *run.resumed < run.switches.doneDuration * kMinute) {
-        return Fail(expected,
-                    fmt::format("the DVR connected again before the time was over (after {:.1f} s)",
-                                static_cast<double>(*run.resumed) / 1e6),
-                    run.resumedAt);
+
+/// @return the seconds from DONE until the DVR called again, as the log or the rig has it
+std::optional<double> CalledAfter(const Run& run, const Limits& limits) {
+    std::optional<double> called = limits.after.calledAfter;
+    if (run.resumed) {
+        const double seconds = static_cast<double>(*run.resumed) / 1e6;
+        called = std::min(called.value_or(seconds), seconds);
     }
-    if (run.doneSent.Any() && !run.isExporting && run.assertions.Any()) {
+    return called;
+}
+
+/// @return the seconds from DONE for which a call would have shown. Without -c the harness goes on reading
+/// from the connection, and does not see another once the DVR has closed that.
+double WatchedFor(const Run& run, const Limits& limits) {
+    const bool isSeen = run.Saw(log::Sign::ClosingClient) && run.endTime && run.doneTime;
+    const double logged = isSeen ? static_cast<double>(*run.endTime - *run.doneTime) / 1e6 : 0;
+    return std::max(limits.after.watchedFor, logged);
+}
+
+Finding NotWatched(const Text& expected, const Run& run, double watched) {
+    if (run.assertions.Any()) {
         return Inconclusive(expected, "the DVR connected again; when, the log does not tell", run.assertions);
     }
-    return NoneOf({{run.afterDone, "a message after DONE"}}, run.doneSent.Any() && run.switches.protocol == 2,
-                  expected,
-                  run.switches.protocol == 1 ? "protocol 1.0 does not heed this switch" : "no DONE");
+    return run.Saw(log::Sign::ClosingClient) || watched > 0
+               ? Inconclusive(
+                     expected,
+                     fmt::format("no call, but nobody watched for long enough (for {:.1f} s)", watched))
+               : Inconclusive(expected,
+                              "without -c the harness does not see a call after the DVR has closed its "
+                              "connection, and nobody else watched");
+}
+
+Finding DurationAnswered(const Run& run, const Limits& limits) {
+    const Text expected = fmt::format("no call of the DVR for {} min after DONE", run.switches.doneDuration);
+    if (!run.doneSent.Any() || run.switches.protocol == 1) {
+        return NotReached(expected,
+                          run.switches.protocol == 1 ? "protocol 1.0 does not heed this switch" : "no DONE");
+    }
+    if (run.afterDone.Any()) {
+        return Fail(expected, Words("a message after DONE", run.afterDone), run.afterDone);
+    }
+    const double asked = static_cast<double>(run.switches.doneDuration) * kMinute;
+    const Tally& proof = run.resumedAt.Any() ? run.resumedAt : run.Of(log::Sign::SendingDone);
+    if (const auto called = CalledAfter(run, limits)) {
+        const std::string times = fmt::format("(after {:.1f} s, not {:.0f} s)", *called, asked);
+        return *called < asked
+                   ? Fail(expected, "the DVR connected again before the time was over " + times, proof)
+                   : Pass(expected, fmt::format("it called after {:.1f} s", *called), proof);
+    }
+    const double watched = WatchedFor(run, limits);
+    return watched < asked ? NotWatched(expected, run, watched)
+                           : Pass(expected, fmt::format("no call for {:.1f} s", watched), proof);
 }
 
 }  // namespace
@@ -126,19 +165,20 @@ const std::vector<Check>& SwitchChecks() {
         {"config.answer", "The DVR refuses a bogus configuration.", "CONFIGURATION_UPDATE_ERROR",
          WithWhole<log::Sign::ConfigSwitch>, ConfigAnswered, Needs::WholeLog},
         {"size.fired", kFiredSentence, "\"sent: size= \"", With<log::Sign::SizeSwitch>, SizeFired},
-        {"size.answer", "The DVR does not go on as if a frame that is too short were whole.",
+        {"size.answer", "The DVR sends no message after a frame that is too short.",
          "a message of the DVR after a frame that is too short", With<log::Sign::SizeSwitch>, SizeAnswered,
          Needs::WholeLog},
         {"close.fired", kFiredSentence,
          "\"Sending DONE\" after as many acknowledgements as \"closeEarly set to \" says",
          With<log::Sign::CloseSwitch>, CloseFired},
-        {"close.answer", "The DVR ends its export when DONE comes early.",
-         "messages and requests after \"Sending DONE\"", With<log::Sign::CloseSwitch>, CloseAnswered,
-         Needs::WholeLog},
+        {"close.answer", "The DVR ends its export when DONE comes early.", "messages after \"Sending DONE\"",
+         With<log::Sign::CloseSwitch>, CloseAnswered, Needs::WholeLog},
         {"duration.fired", kFiredSentence, "\"Sending DONE\" with \"doneDuration set to \" at the start",
          With<log::Sign::DurationSwitch>, DurationFired},
         {"duration.answer", "The DVR stays away as long as DONE says.",
-         "the next \"Connected to: \" or message after \"Sending DONE\", by its time",
+         "the next message after \"Sending DONE\", by its time; with -c that none comes for so long; what "
+         "the "
+         "rig saw",
          With<log::Sign::DurationSwitch>, DurationAnswered, Needs::WholeLog},
     };
     return kChecks;

@@ -90,33 +90,13 @@ TEST_P(Disk20, IsNotNeededForAnExport) {
     }
 }
 
-const Trouble kTroubles20[] = {
+const Trouble kTroubles[] = {
     {"Missing", RemoveTheDisk, true, {}},
     {"Full", FillTheDisk, false, {"incoming_E1, 0", "other, 65536", "outgoingETCstring, 0"}},
     {"WithoutInodes", TakeTheDisksInodes, true, {}},
     {"ReadOnly", ForbidWriting, true, {}}};
 
-INSTANTIATE_TEST_SUITE_P(That, Disk20, testing::ValuesIn(kTroubles20),
-                         [](const auto& row) { return row.param.name; });
-
-class Disk10 : public Dialect10, public testing::WithParamInterface<Trouble> {};
-
-TEST_P(Disk10, IsNotNeededForAnExport) {
-    GetParam().makes();
-    Connect();
-    ExportsE1();
-    IsDone({"E1"});
-    harness->StopsOnInterrupt();
-    EXPECT_EQ("", harness->StandardError());
-    EXPECT_EQ(GetParam().leaves, FilesOnTheDisk());
-}
-
-const Trouble kTroubles10[] = {{"Missing", RemoveTheDisk, true, {}},
-                               {"WithoutInodes", TakeTheDisksInodes, true, {}},
-                               {"Full", FillTheDisk, false, {"other, 65536", "outgoingETCstring, 0"}},
-                               {"ReadOnly", ForbidWriting, true, {}}};
-
-INSTANTIATE_TEST_SUITE_P(That, Disk10, testing::ValuesIn(kTroubles10),
+INSTANTIATE_TEST_SUITE_P(That, Disk20, testing::ValuesIn(kTroubles),
                          [](const auto& row) { return row.param.name; });
 
 }  // namespace

@@ -81,6 +81,23 @@ TEST_F(CampaignTest, PassesWithAWarningUnlessItIsStrict) {
     EXPECT_TRUE(Evidence()["options"]["strict"]);
 }
 
+TEST_F(CampaignTest, LooksAtWhatEachCaseHasDelivered) {
+    std::filesystem::create_directories("/mnt/delivered");
+    const std::string dvr = Dvr("--deliver /mnt/delivered");
+    const ProgramResult good =
+        RunCampaign({"--cases", "transport-2.0,rehash-2.0", "--dvr", dvr, "--delivered", "/mnt/delivered"});
+    EXPECT_EQ(good.status, 0) << good.output << good.errors;
+    const std::string verdict = EvidenceText("cases/rehash-2.0/verdict.json");
+    ExpectHolds(verdict, "delivery.new-hash");
+    ExpectHolds(verdict, "2 files, 2 with a length, 2 with a hash");
+
+    out_ += "-bad";
+    const Json bad = RunCase("clean-2.0", {"--dvr", dvr + " --defect no-copy --on FILE_COMPLETE:2",
+                                           "--delivered", "/mnt/delivered"});
+    EXPECT_EQ(bad["outcome"], "FAIL");
+    EXPECT_EQ(bad["reason"], "delivery.file: a file that is not there (E1/E1_1)");
+}
+
 TEST_F(CampaignTest, DoesNotBlameTheRestWhenTheCleanExportFails) {
     const ProgramResult result =
         RunCampaign({"--cases", "config-2.0", "--dvr", Dvr("--defect missing-source")});

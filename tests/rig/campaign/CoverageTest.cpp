@@ -1,6 +1,12 @@
+#include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <utility>
 
 #include "rig/campaign/evidence/Coverage.h"
 #include "rig/judge/checks/Checks.h"
@@ -12,18 +18,41 @@ namespace {
 using result::Step;
 using result::Verdict;
 
-std::uint64_t CountOf(const Coverage& coverage, const std::string& message, const std::string& field) {
-    for (const Coverage::ItemCount& one : coverage.Items()) {
-        if (one.item.message == message && one.item.field == field) {
-            return one.count;
-        }
+/// @return the run with these checks, as "ID VERDICT"
+result::RunResult RunWith(const std::vector<std::pair<std::string, Verdict>>& checks) {
+    result::RunResult run;
+    for (const auto& [id, verdict] : checks) {
+        run.checks.push_back({id, "", verdict, "", "", {}});
     }
-    ADD_FAILURE() << "no item " << message << " " << field;
-    return 0;
+    return run;
 }
 
-bool Holds(const std::vector<std::string>& list, const std::string& text) {
-    return std::find(list.begin(), list.end(), text) != list.end();
+/// @return those that were reached
+std::string Show(const std::vector<Coverage::Use>& uses) {
+    std::string text;
+    for (const Coverage::Use& use : uses) {
+        text += use.cases.empty() ? "" : fmt::format("{}: {}\n", use.name, fmt::join(use.cases, ", "));
+    }
+    return text;
+}
+
+/// @return all that the coverage tells
+std::string Show(const Coverage& coverage) {
+    std::string text;
+    for (const auto& [item, count] : coverage.Items()) {
+        const std::string field = *item.field == '\0' ? "" : std::string(" ") + item.field;
+        text += count == 0 ? ""
+                           : fmt::format("{}.0 {}: {}{}: {}\n", item.protocol, item.from, item.message, field,
+                                         count);
+    }
+    return text + Show(coverage.Switches()) + Show(coverage.Rules()) +
+           fmt::format("unreached: {}\n", fmt::join(coverage.Unreached(), ", ")) + coverage.Text();
+}
+
+std::string ReadFile(const char* path) {
+    std::ostringstream content;
+    content << std::ifstream(path).rdbuf();
+    return content.str();
 }
 
 TEST(DvrMessage, HasItsFieldsOnce) {
@@ -39,67 +68,55 @@ TEST(DvrMessage, HasItsFieldsOnce) {
     EXPECT_EQ(counted.fields, (std::vector<std::string>{"source", "events", "events/event"}));
 }
 
-TEST(Coverage, CountsMessagesAndFields) {
-    Coverage coverage;
-    result::RunResult run;
-    run.steps = {{Step::Kind::FromHarness, {}, "GET_FILE E/f", 1},
-                 {Step::Kind::FromHarness, {}, "DONE", 2},
-                 {Step::Kind::FromDvr, {}, "EVENT E", 3}};
-    run.checks = {{"rehash.fired", "", Verdict::Pass, "", "", {}}};
-    coverage.Add({"x", 2, "-p 2 -d 30 -r", ""}, run,
-                 {{"FILE_COMPLETE", {"reid", "file"}}, {"FILE_COMPLETE", {"reid"}}, {"NEWS", {}}});
-    EXPECT_EQ(CountOf(coverage, "FILE_COMPLETE", ""), 2U);
-    EXPECT_EQ(CountOf(coverage, "FILE_COMPLETE", "file"), 1U);
-    EXPECT_EQ(CountOf(coverage, "FILE_COMPLETE", "length"), 0U);
-    EXPECT_EQ(CountOf(coverage, "GET_FILE", "rehash"), 1U);
-    EXPECT_EQ(CountOf(coverage, "DONE", "duration"), 1U);
-    EXPECT_TRUE(Holds(coverage.Unreached(), "2.0 DVR: FILE_COMPLETE length"));
-    EXPECT_FALSE(Holds(coverage.Unreached(), "2.0 harness: DONE"));
-}
-
-TEST(Coverage, NamesTheCasesOfSwitchesAndRules) {
-    Coverage coverage;
-    result::RunResult run;
-    run.checks = {{"xfer.fired", "", Verdict::Pass, "", "", {}},
-                  {"xfer.answer", "", Verdict::Fail, "", "", {}},
-                  {"event.files", "", Verdict::Warning, "", "", {}},
-                  {"export.done", "", Verdict::NotReached, "", "", {}}};
-    coverage.Add({"x", 2, "-p 2 -x", ""}, run, {});
-    const auto unreached = coverage.Unreached();
-    EXPECT_FALSE(Holds(unreached, "switch -x"));
-    EXPECT_FALSE(Holds(unreached, "rule xfer.answer"));
-    EXPECT_FALSE(Holds(unreached, "rule event.files")) << "a warning is a verdict";
-    EXPECT_TRUE(Holds(unreached, "rule export.done")) << "what was not reached proves nothing";
-    EXPECT_TRUE(Holds(unreached, "switch -e"));
-    EXPECT_FALSE(Holds(unreached, "rule reaction.time")) << "no limit was given";
-    EXPECT_NE(coverage.Text().find("1 of 11 switches"), std::string::npos) << coverage.Text();
-    EXPECT_NE(coverage.Text().find("rule close.*, rule duration.*"), std::string::npos) << coverage.Text();
-    EXPECT_EQ(coverage.Text().find("EVENT_LIST source"), std::string::npos)
-        << "EVENT_LIST itself did not come";
-}
-
-TEST(Coverage, NamesACaseOfSeveralRunsOnce) {
-    Coverage coverage;
-    result::RunResult run;
-    run.checks = {{"xfer.fired", "", Verdict::Pass, "", "", {}}};
-    coverage.Add({"x", 2, "-p 2 -x", ""}, run, {});
-    coverage.Add({"x", 2, "-p 2 -x", ""}, run, {});
-    for (const Coverage::Use& use : coverage.Switches()) {
-        EXPECT_LE(use.cases.size(), 1U) << use.name;
-    }
-    for (const Coverage::Use& use : coverage.Rules()) {
-        EXPECT_LE(use.cases.size(), 1U) << use.name;
-    }
-}
-
-TEST(Coverage, AsksForNothingOfADialectThatDidNotRun) {
+/// What it tells of these runs stands in coverage.txt. With APPROVE=1 in the environment, what it tells now
+/// becomes what is approved.
+TEST(Coverage, IsAsApproved) {
     Coverage coverage;
     EXPECT_EQ(coverage.Text(), "");
-    coverage.Add({"x", 1, "-p 1", ""}, {}, {});
-    for (const Coverage::ItemCount& one : coverage.Items()) {
-        EXPECT_EQ(one.item.protocol, 1);
+    coverage.Add({"config-1.0", 1, "-p 1 -g", ""},
+                 RunWith({{"config.fired", Verdict::Pass}, {"size.fired", Verdict::Fail}}), {{"OK", {}}});
+    const std::string first = Show(coverage);
+    result::RunResult run = RunWith({{"xfer.fired", Verdict::Pass},
+                                     {"xfer.answer", Verdict::Fail},
+                                     {"rehash.fired", Verdict::Pass},
+                                     {"rehash.answer", Verdict::KnownFailure},
+                                     {"event.files", Verdict::Warning},
+                                     {"event.described", Verdict::Inconclusive},
+                                     {"log.start", Verdict::Environment},
+                                     {"reaction.time", Verdict::Pass},
+                                     {"export.done", Verdict::NotReached}});
+    run.steps = {{Step::Kind::FromHarness, {}, "GET_FILE E/f", 1},
+                 {Step::Kind::FromHarness, {}, "DONE", 2},
+                 {Step::Kind::FromDvr, {}, "DONE", 3}};
+    const std::vector<DvrMessage> messages = {
+        {"FILE_COMPLETE", {"reid", "file"}}, {"FILE_COMPLETE", {"reid"}}, {"NEWS", {}}};
+    coverage.Add({"x-2.0", 2, "-p 2 -d 30 -r -x", ""}, run, messages);
+    coverage.Add({"x-2.0", 2, "-p 2 -d 30 -r -x", ""}, run, messages);
+    run.checks.resize(2);
+    coverage.Add({"y-2.0", 2, "-p 2 -x", ""}, run, {});
+    const std::string all = "== 1.0\n" + first + "\n== and 2.0\n" + Show(coverage);
+    if (std::getenv("APPROVE")) {
+        std::ofstream(VELLORAN_COVERAGE) << all;
     }
-    EXPECT_EQ(coverage.Switches().size(), 2U);
+    EXPECT_EQ(ReadFile(VELLORAN_COVERAGE), all);
+}
+
+TEST(Coverage, OfAllIsShort) {
+    Coverage coverage;
+    result::RunResult run;
+    std::vector<DvrMessage> messages;
+    for (const ProtocolItem& item : ProtocolItems()) {
+        if (item.protocol == 1) {
+            messages.push_back({item.message, {item.field}});
+            run.steps.push_back({Step::Kind::FromHarness, {}, item.message, 1});
+        }
+    }
+    for (const judge::Check& check : judge::AllChecks()) {
+        run.checks.push_back({check.id, "", Verdict::Pass, "", "", {}});
+    }
+    coverage.Add({"x", 1, "-p 1", ""}, run, messages);
+    EXPECT_EQ(coverage.Unreached(), std::vector<std::string>());
+    EXPECT_EQ(coverage.Text().find("reached by no case"), std::string::npos) << coverage.Text();
 }
 
 TEST(Coverage, KnowsOnlyChecksThatTheJudgeHas) {

@@ -1,4 +1,9 @@
+#include <fmt/format.h>
 #include <gtest/gtest.h>
+
+#include <csignal>
+#include <utility>
+#include <vector>
 
 #include "rig/campaign/Outcome.h"
 
@@ -34,138 +39,188 @@ CaseFacts EndedByItself(Verdict verdict, Ending end) {
     return facts;
 }
 
-TEST(Outcome, IsTheJudgesWhereARunCameToItsEnd) {
-    EXPECT_EQ(Decide(Stopped(Verdict::Pass)).outcome, Outcome::Pass);
-    EXPECT_EQ(Decide(Stopped(Verdict::Pass)).reason, "");
-    EXPECT_EQ(Decide(Stopped(Verdict::KnownFailure)).outcome, Outcome::KnownFailure);
-    EXPECT_EQ(Decide(Stopped(Verdict::NotReached)).outcome, Outcome::NotReached);
-    EXPECT_EQ(Decide(Stopped(Verdict::Inconclusive)).outcome, Outcome::Inconclusive);
-    EXPECT_EQ(Decide(Stopped(Verdict::Environment)).outcome, Outcome::Environment);
-    EXPECT_EQ(Decide(Stopped(Verdict::Fail)).outcome, Outcome::Fail);
-    EXPECT_EQ(Decide(Stopped(Verdict::Fail)).reason, "x.answer: found it");
-}
-
-TEST(Outcome, OfWarningsIsAPassThatNamesThem) {
-    CaseFacts facts = Stopped(Verdict::Warning);
-    EXPECT_EQ(Decide(facts).outcome, Outcome::Pass);
-    EXPECT_EQ(Decide(facts).reason, "with a warning: x.answer: found it");
-    facts.judged->checks.push_back({"y.answer", "", Verdict::Warning, "", "and that", {}});
-    EXPECT_EQ(Decide(facts).reason, "with warnings: x.answer: found it; y.answer: and that");
-    EXPECT_EQ(CheckOf(Decide(facts), facts.judged).verdict, Verdict::Pass);
-    facts.judged->checks.push_back({"z.answer", "", Verdict::Fail, "", "and worse", {}});
-    EXPECT_EQ(Decide(facts).reason, "z.answer: and worse");
-}
-
-TEST(Outcome, IsEnvironmentWhereTheHarnessDoesNotEndAsItMust) {
+/// A run whose watching ended early, and the harness with it.
+CaseFacts BrokenOff(End end, std::optional<Verdict> verdict) {
     CaseFacts facts = Stopped(Verdict::Pass);
-    facts.harness = Ending{0, {}};
-    EXPECT_EQ(Decide(facts).outcome, Outcome::Environment);
-    facts.harness.reset();
-    EXPECT_EQ(Decide(facts).outcome, Outcome::Environment);
-    facts = Stopped(Verdict::Fail);
-    facts.harness = Ending{{}, SIGKILL};
-    EXPECT_EQ(Decide(facts).outcome, Outcome::Fail) << "what the DVR did wrong stays";
-    EXPECT_NE(Decide(facts).reason.find("Killed"), std::string::npos);
-}
-
-TEST(Outcome, IsTheDvrsFaultWhereItEndedTheHarness) {
-    EXPECT_EQ(Decide(EndedByItself(Verdict::Fail, {{}, SIGABRT})).outcome, Outcome::Fail);
-    EXPECT_EQ(Decide(EndedByItself(Verdict::Inconclusive, {{}, SIGPIPE})).outcome, Outcome::Fail);
-    EXPECT_EQ(Decide(EndedByItself(Verdict::Inconclusive, {128 + SIGPIPE, {}})).outcome, Outcome::Fail);
-    EXPECT_EQ(Decide(EndedByItself(Verdict::Pass, {{}, SIGSEGV})).outcome, Outcome::Environment);
-    EXPECT_EQ(Decide(EndedByItself(Verdict::Inconclusive, {0, {}})).outcome, Outcome::Environment);
-    EXPECT_EQ(Decide(EndedByItself(Verdict::Inconclusive, {99, {}})).reason, "port 5001 was taken");
-}
-
-TEST(Outcome, IsEnvironmentWhereThereWasNoLog) {
-    CaseFacts facts = EndedByItself(Verdict::Pass, {127, {}});
+    facts.end = end;
+    facts.words = "why";
+    facts.isDone = false;
     facts.judged.reset();
-    facts.errors = "sh: no such program";
-    EXPECT_EQ(Decide(facts).outcome, Outcome::Environment);
-    EXPECT_EQ(Decide(facts).reason,
-              "the harness ended with status 127: sh: no such program, and wrote no line of a log");
-    facts = Stopped(Verdict::Pass);
-    facts.judged.reset();
-    EXPECT_EQ(Decide(facts).outcome, Outcome::Environment);
+    if (verdict) {
+        facts.judged = Judged(*verdict);
+    }
+    return facts;
 }
 
-TEST(Outcome, NamesTheTimeoutAndWhatTheJudgeSays) {
-    for (const End end : {End::ConnectTimeout, End::IdleTimeout, End::CaseTimeout}) {
-        CaseFacts facts = Stopped(Verdict::Fail);
-        facts.end = end;
-        facts.words = "such a time-out";
-        EXPECT_EQ(Decide(facts).outcome, Outcome::Timeout);
-        EXPECT_EQ(Decide(facts).reason, "such a time-out; the judge says FAIL, x.answer: found it");
+/// @return the facts with other words, checks or endings: With(facts, &CaseFacts::words, "why")
+template <typename Member, typename Value>
+CaseFacts With(CaseFacts facts, Member member, Value value) {
+    facts.*member = value;
+    return facts;
+}
+
+result::RunResult JudgedAs(const std::vector<std::pair<std::string, Verdict>>& checks) {
+    result::RunResult run;
+    for (const auto& [id, verdict] : checks) {
+        run.checks.push_back({id, "", verdict, "", "found it", {}});
+    }
+    return run;
+}
+
+struct Row {
+    CaseFacts facts;
+    std::string decision;  // OUTCOME|reason
+};
+
+void ExpectDecisions(const std::vector<Row>& rows) {
+    for (std::size_t index = 0; index < rows.size(); ++index) {
+        const Decision decision = Decide(rows[index].facts);
+        EXPECT_EQ(std::string(NameOf(decision.outcome)) + "|" + decision.reason, rows[index].decision)
+            << "row " << index;
     }
 }
 
-TEST(Outcome, OfATimeoutWithoutLogIsTheRigs) {
-    CaseFacts facts;
-    facts.isStopped = true;
-    facts.end = End::ConnectTimeout;
-    facts.words = "such a time-out";
-    EXPECT_EQ(Decide(facts).outcome, Outcome::Environment);
-    EXPECT_EQ(Decide(facts).reason, "the harness wrote no line of a log; such a time-out");
+TEST(Outcome, IsTheJudgesWhereARunCameToItsEnd) {
+    const auto judged = [](const std::vector<std::pair<std::string, Verdict>>& checks) {
+        return With(Stopped(Verdict::Pass), &CaseFacts::judged, JudgedAs(checks));
+    };
+    constexpr Verdict kFail = Verdict::Fail;
+    ExpectDecisions({
+        {Stopped(Verdict::Pass), "PASS|"},
+        {Stopped(Verdict::KnownFailure), "KNOWN FAILURE|x.answer: found it"},
+        {Stopped(Verdict::NotReached), "NOT REACHED|x.answer: found it"},
+        {Stopped(Verdict::Inconclusive), "INCONCLUSIVE|x.answer: found it"},
+        {Stopped(Verdict::Environment), "ENVIRONMENT|x.answer: found it"},
+        {Stopped(Verdict::Fail), "FAIL|x.answer: found it"},
+        {Stopped(Verdict::Warning), "PASS|with a warning: x.answer: found it"},
+        {judged({{"x", Verdict::Warning}, {"y", Verdict::Pass}, {"z", Verdict::Warning}}),
+         "PASS|with warnings: x: found it; z: found it"},
+        {judged({{"x", Verdict::Warning}, {"y", kFail}}), "FAIL|y: found it"},
+        {judged({{"export.done", kFail}, {"y", Verdict::Pass}}), "FAIL|export.done: found it"},
+        {judged({{"export.done", kFail},
+                 {"messages.asked", kFail},
+                 {"x", Verdict::Inconclusive},
+                 {"y", kFail},
+                 {"requests.answered", kFail},
+                 {"z", kFail}}),
+         "FAIL|y: found it; also z, messages.asked, requests.answered, export.done"},
+    });
 }
 
-TEST(Outcome, OfATimeoutThatTheRigCausedIsTheRigs) {
-    CaseFacts facts = Stopped(Verdict::Environment);
-    facts.end = End::CaseTimeout;
-    EXPECT_EQ(Decide(facts).outcome, Outcome::Environment);
+TEST(Outcome, DependsOnHowTheHarnessEnded) {
+    const CaseFacts stopped = Stopped(Verdict::Pass);
+    const CaseFacts silent = With(stopped, &CaseFacts::judged, std::nullopt);
+    const CaseFacts failed = Stopped(Verdict::Fail);
+    const Ending kill{{}, SIGKILL};
+    const CaseFacts none = With(EndedByItself(Verdict::Pass, {127, {}}), &CaseFacts::judged, std::nullopt);
+    const std::string demand = "expected the harness to end with status 44 on SIGINT, but it ";
+    const std::string hungUp =
+        "FAIL|the DVR closed the connection instead of waiting for the harness, which SIGPIPE ended";
+    ExpectDecisions({
+        {With(stopped, &CaseFacts::harness, Ending{0, {}}), "ENVIRONMENT|" + demand + "ended with status 0"},
+        {With(stopped, &CaseFacts::harness, std::nullopt), "ENVIRONMENT|" + demand + "did not end"},
+        {With(failed, &CaseFacts::harness, kill),
+         "FAIL|x.answer: found it; " + demand + "was ended by signal 9 (Killed)"},
+        {silent, "ENVIRONMENT|the harness wrote no line of a log"},
+        {With(silent, &CaseFacts::words, "why"), "ENVIRONMENT|the harness wrote no line of a log; why"},
+        {EndedByItself(Verdict::Fail, {{}, SIGABRT}), "FAIL|x.answer: found it"},
+        {EndedByItself(Verdict::Fail, {{}, SIGPIPE}), "FAIL|x.answer: found it"},
+        {EndedByItself(Verdict::Inconclusive, {{}, SIGPIPE}), hungUp},
+        {EndedByItself(Verdict::Inconclusive, {128 + SIGPIPE, {}}), hungUp},
+        {With(EndedByItself(Verdict::Pass, {{}, SIGPIPE}), &CaseFacts::isDone, true),
+         "ENVIRONMENT|the harness was ended by signal 13 (Broken pipe), by itself"},
+        {With(EndedByItself(Verdict::Pass, {{}, SIGABRT}), &CaseFacts::isDone, true), "PASS|"},
+        {EndedByItself(Verdict::Pass, {{}, SIGABRT}),
+         "ENVIRONMENT|the harness was ended by signal 6 (Aborted), by itself"},
+        {EndedByItself(Verdict::Inconclusive, {0, {}}),
+         "ENVIRONMENT|the harness ended with status 0, by itself"},
+        {EndedByItself(Verdict::Inconclusive, {99, {}}), "ENVIRONMENT|port 5001 was taken"},
+        {none, "ENVIRONMENT|the harness ended with status 127, and wrote no line of a log"},
+        {With(none, &CaseFacts::errors, "sh: no"),
+         "ENVIRONMENT|the harness ended with status 127: sh: no, and wrote no line of a log"},
+    });
 }
 
-TEST(Outcome, OfAFailedCommandDependsOnWhetherADvrCame) {
-    CaseFacts facts = Stopped(Verdict::Inconclusive);
-    facts.end = End::DvrFailed;
-    facts.words = "the DVR's command ended with status 7";
-    EXPECT_EQ(Decide(facts).outcome, Outcome::Inconclusive);
-    EXPECT_NE(Decide(facts).reason.find("status 7"), std::string::npos);
-    facts.isConnected = false;
-    EXPECT_EQ(Decide(facts).outcome, Outcome::Environment);
+TEST(Outcome, DependsOnWhyWatchingEnded) {
+    for (const End end : {End::ConnectTimeout, End::IdleTimeout, End::TransferTimeout, End::CaseTimeout}) {
+        ExpectDecisions({
+            {BrokenOff(end, Verdict::Pass), "TIMEOUT|why; the judge says PASS"},
+            {BrokenOff(end, Verdict::Fail), "TIMEOUT|why; the judge says FAIL, x.answer: found it"},
+            {BrokenOff(end, Verdict::Environment),
+             "ENVIRONMENT|why; the judge says ENVIRONMENT, x.answer: found it"},
+            {BrokenOff(end, std::nullopt), "ENVIRONMENT|the harness wrote no line of a log; why"},
+        });
+    }
+    ExpectDecisions({
+        {BrokenOff(End::DvrFailed, Verdict::Inconclusive), "INCONCLUSIVE|x.answer: found it; why"},
+        {BrokenOff(End::DvrFailed, Verdict::Pass), "PASS|why"},
+        {With(BrokenOff(End::DvrFailed, Verdict::Pass), &CaseFacts::isConnected, false),
+         "ENVIRONMENT|why, and no DVR had connected"},
+        {BrokenOff(End::LogTooLarge, Verdict::Pass), "INCONCLUSIVE|why"},
+        {BrokenOff(End::LogTooLarge, Verdict::Fail), "FAIL|x.answer: found it; why"},
+        {BrokenOff(End::HookFailed, Verdict::Fail), "ENVIRONMENT|why"},
+        {BrokenOff(End::PortTaken, Verdict::Fail), "ENVIRONMENT|why"},
+        {BrokenOff(End::Interrupted, Verdict::Fail), "INTERRUPTED|why"},
+    });
 }
 
-TEST(Outcome, OfHooksPortAndInterruptOverridesTheJudges) {
-    CaseFacts facts = Stopped(Verdict::Fail);
-    facts.words = "why";
-    facts.end = End::HookFailed;
-    EXPECT_EQ(Decide(facts).outcome, Outcome::Environment);
-    facts.end = End::PortTaken;
-    EXPECT_EQ(Decide(facts).outcome, Outcome::Environment);
-    facts.end = End::Interrupted;
-    EXPECT_EQ(Decide(facts).outcome, Outcome::Interrupted);
-    EXPECT_EQ(Decide(facts).reason, "why");
+TEST(Outcome, OfADeadEndIsWorseThanThePassThatItKeptOff) {
+    for (const auto& [end, outcome] :
+         {std::pair(End::NoEvents, "INCONCLUSIVE"), std::pair(End::Stuck, "INCONCLUSIVE"),
+          std::pair(End::Lost, "FAIL"), std::pair(End::Endless, "FAIL")}) {
+        const std::string otherwise = std::string(outcome) + "|why";
+        const bool isFailure = outcome == std::string("FAIL");
+        ExpectDecisions({
+            {BrokenOff(end, Verdict::Pass), otherwise},
+            {BrokenOff(end, Verdict::NotReached), otherwise},
+            {BrokenOff(end, Verdict::Inconclusive), otherwise},
+            {BrokenOff(end, Verdict::Environment), isFailure ? otherwise : "ENVIRONMENT|why"},
+            {BrokenOff(end, Verdict::Fail), "FAIL|x.answer: found it; why"},
+            {BrokenOff(end, Verdict::KnownFailure),  // which explains no more than a failure
+             isFailure ? "KNOWN FAILURE|x.answer: found it; why" : otherwise},
+        });
+    }
 }
 
-TEST(Outcome, OfALogWithoutEndIsNotAPass) {
-    CaseFacts facts = Stopped(Verdict::Pass);
-    facts.end = End::LogTooLarge;
-    EXPECT_EQ(Decide(facts).outcome, Outcome::Inconclusive);
+TEST(Outcome, HasAWordForWhyWatchingEnded) {
+    std::string names;
+    for (int end = 0; end <= static_cast<int>(End::PortTaken); ++end) {
+        names += std::string(NameOf(static_cast<End>(end))) + ", ";
+    }
+    EXPECT_EQ(names,
+              ", done, silence, harness ended, DVR's command failed, no events, stuck, connection lost, "
+              "endless, connect time-out, idle time-out, transfer time-out, case time-out, log too large, "
+              "interrupted, hook failed, port taken, ");
 }
 
 TEST(Outcome, AppearsAsACheckOfTheRun) {
-    const auto verdict = [](Outcome outcome, const std::optional<result::RunResult>& judged) {
-        return CheckOf({outcome, "why"}, judged).verdict;
+    const auto shown = [](Outcome outcome, const std::optional<result::RunResult>& judged) {
+        const result::CheckResult check = CheckOf({outcome, "why"}, judged);
+        return fmt::format("{}: {} {} / {} / {}", check.id, result::NameOf(check.verdict), check.requirement,
+                           check.expected, check.found);
     };
-    EXPECT_EQ(verdict(Outcome::Pass, Judged(Verdict::Pass)), Verdict::Pass);
-    EXPECT_EQ(verdict(Outcome::Fail, Judged(Verdict::Fail)), Verdict::Pass) << "the judge says it already";
-    EXPECT_EQ(verdict(Outcome::Fail, Judged(Verdict::Inconclusive)), Verdict::Fail);
-    EXPECT_EQ(verdict(Outcome::Timeout, Judged(Verdict::Fail)), Verdict::Fail);
-    EXPECT_EQ(verdict(Outcome::Environment, std::nullopt), Verdict::Environment);
-    EXPECT_EQ(verdict(Outcome::Interrupted, std::nullopt), Verdict::Inconclusive);
-    EXPECT_EQ(CheckOf({Outcome::Timeout, "why"}, std::nullopt).found, "why");
+    const auto expected = [](const std::string& verdict, const std::string& found) {
+        return "campaign.case: " + verdict +
+               " The case runs to its end, in time. / a run that the judge can judge / " + found;
+    };
+    EXPECT_EQ(shown(Outcome::Pass, Judged(Verdict::Pass)), expected("PASS", "one"));
+    EXPECT_EQ(shown(Outcome::Pass, Judged(Verdict::Warning)), expected("PASS", "one"));
+    EXPECT_EQ(shown(Outcome::Fail, Judged(Verdict::Fail)), expected("PASS", "one")) << "the judge says it";
+    EXPECT_EQ(shown(Outcome::Fail, Judged(Verdict::Inconclusive)), expected("FAIL", "why"));
+    EXPECT_EQ(shown(Outcome::Timeout, Judged(Verdict::Fail)), expected("FAIL", "why"));
+    EXPECT_EQ(shown(Outcome::Environment, std::nullopt), expected("ENVIRONMENT", "why"));
+    EXPECT_EQ(shown(Outcome::Interrupted, std::nullopt), expected("INCONCLUSIVE", "why"));
 }
 
-TEST(Outcome, HasAnExitStatus) {
-    EXPECT_EQ(ExitStatusOf(Outcome::Pass), 0);
-    EXPECT_EQ(ExitStatusOf(Outcome::KnownFailure), 0);
-    EXPECT_EQ(ExitStatusOf(Outcome::Fail), 1);
-    EXPECT_EQ(ExitStatusOf(Outcome::Timeout), 1);
-    EXPECT_EQ(ExitStatusOf(Outcome::Inconclusive), 2);
-    EXPECT_EQ(ExitStatusOf(Outcome::NotReached), 2);
-    EXPECT_EQ(ExitStatusOf(Outcome::NotRun), 2);
-    EXPECT_EQ(ExitStatusOf(Outcome::Running), 2);
-    EXPECT_EQ(ExitStatusOf(Outcome::Environment), 3);
-    EXPECT_EQ(ExitStatusOf(Outcome::Interrupted), 130);
+TEST(Outcome, HasANameAndAnExitStatus) {
+    const std::vector<std::pair<std::string, int>> rows = {
+        {"PASS", 0},         {"KNOWN FAILURE", 0}, {"NOT REACHED", 2}, {"NOT RUN", 2}, {"RUNNING", 2},
+        {"INCONCLUSIVE", 2}, {"ENVIRONMENT", 3},   {"TIMEOUT", 1},     {"FAIL", 1},    {"INTERRUPTED", 130}};
+    for (std::size_t index = 0; index < rows.size(); ++index) {
+        const auto outcome = static_cast<Outcome>(index);  // from best to worst
+        EXPECT_EQ(NameOf(outcome), rows[index].first);
+        EXPECT_EQ(ExitStatusOf(outcome), rows[index].second) << rows[index].first;
+    }
 }
 
 TEST(Outcome, OfSeveralCasesIsTheWorst) {

@@ -22,14 +22,31 @@ TEST_F(TimeoutsTest, AreCountedDownWhileWaitingForARecorder) {
 }
 
 TEST_F(TimeoutsTest, EndACaseWhoseDvrFallsSilent) {
-    const Json one = RunCase("clean-2.0", {"--dvr", Dvr("--defect silence --on EVENT"), "--idle-timeout",
+    const Json one = RunCase("clean-2.0", {"--dvr", Dvr("--defect silence --on EVENT"), "--transfer-timeout",
                                            "0.7", "--patience", "0.5"});
     EXPECT_EQ(result_.status, 1);
     EXPECT_EQ(one["outcome"], "TIMEOUT");
-    ExpectHolds(one["reason"], "idle time-out: no new line in the log for 0.7 s; the judge says FAIL");
+    ExpectHolds(one["reason"],
+                "transfer time-out: no new line in the log for 0.7 s after a request for a file; the judge "
+                "says FAIL");
     EXPECT_EQ(one["verdict"], "FAIL");
-    ExpectHolds(EvidenceText("junit.xml"), "idle time-out");
+    ExpectHolds(EvidenceText("junit.xml"), "transfer time-out");
     EXPECT_GE(one["times"]["dvr"], 0.7) << "the silence is the DVR's";
+}
+
+TEST_F(TimeoutsTest, AreLongerForATransfer) {
+    std::string dvr = Dvr();
+    dvr.replace(dvr.find("time 100"), 8, "time 1500");
+    const Json one = RunCase("clean-2.0", {"--dvr", dvr, "--idle-timeout", "0.8"});
+    EXPECT_EQ(one["outcome"], "PASS") << one["reason"];
+    EXPECT_EQ(Evidence()["options"]["transferTimeout"], 120.0);
+}
+
+TEST_F(TimeoutsTest, EndACaseWhoseDvrDoesNotGoOnOtherwise) {
+    const Json one = RunCase("clean-2.0", {"--dvr", Dvr("--defect no-answer --on EVENT"), "--idle-timeout",
+                                           "0.7", "--patience", "0.5"});
+    EXPECT_EQ(one["outcome"], "TIMEOUT");
+    ExpectHolds(one["reason"], "idle time-out: no new line in the log for 0.7 s; the judge says FAIL");
 }
 
 }  // namespace

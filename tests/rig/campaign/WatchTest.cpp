@@ -5,7 +5,7 @@
 namespace rig::campaign {
 namespace {
 
-constexpr Patience kPatience{10, 5, 100, 3};
+constexpr Patience kPatience{10, 5, 20, 100, 3};
 
 /// A watch whose clock the test sets.
 class WatchTest : public testing::Test {
@@ -14,6 +14,13 @@ class WatchTest : public testing::Test {
 
     void Add(double seconds, const std::string& text, bool isOver = false) {
         watch_->Add(log::StatementOf(text), isOver, At(seconds));
+    }
+
+    /// The DVR has sent this.
+    void Receive(double seconds, const std::string& message) {
+        const std::string size = std::to_string(message.size());
+        Add(seconds, "expecting a message of " + size + " bytes");
+        Add(seconds, "GetMessage:incoming message, bytes 1 to " + size + ":" + message);
     }
 
     End LookAt(double seconds) {
@@ -90,6 +97,109 @@ TEST_F(WatchTest, TimesOutWithoutALine) {
     EXPECT_EQ(LookAt(13.1), End::IdleTimeout);
     EXPECT_EQ(words_, "idle time-out: no new line in the log for 5 s");
     EXPECT_DOUBLE_EQ(watch_->SilentFor(At(13)), 5);
+}
+
+TEST_F(WatchTest, GivesATransferItsOwnTime) {
+    Begin("-p 2");
+    Add(0, "'protocol' option set to 2");
+    Add(0, "Connected to: fam=2  127.0.0.1:4000");
+    Receive(1, R"(<msg req="EVENT_XFER_ACK" reid="E1"/>)");
+    Add(1, "hdr[0]= 32");
+    EXPECT_EQ(LookAt(6.1), End::IdleTimeout);
+    Receive(6, R"(<msg req="EVENT" reid="E1"/>)");
+    Add(6, "hdr[0]= 32");
+    EXPECT_EQ(LookAt(25.9), End::None) << "a slow recorder";
+    EXPECT_EQ(LookAt(26.1), End::TransferTimeout);
+    EXPECT_EQ(words_, "transfer time-out: no new line in the log for 20 s after a request for a file");
+}
+
+TEST_F(WatchTest, EndsWithoutEvents) {
+    Begin("-p 2");
+    Receive(0, R"(<msg req="EVENT_LIST" source="x"><events/></msg>)");
+    EXPECT_EQ(LookAt(0), End::None);
+    Add(0, "Got EVENT_LIST message with no events");
+    EXPECT_EQ(LookAt(0), End::NoEvents);
+    EXPECT_NE(words_.find("--before-case"), std::string::npos);
+    Begin("-p 1");
+    Receive(0, R"(<msg req="XML"><xmlFile/></msg>)");
+    EXPECT_EQ(LookAt(2.9), End::None);
+    EXPECT_EQ(LookAt(3.1), End::NoEvents);
+}
+
+TEST_F(WatchTest, EndsWhereTheHarnessHasNothingToAskFor) {
+    Begin("-p 2");
+    Add(0, "Got EVENT message with no files to receive");
+    EXPECT_EQ(LookAt(2.9), End::None);
+    EXPECT_EQ(LookAt(3.1), End::Stuck);
+    Add(3.1, "hdr[0]= 32");
+    EXPECT_EQ(LookAt(6.3), End::None) << "it asked for something";
+    Begin("-p 1");
+    Receive(0, R"(<msg req="XML"><xmlFile><string>&lt;recording-event reid="E"/></string></xmlFile></msg>)");
+    EXPECT_EQ(LookAt(3.1), End::Stuck);
+}
+
+TEST_F(WatchTest, EndsWhereTheConnectionIsLost) {
+    Begin("-p 2");
+    Add(0, "Connected to: fam=2  127.0.0.1:4000");
+    Add(0, "read error: 4:Interrupted system call");
+    EXPECT_EQ(LookAt(0), End::None);
+    Add(0, "read error: 104:Connection reset by peer");
+    EXPECT_EQ(LookAt(0), End::Lost);
+    EXPECT_NE(words_.find("104:Connection reset by peer"), std::string::npos);
+    Begin("-p 2");
+    Add(0, "Connected to: fam=2  127.0.0.1:4000");
+    watch_->ConnectionClosed();
+    EXPECT_EQ(LookAt(3.4), End::None) << "the harness may still read what came before";
+    EXPECT_EQ(LookAt(3.6), End::Lost);
+}
+
+TEST_F(WatchTest, LetsTheDvrCloseAfterAWrongPrefix) {
+    Begin("-p 2 -z");
+    Add(0, "sent: size= 32/50/33  'x'");
+    Add(0, "read error: 104:Connection reset by peer");
+    watch_->ConnectionClosed();
+    EXPECT_EQ(LookAt(3), End::None);
+    EXPECT_EQ(LookAt(3.3), End::Silence);
+}
+
+TEST_F(WatchTest, EndsWhereTheDialogueGoesRoundInCircles) {
+    Begin("-p 2");
+    for (int round = 0; round < 20; ++round) {
+        Add(round, "hdr[0]= 32");
+        EXPECT_EQ(LookAt(round), End::None);
+        Receive(round, R"(<msg req="TRANSPORT_EXCEPTION" reid="E1"/>)");
+        EXPECT_EQ(LookAt(round), End::None);
+    }
+    Add(20, "hdr[0]= 32");
+    EXPECT_EQ(LookAt(20), End::Endless);
+    EXPECT_EQ(words_, "20 times in a row, with nothing new: GET_FILE, TRANSPORT_EXCEPTION E1");
+}
+
+TEST_F(WatchTest, EndsWhereTheHarnessGoesRoundInCircles) {
+    Begin("-p 1");
+    Add(0, "Found event with no REID");
+    EXPECT_EQ(LookAt(0), End::Endless);
+    EXPECT_EQ(words_, "the harness logs for ever: Found event with no REID");
+    Begin("-p 2");
+    Add(0, "'protocol' option set to 2");
+    Add(0, "Escaped XML for event contains no REID");
+    EXPECT_EQ(LookAt(0), End::None);
+}
+
+TEST_F(WatchTest, KnowsWhenTheDvrCalledAndWasLetGo) {
+    Begin("-p 2 -d 1");
+    EXPECT_FALSE(watch_->ConnectedAt());
+    Add(1, "Connected to: fam=2  127.0.0.1:4000");
+    Add(2, "expecting a message of 3 bytes");
+    EXPECT_FALSE(watch_->DoneAt());
+    EXPECT_FALSE(watch_->HeardAgainAt());
+    Add(3, "Sending DONE");
+    Add(7, "expecting a message of 3 bytes");
+    Add(8, "expecting a message of 3 bytes");
+    EXPECT_EQ(watch_->ConnectedAt(), At(1));
+    EXPECT_EQ(watch_->FirstCaller(), 4000);
+    EXPECT_EQ(watch_->DoneAt(), At(3));
+    EXPECT_EQ(watch_->HeardAgainAt(), At(7));
 }
 
 TEST_F(WatchTest, TimesOutWithoutAnEnd) {

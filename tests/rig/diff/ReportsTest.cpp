@@ -1,90 +1,118 @@
 #include <gtest/gtest.h>
 
+#include <CLI/CLI.hpp>
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iostream>
 #include <nlohmann/json.hpp>
+#include <regex>
+#include <sstream>
 
+#include "rig/diff/DiffCommand.h"
 #include "rig/diff/Reports.h"
-#include "tests/rig/diff/MadeUp.h"
+#include "tests/support/TemporaryFolder.h"
 
 using namespace rig::diff;
-using Json = nlohmann::json;
 
 namespace {
 
+std::string ReadFile(const std::filesystem::path& path) {
+    std::ostringstream content;
+    content << std::ifstream(path).rdbuf();
+    return content.str();
+}
+
+std::string Help() {
+    CLI::App app;
+    int status = 0;
+    AddDiffCommand(app, status);
+    return app.get_subcommand("diff")->help();
+}
+
+/// @return the JSON with a case a line
+std::string JsonInLines(const std::string& text) {
+    const auto json = nlohmann::ordered_json::parse(text);
+    std::string lines;
+    for (const auto& [key, value] : json.items()) {
+        lines += key + ": " + (value.is_object() ? value.dump() : "") + "\n";
+        for (const auto& one : value.is_array() ? value : nlohmann::ordered_json::array()) {
+            lines += "  " + one.dump() + "\n";
+        }
+    }
+    return lines;
+}
+
+/// @return what the page shows, a row or a fact a line
+std::string PageInLines(const std::string& page) {
+    const std::size_t start = page.find("<main");
+    const std::string shown = page.substr(start, page.find("</main>") - start);
+    return std::regex_replace(shown, std::regex("<(tr|dt)\\b"), "\n$&") + "\n";
+}
+
+/// Two made-up campaigns with every kind of difference, in campaigns/.
 class Reports : public testing::Test {
  protected:
-    Reports() {
-        before_.folder = "old";
-        after_.folder = "new";
-        after_.note = "firmware 2";
-        after_.state = "interrupted";
-        after_.cases[0].runs[0].hasPage = true;
-        after_.versions = {{"host", "rig"}};
-        before_.cases.push_back({"same-2.0", "-p 2", {RunThat("PASS")}});
-        after_.cases.push_back(before_.cases.back());
+    static void SetUpTestSuite() { std::filesystem::current_path(VELLORAN_CAMPAIGNS); }
+
+    /// Runs the command. @return its status, then what it printed
+    static std::string Run(const std::string& arguments) {
+        CLI::App app;
+        int status = -1;
+        AddDiffCommand(app, status);
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        app.parse("diff " + arguments);
+        return std::to_string(status) + "\n" + testing::internal::GetCapturedStdout() +
+               testing::internal::GetCapturedStderr();
     }
 
-    Campaign before_ = CampaignOf({RunThat("PASS")});
-    Campaign after_ = CampaignOf({RunThat("FAIL", "no <source>")});
+    const Campaign before_ = ReadCampaign("old");
+    const Campaign after_ = ReadCampaign("new");
+    const Comparison comparison_ = Compare(before_, after_);
 };
 
-TEST_F(Reports, InTextSayWhatChanged) {
-    EXPECT_EQ(DiffText(Compare(before_, after_), false, false),
-              "before: old, 1970-01-01T00:00:00Z\n"
-              "now:    new, firmware 2, 1970-01-01T00:00:00Z, not finished: interrupted\n"
-              "    changed   host\n"
-              "              before: not known\n"
-              "              now:    rig\n"
-              "worse     xfer-2.0  velloran -p 2 -x\n"
-              "    worse     outcome\n"
-              "              before: PASS\n"
-              "              now:    FAIL: no <source>\n"
-              "    see new/cases/xfer-2.0\n"
-              "1 case worse, 0 better, 0 changed, 1 the same\n");
+/// With APPROVE=1 in the environment, what they are now becomes what is approved.
+TEST_F(Reports, AreAsApproved) {
+    const std::string text = DiffText(comparison_, true, true);
+    const std::string all = "== help\n" + Help() + "\n== text\n" +
+                            std::regex_replace(text, std::regex("\x1b"), "ESC") + "\n== JSON\n" +
+                            JsonInLines(DiffJson(comparison_)) + "\n== page\n" +
+                            PageInLines(DiffPage(comparison_, std::filesystem::current_path()));
+    if (std::getenv("APPROVE")) {
+        std::ofstream("approved.txt") << all;
+    }
+    EXPECT_EQ(ReadFile("approved.txt"), all);
+    const std::regex colourOrSame("\x1b\\[[0-9]*m|same  .*\n");
+    EXPECT_EQ(DiffText(comparison_, false, false), std::regex_replace(text, colourOrSame, ""));
 }
 
-TEST_F(Reports, InTextNameWhatIsTheSameWhereAsked) {
-    const std::string text = DiffText(Compare(before_, after_), true, false);
-    EXPECT_NE(text.find("\nsame      same-2.0  velloran -p 2\n1 case worse"), std::string::npos) << text;
+TEST_F(Reports, AreWrittenWhereAsked) {
+    const TemporaryFolder folder;
+    const std::string json = folder.Path() / "diff.json";
+    const std::string html = folder.Path() / "diff.html";
+    EXPECT_EQ(Run("old new --json " + json + " --html " + html), "1\n" + DiffText(comparison_, false, false));
+    EXPECT_EQ(ReadFile(json), DiffJson(comparison_));
+    EXPECT_EQ(ReadFile(html), DiffPage(comparison_, folder.Path()));
+    EXPECT_EQ(Run("--all new new"), "0\n" + DiffText(Compare(after_, after_), true, false));
 }
 
-TEST_F(Reports, InTextHaveColoursWhereAsked) {
-    const std::string text = DiffText(Compare(before_, after_), false, true);
-    EXPECT_NE(text.find("\n\x1b[31mworse   \x1b[0m  xfer-2.0"), std::string::npos) << text;
+TEST_F(Reports, ThatCannotBeWrittenAreRefused) {
+    EXPECT_EQ(Run("new new --json /nowhere/diff.json"),
+              "64\n" + DiffText(Compare(after_, after_), false, false) +
+                  "velloran-rig diff: /nowhere/diff.json: expected to write a file, found: No such file or "
+                  "directory\n");
+    std::cout.setstate(std::ios::badbit);
+    const std::string lost = Run("new new");
+    std::cout.clear();
+    EXPECT_EQ(lost,
+              "64\nvelloran-rig diff: expected standard output to take the report, found that it did not\n");
 }
 
-TEST_F(Reports, InTextLetNothingSteerTheTerminal) {
-    after_.note = "\x1b[31m";
-    EXPECT_NE(DiffText(Compare(before_, after_), false, false).find("new, \\x1b[31m, "), std::string::npos);
-}
-
-TEST_F(Reports, InJsonHoldAllCases) {
-    const Json json = Json::parse(DiffJson(Compare(before_, after_)));
-    EXPECT_EQ(json["before"]["folder"], "old");
-    EXPECT_EQ(json["now"]["state"], "interrupted");
-    EXPECT_EQ(json["counts"], (Json{{"worse", 1}, {"better", 0}, {"changed", 0}, {"same", 1}}));
-    EXPECT_EQ(json["surroundings"][0]["subject"], "host");
-    ASSERT_EQ(json["cases"].size(), 2U);
-    EXPECT_EQ(json["cases"][0]["change"], "worse");
-    EXPECT_EQ(
-        json["cases"][0]["differences"][0],
-        (Json{
-            {"change", "worse"}, {"subject", "outcome"}, {"before", "PASS"}, {"now", "FAIL: no <source>"}}));
-    EXPECT_EQ(json["cases"][1]["differences"], Json::array());
-}
-
-TEST_F(Reports, AsAPageLeadToTheEvidenceOfBoth) {
-    const std::string page = DiffPage(Compare(before_, after_), std::filesystem::current_path());
-    EXPECT_NE(page.find("Two campaigns: 1 case worse"), std::string::npos);
-    EXPECT_NE(page.find("href=\"old/cases/xfer-2.0/\""), std::string::npos) << page;
-    EXPECT_NE(page.find("href=\"new/cases/xfer-2.0/report.html\""), std::string::npos) << page;
-    EXPECT_NE(page.find("FAIL: no &lt;source"), std::string::npos) << page;
-}
-
-TEST_F(Reports, AsAPageInAnotherFolderStillLeadThere) {
-    const std::string page = DiffPage(Compare(before_, after_), std::filesystem::current_path() / "new");
-    EXPECT_NE(page.find("href=\"cases/xfer-2.0/report.html\""), std::string::npos) << page;
-    EXPECT_NE(page.find("href=\"../old/cases/xfer-2.0/\""), std::string::npos) << page;
+TEST_F(Reports, OfWhatIsNotACampaignAreRefused) {
+    EXPECT_EQ(Run("/nowhere new"),
+              "66\nvelloran-rig diff: /nowhere/campaign.json: expected the record of a campaign (format 1), "
+              "found No such file or directory\n");
 }
 
 }  // namespace

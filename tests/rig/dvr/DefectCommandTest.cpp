@@ -1,9 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "rig/dvr/defects/Defect.h"
+#include "rig/dvr/dialogue/Habits.h"
+#include "rig/dvr/recordings/EventKinds.h"
+#include "rig/dvr/wire/Style.h"
 #include "rig/protocol/Catalogue.h"
 #include "tests/rig/dvr/ScriptedExport.h"
 #include "tests/support/TemporaryFolder.h"
@@ -24,12 +29,27 @@ void ExpectListed(const std::string& option, const rig::Listing& listing) {
     EXPECT_EQ(table.errors, "");
 }
 
+/// @return the table in that document, which scripts/rig-doc makes
+std::string Documented(const std::string& name) {
+    std::ostringstream page;
+    page << std::ifstream(VELLORAN_TABLES "/" + name).rdbuf();
+    return page.str().substr(page.str().find("\n| ") + 1);
+}
+
 TEST(DefectCommand, ListsTheDefects) {
     ExpectListed("--list-defects", rig::dvr::ListDefects());
+    EXPECT_EQ(rig::AsMarkdown(rig::dvr::ListDefects()), Documented("defects.md"));
+}
+
+TEST(DefectCommand, ListsTheManners) {
+    ExpectListed("--list-styles", rig::dvr::ListStyles());
+    ExpectListed("--list-events", rig::dvr::ListEvents());
+    ExpectListed("--list-habits", rig::dvr::ListHabits());
 }
 
 TEST(DefectCommand, ListsTheMessagesThatDefectsMayActOn) {
     ExpectListed("--list-messages", rig::protocol::ListMessages());
+    EXPECT_EQ(rig::AsMarkdown(rig::protocol::ListMessages()), Documented("messages.md"));
 }
 
 /// Runs the DVR against a backend that reads `OK`, asks for the descriptions and reads them.

@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <fstream>
 #include <ostream>
+#include <set>
 #include <string>
 #include <vector>
 
+#include "rig/dvr/defects/Defect.h"
 #include "rig/dvr/defects/Injector.h"
 #include "rig/dvr/wire/Frame.h"
 #include "tests/rig/dvr/FixedRecordings.h"
@@ -74,6 +76,7 @@ std::string Show(Injector& injector, const Outgoing& outgoing) {
         shown += ", then " + message.Text();
     }
     shown += outgoing.defects.empty() ? ", untouched" : "";
+    shown += outgoing.copy == rig::dvr::Copy::Good ? "" : ", spoils the copy";
     shown += outgoing.silent ? ", silent" : "";
     shown += outgoing.knocks ? ", knocks" : "";
     shown += outgoing.reconnects ? ", reconnects" : "";
@@ -92,5 +95,15 @@ TEST_P(DefectTest, DoesWhatTheTableSays) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, DefectTest, testing::ValuesIn(ReadBytes()));
+
+TEST(DefectKinds, AreAllTested) {
+    std::set<std::string> tested = {"new-hash", "garble"};  // RandomDefectsTest has those
+    for (const BytesRow& row : ReadBytes()) {
+        tested.insert(row.defect.substr(0, row.defect.find('=')));
+    }
+    for (const rig::dvr::DefectKind& kind : rig::dvr::DefectKinds()) {
+        EXPECT_EQ(tested.count(kind.name), 1U) << kind.name;
+    }
+}
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <map>
 #include <string>
 #include <vector>
@@ -228,22 +227,6 @@ TEST_F(InjectorTest, NamesTheMessagesThatADefectCanActOn) {
         Refused("close", {"event", 0, "", ""}, 1),
         "--defect close: expected one of OK, XML, FILE_COMPLETE, CONFIGURATION_UPDATE_ERROR with --on, found "
         "'event'");
-}
-
-TEST(DefectKinds, AreListedWithEverythingPeopleNeed) {
-    const std::string list = rig::AsMarkdown(rig::dvr::ListDefects());
-    EXPECT_EQ(std::count(list.begin(), list.end(), '\n'),
-              2 + static_cast<long>(rig::dvr::DefectKinds().size()));
-    const std::string head = "| defect | dialect | acts on | what the DVR does | what the harness logs |\n";
-    EXPECT_EQ(list.substr(0, head.size()), head);
-    for (const char* row :
-         {"\n|---|---|---|---|---|\n",
-          "\n| `missing-hash` | 2.0 | FILE_COMPLETE, each | leaves `hashCode` out | ",
-          "\n| `other-file` | 1.0, 2.0 | FILE_COMPLETE | completes the next file",
-          "\n| `wrong-reid[=TEXT]` | 1.0, 2.0 | FILE_COMPLETE, EVENT, ",
-          "\n| `garble[=BYTES]` | 1.0, 2.0 | any | ", "\n| `close[=BYTE]` | 1.0, 2.0 | any | "}) {
-        EXPECT_NE(list.find(row), std::string::npos) << row;
-    }
 }
 
 TEST(DefectKinds, HaveUniqueNamesAndWords) {

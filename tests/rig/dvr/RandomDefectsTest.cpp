@@ -94,4 +94,13 @@ TEST(RandomEnd, ComesBeforeTheMessageIsWhole) {
     EXPECT_EQ(sizes.size(), honest.size()) << "any number of bytes, none included";
 }
 
+TEST(RandomCut, LeavesAnythingFromNothingToAllButTheLastByte) {
+    std::set<std::size_t> sizes;
+    for (std::uint32_t seed = 0; seed < 3000; ++seed) {
+        sizes.insert(Play("close=random", seed, 1).size());
+    }
+    EXPECT_EQ(sizes.size(), rig::dvr::EncodeFrame(kComplete).size());
+    EXPECT_EQ(*sizes.rbegin(), sizes.size() - 1);
+}
+
 }  // namespace

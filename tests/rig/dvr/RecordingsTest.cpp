@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <set>
 #include <string>
 #include <vector>
 
+#include "rig/dvr/recordings/EventKinds.h"
 #include "rig/dvr/recordings/FolderRecordings.h"
 #include "rig/dvr/recordings/Recordings.h"
 #include "rig/dvr/recordings/SyntheticRecordings.h"
@@ -49,6 +51,12 @@ TEST(Event, IsDescribedAsADocument) {
 TEST(Event, IsDescribedWithoutStreamsIfItHasNone) {
     EXPECT_EQ((Event{"E", "m", {}}.Describe()),
               "<recording-event reid=\"E\"><video><metadata name=\"m\"/></video></recording-event>");
+}
+
+TEST(Event, IsDescribedWithoutVideoIfItHasNoFile) {
+    const Event event{"E", "", {}};
+    EXPECT_EQ(event.Describe(), "<recording-event reid=\"E\"/>");
+    EXPECT_EQ(event.Files(), Names());
 }
 
 TEST(FolderRecordings, AreSortedAndLeaveOutFilesNextToTheEvents) {
@@ -164,6 +172,23 @@ TEST(SyntheticRecordings, AreTheSameInEveryRun) {
     }
     EXPECT_EQ(DigestOf(first, "EVT-0001", "front-1.ts").hashCode,
               "214b0f533320ab76cf6426121a304dc5a727dc8620e19cff49fb823f1db08ec0");
+}
+
+TEST(MadeUpEvents, OfAllKindsHaveNamesOfTheirOwn) {
+    std::set<std::string> names;
+    const std::vector<Event> events = rig::dvr::MakeUpEvents({"all"}, 1);
+    for (const Event& event : events) {
+        names.insert(event.id);
+    }
+    EXPECT_LT(1000U, names.size());
+    EXPECT_EQ(events.size(), names.size());
+    EXPECT_EQ(events.back().metadata, "");
+}
+
+TEST(MadeUpEvents, OfAllKindsHaveFilesWhereA2_0HarnessWouldWaitForThem) {
+    for (const Event& event : rig::dvr::MakeUpEvents({"all"}, 2)) {
+        EXPECT_NE(event.metadata, "") << event.id;
+    }
 }
 
 TEST(SyntheticRecordings, BeginWithAnEventThatGetsFileFaults) {

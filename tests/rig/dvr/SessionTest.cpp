@@ -47,12 +47,14 @@ class SessionTest : public testing::Test {
         if (delivery_) {
             session.Deliver(*delivery_);
         }
+        session.Adopt(habits_);
         session.Run();
     }
 
     FixedRecordings recordings_;
     Injector injector_{recordings_, 2, 0};
     std::optional<DeliveryFolder> delivery_;
+    rig::dvr::Habits habits_;
     std::ostringstream out_;
     TemporaryFolder folder_;
     Dialogue_1_0 one_{recordings_};
@@ -75,6 +77,21 @@ TEST_F(SessionTest, HandlesRequestsWhileAFileIsTransferredAtARate) {
                           }
                           EXPECT_EQ(Message::Parse(backend.Read()).Name(), "XFER_IN_PROGRESS");
                           EXPECT_EQ(Message::Parse(backend.Read()).Name(), "XFER_IN_PROGRESS");
+                          EXPECT_EQ(Message::Parse(backend.Read()).Name(), "FILE_COMPLETE");
+                      }),
+                 rig::dvr::Breach);
+}
+
+TEST_F(SessionTest, KeepsAMessageThatSharesTheSegmentOfTheNext) {
+    habits_.sharesSegments = true;
+    EXPECT_THROW(Play(two_, {kLong, kLong, Milliseconds(200)},
+                      [](BackendConnection& backend) {
+                          StartEvent(backend, "EVT1");
+                          const auto start = rig::dvr::Clock::now();
+                          backend.Send(GetFile("EVT1", "a.ts"));
+                          backend.Send(GetFile("EVT1", "a.ts"));
+                          EXPECT_EQ(Message::Parse(backend.Read()).Name(), "XFER_IN_PROGRESS");
+                          EXPECT_GE(rig::dvr::Clock::now() - start, Milliseconds(200));
                           EXPECT_EQ(Message::Parse(backend.Read()).Name(), "FILE_COMPLETE");
                       }),
                  rig::dvr::Breach);

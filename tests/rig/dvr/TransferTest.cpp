@@ -57,6 +57,16 @@ TEST(Transfer, TakesItsTime) {
     EXPECT_EQ(transfer.Done(), 10'000U);
 }
 
+TEST(Transfer, IsOverOnlyAfterItsLateness) {
+    Transfer transfer({"EVT1", "a.ts"}, 10'000, {seconds(1), {}, seconds(2)}, nullptr, kStart);
+    transfer.Advance(kStart + seconds(1));
+    EXPECT_EQ(transfer.Done(), 10'000U);
+    EXPECT_FALSE(transfer.IsOver());
+    EXPECT_EQ(transfer.NextAdvance(), kStart + seconds(3));
+    transfer.Advance(kStart + seconds(3));
+    EXPECT_TRUE(transfer.IsOver());
+}
+
 TEST(Transfer, AdvancesTenTimesASecondAndAtItsEnd) {
     Transfer transfer({"EVT1", "a.ts"}, 10'000, {Milliseconds(250)}, nullptr, kStart);
     transfer.Advance(kStart);

@@ -15,6 +15,8 @@
 #include "rig/judge/JudgeCommand.h"
 #include "rig/judge/checks/Checks.h"
 #include "tests/rig/judge/Judging.h"
+#include "tests/support/Program.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace rig::judge {
 namespace {
@@ -240,6 +242,17 @@ TEST(JudgeCommand, WritesItsReports) {
     }
     options.json = "/nowhere/judge.json";
     EXPECT_EQ(Judge({"clean-2.0"}, options), 64);
+}
+
+TEST(JudgeCommand, ShowsOnATerminalHowFarItIs) {
+    const TemporaryFolder folder;
+    folder.Write("Event1/Event1.xml", "");
+    std::filesystem::resize_file(folder.Path() / "Event1/Event1.xml", 3'000'000);
+    const ProgramResult result =
+        RunRig({"judge", VELLORAN_LOGS "/clean-1.0.log", "--delivered", folder.Path().string()},
+               {{}, true, nullptr, nullptr});
+    EXPECT_NE(result.output.find("Event1/Event1.xml [=>"), std::string::npos) << result.output;
+    EXPECT_NE(result.output.find(" of 3.0 MB\r\033[K"), std::string::npos) << result.output;
 }
 
 }  // namespace

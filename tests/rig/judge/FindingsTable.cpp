@@ -1,15 +1,25 @@
 #include "tests/rig/judge/FindingsTable.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
 #include <cstdlib>
+#include <ctime>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <set>
 #include <sstream>
 #include <stdexcept>
 
+#include "rig/base/Hash.h"
+#include "rig/base/OptionChecks.h"
 #include "rig/log/RequestText.h"
 #include "tests/rig/judge/Judging.h"
 #include "tests/rig/judge/MadeUpLog.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace {
 
@@ -40,7 +50,9 @@ std::string Content(const std::string& line) {
 
 /// A log, and what its requests depend on.
 struct Play {
-    MadeUpLog log;
+    std::int64_t start = MadeUpLog::kStart;
+    MadeUpLog log = MadeUpLog(start);
+    TemporaryFolder delivered;
     rig::log::Switches switches;
     bool isSizeWrong = false;
     rig::judge::Limits limits;
@@ -69,6 +81,38 @@ void Ask(Play& play, const std::string& words) {
     play.log.Ask(std::string(rig::log::AnnouncedFor(size, play.isSizeWrong), 'x'));
 }
 
+/// Takes "SECONDS PATH CONTENT", a delivered file by its time since the start of the log; "-> PATH" makes a
+/// link.
+void Deliver(Play& play, const std::string& words) {
+    std::istringstream stream(words);
+    std::int64_t seconds = 0;
+    std::string path;
+    std::string content;
+    stream >> seconds >> path >> std::ws;
+    std::getline(stream, content);
+    const std::filesystem::path whole = play.delivered.Path() / path;
+    if (content.rfind("-> ", 0) == 0) {
+        std::filesystem::create_directories(whole.parent_path());
+        std::filesystem::create_symlink(content.substr(3), whole);
+        return;
+    }
+    play.delivered.Write(path, content);
+    const timespec time = {play.start / 1'000'000 + seconds, 0};
+    const std::array<timespec, 2> times = {time, time};
+    utimensat(AT_FDCWD, whole.c_str(), times.data(), 0);
+}
+
+/// Takes what "@@" says: "gone", the name of a hash, or from now the seconds to the start of the log.
+void LookAtFolder(Play& play, const std::string& word) {
+    play.limits.delivered.emplace();
+    play.limits.delivered->folder = (play.delivered.Path() / (word == "gone" ? "gone" : "")).string();
+    play.limits.delivered->hash = rig::HashKindNamed(word);
+    if (const auto shift = rig::ParseNumber<std::int64_t>(word)) {
+        play.start = (std::time(nullptr) + *shift) * 1'000'000;
+        play.log = MadeUpLog(play.start);
+    }
+}
+
 void Take(Play& play, const std::string& line) {
     const std::string rest = line.size() > 2 ? line.substr(2) : "";
     switch (line.front()) {
@@ -87,6 +131,10 @@ void Take(Play& play, const std::string& line) {
         case '!':
             play.log.Error(rest);
             break;
+        case '@':
+            line[1] == '@' ? LookAtFolder(play, rest.substr(std::min<std::size_t>(1, rest.size())))
+                           : Deliver(play, rest);
+            break;
         case '~':
             play.limits.isStrict = true;
             break;
@@ -94,7 +142,7 @@ void Take(Play& play, const std::string& line) {
             play.limits.maxReaction = std::stod(rest);
             break;
         default:
-            throw std::runtime_error(std::string(VELLORAN_FINDINGS) + ": expected . < > + ! % ~, found \"" +
+            throw std::runtime_error(std::string(VELLORAN_FINDINGS) + ": expected . < > + ! % ~ @, found \"" +
                                      line + "\"");
     }
 }

@@ -93,9 +93,9 @@ TEST_P(Sources, HaveNoTextThatTheTableLacks) {
 INSTANTIATE_TEST_SUITE_P(Judge, Sources,
                          testing::Values("Difference.cpp", "Exchange.cpp", "Findings.cpp", "Framing.cpp",
                                          "Notes.cpp", "checks/Checks.cpp", "checks/ConnectionChecks.cpp",
-                                         "checks/ExportChecks.cpp", "checks/FaultChecks.cpp",
-                                         "checks/MessageChecks.cpp", "checks/SwitchChecks.cpp",
-                                         "checks/TimingChecks.cpp"),
+                                         "checks/DeliveryChecks.cpp", "checks/ExportChecks.cpp",
+                                         "checks/FaultChecks.cpp", "checks/MessageChecks.cpp",
+                                         "checks/SwitchChecks.cpp", "checks/TimingChecks.cpp"),
                          [](const auto& source) { return WithoutMarks(source.param); });
 
 TEST(FindingsTable, HasARowForEachCheck) {

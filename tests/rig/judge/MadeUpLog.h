@@ -12,10 +12,14 @@
 /// logs them, with their real lengths.
 class MadeUpLog {
  public:
-    MadeUpLog() = default;
+    static constexpr std::int64_t kStart = 1'795'212'000'000'000;  // 2026-11-20T22:00:00Z
+
+    /// @param start  microseconds since 1970
+    explicit MadeUpLog(std::int64_t start = kStart) : start_(start) {}
 
     /// @param switches  the lines that echo them
-    explicit MadeUpLog(int protocol, const std::string& switches = "") {
+    explicit MadeUpLog(int protocol, const std::string& switches = "", std::int64_t start = kStart)
+        : start_(start) {
         Say(fmt::format("'protocol' option set to {}", protocol));
         for (std::size_t begin = 0; begin < switches.size();) {
             const std::size_t end = switches.find('\n', begin);
@@ -26,10 +30,10 @@ class MadeUpLog {
     }
 
     MadeUpLog& Say(const std::string& statement) {
-        constexpr std::int64_t kBegin = 1'795'212'000'000'000;  // 2026-11-20T22:00:00Z
         time_ += 1000;
         text_ += fmt::format("{}.{:06}Z velloran 1 velloran:1 {}\n",
-                             rig::result::Date(kBegin + time_).substr(0, 19), time_ % 1'000'000, statement);
+                             rig::result::Date(start_ + time_).substr(0, 19), (start_ + time_) % 1'000'000,
+                             statement);
         return *this;
     }
 
@@ -66,6 +70,7 @@ class MadeUpLog {
     const std::string& Text() const { return text_; }
 
  private:
+    std::int64_t start_;
     std::string text_;
     std::int64_t time_ = 0;  // microseconds since the start
 };

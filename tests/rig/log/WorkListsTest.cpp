@@ -48,10 +48,10 @@ TEST(WorkLists, TakeEverySiblingOfTheFirstStreamForAStream) {
     EXPECT_EQ(lists.files, (Files{{"E1", "m"}, {"E1", "a"}, {"E1", "b"}}));
 }
 
-TEST(WorkLists, TakeACommentInsideAStreamForAFileWithoutName) {
+TEST(WorkLists, TakeACommentInsideAStreamForNoFile) {
     WorkLists lists;
     const Read event = EventOf("<stream><!-- front --><f name='a'/></stream>");
-    EXPECT_EQ(lists.TakeEvent(event.Root()).namelessFiles, 1U);
+    EXPECT_EQ(lists.TakeEvent(event.Root()).notFiles, 1U);
 }
 
 TEST(WorkLists, TakeEverySiblingOfTheFirstStringForADescription) {

@@ -162,22 +162,4 @@ TEST_F(GetMessage, TracesTheTextInSlicesOfEightHundredBytes) {
     }
 }
 
-TEST_F(GetMessage, ReadsTheSameWhateverIsLogged) {
-    const std::string text = Text(1000);
-    for (const unsigned int mask : kMasks) {
-        SCOPED_TRACE(mask);
-        LogMask(mask);
-        FeedError(EINTR);
-        FeedBytes(Prefix(1000));
-        FeedError(EIO);
-        FeedBytes(text);
-        EXPECT_EQ(Message(), text);
-        EXPECT_JOURNAL(ReadFailed(1, EINTR), Logged(1, "read error: 4:Interrupted system call"), Read(1, 1),
-                       Read(1, 1), Logged(1, "expecting a message of 1000 bytes"), ReadFailed(1000, EIO),
-                       Logged(1, "read errored out:5:Input/output error"), Read(1000, 1000), Paused(250000),
-                       Logged(1, "read success:1000"), Slice("1 to 800", text.substr(0, 800)),
-                       Slice("801 to 1600", text.substr(800)));
-    }
-}
-
 }  // namespace

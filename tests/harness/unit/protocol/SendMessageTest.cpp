@@ -103,20 +103,6 @@ TEST_F(SendMessage, KeepsSizeErrorForEveryFrame) {
     EXPECT_TRUE(protocol.sizeError);
 }
 
-TEST_F(SendMessage, WritesTheSameWhateverIsLogged) {
-    for (const unsigned int mask : kMasks) {
-        SCOPED_TRACE(mask);
-        LogMask(mask);
-        protocol.sizeError = false;
-        Send("text");
-        EXPECT_JOURNAL(Logged(64, "hdr[0]= 4"), Wrote("\x04"), Wrote("text"));
-        protocol.sizeError = true;
-        Send("text");
-        EXPECT_JOURNAL(Logged(64, "hdr[0]= 6"), Wrote("\x06"), Wrote("text"),
-                       Logged(8, "sent: size= 1/6/4  'text'"));
-    }
-}
-
 TEST_F(SendMessage, EndsTheProcessWhenNothingOfThePrefixIsTaken) {
     NextWriteTakes(0);
     EXPECT_ABORT(Send("text"), Logged(64, "hdr[0]= 4"), WroteOnly("\x04", 0),

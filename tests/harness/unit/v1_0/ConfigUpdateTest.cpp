@@ -54,18 +54,4 @@ TEST_F(ConfigUpdate_1_0, AnnouncesHalfAsMuchAgainWithSizeError) {
                    SentWithSizeError(kRequest));
 }
 
-TEST_F(ConfigUpdate_1_0, SendsTheSameWhateverIsLogged) {
-    for (const unsigned int mask : kMasks) {
-        LogMask(mask);
-        protocol.configUpdate = true;
-        EXPECT_EQ(Handle(kOk), VelProtocolBase::MSG_CONTINUE);
-        EXPECT_EQ(Handle(kError), VelProtocolBase::MSG_CONTINUE);
-        protocol.configUpdate = false;
-        EXPECT_EQ(Handle(kError), VelProtocolBase::MSG_CONTINUE);
-        EXPECT_JOURNAL(Received(kOk), Logged(1, "got an OK, sending CONFIGURATION_UPDATE"), Sent(kRequest),
-                       Received(kError), Logged(16, "Got CONFIGURATION_UPDATE_ERROR"), Received(kError),
-                       Logged(2, "Unexpected CONFIGURATION_UPDATE_ERROR"));
-    }
-}
-
 }  // namespace

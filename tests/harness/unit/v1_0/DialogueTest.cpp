@@ -6,29 +6,25 @@ const std::string kGetXml = "<msg req=\"GET_XML\" />";
 
 class Export_1_0 : public Dialogue_1_0 {
  protected:
-    /// All names are longer than what the newer dialect's switches cut off one, three characters.
     const std::string xml_ = Xml({Event("EVENT1", "A.xml", {"B.mp4"}), Event("EVENT2", "D.xml")});
 
     /// Plays a whole export of two events and expects every step of it.
     void ExpectExport() {
-        const auto sent = [this](const std::string& text) {
-            return protocol.sizeError ? SentWithSizeError(text) : Sent(text);
-        };
         EventList events = protocol.events;
         events.insert(events.end(), {"EVENT1", "EVENT2"});
         EXPECT_EQ(Handle(kOk), VelProtocolBase::MSG_CONTINUE);
-        EXPECT_JOURNAL(Received(kOk), Logged(1, "got an OK, sending GET_XML"), sent(kGetXml));
+        EXPECT_JOURNAL(Received(kOk), Logged(1, "got an OK, sending GET_XML"), Sent(kGetXml));
         EXPECT_EQ(Handle(xml_), VelProtocolBase::MSG_CONTINUE);
         EXPECT_JOURNAL(Received(xml_), FoundEvent("EVENT1"), FoundEvent("EVENT2"),
-                       sent(GetFile("EVENT1", "A.xml")));
+                       Sent(GetFile("EVENT1", "A.xml")));
         EXPECT_EQ(protocol.filesToReceive,
                   FileList({{"EVENT1", "A.xml"}, {"EVENT1", "B.mp4"}, {"EVENT2", "D.xml"}}));
         EXPECT_EQ(Handle(FileComplete("EVENT1", "A.xml")), VelProtocolBase::MSG_CONTINUE);
         EXPECT_JOURNAL(Received(FileComplete("EVENT1", "A.xml")), GotFileComplete("EVENT1", "A.xml"),
-                       sent(GetFile("EVENT1", "B.mp4")));
+                       Sent(GetFile("EVENT1", "B.mp4")));
         EXPECT_EQ(Handle(FileComplete("EVENT1", "B.mp4")), VelProtocolBase::MSG_CONTINUE);
         EXPECT_JOURNAL(Received(FileComplete("EVENT1", "B.mp4")), GotFileComplete("EVENT1", "B.mp4"),
-                       sent(GetFile("EVENT2", "D.xml")));
+                       Sent(GetFile("EVENT2", "D.xml")));
         EXPECT_EQ(Handle(FileComplete("EVENT2", "D.xml")), VelProtocolBase::MSG_CLOSE_CLIENT);
         EXPECT_JOURNAL(Received(FileComplete("EVENT2", "D.xml")), GotFileComplete("EVENT2", "D.xml"),
                        ExportEnded(events));
@@ -111,41 +107,6 @@ TEST_F(Export_1_0, ASecondXmlAppendsAndRequestsTheFrontFileAgain) {
     EXPECT_JOURNAL(Received(second), FoundEvent("E2"), Sent(GetFile("E1", "A")));
     EXPECT_EQ(protocol.events, EventList({"E1", "E2"}));
     EXPECT_EQ(protocol.filesToReceive, FileList({{"E1", "A"}, {"E2", "B"}}));
-}
-
-TEST_F(Export_1_0, AnnouncesHalfAsMuchAgainInEveryFrameWithSizeError) {
-    protocol.sizeError = true;
-    ExpectExport();
-}
-
-TEST_F(Export_1_0, IsTheSameWhateverIsLogged) {
-    for (const unsigned int mask : kMasks) {
-        SCOPED_TRACE(mask);
-        LogMask(mask);
-        ExpectExport();
-    }
-}
-
-TEST_F(Export_1_0, IsTheSameWithEachSwitchOfTheNewerDialect) {
-    using Switch = bool VelProtocolBase::*;
-    const Switch switches[] = {&VelProtocolBase::rehash,         &VelProtocolBase::invalidEvent,
-                               &VelProtocolBase::invalidFile,    &VelProtocolBase::transportException,
-                               &VelProtocolBase::xferInProgress, &VelProtocolBase::upgrade};
-    for (const Switch one : switches) {
-        protocol.*one = true;
-        ExpectExport();
-        EXPECT_TRUE(protocol.*one);
-    }
-}
-
-TEST_F(Export_1_0, IsTheSameWithEachNumberOfTheNewerDialect) {
-    protocol.closeEarly = 1;
-    protocol.doneDuration = 7;
-    protocol.sleepForGetFile = 9;
-    ExpectExport();
-    EXPECT_EQ(protocol.closeEarly, 1);
-    EXPECT_EQ(protocol.doneDuration, 7);
-    EXPECT_EQ(protocol.sleepForGetFile, 9);
 }
 
 TEST_F(Export_1_0, DoesNotReadTheNumberOfItsDialect) {

@@ -83,19 +83,15 @@ class Dialogue_1_0 : public HarnessTest {
         entries.push_back(Saved(
             "/mnt/hd/outgoingETCstring",
             "<msg req=\"EVENT_XFER_COMPLETE\">\n    <events>\n" + savedItems + "    </events>\n</msg>\n"));
-        Append(entries, Frame("<msg req=\"EVENT_XFER_COMPLETE\"><events>" + items + "</events></msg>"));
+        Append(entries, Sent("<msg req=\"EVENT_XFER_COMPLETE\"><events>" + items + "</events></msg>"));
         entries.push_back(Logged(16, "Sending DONE"));
-        Append(entries, Frame("<msg req=\"DONE\" />"));
+        Append(entries, Sent("<msg req=\"DONE\" />"));
         return entries;
     }
 
     VelProtocol_1_0 protocol{TestOptions(), kSocket};
 
  private:
-    Entries Frame(const std::string& text) const {
-        return protocol.sizeError ? SentWithSizeError(text) : Sent(text);
-    }
-
     static void Append(std::vector<Entry>& entries, const Entries& more) {
         entries.insert(entries.end(), more.begin(), more.end());
     }

@@ -90,21 +90,6 @@ TEST_F(FileComplete_1_0, EndsAnExportWithoutEventsAllTheSame) {
         Sent("<msg req=\"DONE\" />"));
 }
 
-TEST_F(FileComplete_1_0, IsTheSameWhateverIsLogged) {
-    for (const unsigned int mask : kMasks) {
-        SCOPED_TRACE(mask);
-        LogMask(mask);
-        protocol.filesToReceive = files_;
-        ExpectIgnored("<msg req=\"FILE_COMPLETE\" />",
-                      Logged(2, "Got FILE_COMPLETE without both reid and file"));
-        ExpectIgnored(FileComplete("E2", "A"),
-                      Logged(1, "invalid file in FILE_COMPLETE: " + FileComplete("E2", "A")));
-        EXPECT_EQ(Handle(FileComplete("E1", "A")), VelProtocolBase::MSG_CONTINUE);
-        EXPECT_JOURNAL(Received(FileComplete("E1", "A")), GotFileComplete("E1", "A"),
-                       Sent(GetFile("E1", "B")));
-    }
-}
-
 TEST_F(FileComplete_1_0, EndsTheProcessWhenDoneCannotBeSent) {
     protocol.filesToReceive = {{"E1", "A"}};
     for (int count = 0; count < 3; ++count) {

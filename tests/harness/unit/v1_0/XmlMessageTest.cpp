@@ -137,15 +137,6 @@ TEST_P(FilesOfADescription_1_0, AreQueued) {
 INSTANTIATE_TEST_SUITE_P(With, FilesOfADescription_1_0, testing::ValuesIn(ContentsOfADescription()),
                          [](const auto& content) { return content.param.name; });
 
-TEST_F(XmlMessage_1_0, UnpacksTheSameWhateverIsLogged) {
-    for (const unsigned int mask : kMasks) {
-        LogMask(mask);
-        protocol.events.clear();
-        protocol.filesToReceive.clear();
-        ExpectFiles("<video><metadata name=\"m\" /></video>", {"m"});
-    }
-}
-
 TEST_F(XmlMessage_1_0, LeavesTheEncodingOfADescriptionToTheXmlLibrary) {
     Unpack(Xml({Event("E&#233;", "m&#233;")}));
     EXPECT_EQ(protocol.filesToReceive, FileList({{"E\xe9", "m\xe9"}}));

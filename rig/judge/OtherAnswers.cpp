@@ -1,0 +1,76 @@
+#include <algorithm>
+
+#include "rig/base/Printable.h"
+#include "rig/judge/Exchange.h"
+#include "rig/protocol/Catalogue.h"
+
+// What the DVR may send about a request besides its answer.
+
+namespace rig::judge {
+namespace {
+
+/// Microseconds within which an answer that comes once more is no news of the transfer.
+constexpr std::int64_t kNews = 1'000'000;
+
+}  // namespace
+
+/// A DVR that took a damaged identifier for an event, and then refuses requests about it, behaves correctly:
+/// its one fault has been counted.
+bool Exchange::RefusesLater(const Arrival& message) {
+    const std::string reid = message.reid.value_or("");
+    const auto request = std::find_if(
+        run_.pending.begin(), run_.pending.end(),
+        [&reid](const Request& waiting) { return waiting.fault == Fault::None && waiting.reid == reid; });
+    if (!protocol::IsReport(message.name) || accepted_.count(reid) == 0 || request == run_.pending.end()) {
+        return false;
+    }
+    run_.pending.erase(request);
+    return true;
+}
+
+/// An event that the DVR has listed itself. The harness then asks for the next.
+bool Exchange::Refuses(const Arrival& message, const Place& place) {
+    const auto request = std::find_if(run_.pending.begin(), run_.pending.end(), [&](const Request& waiting) {
+        const bool isOwn = waiting.name == "NEXT_EVENT" && waiting.fault == Fault::None;
+        return message.name == "INVALID_EVENT" && (isOwn || waiting.mayBeRefused) &&
+               IsExact(waiting, message);
+    });
+    if (request == run_.pending.end()) {
+        return false;
+    }
+    if (!request->mayBeRefused) {
+        run_.refused.Add(place, Printable(request->reid));
+        refused_ = std::move(*request);
+    }
+    run_.pending.erase(request);
+    return true;
+}
+
+/// What the DVR refused first, and then answers all the same: its one fault has been counted.
+bool Exchange::AnswersTheRefused(const Arrival& message) {
+    if (!refused_ || refused_->expects != message.name || !IsExact(*refused_, message)) {
+        return false;
+    }
+    answered_ = std::move(refused_);
+    refused_.reset();
+    isExact_ = true;
+    return true;
+}
+
+/// News of a transfer that goes on: legal, but nothing has asked for it. The same answer once more, at once,
+/// is no news.
+bool Exchange::TellsProgress(const Arrival& message, const Place& place) {
+    const bool isAtOnce = told_ && message.time && *message.time - *told_ < kNews;
+    const auto request = std::find_if(run_.pending.begin(), run_.pending.end(), [&](const Request& waiting) {
+        const bool isDamaged = waiting.fault == Fault::FileEvent || waiting.fault == Fault::FileName;
+        return waiting.name == "GET_FILE" && !isDamaged && IsExact(waiting, message);
+    });
+    if (message.name != "XFER_IN_PROGRESS" || isAtOnce || request == run_.pending.end()) {
+        return false;
+    }
+    run_.progress.Add(place, request->Words());
+    request->heard = message.time;
+    return true;
+}
+
+}  // namespace rig::judge

@@ -1,0 +1,218 @@
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "tests/rig/judge/Dialogue.h"
+
+// Manners of DVRs, good and bad, that the simulated DVR does not have.
+
+namespace {
+
+using rig::result::Verdict;
+
+// A damaged identifier that is another event's.
+
+Dialogue WithClash() {
+    Dialogue log("'invalidEvent' flag set");
+    log.List("00012345", "12345").Say("processing 'invalidEvent' option [event]");
+    return static_cast<Dialogue&>(log).AskEvent("12345");
+}
+
+TEST(DamagedIdentifier, ThatIsAnotherEventsIsNoFault) {
+    Dialogue log = WithClash();
+    log.Describe("12345", "a").Finish("12345", "a").AskEvent("00012345");
+    log.Describe("00012345", "b").Finish("00012345", "b").AskEvent("12345");
+    const std::string text = log.Describe("12345", "a").Finish("12345", "a").Done().End();
+    EXPECT_EQ(Failed(text), "");
+    EXPECT_EQ(
+        FindingOf("invalid-event.fired", text),
+        "INCONCLUSIVE: never injected: what is left of the name is another that the DVR lists (NEXT_EVENT "
+        "12345)");
+    EXPECT_EQ(FindingOf("invalid-event.answer", text), "NOT REACHED: the fault was never injected");
+}
+
+TEST(DamagedIdentifier, ThatIsAnotherEventsMayNotBeRefused) {
+    Dialogue log = WithClash();
+    log.Dvr("<msg req=\"INVALID_EVENT\" reid=\"12345\"/>");
+    const std::string text = log.AskEvent("00012345").End();
+    EXPECT_EQ(Failed(text), "event.reid");
+    EXPECT_EQ(FindingOf("event.reid", text),
+              "FAIL: INVALID_EVENT about an event that EVENT_LIST names (12345)");
+}
+
+TEST(DamagedIdentifier, ThatIsNobodysStaysAFault) {
+    Dialogue log("'invalidEvent' flag set");
+    log.List("00012345", "123456").Say("processing 'invalidEvent' option [event]");
+    EXPECT_EQ(Failed(log.AskEvent("12345").Describe("12345", "a").End()), "invalid-event.answer");
+}
+
+/// -f on the second of two events, up to the request for a damaged name.
+Dialogue WithDamagedFile(const std::string& first, const std::string& second, const std::string& other,
+                         int count) {
+    Dialogue log("'invalidFile' flag set");
+    log.List(first, second).AskEvent(first).Describe(first, "a").Finish(first, "a").AskEvent(second);
+    log.Dvr(Description(second, "&lt;metadata name=\"" + other +
+                                    "\"/&gt;&lt;streams&gt;&lt;stream&gt;&lt;file "
+                                    "name=\"abcm\"/&gt;&lt;/stream&gt;&lt;/streams&gt;"));
+    log.AskFile(second, other).Tell("FILE_COMPLETE", second, other);
+    log.Say("Got FILE_COMPLETE for: reid=" + second + "  file=" + other).Say("filesToReceive size = 1");
+    log.Say("processing 'invalidFile' option, cnt=0");
+    log.AskFile(second.substr(3), "abcm");
+    if (count > 0) {
+        log.Tell("INVALID_EVENT", second.substr(3), "abcm").Say("filesToReceive size = 1");
+        log.Say("processing 'invalidFile' option, cnt=1");
+        log.AskFile(second, "m");
+    }
+    return log;
+}
+
+TEST(DamagedFile, OfAnEventThatIsListedIsNoFaultHoweverItIsAnswered) {
+    for (const char* const answer : {"INVALID_EVENT", "FILE_COMPLETE"}) {
+        Dialogue log = WithDamagedFile("E1", "123E1", "m1", 0);
+        const std::string text = log.Tell(answer, "E1", "abcm").End();
+        EXPECT_EQ(Failed(text), "") << answer;
+        EXPECT_EQ(
+            FindingOf("invalid-file.fired-event", text).find("INCONCLUSIVE: never injected: what is left"),
+            0U);
+    }
+}
+
+TEST(DamagedFile, WhoseNameIsAnotherFilesIsNoFault) {
+    Dialogue log = WithDamagedFile("E1", "123E2", "m", 1);
+    const std::string text = log.Tell("FILE_COMPLETE", "123E2", "m").End();
+    EXPECT_EQ(Failed(text), "");
+    EXPECT_EQ(FindingOf("invalid-file.fired-name", text).find("INCONCLUSIVE: never injected: what is left"),
+              0U);
+}
+
+TEST(DamagedFile, WhoseNameIsNobodysStaysAFault) {
+    Dialogue log = WithDamagedFile("E1", "123E2", "other", 1);
+    EXPECT_EQ(Failed(log.Tell("FILE_COMPLETE", "123E2", "m").End()), "invalid-file.answer-name");
+}
+
+// An event that is listed, and refused.
+
+TEST(ListedEvent, ThatIsRefusedFailsItsOwnCheckAlone) {
+    Dialogue log;
+    log.List("E1", "E2").AskEvent("E1").Dvr("<msg req=\"INVALID_EVENT\" reid=\"E1\"/>");
+    const std::string text = log.AskEvent("E2").Describe("E2", "a").Finish("E2", "a").Done().End();
+    EXPECT_EQ(Failed(text), "event.reid");
+    EXPECT_EQ(FindingOf("event.reid", text), "FAIL: INVALID_EVENT about an event that EVENT_LIST names (E1)");
+}
+
+// Word of a transfer.
+
+Dialogue Transferring(const std::string& switches = "") {
+    Dialogue log(switches);
+    log.List("E1").AskEvent("E1").Describe("E1", "a");
+    return log;
+}
+
+TEST(Progress, OfALongTransferIsAWarning) {
+    Dialogue log = Transferring();
+    for (int time = 0; time < 8; ++time) {
+        log.After(5).Dvr("<msg req=\"XFER_IN_PROGRESS\" reid=\"E1\" file=\"a\"/>");
+        log.Say("XFER_IN_PROGRESS 'reid' attribute = 'E1'");
+    }
+    const std::string text = log.Finish("E1", "a").Done().End();
+    EXPECT_EQ(Failed(text), "");
+    EXPECT_EQ(FindingOf("messages.asked", text),
+              "WARNING: XFER_IN_PROGRESS about a file that was not asked for again: legal while it is in "
+              "transfer, but only the harness is known to take it (GET_FILE E1/a, 8 times)");
+}
+
+TEST(Progress, CountsAsWaitingForNothing) {
+    Dialogue log = Transferring();
+    log.After(5).Dvr("<msg req=\"XFER_IN_PROGRESS\" reid=\"E1\"/>");
+    EXPECT_EQ(FindingOf("requests.answered", log.End()),
+              "INCONCLUSIVE: the log ends too soon to tell whether FILE_COMPLETE would have come");
+    EXPECT_EQ(Failed(Transferring().After(5).Say("shutting down").Text()),
+              "requests.answered file-complete.identity export.done");
+}
+
+TEST(Progress, OfAFileThatNobodyAwaitsIsUnasked) {
+    Dialogue log = Transferring();
+    log.After(5);
+    log.Tell("XFER_IN_PROGRESS", "E1", "other");
+    EXPECT_EQ(FindingOf("messages.asked", log.End()),
+              "FAIL: a message that nothing asked for (XFER_IN_PROGRESS to a good request)");
+}
+
+TEST(Progress, MayFollowTheAnswerToASecondRequestButNotAtOnce) {
+    for (const auto& [seconds, verdict] : std::map<double, std::string>{{0, "FAIL: "}, {2, "WARNING: "}}) {
+        Dialogue log("'xferInProgress' flag set");
+        log.List("E1").AskEvent("E1");
+        log.Dvr(Description("E1",
+                            "&lt;metadata name=\"m\"/&gt;&lt;streams&gt;&lt;stream&gt;&lt;file "
+                            "name=\"a\"/&gt;&lt;/stream&gt;&lt;/streams&gt;"));
+        log.AskFile("E1", "m").Tell("FILE_COMPLETE", "E1", "m");
+        log.Say("Got FILE_COMPLETE for: reid=E1  file=m").Say("filesToReceive size = 1");
+        log.Say("processing 'xferInProgress' option");
+        log.AskFile("E1", "a").AskFile("E1", "a");
+        log.Dvr("<msg req=\"XFER_IN_PROGRESS\" reid=\"E1\" file=\"a\"/>").After(seconds);
+        log.Dvr("<msg req=\"XFER_IN_PROGRESS\" reid=\"E1\" file=\"a\"/>");
+        const std::string text = log.Finish("E1", "a").Done().End();
+        EXPECT_EQ(FindingOf("messages.asked", text).find(verdict), 0U) << FindingOf("messages.asked", text);
+        EXPECT_EQ(FindingOf("xfer.answer", text), "PASS: it came");
+    }
+}
+
+TEST(Transfer, ThatTakesLongPasses) {
+    EXPECT_EQ(Failed(Transferring().After(40).Text()), "");
+    Dialogue log = Transferring();
+    log.After(40);
+    EXPECT_EQ(rig::result::WorstOf(Judged(log.Finish("E1", "a").Done().End())), Verdict::Pass);
+}
+
+// Frames that are too short.
+
+TEST(ShortFrame, ThatAnotherOkFollowsFails) {
+    MadeUpLog log(2, "'sizeError' flag set");
+    for (int time = 0; time < 3; ++time) {
+        log.Dvr("<msg req=\"OK\"/>").Say("got an OK, sending GET_EVENT_LIST");
+        log.Say("hdr[0]= 4b").Say("sent: size= 1/75/50  'TEXT'").After(5);
+    }
+    const std::string text = log.Say("shutting down").Text();
+    EXPECT_EQ(Failed(text), "size.answer");
+    EXPECT_EQ(FindingOf("size.answer", text), "FAIL: another OK on the same connection (2 times)");
+}
+
+// What ends the harness by an exception.
+
+constexpr const char* kLogicError = "terminate called after throwing an instance of 'std::logic_error'";
+constexpr const char* kNull = "  what():  basic_string::_M_construct null not valid";
+
+std::string WithStream(const std::string& inside) {
+    MadeUpLog log(2);
+    log.Dvr("<msg req=\"OK\"/>").Say("got an OK, sending GET_EVENT_LIST").Ask("0123456789");
+    log.Dvr(Description("E1", "&lt;streams&gt;&lt;stream&gt;" + inside + "&lt;/stream&gt;&lt;/streams&gt;"));
+    return log.Error(kLogicError).Error(kNull).Text();
+}
+
+TEST(Exception, IsBlamedOnTheMessageBeforeIt) {
+    const std::string unknown = WithStream("&lt;file name=\"a\"/&gt;");
+    EXPECT_EQ(
+        FindingOf("event.description", unknown)
+            .find("FAIL: a description of which the harness cannot take a file's name, and aborts (<msg "),
+        0U);
+    EXPECT_EQ(FindingOf("log.whole", unknown),
+              "PASS: the log ends where the harness aborts for what the DVR did");
+    EXPECT_EQ(FindingOf("harness.ran", unknown), "PASS: no failure of the harness itself");
+    MadeUpLog other(2);
+    other.Dvr("<msg req=\"OK\"/>").Error(kLogicError);
+    EXPECT_EQ(FindingOf("messages.parsed", other.Text()),
+              "FAIL: a message that the harness cannot take: an exception ends it (<msg req=\"OK\"/>)");
+}
+
+TEST(Exception, OfTheHarnessesOwnIsTheEnvironments) {
+    MadeUpLog log(2);
+    log.Dvr("<msg req=\"OK\"/>").Error("terminate called after throwing an instance of 'std::bad_alloc'");
+    EXPECT_EQ(With(Verdict::Environment, Judged(log.Text()).runs.at(0)), "harness.ran");
+    EXPECT_EQ(Failed(log.Text()), "");
+}
+
+TEST(Exception, EndsItsRun) {
+    EXPECT_EQ(Judged(WithStream("") + RealLog("clean-2.0")).runs.size(), 2U);
+}
+
+}  // namespace
