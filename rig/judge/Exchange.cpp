@@ -1,6 +1,7 @@
 #include "rig/judge/Exchange.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "rig/base/Printable.h"
 #include "rig/judge/Difference.h"
@@ -34,7 +35,7 @@ bool IsExact(const Request& request, const Arrival& message) {
     return request.reid == ValueOf(message.reid) && (isFileLeftOut || request.file == ValueOf(message.file));
 }
 
-std::string AnswerTo(const std::string& request, Fault fault, int protocol) {
+std::string_view AnswerTo(std::string_view request, Fault fault, int protocol) {
     switch (fault) {
         case Fault::Event:
         case Fault::FileEvent:
@@ -91,7 +92,7 @@ void Exchange::WasBusyUntil(std::optional<std::int64_t> time) {
     free_ = pausedUntil_ && time ? std::max(*pausedUntil_, *time) : time;
 }
 
-void Exchange::TakeMessage(const Arrival& message, const std::string& event, const Place& place) {
+void Exchange::TakeMessage(Arrival message, const std::string& event, const Place& place) {
     answered_.reset();
     if (message.name == "OK"sv) {
         TakeOk(message, place);
@@ -113,7 +114,7 @@ void Exchange::TakeMessage(const Arrival& message, const std::string& event, con
             TakeUnasked(message, place);
         }
     }
-    last_ = message;
+    last_ = std::move(message);
     pausedUntil_.reset();
 }
 

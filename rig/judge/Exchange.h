@@ -3,13 +3,14 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 
 #include "rig/judge/Run.h"
 
 namespace rig::judge {
 
 /// @return what the DVR must answer to a request with a fault; empty if it need not answer
-std::string AnswerTo(const std::string& request, Fault fault, int protocol);
+std::string_view AnswerTo(std::string_view request, Fault fault, int protocol);
 
 /// What decides which request a message of the DVR answers.
 struct Arrival {
@@ -34,7 +35,7 @@ class Exchange {
 
     /// The DVR has sent a message that its dialect knows.
     /// @param event  the identifier of the event that the harness considers in progress
-    void TakeMessage(const Arrival& message, const std::string& event, const Place& place);
+    void TakeMessage(Arrival message, const std::string& event, const Place& place);
 
     /// The harness has said that it ignores the last message: the request that it seemed to answer is still
     /// waiting.

@@ -50,7 +50,7 @@ struct FaultRecord {
 
 /// A request of the harness that is waiting for its answer.
 struct Request : log::Request {
-    std::string expects;               // FILE_COMPLETE
+    std::string_view expects;          // FILE_COMPLETE
     std::optional<std::int64_t> time;  // when it went out, microseconds
     bool isOvertaken = false;          // DONE went out while it waited
     std::string mistake;               // why the harness ignored what came as its answer; empty if it did not

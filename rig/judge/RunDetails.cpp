@@ -79,7 +79,7 @@ void RunModel::CheckLength(const Place& place) {
     if (!request.isAnnounced || request.name.empty() || !run_.hasStart || run_.damaged.Any()) {
         return;  // its state is not known anyway
     }
-    const std::size_t size = log::TextOf(request, run_.switches).size();
+    const std::size_t size = log::SizeOf(request, run_.switches);
     const std::uint32_t announced = log::AnnouncedFor(size, run_.Saw(log::Sign::SizeSwitch));
     if (announced != request.announced) {
         run_.misread.Add(place, fmt::format("{}: {} bytes as the judge believes, {} as it went out",

@@ -1,6 +1,7 @@
 #include "rig/judge/RunModel.h"
 
 #include <tuple>
+#include <utility>
 
 #include "rig/base/Printable.h"
 #include "rig/judge/Framing.h"
@@ -102,7 +103,7 @@ void RunModel::Note(const log::Statement& statement, const Place& place) {
     }
     if (sign != Sign::None) {
         Tally& tally = run_.signs[static_cast<std::size_t>(sign)];
-        tally.Add(place, tally.Any() ? "" : NoteOn(statement));
+        tally.Add(place, tally.Any() ? std::string() : NoteOn(statement));
     }
     if (sign == Sign::Expecting) {
         hasText_ = false;
@@ -159,8 +160,8 @@ void RunModel::TakeMessage(const log::Message& message, const Place& place) {
     if (const auto fault = ExplainSecond(message.text, message.root)) {
         run_.wrongPrefix.Add(place, fault->words);
     }
-    const Arrival arrival{message.name, ValueOf(message.root, "reid"), ValueOf(message.root, "file"),
-                          message.time, message.isRepeated};
+    Arrival arrival{message.name, ValueOf(message.root, "reid"), ValueOf(message.root, "file"), message.time,
+                    message.isRepeated};
     if (keep_.steps) {
         AddStep(Step::Kind::FromDvr, Described(arrival), place);
     }
@@ -168,12 +169,12 @@ void RunModel::TakeMessage(const log::Message& message, const Place& place) {
         run_.received[""].Add(place);
         return;
     }
-    exchange_.TakeMessage(arrival, message.event, place);
+    exchange_.TakeMessage(std::move(arrival), message.event, place);
     run_.received[message.name].Add(place);
     if (keep_.transfers) {
-        TakeTransfer(arrival, message.root, place);
+        TakeTransfer(message, place);
     }
-    beforeLast_ = {run_.lastGood, run_.lastGoodLine};
+    beforeLast_ = {std::move(run_.lastGood), run_.lastGoodLine};
     run_.lastGood = message.name;
     run_.lastGoodLine = place.line;
     TakeListed(message.listed, place);
@@ -216,7 +217,7 @@ void RunModel::TakeListed(const log::Listed& listed, const Place& place) {
 }
 
 /// What becomes of a file that the harness asked for.
-void RunModel::TakeTransfer(const Arrival& message, const pugi::xml_node& root, const Place& place) {
+void RunModel::TakeTransfer(const log::Message& message, const Place& place) {
     const bool isComplete = message.name == "FILE_COMPLETE";
     const Request* const request = exchange_.Answered();
     if (request == nullptr || (!isComplete && message.name != "TRANSPORT_EXCEPTION")) {
@@ -226,8 +227,8 @@ void RunModel::TakeTransfer(const Arrival& message, const pugi::xml_node& root, 
     transfer.state = isComplete ? Transfer::State::Complete : Transfer::State::Failed;
     transfer.hasFailed = transfer.hasFailed || !isComplete;
     transfer.isNewHash = request->fault == Fault::Rehash;
-    transfer.length = ValueOf(root, "length");
-    transfer.hash = ValueOf(root, "hashCode");
+    transfer.length = ValueOf(message.root, "length");
+    transfer.hash = ValueOf(message.root, "hashCode");
     transfer.time = message.time;
     KeptLine line;
     run_.lines->Keep(place, line);

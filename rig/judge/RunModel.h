@@ -60,7 +60,7 @@ class RunModel {
     void TakeMalformed(const log::Message& message, const Place& place);
     void TakeListed(const log::Listed& listed, const Place& place);
     void TakeRejection(const log::Statement& statement, const Place& place);
-    void TakeTransfer(const Arrival& message, const pugi::xml_node& root, const Place& place);
+    void TakeTransfer(const log::Message& message, const Place& place);
     void TakeRequest(const Place& place);
     void CheckLength(const Place& place);
     void NoteEmpty(const char* attribute, Tally& tally, const Place& place);

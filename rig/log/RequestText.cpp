@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <string_view>
 
 #include "rig/protocol/Catalogue.h"
@@ -13,9 +12,16 @@ using namespace std::string_view_literals;  // compared without a call where the
 
 namespace {
 
-constexpr std::size_t kUsualSize = 200;  // bytes of a request
+/// Takes what is printed, and only counts it.
+struct Count {
+    std::size_t size = 0;
 
-void AppendEscaped(std::string& printed, char byte) {
+    void operator+=(std::string_view text) { size += text.size(); }
+    void operator+=(char /*byte*/) { ++size; }
+};
+
+template <typename Output>
+void AppendEscaped(Output& printed, char byte) {
     switch (byte) {
         case '&':
             printed += "&amp;";
@@ -42,53 +48,49 @@ void AppendEscaped(std::string& printed, char byte) {
     }
 }
 
-bool IsEscaped(char byte) {
-    return static_cast<unsigned char>(byte) < ' ' || byte == '&' || byte == '<' || byte == '>' ||
-           byte == '"' || byte == '\'';
-}
-
-void AppendValue(std::string& printed, const std::string& value) {
-    if (std::none_of(value.begin(), value.end(), IsEscaped)) {
-        printed += value;  // as almost always
-        return;
-    }
+template <typename Output>
+void AppendValue(Output& printed, std::string_view value) {
     for (const char byte : value) {
         AppendEscaped(printed, byte);
     }
 }
 
-std::string BogusConfiguration(int dialect) {
-    return fmt::format(R"(<FakeConfig info="This is a bogus config used for protocol {}.0 testing" />)",
-                       dialect);
+int DialectOf(const Switches& switches) {
+    return switches.protocol == 2 ? 2 : 1;
 }
 
+/// @param made  holds the value if it must be made up
 /// @return the value of an attribute; of an optional one empty if the request does not have it
-std::string ValueOf(std::string_view attribute, const Request& request, const Switches& switches,
-                    int dialect) {
+std::string_view ValueOf(std::string_view attribute, const Request& request, const Switches& switches,
+                         std::string& made) {
     const bool isUpdate = request.name == "UPDATE_SOFTWARE"sv;
     if (attribute == "req"sv) {
         return request.name;
     }
     if (attribute == "protocolVersion"sv) {
-        return protocol::VersionOf(dialect);
+        return protocol::VersionOf(DialectOf(switches));
     }
     if (attribute == "reid"sv || attribute == "path"sv) {
-        return isUpdate ? "/mnt/hd/connectionmgr" : request.reid;
+        return isUpdate ? "/mnt/hd/connectionmgr"sv : request.reid;
     }
     if (attribute == "file"sv) {
-        return isUpdate ? "upgrade.zip" : request.file;
+        return isUpdate ? "upgrade.zip"sv : request.file;
     }
     if (attribute == "rehash"sv) {
-        return request.fault == Fault::Rehash ? "true" : "";
+        return request.fault == Fault::Rehash ? "true"sv : ""sv;
     }
     if (attribute == "duration"sv) {
-        return switches.doneDuration == 0 ? "" : std::to_string(switches.doneDuration);
+        made = switches.doneDuration == 0 ? "" : std::to_string(switches.doneDuration);
+    } else {
+        made = fmt::format(R"(<FakeConfig info="This is a bogus config used for protocol {}.0 testing" />)",
+                           DialectOf(switches));
     }
-    return BogusConfiguration(dialect);
+    return made;
 }
 
-void AppendAttribute(std::string& printed, const char* name, const std::string& value) {
-    const char quote = value.find('"') == std::string::npos ? '"' : '\'';
+template <typename Output>
+void AppendAttribute(Output& printed, std::string_view name, std::string_view value) {
+    const char quote = value.find('"') == std::string_view::npos ? '"' : '\'';
     printed += ' ';
     printed += name;
     printed += '=';
@@ -97,38 +99,53 @@ void AppendAttribute(std::string& printed, const char* name, const std::string& 
     printed += quote;
 }
 
-std::string ListOf(const std::vector<std::string>& events) {
-    std::string printed;
+template <typename Output>
+void AppendList(Output& printed, const std::vector<std::string>& events) {
+    printed += events.empty() ? "<events />"sv : "<events>"sv;
     for (const std::string& event : events) {
         printed += "<string>";
         AppendValue(printed, event);
         printed += "</string>";
     }
-    return events.empty() ? "<events />" : "<events>" + printed + "</events>";
+    printed += events.empty() ? ""sv : "</events>"sv;
+}
+
+template <typename Output>
+Output Printed(const Request& request, const Switches& switches) {
+    Output printed;
+    const auto* const kind = protocol::Find(DialectOf(switches), protocol::Sender::Harness, request.name);
+    if (kind == nullptr) {
+        return printed;
+    }
+    std::string made;
+    printed += "<msg";
+    for (const char* const name : kind->required) {
+        AppendAttribute(printed, name, ValueOf(name, request, switches, made));
+    }
+    for (const char* const name : kind->optional) {
+        const std::string_view value = ValueOf(name, request, switches, made);
+        if (!value.empty()) {
+            AppendAttribute(printed, name, value);
+        }
+    }
+    if (*kind->children == '\0') {
+        printed += " />";
+    } else {
+        printed += '>';
+        AppendList(printed, request.statedEvents);
+        printed += "</msg>";
+    }
+    return printed;
 }
 
 }  // namespace
 
 std::string TextOf(const Request& request, const Switches& switches) {
-    const int dialect = switches.protocol == 2 ? 2 : 1;
-    const auto* const kind = protocol::Find(dialect, protocol::Sender::Harness, request.name);
-    if (kind == nullptr) {
-        return "";
-    }
-    std::string printed;
-    printed.reserve(kUsualSize);
-    printed += "<msg";
-    for (const char* const name : kind->required) {
-        AppendAttribute(printed, name, ValueOf(name, request, switches, dialect));
-    }
-    for (const char* const name : kind->optional) {
-        const std::string value = ValueOf(name, request, switches, dialect);
-        if (!value.empty()) {
-            AppendAttribute(printed, name, value);
-        }
-    }
-    printed += *kind->children == '\0' ? " />" : ">" + ListOf(request.statedEvents) + "</msg>";
-    return printed;
+    return Printed<std::string>(request, switches);
+}
+
+std::size_t SizeOf(const Request& request, const Switches& switches) {
+    return Printed<Count>(request, switches).size;
 }
 
 std::uint32_t AnnouncedFor(std::size_t size, bool isSizeWrong) {

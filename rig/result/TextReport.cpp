@@ -44,7 +44,7 @@ std::string Shown(Verdict verdict, std::size_t width, bool colour) {
 
 // Most of what is printed are rows of checks and times: appended, not formatted.
 
-constexpr std::string_view kBlanks = "                      ";
+constexpr std::string_view kBlanks = "                            ";
 
 void AppendPadded(Text& text, std::string_view column, std::size_t width) {
     text.append(column);
@@ -181,7 +181,8 @@ void RunPrinter::PrintMatrix(std::size_t first, std::size_t end) {
         Print(text, "{:>4}", run + 1);
     }
     for (std::size_t check = 0; check < ids_.size(); ++check) {
-        Print(text, "\n{:<28}", ids_[check]);
+        text.push_back('\n');
+        AppendPadded(text, ids_[check], 28);
         for (std::size_t run = first; run < end; ++run) {
             const std::string& letters = rows_[run].letters;
             text.append(std::string_view("   "));

@@ -77,11 +77,14 @@ std::vector<result::CheckResult> JudgeRun(const Run& run, const Limits& limits, 
             continue;
         }
         Finding finding = Judged(check, run, limits);
+        result::CheckResult& judged = results.emplace_back();
+        judged.id = check.id;
+        judged.verdict = finding.verdict;
         if (words || result::NeedsWords(finding.verdict)) {
-            results.push_back({check.id, check.requirement, finding.verdict, finding.expected.Whole(),
-                               finding.found.Whole(), finding.evidence.Lines()});
-        } else {
-            results.push_back({check.id, {}, finding.verdict, {}, {}, {}});
+            judged.requirement = check.requirement;
+            judged.expected = finding.expected.Whole();
+            judged.found = finding.found.Whole();
+            judged.evidence = finding.evidence.Lines();
         }
     }
     return results;

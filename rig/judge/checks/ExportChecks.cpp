@@ -124,9 +124,10 @@ Finding ExportDone(const Run& run, const Limits& limits) {
     }
     if (!run.pending.empty() && IsUnanswered(run, run.pending.front(), limits)) {
         const Request& request = run.pending.front();
-        const std::string where = request.mistake.empty()
-                                      ? "no " + request.expects + " came"
-                                      : "the only " + request.expects + " was one that the harness ignores";
+        const std::string where =
+            request.mistake.empty()
+                ? fmt::format("no {} came", request.expects)
+                : fmt::format("the only {} was one that the harness ignores", request.expects);
         return Fail(expected,
                     fmt::format("the export stopped where {} ({})", where,
                                 request.mistake.empty() ? run.AfterWhat().substr(2) : request.mistake),

@@ -1,3 +1,5 @@
+#include <fmt/format.h>
+
 #include <algorithm>
 
 #include "rig/judge/Findings.h"
@@ -49,7 +51,7 @@ Finding MessagesAsked(const Run& run, const Limits& /*limits*/) {
 }
 
 std::string HowUnanswered(const Run& run, const Request& request) {
-    const std::string pair = request.expects + " to " + request.name;
+    const std::string pair = fmt::format("{} to {}", request.expects, request.name);
     if (!request.mistake.empty()) {
         return "the only " + pair + " is one that the harness ignores";
     }
@@ -74,11 +76,12 @@ Finding RequestsAnswered(const Run& run, const Limits& limits) {
         return Fail(expected, Words(HowUnanswered(run, *first), unanswered), unanswered);
     }
     if (!run.pending.empty() && run.HarnessEnded()) {
-        return NotReached(expected, "the harness had aborted before " + run.pending.front().expects);
+        return NotReached(expected,
+                          fmt::format("the harness had aborted before {}", run.pending.front().expects));
     }
     if (!run.pending.empty()) {
-        return Inconclusive(expected, "the log ends too soon to tell whether " + run.pending.front().expects +
-                                          " would have come");
+        return Inconclusive(expected, fmt::format("the log ends too soon to tell whether {} would have come",
+                                                  run.pending.front().expects));
     }
     return run.received.empty() ? NotReached(expected, "no request") : Pass(expected, "an answer to each");
 }

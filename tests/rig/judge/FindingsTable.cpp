@@ -77,7 +77,7 @@ void Ask(Play& play, const std::string& words) {
     stream >> request.name >> request.reid >> request.file >> fault;
     request.reid = request.reid == "-" ? "" : request.reid;
     request.fault = fault.empty() ? rig::log::Fault::None : rig::log::Fault::Rehash;
-    const std::size_t size = rig::log::TextOf(request, play.switches).size();
+    const std::size_t size = rig::log::SizeOf(request, play.switches);
     play.log.Ask(std::string(rig::log::AnnouncedFor(size, play.isSizeWrong), 'x'));
 }
 

@@ -102,8 +102,11 @@ TEST(RequestText, IsEscapedAsTheHarnesssLibraryDoes) {
         for (std::size_t count = random() % 8; count > 0; --count) {
             reid += pieces[random() % pieces.size()];
         }
-        ASSERT_EQ(TextOf(RequestOf("NEXT_EVENT", reid), Dialect(2)),
-                  Printed({{"req", "NEXT_EVENT"}, {"reid", reid}, {"protocolVersion", "2.0"}}));
+        const Request request = RequestOf("NEXT_EVENT", reid);
+        const std::string printed =
+            Printed({{"req", "NEXT_EVENT"}, {"reid", reid}, {"protocolVersion", "2.0"}});
+        ASSERT_EQ(TextOf(request, Dialect(2)), printed);
+        ASSERT_EQ(SizeOf(request, Dialect(2)), printed.size());
     }
 }
 
