@@ -98,9 +98,12 @@ class LogsJudged {
         if (limits.delivered) {
             limits.delivered->progress = ShownProgress();
         }
-        Judge judge(limits, {wantsSteps, !options_.html.empty()}, [this](result::RunResult run) {
-            Apply(known_, run);
-            tally_.Add(run);
+        const Keep keep{wantsSteps, !options_.html.empty(), WantsFiles(options_)};
+        Judge judge(limits, keep, [this](result::RunResult run) {
+            if (!known_.empty()) {
+                Apply(known_, run);
+                tally_.Add(run);
+            }
             Take(std::move(run));
         });
         foreign_ = ReadLogs(options_, judge);
