@@ -171,12 +171,27 @@ std::vector<Change> ChangesOf(std::size_t lines) {
              }}};
 }
 
+/// What the checks of changed logs find, and the first change for which they do.
+using Words = std::map<std::string, std::string>;
+
+void AddWords(Words& words, const Result& result, const std::string& way) {
+    for (const RunResult& run : result.runs) {
+        for (const rig::result::CheckResult& check : run.checks) {
+            words.emplace(fmt::format("{} {} | {} | {}", *NameOf(check.verdict), check.id, check.expected,
+                                      rig::result::WithoutDetails(check.found)),
+                          way);
+        }
+    }
+}
+
 /// @return a row for each result that the change has, with the ways in which it comes about
-Lines RowsOf(const std::string& name, const Change& change, const Lines& log) {
+Lines RowsOf(const std::string& name, const Change& change, const Lines& log, Words& words) {
     Lines results;
     std::map<std::string, std::string> ways;
     for (std::size_t way = 0; way < change.ways.size(); ++way) {
-        const std::string text = Verdicts(Judged(Joined(change.make(log, way))), false);
+        const Result result = Judged(Joined(change.make(log, way)));
+        const std::string text = Verdicts(result, false);
+        AddWords(words, result, change.name + " " + change.ways[way]);
         std::string& known = ways[text];
         if (known.empty()) {
             results.push_back(text);
@@ -195,9 +210,10 @@ void Append(Lines& rows, const Lines& more) {
 }
 
 /// The logs that are changed: the others are parts of these.
-const std::set<std::string> kChanged = {"all-faults-2.0", "clean-1.0",     "close-done-2.0",
-                                        "config-2.0",     "d1-wrong-file", "d2-no-answer-on-EVENT_XFER_ACK",
-                                        "size-2.0",       "upgrade-2.0"};
+const std::set<std::string> kChanged = {
+    "all-faults-2.0", "clean-1.0",  "close-done-2.0", "config-2.0",
+    "d1-wrong-file",  "rehash-2.0", "file-2.0",       "d2-no-answer-on-EVENT_XFER_ACK",
+    "size-2.0",       "upgrade-2.0"};
 
 Lines RowsOfLog(const std::string& name) {
     const std::string log = RealLog(name);
@@ -205,10 +221,15 @@ Lines RowsOfLog(const std::string& name) {
     Lines rows = {name + " | as it is | " + Verdicts(result, true),
                   name + " | dialogue | " + Dialogue(result), name + " | messages | " + Messages(log)};
     const Lines lines = SplitAtNewlines(log);
+    Words words;
+    AddWords(words, result, "as it is");
     for (const Change& change : ChangesOf(lines.size())) {
         if (kChanged.count(name) > 0) {
-            Append(rows, RowsOf(name, change, lines));
+            Append(rows, RowsOf(name, change, lines, words));
         }
+    }
+    for (const auto& [text, way] : words) {
+        rows.push_back(fmt::format("{} | {} | {}", name, way, text));
     }
     return rows;
 }
