@@ -7,6 +7,9 @@
 #include "rig/protocol/Catalogue.h"
 
 namespace rig::judge {
+
+using namespace std::string_view_literals;  // compared without a call where the sizes differ
+
 namespace {
 
 constexpr std::size_t kMostPending = 1000;    // unanswered requests: memory must not grow with the log
@@ -15,6 +18,11 @@ constexpr std::int64_t kBusy = 10'000;  // microseconds that handling a message 
 /// Microseconds within which a message that had already arrived is read, even on a busy machine.
 constexpr std::int64_t kAtOnce = 50'000;
 
+/// @return the attribute; empty if the message has none
+std::string_view ValueOf(const std::optional<std::string>& attribute) {
+    return attribute ? std::string_view(*attribute) : std::string_view();
+}
+
 std::string FileIn(const Arrival& message) {
     return Printable(message.reid.value_or("")) + "/" + Printable(message.file.value_or(""));
 }
@@ -22,9 +30,8 @@ std::string FileIn(const Arrival& message) {
 }  // namespace
 
 bool IsExact(const Request& request, const Arrival& message) {
-    const bool isFileLeftOut = !message.file && message.name != "FILE_COMPLETE";
-    return request.reid == message.reid.value_or("") &&
-           (isFileLeftOut || request.file == message.file.value_or(""));
+    const bool isFileLeftOut = !message.file && message.name != "FILE_COMPLETE"sv;
+    return request.reid == ValueOf(message.reid) && (isFileLeftOut || request.file == ValueOf(message.file));
 }
 
 std::string AnswerTo(const std::string& request, Fault fault, int protocol) {
@@ -50,7 +57,7 @@ std::string AnswerTo(const std::string& request, Fault fault, int protocol) {
 }
 
 void Exchange::SendRequest(Request request, const Place& place) {
-    if (request.name == "DONE") {
+    if (request.name == "DONE"sv) {
         if (!run_.doneSent.Any()) {
             run_.acksAtDone = run_.Of(log::Sign::Acknowledged).Count();
         }
@@ -86,7 +93,7 @@ void Exchange::WasBusyUntil(std::optional<std::int64_t> time) {
 
 void Exchange::TakeMessage(const Arrival& message, const std::string& event, const Place& place) {
     answered_.reset();
-    if (message.name == "OK") {
+    if (message.name == "OK"sv) {
         TakeOk(message, place);
     } else {
         if (run_.doneSent.Any() && !run_.isExporting) {
@@ -96,7 +103,7 @@ void Exchange::TakeMessage(const Arrival& message, const std::string& event, con
         if (run_.Saw(log::Sign::SizeSwitch)) {
             run_.answeredWrong.Add(place, message.name);
         }
-        if (protocol::IsReport(message.name) && !message.reid) {
+        if (!message.reid && protocol::IsReport(message.name)) {
             run_.reportWithoutReid.Add(place, message.name);
         }
         const bool isTaken = Answers(message, event, place) || AnswersWrongly(message, place) ||
@@ -161,7 +168,7 @@ bool Exchange::Answers(const Arrival& message, const std::string& event, const P
     if (message.isRepeated && !isExact_) {
         run_.notAsked.Add(place, message.name + " twice");
     }
-    if (message.name == "FILE_COMPLETE" && isExact_) {
+    if (message.name == "FILE_COMPLETE"sv && isExact_) {
         completed_ = message;
     }
     return true;

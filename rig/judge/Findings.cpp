@@ -40,27 +40,27 @@ bool AsksWhole(const Run& run) {
     return !run.Saw(log::Sign::SizeSwitch);
 }
 
-Finding Pass(const std::string& expected, const std::string& found, const Tally& proof) {
-    return {Verdict::Pass, expected, found, proof.Lines()};
+Finding Pass(const Text& expected, const Text& found, const Tally& proof) {
+    return {Verdict::Pass, expected, found, proof.Shown()};
 }
 
-Finding Fail(const std::string& expected, const std::string& found, const Tally& proof) {
-    return {Verdict::Fail, expected, found, proof.Lines()};
+Finding Fail(const Text& expected, const Text& found, const Tally& proof) {
+    return {Verdict::Fail, expected, found, proof.Shown()};
 }
 
-Finding Warn(const std::string& expected, const std::string& found, const Tally& proof) {
-    return {Verdict::Warning, expected, found, proof.Lines()};
+Finding Warn(const Text& expected, const Text& found, const Tally& proof) {
+    return {Verdict::Warning, expected, found, proof.Shown()};
 }
 
-Finding Inconclusive(const std::string& expected, const std::string& reason, const Tally& proof) {
-    return {Verdict::Inconclusive, expected, reason, proof.Lines()};
+Finding Inconclusive(const Text& expected, const Text& reason, const Tally& proof) {
+    return {Verdict::Inconclusive, expected, reason, proof.Shown()};
 }
 
-Finding NotReached(const std::string& expected, const std::string& found) {
+Finding NotReached(const Text& expected, const Text& found) {
     return {Verdict::NotReached, expected, found, {}};
 }
 
-Finding NotInjected(const Run& run, const std::string& otherwise) {
+Finding NotInjected(const Run& run, const Text& otherwise) {
     if (run.switches.protocol == 1) {
         return Inconclusive(kFired, "protocol 1.0 does not heed this switch: it was never injected");
     }
@@ -71,22 +71,21 @@ Finding NotInjected(const Run& run, const std::string& otherwise) {
         return Inconclusive(kFired,
                             "never injected: with -z a good DVR answers nothing, so it does not come to it");
     }
-    return Inconclusive(kFired, "never injected: " + otherwise);
+    return Inconclusive(kFired, "never injected: " + otherwise.Whole());
 }
 
-std::string Words(const std::string& found, const Tally& tally) {
+std::string Words(const Text& found, const Tally& tally) {
     std::string detail = tally.Note();
     if (tally.Count() > 1) {
         detail += fmt::format("{}{} times", detail.empty() ? "" : ", ", tally.Count());
     }
-    return detail.empty() ? found : found + " (" + detail + ")";
+    return detail.empty() ? found.Whole() : found.Whole() + " (" + detail + ")";
 }
 
-Finding NoneOf(std::initializer_list<Bad> bad, bool reached, const std::string& expected,
-               const std::string& notReached) {
+Finding NoneOf(std::initializer_list<Bad> bad, bool reached, const Text& expected, const Text& notReached) {
     for (const Bad& one : bad) {
         if (one.tally.Any()) {
-            return {one.verdict, expected, Words(one.found, one.tally), one.tally.Lines()};
+            return {one.verdict, expected, Words(one.found, one.tally), one.tally.Shown()};
         }
     }
     return reached ? Pass(expected, "nothing else") : NotReached(expected, notReached);
@@ -125,7 +124,7 @@ Tally Unanswered(const Run& run, const std::string& name, const Limits& limits) 
     Tally unanswered;
     for (const Request& request : run.pending) {
         if (Concerns(request, name) && IsUnanswered(run, request, limits)) {
-            result::Evidence proof = request.evidence;
+            result::Evidence proof = request.line.Proof();
             proof.note = request.Words() + " goes out";
             unanswered.Add(proof, HowLong(run, request));
         }
@@ -142,7 +141,7 @@ Tally Stalled(const Run& run, const Limits& limits) {
     const double waited = static_cast<double>(*run.endTime - *last.time) / 1e6;
     const double reading = kSecondsPerRead * (1 + static_cast<double>(last.length) / kBytesPerRead);
     if (waited >= limits.patience + reading) {
-        stalled.Add(last.evidence,
+        stalled.Add(last.line.Proof(),
                     fmt::format("{}; the harness waited for {:.1f} s{}",
                                 ExplainMissing(last.length, std::nullopt).words, waited, run.AfterWhat()));
     }

@@ -18,11 +18,11 @@ bool With(const Run& run) {
 }
 
 // What a check finds; the proof is the log lines that reports show.
-Finding Pass(const std::string& expected, const std::string& found, const Tally& proof = {});
-Finding Fail(const std::string& expected, const std::string& found, const Tally& proof);
-Finding Warn(const std::string& expected, const std::string& found, const Tally& proof);
-Finding Inconclusive(const std::string& expected, const std::string& reason, const Tally& proof = {});
-Finding NotReached(const std::string& expected, const std::string& found);
+Finding Pass(const Text& expected, const Text& found, const Tally& proof = {});
+Finding Fail(const Text& expected, const Text& found, const Tally& proof);
+Finding Warn(const Text& expected, const Text& found, const Tally& proof);
+Finding Inconclusive(const Text& expected, const Text& reason, const Tally& proof = {});
+Finding NotReached(const Text& expected, const Text& found);
 
 // For a switch: that the fault it asks for was injected.
 constexpr const char* kFiredSentence = "The fault that the switch asks for was really injected.";
@@ -30,7 +30,7 @@ constexpr const char* kFired = "the fault to be injected";
 
 /// @return the verdict on a fault that was not injected: why
 /// @param otherwise  the reason if no switch explains it
-Finding NotInjected(const Run& run, const std::string& otherwise);
+Finding NotInjected(const Run& run, const Text& otherwise);
 
 /// Something that must not happen, and what a report then says was found: what the DVR did wrong. Counts,
 /// names and times, which differ from run to run, follow in parentheses (see KnownFailures.h).
@@ -41,12 +41,11 @@ struct Bad {
 };
 
 /// @return what was found, with note and count of the tally in parentheses
-std::string Words(const std::string& found, const Tally& tally);
+std::string Words(const Text& found, const Tally& tally);
 
 /// Gives the verdict on the first of the bad things that happened; passes if none did and it was reached at
 /// all.
-Finding NoneOf(std::initializer_list<Bad> bad, bool reached, const std::string& expected,
-               const std::string& notReached);
+Finding NoneOf(std::initializer_list<Bad> bad, bool reached, const Text& expected, const Text& notReached);
 
 /// @return the seconds from a request, or the last word that it is being answered, to the end of the log; 0
 /// if the log has no times

@@ -19,13 +19,13 @@ bool IsException(std::string_view line) {
     return line.find("terminate called ") != std::string_view::npos || StartsWith(line, "  what():  ");
 }
 
-result::RunResult Judged(const Run& run, const Limits& limits) {
+result::RunResult Judged(const Run& run, const Limits& limits, bool words) {
     result::RunResult result;
-    result.name = run.begin.file + ":" + std::to_string(run.begin.line);
+    result.name = run.name;
     result.switches = run.Switches();
     result.begin = run.beginTime;
     result.end = run.endTime;
-    result.checks = JudgeRun(run, limits);
+    result.checks = JudgeRun(run, limits, words);
     static const std::map<std::string, ReactionTimes> kNone;
     for (const auto& [request, times] : run.hasFractions ? run.reactions : kNone) {
         result.timings.push_back({request, times.Count(), times.Percentile(0.5), times.Percentile(0.95),
@@ -63,20 +63,26 @@ ReadLine Judge::Add(const std::string& file, std::uint64_t number, std::string_v
     }
     const Place place{file, number, statement->text};
     last_ = statement->process.value_or(-1);
-    const auto run = open_.find(last_);
-    if (run != open_.end() && run->second->StartsAnother(statement->sign)) {
-        Close(last_);
-    }
-    auto& model = open_[last_];
-    if (model == nullptr) {
-        model = std::make_unique<RunModel>(place, keep_);
-        hasBegun_ = true;
-    }
-    const log::Message* const message = model->Add(*statement, place);
-    if (model->HasEnded()) {
+    RunModel& run = RunOf(*statement, place);
+    const log::Message* const message = run.Add(*statement, place);
+    if (run.HasEnded()) {
         Close(last_);
     }
     return {statement, message};
+}
+
+/// @return the run that the statement belongs to
+RunModel& Judge::RunOf(const log::Statement& statement, const Place& place) {
+    auto run = open_.find(last_);
+    if (run != open_.end() && run->second->StartsAnother(statement.sign)) {
+        Close(last_);
+        run = open_.end();
+    }
+    if (run == open_.end()) {
+        run = open_.emplace(last_, std::make_unique<RunModel>(place, keep_)).first;
+        hasBegun_ = true;
+    }
+    return *run->second;
 }
 
 void Judge::AddError(const Place& place) {
@@ -101,7 +107,7 @@ void Judge::Close(int process) {
     if (limits_.delivered) {
         held_.push_back(run->second->TakeFacts());
     } else {
-        take_(Judged(run->second->Facts(), limits_));
+        take_(Judged(run->second->Facts(), limits_, keep_.words));
     }
     open_.erase(run);
 }
@@ -114,7 +120,7 @@ void Judge::Finish() {
         Inspection(*limits_.delivered, before_).LookFor(held_);
     }
     for (const Run& run : held_) {
-        take_(Judged(run, limits_));
+        take_(Judged(run, limits_, keep_.words));
     }
     held_.clear();
 }

@@ -56,6 +56,7 @@ class Judge {
     void Finish();
 
  private:
+    RunModel& RunOf(const log::Statement& statement, const Place& place);
     void AddError(const Place& place);
     void Close(int process);
 

@@ -10,8 +10,6 @@
 namespace rig::judge {
 namespace {
 
-constexpr std::size_t kEvidenceLines = 4;
-constexpr std::size_t kEvidenceText = 300;  // bytes
 constexpr double kBucketsPerDoubling = 24;  // 2^(1/24) is 1.029
 
 struct Flag {
@@ -26,24 +24,15 @@ constexpr std::array kFlags = {Flag{log::Sign::EventSwitch, " -e"},     Flag{log
 
 }  // namespace
 
-result::Evidence Place::Proof() const {
-    return {file, line, WithoutControls(text.substr(0, kEvidenceText))};
-}
-
 void Tally::Add(const Place& place, std::string_view note) {
-    if (!Counts(note)) {
-        return;
-    }
-    const bool isKept =
-        !lines_.empty() && lines_.back().line == place.line && lines_.back().file == place.file;
-    if (!isKept) {
-        lines_.push_back(place.Proof());
+    if (Counts(note)) {
+        proof_.Add(place);
     }
 }
 
 void Tally::Add(const result::Evidence& evidence, std::string_view note) {
     if (Counts(note)) {
-        lines_.push_back(evidence);
+        proof_.Add(evidence);
     }
 }
 
@@ -52,7 +41,7 @@ bool Tally::Counts(std::string_view note) {
     if (count_++ == 0) {
         note_ = note;
     }
-    return lines_.size() < kEvidenceLines;
+    return !proof_.IsFull();
 }
 
 std::string Request::Words() const {
@@ -63,7 +52,7 @@ void ReactionTimes::Add(std::int64_t microseconds, const Place& place) {
     const std::int64_t time = std::max<std::int64_t>(microseconds, 0);
     if (count_++ == 0 || time > longest_) {
         longest_ = time;
-        longestAt_ = place.Proof();
+        place.kept->Keep(place, longestAt_);
     }
     ++buckets_[static_cast<int>(std::ceil(std::log2(static_cast<double>(time) + 1) * kBucketsPerDoubling))];
 }
@@ -80,13 +69,14 @@ double ReactionTimes::Percentile(double fraction) const {
     return Longest();
 }
 
-std::uint64_t Run::Received(const std::string& message) const {
+std::uint64_t Run::Received(std::string_view message) const {
     const auto found = received.find(message);
     return found == received.end() ? 0 : found->second.Count();
 }
 
 bool Run::EndedByMessage() const {
-    return std::any_of(exceptions.Lines().begin(), exceptions.Lines().end(), [](const auto& line) {
+    const std::vector<result::Evidence> proof = exceptions.Lines();
+    return std::any_of(proof.begin(), proof.end(), [](const auto& line) {
         return line.text.find("std::logic_error") != std::string::npos ||
                line.text.find("std::length_error") != std::string::npos;
     });

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -10,21 +11,12 @@
 #include <string_view>
 #include <vector>
 
+#include "rig/judge/Proof.h"
 #include "rig/judge/delivery/Transfer.h"
 #include "rig/log/RunReader.h"
 #include "rig/result/Result.h"
 
 namespace rig::judge {
-
-/// Where a line is and its text, while the line is current. Most lines prove nothing: Proof() copies what
-/// must be kept.
-struct Place {
-    const std::string& file;
-    std::uint64_t line;
-    std::string_view text;
-
-    result::Evidence Proof() const;
-};
 
 /// How often something happened, and the first few lines that prove it: bounded, however long the log is.
 class Tally {
@@ -35,14 +27,15 @@ class Tally {
     std::uint64_t Count() const { return count_; }
     bool Any() const { return count_ > 0; }
     const std::string& Note() const { return note_; }
-    const std::vector<result::Evidence>& Lines() const { return lines_; }
+    const Proof& Shown() const { return proof_; }
+    std::vector<result::Evidence> Lines() const { return proof_.Lines(); }
 
  private:
     bool Counts(std::string_view note);
 
     std::uint64_t count_ = 0;
     std::string note_;
-    std::vector<result::Evidence> lines_;
+    Proof proof_;
 };
 
 using log::Fault;
@@ -61,8 +54,8 @@ struct Request : log::Request {
     std::optional<std::int64_t> time;  // when it went out, microseconds
     bool isOvertaken = false;          // DONE went out while it waited
     std::string mistake;               // why the harness ignored what came as its answer; empty if it did not
-    result::Evidence evidence;
-    bool mayBeRefused = false;               // the log cannot tell whether the DVR has what it asks for
+    KeptLine line;                     // with its first byte
+    bool mayBeRefused = false;         // the log cannot tell whether the DVR has what it asks for
     std::optional<std::int64_t> heard = {};  // when the DVR last said that it is at it, microseconds
 
     /// @return name, event and file
@@ -74,7 +67,7 @@ struct Announcement {
     bool isOpen = false;               // the text has not come
     std::int64_t length = 0;           // bytes
     std::optional<std::int64_t> time;  // when the prefix was in, microseconds
-    result::Evidence evidence;
+    KeptLine line;
 };
 
 /// Reaction times in bounded memory, each accurate to 3 %.
@@ -85,20 +78,22 @@ class ReactionTimes {
     /// @return the time in ms that this fraction (0 to 1) of all reactions did not exceed
     double Percentile(double fraction) const;
     double Longest() const { return static_cast<double>(longest_) / 1000; }
-    const result::Evidence& LongestAt() const { return longestAt_; }
+    result::Evidence LongestAt() const { return longestAt_.Proof(); }
 
  private:
     std::map<int, std::uint64_t> buckets_;
     std::uint64_t count_ = 0;
     std::int64_t longest_ = 0;
-    result::Evidence longestAt_;
+    KeptLine longestAt_;
 };
 
 struct DeliveryFacts;
 
 /// What the log of one run says, gathered while reading it: facts, no verdicts.
 struct Run {
-    result::Evidence begin;
+    std::unique_ptr<KeptLines> lines = std::make_unique<KeptLines>();  // that prove something
+    std::string file;                                                  // of its first line
+    std::string name;                                                  // where that is: "run.log:1"
     std::optional<std::int64_t> beginTime;
     std::optional<std::int64_t> endTime;
     bool hasFractions = false;  // the log's times are finer than whole seconds
@@ -113,7 +108,7 @@ struct Run {
     std::optional<std::int64_t> doneTime;  // of the last DONE, microseconds
     std::array<Tally, static_cast<std::size_t>(log::Sign::Count)> signs;
     std::array<FaultRecord, static_cast<std::size_t>(Fault::Count)> faults;
-    std::map<std::string, Tally> received;  // by message; unknown ones under ""
+    std::map<std::string, Tally, std::less<>> received;  // by message; unknown ones under ""
     std::map<std::string, ReactionTimes> reactions;
     std::uint64_t hiddenReactions = 0;  // answers that arrived while the harness paused
 
@@ -173,7 +168,7 @@ struct Run {
     bool Saw(log::Sign sign) const { return Of(sign).Any(); }
     const FaultRecord& Of(Fault fault) const { return faults[static_cast<std::size_t>(fault)]; }
     FaultRecord& Of(Fault fault) { return faults[static_cast<std::size_t>(fault)]; }
-    std::uint64_t Received(const std::string& message) const;
+    std::uint64_t Received(std::string_view message) const;
     /// @return whether an exception ended the harness that only messages of the DVR bring about
     bool EndedByMessage() const;
     /// @return whether the DVR has sent something that makes the harness end itself

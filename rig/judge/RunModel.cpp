@@ -38,7 +38,8 @@ std::string Described(const Arrival& message) {
 }  // namespace
 
 RunModel::RunModel(const Place& begin, const Keep& keep) : keep_(keep) {
-    run_.begin = begin.Proof();
+    run_.file = begin.file;
+    run_.name = begin.file + ":" + std::to_string(begin.line);
 }
 
 bool RunModel::StartsAnother(Sign sign) const {
@@ -51,7 +52,8 @@ bool RunModel::IsOver() const {
             run_.switches.closeEarly == 0);
 }
 
-const log::Message* RunModel::Add(const log::Statement& statement, const Place& place) {
+const log::Message* RunModel::Add(const log::Statement& statement, Place place) {
+    place.kept = run_.lines.get();
     using Event = log::RunReader::Event;
     const Event event = reader_.Add(statement);
     run_.switches = reader_.Echoed();
@@ -106,9 +108,7 @@ void RunModel::Note(const log::Statement& statement, const Place& place) {
         hasText_ = false;
         run_.announcement.length = statement.Number();
         run_.announcement.time = now_;
-        run_.announcement.evidence.file = place.file;
-        run_.announcement.evidence.line = place.line;
-        run_.announcement.evidence.text = statement.text;
+        run_.lines->Keep(place, run_.announcement.line);
         run_.announcement.isOpen = true;
     } else if (sign == Sign::TextRead || sign == Sign::EndInsideText || sign == Sign::Incoming) {
         run_.announcement.isOpen = false;
@@ -118,12 +118,14 @@ void RunModel::Note(const log::Statement& statement, const Place& place) {
     }
 }
 
-void RunModel::AddAssertion(const Place& place) {
+void RunModel::AddAssertion(Place place) {
+    place.kept = run_.lines.get();
     run_.assertions.Add(place);
     AddStep(Step::Kind::Note, place.text, place);
 }
 
-void RunModel::AddException(const Place& place) {
+void RunModel::AddException(Place place) {
+    place.kept = run_.lines.get();
     if (!run_.HarnessEnded()) {
         const std::string& name = reader_.LastMessage().name;
         (name == "EVENT" || name == "XML" ? run_.deadlyDescriptions : run_.deadlyMessages)
@@ -133,7 +135,8 @@ void RunModel::AddException(const Place& place) {
     AddStep(Step::Kind::Note, place.text, place);
 }
 
-void RunModel::AddMarkerFailure(const Place& place) {
+void RunModel::AddMarkerFailure(Place place) {
+    place.kept = run_.lines.get();
     run_.markerFailures.Add(place);
 }
 
@@ -226,7 +229,9 @@ void RunModel::TakeTransfer(const Arrival& message, const pugi::xml_node& root, 
     transfer.length = ValueOf(root, "length");
     transfer.hash = ValueOf(root, "hashCode");
     transfer.time = message.time;
-    transfer.evidence = place.Proof();
+    KeptLine line;
+    run_.lines->Keep(place, line);
+    transfer.evidence = line.Proof();
     transfer.order = ++transfers_;
 }
 
@@ -239,7 +244,8 @@ void RunModel::TakeRejection(const log::Statement& statement, const Place& place
 }
 
 void RunModel::TakeRequest(const Place& place) {
-    Request request{reader_.LastRequest(), "", now_, false, "", place.Proof()};
+    Request request{reader_.LastRequest(), "", now_, false, "", {}};
+    run_.lines->Keep(place, request.line);
     if (keep_.steps) {
         AddStep(Step::Kind::FromHarness, request.Words(), place);
     }

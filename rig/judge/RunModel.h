@@ -13,8 +13,9 @@ namespace rig::judge {
 
 /// What is kept of a run beyond what the verdict needs. The first two take memory in proportion to the log.
 struct Keep {
-    bool steps = false;      // the dialogue
-    bool log = false;        // every statement
+    bool steps = false;  // the dialogue
+    bool log = false;    // every statement
+    bool words = true;   // what was expected and found of each check, not only of those that reports explain
     bool transfers = false;  // in proportion to the files, however often each is transferred
 };
 
@@ -30,16 +31,16 @@ class RunModel {
     bool StartsAnother(log::Sign sign) const;
 
     /// Takes the next statement of the run. @return the message of the DVR that it completes; null if none
-    const log::Message* Add(const log::Statement& statement, const Place& place);
+    const log::Message* Add(const log::Statement& statement, Place place);
 
     /// Takes the message of a failed assertion of the harness, from its standard error.
-    void AddAssertion(const Place& place);
+    void AddAssertion(Place place);
 
     /// Takes what the library says, on standard error, of an exception that ends the harness.
-    void AddException(const Place& place);
+    void AddException(Place place);
 
     /// Takes a line of the harness's standard error that says it could not make the failure marker.
-    void AddMarkerFailure(const Place& place);
+    void AddMarkerFailure(Place place);
 
     /// @return whether the harness has said that it ends
     bool HasEnded() const { return reader_.HasEnded(); }

@@ -6,6 +6,9 @@
 #include "rig/base/Affix.h"
 
 namespace rig::log {
+
+using namespace std::string_view_literals;  // compared without a call where the sizes differ
+
 namespace {
 
 constexpr std::size_t kDamage = 3;  // characters that are cut off
@@ -54,23 +57,22 @@ void NextRequest::Forget() {
     doubled_ = 0;
 }
 
-Listed NextRequest::TakeMessage(const std::string& name, const pugi::xml_node& message) {
-    last_ = name;
-    if (name == "EVENT_LIST") {
-        if (lists_.events.empty()) {
-            doneEvents_.clear();
-        }
-        return lists_.TakeEventList(message);
+Listed NextRequest::TakeMessage(Document& message) {
+    last_ = message.Name();
+    const bool isEventList = last_ == "EVENT_LIST"sv;
+    const bool isExpected = last_ == "EVENT"sv && !lists_.events.empty() &&
+                            Event() == message.Condensed().attribute("reid").value();
+    if (isEventList && lists_.events.empty()) {
+        doneEvents_.clear();
     }
-    if (name == "XML") {
+    if (last_ == "XML"sv || isExpected) {
         doneFiles_.clear();
-        return lists_.TakeXml(message);
     }
-    if (name == "EVENT" && !lists_.events.empty() && Event() == message.attribute("reid").value()) {
-        doneFiles_.clear();
-        return lists_.TakeEvent(message);
+    if (isEventList || last_ == "XML"sv || isExpected) {
+        lists_.Append(message.Lists());
+        return message.WhatIsListed();
     }
-    if (name == "INVALID_EVENT" && lists_.files.empty() && !lists_.events.empty()) {
+    if (last_ == "INVALID_EVENT"sv && lists_.files.empty() && !lists_.events.empty()) {
         lists_.events.pop_front();
     }
     return {};
@@ -198,7 +200,7 @@ std::string NextRequest::Name() const {
     if (!announced_.empty()) {
         return announced_;
     }
-    if (last_ == "EVENT_LIST" || last_ == "EVENT_XFER_ACK" || (last_ == "INVALID_EVENT" && !popped_)) {
+    if (last_ == "EVENT_LIST"sv || last_ == "EVENT_XFER_ACK"sv || (last_ == "INVALID_EVENT"sv && !popped_)) {
         return "NEXT_EVENT";
     }
     return "GET_FILE";
@@ -207,14 +209,14 @@ std::string NextRequest::Name() const {
 Request NextRequest::MakeRequest(const Switches& switches) {
     Request request;
     request.name = Name();
-    if (request.name == "GET_FILE" && !lists_.files.empty()) {
+    if (request.name == "GET_FILE"sv && !lists_.files.empty()) {
         request.reid = lists_.files.front().first;
         request.file = lists_.files.front().second;
     } else if (switches.protocol == 2 &&
-               (request.name == "NEXT_EVENT" || request.name == "EVENT_XFER_COMPLETE")) {
+               (request.name == "NEXT_EVENT"sv || request.name == "EVENT_XFER_COMPLETE"sv)) {
         request.reid = Event();
     }
-    if (request.name == "GET_FILE" && popped_ && left_ > 1) {
+    if (request.name == "GET_FILE"sv && popped_ && left_ > 1) {
         request.pause = switches.sleepSeconds * kSecond;
     }
     if (doubled_ > 0 && --doubled_ == 0) {
@@ -224,8 +226,8 @@ Request NextRequest::MakeRequest(const Switches& switches) {
     request.isGenuine = isGenuine_;
     request.statedFile = statedFile_;
     request.statedEvents.swap(statedEvents_);
-    request.isCertain = !announcement_.empty() || last_ == "EVENT_LIST" || last_ == "EVENT" ||
-                        last_ == "XML" || last_ == "INVALID_EVENT" || last_ == "TRANSPORT_EXCEPTION";
+    request.isCertain = !announcement_.empty() || last_ == "EVENT_LIST"sv || last_ == "EVENT"sv ||
+                        last_ == "XML"sv || last_ == "INVALID_EVENT"sv || last_ == "TRANSPORT_EXCEPTION"sv;
     announced_.clear();
     fault_ = Fault::None;
     isGenuine_ = false;

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "rig/log/Document.h"
 #include "rig/log/Statement.h"
 #include "rig/log/WorkLists.h"
 
@@ -46,7 +47,7 @@ class NextRequest {
     void Forget();
 
     /// Takes a message of the dialect. @return what it lists
-    Listed TakeMessage(const std::string& name, const pugi::xml_node& message);
+    Listed TakeMessage(Document& message);
 
     /// Takes a statement of the harness about what it does. @return the fault that it injects, if any
     Fault TakeStatement(const Statement& statement, const Switches& switches);

@@ -2,10 +2,18 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <string_view>
+
 #include "rig/protocol/Catalogue.h"
 
 namespace rig::log {
+
+using namespace std::string_view_literals;  // compared without a call where the sizes differ
+
 namespace {
+
+constexpr std::size_t kUsualSize = 200;  // bytes of a request
 
 void AppendEscaped(std::string& printed, char byte) {
     switch (byte) {
@@ -34,7 +42,16 @@ void AppendEscaped(std::string& printed, char byte) {
     }
 }
 
+bool IsEscaped(char byte) {
+    return static_cast<unsigned char>(byte) < ' ' || byte == '&' || byte == '<' || byte == '>' ||
+           byte == '"' || byte == '\'';
+}
+
 void AppendValue(std::string& printed, const std::string& value) {
+    if (std::none_of(value.begin(), value.end(), IsEscaped)) {
+        printed += value;  // as almost always
+        return;
+    }
     for (const char byte : value) {
         AppendEscaped(printed, byte);
     }
@@ -46,25 +63,25 @@ std::string BogusConfiguration(int dialect) {
 }
 
 /// @return the value of an attribute; of an optional one empty if the request does not have it
-std::string ValueOf(const std::string& attribute, const Request& request, const Switches& switches,
+std::string ValueOf(std::string_view attribute, const Request& request, const Switches& switches,
                     int dialect) {
-    const bool isUpdate = request.name == "UPDATE_SOFTWARE";
-    if (attribute == "req") {
+    const bool isUpdate = request.name == "UPDATE_SOFTWARE"sv;
+    if (attribute == "req"sv) {
         return request.name;
     }
-    if (attribute == "protocolVersion") {
+    if (attribute == "protocolVersion"sv) {
         return protocol::VersionOf(dialect);
     }
-    if (attribute == "reid" || attribute == "path") {
+    if (attribute == "reid"sv || attribute == "path"sv) {
         return isUpdate ? "/mnt/hd/connectionmgr" : request.reid;
     }
-    if (attribute == "file") {
+    if (attribute == "file"sv) {
         return isUpdate ? "upgrade.zip" : request.file;
     }
-    if (attribute == "rehash") {
+    if (attribute == "rehash"sv) {
         return request.fault == Fault::Rehash ? "true" : "";
     }
-    if (attribute == "duration") {
+    if (attribute == "duration"sv) {
         return switches.doneDuration == 0 ? "" : std::to_string(switches.doneDuration);
     }
     return BogusConfiguration(dialect);
@@ -72,7 +89,10 @@ std::string ValueOf(const std::string& attribute, const Request& request, const 
 
 void AppendAttribute(std::string& printed, const char* name, const std::string& value) {
     const char quote = value.find('"') == std::string::npos ? '"' : '\'';
-    printed += fmt::format(" {}={}", name, quote);
+    printed += ' ';
+    printed += name;
+    printed += '=';
+    printed += quote;
     AppendValue(printed, value);
     printed += quote;
 }
@@ -95,7 +115,9 @@ std::string TextOf(const Request& request, const Switches& switches) {
     if (kind == nullptr) {
         return "";
     }
-    std::string printed = "<msg";
+    std::string printed;
+    printed.reserve(kUsualSize);
+    printed += "<msg";
     for (const char* const name : kind->required) {
         AppendAttribute(printed, name, ValueOf(name, request, switches, dialect));
     }
@@ -105,7 +127,8 @@ std::string TextOf(const Request& request, const Switches& switches) {
             AppendAttribute(printed, name, value);
         }
     }
-    return printed + (*kind->children == '\0' ? " />" : ">" + ListOf(request.statedEvents) + "</msg>");
+    printed += *kind->children == '\0' ? " />" : ">" + ListOf(request.statedEvents) + "</msg>";
+    return printed;
 }
 
 std::uint32_t AnnouncedFor(std::size_t size, bool isSizeWrong) {

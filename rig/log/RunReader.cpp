@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 
-#include "rig/log/HarnessText.h"
 #include "rig/protocol/Catalogue.h"
 
 namespace rig::log {
@@ -18,10 +17,14 @@ bool Knows(int protocol, const std::string& message) {
     return protocol::Find(protocol == 2 ? 2 : 1, protocol::Sender::Dvr, message) != nullptr;
 }
 
-/// @return whether the text ends with a tag, but for blanks
-bool EndsAsXml(const std::string& text) {
-    const std::size_t last = text.find_last_not_of(" \t\r\n");
-    return last != std::string::npos && text[last] == '>';
+bool IsSecondDialect(const pugi::xml_node& message) {
+    return message.attribute("protocolVersion").as_string() == std::string_view("2.0");
+}
+
+/// @return those of all runs: what one says, the next says, too
+Documents& AllDocuments() {
+    static Documents documents;
+    return documents;
 }
 
 }  // namespace
@@ -117,39 +120,21 @@ RunReader::Event RunReader::TakeSlice(const Statement& statement) {
     return Event::Message;
 }
 
-/// @return the message with its texts condensed, where those are read
-pugi::xml_node RunReader::AsTheHarnessReads(const pugi::xml_node& message) {
-    if (!message.first_child()) {
-        return message;
-    }
-    const std::string condensed = Condensed(incoming_.Text());
-    if (condensed == incoming_.Text()) {
-        return message;
-    }
-    condensed_.load_string(condensed.c_str(), kAsTheHarness);
-    return condensed_.child("msg");
-}
-
 void RunReader::TakeMessage() {
     next_.Forget();
     const std::string& text = incoming_.Text();
+    document_.reset();
+    document_ = AllDocuments().Parsed(text);
     message_ = {};
     message_.text = text;
     message_.time = incoming_.Time();
-    if (!document_.load_string(text.c_str(), kAsTheHarness)) {
-        message_.form = text.empty()       ? Message::Form::Empty
-                        : !EndsAsXml(text) ? Message::Form::BrokenOff
-                                           : Message::Form::NotWellFormed;
+    message_.form = document_->GetForm();
+    message_.root = document_->Root();
+    if (message_.form != Message::Form::Good) {
         return;
     }
-    const pugi::xml_node root = document_.child("msg");
-    if (!root) {
-        message_.form = Message::Form::NoMsg;
-        return;
-    }
-    message_.root = root;
-    message_.name = root.attribute("req").value();
-    if (!hasStart_ && root.attribute("protocolVersion").as_string() == std::string_view("2.0")) {
+    message_.name = document_->Name();
+    if (!hasStart_ && IsSecondDialect(message_.root)) {
         switches_.protocol = 2;
     }
     message_.isKnown = Knows(switches_.protocol, message_.name);
@@ -157,7 +142,7 @@ void RunReader::TakeMessage() {
         message_.isRepeated = incoming_.IsRepeated();
         message_.event = next_.Event();
         incoming_.Remember();
-        message_.listed = next_.TakeMessage(message_.name, AsTheHarnessReads(root));
+        message_.listed = next_.TakeMessage(*document_);
     }
 }
 

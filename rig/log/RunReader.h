@@ -1,9 +1,11 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <pugixml.hpp>
 #include <string>
 
+#include "rig/log/Document.h"
 #include "rig/log/Incoming.h"
 #include "rig/log/NextRequest.h"
 #include "rig/log/Statement.h"
@@ -12,7 +14,7 @@ namespace rig::log {
 
 /// A message of the DVR, as the log has it.
 struct Message {
-    enum class Form { Good, Empty, BrokenOff, NotWellFormed, NoMsg };
+    using Form = Document::Form;
 
     std::string_view text;  // byte for byte
     pugi::xml_node root;    // `msg`; none unless the form is good
@@ -58,13 +60,11 @@ class RunReader {
     void TakeSwitch(const Statement& statement);
     Event TakeSlice(const Statement& statement);
     void TakeMessage();
-    pugi::xml_node AsTheHarnessReads(const pugi::xml_node& message);
 
     Switches switches_;
     Incoming incoming_;
     NextRequest next_;
-    pugi::xml_document document_;   // the last message
-    pugi::xml_document condensed_;  // the last whose texts had white space to condense
+    std::shared_ptr<Document> document_;  // the last message; other runs may share it
     Message message_;
     Request request_;
     Fault fault_ = Fault::None;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
+#include <utility>
 
 #include "rig/log/LineTime.h"
 
@@ -40,59 +42,64 @@ std::optional<int> NumberAfter(std::string_view prefix, std::string_view word) {
     return number;
 }
 
-/// Removes the number that the text begins with. @return it; 0 if there is none
+/// Removes the number that the text begins with. @return it; 0 if there is none, or none of the logger's
 int TakeNumber(std::string_view& text) {
+    constexpr std::size_t kMostDigits = 9;
     int number = 0;
-    const auto parsed = std::from_chars(text.data(), text.data() + text.size(), number);
-    text.remove_prefix(static_cast<std::size_t>(parsed.ptr - text.data()));
-    return parsed.ec == std::errc() ? number : 0;
+    std::size_t digits = 0;
+    for (; digits < text.size() && text[digits] >= '0' && text[digits] <= '9'; ++digits) {
+        if (digits == kMostDigits) {
+            return 0;
+        }
+        number = number * 10 + (text[digits] - '0');
+    }
+    text.remove_prefix(digits);
+    return number;
 }
 
-bool TakeText(std::string_view& text, std::string_view expected) {
-    const bool isThere = text.substr(0, expected.size()) == expected;
-    text.remove_prefix(isThere ? expected.size() : 0);
-    return isThere;
+/// Removes a literal that the text begins with. Its size is known when this is compiled: no call to compare.
+template <std::size_t size>
+bool TakeText(std::string_view& text, const char (&expected)[size]) {
+    if (text.size() < size - 1 || std::memcmp(text.data(), expected, size - 1) != 0) {
+        return false;
+    }
+    text.remove_prefix(size - 1);
+    return true;
 }
 
 /// Reads a line of our own logger, where everything has its fixed place. Most logs consist of such lines.
 /// "2026-11-20T14:03:07.123456Z velloran 16 velloran:212 Sending DONE"
-std::optional<Statement> OwnLine(std::string_view line) {
+bool ReadOwnLine(std::string_view line, Statement& statement) {
     constexpr std::size_t kTimeEnd = 26;
     if (line.size() <= kTimeEnd) {
-        return std::nullopt;
+        return false;
     }
     std::string_view rest = line.substr(kTimeEnd);
     if (!TakeText(rest, "Z velloran ")) {
-        return std::nullopt;
+        return false;
     }
     const int level = TakeNumber(rest);
     if (level <= 0 || !TakeText(rest, " velloran:") || TakeNumber(rest) <= 0 || !TakeText(rest, " ")) {
-        return std::nullopt;
+        return false;
     }
-    const auto time = OwnTime(line.data());
-    if (!time) {
-        return std::nullopt;
-    }
-    Statement parsed;
-    parsed.text = rest;
-    parsed.time = time;
-    parsed.level = level;
-    return parsed;
+    statement.time = OwnTime(line.data());
+    statement.level = level;
+    statement.text = rest;
+    return statement.time.has_value();
 }
 
 /// Reads a line of a syslog file or of journalctl's output.
-std::optional<Statement> ForeignLine(std::string_view line) {
+bool ReadForeignLine(std::string_view line, Statement& statement) {
     const auto source = FindSource(line);
     if (!source) {
-        return std::nullopt;
+        return false;
     }
     const std::string_view prefix = line.substr(0, source->first);
-    Statement parsed;
-    parsed.text = line.substr(source->second);
-    parsed.time = ForeignTime(prefix);
-    parsed.process = NumberAfter(prefix, kProcess);
-    parsed.level = NumberAfter(prefix, kName);
-    return parsed;
+    statement.text = line.substr(source->second);
+    statement.time = ForeignTime(prefix);
+    statement.process = NumberAfter(prefix, kProcess);
+    statement.level = NumberAfter(prefix, kName);
+    return true;
 }
 
 void TellSign(Statement& statement) {
@@ -145,12 +152,11 @@ std::optional<Statement> ReadStatement(std::string_view line) {
     if (!line.empty() && line.back() == '\r') {
         line.remove_suffix(1);
     }
-    std::optional<Statement> statement = OwnLine(line);
-    if (!statement) {
-        statement = ForeignLine(line);
-    }
-    if (statement) {
+    std::optional<Statement> statement(std::in_place);
+    if (ReadOwnLine(line, *statement) || ReadForeignLine(line, *statement)) {
         TellSign(*statement);
+    } else {
+        statement.reset();
     }
     return statement;
 }

@@ -7,6 +7,11 @@
 
 namespace rig::log {
 
+void WorkLists::Append(const WorkLists& more) {
+    events.insert(events.end(), more.events.begin(), more.events.end());
+    files.insert(files.end(), more.files.begin(), more.files.end());
+}
+
 Listed WorkLists::TakeEventList(const pugi::xml_node& message) {
     Listed listed;
     std::set<std::string> seen;

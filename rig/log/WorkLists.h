@@ -34,6 +34,9 @@ class WorkLists {
     std::deque<std::string> events;
     std::deque<File> files;
 
+    /// Adds events and files of another list.
+    void Append(const WorkLists& more);
+
     /// Takes the identifiers of EVENT_LIST.
     Listed TakeEventList(const pugi::xml_node& message);
 

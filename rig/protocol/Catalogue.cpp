@@ -3,10 +3,8 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
-#include <map>
 #include <set>
 #include <string>
-#include <tuple>
 
 namespace rig::protocol {
 namespace {
@@ -73,16 +71,12 @@ const std::vector<MessageKind>& Catalogue() {
 // clang-format on
 
 const MessageKind* Find(int dialect, Sender sender, std::string_view name) {
-    using Key = std::tuple<std::string_view, int, Sender>;
-    static const std::map<Key, const MessageKind*> kKinds = [] {
-        std::map<Key, const MessageKind*> kinds;
-        for (const MessageKind& kind : Catalogue()) {
-            kinds[{kind.name, kind.dialect, kind.sender}] = &kind;
+    for (const MessageKind& kind : Catalogue()) {
+        if (kind.dialect == dialect && kind.sender == sender && kind.name == name) {
+            return &kind;
         }
-        return kinds;
-    }();
-    const auto found = kKinds.find({name, dialect, sender});
-    return found == kKinds.end() ? nullptr : found->second;
+    }
+    return nullptr;
 }
 
 std::optional<int> OnlyDialectOf(std::string_view name) {

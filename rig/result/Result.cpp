@@ -12,6 +12,10 @@ constexpr std::int64_t kMicroseconds = 1'000'000;  // in a second
 
 }  // namespace
 
+bool NeedsWords(Verdict verdict) {
+    return verdict != Verdict::Pass && verdict != Verdict::NotReached;
+}
+
 const char* NameOf(Verdict verdict) {
     switch (verdict) {
         case Verdict::Pass:

@@ -19,6 +19,9 @@ enum class Verdict {
     Fail
 };
 
+/// @return whether a report for people says what was expected and found
+bool NeedsWords(Verdict verdict);
+
 /// @return the verdict as reports print it, in capitals: "PASS", "NOT REACHED" ...
 const char* NameOf(Verdict verdict);
 

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <iterator>
 #include <ostream>
 #include <sstream>
@@ -40,6 +42,33 @@ std::string Shown(Verdict verdict, std::size_t width, bool colour) {
     return Coloured(name, colour ? ColourOf(verdict) : Colour::Plain);
 }
 
+// Most of what is printed are rows of checks and times: appended, not formatted.
+
+constexpr std::string_view kBlanks = "                      ";
+
+void AppendPadded(Text& text, std::string_view column, std::size_t width) {
+    text.append(column);
+    text.append(kBlanks.substr(0, width - std::min(width, column.size())));
+}
+
+void AppendRight(Text& text, std::string_view column, std::size_t width) {
+    text.append(kBlanks.substr(0, width - std::min(width, column.size())));
+    text.append(column);
+}
+
+void AppendRow(Text& text, const CheckResult& check, bool colour) {
+    constexpr std::size_t kWidth = 13;
+    text.append(std::string_view("  "));
+    if (colour) {
+        text.append(Shown(check.verdict, kWidth, true));
+    } else {
+        AppendPadded(text, NameOf(check.verdict), kWidth);
+    }
+    text.append(std::string_view("  "));
+    text.append(check.id);
+    text.push_back('\n');
+}
+
 void PrintCheck(Text& text, const CheckResult& check, bool colour) {
     Print(text, "\n{} {}\n", Shown(check.verdict, 0, colour), check.id);
     Print(text, "  {}\n  expected: {}\n  found:    {}\n", check.requirement, check.expected, check.found);
@@ -52,34 +81,42 @@ std::string TitleOf(const RunResult& run) {
     return run.name + (run.switches.empty() ? "" : "  velloran " + run.switches);
 }
 
-bool NeedsWords(const CheckResult& check) {
-    return check.verdict != Verdict::Pass && check.verdict != Verdict::NotReached;
+/// Appends a time with one decimal.
+void AppendTime(Text& text, double time) {
+    std::array<char, 400> digits;  // any number fits
+    const auto* const end =
+        std::to_chars(digits.data(), digits.data() + digits.size(), time, std::chars_format::fixed, 1).ptr;
+    AppendRight(text, {digits.data(), static_cast<std::size_t>(end - digits.data())}, 10);
 }
 
 void PrintTimings(Text& text, const RunResult& run) {
     if (run.timings.empty()) {
         return;
     }
-    Print(text, "\n  {:<22}{:>7}{:>10}{:>10}{:>10}{:>10}  (reaction of the DVR, ms)\n", "request", "count",
-          "median", "95 %", "99 %", "longest");
+    static const std::string kHead =
+        fmt::format("\n  {:<22}{:>7}{:>10}{:>10}{:>10}{:>10}  (reaction of the DVR, ms)\n", "request",
+                    "count", "median", "95 %", "99 %", "longest");
+    text.append(kHead);
     for (const Timing& timing : run.timings) {
-        Print(text, "  {:<22}{:>7}{:>10.1f}{:>10.1f}{:>10.1f}{:>10.1f}\n", timing.request, timing.count,
-              timing.median, timing.percentile95, timing.percentile99, timing.longest);
+        text.append(std::string_view("  "));
+        AppendPadded(text, timing.request, 22);
+        const fmt::format_int count(timing.count);
+        AppendRight(text, {count.data(), count.size()}, 7);
+        for (const double time : {timing.median, timing.percentile95, timing.percentile99, timing.longest}) {
+            AppendTime(text, time);
+        }
+        text.push_back('\n');
     }
 }
 
 void PrintRun(Text& text, const RunResult& run, bool colour) {
     Print(text, "{}\n", TitleOf(run));
-    for (const CheckResult& check : run.checks) {  // most of what is printed: appended, not formatted
-        text.append(std::string_view("  "));
-        text.append(Shown(check.verdict, 13, colour));
-        text.append(std::string_view("  "));
-        text.append(check.id);
-        text.push_back('\n');
+    for (const CheckResult& check : run.checks) {
+        AppendRow(text, check, colour);
     }
     PrintTimings(text, run);
     for (const CheckResult& check : run.checks) {
-        if (NeedsWords(check)) {
+        if (NeedsWords(check.verdict)) {
             PrintCheck(text, check, colour);
         }
     }
@@ -111,18 +148,27 @@ void RunPrinter::Add(const RunResult& run) {
     PrintRun(text, run, colour_);
     out_.write(text.data(), static_cast<std::streamsize>(text.size()));
     Row row{TitleOf(run), std::string(ids_.size(), ' ')};
+    std::size_t column = 0;
     for (const CheckResult& check : run.checks) {
-        const auto id = std::find(ids_.begin(), ids_.end(), check.id);
-        const auto column = static_cast<std::size_t>(id - ids_.begin());
-        if (id == ids_.end()) {
-            ids_.push_back(check.id);
-            row.letters += ' ';
-        }
+        column = ColumnOf(check.id, column);
+        row.letters.resize(ids_.size(), ' ');
         row.letters[column] = LetterOf(check.verdict);
         ++counts_[check.verdict];
     }
     rows_.push_back(std::move(row));
     worst_ = std::max(worst_, WorstOf(run));
+}
+
+/// @param expected  where it probably is or comes before: runs have much the same checks in the same order
+/// @return the check's column in the matrix; a new one if it has none
+std::size_t RunPrinter::ColumnOf(const std::string& id, std::size_t expected) {
+    const auto start = ids_.begin() + static_cast<std::ptrdiff_t>(expected);
+    auto found = std::find(start, ids_.end(), id);
+    if (found == ids_.end()) {
+        found = std::find(ids_.begin(), start, id);
+        found = found == start ? ids_.insert(ids_.end(), id) : found;
+    }
+    return static_cast<std::size_t>(found - ids_.begin());
 }
 
 void RunPrinter::PrintMatrix(std::size_t first, std::size_t end) {
@@ -138,7 +184,8 @@ void RunPrinter::PrintMatrix(std::size_t first, std::size_t end) {
         Print(text, "\n{:<28}", ids_[check]);
         for (std::size_t run = first; run < end; ++run) {
             const std::string& letters = rows_[run].letters;
-            Print(text, "{:>4}", check < letters.size() ? letters[check] : ' ');
+            text.append(std::string_view("   "));
+            text.push_back(check < letters.size() ? letters[check] : ' ');
         }
     }
     Print(text, "\n\n");

@@ -35,6 +35,7 @@ class RunPrinter {
         std::string letters;  // of the verdicts, in the order of ids_
     };
 
+    std::size_t ColumnOf(const std::string& id, std::size_t expected);
     void PrintMatrix(std::size_t first, std::size_t end);
 
     std::ostream& out_;

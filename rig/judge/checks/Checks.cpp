@@ -18,8 +18,8 @@ bool IsHeldAgainst(const Finding& finding) {
 
 /// @return whether what proves a failure comes before what the judge misread
 bool IsProvedBefore(const result::Evidence& misread, const Finding& finding) {
-    return !finding.evidence.empty() && finding.evidence.front().file == misread.file &&
-           finding.evidence.front().line < misread.line;
+    const std::vector<result::Evidence> lines = finding.evidence.Lines();
+    return !lines.empty() && lines.front().file == misread.file && lines.front().line < misread.line;
 }
 
 bool MayBeMisread(const Finding& finding, const Run& run, Needs needs) {
@@ -33,16 +33,16 @@ Finding Judged(const Check& check, const Run& run, const Limits& limits) {
     Finding finding = check.judge(run, limits);
     if (check.needs == Needs::WholeLog && IsHeldAgainst(finding) && IsIncomplete(run)) {
         finding.verdict = result::Verdict::Inconclusive;
-        finding.found = "the log does not hold all of the run; as far as it goes, " + finding.found;
+        finding.found = "the log does not hold all of the run; as far as it goes, " + finding.found.Whole();
     } else if (IsHeldAgainst(finding) && MayBeMisread(finding, run, check.needs)) {
         finding.verdict = result::Verdict::Inconclusive;
         finding.found =
             "the judge misread what the harness asked for (see log.understood); as it reads it, " +
-            finding.found;
+            finding.found.Whole();
     }
     if (finding.verdict == result::Verdict::Warning && limits.isStrict) {
         finding.verdict = result::Verdict::Fail;
-        finding.expected += " (else a warning, which --strict makes a failure)";
+        finding.expected = finding.expected.Whole() + " (else a warning, which --strict makes a failure)";
     }
     return finding;
 }
@@ -69,7 +69,7 @@ Listing ListChecks() {
     return listing;
 }
 
-std::vector<result::CheckResult> JudgeRun(const Run& run, const Limits& limits) {
+std::vector<result::CheckResult> JudgeRun(const Run& run, const Limits& limits, bool words) {
     std::vector<result::CheckResult> results;
     results.reserve(AllChecks().size());
     for (const Check& check : AllChecks()) {
@@ -77,8 +77,12 @@ std::vector<result::CheckResult> JudgeRun(const Run& run, const Limits& limits) 
             continue;
         }
         Finding finding = Judged(check, run, limits);
-        results.push_back({check.id, check.requirement, finding.verdict, std::move(finding.expected),
-                           std::move(finding.found), std::move(finding.evidence)});
+        if (words || result::NeedsWords(finding.verdict)) {
+            results.push_back({check.id, check.requirement, finding.verdict, finding.expected.Whole(),
+                               finding.found.Whole(), finding.evidence.Lines()});
+        } else {
+            results.push_back({check.id, {}, finding.verdict, {}, {}, {}});
+        }
     }
     return results;
 }

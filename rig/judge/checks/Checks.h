@@ -7,6 +7,7 @@
 
 #include "rig/base/Listing.h"
 #include "rig/judge/Run.h"
+#include "rig/judge/Text.h"
 #include "rig/judge/delivery/DeliveryPlace.h"
 
 namespace rig::judge {
@@ -29,9 +30,9 @@ struct Limits {
 /// The verdict of one check, with what was expected and found.
 struct Finding {
     result::Verdict verdict = result::Verdict::NotReached;
-    std::string expected;
-    std::string found;
-    std::vector<result::Evidence> evidence;
+    Text expected;
+    Text found;
+    Proof evidence;
 };
 
 /// What a check needs besides a run that it concerns.
@@ -71,6 +72,7 @@ const std::vector<Check>& AllChecks();
 Listing ListChecks();
 
 /// Applies all checks that concern the run.
-std::vector<result::CheckResult> JudgeRun(const Run& run, const Limits& limits);
+/// @param words  whether to say of each what was expected and found, not only of those that reports explain
+std::vector<result::CheckResult> JudgeRun(const Run& run, const Limits& limits, bool words);
 
 }  // namespace rig::judge

@@ -27,39 +27,39 @@ bool IsForTheDvr(const result::Evidence& assertion) {
 }
 
 Finding HasStart(const Run& run, const Limits& /*limits*/) {
-    const std::string expected = "the switches, or the line \"Connected to: \"";
+    const Text expected = "the switches, or the line \"Connected to: \"";
     return run.hasStart
                ? Pass(expected, "the start of the run")
                : Inconclusive(expected, "the log begins in the middle of a run: its switches are unknown");
 }
 
 Finding HarnessRan(const Run& run, const Limits& /*limits*/) {
-    const std::string expected = "a harness that serves until it is interrupted";
+    const Text expected = "a harness that serves until it is interrupted";
     if (run.Saw(log::Sign::BindFailed)) {
-        return {Verdict::Environment, expected, "port 5001 was taken", run.Of(log::Sign::BindFailed).Lines()};
+        return {Verdict::Environment, expected, "port 5001 was taken", run.Of(log::Sign::BindFailed).Shown()};
     }
     if (run.Saw(log::Sign::NoSignalHandler)) {
         return {Verdict::Environment, expected, "no handler for SIGINT",
-                run.Of(log::Sign::NoSignalHandler).Lines()};
+                run.Of(log::Sign::NoSignalHandler).Shown()};
     }
     for (const result::Evidence& assertion : run.assertions.Lines()) {
         if (!IsForTheDvr(assertion)) {
-            return {Verdict::Environment, expected, "it aborted for a reason of its own", {assertion}};
+            return {Verdict::Environment, expected, "it aborted for a reason of its own", Proof({assertion})};
         }
     }
     if (run.exceptions.Any() && !run.EndedByMessage()) {
-        return {Verdict::Environment, expected, "an exception of its own ended it", run.exceptions.Lines()};
+        return {Verdict::Environment, expected, "an exception of its own ended it", run.exceptions.Shown()};
     }
     if (run.markerFailures.Any()) {
         return {Verdict::Environment, expected,
                 "its shell could not make the failure marker: /mnt/hd is missing or cannot be written",
-                run.markerFailures.Lines()};
+                run.markerFailures.Shown()};
     }
     return Pass(expected, "no failure of the harness itself");
 }
 
 Finding LogIsWhole(const Run& run, const Limits& /*limits*/) {
-    const std::string expected = "every message whole, and the end of the run";
+    const Text expected = "every message whole, and the end of the run";
     if (run.damaged.Any()) {
         return Inconclusive(expected, "messages that the log holds only in part", run.damaged);
     }
@@ -82,7 +82,7 @@ Finding LogIsWhole(const Run& run, const Limits& /*limits*/) {
 }
 
 Finding LogIsUnderstood(const Run& run, const Limits& /*limits*/) {
-    const std::string expected = "every request as long as the judge believes";
+    const Text expected = "every request as long as the judge believes";
     return run.misread.Any()
                ? Inconclusive(
                      expected,
@@ -94,7 +94,7 @@ Finding LogIsUnderstood(const Run& run, const Limits& /*limits*/) {
 }
 
 Finding ConnectionMade(const Run& run, const Limits& limits) {
-    const std::string expected = "a connection of the DVR";
+    const Text expected = "a connection of the DVR";
     if (run.Saw(log::Sign::Connected) || run.Saw(log::Sign::Expecting)) {
         return Pass(expected, "connected", run.Of(log::Sign::Connected));
     }
@@ -107,7 +107,7 @@ Finding ConnectionMade(const Run& run, const Limits& limits) {
 }
 
 Finding ConnectionOpened(const Run& run, const Limits& limits) {
-    const std::string expected = "OK as the first message";
+    const Text expected = "OK as the first message";
     if (run.openedByOk) {
         return Pass(expected, "OK", run.Of(log::Sign::Opening));
     }
@@ -129,7 +129,7 @@ Finding ConnectionOpened(const Run& run, const Limits& limits) {
 }
 
 Finding ConnectionKept(const Run& run, const Limits& /*limits*/) {
-    const std::string expected = "one connection, kept until DONE, ended nowhere inside a message";
+    const Text expected = "one connection, kept until DONE, ended nowhere inside a message";
     const bool isDone = run.doneSent.Any() && !run.isExporting;
     for (const result::Evidence& assertion : run.assertions.Lines()) {
         if (!isDone && IsSecondConnection(assertion)) {

@@ -10,10 +10,8 @@ namespace rig::judge {
 namespace {
 
 bool HasReports(const Run& run) {
-    const auto& kinds = protocol::Catalogue();
-    return std::any_of(kinds.begin(), kinds.end(), [&run](const protocol::MessageKind& kind) {
-        return protocol::IsReport(kind.name) && run.Received(kind.name) > 0;
-    });
+    return std::any_of(run.received.begin(), run.received.end(),
+                       [](const auto& message) { return protocol::IsReport(message.first); });
 }
 
 bool ProvokesReports(const Run& run) {
@@ -28,7 +26,7 @@ Finding EventListSource(const Run& run, const Limits& /*limits*/) {
 }
 
 Finding EventListEvents(const Run& run, const Limits& /*limits*/) {
-    const std::string expected = "an identifier for each event in EVENT_LIST";
+    const Text expected = "an identifier for each event in EVENT_LIST";
     if (run.Saw(log::Sign::NoEvents) && !run.listedElsewhere.Any()) {
         return Inconclusive(expected,
                             "no event was listed: the log cannot tell whether the DVR has none, and nothing "
@@ -72,7 +70,7 @@ Finding Description(const Run& run, const Limits& /*limits*/) {
 }
 
 Finding DescriptionFiles(const Run& run, const Limits& /*limits*/) {
-    const std::string expected = "at least one file for each event";
+    const Text expected = "at least one file for each event";
     if (run.switches.protocol == 1 && run.noFiles.Any() && run.files > 0) {
         return Warn(expected,
                     Words("a description without files, which 1.0 allows: nothing of that event is exported",
@@ -93,7 +91,7 @@ Finding FileAttributes(const Run& run, const Limits& /*limits*/) {
 }
 
 Finding FileIdentity(const Run& run, const Limits& limits) {
-    const std::string expected = "each file completed once, in the order of the requests";
+    const Text expected = "each file completed once, in the order of the requests";
     const Tally unanswered = Unanswered(run, "GET_FILE", limits);
     const bool isOpen = !unanswered.Any() && IsWaiting(run, "GET_FILE");
     return NoneOf({{run.completedAgain, "a file completed twice"},
@@ -120,7 +118,7 @@ Finding ReportReid(const Run& run, const Limits& /*limits*/) {
 }
 
 Finding ExportDone(const Run& run, const Limits& limits) {
-    const std::string expected = "an export that ends with DONE";
+    const Text expected = "an export that ends with DONE";
     if (run.doneSent.Any() && !run.isExporting) {
         return Pass(expected, "DONE", run.Of(log::Sign::SendingDone));
     }

@@ -36,7 +36,7 @@ Finding FiredOf(const Run& run, const Limits& /*limits*/) {
     return Fired(run, fault);
 }
 
-Finding Answered(const Run& run, Fault fault, const std::string& expected, const Limits& limits) {
+Finding Answered(const Run& run, Fault fault, const Text& expected, const Limits& limits) {
     const FaultRecord& record = run.Of(fault);
     if (!record.fired.Any() || IsGenuine(record)) {
         return NotReached(expected, "the fault was never injected");
@@ -98,7 +98,7 @@ Finding RehashAttributes(const Run& run, const Limits& /*limits*/) {
                   "hashCode and length when a new hash is asked for", "no answer");
 }
 Finding RehashSame(const Run& run, const Limits& /*limits*/) {
-    const std::string expected = "the same hash, or a report that it is a new one";
+    const Text expected = "the same hash, or a report that it is a new one";
     if (!run.Of(Fault::Rehash).fired.Any()) {
         return NotReached(expected, "a new hash was never asked for");
     }

@@ -65,7 +65,7 @@ std::string HowUnanswered(const Run& run, const Request& request) {
 }
 
 Finding RequestsAnswered(const Run& run, const Limits& limits) {
-    const std::string expected = "an answer to every request";
+    const Text expected = "an answer to every request";
     const Tally unanswered = Unanswered(run, "", limits);
     if (unanswered.Any()) {
         const auto first = std::find_if(

@@ -17,7 +17,7 @@ bool WithWhole(const Run& run) {
 }
 
 Finding AnsweredBy(const Run& run, const Limits& limits, const char* answer, const char* request,
-                   const std::string& expected) {
+                   const Text& expected) {
     if (run.Received(answer) > 0) {
         return Pass(expected, "it came", run.received.at(answer));
     }
@@ -58,7 +58,7 @@ Finding SizeFired(const Run& run, const Limits& /*limits*/) {
                : Inconclusive(kFired, "never injected: no frame went out");
 }
 Finding SizeAnswered(const Run& run, const Limits& limits) {
-    const std::string expected = "no message after a frame that is shorter than its prefix says";
+    const Text expected = "no message after a frame that is shorter than its prefix says";
     if (!run.Saw(log::Sign::SentWrongSize)) {
         return NotReached(expected, "no frame went out");
     }
@@ -85,7 +85,7 @@ Finding CloseFired(const Run& run, const Limits& /*limits*/) {
                                                       run.acksAtDone, run.switches.closeEarly));
 }
 Finding CloseAnswered(const Run& run, const Limits& limits) {
-    const std::string expected =
+    const Text expected =
         fmt::format("{} acknowledgements, then DONE, then nothing of this export", run.switches.closeEarly);
     if (CloseFired(run, limits).verdict != result::Verdict::Pass) {
         return NotReached(expected, "the export was not closed early");
@@ -117,7 +117,7 @@ double WatchedFor(const Run& run, const Limits& limits) {
     return std::max(limits.after.watchedFor, logged);
 }
 
-Finding NotWatched(const std::string& expected, const Run& run, double watched) {
+Finding NotWatched(const Text& expected, const Run& run, double watched) {
     if (run.assertions.Any()) {
         return Inconclusive(expected, "the DVR connected again; when, the log does not tell", run.assertions);
     }
@@ -131,8 +131,7 @@ Finding NotWatched(const std::string& expected, const Run& run, double watched) 
 }
 
 Finding DurationAnswered(const Run& run, const Limits& limits) {
-    const std::string expected =
-        fmt::format("no call of the DVR for {} min after DONE", run.switches.doneDuration);
+    const Text expected = fmt::format("no call of the DVR for {} min after DONE", run.switches.doneDuration);
     if (!run.doneSent.Any() || run.switches.protocol == 1) {
         return NotReached(expected,
                           run.switches.protocol == 1 ? "protocol 1.0 does not heed this switch" : "no DONE");

@@ -12,7 +12,7 @@ bool HasReactions(const Run& run) {
 
 Finding Reaction(const Run& run, const Limits& limits) {
     const double limit = limits.maxReaction.value_or(0);
-    const std::string expected = fmt::format("every answer within {:.0f} ms", limit);
+    const Text expected = fmt::format("every answer within {:.0f} ms", limit);
     if (!run.hasFractions) {
         return Inconclusive(expected, "the log's times are whole seconds");
     }
@@ -20,7 +20,7 @@ Finding Reaction(const Run& run, const Limits& limits) {
         if (times.Longest() > limit) {
             Finding late = Fail(
                 expected, fmt::format("a late answer to {} (after {:.1f} ms)", request, times.Longest()), {});
-            late.evidence.push_back(times.LongestAt());
+            late.evidence.Add(times.LongestAt());
             return late;
         }
     }

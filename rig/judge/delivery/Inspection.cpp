@@ -34,7 +34,7 @@ bool IsFolder(const fs::path& path) {
 
 bool IsLogOf(const Run& run, const fs::path& path) {
     std::error_code unknown;
-    return fs::equivalent(run.begin.file, path, unknown);
+    return fs::equivalent(run.file, path, unknown);
 }
 
 bool IsWithin(const Run& run, std::int64_t time) {

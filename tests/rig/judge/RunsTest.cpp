@@ -257,9 +257,10 @@ TEST(Runs, SurviveRandomBytes) {
 }
 
 TEST(ReactionTimes, GivePercentilesToAFewPercent) {
+    rig::judge::KeptLines kept;
     rig::judge::ReactionTimes times;
     for (int millisecond = 1; millisecond <= 1000; ++millisecond) {
-        times.Add(std::int64_t{millisecond} * 1000, {"test.log", 1, ""});
+        times.Add(std::int64_t{millisecond} * 1000, {"test.log", 1, "", &kept});
     }
     EXPECT_NEAR(times.Percentile(0.5), 500, 15);
     EXPECT_NEAR(times.Percentile(0.99), 990, 30);

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <pugixml.hpp>
+#include <string>
+#include <string_view>
+
+#include "rig/log/WorkLists.h"
+
+namespace rig::log {
+
+/// What the text of one message of the DVR says, whatever came before it.
+class Document {
+ public:
+    enum class Form { Good, Empty, BrokenOff, NotWellFormed, NoMsg };
+
+    void Parse(const std::string& text);
+
+    Form GetForm() const { return form_; }
+    pugi::xml_node Root() const { return root_; }      // `msg`; none unless the form is good
+    const std::string& Name() const { return name_; }  // `req`
+
+    /// @return `msg` with its texts condensed, as the harness reads them
+    pugi::xml_node Condensed() const { return condensedRoot_; }
+
+    /// @return the events and files that it lists, and what is wrong with them; nothing for a message that
+    /// has none
+    const WorkLists& Lists();
+    const Listed& WhatIsListed() const { return listed_; }
+
+ private:
+    void Condense(const std::string& text);
+
+    pugi::xml_document document_;
+    pugi::xml_document condensed_;  // if the texts had white space to condense
+    Form form_ = Form::Empty;
+    pugi::xml_node root_;
+    pugi::xml_node condensedRoot_;
+    std::string name_;
+    std::optional<WorkLists> lists_;
+    Listed listed_;
+};
+
+/// The messages of a log, parsed. A DVR says much the same in every run, and acknowledges alike in one: a
+/// message whose text is that of an earlier one is not parsed again.
+class Documents {
+ public:
+    std::shared_ptr<Document> Parsed(const std::string& text);
+
+ private:
+    struct Slot {
+        std::string text;
+        std::shared_ptr<Document> document;
+    };
+
+    std::array<Slot, 256> slots_;  // by the hash of the text
+};
+
+}  // namespace rig::log
