@@ -41,6 +41,14 @@ inline CLI::Validator OneOf(const std::string& one, const std::string& other) {
     return CLI::Validator(check, "");
 }
 
+/// Says that an option takes the path of a file or folder, `type` as help shows it, and refuses an empty one:
+/// a script's unset variable is not a wish to leave the option out.
+inline void TakesPath(CLI::Option& option, const std::string& type) {
+    option.type_name(type)->check(CLI::Validator(
+        [](const std::string& text) { return text.empty() ? "expected a path, found ''" : std::string(); },
+        ""));
+}
+
 /// Adds --format, which says how a --list-... option prints.
 inline void AddFormatOption(CLI::App& command, std::string& format) {
     command.add_option("--format", format, "How to print a list")

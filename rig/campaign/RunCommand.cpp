@@ -59,8 +59,9 @@ void AddCommandOptions(CLI::App& run, RunOptions& options) {
                "The harness, such as 'ssh rig velloran' (default: the one next to this program, or on PATH)");
     addCommand("--stop", options.stop,
                "Interrupts the harness, where SIGINT to its command does not reach it");
-    run.add_option("--log", options.log, "Where the harness's log goes (default: its standard output)")
-        ->type_name("FILE");
+    TakesPath(
+        *run.add_option("--log", options.log, "Where the harness's log goes (default: its standard output)"),
+        "FILE");
     run.add_option_function<std::string>(
            "--dvr", [&options](const std::string& command) { options.dvr = command; },
            "Start this for each case; without COMMAND, the simulated DVR. Without --dvr, wait for a recorder")
@@ -94,13 +95,15 @@ void AddPatienceOptions(CLI::App& run, RunOptions& options) {
 }
 
 void AddEvidenceOptions(CLI::App& run, RunOptions& options) {
-    run.add_option("--out", options.out,
-                   "Folder for the evidence, new or empty (default: velloran-campaign-YYYYMMDD-HHMMSS)")
-        ->type_name("DIR");
+    TakesPath(
+        *run.add_option("--out", options.out,
+                        "Folder for the evidence, new or empty (default: velloran-campaign-YYYYMMDD-HHMMSS)"),
+        "DIR");
     run.add_option("--note", options.note, "Note for the evidence: firmware, unit")->type_name("TEXT");
-    run.add_option("--known", options.known,
-                   "Known failures: on each line a check, a blank, and what a report says was found")
-        ->type_name("FILE");
+    TakesPath(
+        *run.add_option("--known", options.known,
+                        "Known failures: on each line a check, a blank, and what a report says was found"),
+        "FILE");
     judge::AddDeliveryOptions(run, options.delivery);
     run.add_flag("--capture", options.capture, "Capture the packets of port 5001 for each case");
 }

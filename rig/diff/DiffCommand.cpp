@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "rig/base/Complaint.h"
+#include "rig/base/OptionChecks.h"
 #include "rig/base/Terminal.h"
 #include "rig/base/WriteWhole.h"
 #include "rig/diff/Compare.h"
@@ -43,9 +44,9 @@ void AddDiffCommand(CLI::App& app, int& status) {
     diff->add_option("BEFORE", options->before, "Folder of a campaign")->required()->type_name("DIR");
     diff->add_option("NOW", options->after, "Folder of a later one")->required()->type_name("DIR");
     diff->add_flag("--all", options->all, "Also name the cases that are the same");
-    diff->add_option("--json", options->json, "Write the result as JSON")->type_name("FILE");
-    diff->add_option("--html", options->html, "Write one page with links into the evidence")
-        ->type_name("FILE");
+    TakesPath(*diff->add_option("--json", options->json, "Write the result as JSON"), "FILE");
+    TakesPath(*diff->add_option("--html", options->html, "Write one page with links into the evidence"),
+              "FILE");
     diff->callback([options, &status] { status = RunDiff(*options); });
 }
 

@@ -217,16 +217,15 @@ void AddJudgeCommand(CLI::App& app, int& status) {
         ->transform(Between(0.0, kLongestSeconds * 1000))
         ->type_name("MS");
     judge->add_flag("--strict", options->strict, "Fail on what is legal, but what a recorder should not do");
-    judge
-        ->add_option("--known", options->known,
-                     "Known failures: on each line a check, a blank, and what a report says was found")
-        ->type_name("FILE");
-    judge->add_option("--json", options->json, "Write the result as JSON")->type_name("FILE");
-    judge->add_option("--junit", options->junit, "Write the result as JUnit XML")->type_name("FILE");
-    judge->add_option("--tap", options->tap, "Write the result in the Test Anything Protocol")
-        ->type_name("FILE");
-    judge->add_option("--html", options->html, "Write one page to mail: the checks, the dialogue and the log")
-        ->type_name("FILE");
+    const auto addFile = [judge](const std::string& name, std::string& file, const std::string& text) {
+        TakesPath(*judge->add_option(name, file, text), "FILE");
+    };
+    addFile("--known", options->known,
+            "Known failures: on each line a check, a blank, and what a report says was found");
+    addFile("--json", options->json, "Write the result as JSON");
+    addFile("--junit", options->junit, "Write the result as JUnit XML");
+    addFile("--tap", options->tap, "Write the result in the Test Anything Protocol");
+    addFile("--html", options->html, "Write one page to mail: the checks, the dialogue and the log");
     AddDeliveryOptions(*judge, options->delivery);
     judge->add_flag("--list-checks", options->listChecks, "Print all checks and exit");
     AddFormatOption(*judge, options->format);

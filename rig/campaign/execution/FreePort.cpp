@@ -61,7 +61,7 @@ void Knock(const Socket& socket) {
     const sockaddr_in to = AddressOf(socket.own);
     const Descriptor caller(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     if (bind(caller.Number(), reinterpret_cast<const sockaddr*>(&from), sizeof from) == 0) {
-        connect(caller.Number(), reinterpret_cast<const sockaddr*>(&to), sizeof to);
+        static_cast<void>(connect(caller.Number(), reinterpret_cast<const sockaddr*>(&to), sizeof to));
     }
 }
 

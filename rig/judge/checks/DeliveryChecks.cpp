@@ -13,7 +13,8 @@ using result::Verdict;
 bool IsSeen(const Run& run) {
     return run.delivery->unreadable.empty();
 }
-template <Files DeliveryFacts::*files>
+using FilesOfFacts = Files DeliveryFacts::*;
+template <FilesOfFacts files>
 bool Has(const Run& run) {
     return IsSeen(run) && (run.delivery.get()->*files).Any();
 }

@@ -58,13 +58,12 @@ DeliveredFile LookAt(const DeliveryPlace& place, const std::string& path) {
     DeliveredFile file;
     file.path = Below(folder, whole);
     struct stat found = {};
+    const bool isKnown = stat(whole.c_str(), &found) == 0;
     if (file.path.empty()) {
         file.form = DeliveredFile::Form::Outside;
-    } else if (stat(whole.c_str(), &found) != 0) {
-        return Failed(std::error_code(errno, std::generic_category()));
-    } else if (!S_ISREG(found.st_mode)) {
+    } else if (isKnown && !S_ISREG(found.st_mode)) {
         file.form = DeliveredFile::Form::NotFile;
-    } else if (!OpenToRead(whole).IsOpen()) {
+    } else if (!isKnown || !OpenToRead(whole).IsOpen()) {
         return Failed(std::error_code(errno, std::generic_category()));
     } else {
         file.form = DeliveredFile::Form::File;

@@ -23,7 +23,7 @@ TEST_F(DiffCommand, NamesTheCheckThatGotWorseAndTheOneThatGotBetter) {
     ExpectHolds(worse.output,
                 "    worse     check event-list.source\n"
                 "              before: PASS: nothing else\n"
-                "              now:    FAIL: EVENT_LIST without source\n");
+                "              now:    FAIL: EVENT_LIST without source (<msg ");
     ExpectHolds(worse.output, "\n1 case worse, 0 better, 0 changed, 0 the same\n");
 
     const ProgramResult better = RunRig({"diff", "/mnt/new", "/mnt/old"});

@@ -32,6 +32,7 @@ TEST(Messages, DivergeFromTheEarlierRunThatTheyAreMostLike) {
 TEST(Messages, WhoseNumberVariedBeforeAreCountedOnlyBeyondThat) {
     const std::vector<CaseRun> before = {RunWith({"a"}), RunWith({"a", "a", "a"})};
     EXPECT_EQ(CompareRuns(before, {RunWith({"a", "a"})}).differences.size(), 1U);  // the order only
+    EXPECT_EQ(CompareRuns({RunWith({"a", "a"})}, before).differences.size(), 1U);
     const CaseComparison compared = CompareRuns(before, {RunWith({"a", "a", "a", "a"})});
     ASSERT_EQ(compared.differences.size(), 2U);
     EXPECT_EQ(compared.differences[1].before, "a 1 to 3");

@@ -40,5 +40,11 @@ TEST(Checks, AreListedInTheOrderOfReports) {
     }
 }
 
+TEST(Checks, AreThoseOfThePage) {
+    std::ifstream file(VELLORAN_CHECKS_DOC);
+    const std::string page(std::istreambuf_iterator<char>(file), {});
+    EXPECT_NE(page.find(AsMarkdown(ListChecks())), std::string::npos) << "scripts/rig-doc writes it";
+}
+
 }  // namespace
 }  // namespace rig::judge

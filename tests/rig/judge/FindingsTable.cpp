@@ -176,13 +176,17 @@ std::vector<FindingsRow> ReadFindings() {
     return rows;
 }
 
-std::vector<std::string> FindingsOf(const FindingsRow& row) {
+rig::result::Result ResultOf(const FindingsRow& row) {
     Play play;
     for (const std::string& line : row.recipe) {
         Take(play, line);
     }
+    return Judged(play.log.Text(), play.limits);
+}
+
+std::vector<std::string> FindingsOf(const FindingsRow& row) {
     Lines findings;
-    for (const auto& run : Judged(play.log.Text(), play.limits).runs) {
+    for (const auto& run : ResultOf(row).runs) {
         for (const auto& check : run.checks) {
             findings.push_back(std::string(rig::result::NameOf(check.verdict)) + " " + check.id + " | " +
                                check.expected + " | " + check.found);

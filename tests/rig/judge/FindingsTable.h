@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "rig/result/Result.h"
+
 /// A row of findings.txt, where the layout is explained.
 struct FindingsRow {
     std::string title;
@@ -19,6 +21,9 @@ inline void PrintTo(const FindingsRow& row, std::ostream* out) {
 
 /// Throws std::runtime_error with the line that is not as expected.
 std::vector<FindingsRow> ReadFindings();
+
+/// @return the verdicts on the log of this recipe
+rig::result::Result ResultOf(const FindingsRow& row);
 
 /// @return all that the judge finds in the log of this recipe, as a row has it
 std::vector<std::string> FindingsOf(const FindingsRow& row);

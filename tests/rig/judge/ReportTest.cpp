@@ -1,7 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <string>
+
 #include "rig/result/TextReport.h"
 #include "tests/rig/judge/Judging.h"
+#include "tests/rig/judge/MadeUpLog.h"
 
 namespace rig::report {
 namespace {
@@ -18,6 +22,33 @@ TEST(TextReport, TellsWhatWasExpectedAndFoundAndWhere) {
 TEST(TextReport, ShowsAMatrixOfManyRuns) {
     const std::string text = TextReport(Judged(RealLog("clean-2.0") + RealLog("d2-missing-source")), false);
     EXPECT_NE(text.find("event-list.source              .   F\n"), std::string::npos);
+}
+
+TEST(TextReport, TellsHowTheReactionsSpread) {
+    MadeUpLog log(1);
+    std::string files;
+    for (int file = 1; file <= 200; ++file) {
+        files += "&lt;file name='" + std::to_string(file) + "'/&gt;";
+    }
+    log.Dvr(R"(<msg req="OK"/>)").Say("got an OK, sending GET_XML").Ask("x");
+    log.Dvr(
+        "<msg req=\"XML\"><xmlFile><string>&lt;recording-event "
+        "reid='E'&gt;&lt;video&gt;&lt;streams&gt;&lt;stream&gt;" +
+        files +
+        "&lt;/stream&gt;&lt;/streams&gt;&lt;/video&gt;&lt;/recording-event&gt;</string></xmlFile></msg>");
+    for (int file = 1; file <= 200; ++file) {
+        log.Ask("x").After(0.0001 * std::pow(1.05, file));
+        log.Dvr("<msg req=\"FILE_COMPLETE\" reid=\"E\" file=\"" + std::to_string(file) + "\"/>");
+        log.Say("Got FILE_COMPLETE for: reid=E  file=" + std::to_string(file));
+    }
+    const auto timings = Judged(log.Text()).runs.at(0).timings;
+    ASSERT_EQ(timings.size(), 2U);
+    EXPECT_EQ(timings[0].request, "GET_FILE");
+    EXPECT_EQ(timings[0].count, 200U);
+    EXPECT_NEAR(timings[0].median, 14, 0.5);
+    EXPECT_NEAR(timings[0].percentile95, 1063, 31);
+    EXPECT_NEAR(timings[0].percentile99, 1569, 46);
+    EXPECT_NEAR(timings[0].longest, 1730, 1);
 }
 
 TEST(Timeline, MarksTheFaultBetweenTheMessages) {

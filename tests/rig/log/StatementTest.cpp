@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "rig/base/Printable.h"
 #include "rig/log/Statement.h"
@@ -61,6 +62,134 @@ TEST(Statement, EndsItsPrefixAtTheFirstSource) {
     const auto line = ReadStatement("velloran:9 UNSUPPORTED MSG RECEIVED: velloran:1 shutting down");
     ASSERT_TRUE(line);
     EXPECT_EQ(line->text, "UNSUPPORTED MSG RECEIVED: velloran:1 shutting down");
+}
+
+/// @return all that is read of a line: "TIME PROCESS LEVEL NUMBER [BEGINNING][DETAIL]"
+std::string PartsOf(const std::string& line) {
+    const auto statement = ReadStatement(line);
+    if (!statement) {
+        return "nothing";
+    }
+    const std::string_view beginning =
+        statement->text.substr(0, statement->text.size() - statement->detail.size());
+    const auto number = [](const auto& value) { return value ? std::to_string(*value) : "-"; };
+    return number(statement->time) + " " + number(statement->process) + " " + number(statement->level) + " " +
+           std::to_string(statement->Number()) + " [" + std::string(beginning) + "][" +
+           std::string(statement->detail) + "]";
+}
+
+struct OddLine {
+    std::string line;
+    const char* parts;
+};
+
+TEST(Statement, IsReadOutOfOddLines) {
+    const std::string own = "2026-11-20T14:03:07.123456Z velloran ";
+    const std::vector<OddLine> lines = {
+        {"velloran:1 x", "- - - 0 [][x]"},
+        {"velloran:9 filesToReceive size = 12", "- - - 12 [filesToReceive size = ][12]"},
+        {"velloran:0 x", "- - - 0 [][x]"},
+        {"velloran:10 hdr[0]= 5", "- - - 0 [hdr[][0]= 5]"},
+        {" velloran:1 x", "- - - 0 [][x]"},
+        {"\tvelloran:1 x", "- - - 0 [][x]"},
+        {":velloran:1 x", "- - - 0 [][x]"},
+        {"-velloran:1 x", "nothing"},
+        {"velloran:1  filesToReceive size = 3", "- - - 0 [][ filesToReceive size = 3]"},
+        {"velloran: velloran:2 x", "- - - 0 [][x]"},
+        {"velloran:1x velloran:2 y", "- - - 0 [][y]"},
+        {"velloran:1\tx", "nothing"},
+        {"velloran:1 ", "- - - 0 [][]"},
+        {"velloran:1", "nothing"},
+        {"velloran:1 filesToReceive size = -7 left", "- - - -7 [filesToReceive size = ][-7 left]"},
+        {"velloran:1 filesToReceive size = x", "- - - 0 [filesToReceive size = ][x]"},
+        {"velloran:1 filesToReceive size = 99999999999999999999",
+         "- - - 0 [filesToReceive size = ][99999999999999999999]"},
+        {"velloran[1]: velloran[22]: velloran:1 x", "- 22 - 0 [][x]"},
+        {"velloran[]: velloran:1 x", "- - - 0 [][x]"},
+        {"velloran[x]: velloran:1 x", "- - - 0 [][x]"},
+        {"velloran[99999999999]: velloran:1 x", "- - - 0 [][x]"},
+        {"velloran 1 velloran 64 velloran:1 x", "- - 64 0 [][x]"},
+        {"velloran[7] velloran 4 velloran:1 x", "- 7 4 0 [][x]"},
+        {own + "16 velloran:212 Sending DONE", "1795183387123456 - 16 0 [Sending DONE][]"},
+        {own + "16 velloran:212 Sending DONE\r", "1795183387123456 - 16 0 [Sending DONE][]"},
+        {own + "16 velloran:212 Sending DONE\r\r", "1795183387123456 - 16 0 [Sending DONE][\r]"},
+        {own + "0 velloran:212 x", "1795183387123456 - 0 0 [][x]"},
+        {own + "-1 velloran:212 x", "1795183387123456 - -1 0 [][x]"},
+        {own + "1 velloran:0 x", "1795183387123456 - 1 0 [][x]"},
+        {own + "1 velloran:-5 x", "nothing"},
+        {own + "1  velloran:5 x", "1795183387123456 - 1 0 [][x]"},
+        {own + "1 velloran:5x", "nothing"},
+        {own + "1 velloran:5", "nothing"},
+        {own + "1 velloran:5 ", "1795183387123456 - 1 0 [][]"},
+        {own + "x velloran:5 y", "1795183387123456 - - 0 [][y]"},
+        {own + "99999999999 velloran:5 y", "1795183387123456 - - 0 [][y]"},
+        {own + "1 other velloran:5 y", "1795183387123456 - 1 0 [][y]"},
+        {"2026-11-20T14:03:07.12345xZ velloran 1 velloran:5 y", "1795183387123450 - 1 0 [][y]"},
+        {"2026-11-20T14:03:07.12x456Z velloran 1 velloran:5 y", "1795183387120000 - 1 0 [][y]"},
+        {"2026-11-20T14:03:07.1x3456Z velloran 1 velloran:5 y", "1795183387100000 - 1 0 [][y]"},
+        {"2026-11-20T14:03:07,123456Z velloran 1 velloran:5 y", "1795183387000000 - 1 0 [][y]"},
+        {"2026-11-20T14:03:x7.123456Z velloran 1 velloran:5 y", "- - 1 0 [][y]"},
+        {"2026-11-20T14:03:0x.123456Z velloran 1 velloran:5 y", "- - 1 0 [][y]"},
+        {"2026-11-20T14:04:60.123456Z velloran 1 velloran:5 y", "1795183500123456 - 1 0 [][y]"},
+        {"2026-11-20T14-05:07.123456Z velloran 1 velloran:5 y", "- - 1 0 [][y]"},
+        {"2026-11-20T14:05-07.123456Z velloran 1 velloran:5 y", "- - 1 0 [][y]"},
+        {"2026-11-20 14:05:07.123456Z velloran 1 velloran:5 y", "1795183507123456 - 1 0 [][y]"},
+        {"2026/11-20T14:05:07.123456Z velloran 1 velloran:5 y", "1795183507123456 - 1 0 [][y]"},
+        {"2026-11/20T14:05:07.123456Z velloran 1 velloran:5 y", "1795183507123456 - 1 0 [][y]"},
+        {"2026-12-31T23:59:59.999999Z velloran 1 velloran:5 y", "1798761599999999 - 1 0 [][y]"},
+        {"2026-00-20T14:03:07.123456Z velloran 1 velloran:5 y", "- - 1 0 [][y]"},
+        {"2026-13-20T14:03:07.123456Z velloran 1 velloran:5 y", "- - 1 0 [][y]"},
+        {"1970-01-01T00:00:00.000000Z velloran 1 velloran:5 y", "0 - 1 0 [][y]"},
+        {"2000-02-29T00:00:00.000000Z velloran 1 velloran:5 y", "951782400000000 - 1 0 [][y]"},
+        {"2100-03-01T00:00:00.000000Z velloran 1 velloran:5 y", "4107542400000000 - 1 0 [][y]"},
+        {"2024-12-31T10:20:30.654321Z velloran 1 velloran:5 y", "1735640430654321 - 1 0 [][y]"},
+        {"2024-02-29T10:20:30.654321Z velloran 1 velloran:5 y", "1709202030654321 - 1 0 [][y]"},
+        {"2023-03-01T10:20:30.654321Z velloran 1 velloran:5 y", "1677666030654321 - 1 0 [][y]"},
+        {"2026-11-20T14:03:07.1Z velloran:1 x", "1795183387100000 - - 0 [][x]"},
+        {"2026-11-20T14:03:07.1234567Z velloran:1 x", "1795183387123456 - - 0 [][x]"},
+        {"2026-11-20T14:03:07.Z velloran:1 x", "1795183387000000 - - 0 [][x]"},
+        {"2026-11-20T14:03:07Z velloran:1 x", "1795183387000000 - - 0 [][x]"},
+        {"2026-11-20T14:03:07 velloran:1 x", "1795183387000000 - - 0 [][x]"},
+        {"2026-11-20T14:03:07.5+01:30 velloran:1 x", "1795177987500000 - - 0 [][x]"},
+        {"2026-11-20T14:03:07.5+0130 velloran:1 x", "1795177987500000 - - 0 [][x]"},
+        {"2026-11-20T14:03:07.5-01:30 velloran:1 x", "1795188787500000 - - 0 [][x]"},
+        {"2026-11-20T14:03:07+01 velloran:1 x", "1795179787000000 - - 0 [][x]"},
+        {"2026-11-20T14:03:07+0 velloran:1 x", "1795183387000000 - - 0 [][x]"},
+        {"2026-11-20T14:03:07+x1:30 velloran:1 x", "1795181587000000 - - 0 [][x]"},
+        {"2026-11-20T14:03:0 velloran:1 x", "- - - 0 [][x]"},
+        {"2026-11-20T14:03 velloran:1 x", "- - - 0 [][x]"},
+        {"2026-11-20T14x03:07Z velloran:1 x", "- - - 0 [][x]"},
+        {"2026-11-20T14:03x07Z velloran:1 x", "- - - 0 [][x]"},
+        {"2026-11-20T1x:03:07Z velloran:1 x", "- - - 0 [][x]"},
+        {"2026-11-20T14:0x:07Z velloran:1 x", "- - - 0 [][x]"},
+        {"20x6-11-20T14:03:07Z velloran:1 x", "- - - 0 [][x]"},
+        {"2026-1x-20T14:03:07Z velloran:1 x", "- - - 0 [][x]"},
+        {"2026-11-2xT14:03:07Z velloran:1 x", "- - - 0 [][x]"},
+        {"2026-01-20T14:03:07Z velloran:1 x", "1768917787000000 - - 0 [][x]"},
+        {"2026-12-20T14:03:07Z velloran:1 x", "1797775387000000 - - 0 [][x]"},
+        {"Jan  1 00:00:00 velloran:1 x", "0 - - 0 [][x]"},
+        {"Jan 10 00:00:00 velloran:1 x", "777600000000 - - 0 [][x]"},
+        {"Feb  1 00:00:01 velloran:1 x", "2678401000000 - - 0 [][x]"},
+        {"Mar  1 00:01:00 velloran:1 x", "5097660000000 - - 0 [][x]"},
+        {"Apr  1 01:00:00 velloran:1 x", "7779600000000 - - 0 [][x]"},
+        {"May  1 23:59:59 velloran:1 x", "10454399000000 - - 0 [][x]"},
+        {"Jun 30 00:00:00 velloran:1 x", "15552000000000 - - 0 [][x]"},
+        {"Jul 31 00:00:00 velloran:1 x", "18230400000000 - - 0 [][x]"},
+        {"Aug 31 00:00:00 velloran:1 x", "20908800000000 - - 0 [][x]"},
+        {"Sep 30 00:00:00 velloran:1 x", "23500800000000 - - 0 [][x]"},
+        {"Oct 31 00:00:00.25 velloran:1 x", "26179200250000 - - 0 [][x]"},
+        {"Nov 30 00:00:00 velloran:1 x", "28771200000000 - - 0 [][x]"},
+        {"Dec 31 23:59:59 velloran:1 x", "31535999000000 - - 0 [][x]"},
+        {"Dec 31 23:59:5 velloran:1 x", "- - - 0 [][x]"},
+        {"Dez 31 23:59:59 velloran:1 x", "- - - 0 [][x]"},
+        {"Dec x1 23:59:59 velloran:1 x", "- - - 0 [][x]"},
+        {"Dec  x 23:59:59 velloran:1 x", "- - - 0 [][x]"},
+        {"Dec 31 23.59:59 velloran:1 x", "- - - 0 [][x]"},
+        {"Dec 31 23:59.59 velloran:1 x", "- - - 0 [][x]"},
+    };
+    for (const OddLine& odd : lines) {
+        EXPECT_EQ(PartsOf(odd.line), odd.parts) << odd.line;
+    }
 }
 
 class NotALogLine : public testing::TestWithParam<const char*> {};

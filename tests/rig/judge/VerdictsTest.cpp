@@ -1,0 +1,312 @@
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "rig/judge/MessageList.h"
+#include "tests/rig/judge/FindingsTable.h"
+#include "tests/rig/judge/Judging.h"
+
+// What the judge makes of each stored log, of each log in findings.txt, and of each stored log where it
+// breaks off, lacks a line, or has another number in it: one table, of which a reader of a change sees what
+// it changes. With VELLORAN_UPDATE_VERDICTS set, the table is written anew, to be read before it is
+// committed.
+
+namespace {
+
+using rig::result::Result;
+using rig::result::RunResult;
+using rig::result::Verdict;
+using Lines = std::vector<std::string>;
+
+constexpr const char* kHead = R"(# What the judge makes of each log:
+# VELLORAN_UPDATE_VERDICTS=1 velloran_judge_tests --gtest_filter=*WrittenAnew* writes it. The number of checks, then those
+# that do not pass, with the first letter of their verdict and the lines that prove it; "as it is" also has those that
+# pass. Runs are separated by ||.
+)";
+
+std::string LinesOf(const rig::result::CheckResult& check) {
+    std::string lines;
+    for (const rig::result::Evidence& evidence : check.evidence) {
+        lines += (lines.empty() ? ":" : ",") + std::to_string(evidence.line);
+    }
+    return lines;
+}
+
+std::string Verdicts(const Result& result, bool wantsPasses) {
+    std::string text;
+    for (const RunResult& run : result.runs) {
+        text += fmt::format("{}{}, {} checks", text.empty() ? "" : " || ", run.switches, run.checks.size());
+        for (const rig::result::CheckResult& check : run.checks) {
+            if (check.verdict != Verdict::Pass) {
+                text += fmt::format(", {} {}{}", *NameOf(check.verdict), check.id, LinesOf(check));
+            } else if (wantsPasses) {
+                text += ", " + check.id + LinesOf(check);
+            }
+        }
+    }
+    return text;
+}
+
+std::string Dialogue(const Result& result) {
+    static const std::map<rig::result::Step::Kind, const char*> kKinds = {
+        {rig::result::Step::Kind::FromDvr, "DVR"},
+        {rig::result::Step::Kind::FromHarness, "harness"},
+        {rig::result::Step::Kind::Fault, "fault"},
+        {rig::result::Step::Kind::Note, "note"}};
+    std::string text;
+    for (const RunResult& run : result.runs) {
+        for (const rig::result::Step& step : run.steps) {
+            text += fmt::format("{}{} {} {}", text.empty() ? "" : "; ", step.line, kKinds.at(step.kind),
+                                step.text);
+        }
+    }
+    return text;
+}
+
+std::string Times(const Result& result) {
+    std::string text;
+    for (const RunResult& run : result.runs) {
+        text += fmt::format("{} s", rig::result::SecondsSince(run.begin, run.end));
+        for (const rig::result::Timing& timing : run.timings) {
+            text += fmt::format(", {} {}: {} {} {} {} ms", timing.count, timing.request, timing.median,
+                                timing.percentile95, timing.percentile99, timing.longest);
+        }
+    }
+    return text;
+}
+
+/// @return what `judge --messages` prints, with the sizes of the texts in their place
+std::string Messages(const std::string& log) {
+    std::ostringstream printed;
+    rig::judge::MessageList list(printed);
+    std::istringstream lines(log);
+    std::uint64_t number = 0;
+    for (std::string line; std::getline(lines, line);) {
+        list.Add(++number, line);
+    }
+    list.Finish();
+    std::string text;
+    std::istringstream messages(printed.str());
+    for (std::string line; std::getline(messages, line);) {
+        auto message = nlohmann::json::parse(line);
+        if (message.contains("text")) {
+            message["text"] = message["text"].get<std::string>().size() / 2;
+        }
+        text += message.dump();
+    }
+    return text;
+}
+
+Lines SplitAtNewlines(const std::string& log) {
+    Lines lines;
+    std::istringstream stream(log);
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+std::string Joined(const Lines& lines) {
+    std::string log;
+    for (const std::string& line : lines) {
+        log += line + "\n";
+    }
+    return log;
+}
+
+/// A change of a log that can be made in several ways.
+struct Change {
+    std::string name;
+    Lines ways;
+    std::function<Lines(Lines log, std::size_t way)> make;
+};
+
+Lines NumbersTo(std::size_t last) {
+    Lines numbers;
+    for (std::size_t number = 1; number <= last; ++number) {
+        numbers.push_back(std::to_string(number));
+    }
+    return numbers;
+}
+
+const Lines kSwitches = {
+    "'invalidEvent' flag set",       "'invalidFile' flag set",   "'rehash' flag set",
+    "'transportException' flag set", "'upgrade' flag set",       "'xferInProgress' flag set",
+    "'sizeError' flag set",          "'configUpdate' flag set",  "closeEarly set to 1",
+    "doneDuration set to 1",         "sleepForGetFile set to 1", "'protocol' option set to 1",
+    "'protocol' option set to 2"};
+
+std::vector<Change> ChangesOf(std::size_t lines) {
+    return {{"until", NumbersTo(lines),
+             [](Lines log, std::size_t way) {
+                 log.resize(way + 1);
+                 return log;
+             }},
+            {"without", NumbersTo(lines),
+             [](Lines log, std::size_t way) {
+                 log[way].clear();
+                 return log;
+             }},
+            {"another number in", NumbersTo(lines),
+             [](Lines log, std::size_t way) {
+                 char& digit = log[way][log[way].find_last_of("0123456789")];
+                 digit = digit == '9' ? '0' : static_cast<char>(digit + 1);
+                 return log;
+             }},
+            {"another switch", kSwitches, [](Lines log, std::size_t way) {
+                 log[0] += "\nvelloran:1 " + kSwitches[way];
+                 return log;
+             }}};
+}
+
+/// What the checks of changed logs find, and the first change for which they do.
+using Words = std::map<std::string, std::string>;
+
+void AddWords(Words& words, const Result& result, const std::string& way) {
+    for (const RunResult& run : result.runs) {
+        for (const rig::result::CheckResult& check : run.checks) {
+            words.emplace(fmt::format("{} {} | {} | {}", *NameOf(check.verdict), check.id, check.expected,
+                                      rig::result::WithoutDetails(check.found)),
+                          way);
+        }
+    }
+}
+
+/// @return a row for each result that the change has, with the ways in which it comes about
+Lines RowsOf(const std::string& name, const Change& change, const Lines& log, Words& words) {
+    Lines results;
+    std::map<std::string, std::string> ways;
+    for (std::size_t way = 0; way < change.ways.size(); ++way) {
+        const Result result = Judged(Joined(change.make(log, way)));
+        const std::string text = Verdicts(result, false);
+        AddWords(words, result, change.name + " " + change.ways[way]);
+        std::string& known = ways[text];
+        if (known.empty()) {
+            results.push_back(text);
+        }
+        known += " " + change.ways[way];
+    }
+    Lines rows;
+    for (const std::string& text : results) {
+        rows.push_back(fmt::format("{} | {}{} | {}", name, change.name, ways[text], text));
+    }
+    return rows;
+}
+
+void Append(Lines& rows, const Lines& more) {
+    rows.insert(rows.end(), more.begin(), more.end());
+}
+
+/// The logs that are changed: the others are parts of these.
+const std::set<std::string> kChanged = {
+    "all-faults-2.0", "clean-1.0",  "close-done-2.0", "config-2.0",
+    "d1-wrong-file",  "rehash-2.0", "file-2.0",       "d2-no-answer-on-EVENT_XFER_ACK",
+    "size-2.0",       "upgrade-2.0"};
+
+Lines RowsOfLog(const std::string& name) {
+    const std::string log = RealLog(name);
+    const Result result = Judged(log);
+    Lines rows = {name + " | as it is | " + Verdicts(result, true),
+                  name + " | dialogue | " + Dialogue(result), name + " | messages | " + Messages(log)};
+    const Lines lines = SplitAtNewlines(log);
+    Words words;
+    AddWords(words, result, "as it is");
+    for (const Change& change : ChangesOf(lines.size())) {
+        if (kChanged.count(name) > 0) {
+            Append(rows, RowsOf(name, change, lines, words));
+        }
+    }
+    for (const auto& [text, way] : words) {
+        rows.push_back(fmt::format("{} | {} | {}", name, way, text));
+    }
+    return rows;
+}
+
+Lines RowsOfFindings() {
+    Lines rows;
+    for (const FindingsRow& row : ReadFindings()) {
+        const Result result = ResultOf(row);
+        rows.push_back(row.title + " | as it is | " + Verdicts(result, true));
+        rows.push_back(row.title + " | times | " + Times(result));
+    }
+    return rows;
+}
+
+Lines Logs() {
+    Lines names;
+    for (const auto& entry : std::filesystem::directory_iterator(VELLORAN_LOGS)) {
+        if (entry.path().extension() == ".log") {
+            names.push_back(entry.path().stem().string());
+        }
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+/// @param name  with which the rows begin
+void ExpectInTable(const Lines& rows, const std::string& name) {
+    std::ifstream file(VELLORAN_VERDICTS);
+    Lines left;
+    for (std::string line; std::getline(file, line);) {
+        if (line.rfind(name + " | ", 0) == 0) {
+            left.push_back(line);
+        }
+    }
+    for (const std::string& row : rows) {
+        const auto found = std::find(left.begin(), left.end(), row);
+        EXPECT_NE(found, left.end()) << "not in the table: " << row;
+        if (found != left.end()) {
+            left.erase(found);
+        }
+    }
+    EXPECT_TRUE(left.empty()) << "only in the table: " << left.front();
+}
+
+class StoredLog : public testing::TestWithParam<std::string> {};
+
+TEST_P(StoredLog, IsJudgedAsInTheTable) {
+    ExpectInTable(RowsOfLog(GetParam()), GetParam());
+}
+
+INSTANTIATE_TEST_SUITE_P(Verdicts, StoredLog, testing::ValuesIn(Logs()), [](const auto& log) {
+    std::string name = log.param;
+    std::replace_if(
+        name.begin(), name.end(), [](unsigned char letter) { return std::isalnum(letter) == 0; }, '_');
+    return name;
+});
+
+TEST(VerdictsOnFindings, AreThoseOfTheTable) {
+    std::map<std::string, Lines> rows;
+    for (const std::string& row : RowsOfFindings()) {
+        rows[row.substr(0, row.find(" | "))].push_back(row);
+    }
+    for (const auto& [title, ofTitle] : rows) {
+        ExpectInTable(ofTitle, title);
+    }
+}
+
+TEST(VerdictsTable, IsWrittenAnewWhereTheUserAsksForIt) {
+    if (std::getenv("VELLORAN_UPDATE_VERDICTS") == nullptr) {
+        GTEST_SKIP() << "VELLORAN_UPDATE_VERDICTS is not set";
+    }
+    std::ofstream table(VELLORAN_VERDICTS);
+    table << kHead;
+    for (const std::string& log : Logs()) {
+        table << "\n" << Joined(RowsOfLog(log));
+    }
+    table << "\n" << Joined(RowsOfFindings());
+}
+
+}  // namespace
