@@ -171,15 +171,17 @@ std::vector<Change> ChangesOf(std::size_t lines) {
              }}};
 }
 
-/// What the checks of changed logs find, and the first change for which they do.
+/// What the checks of changed logs find where they do not pass, and the first change for which they do.
 using Words = std::map<std::string, std::string>;
 
 void AddWords(Words& words, const Result& result, const std::string& way) {
     for (const RunResult& run : result.runs) {
         for (const rig::result::CheckResult& check : run.checks) {
-            words.emplace(fmt::format("{} {} | {} | {}", *NameOf(check.verdict), check.id, check.expected,
-                                      rig::result::WithoutDetails(check.found)),
-                          way);
+            if (check.verdict != Verdict::Pass) {
+                words.emplace(fmt::format("{} {} | {}", *NameOf(check.verdict), check.id,
+                                          rig::result::WithoutDetails(check.found)),
+                              way);
+            }
         }
     }
 }
