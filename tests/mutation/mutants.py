@@ -13,7 +13,7 @@ TOKEN = re.compile(
       | (?P<define>^[ ]*\#[ ]*define[ ]+\w+(?:\([^)\n]*\))?)
       | (?P<string>"(?:\\.|[^"\\\n])*")
       | (?P<char>'(?:\\.|[^'\\\n])+')
-      | (?P<number>\b(?:0[xX][0-9a-fA-F]+|\d+)\b)
+      | (?P<number>\b(?:0[xX][0-9a-fA-F]+|\d+(?:'\d+)*)\b)
       | (?P<word>[A-Za-z_]\w*)
       | (?P<sign><<=|>>=|->|&&|\|\||\+\+|--|<<|>>|<=|>=|==|!=|\+=|-=|\|=|&=|::|[-+*/%&|^~!=<>?:;,.(){}\[\]\\])
     """,
@@ -167,7 +167,7 @@ class Finder:
         elif token.kind == "number" and before == "(" and self.text(index - 2) == "VEL_LOG":
             self.replace("log level", token, LEVELS[(LEVELS.index(token.text) + 1) % len(LEVELS)])
         elif token.kind == "number":
-            value = int(token.text, 0)
+            value = int(token.text.replace("'", ""), 0)
             for other in [value + 1] + ([value - 1] if value > 0 else []):
                 self.replace("number", token, str(other))
         elif token.kind == "string":

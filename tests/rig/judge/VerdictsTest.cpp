@@ -8,20 +8,18 @@
 #include <fstream>
 #include <functional>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <set>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "rig/judge/MessageList.h"
 #include "tests/rig/judge/FindingsTable.h"
 #include "tests/rig/judge/Judging.h"
+#include "tests/rig/judge/VerdictsText.h"
 
 // What the judge makes of each stored log, of each log in findings.txt, and of each stored log where it
 // breaks off, lacks a line, or has another number in it: one table, of which a reader of a change sees what
-// it changes. With VELLORAN_UPDATE_VERDICTS set, the table is written anew, to be read before it is
-// committed.
+// it changes.
 
 namespace {
 
@@ -31,83 +29,10 @@ using rig::result::Verdict;
 using Lines = std::vector<std::string>;
 
 constexpr const char* kHead = R"(# What the judge makes of each log:
-# VELLORAN_UPDATE_VERDICTS=1 velloran_judge_tests --gtest_filter=*WrittenAnew* writes it. The number of checks, then those
+# APPROVE=1 velloran_judge_tests --gtest_filter=*WrittenAnew writes it. The number of checks, then those
 # that do not pass, with the first letter of their verdict and the lines that prove it; "as it is" also has those that
 # pass. Runs are separated by ||.
 )";
-
-std::string LinesOf(const rig::result::CheckResult& check) {
-    std::string lines;
-    for (const rig::result::Evidence& evidence : check.evidence) {
-        lines += (lines.empty() ? ":" : ",") + std::to_string(evidence.line);
-    }
-    return lines;
-}
-
-std::string Verdicts(const Result& result, bool wantsPasses) {
-    std::string text;
-    for (const RunResult& run : result.runs) {
-        text += fmt::format("{}{}, {} checks", text.empty() ? "" : " || ", run.switches, run.checks.size());
-        for (const rig::result::CheckResult& check : run.checks) {
-            if (check.verdict != Verdict::Pass) {
-                text += fmt::format(", {} {}{}", *NameOf(check.verdict), check.id, LinesOf(check));
-            } else if (wantsPasses) {
-                text += ", " + check.id + LinesOf(check);
-            }
-        }
-    }
-    return text;
-}
-
-std::string Dialogue(const Result& result) {
-    static const std::map<rig::result::Step::Kind, const char*> kKinds = {
-        {rig::result::Step::Kind::FromDvr, "DVR"},
-        {rig::result::Step::Kind::FromHarness, "harness"},
-        {rig::result::Step::Kind::Fault, "fault"},
-        {rig::result::Step::Kind::Note, "note"}};
-    std::string text;
-    for (const RunResult& run : result.runs) {
-        for (const rig::result::Step& step : run.steps) {
-            text += fmt::format("{}{} {} {}", text.empty() ? "" : "; ", step.line, kKinds.at(step.kind),
-                                step.text);
-        }
-    }
-    return text;
-}
-
-std::string Times(const Result& result) {
-    std::string text;
-    for (const RunResult& run : result.runs) {
-        text += fmt::format("{} s", rig::result::SecondsSince(run.begin, run.end));
-        for (const rig::result::Timing& timing : run.timings) {
-            text += fmt::format(", {} {}: {} {} {} {} ms", timing.count, timing.request, timing.median,
-                                timing.percentile95, timing.percentile99, timing.longest);
-        }
-    }
-    return text;
-}
-
-/// @return what `judge --messages` prints, with the sizes of the texts in their place
-std::string Messages(const std::string& log) {
-    std::ostringstream printed;
-    rig::judge::MessageList list(printed);
-    std::istringstream lines(log);
-    std::uint64_t number = 0;
-    for (std::string line; std::getline(lines, line);) {
-        list.Add(++number, line);
-    }
-    list.Finish();
-    std::string text;
-    std::istringstream messages(printed.str());
-    for (std::string line; std::getline(messages, line);) {
-        auto message = nlohmann::json::parse(line);
-        if (message.contains("text")) {
-            message["text"] = message["text"].get<std::string>().size() / 2;
-        }
-        text += message.dump();
-    }
-    return text;
-}
 
 Lines SplitAtNewlines(const std::string& log) {
     Lines lines;
@@ -171,15 +96,17 @@ std::vector<Change> ChangesOf(std::size_t lines) {
              }}};
 }
 
-/// What the checks of changed logs find, and the first change for which they do.
+/// What the checks of changed logs find where they do not pass, and the first change for which they do.
 using Words = std::map<std::string, std::string>;
 
 void AddWords(Words& words, const Result& result, const std::string& way) {
     for (const RunResult& run : result.runs) {
         for (const rig::result::CheckResult& check : run.checks) {
-            words.emplace(fmt::format("{} {} | {} | {}", *NameOf(check.verdict), check.id, check.expected,
-                                      rig::result::WithoutDetails(check.found)),
-                          way);
+            if (check.verdict != Verdict::Pass) {
+                words.emplace(fmt::format("{} {} | {}", *NameOf(check.verdict), check.id,
+                                          rig::result::WithoutDetails(check.found)),
+                              way);
+            }
         }
     }
 }
@@ -297,16 +224,19 @@ TEST(VerdictsOnFindings, AreThoseOfTheTable) {
     }
 }
 
-TEST(VerdictsTable, IsWrittenAnewWhereTheUserAsksForIt) {
-    if (std::getenv("VELLORAN_UPDATE_VERDICTS") == nullptr) {
-        GTEST_SKIP() << "VELLORAN_UPDATE_VERDICTS is not set";
-    }
-    std::ofstream table(VELLORAN_VERDICTS);
-    table << kHead;
+/// With APPROVE=1 in the environment, what is judged now becomes what is approved.
+TEST(VerdictsTable, IsWhatWouldBeWrittenAnew) {
+    std::string table = kHead;
     for (const std::string& log : Logs()) {
-        table << "\n" << Joined(RowsOfLog(log));
+        table += "\n" + Joined(RowsOfLog(log));
     }
-    table << "\n" << Joined(RowsOfFindings());
+    table += "\n" + Joined(RowsOfFindings());
+    if (std::getenv("APPROVE") != nullptr) {
+        std::ofstream(VELLORAN_VERDICTS) << table;
+    }
+    std::ifstream file(VELLORAN_VERDICTS);
+    EXPECT_TRUE(std::string(std::istreambuf_iterator<char>(file), {}) == table)
+        << "the rows' own tests say where";
 }
 
 }  // namespace
