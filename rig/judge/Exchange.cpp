@@ -154,9 +154,6 @@ bool Exchange::Answers(const Arrival& message, const std::string& event, const P
     if (answered_->pause > 0) {
         run_.Of(Fault::Pause).answered.Add(place);
     }
-    if (answered_->fault == Fault::Xfer) {
-        told_ = message.time;
-    }
     if (answered_->fault != Fault::None) {
         run_.Of(answered_->fault).answered.Add(place);
         // The refusal of a file with a damaged identifier may also name the true event.
@@ -235,6 +232,10 @@ void Exchange::IgnoreLast(log::Sign why, const Place& place) {
     }
 }
 
+bool Exchange::WasThere(const Arrival& message) const {
+    return free_ && message.time && *message.time - *free_ < kAtOnce;
+}
+
 /// The harness reads nothing while it pauses: an answer that it finds as soon as it reads again arrived at an
 /// unknown time. For any other, the DVR took all the time since the request.
 void Exchange::AddReaction(const Request& request, const Arrival& message, const Place& place) {
@@ -242,7 +243,7 @@ void Exchange::AddReaction(const Request& request, const Arrival& message, const
         return;
     }
     const bool wasBusy = free_ && *free_ - *request.time > kBusy;
-    if (wasBusy && *message.time - *free_ < kAtOnce) {
+    if (wasBusy && WasThere(message)) {
         ++run_.hiddenReactions;
     } else {
         run_.reactions[request.name].Add(*message.time - *request.time, place);

@@ -55,6 +55,8 @@ class Exchange {
     bool AnswersTheRefused(const Arrival& message);
     bool TellsProgress(const Arrival& message, const Place& place);
     void TakeUnasked(const Arrival& message, const Place& place);
+    /// @return whether the message had come before the harness began to wait for one
+    bool WasThere(const Arrival& message) const;
     void AddReaction(const Request& request, const Arrival& message, const Place& place);
 
     Run& run_;
@@ -64,7 +66,6 @@ class Exchange {
     Arrival completed_;                        // the last FILE_COMPLETE that was asked for
     std::set<std::string> accepted_;           // damaged identifiers that the DVR took for events
     std::optional<Request> refused_;           // the last for an event that the DVR lists
-    std::optional<std::int64_t> told_;         // when XFER_IN_PROGRESS answered the second of two requests
     std::optional<std::int64_t> free_;         // when the harness began to wait for a message
     std::optional<std::int64_t> pausedUntil_;  // by the pause after the last request
 };

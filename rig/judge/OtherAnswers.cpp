@@ -7,13 +7,6 @@
 // What the DVR may send about a request besides its answer.
 
 namespace rig::judge {
-namespace {
-
-/// Microseconds within which an answer that comes once more is no news of the transfer.
-constexpr std::int64_t kNews = 1'000'000;
-
-}  // namespace
-
 /// A DVR that took a damaged identifier for an event, and then refuses requests about it, behaves correctly:
 /// its one fault has been counted.
 bool Exchange::RefusesLater(const Arrival& message) {
@@ -57,18 +50,22 @@ bool Exchange::AnswersTheRefused(const Arrival& message) {
     return true;
 }
 
-/// News of a transfer that goes on: legal, but nothing has asked for it. The same answer once more, at once,
-/// is no news.
+/// News of a transfer that goes on: legal, but nothing has asked for it. The same once more, at once, may
+/// also be one answer sent twice: the other files tell.
 bool Exchange::TellsProgress(const Arrival& message, const Place& place) {
-    const bool isAtOnce = told_ && message.time && *message.time - *told_ < kNews;
+    const bool mayBeDouble = message.isRepeated && WasThere(message);
     const auto request = std::find_if(run_.pending.begin(), run_.pending.end(), [&](const Request& waiting) {
         const bool isDamaged = waiting.fault == Fault::FileEvent || waiting.fault == Fault::FileName;
         return waiting.name == "GET_FILE" && !isDamaged && IsExact(waiting, message);
     });
-    if (message.name != "XFER_IN_PROGRESS" || isAtOnce || request == run_.pending.end()) {
+    if (message.name != "XFER_IN_PROGRESS" || request == run_.pending.end()) {
         return false;
     }
-    run_.progress.Add(place, request->Words());
+    if (mayBeDouble) {
+        run_.doubledProgress.Add(place, message.name + " twice");
+    } else {
+        run_.progress.Add(place, request->Words());
+    }
     request->heard = message.time;
     return true;
 }

@@ -115,6 +115,7 @@ struct Run {
     // What the model found beyond the harness's own lines.
     Tally notAsked;            // messages of the DVR that answer nothing
     Tally progress;            // XFER_IN_PROGRESS about a file that is awaited but not asked for again
+    Tally doubledProgress;     // the same at once once more: news, or an answer sent twice
     Tally refused;             // events that the DVR lists, and refuses all the same
     Tally noMessage;           // documents without `msg`
     Tally empty;               // messages without text

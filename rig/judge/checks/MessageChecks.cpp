@@ -38,8 +38,11 @@ Finding MessagesKnown(const Run& run, const Limits& /*limits*/) {
                   run.Saw(log::Sign::Incoming), "messages of the dialect only", "no message");
 }
 
+/// A DVR that tells of its transfers elsewhere, too, has not sent an answer twice.
 Finding MessagesAsked(const Run& run, const Limits& /*limits*/) {
+    static const Tally kNone;
     return NoneOf({{run.notAsked, "a message that nothing asked for"},
+                   {run.progress.Any() ? kNone : run.doubledProgress, "a message that nothing asked for"},
                    {run.Of(log::Sign::UnexpectedAnswer), "an answer to a request that was never made"},
                    {run.progress,
                     "XFER_IN_PROGRESS about a file that was not asked for again: legal while it "

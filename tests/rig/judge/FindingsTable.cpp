@@ -217,7 +217,7 @@ bool IsTitle(const std::string& line) {
 
 }  // namespace
 
-void UpdateFindings() {
+std::string FindingsAnew() {
     std::set<std::string> known;
     std::map<std::string, Lines> findings;
     for (const FindingsRow& row : ReadFindings()) {
@@ -241,5 +241,5 @@ void UpdateFindings() {
         }
     }
     endRow();
-    std::ofstream(VELLORAN_FINDINGS) << table;
+    return table;
 }

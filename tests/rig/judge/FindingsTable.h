@@ -28,5 +28,5 @@ rig::result::Result ResultOf(const FindingsRow& row);
 /// @return all that the judge finds in the log of this recipe, as a row has it
 std::vector<std::string> FindingsOf(const FindingsRow& row);
 
-/// Writes what the judge finds now into the table, each text at its first row.
-void UpdateFindings();
+/// @return the table with what the judge finds now, each text at its first row
+std::string FindingsAnew();

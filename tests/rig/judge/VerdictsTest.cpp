@@ -19,8 +19,7 @@
 
 // What the judge makes of each stored log, of each log in findings.txt, and of each stored log where it
 // breaks off, lacks a line, or has another number in it: one table, of which a reader of a change sees what
-// it changes. With VELLORAN_UPDATE_VERDICTS set, the table is written anew, to be read before it is
-// committed.
+// it changes.
 
 namespace {
 
@@ -30,7 +29,7 @@ using rig::result::Verdict;
 using Lines = std::vector<std::string>;
 
 constexpr const char* kHead = R"(# What the judge makes of each log:
-# VELLORAN_UPDATE_VERDICTS=1 velloran_judge_tests --gtest_filter=*WrittenAnew* writes it. The number of checks, then those
+# APPROVE=1 velloran_judge_tests --gtest_filter=*WrittenAnew writes it. The number of checks, then those
 # that do not pass, with the first letter of their verdict and the lines that prove it; "as it is" also has those that
 # pass. Runs are separated by ||.
 )";
@@ -225,16 +224,19 @@ TEST(VerdictsOnFindings, AreThoseOfTheTable) {
     }
 }
 
-TEST(VerdictsTable, IsWrittenAnewWhereTheUserAsksForIt) {
-    if (std::getenv("VELLORAN_UPDATE_VERDICTS") == nullptr) {
-        GTEST_SKIP() << "VELLORAN_UPDATE_VERDICTS is not set";
-    }
-    std::ofstream table(VELLORAN_VERDICTS);
-    table << kHead;
+/// With APPROVE=1 in the environment, what is judged now becomes what is approved.
+TEST(VerdictsTable, IsWhatWouldBeWrittenAnew) {
+    std::string table = kHead;
     for (const std::string& log : Logs()) {
-        table << "\n" << Joined(RowsOfLog(log));
+        table += "\n" + Joined(RowsOfLog(log));
     }
-    table << "\n" << Joined(RowsOfFindings());
+    table += "\n" + Joined(RowsOfFindings());
+    if (std::getenv("APPROVE") != nullptr) {
+        std::ofstream(VELLORAN_VERDICTS) << table;
+    }
+    std::ifstream file(VELLORAN_VERDICTS);
+    EXPECT_TRUE(std::string(std::istreambuf_iterator<char>(file), {}) == table)
+        << "the rows' own tests say where";
 }
 
 }  // namespace
