@@ -59,7 +59,7 @@ const WorkLists& Document::Lists() {
 
 std::shared_ptr<Document> Documents::Parsed(const std::string& text) {
     if (text.size() > kLongestKept) {
-        const auto document = std::make_shared<Document>();
+        auto document = std::make_shared<Document>();
         document->Parse(text);
         return document;
     }
