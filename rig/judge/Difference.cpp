@@ -49,7 +49,8 @@ std::string Difference(const std::string& actual, const std::string& expected) {
 }
 
 std::string Instead(const std::string& actual, const std::string& expected) {
-    return Printable(actual) + " instead of " + Printable(expected) + Difference(actual, expected);
+    return (actual.empty() ? "\"\"" : Printable(actual)) + " instead of " + Printable(expected) +
+           Difference(actual, expected);
 }
 
 }  // namespace rig::judge

@@ -90,14 +90,27 @@ std::optional<std::uint64_t> InSomeNotation(const Bytes& bytes, std::uint64_t si
     return std::nullopt;
 }
 
+/// @return the bytes as they really came, where the harness took two for a length that no message has: 8a 00
+/// says 10 as 0a does, but with zeros after it is the start of 138 in bytes of 8 bits
+Bytes AsSent(Bytes header) {
+    const bool isRestZero =
+        std::all_of(header.begin() + 1, header.end(), [](unsigned char byte) { return byte == 0; });
+    if (header.front() < kShortest && isRestZero) {
+        header.front() |= kGoesOn;
+        header.insert(header.begin() + 1, 0);
+    }
+    return header;
+}
+
 /// Explains a length in another notation, of which the harness took the first bytes for the prefix.
 FramingFault ExplainHeader(const Bytes& header, std::size_t textSeen) {
     const std::string sent = fmt::format("{} came before the text", Hex(header));
     if (const auto number = InDigits(header)) {
         return {fmt::format("{}, the length in digits; {}", sent, Right(*number)), true};
     }
-    const auto lowestFirst = InWholeBytes(header, true, textSeen);
-    const auto highestFirst = InWholeBytes(header, false, textSeen);
+    const std::size_t least = std::max(textSeen, kShortest);
+    const auto lowestFirst = InWholeBytes(header, true, least);
+    const auto highestFirst = InWholeBytes(header, false, least);
     const bool isLowestFirst = lowestFirst && (!highestFirst || *lowestFirst <= *highestFirst);
     if (const auto number = isLowestFirst ? lowestFirst : highestFirst) {  // of two, the one more likely
         return {fmt::format("{}, as if the length had {} bytes of 8 bits, {} first; {}", sent, header.size(),
@@ -217,7 +230,7 @@ FramingFault ExplainText(std::string_view text) {
     if (start && *start > 0) {
         Bytes header = prefix;
         header.insert(header.end(), text.begin(), text.begin() + static_cast<std::ptrdiff_t>(*start));
-        return ExplainHeader(header, text.size() - *start);
+        return ExplainHeader(AsSent(header), text.size() - *start);
     }
     return ExplainEnd(prefix, text);
 }
