@@ -20,11 +20,12 @@ constexpr std::chrono::milliseconds kQuietAlready(300);  // where the DVR has wa
 constexpr int kWaitedInVain = 3;                         // status of the DVR
 
 std::vector<std::string> Arguments(const Recipe& recipe) {
-    const bool twice = recipe.switches.find("-x") not_eq std::string::npos;
-    std::vector<std::string> all = {"--protocol", recipe.dialect, "--timeout", "5", "--frame-timeout", "1",
-                                    "--seed", "1",
-                                    // The second request must come during the transfer.
-                                    "--transfer-time", twice ? "200" : "20"};
+    // The second request, and word of its progress, must come during the transfer.
+    const bool isLong = recipe.switches.find("-x") not_eq std::string::npos or
+                        recipe.manners.find("progress") not_eq std::string::npos;
+    std::vector<std::string> all = {
+        "--protocol", recipe.dialect,    "--timeout",          "5", "--frame-timeout", "1", "--seed",
+        "1",          "--transfer-time", isLong ? "200" : "20"};
     if (not recipe.defect.empty()) {
         const std::vector<std::string> defect = WordsOf("--defect " + recipe.defect);
         all.insert(all.end(), defect.begin(), defect.end());
