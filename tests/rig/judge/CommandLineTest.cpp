@@ -115,12 +115,12 @@ TEST_F(JudgeLine, SaysWhatIsWrongWithIt) {
     EXPECT_EQ(Judge({log, "--max-reaction", "86400001"}).status, -1);
 }
 
-TEST_F(JudgeLine, SaysThatWhatItListsWasLost) {
-    for (const char* what : {"list", "messages"}) {
+TEST_F(JudgeLine, SaysThatWhatItPrintsWasLost) {
+    for (const char* what : {"report", "list", "messages"}) {
         rig::judge::JudgeOptions options;
         options.logs = {LogNamed("clean-1.0")};
         options.listChecks = std::string(what) == "list";
-        options.messages = !options.listChecks;
+        options.messages = std::string(what) == "messages";
         testing::internal::CaptureStderr();
         std::streambuf* const buffer = std::cout.rdbuf(nullptr);
         const int status = RunJudge(options);

@@ -98,18 +98,6 @@ TEST(JudgeCommand, ListsTheChecksWithoutALog) {
     EXPECT_EQ(testing::internal::GetCapturedStdout(), AsMarkdown(judge::ListChecks()));
 }
 
-TEST(JudgeCommand, SaysThatItsReportWasLost) {
-    JudgeOptions options;
-    options.logs = {std::string(VELLORAN_LOGS) + "/clean-2.0.log"};
-    testing::internal::CaptureStderr();
-    std::streambuf* const buffer = std::cout.rdbuf(nullptr);
-    const int status = RunJudge(options);
-    std::cout.rdbuf(buffer);
-    EXPECT_EQ(status, 64);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "velloran-rig judge: expected standard output to take the report, found that it did not\n");
-}
-
 TEST(JudgeCommand, ReadsStandardInput) {
     const int before = dup(STDIN_FILENO);
     const int log = open(VELLORAN_LOGS "/d2-missing-source.log", O_RDONLY);
