@@ -64,11 +64,14 @@ ReadLine Judge::Add(const std::string& file, std::uint64_t number, std::string_v
     const Place place{file, number, statement->text};
     last_ = statement->process.value_or(-1);
     RunModel& run = RunOf(*statement, place);
-    const log::Message* const message = run.Add(*statement, place);
+    using Event = log::RunReader::Event;
+    const Event event = run.Add(*statement, place);
+    const log::Message* const message = event == Event::Message ? &run.Reader().LastMessage() : nullptr;
+    const log::Request* const request = event == Event::Request ? &run.Reader().LastRequest() : nullptr;
     if (run.HasEnded()) {
         Close(last_);
     }
-    return {statement, message};
+    return {statement, message, request};
 }
 
 /// @return the run that the statement belongs to

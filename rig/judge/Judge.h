@@ -28,6 +28,7 @@ bool IsLastWord(std::string_view line);
 struct ReadLine {
     std::optional<log::Statement> statement;  // nothing if the harness did not write the line
     const log::Message* message = nullptr;    // of the DVR, that it completes
+    const log::Request* request = nullptr;    // of the harness, that it begins
 };
 
 /// Takes the verdict on a run as soon as the run is over.

@@ -53,7 +53,7 @@ bool RunModel::IsOver() const {
             run_.switches.closeEarly == 0);
 }
 
-const log::Message* RunModel::Add(const log::Statement& statement, Place place) {
+log::RunReader::Event RunModel::Add(const log::Statement& statement, Place place) {
     place.kept = run_.lines.get();
     using Event = log::RunReader::Event;
     const Event event = reader_.Add(statement);
@@ -66,7 +66,7 @@ const log::Message* RunModel::Add(const log::Statement& statement, Place place) 
             break;
         case Event::Message:
             TakeMessage(reader_.LastMessage(), place);
-            return &reader_.LastMessage();
+            break;
         case Event::Request:
             TakeRequest(place);
             break;
@@ -83,7 +83,7 @@ const log::Message* RunModel::Add(const log::Statement& statement, Place place) 
     } else if (IsRejection(statement.sign)) {
         TakeRejection(statement, place);
     }
-    return nullptr;
+    return event;
 }
 
 /// What every statement tells, whatever it is a sign of.

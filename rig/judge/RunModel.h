@@ -30,8 +30,10 @@ class RunModel {
     /// @return whether the statement can only belong to a later run
     bool StartsAnother(log::Sign sign) const;
 
-    /// Takes the next statement of the run. @return the message of the DVR that it completes; null if none
-    const log::Message* Add(const log::Statement& statement, Place place);
+    /// Takes the next statement of the run. @return what it completes, which Reader() then has
+    log::RunReader::Event Add(const log::Statement& statement, Place place);
+
+    const log::RunReader& Reader() const { return reader_; }
 
     /// Takes the message of a failed assertion of the harness, from its standard error.
     void AddAssertion(Place place);

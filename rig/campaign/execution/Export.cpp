@@ -108,9 +108,9 @@ void Export::StartHarness() {
     isReady_ = false;
     watch_.emplace(record_.plan, rig_.patience, Clock::now());
     harness_ = std::make_unique<Harness>(record_.harness.command, rig_.log, folder_, Limits(),
-                                         [this](const log::Statement& statement, bool isOver) {
+                                         [this](const judge::ReadLine& read, bool isOver) {
                                              firstLine_ = firstLine_.value_or(Clock::now());
-                                             watch_->Add(statement, isOver, Clock::now());
+                                             watch_->Add(read, isOver, Clock::now());
                                          });
 }
 

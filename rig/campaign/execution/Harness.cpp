@@ -124,7 +124,7 @@ void Harness::TakeLine(std::uint64_t number, std::string_view line) {
     if (read.message != nullptr && read.message->root && messages_.size() < kMostMessages) {
         messages_.push_back(DvrMessageOf(*read.message));
     }
-    take_(*read.statement, judge_.IsOver());
+    take_(read, judge_.IsOver());
 }
 
 /// The judge gets these last, so that they come after all that the harness logged before them.

@@ -20,8 +20,8 @@ namespace rig::campaign {
 /// (harness.log, harness.err; harness.out if the log is another file) and read by the judge.
 class Harness {
  public:
-    /// Takes a statement of the log. @param isOver  whether it ends the run
-    using TakeStatement = std::function<void(const log::Statement& statement, bool isOver)>;
+    /// Takes a statement of the log, and what it completes. @param isOver  whether it ends the run
+    using TakeStatement = std::function<void(const judge::ReadLine& read, bool isOver)>;
 
     /// Starts it. @param command  for the shell, with the switches
     /// @param log  the file that the log goes to; empty if it goes to the command's standard output

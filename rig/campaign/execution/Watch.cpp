@@ -39,13 +39,13 @@ std::uint16_t PortIn(std::string_view detail) {
 
 }  // namespace
 
-void Watch::Add(const log::Statement& statement, bool isOver, Clock::time_point now) {
+void Watch::Add(const judge::ReadLine& read, bool isOver, Clock::time_point now) {
     lastLine_ = now;
-    Note(statement, now);
-    Follow(statement);
+    Note(*read.statement, now);
+    Follow(read);
     const bool isConfigured = Has(plan_, 'g') && isRefused_ && (isConfirmed_ || !Has(plan_, 'u'));
     // A harness that could not listen, or was interrupted, is also over, but no dialogue came to its end.
-    const bool isEnd = isOver && isConnected_ && statement.sign != Sign::ShuttingDown;
+    const bool isEnd = isOver && isConnected_ && read.statement->sign != Sign::ShuttingDown;
     isDone_ = isDone_ || isEnd || isConfigured;
 }
 
@@ -66,16 +66,14 @@ void Watch::Note(const log::Statement& statement, Clock::time_point now) {
 }
 
 /// Follows the dialogue to where it leads nowhere.
-void Watch::Follow(const log::Statement& statement) {
-    using Event = log::RunReader::Event;
-    const Event event = reader_.Add(statement);
-    if (event == Event::Request) {
-        const log::Request& request = reader_.LastRequest();
-        isTransferring_ = request.name == "GET_FILE";
+void Watch::Follow(const judge::ReadLine& read) {
+    const log::Statement& statement = *read.statement;
+    if (read.request != nullptr) {
+        isTransferring_ = read.request->name == "GET_FILE";
         deadEnd_.reset();
-        rounds_.Ask(Words(request.name, request.reid, request.file));
-    } else if (event == Event::Message && reader_.LastMessage().root) {
-        TakeMessage(reader_.LastMessage());
+        rounds_.Ask(Words(read.request->name, read.request->reid, read.request->file));
+    } else if (read.message != nullptr && read.message->root) {
+        TakeMessage(*read.message);
     }
     if (statement.sign == Sign::NoEvents) {
         Meet({End::NoEvents, kNoEvents, 0});
@@ -85,7 +83,7 @@ void Watch::Follow(const log::Statement& statement) {
         Meet({End::Lost,
               "the DVR broke the connection off before the export was done: " + std::string(statement.text),
               0});
-    } else if (statement.sign == Sign::DescriptionWithoutReid && reader_.Echoed().protocol == 1) {
+    } else if (statement.sign == Sign::DescriptionWithoutReid && plan_.protocol == 1) {
         Meet({End::Endless, "the harness logs for ever: " + std::string(statement.text), 0});
     }
     if (!rounds_.Endless().empty()) {

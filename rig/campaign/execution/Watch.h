@@ -8,7 +8,7 @@
 #include "rig/campaign/Cases.h"
 #include "rig/campaign/Outcome.h"
 #include "rig/campaign/execution/Rounds.h"
-#include "rig/log/RunReader.h"
+#include "rig/judge/Judge.h"
 
 namespace rig::campaign {
 
@@ -24,8 +24,9 @@ class Watch {
     Watch(Case plan, const Patience& patience, Clock::time_point now)
         : plan_(std::move(plan)), patience_(patience), begin_(now), lastLine_(now) {}
 
-    /// Takes the next line of the log. @param isOver  whether the judge says that it ends the run
-    void Add(const log::Statement& statement, bool isOver, Clock::time_point now);
+    /// Takes the next statement of the log, and what it completes. @param isOver  whether the judge says that
+    /// it ends the run
+    void Add(const judge::ReadLine& read, bool isOver, Clock::time_point now);
 
     /// The DVR's command has ended with a status other than 0.
     void DvrFailed(Clock::time_point now);
@@ -68,7 +69,7 @@ class Watch {
     };
 
     void Note(const log::Statement& statement, Clock::time_point now);
-    void Follow(const log::Statement& statement);
+    void Follow(const judge::ReadLine& read);
     void TakeMessage(const log::Message& message);
     void Meet(DeadEnd deadEnd);
 
@@ -81,7 +82,6 @@ class Watch {
     std::uint16_t firstCaller_ = 0;
     std::optional<Clock::time_point> done_;
     std::optional<Clock::time_point> heardAgain_;
-    log::RunReader reader_;
     Rounds rounds_;
     std::optional<DeadEnd> deadEnd_;
     std::uint64_t bytes_ = 0;

@@ -10,10 +10,19 @@ constexpr Patience kPatience{10, 5, 20, 100, 3};
 /// A watch whose clock the test sets.
 class WatchTest : public testing::Test {
  protected:
-    void Begin(const std::string& switches) { watch_.emplace(Case{"x", 2, switches, ""}, kPatience, begin_); }
+    /// @param switches  begin with "-p DIALECT"
+    void Begin(const std::string& switches) {
+        watch_.emplace(Case{"x", switches.at(3) - '0', switches, ""}, kPatience, begin_);
+        reader_.emplace();
+    }
 
     void Add(double seconds, const std::string& text, bool isOver = false) {
-        watch_->Add(log::StatementOf(text), isOver, At(seconds));
+        using Event = log::RunReader::Event;
+        const log::Statement statement = log::StatementOf(text);
+        const Event event = reader_->Add(statement);
+        const log::Message* const message = event == Event::Message ? &reader_->LastMessage() : nullptr;
+        const log::Request* const request = event == Event::Request ? &reader_->LastRequest() : nullptr;
+        watch_->Add({statement, message, request}, isOver, At(seconds));
     }
 
     /// The DVR has sent this.
@@ -34,6 +43,7 @@ class WatchTest : public testing::Test {
 
     Clock::time_point begin_ = Clock::now();
     std::optional<Watch> watch_;
+    std::optional<log::RunReader> reader_;
     std::string words_;
 };
 
