@@ -1,5 +1,7 @@
 #include "rig/judge/Proof.h"
 
+#include <algorithm>
+
 #include "rig/base/Printable.h"
 
 namespace rig::judge {
@@ -40,6 +42,14 @@ result::Evidence KeptLines::At(std::uint32_t index) const {
     const Line& line = lines_[index];
     const auto text = std::string_view(texts_).substr(line.begin, line.size);
     return {*line.file, line.number, WithoutControls(text)};
+}
+
+bool KeptLines::IsBefore(const result::Evidence& line, const result::Evidence& other) const {
+    if (line.file == other.file) {
+        return line.line < other.line;
+    }
+    const auto file = std::find(files_.begin(), files_.end(), line.file);
+    return std::find(file, files_.end(), other.file) != files_.end();
 }
 
 /// @return the name, kept for as long as the lines

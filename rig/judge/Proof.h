@@ -49,6 +49,10 @@ class KeptLines {
 
     result::Evidence At(std::uint32_t index) const;
 
+    /// @return whether a line came before another one, in this file or in an earlier one. A line that was not
+    ///         kept came before none
+    bool IsBefore(const result::Evidence& line, const result::Evidence& other) const;
+
  private:
     struct Line {
         const std::string* file;

@@ -17,15 +17,15 @@ bool IsHeldAgainst(const Finding& finding) {
 }
 
 /// @return whether what proves a failure comes before what the judge misread
-bool IsProvedBefore(const result::Evidence& misread, const Finding& finding) {
+bool IsProvedBefore(const Finding& finding, const Run& run) {
     const std::vector<result::Evidence> lines = finding.evidence.Lines();
-    return !lines.empty() && lines.front().file == misread.file && lines.front().line < misread.line;
+    return !lines.empty() && run.lines->IsBefore(lines.front(), run.misread.Lines().front());
 }
 
 bool MayBeMisread(const Finding& finding, const Run& run, Needs needs) {
     return run.misread.Any() &&
            (needs == Needs::OwnReading ||
-            (needs == Needs::WholeLog && !IsProvedBefore(run.misread.Lines().front(), finding)));
+            (needs == Needs::WholeLog && !IsProvedBefore(finding, run)));
 }
 
 /// @return the verdict of one check, as far as the log is whole and understood, and the user is strict

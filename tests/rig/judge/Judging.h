@@ -14,15 +14,19 @@ inline std::string RealLog(const std::string& name) {
     return content.str();
 }
 
+/// @param older  how many lines are in a file of their own, since the log was rotated after them
 /// @return the verdicts on the runs of a log with this text
-inline rig::result::Result Judged(const std::string& text, const rig::judge::Limits& limits = {}) {
+inline rig::result::Result Judged(const std::string& text, const rig::judge::Limits& limits = {},
+                                  std::uint64_t older = 0) {
     rig::result::Result result;
     rig::judge::Judge judge(limits, {true, true},
                             [&result](rig::result::RunResult run) { result.runs.push_back(std::move(run)); });
     std::istringstream lines(text);
     std::uint64_t number = 0;
     for (std::string line; std::getline(lines, line);) {
-        judge.Add("test.log", ++number, line);
+        ++number;
+        judge.Add(number <= older ? "test.log.1" : "test.log", number <= older ? number : number - older,
+                  line);
     }
     judge.Finish();
     return result;

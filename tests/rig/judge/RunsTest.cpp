@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <random>
 
@@ -26,16 +27,7 @@ TEST(Runs, BeginAnewWithASwitchOrAConnection) {
 }
 
 TEST(Runs, GoOnInARotatedFile) {
-    const std::string run = RealLog("clean-2.0");
-    rig::result::Result result;
-    rig::judge::Judge judge(
-        {}, {}, [&result](rig::result::RunResult ended) { result.runs.push_back(std::move(ended)); });
-    std::istringstream lines(run);
-    std::uint64_t number = 0;
-    for (std::string line; std::getline(lines, line); ++number) {
-        judge.Add(number < 20 ? "run.log.1" : "run.log", number, line);
-    }
-    judge.Finish();
+    const auto result = Judged(RealLog("clean-2.0"), {}, 20);
     ASSERT_EQ(result.runs.size(), 1U);
     EXPECT_EQ(rig::result::WorstOf(result), Verdict::Pass);
 }
@@ -116,10 +108,13 @@ TEST(Runs, BlameTheDvrForWhatCameBeforeTheJudgeMisreadARequest) {
     const std::string log = RealLog("d1-wrong-file");
     const std::string start = log.substr(0, log.rfind('\n', log.find("shutting down")) + 1);
     const std::string again = log.substr(log.rfind('\n', log.find("expecting")) + 1);
-    const auto result = Judged(start + WithAnotherLength(again, "got an OK"));
-    EXPECT_EQ(With(Verdict::Fail, result.runs.at(0)),
-              "messages.asked requests.answered file-complete.identity");
-    EXPECT_EQ(With(Verdict::Inconclusive, result.runs.at(0)), "log.understood export.done");
+    const auto linesOfStart = static_cast<std::uint64_t>(std::count(start.begin(), start.end(), '\n'));
+    for (const std::uint64_t older : {std::uint64_t{0}, linesOfStart}) {
+        const auto result = Judged(start + WithAnotherLength(again, "got an OK"), {}, older);
+        EXPECT_EQ(With(Verdict::Fail, result.runs.at(0)),
+                  "messages.asked requests.answered file-complete.identity");
+        EXPECT_EQ(With(Verdict::Inconclusive, result.runs.at(0)), "log.understood export.done");
+    }
 }
 
 /// A log up to and with the line that asks for the list of events; nothing has answered.
