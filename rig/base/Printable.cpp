@@ -1,6 +1,7 @@
 #include "rig/base/Printable.h"
 
 #include <fmt/format.h>
+#include <utf8.h>
 
 #include <algorithm>
 
@@ -11,7 +12,7 @@ bool IsControl(char byte) {
     return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7f;
 }
 
-void AppendPrintable(std::string& printable, unsigned char byte) {
+void AppendByte(std::string& printable, char byte) {
     switch (byte) {
         case '\n':
             printable += "\\n";
@@ -23,46 +24,59 @@ void AppendPrintable(std::string& printable, unsigned char byte) {
             printable += "\\t";
             return;
         default:
-            break;
+            printable += fmt::format("\\x{:02x}", static_cast<unsigned char>(byte));
     }
-    if (IsControl(static_cast<char>(byte))) {
-        printable += fmt::format("\\x{:02x}", byte);
-    } else {
-        printable += static_cast<char>(byte);
+}
+
+/// @param backslash  what is written for one
+std::string Escaped(std::string_view text, std::string_view backslash) {
+    std::string printable;
+    printable.reserve(text.size());
+    const char* invalid = utf8::find_invalid(text.begin(), text.end());
+    for (const char* byte = text.begin(); byte != text.end(); ++byte) {
+        if (*byte == '\\') {
+            printable += backslash;
+        } else if (IsControl(*byte) || byte == invalid) {
+            AppendByte(printable, *byte);
+        } else {
+            printable += *byte;
+        }
+        if (byte == invalid) {
+            invalid = utf8::find_invalid(byte + 1, text.end());
+        }
     }
+    return printable;
 }
 
 }  // namespace
 
 std::string Printable(const std::string& text) {
-    std::string printable;
-    printable.reserve(text.size());
-    for (const char byte : text) {
-        if (byte == '\\') {
-            printable += '\\';
-        }
-        AppendPrintable(printable, static_cast<unsigned char>(byte));
-    }
-    return printable;
+    return Escaped(text, "\\\\");
 }
 
 std::string WithoutControls(std::string_view text) {
-    if (std::none_of(text.begin(), text.end(), IsControl)) {
-        return std::string(text);
+    const bool isPlain =
+        std::all_of(text.begin(), text.end(), [](char byte) { return byte >= ' ' && byte < '\x7f'; });
+    return isPlain ? std::string(text) : Escaped(text, "\\");
+}
+
+std::string_view Beginning(std::string_view text, std::size_t limit) {
+    constexpr std::size_t kLongestCharacter = 4;
+    if (text.size() <= limit) {
+        return text;
     }
-    std::string printable;
-    printable.reserve(text.size());
-    for (const char byte : text) {
-        AppendPrintable(printable, static_cast<unsigned char>(byte));
+    std::size_t end = limit;
+    const auto goesOn = [text](std::size_t at) {
+        return (static_cast<unsigned char>(text[at]) & 0xc0U) == 0x80U;
+    };
+    while (end > 0 && limit - end < kLongestCharacter && goesOn(end)) {
+        --end;
     }
-    return printable;
+    return text.substr(0, goesOn(end) ? limit : end);
 }
 
 std::string Excerpt(const std::string& text, std::size_t limit) {
-    if (text.size() <= limit) {
-        return Printable(text);
-    }
-    return Printable(text.substr(0, limit)) + "...";
+    return Printable(std::string(Beginning(text, limit))) + (text.size() <= limit ? "" : "...");
 }
 
 std::string Quoted(const std::string& text) {

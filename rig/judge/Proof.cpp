@@ -25,7 +25,7 @@ KeptLines::KeptLines() {
 std::uint32_t KeptLines::Keep(const Place& place) {
     const std::string& file = NameOf(place.file);
     if (lines_.empty() || lines_.back().number != place.line || lines_.back().file != &file) {
-        const std::string_view text = place.text.substr(0, kShownText);
+        const std::string_view text = Beginning(place.text, kShownText);
         lines_.push_back({&file, place.line, texts_.size(), text.size()});
         texts_ += text;
     }
@@ -35,7 +35,7 @@ std::uint32_t KeptLines::Keep(const Place& place) {
 void KeptLines::Keep(const Place& place, KeptLine& line) {
     line.file = &NameOf(place.file);
     line.line = place.line;
-    line.text = place.text.substr(0, kShownText);
+    line.text = Beginning(place.text, kShownText);
 }
 
 result::Evidence KeptLines::At(std::uint32_t index) const {
