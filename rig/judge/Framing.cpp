@@ -8,6 +8,7 @@
 
 #include "rig/base/Affix.h"
 #include "rig/base/Printable.h"
+#include "rig/log/Xml.h"
 
 namespace rig::judge {
 namespace {
@@ -102,6 +103,20 @@ Bytes AsSent(Bytes header) {
     return header;
 }
 
+/// @return what else such bytes may mean; nothing if there is nothing else
+std::string InUnmarkedBytes(Bytes header, bool isLowestFirst, std::size_t least) {
+    if (isLowestFirst) {
+        std::reverse(header.begin(), header.end());
+    }
+    const bool hasMark =
+        std::any_of(header.begin(), header.end(), [](unsigned char byte) { return byte >= kGoesOn; });
+    const std::uint32_t number = HighestFirst(header);
+    if (hasMark || header.front() == 0 || number < least) {
+        return "";
+    }
+    return "; or 7 bits in each, and none marked as going on: " + Right(number);
+}
+
 /// Explains a length in another notation, of which the harness took the first bytes for the prefix.
 FramingFault ExplainHeader(const Bytes& header, std::size_t textSeen) {
     const std::string sent = fmt::format("{} came before the text", Hex(header));
@@ -113,8 +128,9 @@ FramingFault ExplainHeader(const Bytes& header, std::size_t textSeen) {
     const auto highestFirst = InWholeBytes(header, false, least);
     const bool isLowestFirst = lowestFirst && (!highestFirst || *lowestFirst <= *highestFirst);
     if (const auto number = isLowestFirst ? lowestFirst : highestFirst) {  // of two, the one more likely
-        return {fmt::format("{}, as if the length had {} bytes of 8 bits, {} first; {}", sent, header.size(),
-                            isLowestFirst ? "lowest" : "highest", Right(*number)),
+        return {fmt::format("{}, as if the length had {} bytes of 8 bits, {} first; {}{}", sent,
+                            header.size(), isLowestFirst ? "lowest" : "highest", Right(*number),
+                            InUnmarkedBytes(header, isLowestFirst, least)),
                 true};
     }
     return {fmt::format("{}; right is the length alone, 7 bits in each byte, lowest first", sent), true};
@@ -126,15 +142,10 @@ std::optional<std::size_t> StartOf(std::string_view text) {
     return start <= kLongestHeader ? std::optional(start) : std::nullopt;
 }
 
-bool IsWellFormed(const std::string& text) {
-    pugi::xml_document document;
-    return document.load_string(text.c_str()) && document.child("msg");
-}
-
 /// @return what the text lacks, if that can only be the rest of its last tag
 std::string RestOf(std::string_view text) {
     for (const char* const rest : {">", "g>", "sg>", "msg>", "/msg>", "</msg>"}) {
-        if (IsWellFormed(std::string(text) + rest)) {
+        if (!log::IsMalformed(std::string(text) + rest)) {
             return rest;
         }
     }
@@ -144,18 +155,6 @@ std::string RestOf(std::string_view text) {
 std::size_t BytesBeyondCharacters(std::string_view text) {
     return static_cast<std::size_t>(
         std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xc0) == 0x80; }));
-}
-
-/// @return the text around the place where a parser stops
-std::string Where(std::string_view text) {
-    pugi::xml_document document;
-    const auto parsed = document.load_buffer(text.data(), text.size());
-    const auto stop = static_cast<std::size_t>(parsed.offset);
-    const std::size_t start =
-        std::min(stop, text.size()) - std::min(std::min(stop, text.size()), kShownEnd / 2);
-    const std::string_view part = text.substr(start, kShownEnd);
-    return fmt::format("{} at byte {}: {}{}{}", parsed.description(), stop + 1, start == 0 ? "" : "...",
-                       Printable(std::string(part)), start + part.size() < text.size() ? "..." : "");
 }
 
 FramingFault ExplainEnd(const Bytes& prefix, std::string_view text) {
@@ -176,6 +175,21 @@ FramingFault ExplainEnd(const Bytes& prefix, std::string_view text) {
                     rest.size(), rest,
                     countsCharacters ? ", as if characters were counted instead of bytes" : "", Right(whole)),
         countsCharacters};
+}
+
+/// Explains a prefix that takes in another message, with its prefix. @return nothing if it does not
+std::optional<FramingFault> ExplainSecond(const Bytes& prefix, std::string_view text) {
+    const auto fault = log::FaultIn(std::string(text));
+    const std::size_t end = fault ? text.substr(0, fault->offset).rfind('>') + 1 : 0;
+    const auto start = StartOf(text.substr(end));
+    if (end == 0 || !start || *start == 0 || log::IsMalformed(std::string(text.substr(0, end)))) {
+        return std::nullopt;
+    }
+    const std::string_view between = text.substr(end, *start);
+    return FramingFault{fmt::format("{}: after {} of them {} comes, as a prefix, and another message; {}",
+                                    Received(prefix, static_cast<std::int64_t>(text.size())), end,
+                                    Hex(Bytes(between.begin(), between.end())), Right(end)),
+                        true};
 }
 
 }  // namespace
@@ -232,23 +246,19 @@ FramingFault ExplainText(std::string_view text) {
         header.insert(header.end(), text.begin(), text.begin() + static_cast<std::ptrdiff_t>(*start));
         return ExplainHeader(AsSent(header), text.size() - *start);
     }
-    return ExplainEnd(prefix, text);
+    const auto second = ExplainSecond(prefix, text);
+    return second ? *second : ExplainEnd(prefix, text);
 }
 
-std::optional<FramingFault> ExplainSecond(std::string_view text, const pugi::xml_node& message) {
-    const pugi::xml_node second = message.next_sibling("msg");
-    const std::ptrdiff_t name = second ? second.offset_debug() : 0;
-    if (name <= 1 || static_cast<std::size_t>(name) > text.size()) {
-        return std::nullopt;
+std::string Where(std::string_view text) {
+    const auto fault = log::FaultIn(std::string(text));
+    if (!fault) {
+        return "the harness's parser alone refuses it: " + Excerpt(std::string(text), kShownEnd);
     }
-    const std::string_view before = text.substr(0, static_cast<std::size_t>(name) - 1);
-    const std::size_t end = before.substr(0, before.size() - 1).rfind('>') + 1;
-    const std::string_view between = before.substr(end);
-    return FramingFault{fmt::format("{}: after {} of them {} comes, as a prefix, and another message; {}",
-                                    Received(PrefixOf(static_cast<std::uint32_t>(text.size())),
-                                             static_cast<std::int64_t>(text.size())),
-                                    end, Hex(Bytes(between.begin(), between.end())), Right(end)),
-                        true};
+    const std::size_t start = fault->offset - std::min(fault->offset, kShownEnd / 2);
+    const std::string_view part = text.substr(start, kShownEnd);
+    return fmt::format("{} at byte {}: {}{}{}", fault->words, fault->offset + 1, start == 0 ? "" : "...",
+                       Printable(std::string(part)), start + part.size() < text.size() ? "..." : "");
 }
 
 }  // namespace rig::judge

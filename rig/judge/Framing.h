@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <pugixml.hpp>
 #include <string>
 #include <string_view>
 
@@ -29,7 +28,7 @@ FramingFault ExplainMissing(std::int64_t announced, std::optional<std::int64_t> 
 /// @param text  as long as its prefix announces
 FramingFault ExplainText(std::string_view text);
 
-/// Explains a prefix that takes in more than one message. @return nothing if it does not
-std::optional<FramingFault> ExplainSecond(std::string_view text, const pugi::xml_node& message);
+/// @return why a text is not XML, and where
+std::string Where(std::string_view text);
 
 }  // namespace rig::judge

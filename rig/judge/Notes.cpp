@@ -7,7 +7,9 @@
 
 #include "rig/base/Printable.h"
 #include "rig/judge/Difference.h"
+#include "rig/judge/Framing.h"
 #include "rig/log/HarnessText.h"
+#include "rig/log/Xml.h"
 #include "rig/protocol/Catalogue.h"
 
 namespace rig::judge {
@@ -47,10 +49,12 @@ bool HasNamelessFile(const pugi::xml_node& video) {
 }
 
 bool Has(const std::string& description, DescriptionFault fault) {
+    if (fault == DescriptionFault::NotXml) {
+        return log::IsMalformed(description);
+    }
     pugi::xml_document document;
-    const bool isXml = document.load_string(description.c_str());
-    if (fault == DescriptionFault::NotXml || !isXml) {
-        return !isXml && (fault == DescriptionFault::NotXml || fault == DescriptionFault::NoEvent);
+    if (!log::LoadAsTheHarness(description, document)) {
+        return fault == DescriptionFault::NoEvent;
     }
     const pugi::xml_node event = document.child("recording-event");
     const pugi::xml_node video = event.child("video");
@@ -68,7 +72,7 @@ bool Has(const std::string& description, DescriptionFault fault) {
 
 std::string OtherEvent(const log::Message& message) {
     pugi::xml_document description;
-    description.load_string(log::TextOf(message.root.child("xmlFile")));
+    log::LoadAsTheHarness(log::TextOf(message.root.child("xmlFile")), description);
     return Instead(description.child("recording-event").attribute("reid").value(),
                    message.root.attribute("reid").value());
 }
@@ -102,7 +106,7 @@ std::string Shown(const log::Message& message) {
 std::string ShownDescription(const log::Message& message, DescriptionFault fault) {
     for (const std::string& description : DescriptionsIn(message.root)) {
         if (Has(description, fault)) {
-            return Excerpt(description, kShownBytes);
+            return fault == DescriptionFault::NotXml ? Where(description) : Excerpt(description, kShownBytes);
         }
     }
     return "";
@@ -128,10 +132,10 @@ std::string NoteOn(const log::Statement& statement, const log::Message& message)
     switch (statement.sign) {
         case Sign::UnknownMessage:
             return UnknownName(message.name);
-        case Sign::NotXml:
-            return message.form == log::Message::Form::Good
-                       ? ShownDescription(message, DescriptionFault::NotXml)
-                       : Shown(message);
+        case Sign::NotXml: {
+            const std::string description = ShownDescription(message, DescriptionFault::NotXml);
+            return description.empty() ? Shown(message) : description;
+        }
         case Sign::EventWithoutText:
             return EmptyEventIn(message);
         case Sign::DescriptionWithoutReid:

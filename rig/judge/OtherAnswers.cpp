@@ -21,10 +21,12 @@ bool Exchange::RefusesLater(const Arrival& message) {
     return true;
 }
 
-/// An event that the DVR has listed itself. The harness then asks for the next.
+/// An event that the DVR has listed itself, or a file that it has described. The harness then asks for the
+/// next.
 bool Exchange::Refuses(const Arrival& message, const Place& place) {
     const auto request = std::find_if(run_.pending.begin(), run_.pending.end(), [&](const Request& waiting) {
-        const bool isOwn = waiting.name == "NEXT_EVENT" && waiting.fault == Fault::None;
+        const bool isOwn =
+            (waiting.name == "NEXT_EVENT" || waiting.name == "GET_FILE") && waiting.fault == Fault::None;
         return message.name == "INVALID_EVENT" && (isOwn || waiting.mayBeRefused) &&
                IsExact(waiting, message);
     });
@@ -32,7 +34,8 @@ bool Exchange::Refuses(const Arrival& message, const Place& place) {
         return false;
     }
     if (!request->mayBeRefused) {
-        run_.refused.Add(place, Printable(request->reid));
+        (request->file.empty() ? run_.refused : run_.refusedFiles)
+            .Add(place, Printable(request->reid + (request->file.empty() ? "" : "/" + request->file)));
         refused_ = std::move(*request);
     }
     run_.pending.erase(request);

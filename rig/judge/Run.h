@@ -117,10 +117,14 @@ struct Run {
     Tally progress;            // XFER_IN_PROGRESS about a file that is awaited but not asked for again
     Tally doubledProgress;     // the same at once once more: news, or an answer sent twice
     Tally refused;             // events that the DVR lists, and refuses all the same
+    Tally refusedFiles;        // the same for files that it describes
+    Tally doubledFiles;        // files that one description names twice
     Tally noMessage;           // documents without `msg`
     Tally empty;               // messages without text
     Tally brokenOff;           // documents that are cut off
-    Tally notWellFormed;       // documents that a parser other than the harness's refuses
+    Tally notWellFormed;       // documents that are not XML, whether or not the harness takes them
+    Tally otherEncoding;       // documents that would be, in another encoding
+    Tally emptySource;         // EVENT_LIST with an empty `source`
     Tally doubledEvents;       // identifiers listed twice
     Tally noDescriptions;      // XML without `xmlFile`
     Tally noEvent;             // descriptions that are empty, or not of an event

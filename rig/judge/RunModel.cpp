@@ -152,13 +152,14 @@ void RunModel::TakeMessage(const log::Message& message, const Place& place) {
         run_.noMessage.Add(place, Shown(message));
         return;
     }
-    if (message.form != Form::Good) {
-        AddStep(Step::Kind::FromDvr, "(not XML)", place);
+    if (message.form == Form::OtherEncoding) {
+        run_.otherEncoding.Add(place, Where(message.text));
+    } else if (message.form != Form::Good) {
         TakeMalformed(message, place);
-        return;
     }
-    if (const auto fault = ExplainSecond(message.text, message.root)) {
-        run_.wrongPrefix.Add(place, fault->words);
+    if (!message.root) {
+        AddStep(Step::Kind::FromDvr, "(not XML)", place);
+        return;
     }
     Arrival arrival{message.name, ValueOf(message.root, "reid"), ValueOf(message.root, "file"), message.time,
                     message.isRepeated};
@@ -174,6 +175,9 @@ void RunModel::TakeMessage(const log::Message& message, const Place& place) {
     if (keep_.transfers) {
         TakeTransfer(message, place);
     }
+    if (message.name == "EVENT_LIST") {
+        NoteEmpty("source", run_.emptySource, place);
+    }
     beforeLast_ = {std::move(run_.lastGood), run_.lastGoodLine};
     run_.lastGood = message.name;
     run_.lastGoodLine = place.line;
@@ -185,6 +189,9 @@ void RunModel::TakeMalformed(const log::Message& message, const Place& place) {
     const FramingFault fault = ExplainText(message.text);
     if (fault.isProved) {
         run_.wrongPrefix.Add(place, fault.words);
+    }
+    if (fault.isProved && message.root) {
+        return;  // the harness takes what is right, and the rest is no part of it
     }
     malformed_ = fault.words;
     Tally& tally = message.form == Form::Empty       ? run_.empty
@@ -201,6 +208,9 @@ void RunModel::TakeListed(const log::Listed& listed, const Place& place) {
     };
     for (const std::string& reid : listed.doubled) {
         run_.doubledEvents.Add(place, Printable(reid));
+    }
+    for (const auto& [reid, file] : listed.doubledFiles) {
+        run_.doubledFiles.Add(place, Printable(reid + "/" + file));
     }
     add(run_.notWellFormed, listed.notWellFormed, DescriptionFault::NotXml);
     add(run_.noEvent, listed.noEvent, DescriptionFault::NoEvent);

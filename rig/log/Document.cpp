@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "rig/log/HarnessText.h"
+#include "rig/log/Xml.h"
 
 namespace rig::log {
 namespace {
@@ -15,43 +16,34 @@ bool EndsAsXml(const std::string& text) {
     return last != std::string::npos && text[last] == '>';
 }
 
-}  // namespace
-
-void Document::Parse(const std::string& text) {
-    lists_.reset();
-    name_.clear();
-    root_ = {};
-    condensedRoot_ = {};
-    if (!document_.load_string(text.c_str(), kAsTheHarness)) {
-        form_ = text.empty() ? Form::Empty : !EndsAsXml(text) ? Form::BrokenOff : Form::NotWellFormed;
-        return;
+/// @param isRead  the harness can parse it
+Document::Form FormOf(const std::string& text, bool isRead) {
+    using Form = Document::Form;
+    const auto fault = FaultIn(text);
+    if (fault && fault->isEncodingOnly) {
+        return Form::OtherEncoding;
     }
-    root_ = document_.child("msg");
-    form_ = root_ ? Form::Good : Form::NoMsg;
-    if (root_) {
-        name_ = root_.attribute("req").value();
-        Condense(text);
+    if (!fault && isRead) {
+        return Form::Good;
     }
+    return text.empty() ? Form::Empty : isRead || EndsAsXml(text) ? Form::NotWellFormed : Form::BrokenOff;
 }
 
-void Document::Condense(const std::string& text) {
-    condensedRoot_ = root_;
-    if (!root_.first_child()) {
-        return;
-    }
-    const std::string condensed = log::Condensed(text);
-    if (condensed != text) {
-        condensed_.load_string(condensed.c_str(), kAsTheHarness);
-        condensedRoot_ = condensed_.child("msg");
-    }
+}  // namespace
+
+Document::Document(const std::string& text) {
+    const bool isRead = LoadAsTheHarness(text, document_);
+    root_ = document_.child("msg");
+    form_ = isRead && !root_ ? Form::NoMsg : FormOf(text, isRead);
+    name_ = root_.attribute("req").value();
 }
 
 const WorkLists& Document::Lists() {
     if (!lists_) {
         lists_.emplace();
-        listed_ = name_ == "EVENT_LIST" ? lists_->TakeEventList(condensedRoot_)
-                  : name_ == "XML"      ? lists_->TakeXml(condensedRoot_)
-                  : name_ == "EVENT"    ? lists_->TakeEvent(condensedRoot_)
+        listed_ = name_ == "EVENT_LIST" ? lists_->TakeEventList(root_)
+                  : name_ == "XML"      ? lists_->TakeXml(root_)
+                  : name_ == "EVENT"    ? lists_->TakeEvent(root_)
                                         : Listed();
     }
     return *lists_;
@@ -59,14 +51,11 @@ const WorkLists& Document::Lists() {
 
 std::shared_ptr<Document> Documents::Parsed(const std::string& text) {
     if (text.size() > kLongestKept) {
-        auto document = std::make_shared<Document>();
-        document->Parse(text);
-        return document;
+        return std::make_shared<Document>(text);
     }
     Slot& slot = slots_[std::hash<std::string>()(text) % slots_.size()];
     if (slot.document == nullptr || slot.text != text) {
-        slot.document = std::make_shared<Document>();
-        slot.document->Parse(text);
+        slot.document = std::make_shared<Document>(text);
         slot.text = text;
     }
     return slot.document;

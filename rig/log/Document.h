@@ -15,16 +15,13 @@ namespace rig::log {
 /// What the text of one message of the DVR says, whatever came before it.
 class Document {
  public:
-    enum class Form { Good, Empty, BrokenOff, NotWellFormed, NoMsg };
+    enum class Form { Good, OtherEncoding, Empty, BrokenOff, NotWellFormed, NoMsg };
 
-    void Parse(const std::string& text);
+    explicit Document(const std::string& text);
 
     Form GetForm() const { return form_; }
-    pugi::xml_node Root() const { return root_; }      // `msg`; none unless the form is good
+    pugi::xml_node Root() const { return root_; }      // `msg`; none unless the harness finds it
     const std::string& Name() const { return name_; }  // `req`
-
-    /// @return `msg` with its texts condensed, as the harness reads them
-    pugi::xml_node Condensed() const { return condensedRoot_; }
 
     /// @return the events and files that it lists, and what is wrong with them; nothing for a message that
     /// has none
@@ -32,13 +29,9 @@ class Document {
     const Listed& WhatIsListed() const { return listed_; }
 
  private:
-    void Condense(const std::string& text);
-
     pugi::xml_document document_;
-    pugi::xml_document condensed_;  // if the texts had white space to condense
     Form form_ = Form::Empty;
     pugi::xml_node root_;
-    pugi::xml_node condensedRoot_;
     std::string name_;
     std::optional<WorkLists> lists_;
     Listed listed_;

@@ -1,105 +1,68 @@
 #include "rig/log/HarnessText.h"
 
+#include <tinyxml.h>
+
 #include <algorithm>
+#include <array>
+#include <string_view>
 
 #include "rig/base/Affix.h"
 
 namespace rig::log {
 namespace {
 
+constexpr unsigned int kWithAllNodes = (pugi::parse_default | pugi::parse_comments | pugi::parse_pi) &
+                                       ~(pugi::parse_wconv_attribute | pugi::parse_eol);
+
 bool IsBlank(char byte) {
     return byte == ' ' || (byte >= '\t' && byte <= '\r');
 }
 
-bool IsAllBlank(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), IsBlank);
+bool IsReference(std::string_view text) {
+    constexpr std::array kReferences = {"&lt;", "&gt;", "&amp;", "&quot;", "&apos;"};
+    return std::any_of(kReferences.begin(), kReferences.end(),
+                       [text](const char* reference) { return StartsWith(text, reference); });
 }
 
-/// @return how long the text is up to and including the end; all of it if that does not occur
-std::size_t Through(std::string_view text, std::string_view end) {
-    const std::size_t at = text.find(end);
-    return at == std::string_view::npos ? text.size() : at + end.size();
-}
-
-/// @return the length of the tag, comment or section that the text begins with
-std::size_t MarkupLength(std::string_view text) {
-    if (StartsWith(text, "<!--")) {
-        return Through(text, "-->");
-    }
-    if (StartsWith(text, "<![CDATA[")) {
-        return Through(text, "]]>");
-    }
-    char quote = '\0';
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        if (quote == '\0' && text[at] == '>') {
-            return at + 1;
-        }
-        if (quote == '\0' && (text[at] == '"' || text[at] == '\'')) {
-            quote = text[at];
-        } else if (text[at] == quote) {
-            quote = '\0';
-        }
-    }
-    return text.size();
-}
-
-/// @return whether some text may have blanks to drop or to condense, as few have
-bool MayHaveBlanks(std::string_view document) {
+/// @return whether all parsers find the same texts in the document, as in most: it has no blanks that could
+/// be
+///         dropped or condensed, and no references but the usual ones
+bool ReadsAlikeEverywhere(std::string_view document) {
     char before = '>';
-    for (const char byte : document) {
+    for (std::size_t at = 0; at < document.size(); ++at) {
+        const char byte = document[at];
         const bool isAfterMarkupOrBlank = before == '>' || before == ' ';
-        if ((IsBlank(byte) && (byte != ' ' || isAfterMarkupOrBlank)) || (byte == '<' && before == ' ')) {
-            return true;
+        if ((IsBlank(byte) && (byte != ' ' || isAfterMarkupOrBlank)) || (byte == '<' && before == ' ') ||
+            (byte == '&' && !IsReference(document.substr(at)))) {
+            return false;
         }
         before = byte;
     }
-    return before == ' ';
+    return before != ' ';
 }
 
-void AppendCondensed(std::string& condensed, std::string_view text) {
-    bool isBlankDue = false;
-    bool isEmpty = true;
-    for (const char byte : text) {
-        if (IsBlank(byte)) {
-            isBlankDue = !isEmpty;
-            continue;
-        }
-        if (isBlankDue) {
-            condensed += ' ';
-        }
-        condensed += byte;
-        isBlankDue = false;
-        isEmpty = false;
+/// @return the document as the harness's own library reads and writes it; empty if it does not read it
+std::string ReadByTheHarness(const std::string& text) {
+    TiXmlDocument document;
+    document.Parse(text.c_str());
+    if (document.Error()) {
+        return "";
     }
+    TiXmlPrinter printer;
+    printer.SetStreamPrinting();
+    document.Accept(&printer);
+    return printer.Str();
 }
 
 }  // namespace
 
-std::string Condensed(std::string_view document) {
-    if (!MayHaveBlanks(document)) {
-        return std::string(document);
-    }
-    std::string condensed;
-    condensed.reserve(document.size());
-    while (!document.empty()) {
-        const bool isMarkup = document.front() == '<';
-        const std::size_t length =
-            isMarkup ? MarkupLength(document) : std::min(document.find('<'), document.size());
-        if (isMarkup) {
-            condensed += document.substr(0, length);
-        } else {
-            AppendCondensed(condensed, document.substr(0, length));
-        }
-        document.remove_prefix(length);
-    }
-    return condensed;
+bool LoadAsTheHarness(const std::string& text, pugi::xml_document& document) {
+    return (ReadsAlikeEverywhere(text) && document.load_string(text.c_str(), kWithAllNodes)) ||
+           document.load_string(ReadByTheHarness(text).c_str(), kWithAllNodes);
 }
 
 const char* TextOf(const pugi::xml_node& element) {
-    pugi::xml_node first = element.first_child();
-    while (first.type() == pugi::node_pcdata && IsAllBlank(first.value())) {  // though by references
-        first = first.next_sibling();
-    }
+    const pugi::xml_node first = element.first_child();
     const bool isText = first.type() == pugi::node_pcdata || first.type() == pugi::node_cdata;
     return isText ? first.value() : "";
 }

@@ -2,24 +2,21 @@
 
 #include <pugixml.hpp>
 #include <string>
-#include <string_view>
 
 namespace rig::log {
 
-// Text as the harness's parser hands it to the harness, which another parser would not: white space at the
-// ends of a text is dropped, and condensed to one blank within. Blanks that are written as references stay,
-// and so does white space in attributes and in CDATA sections. A comment or a CDATA section ends a text, and
-// the harness takes only what an element begins with.
+// Documents as the harness's parser hands them to the harness, which ours would not: white space at the ends
+// of a text is dropped, and condensed to one blank within; a character reference may become one byte; what is
+// not well formed may be read all the same.
 
-/// How to parse a document so that nodes and attributes are those that the harness finds.
-constexpr unsigned int kAsTheHarness = (pugi::parse_default | pugi::parse_comments | pugi::parse_pi) &
-                                       ~(pugi::parse_wconv_attribute | pugi::parse_eol);
+/// Parses a document so that nodes, attributes and texts are those that the harness finds.
+/// @param text  taken up to its first NUL, as the harness takes it
+/// @return whether the harness can parse it, as far as parsers agree on that
+bool LoadAsTheHarness(const std::string& text, pugi::xml_document& document);
 
-/// @return the document with its texts condensed; as it is where it is not well formed
-std::string Condensed(std::string_view document);
-
-/// @return the text that an element of a condensed document begins with; empty if it begins with something
-/// else
+/// @return the text that an element of such a document begins with, as the harness takes no other; empty if
+/// it
+///         begins with something else, be it a comment
 const char* TextOf(const pugi::xml_node& element);
 
 }  // namespace rig::log

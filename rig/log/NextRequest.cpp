@@ -60,8 +60,8 @@ void NextRequest::Forget() {
 Listed NextRequest::TakeMessage(Document& message) {
     last_ = message.Name();
     const bool isEventList = last_ == "EVENT_LIST"sv;
-    const bool isExpected = last_ == "EVENT"sv && !lists_.events.empty() &&
-                            Event() == message.Condensed().attribute("reid").value();
+    const bool isExpected =
+        last_ == "EVENT"sv && !lists_.events.empty() && Event() == message.Root().attribute("reid").value();
     if (isEventList && lists_.events.empty()) {
         doneEvents_.clear();
     }

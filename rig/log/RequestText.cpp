@@ -1,7 +1,8 @@
 #include "rig/log/RequestText.h"
 
-#include <fmt/format.h>
+#include <tinyxml.h>
 
+#include <algorithm>
 #include <string_view>
 
 #include "rig/protocol/Catalogue.h"
@@ -21,38 +22,17 @@ struct Count {
 };
 
 template <typename Output>
-void AppendEscaped(Output& printed, char byte) {
-    switch (byte) {
-        case '&':
-            printed += "&amp;";
-            return;
-        case '<':
-            printed += "&lt;";
-            return;
-        case '>':
-            printed += "&gt;";
-            return;
-        case '"':
-            printed += "&quot;";
-            return;
-        case '\'':
-            printed += "&apos;";
-            return;
-        default:
-            break;
-    }
-    if (static_cast<unsigned char>(byte) < ' ') {
-        printed += fmt::format("&#x{:02X};", static_cast<unsigned char>(byte));
-    } else {
-        printed += byte;
-    }
-}
-
-template <typename Output>
 void AppendValue(Output& printed, std::string_view value) {
-    for (const char byte : value) {
-        AppendEscaped(printed, byte);
+    const bool isPlain = std::none_of(value.begin(), value.end(), [](char byte) {
+        return static_cast<unsigned char>(byte) < ' ' || std::string_view("&<>\"'").find(byte) < 5;
+    });
+    if (isPlain) {
+        printed += value;
+        return;
     }
+    std::string encoded;
+    TiXmlBase::EncodeString(std::string(value), &encoded);
+    printed += std::string_view(encoded);
 }
 
 int DialectOf(const Switches& switches) {

@@ -130,7 +130,7 @@ void RunReader::TakeMessage() {
     message_.time = incoming_.Time();
     message_.form = document_->GetForm();
     message_.root = document_->Root();
-    if (message_.form != Message::Form::Good) {
+    if (!message_.root) {
         return;
     }
     message_.name = document_->Name();

@@ -17,7 +17,7 @@ struct Message {
     using Form = Document::Form;
 
     std::string_view text;  // byte for byte
-    pugi::xml_node root;    // `msg`; none unless the form is good
+    pugi::xml_node root;    // `msg`; none unless the harness finds it
     Form form = Form::Good;
     std::string name;                  // `req`
     bool isKnown = false;              // the dialect has it

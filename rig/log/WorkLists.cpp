@@ -2,8 +2,10 @@
 
 #include <pugixml.hpp>
 #include <set>
+#include <string_view>
 
 #include "rig/log/HarnessText.h"
+#include "rig/log/Xml.h"
 
 namespace rig::log {
 
@@ -56,9 +58,9 @@ Listed WorkLists::TakeXml(const pugi::xml_node& message) {
 /// @param reid  of the event, or empty if the description must give it
 /// @return the event's identifier, or empty if there is no event
 std::string WorkLists::TakeDescription(const char* text, const std::string& reid, Listed& listed) {
+    listed.notWellFormed += *text != '\0' && IsMalformed(text) ? 1U : 0U;
     pugi::xml_document description;
-    if (!description.load_string(Condensed(text).c_str(), kAsTheHarness)) {
-        listed.notWellFormed += *text == '\0' ? 0U : 1U;
+    if (!LoadAsTheHarness(text, description)) {
         return "";
     }
     const pugi::xml_node event = description.child("recording-event");
@@ -82,6 +84,12 @@ std::string WorkLists::TakeDescription(const char* text, const std::string& reid
         }
     }
     listed.noFiles += files.size() == before ? 1U : 0U;
+    std::set<std::string_view> seen;
+    for (std::size_t file = before; file < files.size(); ++file) {
+        if (!files[file].second.empty() && !seen.insert(files[file].second).second) {
+            listed.doubledFiles.push_back(files[file]);
+        }
+    }
     return name;
 }
 

@@ -12,11 +12,14 @@ class xml_node;
 
 namespace rig::log {
 
+using File = std::pair<std::string, std::string>;  // event identifier, name
+
 /// What a message says about events and files, and what is wrong with that.
 struct Listed {
     std::size_t files = 0;             // that it adds to the list
     bool hasLargeEvent = false;        // an event of at least two files
     std::vector<std::string> doubled;  // identifiers that it lists more than once
+    std::vector<File> doubledFiles;    // that one description names more than once
     // How many of its descriptions are so:
     std::size_t notWellFormed = 0;
     std::size_t noEvent = 0;        // empty, or not of an event
@@ -29,7 +32,7 @@ struct Listed {
 /// The harness's lists of what it still has to ask for, rebuilt from what the DVR sent.
 class WorkLists {
  public:
-    using File = std::pair<std::string, std::string>;  // event identifier, name
+    using File = log::File;
 
     std::deque<std::string> events;
     std::deque<File> files;

@@ -24,8 +24,7 @@ bool IsProvedBefore(const Finding& finding, const Run& run) {
 
 bool MayBeMisread(const Finding& finding, const Run& run, Needs needs) {
     return run.misread.Any() &&
-           (needs == Needs::OwnReading ||
-            (needs == Needs::WholeLog && !IsProvedBefore(finding, run)));
+           (needs == Needs::OwnReading || (needs == Needs::WholeLog && !IsProvedBefore(finding, run)));
 }
 
 /// @return the verdict of one check, as far as the log is whole and understood, and the user is strict

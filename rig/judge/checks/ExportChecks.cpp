@@ -21,8 +21,11 @@ bool ProvokesReports(const Run& run) {
 }
 
 Finding EventListSource(const Run& run, const Limits& /*limits*/) {
-    return NoneOf({{run.Of(log::Sign::NoSource), "EVENT_LIST without source"}},
-                  run.Received("EVENT_LIST") > 0, "source in EVENT_LIST", "no EVENT_LIST");
+    return NoneOf(
+        {{run.Of(log::Sign::NoSource), "EVENT_LIST without source"},
+         {run.emptySource, "EVENT_LIST with an empty source, which tells nobody where events come from",
+          result::Verdict::Warning}},
+        run.Received("EVENT_LIST") > 0, "source in EVENT_LIST", "no EVENT_LIST");
 }
 
 Finding EventListEvents(const Run& run, const Limits& /*limits*/) {
@@ -81,7 +84,9 @@ Finding DescriptionFiles(const Run& run, const Limits& /*limits*/) {
     const bool isWrong = run.Saw(log::Sign::EventReidWrong) || run.Saw(log::Sign::NoDescription) ||
                          run.Saw(log::Sign::EmptyDescription) || run.noEvent.Any();
     return NoneOf({{isWrong ? none : run.Of(log::Sign::EventWithoutFiles), "a description without files"},
-                   {run.noFiles, "a description without files"}},
+                   {run.noFiles, "a description without files"},
+                   {run.doubledFiles, "a description that names a file twice, which is then exported twice",
+                    result::Verdict::Warning}},
                   run.Received("EVENT") + run.Received("XML") > 0, expected, "no description");
 }
 
@@ -95,6 +100,7 @@ Finding FileIdentity(const Run& run, const Limits& limits) {
     const Tally unanswered = Unanswered(run, "GET_FILE", limits);
     const bool isOpen = !unanswered.Any() && IsWaiting(run, "GET_FILE");
     return NoneOf({{run.completedAgain, "a file completed twice"},
+                   {run.refusedFiles, "INVALID_EVENT about a file that the event's description names"},
                    {run.otherFile, "FILE_COMPLETE about another file than the one asked for"},
                    {unanswered, "a file that was never completed"}},
                   run.Received("FILE_COMPLETE") > 0 && !isOpen, expected,
@@ -141,7 +147,8 @@ Finding ExportDone(const Run& run, const Limits& limits) {
 const std::vector<Check>& ExportChecks() {
     static const std::vector<Check> kChecks = {
         {"event-list.source", "EVENT_LIST names its source.",
-         "\"'source' attribute missing from EVENT_LIST message\"", IsSecondDialect, EventListSource},
+         "\"'source' attribute missing from EVENT_LIST message\", the message itself", IsSecondDialect,
+         EventListSource},
         {"event-list.events", "EVENT_LIST names every event.",
          "\"'event' found with no text\", \"could not find 'event' tag in EVENT_LIST message\", \"Got "
          "EVENT_LIST message with no events\", the list itself",
@@ -157,14 +164,15 @@ const std::vector<Check>& ExportChecks() {
          "data\", \"Escaped XML for event contains no REID\", \"Found event with no REID\", "
          "\"Handle_EVENT_msg: 'reid' in escaped XML incorrect: \", the description itself",
          IsExport, Description},
-        {"event.files", "An event has files; in 1.0 one without is a warning if others have.",
+        {"event.files",
+         "An event has files, each named once; in 1.0 one without is a warning if others have.",
          "\"Got EVENT message with no files to receive\", the description itself", IsExport, DescriptionFiles,
          Needs::OwnReading},
         {"file-complete.attributes", "FILE_COMPLETE names event and file.",
          "\"Got FILE_COMPLETE without both reid and file\"", IsExport, FileAttributes},
         {"file-complete.identity", "Every file requested is completed once, in order.",
-         "\"invalid file in FILE_COMPLETE: \", FILE_COMPLETE against the requests", IsExport, FileIdentity,
-         Needs::WholeLog},
+         "\"invalid file in FILE_COMPLETE: \", FILE_COMPLETE and INVALID_EVENT against the requests",
+         IsExport, FileIdentity, Needs::WholeLog},
         {"event-ack.reid", "Every event is acknowledged under its own identifier.",
          "\"Got EVENT_XFER_ACK with no reid attribute\", \"In EVENT_XFER_ACK, got unexpected reid: \", a "
          "report without its acknowledgement",

@@ -30,7 +30,11 @@ Finding MessagesParsed(const Run& run, const Limits& /*limits*/) {
                    {run.EndedByMessage() ? run.deadlyMessages : kNone,
                     "a message that the harness cannot take: an exception ends it"},
                    {run.notWellFormed, "a message, or a description in one, that is not well-formed XML"},
-                   {run.Of(log::Sign::NoRequest), "a message without req, which the harness ignores"}},
+                   {run.Of(log::Sign::NoRequest), "a message without req, which the harness ignores"},
+                   {run.otherEncoding,
+                    "a message with bytes that are not of its encoding, which is UTF-8 where it declares "
+                    "none: the harness takes them as they are, but few parsers do",
+                    result::Verdict::Warning}},
                   run.Saw(log::Sign::Incoming), "one XML document msg with req in every message",
                   "no message");
 }

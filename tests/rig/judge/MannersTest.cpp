@@ -100,6 +100,73 @@ TEST(ListedEvent, ThatIsRefusedFailsItsOwnCheckAlone) {
     EXPECT_EQ(FindingOf("event.reid", text), "FAIL: INVALID_EVENT about an event that EVENT_LIST names (E1)");
 }
 
+// Messages that are not XML, though the harness takes them.
+
+TEST(Malformed, MessagesFailOneCheckAloneAndAreReadAsTheHarnessReadsThem) {
+    for (const std::string list :
+         {"<msg req=EVENT_LIST source='s'><events><event>E1</event></events></msg>",
+          "<msg req='EVENT_LIST' source='a & b'><events><event>E1</event></events></msg>",
+          "<msg req='EVENT_LIST' source='&nbsp;'><events><event>E1</event></events></msg>",
+          "<msg req='EVENT_LIST' source='a<b'><events><event>E1</event></events></msg>",
+          "<msg req='EVENT_LIST' source='\x01'><events><event>E1</event></events></msg>",
+          "<msg req='EVENT_LIST' source='s'><events><event>E1</event></events></msg>rest"}) {
+        Dialogue log;
+        log.Dvr("<msg req=\"OK\"/>").Say("got an OK, sending GET_EVENT_LIST");
+        log.Ask("<msg req=\"GET_EVENT_LIST\" protocolVersion=\"2.0\" />").Dvr(list);
+        log.AskEvent("E1");
+        const std::string text = log.Describe("E1", "a").Finish("E1", "a").Done().End();
+        EXPECT_EQ(Failed(text), "messages.parsed") << list;
+        EXPECT_EQ(FindingOf("log.understood", text).substr(0, 4), "PASS") << list;
+    }
+}
+
+TEST(Malformed, DescriptionsFailOneCheckAlone) {
+    Dialogue log;
+    log.List("E1").AskEvent("E1").Dvr(Description("E1", "&lt;metadata name='a'/&gt; &amp; more"));
+    const std::string text = log.AskFile("E1", "a").Finish("E1", "a").Done().End();
+    EXPECT_EQ(Failed(text), "messages.parsed");
+    EXPECT_NE(FindingOf("messages.parsed", text).find("not well-formed (invalid token)"), std::string::npos);
+}
+
+TEST(Encoding, ThatIsNotUtf8IsAWarning) {
+    Dialogue log;
+    log.List(
+           "Stra\xdf"
+           "e")
+        .AskEvent(
+            "Stra\xdf"
+            "e")
+        .Describe(
+            "Stra\xdf"
+            "e",
+            "a");
+    const std::string text = log.Finish(
+                                    "Stra\xdf"
+                                    "e",
+                                    "a")
+                                 .Done()
+                                 .End();
+    EXPECT_EQ(Failed(text), "");
+    EXPECT_EQ(FindingOf("messages.parsed", text).substr(0, 67),
+              "WARNING: a message with bytes that are not of its encoding, which i");
+}
+
+TEST(Encoding, OfAReferenceIsOneByteToTheHarness) {
+    Dialogue log;
+    log.List("&#xDF;").AskEvent("\xdf").Dvr(Description("&#xDF;", "&lt;metadata name=\"a\"/&gt;"));
+    const std::string text = log.AskFile("\xdf", "a").End();
+    EXPECT_EQ(FindingOf("log.understood", text).substr(0, 4), "PASS");
+}
+
+TEST(Encoding, ThatIsDeclaredButUnknownIsNoFault) {
+    Dialogue log;
+    log.Dvr(
+        "<?xml version='1.0' encoding='windows-1252'?><msg req='OK' name='Stra\xdf"
+        "e'/>");
+    log.Say("got an OK, sending GET_EVENT_LIST");
+    EXPECT_EQ(FindingOf("messages.parsed", log.End()), "PASS: nothing else");
+}
+
 // Word of a transfer.
 
 Dialogue Transferring(const std::string& switches = "") {

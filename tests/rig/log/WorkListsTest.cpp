@@ -15,7 +15,7 @@ using Files = std::deque<WorkLists::File>;
 
 /// A message as the reader of a log hands it on.
 struct Read {
-    explicit Read(const std::string& text) { document.load_string(Condensed(text).c_str(), kAsTheHarness); }
+    explicit Read(const std::string& text) { LoadAsTheHarness(text, document); }
     pugi::xml_node Root() const { return document.child("msg"); }
 
     pugi::xml_document document;
