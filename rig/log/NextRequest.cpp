@@ -50,8 +50,7 @@ void NextRequest::Forget() {
     announcement_.clear();
     statedFile_.reset();
     statedEvents_.clear();
-    popped_ = false;
-    left_ = 0;
+    left_.reset();
     fault_ = Fault::None;
     isGenuine_ = false;
     doubled_ = 0;
@@ -98,7 +97,6 @@ Fault NextRequest::TakeStatement(const Statement& statement, const Switches& swi
             }
             break;
         case Sign::FilesLeft:
-            popped_ = true;
             left_ = statement.Number();
             RetireFile();
             break;
@@ -200,7 +198,7 @@ std::string NextRequest::Name() const {
     if (!announced_.empty()) {
         return announced_;
     }
-    if (last_ == "EVENT_LIST"sv || last_ == "EVENT_XFER_ACK"sv || (last_ == "INVALID_EVENT"sv && !popped_)) {
+    if (last_ == "EVENT_LIST"sv || last_ == "EVENT_XFER_ACK"sv || (last_ == "INVALID_EVENT"sv && !left_)) {
         return "NEXT_EVENT";
     }
     return "GET_FILE";
@@ -216,7 +214,7 @@ Request NextRequest::MakeRequest(const Switches& switches) {
                (request.name == "NEXT_EVENT"sv || request.name == "EVENT_XFER_COMPLETE"sv)) {
         request.reid = Event();
     }
-    if (request.name == "GET_FILE"sv && popped_ && left_ > 1) {
+    if (request.name == "GET_FILE"sv && left_ && *left_ > 1) {
         request.pause = switches.sleepSeconds * kSecond;
     }
     if (doubled_ > 0 && --doubled_ == 0) {

@@ -78,10 +78,9 @@ class NextRequest {
     std::string announcement_;  // the last statement that is about what is sent next
     std::optional<std::string> statedFile_;
     std::vector<std::string> statedEvents_;
-    bool popped_ = false;        // since the last message, a file was retired
-    std::int64_t left_ = 0;      // files of the event after that
-    Fault fault_ = Fault::None;  // of the next request
-    bool isGenuine_ = false;     // see Request
+    std::optional<std::int64_t> left_;  // files of the event, if one was retired since the last message
+    Fault fault_ = Fault::None;         // of the next request
+    bool isGenuine_ = false;            // see Request
     std::string damaged_;  // the identifier in the list that the harness made up; empty if there is none
     std::vector<std::string> doneEvents_;  // of the last list
     std::vector<std::string> doneFiles_;   // of the last description

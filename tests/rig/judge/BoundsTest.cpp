@@ -52,6 +52,16 @@ TEST(Bounds, OfPatienceWithAnAnswer) {
     }
 }
 
+TEST(Bounds, OfPatienceNeedATimeAtBothEnds) {
+    for (const char* const line : {"hdr[0]", "shutting down"}) {
+        MadeUpLog log = Opened(1);
+        std::string text = log.After(10).Say("shutting down").Text();
+        const std::size_t start = text.rfind('\n', text.find(line)) + 1;
+        text.erase(start, text.find("velloran", start) - start);
+        EXPECT_EQ(With(Verdict::Fail, Judged(text).runs.at(0)), "") << line;
+    }
+}
+
 TEST(Bounds, OfPatienceWithAConnection) {
     for (const std::int64_t waited : {2'999'999, 3'000'000}) {
         MadeUpLog log;
