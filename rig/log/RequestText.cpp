@@ -1,5 +1,6 @@
 #include "rig/log/RequestText.h"
 
+#include <fmt/format.h>
 #include <tinyxml.h>
 
 #include <algorithm>
