@@ -60,6 +60,10 @@ std::string WithoutControls(std::string_view text) {
     return isPlain ? std::string(text) : Escaped(text, "\\");
 }
 
+bool IsUtf8(std::string_view text) {
+    return utf8::is_valid(text.begin(), text.end());
+}
+
 std::string_view Beginning(std::string_view text, std::size_t limit) {
     constexpr std::size_t kLongestCharacter = 4;
     if (text.size() <= limit) {

@@ -14,6 +14,9 @@ std::string Printable(const std::string& text);
 /// @return the same for a text whose backslashes are already escaped, as in a log
 std::string WithoutControls(std::string_view text);
 
+/// @return whether the text is UTF-8
+bool IsUtf8(std::string_view text);
+
 /// How many bytes of a text are enough to recognise it.
 constexpr std::size_t kExcerptBytes = 80;
 

@@ -108,8 +108,8 @@ void Exchange::TakeMessage(Arrival message, const std::string& event, const Plac
             run_.reportWithoutReid.Add(place, message.name);
         }
         const bool isTaken = Answers(message, event, place) || AnswersWrongly(message, place) ||
-                             RefusesLater(message) || Refuses(message, place) ||
-                             TellsProgress(message, place);
+                             ReportsAnotherFault(message, place) || RefusesLater(message) ||
+                             Refuses(message, place) || TellsProgress(message, place);
         if (!isTaken) {
             TakeUnasked(message, place);
         }
@@ -159,7 +159,8 @@ bool Exchange::Answers(const Arrival& message, const std::string& event, const P
         run_.Of(answered_->fault).answered.Add(place);
         // The refusal of a file with a damaged identifier may also name the true event.
         const bool isTrue = answered_->fault == Fault::FileEvent && event == message.reid.value_or("");
-        if (message.reid && *message.reid != answered_->reid && !isTrue && !message.isRepeated) {
+        if (message.reid && *message.reid != answered_->reid && !isTrue && !message.isRepeated &&
+            IsUtf8(answered_->reid)) {
             run_.otherReid.Add(place, Instead(*message.reid, answered_->reid));
         }
     }

@@ -51,6 +51,7 @@ class Exchange {
     void TakeOk(const Arrival& message, const Place& place);
     bool Answers(const Arrival& message, const std::string& event, const Place& place);
     bool AnswersWrongly(const Arrival& message, const Place& place);
+    bool ReportsAnotherFault(const Arrival& message, const Place& place);
     bool RefusesLater(const Arrival& message);
     bool Refuses(const Arrival& message, const Place& place);
     bool AnswersTheRefused(const Arrival& message);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <vector>
 
 #include "rig/base/Affix.h"
@@ -155,6 +156,13 @@ std::size_t BytesBeyondCharacters(std::string_view text) {
         std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xc0) == 0x80; }));
 }
 
+/// @return whether all is there, and only does not begin as XML must
+bool IsDocumentAfterBlanks(std::string_view text, std::size_t start) {
+    const bool isBlank = std::all_of(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(start),
+                                     [](unsigned char byte) { return std::isspace(byte) != 0; });
+    return isBlank && !log::IsMalformed(std::string(text.substr(start)));
+}
+
 FramingFault ExplainEnd(const Bytes& prefix, std::string_view text) {
     const std::string received = Received(prefix, static_cast<std::int64_t>(text.size()));
     if (text.size() < kShortest) {
@@ -242,7 +250,7 @@ FramingFault ExplainText(std::string_view text) {
             true};
     }
     const auto start = StartOf(text);
-    if (start && *start > 0) {
+    if (start && *start > 0 && !IsDocumentAfterBlanks(text, *start)) {
         Bytes header = prefix;
         header.insert(header.end(), text.begin(), text.begin() + static_cast<std::ptrdiff_t>(*start));
         return ExplainHeader(AsSent(header), text.size() - *start);

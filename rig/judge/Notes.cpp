@@ -36,13 +36,17 @@ bool IsNameless(const pugi::xml_node& file) {
     return !file.attribute("name");
 }
 
-bool HasNamelessFile(const pugi::xml_node& video) {
-    if (video.child("metadata") && IsNameless(video.child("metadata"))) {
+bool HasEmptyName(const pugi::xml_node& file) {
+    return file.attribute("name") && *file.attribute("name").value() == '\0';
+}
+
+bool AnyFile(const pugi::xml_node& video, bool (*isSo)(const pugi::xml_node&)) {
+    if (video.child("metadata") && isSo(video.child("metadata"))) {
         return true;
     }
     for (const pugi::xml_node& stream : video.child("streams").children()) {
         const auto files = stream.children();
-        if (std::any_of(files.begin(), files.end(), IsNameless)) {
+        if (std::any_of(files.begin(), files.end(), isSo)) {
             return true;
         }
     }
@@ -65,7 +69,11 @@ bool Has(const std::string& description, DescriptionFault fault) {
         case DescriptionFault::NoReid:
             return event && !event.attribute("reid");
         case DescriptionFault::NamelessFile:
-            return HasNamelessFile(video);
+            return AnyFile(video, IsNameless);
+        case DescriptionFault::EmptyName:
+            return AnyFile(video, HasEmptyName);
+        case DescriptionFault::EmptyReid:
+            return event.attribute("reid") && *event.attribute("reid").value() == '\0';
         default:
             return event && !video.child("metadata") && !video.child("streams").first_child().first_child();
     }
@@ -80,11 +88,15 @@ std::string OtherEvent(const log::Message& message) {
 
 /// @return which of the listed events has no text: "event 2 of 3"
 std::string EmptyEventIn(const log::Message& message) {
-    const auto events = message.root.child("events").children();
-    const auto count = std::distance(events.begin(), events.end());
-    const auto empty = std::find_if(events.begin(), events.end(),
-                                    [](const pugi::xml_node& event) { return *log::TextOf(event) == '\0'; });
-    return fmt::format("event {} of {}: {}", std::distance(events.begin(), empty) + 1, count, Shown(message));
+    std::size_t count = 0;
+    std::size_t empty = 0;
+    for (const pugi::xml_node& event : message.root.child("events").children()) {
+        count += event.type() == pugi::node_element ? 1U : 0U;
+        if (event.type() == pugi::node_element && empty == 0 && *log::TextOf(event) == '\0') {
+            empty = count;
+        }
+    }
+    return empty == 0 ? Shown(message) : fmt::format("event {} of {}: {}", empty, count, Shown(message));
 }
 
 /// @return the name, and the one that was meant if only upper and lower case differ

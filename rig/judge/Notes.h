@@ -17,7 +17,7 @@ std::string Shown(const log::Message& message);
 std::string NoteOn(const log::Statement& statement, const log::Message& message);
 
 /// What may be wrong with a description of an event.
-enum class DescriptionFault { NotXml, NoEvent, NoFiles, NamelessFile, NoReid };
+enum class DescriptionFault { NotXml, NoEvent, NoFiles, NamelessFile, NoReid, EmptyReid, EmptyName };
 
 /// @return the first description of the message with this fault, printable; empty if it has none
 std::string ShownDescription(const log::Message& message, DescriptionFault fault);

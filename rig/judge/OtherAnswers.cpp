@@ -7,6 +7,22 @@
 // What the DVR may send about a request besides its answer.
 
 namespace rig::judge {
+
+/// A request with a fault that the DVR reports, but as something else.
+bool Exchange::ReportsAnotherFault(const Arrival& message, const Place& place) {
+    const auto request = std::find_if(run_.pending.begin(), run_.pending.end(), [&](const Request& waiting) {
+        const bool isReportable = waiting.fault != Fault::None && waiting.fault != Fault::Xfer &&
+                                  protocol::IsReport(waiting.expects);
+        return isReportable && protocol::IsReport(message.name) && IsExact(waiting, message);
+    });
+    if (request == run_.pending.end() || message.name == "XFER_IN_PROGRESS") {
+        return false;
+    }
+    run_.Of(request->fault).otherReport.Add(place, message.name + " to " + request->Words());
+    run_.pending.erase(request);
+    return true;
+}
+
 /// A DVR that took a damaged identifier for an event, and then refuses requests about it, behaves correctly:
 /// its one fault has been counted.
 bool Exchange::RefusesLater(const Arrival& message) {
@@ -25,8 +41,8 @@ bool Exchange::RefusesLater(const Arrival& message) {
 /// next.
 bool Exchange::Refuses(const Arrival& message, const Place& place) {
     const auto request = std::find_if(run_.pending.begin(), run_.pending.end(), [&](const Request& waiting) {
-        const bool isOwn =
-            (waiting.name == "NEXT_EVENT" || waiting.name == "GET_FILE") && waiting.fault == Fault::None;
+        const bool isOwn = (waiting.name == "NEXT_EVENT" || waiting.name == "GET_FILE") &&
+                           (waiting.fault == Fault::None || waiting.fault == Fault::Rehash);
         return message.name == "INVALID_EVENT" && (isOwn || waiting.mayBeRefused) &&
                IsExact(waiting, message);
     });
@@ -34,8 +50,9 @@ bool Exchange::Refuses(const Arrival& message, const Place& place) {
         return false;
     }
     if (!request->mayBeRefused) {
-        (request->file.empty() ? run_.refused : run_.refusedFiles)
-            .Add(place, Printable(request->reid + (request->file.empty() ? "" : "/" + request->file)));
+        const bool isEvent = request->name == "NEXT_EVENT";
+        (isEvent ? run_.refused : run_.refusedFiles)
+            .Add(place, Printable(request->reid + (isEvent ? "" : "/" + request->file)));
         refused_ = std::move(*request);
     }
     run_.pending.erase(request);

@@ -43,9 +43,10 @@ using log::Fault;
 /// How the requests that carry one kind of fault went.
 struct FaultRecord {
     Tally fired;
-    Tally answered;  // correctly
-    Tally wrong;     // by something else
-    Tally genuine;   // no faults: the DVR lists what was asked for instead
+    Tally answered;     // correctly
+    Tally wrong;        // as if there were no fault
+    Tally otherReport;  // as another fault
+    Tally genuine;      // no faults: the DVR lists what was asked for instead
 };
 
 /// A request of the harness that is waiting for its answer.
@@ -129,7 +130,12 @@ struct Run {
     Tally noDescriptions;      // XML without `xmlFile`
     Tally noEvent;             // descriptions that are empty, or not of an event
     Tally namelessFiles;       // files without `name` in a description
+    Tally emptyReids;          // descriptions with an empty `reid`
+    Tally emptyNames;          // files with an empty `name` in a description
     Tally notFiles;            // comments and text in a stream
+    Tally notEvents;           // comments and text in a list of events
+    Tally emptyList;           // XML that lists nothing
+    Tally terminated;          // messages whose length counts NULs after the text
     Tally deadlyDescriptions;  // after which an exception ended the harness, for no other reason known here
     Tally deadlyMessages;      // the same for other messages
     Tally noFiles;             // descriptions (1.0: lists) that name no file
@@ -161,6 +167,7 @@ struct Run {
     std::uint64_t files = 0;       // requested without a fault
     std::uint64_t acksAtDone = 0;  // acknowledgements when the first DONE went out
     bool hasLargeEvent = false;    // an event of at least two files came
+    bool hasEmptyEvent = false;    // an event without identifier was listed
     std::deque<Request> pending;   // still without an answer
 
     Transfers transfers;                            // only when asked for

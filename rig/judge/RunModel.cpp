@@ -154,8 +154,11 @@ void RunModel::TakeMessage(const log::Message& message, const Place& place) {
         run_.noMessage.Add(place, Shown(message));
         return;
     }
+    if (message.text.size() > 1 && message.text.back() == '\0') {
+        run_.terminated.Add(place, Shown(message));
+    }
     if (message.form == Form::OtherEncoding) {
-        run_.otherEncoding.Add(place, Where(message.text));
+        TakeOtherEncoding(message, place);
     } else if (message.form != Form::Good) {
         TakeMalformed(message, place);
     }
@@ -184,6 +187,14 @@ void RunModel::TakeMessage(const log::Message& message, const Place& place) {
     run_.lastGood = message.name;
     run_.lastGoodLine = place.line;
     TakeListed(message.listed, place);
+}
+
+/// A damaged name that ends in the middle of a character is the harness's fault, not that of a DVR that
+/// repeats it.
+void RunModel::TakeOtherEncoding(const log::Message& message, const Place& place) {
+    if (IsUtf8(reader_.LastRequest().reid) && IsUtf8(reader_.LastRequest().file)) {
+        run_.otherEncoding.Add(place, Where(message.text));
+    }
 }
 
 void RunModel::TakeMalformed(const log::Message& message, const Place& place) {
@@ -216,14 +227,20 @@ void RunModel::TakeListed(const log::Listed& listed, const Place& place) {
     }
     add(run_.notWellFormed, listed.notWellFormed, DescriptionFault::NotXml);
     add(run_.noEvent, listed.noEvent, DescriptionFault::NoEvent);
+    add(run_.emptyReids, listed.emptyReids, DescriptionFault::EmptyReid);
+    add(run_.emptyNames, listed.emptyNames, DescriptionFault::EmptyName);
     add(run_.noFiles, listed.noFiles, DescriptionFault::NoFiles);
     add(run_.namelessFiles, listed.namelessFiles, DescriptionFault::NamelessFile);
-    for (std::size_t time = 0; time < listed.notFiles; ++time) {
-        run_.notFiles.Add(place, Shown(reader_.LastMessage()));
-    }
-    if (listed.noDescriptions) {
-        run_.noDescriptions.Add(place, Shown(reader_.LastMessage()));
-    }
+    const auto addShown = [&](Tally& tally, std::size_t times) {
+        for (std::size_t time = 0; time < times; ++time) {
+            tally.Add(place, tally.Any() ? "" : Shown(reader_.LastMessage()));
+        }
+    };
+    addShown(run_.notFiles, listed.notFiles);
+    addShown(run_.notEvents, listed.notEvents);
+    addShown(run_.noDescriptions, listed.noDescriptions ? 1 : 0);
+    addShown(run_.emptyList, listed.isEmpty ? 1 : 0);
+    run_.hasEmptyEvent = run_.hasEmptyEvent || listed.emptyEvents > 0;
     run_.files += listed.files;
     run_.hasLargeEvent = run_.hasLargeEvent || listed.hasLargeEvent;
 }

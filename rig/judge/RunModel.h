@@ -59,6 +59,7 @@ class RunModel {
     std::string NoteOn(const log::Statement& statement);
     void TakeDetails(const log::Statement& statement, const Place& place);
     void TakeMessage(const log::Message& message, const Place& place);
+    void TakeOtherEncoding(const log::Message& message, const Place& place);
     void TakeMalformed(const log::Message& message, const Place& place);
     void TakeListed(const log::Listed& listed, const Place& place);
     void TakeRejection(const log::Statement& statement, const Place& place);

@@ -66,7 +66,7 @@ RunReader::Event RunReader::TakePrefixByte(const Statement& statement) {
     if (index < kMostPrefixBytes) {
         request_.announced |= (byte & 0x7f) << (7 * index);
     }
-    request_.isAnnounced = (byte & 0x80) == 0;
+    request_.isAnnounced = !hex.empty() && (byte & 0x80) == 0;
     return isFirst ? Event::Request : Event::None;
 }
 

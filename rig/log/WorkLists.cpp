@@ -8,6 +8,13 @@
 #include "rig/log/Xml.h"
 
 namespace rig::log {
+namespace {
+
+bool IsElement(const pugi::xml_node& node) {
+    return node.type() == pugi::node_element;
+}
+
+}  // namespace
 
 void WorkLists::Append(const WorkLists& more) {
     events.insert(events.end(), more.events.begin(), more.events.end());
@@ -21,6 +28,7 @@ Listed WorkLists::TakeEventList(const pugi::xml_node& message) {
     for (pugi::xml_node event = message.child("events").child("event"); event; event = event.next_sibling()) {
         const std::string reid = TextOf(event);
         if (reid.empty()) {
+            ++(IsElement(event) ? listed.emptyEvents : listed.notEvents);
             continue;  // the harness says so
         }
         if (!seen.insert(reid).second) {
@@ -44,14 +52,15 @@ Listed WorkLists::TakeXml(const pugi::xml_node& message) {
     const pugi::xml_node container = message.child("xmlFile");
     for (pugi::xml_node node = container.child("string"); node; node = node.next_sibling()) {
         const char* const text = TextOf(node);
-        listed.noEvent += *text == '\0' ? 1U : 0U;
+        listed.noEvent += *text == '\0' && IsElement(node) ? 1U : 0U;
         const std::string reid = TakeDescription(text, "", listed);
         if (!reid.empty() && !seen.insert(reid).second) {
             listed.doubled.push_back(reid);
         }
     }
     listed.noDescriptions = !container;
-    listed.noFiles += container && !container.child("string") ? 1U : 0U;
+    listed.isEmpty = container && !container.find_child(IsElement);
+    listed.noFiles += container && !container.child("string") && !listed.isEmpty ? 1U : 0U;
     return listed;
 }
 
@@ -68,10 +77,12 @@ std::string WorkLists::TakeDescription(const char* text, const std::string& reid
         ++listed.noEvent;
         return "";
     }
-    std::string name = reid.empty() ? event.attribute("reid").value() : reid;
-    if (name.empty()) {
+    const pugi::xml_attribute own = event.attribute("reid");
+    if (reid.empty() && !own) {
         return "";
     }
+    std::string name = reid.empty() ? own.value() : reid;
+    listed.emptyReids += name.empty() ? 1U : 0U;
     const std::size_t before = files.size();
     const pugi::xml_node video = event.child("video");
     if (const pugi::xml_node metadata = video.child("metadata")) {
@@ -96,7 +107,9 @@ std::string WorkLists::TakeDescription(const char* text, const std::string& reid
 void WorkLists::TakeFile(const pugi::xml_node& file, const std::string& reid, Listed& listed) {
     const pugi::xml_attribute name = file.attribute("name");
     if (!name) {
-        ++(file.type() == pugi::node_element ? listed.namelessFiles : listed.notFiles);
+        ++(IsElement(file) ? listed.namelessFiles : listed.notFiles);
+    } else if (*name.value() == '\0') {
+        ++listed.emptyNames;
     }
     ++listed.files;
     files.emplace_back(reid, name.value());

@@ -25,8 +25,14 @@ struct Listed {
     std::size_t noEvent = 0;        // empty, or not of an event
     std::size_t noFiles = 0;        // name no file
     std::size_t namelessFiles = 0;  // files in them without `name`
+    std::size_t emptyReids = 0;     // of 1.0, with an empty `reid`
+    std::size_t emptyNames = 0;     // files in them with an empty `name`
     std::size_t notFiles = 0;       // what streams hold besides elements: comments, text
-    bool noDescriptions = false;    // XML without `xmlFile`
+    // Of the list itself:
+    std::size_t emptyEvents = 0;  // elements of EVENT_LIST without an identifier
+    std::size_t notEvents = 0;    // what EVENT_LIST holds after its first event besides elements
+    bool noDescriptions = false;  // XML without `xmlFile`
+    bool isEmpty = false;         // XML that has `xmlFile`, and nothing in it
 };
 
 /// The harness's lists of what it still has to ask for, rebuilt from what the DVR sent.

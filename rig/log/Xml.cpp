@@ -3,7 +3,6 @@
 #include <expat.h>
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 
 namespace rig::log {
@@ -16,7 +15,7 @@ constexpr const char* kAnyBytes = "ISO-8859-1";  // in which every byte is a cha
 /// @param encoding  overrides what the document declares; null if nothing does
 std::optional<XmlFault> FaultAs(const char* encoding, const std::string& text, XML_Error& error) {
     const Parser parser(XML_ParserCreate(encoding), &XML_ParserFree);
-    const std::size_t size = std::strlen(text.c_str());
+    const std::size_t size = text.find_last_not_of('\0') + 1;
     if (XML_Parse(parser.get(), text.data(), static_cast<int>(size), XML_TRUE) == XML_STATUS_OK) {
         return std::nullopt;
     }

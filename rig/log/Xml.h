@@ -15,7 +15,7 @@ struct XmlFault {
 
 /// Holds a text against the rules of XML 1.0, which neither the harness's parser nor ours enforces in full.
 /// An encoding that is declared, but not known here, is no fault.
-/// @param text  taken up to its first NUL, as the harness takes it
+/// @param text  without the NULs at its end
 std::optional<XmlFault> FaultIn(const std::string& text);
 
 /// @return whether it has a fault other than its encoding

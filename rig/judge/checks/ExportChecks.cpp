@@ -9,6 +9,9 @@
 namespace rig::judge {
 namespace {
 
+constexpr const char* kNoEventListed =
+    "no event was listed: the log cannot tell whether the DVR has none, and nothing was exported";
+
 bool HasReports(const Run& run) {
     return std::any_of(run.received.begin(), run.received.end(),
                        [](const auto& message) { return protocol::IsReport(message.first); });
@@ -29,17 +32,20 @@ Finding EventListSource(const Run& run, const Limits& /*limits*/) {
 }
 
 Finding EventListEvents(const Run& run, const Limits& /*limits*/) {
+    static const Tally kNone;
     const Text expected = "an identifier for each event in EVENT_LIST";
     if (run.Saw(log::Sign::NoEvents) && !run.listedElsewhere.Any()) {
-        return Inconclusive(expected,
-                            "no event was listed: the log cannot tell whether the DVR has none, and nothing "
-                            "was exported",
-                            run.Of(log::Sign::NoEvents));
+        return Inconclusive(expected, kNoEventListed, run.Of(log::Sign::NoEvents));
     }
+    const bool isEmpty = run.hasEmptyEvent || !run.notEvents.Any();
     return NoneOf(
         {{run.listedElsewhere, "EVENT_LIST with its events where the harness does not look for them"},
-         {run.Of(log::Sign::EventWithoutText), "an event without identifier in EVENT_LIST"},
-         {run.Of(log::Sign::NoEventTag), "EVENT_LIST without events"}},
+         {isEmpty ? run.Of(log::Sign::EventWithoutText) : kNone, "an event without identifier in EVENT_LIST"},
+         {run.Of(log::Sign::NoEventTag), "EVENT_LIST without events"},
+         {run.notEvents,
+          "a comment or text after the first event in EVENT_LIST, which the harness takes for an event "
+          "without identifier and leaves out",
+          result::Verdict::Warning}},
         run.Received("EVENT_LIST") > 0, expected, "no EVENT_LIST");
 }
 
@@ -65,6 +71,8 @@ Finding Description(const Run& run, const Limits& /*limits*/) {
          {run.Of(log::Sign::DescriptionReidWrong), "a description of another event than the one asked for"},
          {run.noEvent, "a description that is empty, or of something other than an event"},
          {run.namelessFiles, "a description of a file without name, for which the harness aborts"},
+         {run.emptyReids, "a description with an empty reid"},
+         {run.emptyNames, "a description of a file with an empty name"},
          {run.notFiles, "a description with a comment or text in a stream, for which the harness aborts"},
          {run.EndedByMessage() ? run.deadlyDescriptions : kNone,
           "a description of which the harness cannot take a file's name, and aborts"}},
@@ -74,6 +82,9 @@ Finding Description(const Run& run, const Limits& /*limits*/) {
 
 Finding DescriptionFiles(const Run& run, const Limits& /*limits*/) {
     const Text expected = "at least one file for each event";
+    if (run.emptyList.Any() && run.files == 0 && !run.noFiles.Any()) {
+        return Inconclusive(expected, kNoEventListed, run.emptyList);
+    }
     if (run.switches.protocol == 1 && run.noFiles.Any() && run.files > 0) {
         return Warn(expected,
                     Words("a description without files, which 1.0 allows: nothing of that event is exported",

@@ -44,6 +44,9 @@ Finding Answered(const Run& run, Fault fault, const Text& expected, const Limits
     if (record.wrong.Any()) {
         return Fail(expected, Words("an answer as if nothing were wrong", record.wrong), record.wrong);
     }
+    if (record.otherReport.Any()) {
+        return Fail(expected, Words("the report of another fault", record.otherReport), record.otherReport);
+    }
     if (record.answered.Any()) {
         return Pass(expected, "it came", record.answered);
     }

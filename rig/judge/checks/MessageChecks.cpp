@@ -31,6 +31,10 @@ Finding MessagesParsed(const Run& run, const Limits& /*limits*/) {
                     "a message that the harness cannot take: an exception ends it"},
                    {run.notWellFormed, "a message, or a description in one, that is not well-formed XML"},
                    {run.Of(log::Sign::NoRequest), "a message without req, which the harness ignores"},
+                   {run.terminated,
+                    "a message whose length counts a NUL after the text: the harness stops reading there, "
+                    "but few parsers do",
+                    result::Verdict::Warning},
                    {run.otherEncoding,
                     "a message with bytes that are not of its encoding, which is UTF-8 where it declares "
                     "none: the harness takes them as they are, but few parsers do",

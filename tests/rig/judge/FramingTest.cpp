@@ -131,6 +131,13 @@ TEST(Framing, ShowsWhereATextIsNotXml) {
     EXPECT_FALSE(fault.isProved);
 }
 
+TEST(Framing, IsNotBlamedForBlanksBeforeADeclaration) {
+    const FramingFault fault = ExplainText(" <?xml version=\"1.0\"?><msg req=\"OK\"/>");
+    EXPECT_FALSE(fault.isProved);
+    EXPECT_NE(fault.words.find("XML or text declaration not at start of entity at byte 2"), std::string::npos)
+        << fault.words;
+}
+
 TEST(Framing, ShowsATextThatIsShorterThanAnyMessage) {
     EXPECT_EQ(ExplainText("<msg ").words,
               "prefix 05, which announces 5 bytes, fewer than any message has: <msg ");

@@ -166,6 +166,18 @@ TEST(Encoding, OfAReferenceIsOneByteToTheHarness) {
     EXPECT_EQ(FindingOf("log.understood", text).substr(0, 4), "PASS");
 }
 
+TEST(Encoding, OfANameThatTheHarnessCutInTwoIsNotTheDvrs) {
+    for (const std::string reid : {"\x97\xa5x", "\xef\xbf\xbd\xef\xbf\xbdx"}) {
+        Dialogue log("'invalidEvent' flag set");
+        log.List("a\xe6\x97\xa5x").Say("processing 'invalidEvent' option [event]");
+        log.AskEvent("\x97\xa5x").Dvr("<msg req=\"INVALID_EVENT\" reid=\"" + reid + "\"/>");
+        log.Say("INVALID_EVENT 'reid' attribute = '" + reid + "'");
+        const auto result = Judged(log.AskEvent("a\xe6\x97\xa5x").End());
+        EXPECT_EQ(With(Verdict::Fail, result.runs.at(0)), "");
+        EXPECT_EQ(With(Verdict::Warning, result.runs.at(0)), "");
+    }
+}
+
 TEST(Encoding, ThatIsDeclaredButUnknownIsNoFault) {
     Dialogue log;
     log.Dvr(
@@ -173,6 +185,27 @@ TEST(Encoding, ThatIsDeclaredButUnknownIsNoFault) {
         "e'/>");
     log.Say("got an OK, sending GET_EVENT_LIST");
     EXPECT_EQ(FindingOf("messages.parsed", log.End()), "PASS: nothing else");
+}
+
+// What a list holds besides events.
+
+TEST(Lists, MayHoldCommentsAmongDescriptionsIn10) {
+    MadeUpLog log(1);
+    log.Dvr("<msg req=\"OK\"/>").Say("got an OK, sending GET_XML").Ask("<msg req=\"GET_XML\" />");
+    const std::string one =
+        "&lt;recording-event reid=\"E1\"&gt;&lt;video&gt;&lt;metadata name=\"m\"/&gt;"
+        "&lt;/video&gt;&lt;/recording-event&gt;";
+    log.Dvr("<msg req=\"XML\"><xmlFile><string>" + one + "</string><!-- c --><?p i?></xmlFile></msg>");
+    log.Say("Found event E1").Ask("<msg req=\"GET_FILE\" path=\"E1\" file=\"m\" />");
+    EXPECT_EQ(Failed(log.Say("shutting down").Text()), "");
+}
+
+TEST(Logs, ThatBreakOffInAPrefixAreNotMisread) {
+    for (const char* const rest : {"hdr[0]= ", "hdr[0]= 4"}) {
+        Dialogue log;
+        log.List("E1").Say(rest);
+        EXPECT_EQ(FindingOf("log.understood", log.Text()).substr(0, 4), "PASS") << rest;
+    }
 }
 
 // Word of a transfer.
