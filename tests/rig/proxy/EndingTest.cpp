@@ -1,0 +1,117 @@
+#include <csignal>
+
+#include "tests/rig/proxy/Peers.h"
+#include "tests/support/Until.h"
+
+// Each manner in which a connection ends, by each party.
+namespace {
+
+class Ending : public ProxyTest, public testing::WithParamInterface<const char*> {
+ protected:
+    /// The party that ends it, and the other.
+    struct Parties {
+        Peer one;
+        Peer other;
+    };
+
+    Parties ConnectParties() {
+        Pair pair = Connect();
+        if (IsDvr()) {
+            return {std::move(pair.dvr), std::move(pair.harness)};
+        }
+        return {std::move(pair.harness), std::move(pair.dvr)};
+    }
+
+    static bool IsDvr() { return std::string("dvr") == GetParam(); }
+
+    static std::string Told(const std::string& event) { return "1 " + event + " " + GetParam(); }
+
+    static std::string Partial(const std::string& bytes) {
+        return std::string("1 partial ") + (IsDvr() ? "dvr->harness " : "harness->dvr ") + bytes;
+    }
+};
+
+TEST_P(Ending, ByACloseIsPassedOn) {
+    auto [one, other] = ConnectParties();
+    one.Closes();
+    other.ReceivesEnd();
+    ExpectTold({Told("half-close")});
+    other.Closes();
+    ExpectTold({Told("half-close"), Told("close")});
+}
+
+TEST_P(Ending, OfOneDirectionLeavesTheOtherOpen) {
+    auto [one, other] = ConnectParties();
+    one.Sends("last");
+    one.HalfCloses();
+    EXPECT_EQ("last", other.Receives(4));
+    other.ReceivesEnd();
+    other.Sends("answer");
+    EXPECT_EQ("answer", one.Receives(6));
+    other.HalfCloses();
+    one.ReceivesEnd();
+}
+
+TEST_P(Ending, ByAResetIsPassedOn) {
+    auto [one, other] = ConnectParties();
+    one.Resets();
+    other.ReceivesReset();
+    ExpectTold({Told("reset")});
+}
+
+TEST_P(Ending, ByAResetComesAfterWhatWasSentBefore) {
+    auto [one, other] = ConnectParties();
+    one.Sends("\x05in");
+    one.Resets();
+    EXPECT_EQ("\x05in", other.Receives(3));
+    other.ReceivesReset();
+    ExpectTold({Partial("1+2"), Told("reset")});
+}
+
+TEST_P(Ending, ByAResetAfterACloseIsPassedOn) {
+    auto [one, other] = ConnectParties();
+    one.Closes();
+    other.ReceivesEnd();
+    other.Sends("to nobody");
+    other.ReceivesReset();
+    ExpectTold({Told("half-close"), (IsDvr() ? "1 partial harness->dvr 1+8" : "1 partial dvr->harness 1+8"),
+                Told("reset")});
+}
+
+TEST_P(Ending, ByAResetAfterTheOtherHalfClosedIsPassedOn) {
+    auto [one, other] = ConnectParties();
+    other.HalfCloses();
+    one.ReceivesEnd();
+    one.Resets();
+    other.ReceivesReset();
+    ExpectTold({IsDvr() ? "1 half-close harness" : "1 half-close dvr", Told("reset")});
+}
+
+INSTANTIATE_TEST_SUITE_P(Proxy, Ending, testing::Values("dvr", "harness"),
+                         [](const auto& party) { return std::string(party.param); });
+
+TEST_F(ProxyTest, EndsInOrderOnASignal) {
+    for (const int signal : {SIGINT, SIGTERM}) {
+        RunningProxy proxy(port_.Number());
+        Peer dvr = CallAt(proxy.Port());
+        Peer harness = port_.Accepts();
+        EXPECT_EQ(130, proxy.Ends(signal));
+        EXPECT_EQ("", proxy.Errors());
+        dvr.ReceivesEnd();
+        harness.ReceivesEnd();
+        EXPECT_NE(std::string::npos, proxy.Log().back().find(R"("event":"close","by":"proxy"})"));
+    }
+}
+
+TEST(ProxyWithoutHarness, ResetsTheDvrAndTakesTheNextCall) {
+    const HarnessPort port(false);
+    const RunningProxy proxy(port.Number());
+    for (std::size_t call = 1; call <= 3; ++call) {
+        CallAt(proxy.Port()).ReceivesReset();
+        EXPECT_TRUE(Until([&] { return proxy.Log().size() == 1 + 2 * call; }));
+        EXPECT_NE(std::string::npos,
+                  proxy.Log().back().find(R"("event":"refused","error":"Connection refused"})"));
+    }
+}
+
+}  // namespace
