@@ -8,6 +8,8 @@
 #include <fstream>
 #include <list>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 #include "rig/proxy/Proxy.h"
 #include "tests/rig/proxy/Peers.h"
@@ -40,6 +42,14 @@ class Bounds : public ProxyTest {
             throw std::runtime_error("expected the processor time of the proxy");
         }
         return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) / 1e9;
+    }
+
+    /// @return whether the log's last event is this one before long
+    bool ComesToTell(const std::string& event) const {
+        return Until([&] {
+            const std::vector<std::string> told = Told();
+            return !told.empty() && told.back() == event;
+        });
     }
 
     /// Lets the proxy open no more descriptors.
@@ -92,11 +102,11 @@ TEST_F(Bounds, AResetIsPassedOnWhileTheOtherDoesNotRead) {
     auto [dvr, harness] = Connect();
     Fill(dvr);
     dvr.Resets();
-    EXPECT_TRUE(Until([this] { return Told().back() == "1 reset dvr"; }));
+    EXPECT_TRUE(ComesToTell("1 reset dvr"));
     auto [other, otherHarness] = Connect();
     Fill(other);
     otherHarness.Resets();
-    EXPECT_TRUE(Until([this] { return Told().back() == "2 reset harness"; }));
+    EXPECT_TRUE(ComesToTell("2 reset harness"));
 }
 
 TEST_F(Bounds, WaitingCostsNoProcessorTime) {
