@@ -180,7 +180,10 @@ FramingFault ExplainEnd(const Bytes& prefix, std::string_view text) {
 /// Explains a prefix that takes in another message, with its prefix. @return nothing if it does not
 std::optional<FramingFault> ExplainSecond(const Bytes& prefix, std::string_view text) {
     const auto fault = log::FaultIn(std::string(text));
-    const std::size_t end = fault ? text.substr(0, fault->offset).rfind('>') + 1 : 0;
+    if (!fault) {
+        return std::nullopt;
+    }
+    const std::size_t end = text.substr(0, fault->offset).rfind('>') + 1;
     const auto start = StartOf(text.substr(end));
     if (end == 0 || !start || *start == 0 || log::IsMalformed(std::string(text.substr(0, end)))) {
         return std::nullopt;

@@ -62,7 +62,7 @@ ReadLine Judge::Add(const std::string& file, std::uint64_t number, std::string_v
         return {};
     }
     const Place place{file, number, statement->text};
-    last_ = statement->process.value_or(-1);
+    last_ = statement->process;
     RunModel& run = RunOf(*statement, place);
     using Event = log::RunReader::Event;
     const Event event = run.Add(*statement, place);
@@ -105,7 +105,7 @@ bool Judge::IsOver() const {
     return allOver && hasBegun_;
 }
 
-void Judge::Close(int process) {
+void Judge::Close(std::optional<int> process) {
     const auto run = open_.find(process);
     if (limits_.delivered) {
         held_.push_back(run->second->TakeFacts());

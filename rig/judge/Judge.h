@@ -59,15 +59,15 @@ class Judge {
  private:
     RunModel& RunOf(const log::Statement& statement, const Place& place);
     void AddError(const Place& place);
-    void Close(int process);
+    void Close(std::optional<int> process);
 
     Limits limits_;
     Keep keep_;
-    std::map<int, std::unique_ptr<RunModel>> open_;  // by process; -1 if the log does not name it
-    int last_ = -1;                                  // the process of the last statement
-    std::vector<Run> held_;                          // until the folder has been looked at
-    std::optional<Snapshot> before_;                 // of the folder
-    bool hasBegun_ = false;                          // a run
+    std::map<std::optional<int>, std::unique_ptr<RunModel>> open_;  // by process, if the log names it
+    std::optional<int> last_;         // the process of the last statement, if it names one
+    std::vector<Run> held_;           // until the folder has been looked at
+    std::optional<Snapshot> before_;  // of the folder
+    bool hasBegun_ = false;           // a run
     TakeRun take_;
 };
 

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cctype>
 #include <vector>
 
 #include "rig/base/Printable.h"
@@ -89,9 +90,8 @@ std::string EmptyEventIn(const log::Message& message) {
 /// @return the name, and the one that was meant if only upper and lower case differ
 std::string UnknownName(const std::string& name) {
     std::string upper = name;
-    std::transform(upper.begin(), upper.end(), upper.begin(), [](char letter) {
-        return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 32) : letter;
-    });
+    std::transform(name.begin(), name.end(), upper.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::toupper(letter)); });
     const bool isMisspelt = upper != name && (protocol::Find(1, protocol::Sender::Dvr, upper) != nullptr ||
                                               protocol::Find(2, protocol::Sender::Dvr, upper) != nullptr);
     return Printable(name) + (isMisspelt ? " instead of " + upper : "");

@@ -22,12 +22,22 @@ struct Count {
     void operator+=(char /*byte*/) { ++size; }
 };
 
+bool IsEscaped(char byte) {
+    switch (byte) {
+        case '&':
+        case '<':
+        case '>':
+        case '"':
+        case '\'':
+            return true;
+        default:
+            return static_cast<unsigned char>(byte) < ' ';
+    }
+}
+
 template <typename Output>
 void AppendValue(Output& printed, std::string_view value) {
-    const bool isPlain = std::none_of(value.begin(), value.end(), [](char byte) {
-        return static_cast<unsigned char>(byte) < ' ' || std::string_view("&<>\"'").find(byte) < 5;
-    });
-    if (isPlain) {
+    if (std::none_of(value.begin(), value.end(), IsEscaped)) {
         printed += value;
         return;
     }

@@ -45,6 +45,13 @@ TEST(Framing, ProvesALengthInOneByteWhereTheConnectionEnds) {
     EXPECT_FALSE(ExplainMissing(7680, 126).isProved) << "a good prefix, as far as one can know";
 }
 
+TEST(Framing, ProvesALengthWithItsHighestByteFirstWhereTheConnectionEnds) {
+    EXPECT_EQ(
+        ExplainMissing(983297, 33153).words,
+        "prefix 81 82 3c, which announces 983297 bytes; 33153 came: its last byte, 3c, is the \"<\" that a "
+        "text begins with, so that 81 82 was meant as the length; right for 33154 bytes is 82 83 02");
+}
+
 TEST(Framing, TellsOfALengthInOneByteWhereNothingMoreCame) {
     const FramingFault fault = ExplainMissing(7680, std::nullopt);
     EXPECT_EQ(

@@ -51,6 +51,12 @@ TEST(MessageList, SaysWhereTheLogLacksAPart) {
               "{\"line\":2,\"sender\":\"DVR\",\"text\":\"3c6d\",\"isWhole\":false}\n");
 }
 
+TEST(MessageList, HasTheRequestBeforeAMessageOfWhichTheLengthIsLost) {
+    EXPECT_EQ(Listed({"hdr[0]= 5", "GetMessage:incoming message, bytes 801 to 1600:x"}),
+              "{\"line\":1,\"sender\":\"harness\",\"announced\":5}\n"
+              "{\"line\":2,\"sender\":\"DVR\",\"isWhole\":false}\n");
+}
+
 TEST(MessageList, LeavesOutANameThatNothingTells) {
     EXPECT_EQ(Listed({"hdr[0]= 5"}), "{\"line\":1,\"sender\":\"harness\",\"announced\":5}\n");
 }

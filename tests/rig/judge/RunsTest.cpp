@@ -24,6 +24,8 @@ std::string WithAnotherLength(std::string log, const std::string& line, const ch
 TEST(Runs, BeginAnewWithASwitchOrAConnection) {
     const std::string run = RealLog("clean-2.0");
     EXPECT_EQ(Judged(run + RealLog("clean-1.0") + run).runs.size(), 3U);
+    const std::string middle = run.substr(0, run.rfind('\n', run.find("Sending DONE")) + 1);
+    EXPECT_EQ(Judged(middle.substr(middle.find("expecting")) + run).runs.size(), 2U);
 }
 
 TEST(Runs, GoOnInARotatedFile) {
