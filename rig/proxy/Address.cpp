@@ -47,6 +47,10 @@ const addrinfo* BestOf(const addrinfo* all) {
     return all;
 }
 
+bool IsAnywhere(const std::string& host) {
+    return host == kAnywhere || host == "::";
+}
+
 bool IsLoopback(const std::string& host) {
     return host.compare(0, 4, "127.") == 0 || host == "::1";
 }
@@ -108,7 +112,7 @@ Address PeerAddress(const Descriptor& socket) {
 bool LeadsTo(const Address& target, const Address& listener) {
     const NumericAddress to = Numeric(target);
     const NumericAddress at = Numeric(listener);
-    return to.port == at.port && (to.host == at.host || (at.host == kAnywhere && IsLoopback(to.host)));
+    return to.port == at.port && (to.host == at.host || (IsAnywhere(at.host) && IsLoopback(to.host)));
 }
 
 }  // namespace rig::proxy

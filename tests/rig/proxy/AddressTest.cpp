@@ -46,6 +46,7 @@ TEST(Address, OfANameIsTheHarnessesFamily) {
 TEST(Address, LeadsToItselfAndToAllAddressesOfThisMachine) {
     EXPECT_TRUE(LeadsTo(AddressOf("10.0.0.5:5001"), AddressOf("10.0.0.5:5001")));
     EXPECT_TRUE(LeadsTo(AddressOf("127.0.0.2:5001"), AddressOf("5001")));
+    EXPECT_TRUE(LeadsTo(AddressOf("[::1]:5001"), AddressOf("[::]:5001")));
     EXPECT_FALSE(LeadsTo(AddressOf("127.0.0.1:5002"), AddressOf("5001")));
     EXPECT_FALSE(LeadsTo(AddressOf("10.0.0.5:5001"), AddressOf("5001")));
     EXPECT_FALSE(LeadsTo(AddressOf("127.0.0.1:5001"), AddressOf("10.0.0.5:5001")));

@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::size_t kMoreThanTheSystemKeeps = 200'000'000;  // of a connection
 
-class Bounds : public ProxyTest {
+class ProxyBounds : public ProxyTest {
  protected:
     /// @return the most memory that the proxy has ever used
     std::size_t PeakKilobytes() const {
@@ -83,7 +83,7 @@ std::size_t Fill(const Peer& peer) {
     return sent;
 }
 
-TEST_F(Bounds, APeerThatDoesNotReadHoldsUpTheOtherAndNotTheMemory) {
+TEST_F(ProxyBounds, APeerThatDoesNotReadHoldsUpTheOtherAndNotTheMemory) {
     auto [dvr, harness] = Connect();
     dvr.Sends({kNoFrame});
     harness.Receives(1);
@@ -98,7 +98,7 @@ TEST_F(Bounds, APeerThatDoesNotReadHoldsUpTheOtherAndNotTheMemory) {
     EXPECT_EQ(std::string(toDvr, kNoFrame), dvr.Receives(toDvr));
 }
 
-TEST_F(Bounds, AResetIsPassedOnWhileTheOtherDoesNotRead) {
+TEST_F(ProxyBounds, AResetIsPassedOnWhileTheOtherDoesNotRead) {
     auto [dvr, harness] = Connect();
     Fill(dvr);
     dvr.Resets();
@@ -109,7 +109,7 @@ TEST_F(Bounds, AResetIsPassedOnWhileTheOtherDoesNotRead) {
     EXPECT_TRUE(ComesToTell("2 reset harness"));
 }
 
-TEST_F(Bounds, WaitingCostsNoProcessorTime) {
+TEST_F(ProxyBounds, WaitingCostsNoProcessorTime) {
     auto [dvr, harness] = Connect();
     dvr.HalfCloses();
     harness.ReceivesEnd();
@@ -121,7 +121,7 @@ TEST_F(Bounds, WaitingCostsNoProcessorTime) {
     EXPECT_LT(ProcessorSeconds() - before, 0.1);
 }
 
-TEST_F(Bounds, MoreConnectionsThanItTakesWaitUntilOneHasEnded) {
+TEST_F(ProxyBounds, MoreConnectionsThanItTakesWaitUntilOneHasEnded) {
     std::list<Pair> pairs;
     for (std::size_t count = 0; count < rig::proxy::kMostLinks; ++count) {
         pairs.push_back(Connect());
@@ -135,7 +135,7 @@ TEST_F(Bounds, MoreConnectionsThanItTakesWaitUntilOneHasEnded) {
     EXPECT_EQ("at last", harness.Receives(7));
 }
 
-TEST_F(Bounds, ACallThatNoDescriptorIsLeftForWaitsUntilAnotherHasEnded) {
+TEST_F(ProxyBounds, ACallThatNoDescriptorIsLeftForWaitsUntilAnotherHasEnded) {
     auto [dvr, harness] = Connect();
     TakeDescriptors();
     Peer waiting = CallAt(proxy_.Port());
@@ -151,7 +151,7 @@ TEST_F(Bounds, ACallThatNoDescriptorIsLeftForWaitsUntilAnotherHasEnded) {
 
 TEST(ProxyOnAFullDisk, EndsWithALogOfWholeLines) {
     signal(SIGXFSZ, SIG_IGN);  // which the program inherits: writing fails instead
-    const HarnessPort port(false);
+    const HarnessPort port(HarnessPort::Manner::Refuses);
     RunningProxy proxy(port.Number());
     const rlimit limit = {400, 400};  // in the middle of a line
     ASSERT_EQ(0, prlimit(proxy.Id(), RLIMIT_FSIZE, &limit, nullptr));

@@ -6,7 +6,7 @@
 // Each manner in which a connection ends, by each party.
 namespace {
 
-class Ending : public ProxyTest, public testing::WithParamInterface<const char*> {
+class ProxyEnding : public ProxyTest, public testing::WithParamInterface<const char*> {
  protected:
     /// The party that ends it, and the other.
     struct Parties {
@@ -31,7 +31,7 @@ class Ending : public ProxyTest, public testing::WithParamInterface<const char*>
     }
 };
 
-TEST_P(Ending, ByACloseIsPassedOn) {
+TEST_P(ProxyEnding, ByACloseIsPassedOn) {
     auto [one, other] = ConnectParties();
     one.Closes();
     other.ReceivesEnd();
@@ -40,7 +40,7 @@ TEST_P(Ending, ByACloseIsPassedOn) {
     ExpectTold({Told("half-close"), Told("close")});
 }
 
-TEST_P(Ending, OfOneDirectionLeavesTheOtherOpen) {
+TEST_P(ProxyEnding, OfOneDirectionLeavesTheOtherOpen) {
     auto [one, other] = ConnectParties();
     one.Sends("last");
     one.HalfCloses();
@@ -52,14 +52,14 @@ TEST_P(Ending, OfOneDirectionLeavesTheOtherOpen) {
     one.ReceivesEnd();
 }
 
-TEST_P(Ending, ByAResetIsPassedOn) {
+TEST_P(ProxyEnding, ByAResetIsPassedOn) {
     auto [one, other] = ConnectParties();
     one.Resets();
     other.ReceivesReset();
     ExpectTold({Told("reset")});
 }
 
-TEST_P(Ending, ByAResetComesAfterWhatWasSentBefore) {
+TEST_P(ProxyEnding, ByAResetComesAfterWhatWasSentBefore) {
     auto [one, other] = ConnectParties();
     one.Sends("\x05in");
     one.Resets();
@@ -68,7 +68,7 @@ TEST_P(Ending, ByAResetComesAfterWhatWasSentBefore) {
     ExpectTold({Partial("1+2"), Told("reset")});
 }
 
-TEST_P(Ending, ByAResetAfterACloseIsPassedOn) {
+TEST_P(ProxyEnding, ByAResetAfterACloseIsPassedOn) {
     auto [one, other] = ConnectParties();
     one.Closes();
     other.ReceivesEnd();
@@ -78,7 +78,7 @@ TEST_P(Ending, ByAResetAfterACloseIsPassedOn) {
                 Told("reset")});
 }
 
-TEST_P(Ending, ByAResetAfterTheOtherHalfClosedIsPassedOn) {
+TEST_P(ProxyEnding, ByAResetAfterTheOtherHalfClosedIsPassedOn) {
     auto [one, other] = ConnectParties();
     other.HalfCloses();
     one.ReceivesEnd();
@@ -87,7 +87,7 @@ TEST_P(Ending, ByAResetAfterTheOtherHalfClosedIsPassedOn) {
     ExpectTold({IsDvr() ? "1 half-close harness" : "1 half-close dvr", Told("reset")});
 }
 
-INSTANTIATE_TEST_SUITE_P(Proxy, Ending, testing::Values("dvr", "harness"),
+INSTANTIATE_TEST_SUITE_P(By, ProxyEnding, testing::Values("dvr", "harness"),
                          [](const auto& party) { return std::string(party.param); });
 
 TEST_F(ProxyTest, EndsInOrderOnASignal) {
@@ -104,7 +104,7 @@ TEST_F(ProxyTest, EndsInOrderOnASignal) {
 }
 
 TEST(ProxyWithoutHarness, ResetsTheDvrAndTakesTheNextCall) {
-    const HarnessPort port(false);
+    const HarnessPort port(HarnessPort::Manner::Refuses);
     const RunningProxy proxy(port.Number());
     for (std::size_t call = 1; call <= 3; ++call) {
         CallAt(proxy.Port()).ReceivesReset();
@@ -112,6 +112,28 @@ TEST(ProxyWithoutHarness, ResetsTheDvrAndTakesTheNextCall) {
         EXPECT_NE(std::string::npos,
                   proxy.Log().back().find(R"("event":"refused","error":"Connection refused"})"));
     }
+}
+
+TEST(ProxyWithAHesitantHarness, PassesOnWhatTheDvrHasSentMeanwhile) {
+    const HarnessPort port(HarnessPort::Manner::Hesitates);
+    const RunningProxy proxy(port.Number());
+    const Peer first = CallAt(port.Number());
+    Peer dvr = CallAt(proxy.Port());
+    dvr.Sends("early");
+    EXPECT_TRUE(Until([&] { return proxy.Log().size() == 2; }));
+    port.Accepts();
+    EXPECT_EQ("early", port.Accepts().Receives(5));
+}
+
+TEST(ProxyWithAHesitantHarness, TellsThatTheDvrHasGivenUp) {
+    const HarnessPort port(HarnessPort::Manner::Hesitates);
+    const RunningProxy proxy(port.Number());
+    const Peer first = CallAt(port.Number());
+    Peer dvr = CallAt(proxy.Port());
+    EXPECT_TRUE(Until([&] { return proxy.Log().size() == 2; }));
+    dvr.Resets();
+    EXPECT_TRUE(Until([&] { return proxy.Log().size() == 3; }));
+    EXPECT_NE(std::string::npos, proxy.Log().back().find(R"("event":"reset","by":"dvr")"));
 }
 
 }  // namespace

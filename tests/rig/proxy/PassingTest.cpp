@@ -10,7 +10,7 @@
 // What comes in on one side goes out on the other.
 namespace {
 
-class Passing : public ProxyTest {};
+class ProxyPassing : public ProxyTest {};
 
 std::string RandomBytes(std::mt19937& random, std::size_t count) {
     std::string bytes(count, '\0');
@@ -39,7 +39,7 @@ void Move(Stream& stream, std::mt19937& random) {
     stream.received.append(bytes, 0, received > 0 ? static_cast<std::size_t>(received) : 0);
 }
 
-TEST_F(Passing, BytesArriveAsTheyWereSentInBothDirectionsAtOnce) {
+TEST_F(ProxyPassing, BytesArriveAsTheyWereSentInBothDirectionsAtOnce) {
     constexpr std::size_t kBytes = 5'000'000;
     std::mt19937 random(1);
     auto [dvr, harness] = Connect();
@@ -64,7 +64,7 @@ TEST_F(Passing, BytesArriveAsTheyWereSentInBothDirectionsAtOnce) {
     dvr.ReceivesEnd();
 }
 
-TEST_F(Passing, PiecesArriveAsTheyWereSent) {
+TEST_F(ProxyPassing, PiecesArriveAsTheyWereSent) {
     std::mt19937 random(7);
     auto [dvr, harness] = Connect();
     for (int turn = 0; turn < 200; ++turn) {
@@ -76,7 +76,7 @@ TEST_F(Passing, PiecesArriveAsTheyWereSent) {
     }
 }
 
-TEST_F(Passing, UrgentDataStaysUrgent) {
+TEST_F(ProxyPassing, UrgentDataStaysUrgent) {
     auto [dvr, harness] = Connect();
     dvr.Sends("before");
     ASSERT_EQ(1, send(dvr.Number(), "!", 1, MSG_OOB));
@@ -90,7 +90,7 @@ TEST_F(Passing, UrgentDataStaysUrgent) {
     EXPECT_EQ("after", harness.Receives(5));
 }
 
-TEST_F(Passing, MessagesAreLoggedAndConnectionsToldApart) {
+TEST_F(ProxyPassing, MessagesAreLoggedAndConnectionsToldApart) {
     auto [dvr, harness] = Connect();
     auto [other, otherHarness] = Connect();
     dvr.Sends("\x0f<msg req=\"OK\"/>");

@@ -99,13 +99,14 @@ void Peer::Resets() {
     Closes();
 }
 
-HarnessPort::HarnessPort(bool listens) : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+HarnessPort::HarnessPort(Manner manner) : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
     sockaddr_in address = LocalAddress(0);
     socklen_t size = sizeof address;
     Require(bind(socket_.Number(), reinterpret_cast<sockaddr*>(&address), size) == 0, "a port");
     getsockname(socket_.Number(), reinterpret_cast<sockaddr*>(&address), &size);
     number_ = ntohs(address.sin_port);
-    Require(!listens || listen(socket_.Number(), SOMAXCONN) == 0, "to listen");
+    const int backlog = manner == Manner::Hesitates ? 0 : SOMAXCONN;
+    Require(manner == Manner::Refuses || listen(socket_.Number(), backlog) == 0, "to listen");
 }
 
 Peer HarnessPort::Accepts() const {

@@ -39,8 +39,11 @@ class Peer {
 /// Waits where the proxy looks for the harness.
 class HarnessPort {
  public:
-    /// @param listens  whether it takes connections; otherwise they are refused
-    explicit HarnessPort(bool listens = true);
+    enum class Manner { Listens, Refuses, Hesitates };
+
+    /// @param manner  whether it listens; while it hesitates, the first connection waits to be accepted, and
+    ///                those after it to be answered at all
+    explicit HarnessPort(Manner manner = Manner::Listens);
 
     int Number() const { return number_; }
     Peer Accepts() const;

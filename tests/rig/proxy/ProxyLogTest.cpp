@@ -1,11 +1,14 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <fstream>
 #include <functional>
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <stdexcept>
 
+#include "rig/base/Descriptor.h"
 #include "rig/proxy/ProxyLog.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -89,6 +92,35 @@ TEST(ProxyLog, SaysThatItCannotBeWritten) {
     ProxyLog full("/dev/full");
     EXPECT_THROW(full.Connected(1, ""), std::runtime_error);
     EXPECT_THROW(ProxyLog("/nowhere/log"), std::runtime_error);
+}
+
+/// Standard output is a pipe that nobody reads any more.
+class UnreadOutput {
+ public:
+    UnreadOutput() : before_(dup(STDOUT_FILENO)) {
+        int ends[2] = {-1, -1};
+        EXPECT_EQ(0, pipe(ends));
+        dup2(ends[1], STDOUT_FILENO);
+        close(ends[0]);
+        close(ends[1]);
+        signal(SIGPIPE, SIG_IGN);
+    }
+    ~UnreadOutput() {
+        dup2(before_.Number(), STDOUT_FILENO);
+        signal(SIGPIPE, SIG_DFL);
+    }
+    UnreadOutput(const UnreadOutput&) = delete;
+    UnreadOutput& operator=(const UnreadOutput&) = delete;
+
+ private:
+    Descriptor before_;
+};
+
+TEST(ProxyLog, LosesNothingThatAReaderOfStandardOutputWants) {
+    const UnreadOutput output;
+    ProxyLog log("");
+    EXPECT_NO_THROW(log.Connected(1, ""));
+    EXPECT_NO_THROW(log.Connected(2, ""));
 }
 
 TEST(TimeText, HasMicroseconds) {
