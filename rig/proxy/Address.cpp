@@ -18,7 +18,6 @@
 namespace rig::proxy {
 namespace {
 
-constexpr int kHighestPort = 65535;
 constexpr const char* kAnywhere = "0.0.0.0";
 
 int FamilyOf(const Address& address) {

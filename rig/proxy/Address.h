@@ -9,6 +9,8 @@
 
 namespace rig::proxy {
 
+constexpr int kHighestPort = 65535;
+
 /// What an option says: HOST:PORT, [HOST]:PORT for a host with colons, or PORT alone.
 struct HostAndPort {
     std::string host;  // empty: not given

@@ -24,9 +24,8 @@ constexpr int kAnyPort = 0;  // the system chooses one
 constexpr int kLowestPort = 1;
 
 constexpr const char* kProxyStatuses =
-    "Exit status: 64 usage, an address that cannot be used, or a log that cannot be written; 130 interrupted "
-    "by\n"
-    "SIGINT, SIGTERM or SIGHUP, which is how it ends.";
+    "Exit status: 64 usage, an address that cannot be used, or a log that cannot be written;\n"
+    "130 interrupted by SIGINT, SIGTERM or SIGHUP, which is how it ends.";
 
 /// A check that the text is a place as `form` shows it.
 CLI::Validator Place(const std::string& form, bool needsHost, int lowestPort) {
@@ -35,7 +34,8 @@ CLI::Validator Place(const std::string& form, bool needsHost, int lowestPort) {
         if (place && !(needsHost && place->host.empty())) {
             return "";
         }
-        return fmt::format("expected {} with PORT from {} to 65535, found '{}'", form, lowestPort, text);
+        return fmt::format("expected {} with PORT from {} to {}, found '{}'", form, lowestPort, kHighestPort,
+                           text);
     };
     return CLI::Validator(check, "");
 }
