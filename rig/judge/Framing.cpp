@@ -83,7 +83,7 @@ std::optional<std::uint64_t> InDigits(const Bytes& bytes) {
 /// @return the length that the bytes give in some notation other than ours, if it is this one; any for 0
 std::optional<std::uint64_t> InSomeNotation(const Bytes& bytes, std::uint64_t size) {
     for (const bool isLowestFirst : {true, false}) {
-        const auto number = InWholeBytes(bytes, isLowestFirst, 1);
+        const auto number = InWholeBytes(bytes, isLowestFirst, kShortest);
         if (number && (size == 0 || *number == size)) {
             return number;
         }
@@ -104,17 +104,15 @@ Bytes AsSent(Bytes header) {
 }
 
 /// @return what else such bytes may mean; nothing if there is nothing else
-std::string InUnmarkedBytes(Bytes header, bool isLowestFirst, std::size_t least) {
+std::string InUnmarkedBytes(Bytes header, bool isLowestFirst) {
     if (isLowestFirst) {
         std::reverse(header.begin(), header.end());
     }
     const bool hasMark =
         std::any_of(header.begin(), header.end(), [](unsigned char byte) { return byte >= kGoesOn; });
-    const std::uint32_t number = HighestFirst(header);
-    if (hasMark || header.front() == 0 || number < least) {
-        return "";
-    }
-    return "; or 7 bits in each, and none marked as going on: " + Right(number);
+    return hasMark || header.front() == 0
+               ? ""
+               : "; or 7 bits in each, and none marked as going on: " + Right(HighestFirst(header));
 }
 
 /// Explains a length in another notation, of which the harness took the first bytes for the prefix.
@@ -130,7 +128,7 @@ FramingFault ExplainHeader(const Bytes& header, std::size_t textSeen) {
     if (const auto number = isLowestFirst ? lowestFirst : highestFirst) {  // of two, the one more likely
         return {fmt::format("{}, as if the length had {} bytes of 8 bits, {} first; {}{}", sent,
                             header.size(), isLowestFirst ? "lowest" : "highest", Right(*number),
-                            InUnmarkedBytes(header, isLowestFirst, least)),
+                            InUnmarkedBytes(header, isLowestFirst)),
                 true};
     }
     return {fmt::format("{}; right is the length alone, 7 bits in each byte, lowest first", sent), true};

@@ -111,7 +111,7 @@ class OwnClock {
     std::optional<std::int64_t> Read(const char* text) {
         if (!hasMinute_ || std::memcmp(text, minuteText_.data(), kMinute) != 0) {
             const std::optional<std::int64_t> minute = IsoTime({text, kMinute + 2});
-            if (!minute || !HasMarks(text)) {
+            if (!minute) {
                 return std::nullopt;
             }
             std::memcpy(minuteText_.data(), text, kMinute);
@@ -130,10 +130,6 @@ class OwnClock {
 
  private:
     static constexpr std::size_t kMinute = 17;  // bytes of "2026-11-20T14:03:"
-
-    static bool HasMarks(const char* text) {
-        return text[4] == '-' && text[7] == '-' && text[10] == 'T' && text[kMinute - 1] == ':';
-    }
 
     /// @return the number that two digits make; negative if they are not digits
     static int TwoDigits(const char* digits) {

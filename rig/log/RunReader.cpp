@@ -99,12 +99,13 @@ void RunReader::TakeSwitch(const Statement& statement) {
         case Sign::ProtocolSwitch:
             switches_.protocol = static_cast<int>(number);
             break;
-        default:
-            break;
         case Sign::Opening:  // in a log that lacks its first lines
             switches_.protocol = statement.detail == "GET_EVENT_LIST" ? 2
                                  : statement.detail == "GET_XML"      ? 1
                                                                       : switches_.protocol;
+            break;
+        default:
+            break;
     }
 }
 

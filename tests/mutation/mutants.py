@@ -259,12 +259,22 @@ class Finder:
             if not is_start or token.text in NO_STATEMENT or token.kind not in ("word", "sign") or token.text in "{}":
                 continue
             end = self.statement_end(index)
-            if end is not None and not self.declares(index, end):
+            if end is not None and not self.declares(index, end) and not self.ends_switch(index, end):
                 self.add("statement", token.start, self.tokens[end].start, "")
 
     def ends_condition(self, at):
         openings = [opening for opening, closing in self.closing.items() if closing == at]
         return bool(openings) and self.text(openings[0] - 1) in ("if", "while", "for")
+
+    def ends_switch(self, index, end):
+        """A break after which the switch ends anyway."""
+        rest = [self.text(at) for at in range(end + 1, end + 6)]
+        last = end + 5 if rest[:4] == ["default", ":", "break", ";"] else end + 1
+        opening = next((o for o, closing in self.closing.items() if closing == last and self.text(o) == "{"), None)
+        if self.text(index) != "break" or opening is None:
+            return False
+        condition = next((o for o, closing in self.closing.items() if closing == opening - 1), None)
+        return condition is not None and self.text(condition - 1) == "switch"
 
     def statement_end(self, index):
         at = index

@@ -90,6 +90,9 @@ TEST(Framing, ProvesALengthInWholeBytesBeforeTheText) {
               "2c 01 00 00 came before the text, as if the length had 4 bytes of 8 bits, lowest first; right "
               "for "
               "300 bytes is ac 02"},
+             {"000000300",
+              "30 30 30 30 30 30 33 30 30 came before the text, the length in digits; right for 300 bytes is "
+              "ac 02"},
              {"300\n",
               "33 30 30 0a came before the text, the length in digits; right for 300 bytes is ac 02"}}) {
         const FramingFault fault = ExplainText(TextAfter(header, message));

@@ -100,6 +100,14 @@ TEST(ListedEvent, ThatIsRefusedFailsItsOwnCheckAlone) {
     EXPECT_EQ(FindingOf("event.reid", text), "FAIL: INVALID_EVENT about an event that EVENT_LIST names (E1)");
 }
 
+TEST(ListedEvent, ThatIsRefusedAndThenDescribedFailsItsOwnCheckAlone) {
+    Dialogue log;
+    log.List("E1", "E2").AskEvent("E1").Dvr("<msg req=\"INVALID_EVENT\" reid=\"E1\"/>");
+    log.AskEvent("E2").Dvr(Description("E1", "&lt;metadata name=\"a\"/&gt;"));
+    const std::string text = log.End();
+    EXPECT_EQ(Failed(text), "event.reid");
+}
+
 // Messages that are not XML, though the harness takes them.
 
 TEST(Malformed, MessagesFailOneCheckAloneAndAreReadAsTheHarnessReadsThem) {
@@ -173,6 +181,17 @@ Dialogue Transferring(const std::string& switches = "") {
     Dialogue log(switches);
     log.List("E1").AskEvent("E1").Describe("E1", "a");
     return log;
+}
+
+TEST(Requests, WithoutAnAnswerAreForgottenAfterAThousand) {
+    Dialogue log = Transferring();
+    for (int file = 1; file <= 1000; ++file) {
+        log.AskFile("E1", "f" + std::to_string(file));
+    }
+    log.After(10);
+    const std::string text = log.End();
+    EXPECT_NE(FindingOf("requests.answered", text).find("(GET_FILE E1/a waited for 11.5 s"),
+              std::string::npos);
 }
 
 TEST(Progress, OfALongTransferIsAWarning) {

@@ -262,6 +262,9 @@ TEST(ReactionTimes, GivePercentilesToAFewPercent) {
     EXPECT_NEAR(times.Percentile(0.5), 500, 15);
     EXPECT_NEAR(times.Percentile(0.99), 990, 30);
     EXPECT_EQ(times.Longest(), 1000);
+    rig::judge::ReactionTimes none;
+    none.Add(-1, {"test.log", 1, "", &kept});
+    EXPECT_EQ(none.Longest(), 0) << "no time, where the clock was set back";
 }
 
 }  // namespace
