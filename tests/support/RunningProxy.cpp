@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -18,6 +19,12 @@ constexpr const char* kAddress = "\"address\":\"127.0.0.1:";
 
 std::string Local(int port) {
     return "127.0.0.1:" + std::to_string(port);
+}
+
+std::string TextOf(const std::filesystem::path& file) {
+    std::ostringstream text;
+    text << std::ifstream(file).rdbuf();
+    return text.str();
 }
 
 }  // namespace
@@ -42,14 +49,27 @@ RunningProxy::~RunningProxy() {
     }
 }
 
+std::string RunningProxy::LogText() const {
+    return TextOf(folder_.Path() / "log");
+}
+
 std::vector<std::string> RunningProxy::Log() const {
     std::vector<std::string> lines;
-    std::ifstream log(folder_.Path() / "log");
+    std::istringstream log(LogText());
     // Its last line may not be whole yet.
     for (std::string line; std::getline(log, line) and not log.eof();) {
         lines.push_back(line);
     }
     return lines;
+}
+
+void RunningProxy::Pauses() const {
+    kill(pid_, SIGSTOP);
+    waitpid(pid_, nullptr, WUNTRACED);
+}
+
+void RunningProxy::GoesOn() const {
+    kill(pid_, SIGCONT);
 }
 
 int RunningProxy::Ends(int signal, Here here) {
@@ -64,7 +84,5 @@ int RunningProxy::Ends(int signal, Here here) {
 }
 
 std::string RunningProxy::Errors() const {
-    std::ostringstream text;
-    text << std::ifstream(folder_.Path() / "errors").rdbuf();
-    return text.str();
+    return TextOf(folder_.Path() / "errors");
 }

@@ -23,8 +23,15 @@ class RunningProxy {
 
     pid_t Id() const { return pid_; }
 
-    /// The lines of its log so far.
+    /// Its log so far.
+    std::string LogText() const;
+
+    /// The whole lines of it.
     std::vector<std::string> Log() const;
+
+    /// It does nothing until it goes on, and finds then what has come meanwhile.
+    void Pauses() const;
+    void GoesOn() const;
 
     /// It gets a signal, unless that is 0, and ends by itself. @return its status
     int Ends(int signal, Here here = Here::current());

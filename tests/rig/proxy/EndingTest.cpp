@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <csignal>
 
 #include "tests/rig/proxy/Peers.h"
@@ -85,6 +86,37 @@ TEST_P(ProxyEnding, ByAResetAfterTheOtherHalfClosedIsPassedOn) {
     one.Resets();
     other.ReceivesReset();
     ExpectTold({IsDvr() ? "1 half-close harness" : "1 half-close dvr", Told("reset")});
+}
+
+TEST_P(ProxyEnding, ByAResetIsToldFromACloseThatComesAtTheSameTime) {
+    auto [one, other] = ConnectParties();
+    one.HalfCloses();
+    other.ReceivesEnd();
+    proxy_.Pauses();
+    one.Resets();
+    other.HalfCloses();
+    proxy_.GoesOn();
+    ExpectTold({Told("half-close"), Told("reset")});
+}
+
+TEST_P(ProxyEnding, ByAResetThatSendingMeetsFirstComesAfterWhatWasSentBefore) {
+    auto [one, other] = ConnectParties();
+    proxy_.Pauses();
+    one.Sends(
+        "\x03"
+        "bye");
+    one.Resets();
+    other.Sends("\x02to");
+    proxy_.GoesOn();
+    EXPECT_EQ(
+        "\x03"
+        "bye",
+        other.Receives(4));
+    other.ReceivesReset();
+    Until([this] { return !ProxyTest::Told().empty() && ProxyTest::Told().back() == Told("reset"); });
+    const std::vector<std::string> told = ProxyTest::Told();
+    EXPECT_EQ(Told("reset"), told.back());
+    EXPECT_EQ(0, std::count(told.begin(), told.end(), Told("half-close")));
 }
 
 INSTANTIATE_TEST_SUITE_P(By, ProxyEnding, testing::Values("dvr", "harness"),
