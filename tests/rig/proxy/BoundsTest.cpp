@@ -1,9 +1,10 @@
+#include <netinet/in.h>
 #include <poll.h>
-#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 
 #include <csignal>
+#include <cstdint>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -14,6 +15,7 @@
 
 #include "rig/proxy/Proxy.h"
 #include "tests/rig/proxy/Peers.h"
+#include "tests/support/Sockets.h"
 #include "tests/support/Until.h"
 
 // What the proxy takes of the machine, whatever either side does.
@@ -84,12 +86,23 @@ std::size_t Fill(const Peer& peer) {
     return sent;
 }
 
-/// Reads until the system has sent all that is to pass: the end that comes after it reaches the proxy, while
-/// much of it is still there.
-void LetPass(const Peer& from, Peer& to) {
-    for (int unsent = 1; unsent > 0;) {
-        to.ReceivesPiece();
-        ASSERT_EQ(0, ioctl(from.Number(), TIOCOUTQ, &unsent));
+std::uint16_t PortOf(const Peer& peer, decltype(getsockname) ask) {
+    sockaddr_in address = {};
+    socklen_t size = sizeof address;
+    ask(peer.Number(), reinterpret_cast<sockaddr*>(&address), &size);
+    return ntohs(address.sin_port);
+}
+
+/// Sends until a little of it waits for the proxy, which does not read it as nobody takes what it has.
+void HoldUp(Peer& peer) {
+    const std::string bytes(30'000, kNoFrame);
+    for (int held = 0; held < 4;) {
+        const bool isHeld = sockets::Unread(PortOf(peer, getpeername), PortOf(peer, getsockname)) > 0;
+        held = isHeld ? held + 1 : 0;
+        if (!isHeld) {
+            peer.Sends(bytes);
+        }
+        poll(nullptr, 0, isHeld ? 50 : 2);
     }
 }
 
@@ -123,13 +136,13 @@ TEST_F(ProxyBounds, WaitingCostsNoProcessorTime) {
     auto [dvr, harness] = Connect();
     dvr.HalfCloses();
     harness.ReceivesEnd();
-    Fill(harness);
-    LetPass(harness, dvr);
+    HoldUp(harness);
     harness.HalfCloses();
     poll(nullptr, 0, 100);
     const double before = ProcessorSeconds();
     poll(nullptr, 0, 500);
     EXPECT_LT(ProcessorSeconds() - before, 0.1);
+    EXPECT_EQ(std::vector<std::string>{"1 half-close dvr"}, Told());
 }
 
 TEST_F(ProxyBounds, MoreConnectionsThanItTakesWaitUntilOneHasEnded) {
