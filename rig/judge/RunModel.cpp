@@ -1,5 +1,7 @@
 #include "rig/judge/RunModel.h"
 
+#include <fmt/format.h>
+
 #include <tuple>
 #include <utility>
 
@@ -210,7 +212,7 @@ void RunModel::TakeListed(const log::Listed& listed, const Place& place) {
         run_.doubledEvents.Add(place, Printable(reid));
     }
     for (const auto& [reid, file] : listed.doubledFiles) {
-        run_.doubledFiles.Add(place, Printable(reid + "/" + file));
+        run_.doubledFiles.Add(place, Printable(fmt::format("{}/{}", reid, file)));
     }
     add(run_.notWellFormed, listed.notWellFormed, DescriptionFault::NotXml);
     add(run_.noEvent, listed.noEvent, DescriptionFault::NoEvent);

@@ -35,7 +35,7 @@ std::optional<XmlFault> FaultIn(const std::string& text) {
         return std::nullopt;
     }
     const bool isUnknown = error == XML_ERROR_UNKNOWN_ENCODING;
-    const auto other = FaultAs(kAnyBytes, text, error);
+    auto other = FaultAs(kAnyBytes, text, error);
     if (isUnknown) {
         return other;
     }
