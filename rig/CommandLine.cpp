@@ -9,6 +9,7 @@
 #include "rig/diff/DiffCommand.h"
 #include "rig/dvr/DvrCommand.h"
 #include "rig/judge/JudgeCommand.h"
+#include "rig/proxy/ProxyCommand.h"
 
 namespace rig {
 namespace {
@@ -25,13 +26,14 @@ int RunCommandLine(int argc, char** argv) {
     judge::AddJudgeCommand(app, status);
     campaign::AddRunCommand(app, status);
     diff::AddDiffCommand(app, status);
+    proxy::AddProxyCommand(app, status);
     for (CLI::App* const command : app.get_subcommands({})) {
         command->set_version_flag("--version", kVersion);
     }
     try {
         app.parse(argc, argv);
         if (app.get_subcommands().empty()) {
-            throw CLI::ParseError("expected a subcommand: dvr, judge, run or diff",
+            throw CLI::ParseError("expected a subcommand: dvr, judge, run, diff or proxy",
                                   CLI::ExitCodes::RequiredError);
         }
     } catch (const CLI::Success& asked) {  // --help and --version

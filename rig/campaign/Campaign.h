@@ -4,10 +4,10 @@
 #include <set>
 #include <string>
 
+#include "rig/base/Interrupts.h"
 #include "rig/campaign/Display.h"
 #include "rig/campaign/evidence/Records.h"
 #include "rig/campaign/execution/CaseRun.h"
-#include "rig/campaign/execution/Interrupts.h"
 
 namespace rig::campaign {
 

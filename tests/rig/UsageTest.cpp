@@ -55,7 +55,8 @@ TEST_P(Usage, EndsWithStatus64AndOneLine) {
         arguments.push_back(word == "''" ? "" : Replaced(Replaced(word, "\\n", "\n"), "$LOG", log));
     }
     std::string program = "velloran-rig";
-    if (!arguments.empty() && std::string("dvr judge run diff").find(arguments[0]) != std::string::npos) {
+    if (!arguments.empty() &&
+        std::string("dvr judge run diff proxy").find(arguments[0]) != std::string::npos) {
         program += " " + arguments[0];
     }
     const std::string hint = "(" + program + " --help tells more)";

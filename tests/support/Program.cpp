@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -111,6 +112,19 @@ ProgramResult RunRig(const std::vector<std::string>& arguments, const ProgramSur
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     result.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
     return result;
+}
+
+pid_t StartRig(const std::vector<std::string>& arguments, int output, int errors) {
+    const pid_t parent = getpid();
+    const pid_t child = fork();
+    if (child == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (getppid() != parent) {
+            _exit(127);
+        }
+        BecomeRig(arguments, {}, output, errors);
+    }
+    return child;
 }
 
 std::size_t CountLines(const std::string& text) {

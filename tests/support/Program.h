@@ -26,5 +26,9 @@ struct ProgramSurroundings {
 /// if it takes more than 30 seconds.
 ProgramResult RunRig(const std::vector<std::string>& arguments, const ProgramSurroundings& surroundings = {});
 
+/// Starts velloran-rig with these arguments and empty standard input. It does not outlive this process.
+/// @param output,errors  descriptors for what it writes
+pid_t StartRig(const std::vector<std::string>& arguments, int output, int errors);
+
 /// @return how many lines the text has; a last line must end with a newline to count
 std::size_t CountLines(const std::string& text);

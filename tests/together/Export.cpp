@@ -57,6 +57,9 @@ Export::Export(const Recipe& recipe, Here here)
     : delivers_((recipe.defect + recipe.manners).find(kDelivered) not_eq std::string::npos) {
     harness_.emplace(WordsOf("-p " + recipe.dialect + " " + recipe.switches));
     harness_->Listens(here);
+    if (recipe.manners.find(kThroughProxy) not_eq std::string::npos) {
+        proxy_.emplace(5001, 5002, here);
+    }
     dvr_.emplace(Arguments(recipe));
     FollowUntilTheDvrEnds();
     dvrStatus_ = dvr_->Ends(here);

@@ -9,9 +9,11 @@
 #include "Tables.h"
 #include "tests/support/Dvr.h"
 #include "tests/support/Harness.h"
+#include "tests/support/RunningProxy.h"
 #include "tests/support/World.h"
 
 constexpr const char* kDelivered = "/mnt/delivered";
+constexpr const char* kThroughProxy = "--port 5002";  // among the options of a DVR
 
 /// What velloran-rig judge says of a log.
 struct Judged {
@@ -30,7 +32,8 @@ std::string StyleOfAll();
 /// these tests, and the harness until it has ended or has logged nothing for longer than it ever pauses.
 class Export {
  public:
-    /// If the DVR delivers files, it must be to kDelivered, where the judge then looks.
+    /// If the DVR delivers files, it must be to kDelivered, where the judge then looks. With kThroughProxy
+    /// a proxy stands between it and the harness.
     explicit Export(const Recipe& recipe, Here here = Here::current());
 
     Judged Judge() const;
@@ -44,6 +47,7 @@ class Export {
 
     const Dvr& GetDvr() const { return *dvr_; }
     int DvrStatus() const { return dvrStatus_; }
+    const RunningProxy& GetProxy() const { return *proxy_; }
 
  private:
     void FollowUntilTheDvrEnds();
@@ -51,6 +55,7 @@ class Export {
     bool delivers_;
     World world_;
     std::optional<Harness> harness_;
+    std::optional<RunningProxy> proxy_;
     std::optional<Dvr> dvr_;
     int dvrStatus_ = -1;
 };

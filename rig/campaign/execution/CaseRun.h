@@ -4,12 +4,12 @@
 #include <string>
 #include <vector>
 
+#include "rig/base/Interrupts.h"
 #include "rig/campaign/Display.h"
 #include "rig/campaign/evidence/CaseFolder.h"
 #include "rig/campaign/evidence/DvrMessages.h"
 #include "rig/campaign/evidence/Records.h"
 #include "rig/campaign/execution/Hooks.h"
-#include "rig/campaign/execution/Interrupts.h"
 #include "rig/campaign/execution/Rig.h"
 
 namespace rig::campaign {

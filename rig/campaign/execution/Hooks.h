@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "rig/base/Interrupts.h"
 #include "rig/campaign/evidence/CaseFolder.h"
 #include "rig/campaign/evidence/Records.h"
-#include "rig/campaign/execution/Interrupts.h"
 
 namespace rig::campaign {
 

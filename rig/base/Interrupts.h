@@ -5,10 +5,10 @@
 
 #include "rig/base/Descriptor.h"
 
-namespace rig::campaign {
+namespace rig {
 
 /// SIGINT, SIGTERM and SIGHUP, read instead of ending the process while this object lives. SIGHUP is left out
-/// if it was ignored, as under nohup, so that a campaign survives the logout.
+/// if it was ignored, as under nohup, so that a long run survives the logout.
 class Interrupts {
  public:
     /// Throws std::runtime_error when the system gives no descriptor for signals.
@@ -32,4 +32,4 @@ class Interrupts {
     int which_ = 0;
 };
 
-}  // namespace rig::campaign
+}  // namespace rig

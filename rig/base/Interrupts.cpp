@@ -1,4 +1,4 @@
-#include "rig/campaign/execution/Interrupts.h"
+#include "rig/base/Interrupts.h"
 
 #include <fmt/format.h>
 #include <sys/signalfd.h>
@@ -10,7 +10,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace rig::campaign {
+namespace rig {
 namespace {
 
 /// An ignored signal would be delivered all the same once it is blocked.
@@ -59,4 +59,4 @@ std::string Interrupts::Words() const {
     return fmt::format("SIG{} ({})", sigabbrev_np(which_), strsignal(which_));
 }
 
-}  // namespace rig::campaign
+}  // namespace rig

@@ -1,0 +1,56 @@
+#include "rig/proxy/FrameFollower.h"
+
+#include <algorithm>
+#include <pugixml.hpp>
+#include <utility>
+
+#include "rig/protocol/Prefix.h"
+
+namespace rig::proxy {
+
+void FrameFollower::Follow(const char* bytes, std::size_t count, const Whole& whole) {
+    for (std::size_t taken = 0; taken < count;) {
+        if (IsInPrefix()) {
+            AddToPrefix(static_cast<unsigned char>(bytes[taken++]));
+        } else {
+            taken += AddToText(bytes + taken, count - taken);
+        }
+        if (frame_.announced && frame_.textBytes == *frame_.announced) {
+            frame_.message = NameOfMessage(text_);
+            whole(std::exchange(frame_, {}));
+            text_.clear();
+        }
+    }
+}
+
+void FrameFollower::AddToPrefix(unsigned char byte) {
+    length_ |= static_cast<std::uint32_t>(byte & 0x7f) << (7 * frame_.prefixBytes);
+    ++frame_.prefixBytes;
+    if ((byte & 0x80) == 0) {
+        frame_.announced = std::exchange(length_, 0);
+    }
+    isLost_ = !frame_.announced && frame_.prefixBytes == protocol::kMaxPrefixBytes;
+}
+
+/// @return how many of the bytes belong to the frame's text
+std::size_t FrameFollower::AddToText(const char* bytes, std::size_t count) {
+    const std::uint64_t left = isLost_ ? count : *frame_.announced - frame_.textBytes;
+    const auto taken = static_cast<std::size_t>(std::min<std::uint64_t>(count, left));
+    if (frame_.announced && *frame_.announced <= kMostKeptBytes) {
+        text_.append(bytes, taken);
+    }
+    frame_.textBytes += taken;
+    return taken;
+}
+
+std::optional<FollowedFrame> FrameFollower::Unfinished() const {
+    return frame_.prefixBytes == 0 ? std::nullopt : std::optional<FollowedFrame>(frame_);
+}
+
+std::string NameOfMessage(const std::string& text) {
+    pugi::xml_document document;
+    document.load_buffer(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8);
+    return document.child("msg").attribute("req").value();
+}
+
+}  // namespace rig::proxy

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace rig::proxy {
+
+/// A frame, or as much of one as has come.
+struct FollowedFrame {
+    std::string message;  // its `req`; empty if it cannot be read
+    std::size_t prefixBytes = 0;
+    std::uint64_t textBytes = 0;  // without the prefix
+    std::optional<std::uint32_t> announced =
+        {};  // what the prefix says of the text; nothing: it has not ended
+};
+
+/// Longer texts are counted and not kept, so that no peer can make a follower grow.
+constexpr std::size_t kMostKeptBytes = std::size_t{64} * 1024;
+
+/// Finds the frames in one direction of a connection, from bytes in pieces of any size. It believes what a
+/// prefix announces, and the low 32 bits of it, as the harness does. After a prefix that does not end in time
+/// there are no more frames: all that follows counts as the text of that one.
+class FrameFollower {
+ public:
+    using Whole = std::function<void(const FollowedFrame&)>;
+
+    /// Follows the stream over the next `count` bytes, and calls `whole` for each frame that ends in them.
+    void Follow(const char* bytes, std::size_t count, const Whole& whole);
+
+    /// @return the frame that has begun and is not whole; nothing between two frames
+    std::optional<FollowedFrame> Unfinished() const;
+
+ private:
+    bool IsInPrefix() const { return !frame_.announced && !isLost_; }
+    void AddToPrefix(unsigned char byte);
+    std::size_t AddToText(const char* bytes, std::size_t count);
+
+    FollowedFrame frame_;
+    std::uint32_t length_ = 0;  // that the prefix has announced so far
+    bool isLost_ = false;       // the prefix does not end
+    std::string text_;          // of the frame, unless it is too long to keep
+};
+
+/// @return the `req` of the text's top-level element `msg`, as far as the text is XML; empty if there is none
+std::string NameOfMessage(const std::string& text);
+
+}  // namespace rig::proxy
