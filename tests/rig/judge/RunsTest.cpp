@@ -253,6 +253,26 @@ TEST(Runs, SurviveRandomBytes) {
     }
 }
 
+TEST(Runs, OfWhichTheMessageIsLostTellOfItsFaultWithoutIt) {
+    const auto unknown = Judged(At(1, "Connected to: x") + At(1, "expecting a message of 5 bytes") +
+                                At(1, "UNSUPPORTED MSG RECEIVED: X"));
+    EXPECT_EQ(FoundBy("messages.known", unknown.runs.at(0)), "a message that this dialect does not know");
+    const auto ended = Judged(At(1, "Connected to: x") + At(1, "expecting a message of 5 bytes") +
+                              "terminate called after throwing an instance of 'std::logic_error'\n");
+    EXPECT_EQ(FoundBy("messages.parsed", ended.runs.at(0)),
+              "a message that the harness cannot take: an exception ends it");
+}
+
+TEST(Proof, HasALineOnce) {
+    rig::judge::KeptLines kept;
+    rig::judge::Proof proof;
+    const std::string file = "test.log";
+    for (const std::uint64_t line : {1U, 1U, 2U, 2U}) {
+        proof.Add({file, line, "text", &kept});
+    }
+    EXPECT_EQ(proof.Lines().size(), 2U);
+}
+
 TEST(ReactionTimes, GivePercentilesToAFewPercent) {
     rig::judge::KeptLines kept;
     rig::judge::ReactionTimes times;
