@@ -76,9 +76,10 @@ void RunModel::NoteEmpty(const char* attribute, Tally& tally, const Place& place
 /// Holds what the judge believes of a request against the length with which it went out.
 void RunModel::CheckLength(const Place& place) {
     const log::Request& request = reader_.LastRequest();
-    constexpr std::uint32_t kShortest = 0x10;  // below which only a line that is cut off announces anything
-    if (!request.isAnnounced || request.announced < kShortest || request.name.empty() || !run_.hasStart ||
-        run_.damaged.Any()) {
+    constexpr std::uint32_t kLeastAnnounced =
+        0x10;  // below which only a line that is cut off announces anything
+    if (!request.isAnnounced || request.announced < kLeastAnnounced || request.name.empty() ||
+        !run_.hasStart || run_.damaged.Any()) {
         return;  // its state is not known anyway
     }
     const std::size_t size = log::SizeOf(request, run_.switches);

@@ -130,9 +130,6 @@ void RunReader::TakeMessage() {
     message_.time = incoming_.Time();
     message_.form = document_->GetForm();
     message_.root = document_->Root();
-    if (!message_.root) {
-        return;
-    }
     message_.name = document_->Name();
     if (!hasStart_ && IsSecondDialect(message_.root)) {
         switches_.protocol = 2;
