@@ -58,9 +58,10 @@ TEST(HarnessText, MayHaveOneByteForACharacterReference) {
 }
 
 TEST(HarnessText, IsWhatTheHarnesssParserGives) {
-    const std::vector<std::string> pieces = {
-        " ",    "\n\t",       "x",          "E1",       "&#32;", "&amp;", "&#228;",   "&#x20AC;", "\r\n",
-        "&lt;", "<!-- c -->", "<b> y </b>", "\xc3\xa4", "<b/>",  "\xe4",  "<b c=d/>", "&nbsp;",   "\x01"};
+    const std::vector<std::string> pieces = {" ",     "\t",         "\n\t",       "x",        "E1",
+                                             "&#32;", "&amp;",      "&#228;",     "&#x20AC;", "\r\n",
+                                             "&lt;",  "<!-- c -->", "<b> y </b>", "\xc3\xa4", "<b/>",
+                                             "\xe4",  "<b c=d/>",   "&nbsp;",     "\x01"};
     std::mt19937 random(20261122);
     std::uniform_int_distribution<std::size_t> piece(0, pieces.size() - 1);
     std::uniform_int_distribution<int> length(0, 6);
