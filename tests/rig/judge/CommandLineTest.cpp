@@ -58,7 +58,15 @@ TEST_F(JudgeLine, IsExplainedByItsHelp) {
     CLI::App app;
     int status = 0;
     rig::judge::AddJudgeCommand(app, status);
-    EXPECT_EQ(app.get_subcommand("judge")->help(), ContentOf(VELLORAN_JUDGE_HELP));
+    const CLI::App* const judge = app.get_subcommand("judge");
+    std::string words =
+        judge->get_description() + "\n\n";  // the layout is the library's, and changes with it
+    for (const CLI::Option* const option : judge->get_options()) {
+        const std::string standard = option->get_default_str();
+        words += option->get_name(false, true) + (standard.empty() ? "" : "=" + standard) + ": " +
+                 option->get_description() + "\n";
+    }
+    EXPECT_EQ(words + "\n" + judge->get_footer() + "\n", ContentOf(VELLORAN_JUDGE_HELP));
 }
 
 TEST_F(JudgeLine, NamesTheReports) {
