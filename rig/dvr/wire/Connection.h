@@ -58,6 +58,9 @@ class Connection {
     /// From now on a frame must be whole within this time of its first byte.
     void LimitFrames(Milliseconds time) { longestFrame_ = time; }
 
+    /// From now on has these flaws, which must outlive the connection.
+    void Weaken(Flaws& flaws);
+
     /// Sends all bytes, in one piece if the system allows and no pieces are asked for: the harness pauses
     /// after each piece it reads. Throws Breach when the harness has closed the connection, and
     /// Failure (NothingCame) when it takes no byte for `patience`.
@@ -82,12 +85,18 @@ class Connection {
     /// @return what turns the bytes into frames, to set it up and to ask it
     FrameDecoder& Decoder() { return decoder_; }
 
-    /// @return whether the harness has ended the connection, judging by what was received
+    /// @return whether the harness has ended the connection, judging by what was received and sent; by a
+    /// reset
     bool HasEnded() const { return ended_; }
+    bool WasReset() const { return reset_; }
 
  private:
     void SendPart(const std::string& bytes, std::size_t start, std::size_t end, Milliseconds patience);
     bool Awaits(short events, Clock::time_point deadline) const;
+    std::optional<std::string> NextText();
+    [[noreturn]] void ThrowEnd(bool inside) const;
+    [[noreturn]] void ThrowUnfinished(Clock::time_point frameEnds, Milliseconds framePatience) const;
+    bool Shows(Flaw flaw, std::size_t measure = 0) const;
     bool ReadSome();
 
     Descriptor socket_;
@@ -98,6 +107,9 @@ class Connection {
     Milliseconds longestFrame_ = Milliseconds::max();
     int stop_ = -1;
     bool ended_ = false;
+    bool reset_ = false;
+    Flaws* flaws_ = nullptr;
+    std::size_t queued_ = 0;  // messages that came with the last bytes
 };
 
 }  // namespace rig::dvr
