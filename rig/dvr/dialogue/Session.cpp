@@ -9,7 +9,6 @@
 #include "rig/base/Counted.h"
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
-#include "rig/protocol/Catalogue.h"
 
 namespace rig::dvr {
 namespace {
@@ -120,7 +119,7 @@ std::vector<Message> Session::AnswersTo(const Message& message) {
     std::vector<Message> answers;
     try {
         answers = dialogue_.Handle(message);
-        if (dialogue_.HasRemarks() || (!answers.empty() && protocol::IsReport(answers.front().Name()))) {
+        if (dialogue_.HasRemarks() || (!answers.empty() && answers.front().Name() == "INVALID_EVENT")) {
             weak = weaknesses_->Answer(message, *recordings_);
         }
     } catch (const Breach&) {

@@ -6,15 +6,15 @@ namespace rig::dvr {
 
 /// What a weak recorder does wrong with the bytes that come.
 enum class Flaw {
-    TwoBytePrefix,    // takes the second byte of a prefix for its last
-    EndlessPrefix,    // does not end a prefix after its fifth byte
-    SignedLength,     // takes a length for a signed number
-    TrustsLength,     // provides for as much as is announced
-    NeedsTextAtOnce,  // takes the first piece of a text for the begin of its first tag
-    ShortQueue,       // has room for few messages of one piece
-    Impatient,        // gives a message a second
-    NoFrameTimeout,   // waits for the rest of a message for ever
-    MissesEnd,        // does not see that the connection ends inside a message
+    TwoBytePrefix,   // takes the second byte of a prefix for its last
+    EndlessPrefix,   // does not end a prefix after its fifth byte
+    SignedLength,    // takes a length for a signed number
+    TrustsLength,    // provides for as much as is announced
+    TakesPiece,      // takes the first piece of a text for all of it
+    ShortQueue,      // has room for few messages of one piece
+    Impatient,       // gives a message a second
+    NoFrameTimeout,  // waits for the rest of a message for ever
+    MissesEnd,       // does not see that the connection ends inside a message
 };
 
 /// The flaws of one recorder.

@@ -11,8 +11,6 @@
 namespace rig::dvr {
 namespace {
 
-constexpr std::size_t kBeginning = 5;  // bytes of "<msg "
-
 /// @return the size of the document at the start of the text. Blanks after it belong to it: no frame begins
 /// with one.
 std::size_t SizeOfDocument(const std::string& text) {
@@ -54,10 +52,8 @@ std::optional<std::string> FrameDecoder::NextText() {
     }
     const std::size_t size = expected_ && expected_->announced == *announced_ ? expected_->size : *announced_;
     if (bytes_.size() < size) {
-        if (!bytes_.empty() && bytes_.size() < kBeginning) {
-            Shows(Flaw::NeedsTextAtOnce, 0);
-        }
-        return std::nullopt;
+        const bool isPiece = flaws_ != nullptr && !bytes_.empty() && !DocumentEnd(bytes_);
+        return isPiece && Shows(Flaw::TakesPiece, 0) ? std::optional(TakeText(bytes_.size())) : std::nullopt;
     }
     return TakeText(acceptsSizeErrors_ ? SizeOfDocument(bytes_.substr(0, size)) : size);
 }
