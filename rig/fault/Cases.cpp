@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <cctype>
-#include <set>
 #include <sstream>
 #include <stdexcept>
 
@@ -69,18 +68,16 @@ const std::vector<FaultCase>& Cases() {
 }
 
 std::vector<FaultCase> Choose(const std::string& selection) {
-    std::set<std::string> ids;
-    std::istringstream names(selection);
+    std::vector<bool> isChosen(Cases().size());
+    std::istringstream names(selection + ",");  // so that nothing is an empty name
     for (std::string name; std::getline(names, name, ',');) {
-        const std::size_t before = ids.size();
         bool isKnown = false;
-        for (const FaultCase& one : Cases()) {
-            if (IsNamed(one, name)) {
-                ids.insert(one.Id());
-                isKnown = true;
+        for (std::size_t at = 0; at < Cases().size(); ++at) {
+            if (IsNamed(Cases()[at], name)) {
+                isChosen[at] = isKnown = true;
             }
         }
-        if (!isKnown && ids.size() == before) {
+        if (!isKnown) {
             throw std::runtime_error(
                 fmt::format("--faults: expected quick, all, or groups, faults and cases "
                             "that --list-cases gives, found {}",
@@ -88,9 +85,9 @@ std::vector<FaultCase> Choose(const std::string& selection) {
         }
     }
     std::vector<FaultCase> chosen;
-    for (const FaultCase& one : Cases()) {
-        if (ids.count(one.Id()) > 0) {
-            chosen.push_back(one);
+    for (std::size_t at = 0; at < Cases().size(); ++at) {
+        if (isChosen[at]) {
+            chosen.push_back(Cases()[at]);
         }
     }
     return chosen;
