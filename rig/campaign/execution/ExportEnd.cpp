@@ -26,7 +26,7 @@ void Export::Settle() {
         return;
     }
     const auto isClosed = [this] {
-        return !LookAtPort(kHarnessPort).IsConnected() && (dvr_ == nullptr || dvr_->End());
+        return !LookAtPort(kHarnessPort).IsConnected() && (dvr_ == nullptr || manner_.playsOn || dvr_->End());
     };
     if (facts_.end == End::Done) {
         Linger();
@@ -34,7 +34,7 @@ void Export::Settle() {
     if (facts_.end != End::Silence) {
         Until(kSettle, isClosed);
     }
-    if (dvr_ != nullptr && !dvr_->End()) {
+    if (dvr_ != nullptr && !manner_.playsOn && !dvr_->End()) {
         StopDvr();
         Until(kSettle, isClosed);
     }
@@ -99,7 +99,7 @@ void Export::StopHarness() {
 }
 
 void Export::StopDvr() {
-    if (dvr_ == nullptr) {
+    if (dvr_ == nullptr || manner_.keepsDvr) {
         return;
     }
     const auto hasEnded = [this] { return dvr_->End().has_value(); };
