@@ -6,8 +6,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "rig/base/Port.h"
 #include "rig/base/Printable.h"
-#include "rig/campaign/execution/Port.h"
+#include "rig/campaign/execution/FreePort.h"
 
 namespace rig::campaign {
 namespace {
