@@ -8,13 +8,25 @@
 #include <utility>
 
 namespace rig::proxy {
+namespace {
+
+/// @return a socket that calls from the DVR's own address and port, if this network has them and they are
+///         free: the harness logs them
+Descriptor SocketTo(const Address& harness, const Address& dvr) {
+    Descriptor caller(socket(harness.bytes.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    if (harness.IsLoopback()) {
+        static_cast<void>(bind(caller.Number(), dvr.Get(), dvr.size));
+    }
+    return caller;
+}
+
+}  // namespace
 
 Link::Link(unsigned int number, Descriptor dvr, const Address& harness, ProxyLog& log)
     : number_(number),
       log_(log),
       dvr_(Party::Dvr, std::move(dvr)),
-      harness_(Party::Harness,
-               Descriptor(socket(harness.bytes.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0))) {
+      harness_(Party::Harness, SocketTo(harness, PeerAddress(dvr_.socket))) {
     log_.Connected(number_, PeerAddress(dvr_.socket).Words());
     if (!harness_.socket.IsOpen()) {
         FinishConnecting(EMFILE);
@@ -148,6 +160,12 @@ void Link::EndByReset(Side& failed, Side& other) {
     log_.Reset(number_, failed.party, failed.error);
     other.Reset();
     Finish();
+}
+
+void Link::EndWithHarness() {
+    if (!hasEnded_ && harness_.isEndPassed) {
+        EndInOrder();
+    }
 }
 
 void Link::EndByProxy() {

@@ -33,6 +33,10 @@ class Link {
     /// @param ready  what WaitsFor has returned, after a poll
     void React(const Waits& ready);
 
+    /// Ends the connection of a harness that has ended as its system would, once all that it sent is passed
+    /// on.
+    void EndWithHarness();
+
     /// Closes both sides, if they are open.
     void EndByProxy();
 

@@ -8,6 +8,7 @@
 #include "rig/base/Descriptor.h"
 #include "rig/base/Interrupts.h"
 #include "rig/proxy/Address.h"
+#include "rig/proxy/HarnessProcess.h"
 #include "rig/proxy/Link.h"
 #include "rig/proxy/ProxyLog.h"
 
@@ -19,26 +20,35 @@ constexpr std::size_t kMostLinks = 64;
 /// Stands between DVR and harness: listens in place of the harness, and makes a link of each connection.
 class Proxy {
  public:
-    /// Listens at once. Throws std::runtime_error if that fails, or if the harness's address leads here.
+    /// Takes the place to listen at. Throws std::runtime_error if that fails.
     /// @param log  must outlive this object
     Proxy(const Address& at, const Address& harness, ProxyLog& log);
 
-    /// Passes on what comes, until a signal; then closes all connections. Throws std::runtime_error if the
-    /// log cannot be written.
+    /// Listens, and passes on what comes, until a signal; then closes all connections. Throws
+    /// std::runtime_error if the harness's address leads here, or if the log cannot be written.
     void Run(Interrupts& interrupts);
 
+    /// Listens once the harness does, and passes on what comes until it has ended, and then what it has left.
+    void RunWith(HarnessProcess& process, Interrupts& interrupts);
+
  private:
-    void WaitForSomething(const Interrupts& interrupts);
+    void Listen();
+    void Turn(int interrupts, int harness, int milliseconds);
+    void WaitForSomething(int interrupts, int harness, int milliseconds);
     void React();
+    void RemoveEnded();
+    void PassRest();
+    void End();
     void Accept();
 
     Address harness_;
     ProxyLog& log_;
     Descriptor listener_;
     std::list<Link> links_;
-    std::vector<pollfd> waited_;    // the signals, the listener, two for each link
+    std::vector<pollfd> waited_;    // the signals, the harness, the listener, two for each link
     unsigned int connections_ = 0;  // so far
-    bool isFull_ = false;           // no descriptor is left for another
+    bool isListening_ = false;
+    bool isFull_ = false;  // no descriptor is left for another
 };
 
 }  // namespace rig::proxy

@@ -11,16 +11,17 @@ namespace rig::proxy {
 /// What the command line of `velloran-rig proxy` says, with its defaults.
 struct ProxyOptions {
     std::string listen = "5001";
-    std::string harness;
-    std::string log;  // file; empty: standard output
+    std::string harness;         // where it listens; empty: where the command below starts it
+    std::string harnessCommand;  // for /bin/sh
+    std::string log;             // file; empty: standard output
 };
 
 /// Adds the subcommand `proxy`. If the command line asks for it, parsing runs it and sets `status` to its
 /// exit status.
 void AddProxyCommand(CLI::App& app, int& status);
 
-/// Passes on what DVR and harness send until a signal ends it; if something goes wrong, one line on standard
-/// error.
+/// Passes on what DVR and harness send until a signal ends it, or the harness that it has started; if
+/// something goes wrong, one line on standard error.
 /// @return the exit status
 int RunProxy(const ProxyOptions& options);
 
