@@ -12,16 +12,10 @@ namespace {
 
 constexpr int kTimeToStop = 5000;  // milliseconds
 
-Launch LaunchOf(const std::string& command) {
-    Launch launch{command, STDOUT_FILENO, STDERR_FILENO};
-    launch.atOurDeath = SIGKILL;
-    return launch;
-}
-
 }  // namespace
 
 HarnessProcess::HarnessProcess(const std::string& command, ProxyLog& log)
-    : log_(log), command_(LaunchOf(command)) {
+    : log_(log), command_({command, STDOUT_FILENO, STDERR_FILENO}), guard_(command_.Id()) {
     log_.HarnessStarted(command_.Id(), command);
 }
 

@@ -6,12 +6,13 @@
 #include "rig/base/Child.h"
 #include "rig/base/Interrupts.h"
 #include "rig/proxy/Address.h"
+#include "rig/proxy/Guard.h"
 #include "rig/proxy/ProxyLog.h"
 
 namespace rig::proxy {
 
 /// The harness as a child of the proxy, with its standard output and error. It has ended when this object's
-/// life has.
+/// life has, and even when the proxy is killed.
 class HarnessProcess {
  public:
     /// Starts it in the namespaces of this process. Throws std::runtime_error if that fails, or if the log
@@ -43,6 +44,7 @@ class HarnessProcess {
  private:
     ProxyLog& log_;
     Child command_;
+    Guard guard_;
     std::optional<Ending> end_;
     unsigned int obeyed_ = 0;  // signals
 };

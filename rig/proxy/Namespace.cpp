@@ -26,10 +26,11 @@ constexpr const char* kLoopback = "lo";
 
 void Require(bool fact, const std::string& what) {
     if (!fact) {
-        throw std::runtime_error(fmt::format(
-            "expected a network of its own for the harness, found that the system refuses it ({}: "
-            "{}); run as root, or start the harness on another machine and give --harness",
-            what, std::strerror(errno)));
+        throw std::runtime_error(
+            fmt::format("--harness-command: expected a network of its own for the harness, found that the "
+                        "system refuses it ({}: "
+                        "{}); run as root, or start the harness on another machine and give --harness",
+                        what, std::strerror(errno)));
     }
 }
 
