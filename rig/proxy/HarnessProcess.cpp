@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <utility>
 
 #include "rig/base/Port.h"
 
@@ -35,9 +36,15 @@ bool HarnessProcess::IsListening() const {
     return LookAtPort(kHarnessPort).isListening;
 }
 
+void HarnessProcess::Interrupt() {
+    if (!std::exchange(isInterrupted_, true)) {
+        command_.Signal(SIGINT);
+    }
+}
+
 void HarnessProcess::Obey(Interrupts& interrupts) {
     for (; obeyed_ < interrupts.Count(); ++obeyed_) {
-        command_.Signal(obeyed_ == 0 ? SIGINT : SIGKILL);
+        obeyed_ == 0 ? Interrupt() : command_.Signal(SIGKILL);
     }
 }
 

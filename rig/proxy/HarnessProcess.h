@@ -32,6 +32,9 @@ class HarnessProcess {
     /// @return whether a connection would be taken now
     bool IsListening() const;
 
+    /// Interrupts it, as a signal to the proxy does; once.
+    void Interrupt();
+
     /// Interrupts it when a signal has come, and kills it when another has.
     void Obey(Interrupts& interrupts);
 
@@ -47,6 +50,7 @@ class HarnessProcess {
     Guard guard_;
     std::optional<Ending> end_;
     unsigned int obeyed_ = 0;  // signals
+    bool isInterrupted_ = false;
 };
 
 }  // namespace rig::proxy

@@ -4,8 +4,8 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 #include <stdexcept>
 #include <string>
@@ -14,14 +14,11 @@
 namespace rig::proxy {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 constexpr std::size_t kListener = 2;  // in what is waited for
 constexpr std::size_t kFirstLink = 3;
 
-constexpr int kForEver = -1;
-constexpr int kLookAgain = 5;                   // milliseconds, while the harness does not yet listen
-constexpr std::chrono::seconds kTimeToPass{5};  // what the harness has left, to a DVR that may not read
+constexpr Milliseconds kBetweenLooks{5};   // while the harness does not yet listen
+constexpr Milliseconds kTimeToPass{5000};  // what the harness has left, to a DVR that may not read
 
 [[noreturn]] void FailToListen(const Address& at) {
     const int error = errno;
@@ -41,8 +38,8 @@ Descriptor Bind(const Address& at) {
 
 }  // namespace
 
-Proxy::Proxy(const Address& at, const Address& harness, ProxyLog& log)
-    : harness_(harness), log_(log), listener_(Bind(at)) {}
+Proxy::Proxy(const Address& at, const Address& harness, fault::Plan plan, ProxyLog& log)
+    : harness_(harness), plan_(std::move(plan)), log_(log), listener_(Bind(at)) {}
 
 void Proxy::Run(Interrupts& interrupts) {
     if (LeadsTo(harness_, OwnAddress(listener_))) {
@@ -51,7 +48,8 @@ void Proxy::Run(Interrupts& interrupts) {
     }
     Listen();
     while (!interrupts.Came()) {
-        Turn(interrupts.Number(), -1, kForEver);
+        Turn(interrupts.Number(), -1);
+        RemoveEnded(false);
     }
     End();
 }
@@ -62,7 +60,13 @@ void Proxy::RunWith(HarnessProcess& process, Interrupts& interrupts) {
         if (!isListening_ && process.IsListening()) {
             Listen();
         }
-        Turn(interrupts.Number(), process.EndDescriptor(), isListening_ ? kForEver : kLookAgain);
+        lookAgain_ = isListening_ ? std::nullopt : std::optional(Clock::now() + kBetweenLooks);
+        Turn(interrupts.Number(), process.EndDescriptor());
+        RemoveEnded(true);
+        if (HasEndedByFault()) {
+            listener_.Close();
+            process.Interrupt();
+        }
     }
     PassRest();
     End();
@@ -77,14 +81,15 @@ void Proxy::Listen() {
     log_.Listening(own.Words(), harness_.Words());
 }
 
-void Proxy::Turn(int interrupts, int harness, int milliseconds) {
-    WaitForSomething(interrupts, harness, milliseconds);
+void Proxy::Turn(int interrupts, int harness) {
+    WaitForSomething(interrupts, harness);
     React();
-    RemoveEnded();
+    RefuseAsTold();
+    AcceptAgain();
 }
 
-void Proxy::WaitForSomething(int interrupts, int harness, int milliseconds) {
-    const bool takesMore = isListening_ && links_.size() < kMostLinks && !isFull_;
+void Proxy::WaitForSomething(int interrupts, int harness) {
+    const bool takesMore = isListening_ && links_.size() < kMostLinks && !isFull_ && !refusedUntil_;
     waited_ = {
         {interrupts, POLLIN, 0}, {harness, POLLIN, 0}, {takesMore ? listener_.Number() : -1, POLLIN, 0}};
     for (const Link& link : links_) {
@@ -92,7 +97,7 @@ void Proxy::WaitForSomething(int interrupts, int harness, int milliseconds) {
         waited_.push_back(waits.dvr);
         waited_.push_back(waits.harness);
     }
-    if (poll(waited_.data(), waited_.size(), milliseconds) == -1 && errno != EINTR) {
+    if (poll(waited_.data(), waited_.size(), TimeToWait()) == -1 && errno != EINTR) {
         throw std::runtime_error(std::string("expected to wait for connections, found: ") +
                                  std::strerror(errno));
     }
@@ -103,16 +108,26 @@ void Proxy::React() {
     for (Link& link : links_) {
         link.React({waited_[at], waited_[at + 1]});
         at += 2;
+        link.Continue();
     }
     if (waited_[kListener].revents != 0) {
         Accept();
     }
 }
 
-void Proxy::RemoveEnded() {
+/// @param keepsFaulted  whether those stay that a fault has ended: the harness must not see that before it is
+///                      interrupted
+void Proxy::RemoveEnded(bool keepsFaulted) {
     const std::size_t before = links_.size();
-    links_.remove_if([](const Link& link) { return link.HasEnded(); });
+    links_.remove_if(
+        [=](const Link& link) { return link.HasEnded() && !(keepsFaulted && link.HasEndedByFault()); });
     isFull_ = isFull_ && links_.size() == before;
+}
+
+/// @return whether a fault has ended a connection, and all that it does after that is over
+bool Proxy::HasEndedByFault() const {
+    return !refusedUntil_ &&
+           std::any_of(links_.begin(), links_.end(), [](const Link& link) { return link.HasEndedByFault(); });
 }
 
 /// All that the harness has sent can be read at once; only a DVR that does not read takes time.
@@ -120,8 +135,9 @@ void Proxy::PassRest() {
     listener_.Close();
     isListening_ = false;
     const Clock::time_point last = Clock::now() + kTimeToPass;
-    while (!links_.empty() && Clock::now() < last) {
-        Turn(-1, -1, kLookAgain);
+    for (RemoveEnded(false); !links_.empty() && Clock::now() < last; RemoveEnded(false)) {
+        lookAgain_ = Clock::now() + kBetweenLooks;
+        Turn(-1, -1);
         for (Link& link : links_) {
             link.EndWithHarness();
         }
@@ -135,10 +151,43 @@ void Proxy::End() {
     }
 }
 
+/// @return milliseconds, as poll takes them
+int Proxy::TimeToWait() const {
+    std::optional<Clock::time_point> first = lookAgain_ ? lookAgain_ : refusedUntil_;
+    for (const Link& link : links_) {
+        if (const auto due = link.Due()) {
+            first = std::min(first.value_or(*due), *due);
+        }
+    }
+    if (!first) {
+        return -1;
+    }
+    const auto left = std::chrono::ceil<Milliseconds>(*first - Clock::now());
+    return static_cast<int>(std::max(left, Milliseconds(0)).count());
+}
+
+/// A socket that listens no more keeps its port, and can listen again.
+void Proxy::RefuseAsTold() {
+    for (Link& link : links_) {
+        const Milliseconds time = link.TakeRefusal();
+        if (time.count() > 0) {
+            shutdown(listener_.Number(), SHUT_RD);
+            refusedUntil_ = Clock::now() + time;
+        }
+    }
+}
+
+void Proxy::AcceptAgain() {
+    if (refusedUntil_ && Clock::now() >= *refusedUntil_) {
+        refusedUntil_.reset();
+        listen(listener_.Number(), SOMAXCONN);
+    }
+}
+
 void Proxy::Accept() {
     Descriptor dvr(accept4(listener_.Number(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
     if (dvr.IsOpen()) {
-        links_.emplace_back(++connections_, std::move(dvr), harness_, log_);
+        links_.emplace_back(++connections_, std::move(dvr), harness_, plan_, log_);
     } else if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
         if (links_.empty()) {
             throw std::runtime_error(std::string("expected to accept a connection, found: ") +

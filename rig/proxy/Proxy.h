@@ -3,6 +3,7 @@
 #include <poll.h>
 
 #include <list>
+#include <optional>
 #include <vector>
 
 #include "rig/base/Descriptor.h"
@@ -21,32 +22,42 @@ constexpr std::size_t kMostLinks = 64;
 class Proxy {
  public:
     /// Takes the place to listen at. Throws std::runtime_error if that fails.
-    /// @param log  must outlive this object
-    Proxy(const Address& at, const Address& harness, ProxyLog& log);
+    /// @param plan  the faults that the DVR is to see
+    /// @param log   must outlive this object
+    Proxy(const Address& at, const Address& harness, fault::Plan plan, ProxyLog& log);
 
-    /// Listens, and passes on what comes, until a signal; then closes all connections. Throws
+    /// Listens, and passes on what comes until a signal; then closes all connections. Throws
     /// std::runtime_error if the harness's address leads here, or if the log cannot be written.
     void Run(Interrupts& interrupts);
 
     /// Listens once the harness does, and passes on what comes until it has ended, and then what it has left.
+    /// When a fault has ended a connection, it is interrupted.
     void RunWith(HarnessProcess& process, Interrupts& interrupts);
 
  private:
     void Listen();
-    void Turn(int interrupts, int harness, int milliseconds);
-    void WaitForSomething(int interrupts, int harness, int milliseconds);
+    void Turn(int interrupts, int harness);
+    void WaitForSomething(int interrupts, int harness);
     void React();
-    void RemoveEnded();
+    void Accept();
+    void RemoveEnded(bool keepsFaulted);
+    bool HasEndedByFault() const;
     void PassRest();
     void End();
-    void Accept();
+
+    int TimeToWait() const;
+    void RefuseAsTold();
+    void AcceptAgain();
 
     Address harness_;
+    fault::Plan plan_;
     ProxyLog& log_;
     Descriptor listener_;
     std::list<Link> links_;
     std::vector<pollfd> waited_;    // the signals, the harness, the listener, two for each link
     unsigned int connections_ = 0;  // so far
+    std::optional<Clock::time_point> refusedUntil_;
+    std::optional<Clock::time_point> lookAgain_;  // whether the harness listens
     bool isListening_ = false;
     bool isFull_ = false;  // no descriptor is left for another
 };
