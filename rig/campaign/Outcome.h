@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "rig/campaign/execution/Child.h"
+#include "rig/base/Child.h"
 #include "rig/result/Result.h"
 
 namespace rig::campaign {

@@ -54,6 +54,10 @@ class Link {
     /// not know of it.
     bool HasEndedByFault() const { return hasEndedByFault_; }
 
+    /// Ends the connection of a harness that has ended as its system would, once all that it sent is passed
+    /// on.
+    void EndWithHarness();
+
     /// Closes both sides, if they are open.
     void EndByProxy();
 

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "rig/base/Child.h"
 #include "rig/campaign/Cases.h"
 #include "rig/campaign/Outcome.h"
 #include "rig/campaign/evidence/Coverage.h"
-#include "rig/campaign/execution/Child.h"
 #include "rig/result/Result.h"
 
 namespace rig::campaign {

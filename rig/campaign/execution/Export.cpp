@@ -7,8 +7,9 @@
 #include <cmath>
 #include <utility>
 
+#include "rig/base/Port.h"
 #include "rig/base/Printable.h"
-#include "rig/campaign/execution/Port.h"
+#include "rig/campaign/execution/FreePort.h"
 
 namespace rig::campaign {
 namespace {

@@ -7,12 +7,12 @@
 #include <utility>
 #include <vector>
 
+#include "rig/base/Child.h"
 #include "rig/base/Interrupts.h"
 #include "rig/campaign/Display.h"
 #include "rig/campaign/evidence/CaseFolder.h"
 #include "rig/campaign/evidence/Records.h"
 #include "rig/campaign/execution/Capture.h"
-#include "rig/campaign/execution/Child.h"
 #include "rig/campaign/execution/Harness.h"
 #include "rig/campaign/execution/Rig.h"
 #include "rig/campaign/execution/Watch.h"

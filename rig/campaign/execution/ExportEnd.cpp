@@ -4,8 +4,8 @@
 #include <csignal>
 #include <set>
 
+#include "rig/base/Port.h"
 #include "rig/campaign/execution/Export.h"
-#include "rig/campaign/execution/Port.h"
 
 // How an export ends: what is watched after it, and in which order DVR and harness are stopped.
 
