@@ -29,9 +29,10 @@ inline double Since(Clock::time_point begin) {
 
 /// How an export differs from that of a case of the harness alone.
 struct Manner {
-    std::string harness = {};  // its whole command; empty: the rig's, with the case's switches
-    bool playsOn = false;      // the DVR is a recorder: it calls again and again until it is stopped
-    bool keepsDvr = false;     // and is left to the next export
+    std::string harness = {};   // its whole command; empty: the rig's, with the case's switches
+    bool endsByItself = false;  // after one export
+    bool playsOn = false;       // the DVR is a recorder: it calls again and again until it is stopped
+    bool keepsDvr = false;      // and is left to the next export
     std::unique_ptr<Child> dvr = nullptr;  // that an export has left to this one
 };
 

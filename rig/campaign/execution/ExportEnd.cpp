@@ -26,6 +26,9 @@ void Export::Settle() {
         return;
     }
     const auto isClosed = [this] {
+        if (manner_.endsByItself) {
+            return harness_->Command().End().has_value();
+        }
         return !LookAtPort(kHarnessPort).IsConnected() && (dvr_ == nullptr || manner_.playsOn || dvr_->End());
     };
     if (facts_.end == End::Done) {
@@ -77,6 +80,7 @@ void Export::Linger() {
 void Export::StopHarness() {
     Child& command = harness_->Command();
     if (command.End()) {
+        facts_.isStopped = manner_.endsByItself && command.End()->IsStatus(kInterruptedHarness);
         return;
     }
     facts_.isStopped = true;

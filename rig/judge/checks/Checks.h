@@ -25,6 +25,7 @@ struct Limits {
     bool isStrict = false;              // a warning fails, too
     AfterDone after = {};
     std::optional<DeliveryPlace> delivered = std::nullopt;  // where to look for the files
+    std::optional<std::string> proxy = std::nullopt;        // the log of a proxy between harness and DVR
 };
 
 /// The verdict of one check, with what was expected and found.
