@@ -43,6 +43,9 @@ Proxy::Proxy(const Address& at, const Address& harness, fault::Plan plan, ProxyL
                                  harness_.Words());
     }
     log_.Listening(own.Words(), harness_.Words());
+    for (const fault::Order& order : plan_.Orders()) {
+        log_.Planned(order);
+    }
 }
 
 void Proxy::Run(Interrupts& interrupts, bool endsByFault) {
