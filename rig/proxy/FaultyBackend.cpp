@@ -130,12 +130,12 @@ std::optional<Clock::time_point> FaultyBackend::Due() const {
     return act_ ? std::optional<Clock::time_point>(until_) : std::nullopt;
 }
 
-bool FaultyBackend::Takes(const FollowedFrame& frame, const std::string& text) {
+bool FaultyBackend::Takes(const FollowedFrame& frame) {
     if (!MayTake() || taken_ >= act_->answers || !(act_->only.empty() || Holds(act_->only, frame.message))) {
         return false;
     }
     ++taken_;
-    log_.Taken(connection_, frame, text);
+    log_.Taken(connection_, frame);
     return true;
 }
 

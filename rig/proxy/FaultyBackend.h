@@ -48,7 +48,7 @@ class FaultyBackend {
     void Note(const std::string& text) { plan_.Note(text); }
 
     /// A message of the DVR has come while MayTake. @return whether the harness must not see it
-    bool Takes(const FollowedFrame& frame, const std::string& text);
+    bool Takes(const FollowedFrame& frame);
 
     /// @return whether the DVR may now end the connection before DONE, as a fault that it need not tolerate
     /// has acted

@@ -173,7 +173,7 @@ void Link::TakeFromHarness() {
 void Link::TakeFromDvr() {
     std::string passed;
     const auto take = [&](const FollowedFrame& frame, const std::string& text) {
-        if (mayTake_ && backend_->Takes(frame, text)) {
+        if (mayTake_ && backend_->Takes(frame)) {
             kept_.clear();
         } else {
             log_.Frame(number_, Party::Dvr, frame);

@@ -81,6 +81,9 @@ void Proxy::Listen() {
     }
     isListening_ = true;
     log_.Listening(own.Words(), harness_.Words());
+    for (const fault::Order& order : plan_.Orders()) {
+        log_.Planned(order);
+    }
 }
 
 void Proxy::Turn(int interrupts, int harness) {
