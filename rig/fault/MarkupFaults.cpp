@@ -18,7 +18,7 @@ std::string CutOff(const std::string& text) {
 }
 
 std::string WrongNesting(const std::string& text) {
-    return InTag(text.substr(0, text.rfind('/')), "><a><b></a></b") + "></msg>";
+    return "<a><b>" + text + "</a></b>";
 }
 
 std::string TwoRoots(const std::string& text) {
@@ -66,9 +66,15 @@ std::string Expanding(const std::string& text) {
     return document + "]>" + InTag(text, " huge=\"&e" + std::to_string(kExpansions) + ";\"");
 }
 
+/// @return the text with an element more in it
+std::string Inside(std::string text, const std::string& element) {
+    const std::size_t end = text.find('>');
+    return text[end - 1] == '/' ? text.replace(end - 1, 2, ">" + element + "</msg>")
+                                : text.insert(end + 1, element);
+}
+
 std::string External(const std::string& text) {
-    return "<!DOCTYPE msg [<!ENTITY file SYSTEM \"file:///dev/zero\">]>" + InTag(text, "><a>&file;</a") +
-           (text.find("/>") == std::string::npos ? "" : "</msg>");
+    return "<!DOCTYPE msg [<!ENTITY file SYSTEM \"file:///dev/zero\">]>" + Inside(text, "<a>&file;</a>");
 }
 
 std::string WrongEncoding(const std::string& text) {

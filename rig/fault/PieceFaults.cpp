@@ -52,7 +52,7 @@ const std::vector<Fault>& PieceFaults() {
     static const std::vector<Fault> faults = {
         {"bytewise", kGroup, Duty::GoesOn, "12", {}, {}, true,
          "sends each byte in a piece of its own", Bytewise},
-        {"split", kGroup, Duty::GoesOn, "12", {}, {"1", "2", "3", "8", "16", "20"}, false,
+        {"split", kGroup, Duty::GoesOn, "12", {}, {"1", "2", "3", "8", "16"}, false,
          "sends the message in two pieces, the first of so many bytes", Split},
         {"split-at-random", kGroup, Duty::GoesOn, "12", {}, {}, true,
          "sends the message in pieces of random length", SplitAtRandom},

@@ -8,37 +8,35 @@ namespace {
 using dvr::Message;
 
 /// Blanks and newlines wherever a tag may have them.
-std::string Blanks(std::string text) {
+std::string Blanks(const std::string& plain) {
+    std::string text = plain;
     const std::size_t end = text.find('>');
     text.insert(end > 0 && text[end - 1] == '/' ? end - 1 : end, " \t\r\n ");
     const std::size_t name = text.find(' ');
     return text.insert(name, " \n\t ");
 }
 
-Fault Shape(const std::string& name, const std::string& does, std::string (*write)(std::string)) {
+Fault Shape(const std::string& name, const std::string& does, std::string (*write)(const std::string&)) {
     return {"shape-" + name, "shape", Duty::GoesOn, "12", {}, {}, true, does, [write](const Scene& scene) {
                 return Script{Send(FrameOf(write(scene.text)))};
             }};
 }
 
-/// The styles in which our own DVR can write.
+/// A style in which our own DVR can write.
 Fault Styled(const std::string& name, const std::string& words) {
-    const bool isOfTexts = name == "cdata";
-    Fault fault = {"shape-" + name,
-                   "shape",
-                   Duty::GoesOn,
-                   isOfTexts ? "1" : "12",
-                   {},
-                   {},
-                   true,
-                   "writes " + words,
-                   [name](const Scene& scene) {
-                       dvr::Style style;
-                       style.AddManner(name);
-                       return Script{Send(FrameOf(Message::Parse(scene.text).Text(style)))};
-                   }};
-    if (isOfTexts) {
-        fault.messages = {"EVENT_XFER_COMPLETE"};  // the only one with texts
+    Fault fault = Shape(name, "writes " + words, [](const std::string& text) { return text; });
+    fault.play = [name](const Scene& scene) {
+        dvr::Style style;
+        style.AddManner(name);
+        return Script{Send(FrameOf(Message::Parse(scene.text).Text(style)))};
+    };
+    if (name == "cdata") {  // where there are texts
+        fault.dialects = "1";
+        fault.messages = {"EVENT_XFER_COMPLETE"};
+    } else if (name == "reversed") {  // where there are attributes to exchange
+        fault.dialects = "2";
+    } else if (name == "long-form") {  // where msg is empty
+        fault.messages = {"GET_XML", "GET_EVENT_LIST", "NEXT_EVENT", "GET_FILE", "DONE"};
     }
     return fault;
 }
@@ -55,9 +53,9 @@ const std::vector<Fault>& ShapeFaults() {
         }
         all.push_back(Shape("blanks", "writes blanks, tabs and newlines inside tags", Blanks));
         all.push_back(Shape("newline", "writes a newline after the document, which the length counts",
-                            [](std::string text) { return text + "\n"; }));
+                            [](const std::string& text) { return text + "\n"; }));
         all.push_back(Shape("instruction", "writes a processing instruction before the document",
-                            [](std::string text) { return "<?backend version=\"1\"?>" + text; }));
+                            [](const std::string& text) { return "<?backend version=\"1\"?>" + text; }));
         return all;
     }();
     return faults;
