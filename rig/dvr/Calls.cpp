@@ -90,7 +90,9 @@ Sequel Play(const Scene& scene, Connection connection, CallEnd* end = nullptr) {
     Prepare(session, scene);
     if (options.recorder) {
         dialogue->Distrust();
-        session.Weaken(scene.weaknesses, scene.recordings);
+        if (!scene.weaknesses.AreNone()) {
+            session.Weaken(scene.weaknesses, scene.recordings);
+        }
     }
     const auto start = Clock::now();
     const auto noteEnd = [&](bool isDone) {

@@ -30,10 +30,9 @@ const std::vector<WeaknessKind>& ByteWeaknesses() {
         InBytes("trusts-length", Reaction::Abort, Flaw::TrustsLength,
                 "allocates what a prefix announces, and aborts when it gets none",
                 "announces from 2^30 to 2^31-1 bytes"),
-        InBytes(
-            "needs-text-at-once", Reaction::HangUp, Flaw::NeedsTextAtOnce,
-            "takes the first piece of a text for its beginning, and hangs up if it has less than five bytes",
-            "sends a message in small pieces"),
+        InBytes("takes-piece", Reaction::Flaw, Flaw::TakesPiece,
+                "takes the first piece of a text for all of it, unless a document ends there",
+                "sends a text in pieces"),
         Limited(InBytes("short-queue", Reaction::Abort, Flaw::ShortQueue,
                         "has room for 8 messages, or MESSAGES, of one piece, and aborts when there are more",
                         "sends many messages at once"),

@@ -146,7 +146,7 @@ const std::vector<WeaknessKind>& MarkupWeaknesses() {
                  HasExternalEntities),
         InMarkup("no-encodings", Reaction::Abort, "aborts on an encoding other than UTF-8", "declares one",
                  HasOtherEncoding),
-        InMarkup("trusts-utf-8", Reaction::Abort, "aborts on bytes that are not UTF-8", "sends some",
+        InMarkup("trusts-encoding", Reaction::Abort, "aborts on bytes that are not UTF-8", "sends some",
                  IsNotUtf8),
         InMarkup("control-characters", Reaction::Abort, "has no place for control characters, and aborts",
                  "sends some", HasControls),

@@ -56,7 +56,7 @@ std::vector<Provocation> InBytesAndShapes() {
         {"endless-prefix", Times(6, "\xff")},
         {"signed-length", "\xff\xff\xff\xff\x0f"},
         {"trusts-length", "\xff\xff\xff\xff\x07"},
-        {"needs-text-at-once", EncodePrefix(60) + "<ms"},
+        {"takes-piece", EncodePrefix(60) + "<ms"},
         {"short-queue", Times(9, FileOf("none", "none"))},
         {"impatient", EncodePrefix(60) + "<msg "},
         {"no-frame-timeout", EncodePrefix(60) + "<msg "},
@@ -93,7 +93,7 @@ std::vector<Provocation> InMarkup() {
         {"external-entities",
          framed("<!DOCTYPE msg [<!ENTITY a SYSTEM \"file:///dev/zero\">]>" + kListRequest)},
         {"no-encodings", framed("<?xml version=\"1.0\" encoding=\"UTF-16\"?>" + kListRequest)},
-        {"trusts-utf-8", framed(kBefore + " name=\"\xc3\x28\"/>")},
+        {"trusts-encoding", framed(kBefore + " name=\"\xc3\x28\"/>")},
         {"control-characters", framed(kBefore + " name=\"\x1b[2J\"/>")},
     };
 }
