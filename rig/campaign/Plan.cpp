@@ -34,7 +34,9 @@ std::string DefaultHarness() {
 
 std::optional<std::string> DvrCommand(const RunOptions& options) {
     if (options.dvr && options.dvr->empty()) {
-        const char* const manner = options.selection.faults.empty() ? "" : " --recorder";
+        // Short exports, as there are many of them.
+        const char* const manner =
+            options.selection.faults.empty() ? "" : " --recorder --events single-file --transfer-time 50";
         return ShellWord(OwnPath().string()) + " dvr --protocol {protocol} --seed {seed}" + manner;
     }
     return options.dvr;

@@ -36,10 +36,16 @@ Descriptor Bind(const Address& at) {
     return listener;
 }
 
+/// A port that the system chose is lost when the socket ceases to listen, one that is named is not.
+Descriptor BindByName(const Address& at) {
+    const Address own = OwnAddress(Bind(at));
+    return Bind(own);
+}
+
 }  // namespace
 
 Proxy::Proxy(const Address& at, const Address& harness, fault::Plan plan, ProxyLog& log)
-    : harness_(harness), plan_(std::move(plan)), log_(log), listener_(Bind(at)) {}
+    : harness_(harness), plan_(std::move(plan)), log_(log), listener_(BindByName(at)) {}
 
 void Proxy::Run(Interrupts& interrupts) {
     if (LeadsTo(harness_, OwnAddress(listener_))) {
