@@ -134,6 +134,8 @@ struct Run {
     Tally emptyNames;          // files with an empty `name` in a description
     Tally notFiles;            // comments and text in a stream
     Tally notEvents;           // comments and text in a list of events
+    Tally secondLists;         // another `events` in EVENT_LIST
+    Tally secondDescriptions;  // another `xmlFile` in EVENT or XML
     Tally emptyList;           // XML that lists nothing
     Tally terminated;          // messages whose length counts NULs after the text
     Tally deadlyDescriptions;  // after which an exception ended the harness, for no other reason known here

@@ -239,6 +239,8 @@ void RunModel::TakeListed(const log::Listed& listed, const Place& place) {
     addShown(run_.notFiles, listed.notFiles);
     addShown(run_.notEvents, listed.notEvents);
     addShown(run_.noDescriptions, listed.noDescriptions ? 1 : 0);
+    addShown(reader_.LastMessage().name == "EVENT_LIST" ? run_.secondLists : run_.secondDescriptions,
+             listed.hasSecond ? 1 : 0);
     addShown(run_.emptyList, listed.isEmpty ? 1 : 0);
     run_.hasEmptyEvent = run_.hasEmptyEvent || listed.emptyEvents > 0;
     run_.files += listed.files;

@@ -20,8 +20,26 @@ TEST(Difference, IsShownFromTheStartOfACharacter) {
 }
 
 TEST(Difference, IsShownInBytesBetweenBlanks) {
-    EXPECT_EQ(Difference("a b ", "a b"), "; from byte 4 on: 20 instead of missing");
+    EXPECT_EQ(Difference("a b c", "a bc"), "; from byte 4 on: 20 63 instead of 63");
     EXPECT_EQ(Difference("a b", "a b"), "");
+}
+
+TEST(Difference, IsExplainedWhereTheHarnessTookBlanksForFewer) {
+    constexpr const char* kBlanks =
+        "; of blanks in a text the harness takes one for several, and none at the ends: those that matter "
+        "must be references (&#32;)";
+    EXPECT_EQ(Difference("a b ", "a b"), std::string("; from byte 4 on: 20 instead of missing") + kBlanks);
+    EXPECT_EQ(Difference(" \ta\n b", "a b"),
+              std::string("; from byte 1 on: 20 09 61 0a instead of 61 20 62") + kBlanks);
+    EXPECT_EQ(Difference("a b", "a  b"), "; from byte 3 on: 62 instead of 20 62");
+}
+
+TEST(Difference, IsExplainedWhereTheHarnessTookAReferenceForAByte) {
+    constexpr const char* kReference =
+        "; a reference to a character beyond 7f is one byte for the harness: write it in UTF-8";
+    EXPECT_EQ(Difference("\xe2\x82\xac", "\xac"),
+              std::string("; from byte 1 on: e2 82 ac instead of ac") + kReference);
+    EXPECT_EQ(Difference("\xac", "\xe2\x82\xac"), "; from byte 1 on: ac instead of e2 82 ac");
 }
 
 }  // namespace
