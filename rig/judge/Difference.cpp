@@ -80,7 +80,7 @@ std::string Difference(const std::string& actual, const std::string& expected) {
     const auto differs = std::mismatch(actual.begin(), actual.begin() + static_cast<std::ptrdiff_t>(shorter),
                                        expected.begin());
     auto at = static_cast<std::size_t>(differs.first - actual.begin());
-    while (at > 0 && at < shorter && (GoesOn(actual[at]) || GoesOn(expected[at]))) {
+    while (at > 0 && (GoesOn(actual[at]) || GoesOn(expected[at]))) {
         --at;
     }
     return fmt::format("; from byte {} on: {} instead of {}{}", at + 1, BytesAt(actual, at),

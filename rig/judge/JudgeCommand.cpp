@@ -93,11 +93,11 @@ class LogsJudged {
 
     void Run() {
         const bool wantsSteps = options_.timeline || !options_.json.empty() || !options_.html.empty();
-        Limits limits{
-            options_.patience, options_.maxReaction, options_.strict, {}, PlaceOf(options_.delivery)};
-        if (limits.delivered) {
-            limits.delivered->progress = ShownProgress();
-        }
+        const Limits limits{options_.patience,
+                            options_.maxReaction,
+                            options_.strict,
+                            {},
+                            PlaceOf(options_.delivery, ShownProgress())};
         const Keep keep{wantsSteps, !options_.html.empty(), WantsFiles(options_)};
         Judge judge(limits, keep, [this](result::RunResult run) {
             if (!known_.empty()) {

@@ -17,6 +17,7 @@ TEST(Difference, IsShownInBytesBetweenNormalForms) {
 
 TEST(Difference, IsShownFromTheStartOfACharacter) {
     EXPECT_EQ(Difference("x\xc3\xa4", "x\xc3\xa9"), "; from byte 2 on: c3 a4 instead of c3 a9");
+    EXPECT_EQ(Difference("x\xc3", "x\xc3\xa9"), "; from byte 2 on: c3 instead of c3 a9");
 }
 
 TEST(Difference, IsShownInBytesBetweenBlanks) {
@@ -37,9 +38,9 @@ TEST(Difference, IsExplainedWhereTheHarnessTookBlanksForFewer) {
 TEST(Difference, IsExplainedWhereTheHarnessTookAReferenceForAByte) {
     constexpr const char* kReference =
         "; a reference to a character beyond 7f is one byte for the harness: write it in UTF-8";
-    EXPECT_EQ(Difference("\xe2\x82\xac", "\xac"),
-              std::string("; from byte 1 on: e2 82 ac instead of ac") + kReference);
-    EXPECT_EQ(Difference("\xac", "\xe2\x82\xac"), "; from byte 1 on: ac instead of e2 82 ac");
+    EXPECT_EQ(Difference("\xe2\x83\xad", "\xed"),
+              std::string("; from byte 1 on: e2 83 ad instead of ed") + kReference);
+    EXPECT_EQ(Difference("\xed", "\xe2\x83\xad"), "; from byte 1 on: ed instead of e2 83 ad");
 }
 
 }  // namespace
