@@ -17,8 +17,7 @@ void FrameFollower::Follow(const char* bytes, std::size_t count, const Whole& wh
         }
         if (frame_.announced && frame_.textBytes == *frame_.announced) {
             frame_.message = NameOfMessage(text_);
-            whole(std::exchange(frame_, {}));
-            text_.clear();
+            whole(std::exchange(frame_, {}), std::exchange(text_, {}));
         }
     }
 }

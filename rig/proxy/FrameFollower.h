@@ -25,7 +25,8 @@ constexpr std::size_t kMostKeptBytes = std::size_t{64} * 1024;
 /// there are no more frames: all that follows counts as the text of that one.
 class FrameFollower {
  public:
-    using Whole = std::function<void(const FollowedFrame&)>;
+    /// Takes a frame, and its text unless that is too long to keep.
+    using Whole = std::function<void(const FollowedFrame& frame, const std::string& text)>;
 
     /// Follows the stream over the next `count` bytes, and calls `whole` for each frame that ends in them.
     void Follow(const char* bytes, std::size_t count, const Whole& whole);

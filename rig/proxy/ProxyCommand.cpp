@@ -7,11 +7,15 @@
 #include <exception>
 #include <memory>
 #include <optional>
+#include <random>
+#include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "rig/base/Complaint.h"
 #include "rig/base/Interrupts.h"
 #include "rig/base/OptionChecks.h"
+#include "rig/fault/Plan.h"
 #include "rig/proxy/Address.h"
 #include "rig/proxy/Proxy.h"
 #include "rig/proxy/ProxyLog.h"
@@ -40,6 +44,55 @@ CLI::Validator Place(const std::string& form, bool needsHost, int lowestPort) {
     return CLI::Validator(check, "");
 }
 
+/// What the DVR is to see of the harness, in command-line order: a place belongs to the fault before it.
+void AddFaultOptions(CLI::App& proxy, const std::shared_ptr<ProxyOptions>& options) {
+    const auto lastFault = [options](const char* option) -> FaultOption& {
+        if (options->faults.empty()) {
+            throw CLI::ValidationError(option, "expected a --fault before it, found none");
+        }
+        return options->faults.back();
+    };
+    const auto addFault = [options](const std::string& name) { options->faults.push_back({name, "", ""}); };
+    proxy
+        .add_option_function<std::string>(
+            "--fault", addFault, "Wrong the DVR in this way (see --list-faults); may be given several times")
+        ->type_name("NAME[=VALUE]")
+        ->trigger_on_parse();
+    proxy
+        .add_option_function<std::string>(
+            "--on", [lastFault](const std::string& place) { lastFault("--on").on = place; },
+            "The preceding fault acts on each MESSAGE of the harness, or only on the Nth (default: the first "
+            "that it can act on)")
+        ->type_name("MESSAGE[:N]")
+        ->trigger_on_parse();
+    proxy
+        .add_option_function<std::string>(
+            "--at", [lastFault](const std::string& place) { lastFault("--at").at = place; },
+            "The preceding fault acts only on messages about this event, or this file of it")
+        ->type_name("EVENT[:FILE]")
+        ->trigger_on_parse();
+    proxy.add_option("--seed", options->seed, "Repeat the random choices of an earlier run")
+        ->transform(Between<std::uint32_t>(0, UINT32_MAX))
+        ->type_name("N");
+    proxy.add_flag("--list-faults", options->listsFaults, "Print all faults and exit");
+    AddFormatOption(proxy, options->format);
+}
+
+fault::Plan PlanOf(const ProxyOptions& options) {
+    std::vector<fault::Order> orders;
+    for (const FaultOption& option : options.faults) {
+        fault::Order order = fault::OrderOf(option.fault);
+        if (!option.on.empty()) {
+            fault::PlaceOn(order, option.on);
+        }
+        if (!option.at.empty()) {
+            fault::PlaceAt(order, option.at);
+        }
+        orders.push_back(std::move(order));
+    }
+    return {std::move(orders), options.seed.value_or(std::random_device()())};
+}
+
 }  // namespace
 
 void AddProxyCommand(CLI::App& app, int& status) {
@@ -56,21 +109,31 @@ void AddProxyCommand(CLI::App& app, int& status) {
         ->capture_default_str();
     proxy->add_option("--harness", options->harness, "Where the harness listens")
         ->check(Place("HOST:PORT", true, kLowestPort))
-        ->type_name("HOST:PORT")
-        ->required();
+        ->type_name("HOST:PORT");
     TakesPath(*proxy->add_option("--log", options->log,
                                  "Write the log there, as JSON Lines (default: to standard output)"),
               "FILE");
-    proxy->callback([options, &status] { status = RunProxy(*options); });
+    AddFaultOptions(*proxy, options);
+    proxy->callback([options, &status] {
+        if (options->listsFaults) {
+            Print(fault::ListFaults(), options->format);
+        } else {
+            status = RunProxy(*options);
+        }
+    });
 }
 
 int RunProxy(const ProxyOptions& options) {
     try {
         Interrupts interrupts;
+        fault::Plan plan = PlanOf(options);
+        if (options.harness.empty()) {
+            throw std::runtime_error("--harness: expected where the harness listens, found nothing");
+        }
         const Address listen = Resolve(*ParseHostAndPort(options.listen, kAnyPort), "--listen");
         const Address harness = Resolve(*ParseHostAndPort(options.harness, kLowestPort), "--harness");
         ProxyLog log(options.log);
-        Proxy(listen, harness, log).Run(interrupts);
+        Proxy(listen, harness, std::move(plan), log).Run(interrupts);
         return kInterrupted;
     } catch (const std::exception& error) {
         return Complain("proxy", kUsageStatus, error.what());

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <ctime>
 #include <nlohmann/json.hpp>
+#include <pugixml.hpp>
 #include <stdexcept>
 
 #include "rig/base/Printable.h"
@@ -53,6 +54,22 @@ Json FrameEvent(const char* name, unsigned int connection, Party sender) {
     return event;
 }
 
+Json WholeFrame(unsigned int connection, Party sender, const FollowedFrame& frame) {
+    Json event = FrameEvent("frame", connection, sender);
+    if (!frame.message.empty()) {
+        event["message"] = frame.message;
+    }
+    event["prefixBytes"] = frame.prefixBytes;
+    event["textBytes"] = frame.textBytes;
+    return event;
+}
+
+Json FaultEvent(const char* name, unsigned int connection, const std::string& fault) {
+    Json event = Event(name, connection);
+    event["fault"] = fault;
+    return event;
+}
+
 [[noreturn]] void ThrowUnwritten(const std::string& what) {
     const int error = errno;
     throw std::runtime_error("--log: expected to write " + what + ", found: " + std::strerror(error));
@@ -90,13 +107,46 @@ void ProxyLog::Refused(unsigned int connection, const std::string& error) {
 }
 
 void ProxyLog::Frame(unsigned int connection, Party sender, const FollowedFrame& frame) {
-    Json event = FrameEvent("frame", connection, sender);
-    if (!frame.message.empty()) {
-        event["message"] = frame.message;
+    Write(WholeFrame(connection, sender, frame));
+}
+
+void ProxyLog::Taken(unsigned int connection, const FollowedFrame& frame, const std::string& text) {
+    Json event = WholeFrame(connection, Party::Dvr, frame);
+    event["taken"] = true;
+    pugi::xml_document document;
+    document.load_buffer(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8);
+    for (const char* const name : {"reid", "file"}) {
+        if (const pugi::xml_attribute attribute = document.child("msg").attribute(name)) {
+            event[name] = attribute.value();
+        }
     }
-    event["prefixBytes"] = frame.prefixBytes;
-    event["textBytes"] = frame.textBytes;
     Write(event);
+}
+
+void ProxyLog::FaultActs(unsigned int connection, const std::string& fault, const std::string& value,
+                         const std::string& message) {
+    Json event = FaultEvent("fault", connection, fault);
+    if (!value.empty()) {
+        event["value"] = value;
+    }
+    event["message"] = message;
+    Write(event);
+}
+
+void ProxyLog::Sent(unsigned int connection, const std::string& fault, const std::string& bytes) {
+    constexpr std::size_t kMostShown = 200;
+    Json event = FaultEvent("sent", connection, fault);
+    event["bytes"] = bytes.size();
+    event["text"] = Excerpt(bytes.substr(0, kMostShown + 1), kMostShown);
+    Write(event);
+}
+
+void ProxyLog::KeptOpen(unsigned int connection, const std::string& fault) {
+    Write(FaultEvent("kept-open", connection, fault));
+}
+
+void ProxyLog::FaultEnds(unsigned int connection, const std::string& fault) {
+    Write(FaultEvent("fault-end", connection, fault));
 }
 
 void ProxyLog::Partial(unsigned int connection, Party sender, const FollowedFrame& frame) {

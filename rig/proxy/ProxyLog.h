@@ -30,6 +30,18 @@ class ProxyLog {
     void Refused(unsigned int connection, const std::string& error);
 
     void Frame(unsigned int connection, Party sender, const FollowedFrame& frame);
+
+    /// A message of the DVR that does not go on to the harness.
+    void Taken(unsigned int connection, const FollowedFrame& frame, const std::string& text);
+
+    /// A fault begins to act in place of the message, has sent a piece, has found that the DVR does not hang
+    /// up, and is over.
+    void FaultActs(unsigned int connection, const std::string& fault, const std::string& value,
+                   const std::string& message);
+    void Sent(unsigned int connection, const std::string& fault, const std::string& bytes);
+    void KeptOpen(unsigned int connection, const std::string& fault);
+    void FaultEnds(unsigned int connection, const std::string& fault);
+
     void Partial(unsigned int connection, Party sender, const FollowedFrame& frame);
 
     /// A party sends no more, and may still receive.

@@ -12,7 +12,7 @@ const std::string kOk = R"(<msg req="OK"/>)";
 /// Follows the bytes in pieces of a size. @return the frames, as "MESSAGE PREFIX+TEXT"
 std::vector<std::string> FramesIn(const std::string& bytes, std::size_t pieceBytes, FrameFollower& follower) {
     std::vector<std::string> frames;
-    const auto note = [&](const FollowedFrame& frame) {
+    const auto note = [&](const FollowedFrame& frame, const std::string&) {
         frames.push_back(frame.message + " " + std::to_string(frame.prefixBytes) + "+" +
                          std::to_string(frame.textBytes));
     };
