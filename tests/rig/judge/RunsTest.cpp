@@ -152,6 +152,18 @@ TEST(Runs, KeepOnlyWhatIsAskedFor) {
     EXPECT_EQ(runs.at(0).checks.front().found, "");
 }
 
+TEST(Runs, TellWhichLinesEndAMessageAndBeginARequest) {
+    rig::judge::Judge judge({}, {}, [](rig::result::RunResult /*run*/) {});
+    std::istringstream lines(RealLog("clean-2.0"));
+    std::string told;
+    for (std::string line; told.size() < 40 && std::getline(lines, line);) {
+        const rig::judge::ReadLine read = judge.Add("test.log", 1, line);
+        told += read.message != nullptr ? read.message->name + " " : "";
+        told += read.request != nullptr ? read.request->name + " " : "";
+    }
+    EXPECT_EQ(told, "OK GET_EVENT_LIST EVENT_LIST NEXT_EVENT ");
+}
+
 TEST(Runs, DoNotEndAtAnAssertionOfAnotherProgram) {
     const auto result =
         Judged(RealLog("clean-2.0") + "recorder: /x/main.cpp:1: int main(): Assertion `false' failed.\n");
