@@ -56,7 +56,7 @@ class FaultyBackend {
 
  private:
     std::optional<fault::Act> NextOfHarness();
-    std::optional<fault::Act> Begin(fault::Plan::Played played, const std::string& message);
+    void Begin(fault::Plan::Played played, const std::string& message);
     bool IsOver(const fault::Act& act, Clock::time_point now);
     void End();
 

@@ -115,6 +115,23 @@ void ProxyLog::Listening(const std::string& address, const std::string& harness)
     Write(event);
 }
 
+void ProxyLog::HarnessStarted(pid_t process, const std::string& command) {
+    Json event = Event("harness");
+    event["pid"] = process;
+    event["command"] = command;
+    Write(event);
+}
+
+void ProxyLog::HarnessEnded(const Ending& end) {
+    Json event = Event("harness-end");
+    if (end.status) {
+        event["status"] = *end.status;
+    } else {
+        event["signal"] = end.signal.value_or(0);
+    }
+    Write(event);
+}
+
 void ProxyLog::Planned(const fault::Order& order) {
     Json event = Event("plan");
     event["fault"] = order.fault->name;

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 
+#include "rig/base/Child.h"
 #include "rig/base/Descriptor.h"
 #include "rig/fault/Plan.h"
 #include "rig/proxy/FrameFollower.h"
@@ -23,6 +26,9 @@ class ProxyLog {
     explicit ProxyLog(const std::string& file);
 
     void Listening(const std::string& address, const std::string& harness);
+
+    void HarnessStarted(pid_t process, const std::string& command);
+    void HarnessEnded(const Ending& end);
 
     /// A fault is to act.
     void Planned(const fault::Order& order);
