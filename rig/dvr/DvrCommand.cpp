@@ -2,25 +2,21 @@
 
 #include <fmt/format.h>
 
-#include <chrono>
 #include <exception>
 #include <filesystem>
 #include <iostream>
 #include <memory>
 #include <random>
-#include <thread>
 
 #include "rig/base/Complaint.h"
 #include "rig/base/Counted.h"
 #include "rig/base/ParseNumber.h"
 #include "rig/base/Printable.h"
 #include "rig/base/Terminal.h"
+#include "rig/dvr/Calls.h"
 #include "rig/dvr/Failure.h"
 #include "rig/dvr/defects/Injector.h"
-#include "rig/dvr/dialogue/Dialogue_1_0.h"
-#include "rig/dvr/dialogue/Dialogue_2_0.h"
 #include "rig/dvr/dialogue/Habits.h"
-#include "rig/dvr/dialogue/Session.h"
 #include "rig/dvr/recordings/Delivery.h"
 #include "rig/dvr/recordings/EventKinds.h"
 #include "rig/dvr/recordings/FolderRecordings.h"
@@ -32,14 +28,6 @@
 
 namespace rig::dvr {
 namespace {
-
-/// The harness creates this file to make transfers fail, and then removes it.
-constexpr const char* kFailureMarker = "/mnt/hd/velloranFail";
-
-/// @return the dialect, which defaults to 1 as in the harness
-int DialectOf(const DvrOptions& options) {
-    return options.protocol.value_or(1);
-}
 
 std::unique_ptr<Recordings> OpenRecordings(const DvrOptions& options) {
     std::unique_ptr<Recordings> recordings;
@@ -53,13 +41,6 @@ std::unique_ptr<Recordings> OpenRecordings(const DvrOptions& options) {
     }
     recordings->HashBy(HashKindNamed(options.hash).value_or(HashKind::Sha256));
     return recordings;
-}
-
-std::unique_ptr<Dialogue> NewDialogue(const DvrOptions& options, const Recordings& recordings) {
-    if (DialectOf(options) == 2) {
-        return std::make_unique<Dialogue_2_0>(recordings, kFailureMarker);
-    }
-    return std::make_unique<Dialogue_1_0>(recordings);
 }
 
 /// @return the folder for copies, null if none is wanted. It must not be inside the recordings, as that would
@@ -122,86 +103,6 @@ Injector NewInjector(const DvrOptions& options, const Recordings& recordings, st
     return injector;
 }
 
-/// What all dialogues of a run share.
-struct Scene {
-    const DvrOptions& options;
-    const Recordings& recordings;
-    const Endpoint& endpoint;
-    const DeliveryFolder* delivery;
-    const Style& style;
-    const Habits& habits;
-    Injector& injector;
-    WireCheck& wireCheck;
-    Transcript& transcript;
-};
-
-void Prepare(Session& session, const Scene& scene) {
-    if (scene.delivery != nullptr) {
-        session.Deliver(*scene.delivery);
-    }
-    session.WriteAs(scene.style);
-    session.Adopt(scene.habits);
-    if (scene.injector.HasDefects()) {
-        session.Misbehave(scene.injector, scene.endpoint);
-    }
-    if (scene.options.onSizeError == "continue") {
-        session.AcceptSizeErrors();
-    }
-    if (scene.options.wireCheck) {
-        session.Check(scene.wireCheck);
-    }
-}
-
-/// What comes after a dialogue.
-struct Sequel {
-    bool reconnects;                              // as a defect asks for
-    std::optional<std::chrono::minutes> absence;  // that DONE asked for; nothing: there was no DONE
-};
-
-/// Holds one dialogue on a new connection.
-Sequel PlayOnce(const Scene& scene) {
-    const DvrOptions& options = scene.options;
-    Transcript& transcript = scene.transcript;
-    const std::unique_ptr<Dialogue> dialogue = NewDialogue(options, scene.recordings);
-    Connection connection = Connection::Open(scene.endpoint, FromSeconds(options.wait));
-    if (options.segment) {
-        connection.SendInPieces(*options.segment, Milliseconds(options.gap));
-    }
-    transcript.Note("connected; -> is sent by the DVR, <- by the harness");
-    Session session(connection, *dialogue, transcript,
-                    {FromSeconds(options.timeout),
-                     FromSeconds(options.frameTimeout),
-                     {Milliseconds(options.transferTime), options.rate}});
-    Prepare(session, scene);
-    const auto noteEnd = [&](bool isDone) {
-        transcript.Note((isDone ? "" : "not finished: ") + dialogue->Summary() + session.WireSummary());
-    };
-    try {
-        session.Run();
-    } catch (const Failure&) {
-        noteEnd(false);
-        throw;
-    }
-    noteEnd(dialogue->IsDone());
-    return {session.Reconnects(), dialogue->Absence()};
-}
-
-/// Plays once, and again as long as a defect or a habit asks for it.
-void PlayAll(const Scene& scene) {
-    int calls = scene.habits.callsAgain;
-    for (;;) {
-        const Sequel sequel = PlayOnce(scene);
-        if (sequel.reconnects) {
-            scene.transcript.Note("connecting again, as told");
-        } else if (sequel.absence && calls-- > 0) {
-            scene.transcript.Note(fmt::format("calling again in {} min", sequel.absence->count()));
-            std::this_thread::sleep_for(*sequel.absence);
-        } else {
-            return;
-        }
-    }
-}
-
 void PlayRecordings(const DvrOptions& options) {
     Style style;
     for (const std::string& manner : options.styles) {
@@ -224,7 +125,13 @@ void PlayRecordings(const DvrOptions& options) {
         transcript.Note("seed " + std::to_string(seed));
     }
     WireCheck wireCheck(DialectOf(options), injector.HasDefects());
-    PlayAll({options, *recordings, endpoint, delivery.get(), style, habits, injector, wireCheck, transcript});
+    const Scene scene = {options, *recordings, endpoint,  delivery.get(), style,
+                         habits,  injector,    wireCheck, transcript};
+    if (options.recorder) {
+        CallForEver(scene);
+        return;
+    }
+    PlayAll(scene);
     if (!injector.Idle().empty()) {
         transcript.Note("had nothing to act on: " + injector.Idle());
     }

@@ -42,6 +42,7 @@ struct DvrOptions {
     std::string replaySpeed = "full";       // or "recorded"
     std::string onSizeError = "close";      // or "continue"
     bool wireCheck = false;
+    bool recorder = false;
     std::vector<std::string> styles;
     std::vector<std::string> habits;
     std::vector<DefectOption> defects;
@@ -49,6 +50,11 @@ struct DvrOptions {
     std::string format = "text";        // of it, or "markdown"
     std::optional<std::uint32_t> seed;  // of everything random; a new one for each run if not given
 };
+
+/// @return the dialect, which defaults to 1 as in the harness
+inline int DialectOf(const DvrOptions& options) {
+    return options.protocol.value_or(1);
+}
 
 /// @return seconds as the command line takes them, with fractions, rounded down to milliseconds
 inline std::chrono::milliseconds FromSeconds(double seconds) {

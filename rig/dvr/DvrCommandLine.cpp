@@ -28,11 +28,22 @@ constexpr const char* kDvrStatuses =
     "protocol or closed the connection early; 3 nothing came within --timeout, or no connection within\n"
     "--wait; 64 usage error, or a file or folder that cannot be read or written.\n"
     "With --replay: 0 the harness asked for the same things up to the end of the log; 1 it asked for\n"
-    "something else; 3 and 64 as above.\n"
+    "something else; 3 and 64 as above. With --recorder: 0 on SIGINT, SIGTERM or SIGHUP, and 64.\n"
     "\n"
     "The DVR closes the connection when the dialogue is done. The harness expects that in protocol 1.0\n"
     "after DONE, and in 2.0 if it was started with -c. Otherwise, and in both after a refused\n"
     "configuration update, it then spins on the closed connection until it is interrupted.";
+
+/// Added after all options that it excludes.
+void AddRecorderOption(CLI::App& dvr, DvrOptions& options) {
+    auto* const recorder = dvr.add_flag(
+        "--recorder", options.recorder,
+        "Do as a recorder in the field: call again after each end of a connection, hang up on what "
+        "cannot be read, refuse what must not be done, until SIGINT or SIGTERM");
+    for (const char* other : {"--wait", "--defect", "--wire-check", "--on-size-error", "--replay"}) {
+        recorder->excludes(dvr.get_option(other));
+    }
+}
 
 /// How long the DVR waits.
 void AddTimeOptions(CLI::App& dvr, DvrOptions& options) {
@@ -186,6 +197,7 @@ void AddDvrCommand(CLI::App& app, int& status) {
     AddDefectOptions(*dvr, options);
     AddWireOptions(*dvr, *options);
     AddReplayOptions(*dvr, *options);
+    AddRecorderOption(*dvr, *options);
     dvr->callback([options, &status] {
         if (options->listing != nullptr) {
             Print(options->listing(), options->format);

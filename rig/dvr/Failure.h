@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <stdexcept>
 #include <string>
 
@@ -25,6 +26,9 @@ class Failure : public std::runtime_error {
  private:
     ExitStatus status_;
 };
+
+/// A signal asks the run to end. Only what waits throws it, and only the command catches it.
+class Interrupted : public std::exception {};
 
 /// The harness broke the protocol. The text names what was found, as a phrase ("a length prefix of more than
 /// five bytes"); the session, which knows what was expected, turns it into the line.

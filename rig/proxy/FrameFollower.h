@@ -14,7 +14,9 @@ struct FollowedFrame {
     std::size_t prefixBytes = 0;
     std::uint64_t textBytes = 0;  // without the prefix
     std::optional<std::uint32_t> announced =
-        {};  // what the prefix says of the text; nothing: it has not ended
+        {};                                // what the prefix says of the text; nothing: it has not ended
+    std::optional<std::string> reid = {};  // the event that it names; in GET_FILE of 1.0 that is its `path`
+    std::optional<std::string> file = {};
 };
 
 /// Longer texts are counted and not kept, so that no peer can make a follower grow.
@@ -25,7 +27,8 @@ constexpr std::size_t kMostKeptBytes = std::size_t{64} * 1024;
 /// there are no more frames: all that follows counts as the text of that one.
 class FrameFollower {
  public:
-    using Whole = std::function<void(const FollowedFrame&)>;
+    /// Takes a frame, and its text unless that is too long to keep.
+    using Whole = std::function<void(const FollowedFrame& frame, const std::string& text)>;
 
     /// Follows the stream over the next `count` bytes, and calls `whole` for each frame that ends in them.
     void Follow(const char* bytes, std::size_t count, const Whole& whole);
@@ -44,7 +47,7 @@ class FrameFollower {
     std::string text_;          // of the frame, unless it is too long to keep
 };
 
-/// @return the `req` of the text's top-level element `msg`, as far as the text is XML; empty if there is none
-std::string NameOfMessage(const std::string& text);
+/// Takes what the text's top-level element `msg` says, as far as the text is XML.
+void TakeNames(const std::string& text, FollowedFrame& frame);
 
 }  // namespace rig::proxy

@@ -5,12 +5,14 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <ctime>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
+#include <utility>
 
 #include "rig/base/Printable.h"
 
@@ -53,6 +55,42 @@ Json FrameEvent(const char* name, unsigned int connection, Party sender) {
     return event;
 }
 
+Json WholeFrame(unsigned int connection, Party sender, const FollowedFrame& frame) {
+    Json event = FrameEvent("frame", connection, sender);
+    if (!frame.message.empty()) {
+        event["message"] = frame.message;
+    }
+    if (frame.reid) {
+        event["reid"] = *frame.reid;
+    }
+    if (frame.file) {
+        event["file"] = *frame.file;
+    }
+    event["prefixBytes"] = frame.prefixBytes;
+    event["textBytes"] = frame.textBytes;
+    return event;
+}
+
+/// @return which messages the bytes hold, each once, as far as they are whole
+Json MessagesIn(const std::string& bytes) {
+    constexpr std::size_t kMostNames = 8;
+    Json names = Json::array();
+    FrameFollower().Follow(
+        bytes.data(), bytes.size(), [&names](const FollowedFrame& frame, const std::string&) {
+            const bool isNews = std::find(names.begin(), names.end(), frame.message) == names.end();
+            if (!frame.message.empty() && isNews && names.size() < kMostNames) {
+                names.push_back(frame.message);
+            }
+        });
+    return names;
+}
+
+Json FaultEvent(const char* name, unsigned int connection, const std::string& fault) {
+    Json event = Event(name, connection);
+    event["fault"] = fault;
+    return event;
+}
+
 [[noreturn]] void ThrowUnwritten(const std::string& what) {
     const int error = errno;
     throw std::runtime_error("--log: expected to write " + what + ", found: " + std::strerror(error));
@@ -77,6 +115,35 @@ void ProxyLog::Listening(const std::string& address, const std::string& harness)
     Write(event);
 }
 
+void ProxyLog::HarnessStarted(pid_t process, const std::string& command) {
+    Json event = Event("harness");
+    event["pid"] = process;
+    event["command"] = command;
+    Write(event);
+}
+
+void ProxyLog::HarnessEnded(const Ending& end) {
+    Json event = Event("harness-end");
+    if (end.status) {
+        event["status"] = *end.status;
+    } else {
+        event["signal"] = end.signal.value_or(0);
+    }
+    Write(event);
+}
+
+void ProxyLog::Planned(const fault::Order& order) {
+    Json event = Event("plan");
+    event["fault"] = order.fault->name;
+    if (!order.value.empty()) {
+        event["value"] = order.value;
+    }
+    if (!order.message.empty()) {
+        event["on"] = order.message + (order.occurrence == 0 ? "" : fmt::format(":{}", order.occurrence));
+    }
+    Write(event);
+}
+
 void ProxyLog::Connected(unsigned int connection, const std::string& dvr) {
     Json event = Event("connect", connection);
     event["from"] = dvr;
@@ -90,13 +157,42 @@ void ProxyLog::Refused(unsigned int connection, const std::string& error) {
 }
 
 void ProxyLog::Frame(unsigned int connection, Party sender, const FollowedFrame& frame) {
-    Json event = FrameEvent("frame", connection, sender);
-    if (!frame.message.empty()) {
-        event["message"] = frame.message;
-    }
-    event["prefixBytes"] = frame.prefixBytes;
-    event["textBytes"] = frame.textBytes;
+    Write(WholeFrame(connection, sender, frame));
+}
+
+void ProxyLog::Taken(unsigned int connection, const FollowedFrame& frame) {
+    Json event = WholeFrame(connection, Party::Dvr, frame);
+    event["taken"] = true;
     Write(event);
+}
+
+void ProxyLog::FaultActs(unsigned int connection, const std::string& fault, const std::string& value,
+                         const std::string& message) {
+    Json event = FaultEvent("fault", connection, fault);
+    if (!value.empty()) {
+        event["value"] = value;
+    }
+    event["message"] = message;
+    Write(event);
+}
+
+void ProxyLog::Sent(unsigned int connection, const std::string& fault, const std::string& bytes) {
+    constexpr std::size_t kMostShown = 200;
+    Json event = FaultEvent("sent", connection, fault);
+    event["bytes"] = bytes.size();
+    if (Json messages = MessagesIn(bytes); !messages.empty()) {
+        event["messages"] = std::move(messages);
+    }
+    event["text"] = Excerpt(bytes.substr(0, kMostShown + 1), kMostShown);
+    Write(event);
+}
+
+void ProxyLog::KeptOpen(unsigned int connection, const std::string& fault) {
+    Write(FaultEvent("kept-open", connection, fault));
+}
+
+void ProxyLog::FaultEnds(unsigned int connection, const std::string& fault) {
+    Write(FaultEvent("fault-end", connection, fault));
 }
 
 void ProxyLog::Partial(unsigned int connection, Party sender, const FollowedFrame& frame) {

@@ -36,6 +36,7 @@ Side::Side(Party ownParty, Descriptor ownSocket)
 }
 
 Side::Taken Side::TakePiece() {
+    piece_.resize(kMostPieceBytes);
     isUrgent_ = sockatmark(socket.Number()) == 1;
     const ssize_t count = recv(socket.Number(), piece_.data(), isUrgent_ ? 1 : piece_.size(), 0);
     if (count > 0) {
@@ -51,6 +52,13 @@ Side::Taken Side::TakePiece() {
     }
     Fail(errno);
     return Taken::Error;
+}
+
+void Side::Put(const std::string& bytes) {
+    piece_.assign(bytes.begin(), bytes.end());
+    start_ = 0;
+    end_ = bytes.size();
+    isUrgent_ = false;
 }
 
 void Side::PassPieceTo(Side& other) {

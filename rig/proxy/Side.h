@@ -24,6 +24,12 @@ class Side {
     /// own.
     Taken TakePiece();
 
+    /// Has these bytes passed as if they had been read: there must be no piece.
+    void Put(const std::string& bytes);
+
+    /// The piece is not passed.
+    void DropPiece() { start_ = end_; }
+
     /// Sends as much of this side's piece to the other as it takes.
     void PassPieceTo(Side& other);
 

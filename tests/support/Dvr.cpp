@@ -86,6 +86,10 @@ bool Dvr::IsRunning() const {
            ended.si_pid == 0;
 }
 
+void Dvr::GetsSignal(int signal) const {
+    kill(pid_, signal);
+}
+
 int Dvr::Ends(Here here) {
     pollfd process = {static_cast<int>(syscall(SYS_pidfd_open, pid_, 0)), POLLIN, 0};
     const int ended = poll(&process, 1, MillisecondsUntil(Clock::now() + kPatience));

@@ -19,6 +19,9 @@ class Dvr {
 
     bool IsRunning() const;
 
+    /// Sends it a signal.
+    void GetsSignal(int signal) const;
+
     /// It ends by itself. @return its status
     int Ends(Here here = Here::current());
 

@@ -61,7 +61,12 @@ Export::Export(const Recipe& recipe, Here here)
         proxy_.emplace(5001, 5002, here);
     }
     dvr_.emplace(Arguments(recipe));
-    FollowUntilTheDvrEnds();
+    if (recipe.manners.find(kRecorder) == std::string::npos) {
+        FollowUntilTheDvrEnds();
+    } else {
+        FollowUntilNothingIsAsked();
+        dvr_->GetsSignal(SIGTERM);
+    }
     dvrStatus_ = dvr_->Ends(here);
     harness_->RunsOut(dvrStatus_ == kWaitedInVain ? kQuietAlready : kQuiet, here);
 }
@@ -72,6 +77,18 @@ void Export::FollowUntilTheDvrEnds() {
     while (dvr_->IsRunning()) {
         if (not harness_->LogsMore(moment)) {
             std::this_thread::sleep_for(moment);
+        }
+    }
+}
+
+/// A recorder calls again after the export.
+void Export::FollowUntilNothingIsAsked() {
+    const auto logs = [this](const char* text) {
+        return harness_->GetProcess().output.find(text) not_eq std::string::npos;
+    };
+    while (not logs("Sending DONE") and not logs("Got CONFIGURATION_UPDATE_ERROR")) {
+        if (not harness_->LogsMore(kQuiet)) {
+            return;
         }
     }
 }

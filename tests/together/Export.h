@@ -13,6 +13,7 @@
 #include "tests/support/World.h"
 
 constexpr const char* kDelivered = "/mnt/delivered";
+constexpr const char* kRecorder = "--recorder";       // among the options of a DVR
 constexpr const char* kThroughProxy = "--port 5002";  // among the options of a DVR
 
 /// What velloran-rig judge says of a log.
@@ -33,7 +34,7 @@ std::string StyleOfAll();
 class Export {
  public:
     /// If the DVR delivers files, it must be to kDelivered, where the judge then looks. With kThroughProxy
-    /// a proxy stands between it and the harness.
+    /// a proxy stands between it and the harness. With kRecorder it is ended after its first export.
     explicit Export(const Recipe& recipe, Here here = Here::current());
 
     Judged Judge() const;
@@ -51,6 +52,7 @@ class Export {
 
  private:
     void FollowUntilTheDvrEnds();
+    void FollowUntilNothingIsAsked();
 
     bool delivers_;
     World world_;

@@ -20,12 +20,24 @@ Message Dialogue::Open() const {
 }
 
 std::vector<Message> Dialogue::Handle(const Message& message) {
-    CheckMessage(message, dialect_);
+    CheckMessage(message, dialect_, distrusts_);
     const std::vector<std::string> allowed = AllowedMessages();
     if (std::find(allowed.begin(), allowed.end(), message.Name()) == allowed.end()) {
+        if (distrusts_) {
+            return Refuse(message);
+        }
         Object(message.Name() + " " + Situation());
     }
     return React(message);
+}
+
+std::vector<Message> Dialogue::Refuse(const Message& message) {
+    if (message.Name() != "UPDATE_CONFIGURATION") {
+        throw Breach(message.Name() + " " + Situation());
+    }
+    std::vector<Message> answers;
+    answers.push_back(NewMessage("CONFIGURATION_UPDATE_ERROR"));
+    return answers;
 }
 
 std::vector<std::string> Dialogue::TakeRemarks() {
@@ -38,7 +50,7 @@ void Dialogue::Object(const std::string& text) {
     if (!tolerant_) {
         throw Breach(text);
     }
-    remarks_.push_back(text);
+    Remark(text);
 }
 
 Message Dialogue::FinishTransfer() {
@@ -100,6 +112,9 @@ void Dialogue::StartTransfer(const FileId& file, bool rehash) {
 }
 
 Message Dialogue::RefuseConfiguration(const Message& message, const char* configuration) {
+    if (distrusts_) {
+        return NewMessage("CONFIGURATION_UPDATE_ERROR");
+    }
     const std::string text = message.Get(configuration);
     if (!IsDocument(text)) {
         throw Breach(fmt::format("{} with a '{}' that is not an XML document: '{}'", message.Name(),

@@ -38,6 +38,11 @@ class Dialogue {
     /// a defect of ours provokes is not the harness's fault.
     void Tolerate() { tolerant_ = true; }
 
+    /// From now on expects anything of the backend. Refuses what is out of place with a report of the
+    /// dialect, or leaves it unanswered where there is none for it; throws Breach where nothing is left but
+    /// to hang up. A refused configuration update does not end the dialogue.
+    void Distrust() { distrusts_ = true; }
+
     /// Handles one message of the harness. @return the answers that are due at once, often none
     /// Throws Breach when the message is not one of the dialect, not well formed or out of place, and
     /// Failure (Unusable) when a recording cannot be read.
@@ -91,11 +96,17 @@ class Dialogue {
     /// Answers a message that follows the dialect's rules and may come now.
     virtual std::vector<Message> React(const Message& message) = 0;
 
+    /// Refuses a message that follows the dialect's rules and is out of place.
+    virtual std::vector<Message> Refuse(const Message& message);
+
     /// @return a message of ours, with what every message of the dialect carries
     Message NewMessage(const std::string& name) const;
 
     /// Throws Breach or, if the dialogue is tolerant, keeps the text as a remark.
     void Object(const std::string& text);
+
+    /// Keeps the text as a remark.
+    void Remark(const std::string& text) { remarks_.push_back(text); }
 
     /// Ends the dialogue after DONE.
     void End(std::chrono::minutes absence);
@@ -116,6 +127,7 @@ class Dialogue {
     std::optional<FileId> transfer_;  // the file in transfer
     Tally tally_;
     bool done_ = false;
+    bool distrusts_ = false;
 
  private:
     int dialect_;

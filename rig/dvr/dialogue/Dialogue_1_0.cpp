@@ -9,6 +9,13 @@
 #include "rig/dvr/Failure.h"
 
 namespace rig::dvr {
+namespace {
+
+Dialogue::FileId FileOf(const Message& request) {
+    return {request.Get("path"), request.Get("file")};  // `path` carries the event
+}
+
+}  // namespace
 
 Dialogue_1_0::Dialogue_1_0(const Recordings& recordings) : Dialogue(recordings, 1) {}
 
@@ -61,6 +68,19 @@ std::vector<Message> Dialogue_1_0::React(const Message& message) {
     return answers;
 }
 
+/// The dialect has no report for a file. One that was transferred already is transferred again.
+std::vector<Message> Dialogue_1_0::Refuse(const Message& message) {
+    if (message.Name() != "GET_FILE") {
+        return Dialogue::Refuse(message);
+    }
+    if (phase_ == Phase::Exporting && !IsTransferring()) {
+        StartFile(message);
+    } else {
+        Remark("GET_FILE for " + FileName(FileOf(message)) + " " + Situation());
+    }
+    return {};
+}
+
 Message Dialogue_1_0::DescribeAll() {
     Message descriptions = NewMessage("XML");
     pugi::xml_node container = descriptions.Root().append_child("xmlFile");
@@ -76,9 +96,15 @@ Message Dialogue_1_0::DescribeAll() {
 }
 
 void Dialogue_1_0::StartFile(const Message& request) {
-    const FileId file(request.Get("path"), request.Get("file"));  // `path` carries the event
+    const FileId file = FileOf(request);
     if (outstanding_.count(file) == 0) {
-        Object("GET_FILE for " + FileName(file) + ", which is not a file that is still to be transferred");
+        const std::string found =
+            "GET_FILE for " + FileName(file) + ", which is not a file that is still to be transferred";
+        if (distrusts_) {
+            Remark(found);
+        } else {
+            Object(found);
+        }
         if (!Exists(file)) {
             return;  // this dialect has no message for it
         }
@@ -98,7 +124,7 @@ bool Dialogue_1_0::Exists(const FileId& file) const {
 void Dialogue_1_0::Complete(const Message& list) {
     std::vector<std::string> listed;
     for (const pugi::xml_node entry : list.Root().child("events").children("string")) {
-        listed.emplace_back(entry.text().get());
+        listed.push_back(TextOf(entry));
     }
     const std::vector<std::string>& events = recordings_.Events();
     if (listed.size() < events.size() || !std::equal(events.rbegin(), events.rend(), listed.rbegin())) {

@@ -19,6 +19,7 @@ class Dialogue_1_0 : public Dialogue {
  protected:
     std::vector<std::string> AllowedMessages() const override;
     std::vector<Message> React(const Message& message) override;
+    std::vector<Message> Refuse(const Message& message) override;
 
  private:
     enum class Phase { Opening, Exporting, Completed };

@@ -7,6 +7,23 @@
 #include "rig/dvr/Failure.h"
 
 namespace rig::dvr {
+namespace {
+
+constexpr int kLongestAbsence = 7 * 24 * 60;  // in minutes, that a recorder accepts of any backend
+
+/// @return what is wrong with the values of a GET_FILE; empty if nothing is
+std::string FaultIn(const Message& request) {
+    if (request.Get("path") != request.Get("reid")) {
+        return fmt::format("GET_FILE with path {} but reid {}", Quoted(request.Get("path")),
+                           Quoted(request.Get("reid")));
+    }
+    const auto rehash = request.Find("rehash");
+    return rehash && *rehash != "true" ? "GET_FILE with rehash " + Quoted(*rehash) + " instead of 'true'"
+                                       : "";
+}
+
+}  // namespace
+
 Dialogue_2_0::Dialogue_2_0(const Recordings& recordings, const std::filesystem::path& failureMarker)
     : Dialogue(recordings, 2), failureMarker_(failureMarker) {}
 
@@ -75,6 +92,18 @@ std::vector<Message> Dialogue_2_0::React(const Message& message) {
     return answers;
 }
 
+std::vector<Message> Dialogue_2_0::Refuse(const Message& message) {
+    std::vector<Message> answers;
+    if (message.Name() == "GET_FILE") {
+        answers.push_back(ReportFile("INVALID_EVENT", {message.Get("reid"), message.Get("file")}));
+    } else if (message.Name() == "NEXT_EVENT") {
+        answers.push_back(RefuseEvent(message.Get("reid")));
+    } else {
+        return Dialogue::Refuse(message);
+    }
+    return answers;
+}
+
 Message Dialogue_2_0::ListEvents() {
     Message list = NewMessage("EVENT_LIST");
     list.Set("source", "velloran-rig");
@@ -88,7 +117,7 @@ Message Dialogue_2_0::ListEvents() {
 
 Message Dialogue_2_0::DescribeEvent(const std::string& reid) {
     if (!recordings_.Has(reid)) {
-        return std::move(NewMessage("INVALID_EVENT").Set("reid", reid));
+        return RefuseEvent(reid);
     }
     event_ = recordings_.Find(reid);
     files_.clear();
@@ -103,29 +132,32 @@ Message Dialogue_2_0::DescribeEvent(const std::string& reid) {
     return description;
 }
 
+Message Dialogue_2_0::RefuseEvent(const std::string& reid) const {
+    return std::move(NewMessage("INVALID_EVENT").Set("reid", reid));
+}
+
 std::vector<Message> Dialogue_2_0::RequestFile(const Message& request) {
     const FileId file(request.Get("reid"), request.Get("file"));
-    if (request.Get("path") != file.first) {
-        throw Breach(fmt::format("GET_FILE with path {} but reid {}", Quoted(request.Get("path")),
-                                 Quoted(file.first)));
+    const std::string fault = FaultIn(request);
+    if (!fault.empty() && distrusts_) {
+        return Refuse(request);
     }
-    const auto rehash = request.Find("rehash");
-    if (rehash && *rehash != "true") {
-        throw Breach("GET_FILE with rehash " + Quoted(*rehash) + " instead of 'true'");
+    if (!fault.empty()) {
+        throw Breach(fault);
     }
-    if (transfer_ && *transfer_ != file) {
+    if (transfer_ && *transfer_ != file && !distrusts_) {
         Object("GET_FILE for " + FileName(file) + " " + TransferSituation());
         transfer_.reset();
     }
     std::vector<Message> answers;
-    if (transfer_) {
+    if (transfer_ && (*transfer_ == file || IsFileInProgress(file))) {
         answers.push_back(ReportFile("XFER_IN_PROGRESS", file));
     } else if (!IsFileInProgress(file)) {
         answers.push_back(ReportFile("INVALID_EVENT", file));
     } else if (IsFailureWanted()) {
         answers.push_back(ReportFile("TRANSPORT_EXCEPTION", file));
     } else {
-        StartTransfer(file, rehash.has_value());
+        StartTransfer(file, request.Find("rehash").has_value());
     }
     return answers;
 }
@@ -164,6 +196,10 @@ void Dialogue_2_0::HandleDone(const Message& done) {
     const int minutes = ParseNumber<int>(duration.value_or("0")).value_or(0);
     if (duration && minutes < 1) {
         throw Breach("DONE with duration " + Quoted(*duration) + " instead of a number of minutes above 0");
+    }
+    if (distrusts_ && minutes > kLongestAbsence) {
+        throw Breach(fmt::format("DONE with a duration of {} minutes (at most {} are accepted)", minutes,
+                                 kLongestAbsence));
     }
     End(std::chrono::minutes(minutes));
 }

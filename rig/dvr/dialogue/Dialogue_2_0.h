@@ -24,12 +24,14 @@ class Dialogue_2_0 : public Dialogue {
  protected:
     std::vector<std::string> AllowedMessages() const override;
     std::vector<Message> React(const Message& message) override;
+    std::vector<Message> Refuse(const Message& message) override;
 
  private:
     enum class Phase { Opening, UpdatingSoftware, BetweenEvents, Exporting };
 
     Message ListEvents();
     Message DescribeEvent(const std::string& reid);
+    Message RefuseEvent(const std::string& reid) const;
     std::vector<Message> RequestFile(const Message& request);
     Message AcknowledgeEvent(const std::string& reid);
     void HandleDone(const Message& done);

@@ -3,8 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <set>
 #include <string>
-#include <vector>
 
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
@@ -30,36 +30,45 @@ void CheckVersion(const Message& message, int dialect) {
     }
 }
 
-void CheckAttributes(const Message& message, const protocol::MessageKind& kind) {
+void CheckAttributes(const Message& message, const protocol::MessageKind& kind, bool allowsOthers) {
     for (const char* name : kind.required) {
         if (!message.Find(name)) {
             throw Breach(fmt::format("{} without its attribute '{}'", message.Name(), name));
         }
     }
-    std::vector<std::string> seen;
+    std::set<std::string> seen;
     for (const pugi::xml_attribute attribute : message.Root().attributes()) {
         const std::string name = attribute.name();
-        if (std::find(seen.begin(), seen.end(), name) != seen.end()) {
-            throw Breach(message.Name() + " with the attribute " + Quoted(name) + " twice");
+        if (!seen.insert(name).second) {
+            throw Breach(message.Name() + " with the attribute '" + Excerpt(name) + "' twice");
         }
-        seen.push_back(name);
-        if (!protocol::HasAttribute(kind, name)) {
+        if (!allowsOthers && !protocol::HasAttribute(kind, name)) {
             throw Breach(message.Name() + " with an unknown attribute " + Quoted(name));
         }
     }
 }
 
+/// @return whether there is more in an element than white space
+bool HasContent(const pugi::xml_node& element) {
+    const auto isContent = [](const pugi::xml_node& child) {
+        const std::string_view text = child.value();
+        return child.type() == pugi::node_element || child.type() == pugi::node_cdata ||
+               text.find_first_not_of(" \t\r\n") != std::string_view::npos;
+    };
+    return std::any_of(element.begin(), element.end(), isContent);
+}
+
 }  // namespace
 
-void CheckMessage(const Message& message, int dialect) {
+void CheckMessage(const Message& message, int dialect, bool allowsOthers) {
     const protocol::MessageKind* const kind =
         protocol::Find(dialect, protocol::Sender::Harness, message.Name());
     if (kind == nullptr) {
-        throw Breach("an unknown message, " + Quoted(message.Name()));
+        throw Breach("an unknown message, '" + Excerpt(message.Name()) + "'");
     }
     CheckVersion(message, dialect);
-    CheckAttributes(message, *kind);
-    if (*kind->children == '\0' && message.Root().first_child()) {
+    CheckAttributes(message, *kind, allowsOthers);
+    if (*kind->children == '\0' && HasContent(message.Root())) {
         throw Breach(message.Name() + " with content in 'msg'");
     }
 }

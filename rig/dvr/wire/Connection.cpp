@@ -9,10 +9,10 @@
 #include <sys/socket.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <system_error>
-#include <thread>
 
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
@@ -28,15 +28,19 @@ constexpr Milliseconds kShortestAttempt(1000);
     throw std::system_error(errno, std::generic_category(), call);
 }
 
-/// Waits until the descriptor is ready for `events`. @return whether it is by the deadline; checks at least
-/// once
-bool WaitFor(int descriptor, short events, Clock::time_point deadline) {
+/// Waits until the descriptor is ready for `events`, which -1 never is. @return whether it is by the
+/// deadline; checks at least once. Throws Interrupted as soon as `stop` is readable.
+bool WaitFor(int descriptor, short events, Clock::time_point deadline, int stop) {
     for (;;) {
         const auto left = std::chrono::ceil<Milliseconds>(deadline - Clock::now()).count();
-        pollfd waited{descriptor, events, 0};
-        const int ready = poll(&waited, 1, static_cast<int>(std::clamp<long long>(left, 0, 1000)));
+        std::array waited = {pollfd{descriptor, events, 0}, pollfd{stop, POLLIN, 0}};
+        const int ready =
+            poll(waited.data(), waited.size(), static_cast<int>(std::clamp<long long>(left, 0, 1000)));
         if (ready == -1 && errno != EINTR) {
             ThrowSystemError("poll");
+        }
+        if (ready > 0 && waited[1].revents != 0) {
+            throw Interrupted();
         }
         if (ready > 0) {
             return true;
@@ -59,7 +63,7 @@ bool IsConnectedToItself(int socket) {
 }
 
 /// One attempt at one address. @return the connected socket, or none with errno set
-Descriptor TryConnect(const addrinfo& address, Clock::time_point deadline) {
+Descriptor TryConnect(const addrinfo& address, Clock::time_point deadline, int stop) {
     Descriptor attempt(
         socket(address.ai_family, address.ai_socktype | SOCK_NONBLOCK | SOCK_CLOEXEC, address.ai_protocol));
     if (!attempt.IsOpen()) {
@@ -71,7 +75,7 @@ Descriptor TryConnect(const addrinfo& address, Clock::time_point deadline) {
         if (error == EINPROGRESS) {
             error = ETIMEDOUT;
             socklen_t size = sizeof error;
-            if (WaitFor(attempt.Number(), POLLOUT, deadline)) {
+            if (WaitFor(attempt.Number(), POLLOUT, deadline, stop)) {
                 getsockopt(attempt.Number(), SOL_SOCKET, SO_ERROR, &error, &size);
             }
         }
@@ -101,15 +105,21 @@ Endpoint::~Endpoint() {
     freeaddrinfo(addresses_);
 }
 
-Connection Connection::Open(const Endpoint& endpoint, Milliseconds wait) {
+void Pause(Milliseconds time, int stop) {
+    WaitFor(-1, 0, Clock::now() + time, stop);
+}
+
+Connection Connection::Open(const Endpoint& endpoint, Milliseconds wait, int stop) {
     const auto start = Clock::now();
     const auto deadline = start + wait;
     for (;;) {
         int error = 0;
         for (const addrinfo* address = endpoint.Addresses(); address != nullptr; address = address->ai_next) {
-            Descriptor connected = TryConnect(*address, std::max(deadline, start + kShortestAttempt));
+            Descriptor connected = TryConnect(*address, std::max(deadline, start + kShortestAttempt), stop);
             if (connected.IsOpen()) {
-                return Connection(std::move(connected));
+                Connection connection(std::move(connected));
+                connection.HeedStop(stop);
+                return connection;
             }
             error = errno;
         }
@@ -118,7 +128,7 @@ Connection Connection::Open(const Endpoint& endpoint, Milliseconds wait) {
                           fmt::format("expected the harness to listen at {} within {} ms, found: {}",
                                       Printable(endpoint.Name()), wait.count(), std::strerror(error)));
         }
-        std::this_thread::sleep_for(kRetryPause);  // nothing tells us when someone starts to listen
+        Pause(kRetryPause, stop);  // nothing tells us when someone starts to listen
     }
 }
 
@@ -142,7 +152,7 @@ void Connection::Send(const std::string& bytes, Milliseconds patience) {
         const std::size_t end = start + std::min(pieceBytes_, bytes.size() - start);
         SendPart(bytes, start, end, patience);
         if (end < bytes.size()) {
-            WaitFor(socket_.Number(), 0, Clock::now() + pause_);  // or until the connection has failed
+            Awaits(0, Clock::now() + pause_);  // or until the connection has failed
         }
         start = end;
     }
@@ -159,7 +169,7 @@ void Connection::SendPart(const std::string& bytes, std::size_t start, std::size
             throw Breach(
                 fmt::format("the end of the connection after {} of {} bytes were sent", sent, bytes.size()));
         } else if (errno == EAGAIN) {
-            if (!WaitFor(socket_.Number(), POLLOUT, Clock::now() + patience)) {
+            if (!Awaits(POLLOUT, Clock::now() + patience)) {
                 throw Failure(
                     ExitStatus::NothingCame,
                     fmt::format("expected the harness to take {} bytes of a message, found that it took {} "
@@ -183,21 +193,30 @@ void Connection::Reset() {
 }
 
 std::optional<std::string> Connection::Receive(Clock::time_point deadline, Milliseconds framePatience) {
+    Clock::time_point frameEnds = Clock::time_point::max();
     for (;;) {
         if (std::optional<std::string> text = decoder_.NextText()) {
             return text;
         }
+        const auto now = Clock::now();
         const bool inside = decoder_.InsideFrame();
-        const bool came = WaitFor(socket_.Number(), POLLIN, inside ? Clock::now() + framePatience : deadline);
-        if (came && ReadSome()) {
+        if (inside && frameEnds == Clock::time_point::max()) {
+            frameEnds = longestFrame_ == Milliseconds::max() ? frameEnds : now + longestFrame_;
+        }
+        const bool came = Awaits(POLLIN, inside ? std::min(now + framePatience, frameEnds) : deadline);
+        if (came && now < frameEnds && ReadSome()) {
             continue;
         }
         if (std::optional<std::string> text = decoder_.GiveUp()) {
             return text;
         }
-        if (came) {
+        if (came && ended_) {
             throw Breach("the end of the connection " +
                          (inside ? "inside a message: " + decoder_.Progress() : "between two messages"));
+        }
+        if (inside && Clock::now() >= frameEnds) {
+            throw Breach(fmt::format("a message that took longer than {} ms: {}", longestFrame_.count(),
+                                     decoder_.Progress()));
         }
         if (inside) {
             throw Breach(fmt::format("a message that remained unfinished for {} ms: {}",
@@ -208,10 +227,15 @@ std::optional<std::string> Connection::Receive(Clock::time_point deadline, Milli
 }
 
 bool Connection::AwaitEnd(Clock::time_point deadline) {
-    while (!ended_ && WaitFor(socket_.Number(), POLLIN, deadline)) {
+    while (!ended_ && Awaits(POLLIN, deadline)) {
         ReadSome();
+        decoder_.Discard();
     }
     return ended_;
+}
+
+bool Connection::Awaits(short events, Clock::time_point deadline) const {
+    return WaitFor(socket_.Number(), events, deadline, stop_);
 }
 
 /// @return whether the connection goes on

@@ -34,12 +34,16 @@ class Endpoint {
     addrinfo* addresses_ = nullptr;
 };
 
+/// Waits, at least for a moment. Throws Interrupted as soon as `stop` is readable.
+void Pause(Milliseconds time, int stop);
+
 /// One TCP connection with the harness. Its calls block, but never without a limit.
 class Connection {
  public:
     /// Connects, trying again as long as nobody listens there, until `wait` has passed; at least once, for up
     /// to a second. Throws Failure (NothingCame) when no connection was made.
-    static Connection Open(const Endpoint& endpoint, Milliseconds wait);
+    /// @param stop  as in HeedStop; -1: none
+    static Connection Open(const Endpoint& endpoint, Milliseconds wait, int stop = -1);
 
     /// Takes over a connected stream socket.
     explicit Connection(Descriptor socket);
@@ -47,6 +51,12 @@ class Connection {
     /// From now on sends everything in pieces of this size, the last one shorter, with a pause between them.
     /// @param bytes  above 0
     void SendInPieces(std::size_t bytes, Milliseconds pause);
+
+    /// From now on whatever waits throws Interrupted as soon as this descriptor is readable.
+    void HeedStop(int stop) { stop_ = stop; }
+
+    /// From now on a frame must be whole within this time of its first byte.
+    void LimitFrames(Milliseconds time) { longestFrame_ = time; }
 
     /// Sends all bytes, in one piece if the system allows and no pieces are asked for: the harness pauses
     /// after each piece it reads. Throws Breach when the harness has closed the connection, and
@@ -64,8 +74,9 @@ class Connection {
     /// Waits for one frame. A frame that has begun by the deadline may take longer, as long as no pause
     /// between its bytes exceeds `framePatience`.
     /// @return the frame's text; nothing when no frame began before the deadline
-    /// Throws Breach when the frame remains unfinished, its prefix is bad or the connection ends. Once size
-    /// errors are accepted, returns what has come of an unfinished frame instead.
+    /// Throws Breach when the frame remains unfinished or takes longer than LimitFrames allows, its prefix is
+    /// bad or the connection ends. Once size errors are accepted, returns what has come of an unfinished
+    /// frame instead.
     std::optional<std::string> Receive(Clock::time_point deadline, Milliseconds framePatience);
 
     /// @return what turns the bytes into frames, to set it up and to ask it
@@ -76,6 +87,7 @@ class Connection {
 
  private:
     void SendPart(const std::string& bytes, std::size_t start, std::size_t end, Milliseconds patience);
+    bool Awaits(short events, Clock::time_point deadline) const;
     bool ReadSome();
 
     Descriptor socket_;
@@ -83,6 +95,8 @@ class Connection {
     std::vector<char> chunk_;  // what one read takes in
     std::size_t pieceBytes_ = SIZE_MAX;
     Milliseconds pause_{0};  // between pieces
+    Milliseconds longestFrame_ = Milliseconds::max();
+    int stop_ = -1;
     bool ended_ = false;
 };
 

@@ -41,6 +41,11 @@ void FrameDecoder::Append(const char* bytes, std::size_t count) {
     bytes_.append(bytes, count);
 }
 
+void FrameDecoder::Discard() {
+    bytes_.clear();
+    announced_.reset();
+}
+
 std::optional<std::string> FrameDecoder::NextText() {
     if (!announced_ && !ReadPrefix()) {
         return std::nullopt;
@@ -74,9 +79,9 @@ bool FrameDecoder::ReadPrefix() {
         const auto byte = static_cast<unsigned char>(bytes_[index]);
         length |= static_cast<std::uint64_t>(byte & 0x7f) << (7 * index);
         if ((byte & 0x80) == 0) {
-            if (length > kMaxTextBytes) {
+            if (length > mostTextBytes_) {
                 throw Breach(fmt::format("a length prefix that announces {} bytes (at most {} are accepted)",
-                                         length, kMaxTextBytes));
+                                         length, mostTextBytes_));
             }
             prefix_ = bytes_.substr(0, index + 1);
             bytes_.erase(0, index + 1);

@@ -11,8 +11,8 @@ namespace rig::dvr {
 
 using protocol::kMaxPrefixBytes;
 
-/// The longest text accepted, in bytes. Far more than any message of a real export; a prefix that announces
-/// more is garbled.
+/// The longest text accepted unless another limit is set, in bytes. Far more than any message of a real
+/// export; a prefix that announces more is garbled.
 constexpr std::size_t kMaxTextBytes = std::size_t{64} * 1024 * 1024;
 
 /// @return the prefix that announces `length` bytes
@@ -38,11 +38,17 @@ class FrameDecoder {
     /// arrived.
     void ExpectSizeError(std::size_t announced, std::size_t size) { expected_ = {announced, size}; }
 
+    /// From now on accepts only texts of at most this many bytes.
+    void Limit(std::size_t mostTextBytes) { mostTextBytes_ = mostTextBytes; }
+
     /// Adds `count` bytes that have arrived.
     void Append(const char* bytes, std::size_t count);
 
+    /// Drops what has come and is not handed out.
+    void Discard();
+
     /// @return the text of the next whole frame; nothing while more bytes are needed
-    /// Throws Breach for a prefix of more than five bytes or of more than kMaxTextBytes.
+    /// Throws Breach for a prefix of more than five bytes or that announces more than is accepted.
     std::optional<std::string> NextText();
 
     /// For when no more bytes of the begun frame will come.
@@ -72,6 +78,7 @@ class FrameDecoder {
     std::optional<std::size_t> announced_;  // length of the text that bytes_ starts with
     std::string prefix_;                    // that announced it
     ReceivedFrame last_;
+    std::size_t mostTextBytes_ = kMaxTextBytes;
     bool acceptsSizeErrors_ = false;
     std::optional<SizeError> expected_;
 };

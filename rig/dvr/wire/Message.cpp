@@ -37,7 +37,8 @@ bool NeedsReference(const std::string& text, std::size_t index) {
 /// Parses one whole document. @return what is wrong with the text, empty if nothing is
 std::string ParseWhole(pugi::xml_document& document, const std::string& text) {
     // As a fragment, so that anything next to the top-level element is seen and can be refused.
-    constexpr unsigned int kFlags = pugi::parse_default | pugi::parse_fragment | pugi::parse_ws_pcdata_single;
+    constexpr unsigned int kFlags =
+        pugi::parse_default | pugi::parse_fragment | pugi::parse_ws_pcdata_single | pugi::parse_doctype;
     if (text.find('\0') != std::string::npos) {
         return "a NUL byte";
     }
@@ -48,6 +49,9 @@ std::string ParseWhole(pugi::xml_document& document, const std::string& text) {
     std::size_t elements = 0;
     for (const pugi::xml_node node : document.children()) {
         const std::string beside = node.value();
+        if (node.type() == pugi::node_doctype) {
+            return "a document type";
+        }
         elements += node.type() == pugi::node_element ? 1U : 0U;
         if (!std::all_of(beside.begin(), beside.end(), IsBlank)) {
             return "text outside the document's element";
@@ -113,6 +117,14 @@ std::string Message::Text() const {
 
 std::string Message::Text(const Style& style) const {
     return style.IsPlain() ? Text() : style.Print(document_);
+}
+
+std::string TextOf(const pugi::xml_node& element) {
+    std::string text;
+    for (const pugi::xml_node piece : element.children()) {
+        text += piece.value();  // which an element does not have
+    }
+    return text;
 }
 
 std::string Print(const pugi::xml_document& document) {

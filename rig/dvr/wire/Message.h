@@ -18,7 +18,7 @@ class Message {
     explicit Message(const std::string& name);
 
     /// Reads the text of one frame. Throws Breach unless it is one well-formed document with nothing before
-    /// or after it, its top-level element is `msg` and that element has `req`.
+    /// or after it, no document type, its top-level element is `msg` and that element has `req`.
     static Message Parse(const std::string& text);
 
     /// @return a copy of the message, with all changes made to it
@@ -49,6 +49,9 @@ class Message {
 
     pugi::xml_document document_;
 };
+
+/// @return the whole text in an element, however many pieces comments and CDATA sections make of it
+std::string TextOf(const pugi::xml_node& element);
 
 /// @return the document printed without indentation, line breaks or declaration. Blanks that a reader may
 ///         merge or trim (leading, trailing or in a row) are written as references, so that names keep them.

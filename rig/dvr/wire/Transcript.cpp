@@ -11,6 +11,7 @@ namespace rig::dvr {
 namespace {
 
 constexpr std::size_t kValueBytes = 100;
+constexpr std::size_t kMessageBytes = 4000;
 constexpr const char* kEraseLine = "\r\033[K";
 
 bool GoesWithoutSaying(const Message& message, const pugi::xml_attribute& attribute) {
@@ -50,7 +51,7 @@ void Transcript::Received(const Message& message) {
 }
 
 void Transcript::Note(const std::string& text) {
-    Print(Colour::Bold, Printable(text));
+    Print(Colour::Bold, Excerpt(text, kMessageBytes));
 }
 
 void Transcript::Progress(const std::string& file, std::uint64_t done, std::uint64_t length) {
@@ -86,7 +87,7 @@ std::string Summarize(const Message& message) {
     for (const pugi::xml_node child : message.Root().children()) {
         text += " (" + SummarizeChild(child) + ")";
     }
-    return text;
+    return text.size() <= kMessageBytes ? text : std::string(Beginning(text, kMessageBytes)) + "...";
 }
 
 }  // namespace rig::dvr

@@ -46,7 +46,7 @@ class Transcript {
     std::chrono::steady_clock::time_point start_;
 };
 
-/// @return the name and the fields of a message, in one line
+/// @return the name and the fields of a message, in one line, which does not grow without limit
 std::string Summarize(const Message& message);
 
 }  // namespace rig::dvr

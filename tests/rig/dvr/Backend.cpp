@@ -7,6 +7,8 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <array>
+#include <cerrno>
 #include <stdexcept>
 #include <utility>
 
@@ -93,11 +95,38 @@ void BackendConnection::SendBytes(const std::string& bytes) {
             "the backend could not send");
 }
 
-Backend::Backend(Script script) {
+void BackendConnection::TrySend(const std::string& bytes) {
+    send(socket_.Number(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+}
+
+void BackendConnection::AwaitsClose() {
+    std::array<char, 4096> bytes = {};
+    ssize_t count = 0;
+    do {
+        count = recv(socket_.Number(), bytes.data(), bytes.size(), 0);
+    } while (count > 0);
+    Require(count == 0 || errno == ECONNRESET, "the peer keeps the connection");
+}
+
+void BackendConnection::Reset() {
+    const linger atOnce{1, 0};
+    setsockopt(socket_.Number(), SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+    socket_.Close();
+}
+
+void BackendConnection::HalfClose() {
+    shutdown(socket_.Number(), SHUT_WR);
+}
+
+Backend::Backend(std::vector<Script> scripts) {
     std::tie(listener_, port_) = BindAnyPort();
     Require(listen(listener_.Number(), 1) == 0, "listen");
     setsockopt(listener_.Number(), SOL_SOCKET, SO_RCVTIMEO, &kLongestWait, sizeof kLongestWait);
-    thread_ = std::thread([this, script = std::move(script)] { Play(script); });
+    thread_ = std::thread([this, scripts = std::move(scripts)] {
+        for (const Script& script : scripts) {
+            Play(script);
+        }
+    });
 }
 
 Backend::~Backend() {

@@ -3,6 +3,8 @@
 #include <functional>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "rig/base/Descriptor.h"
 #include "rig/dvr/wire/Connection.h"
@@ -37,7 +39,19 @@ class BackendConnection {
     /// Sends bytes as they are.
     void SendBytes(const std::string& bytes);
 
+    /// The same, as far as the peer takes them.
+    void TrySend(const std::string& bytes);
+
+    /// Waits until the peer has closed or reset the connection, whatever it sends before.
+    void AwaitsClose();
+
     void Close() { socket_.Close(); }
+
+    /// Ends the connection at once, and what the peer has sent is lost.
+    void Reset();
+
+    /// Sends no more.
+    void HalfClose();
 
  private:
     std::string ReadBytes(std::size_t count);
@@ -45,20 +59,24 @@ class BackendConnection {
     rig::Descriptor socket_;
 };
 
-/// A backend that listens on a local port of its own and plays a script with the first client that connects.
+/// A backend that listens on a local port of its own and plays a script with each client that connects, one
+/// after the other, as long as there are scripts.
 class Backend {
  public:
     using Script = std::function<void(BackendConnection&)>;
 
     /// Listens at once, and plays the script in a thread. An exception from the script fails the test.
-    explicit Backend(Script script);
+    explicit Backend(Script script) : Backend(std::vector<Script>{std::move(script)}) {}
+
+    /// The same with a script for each client.
+    explicit Backend(std::vector<Script> scripts);
     ~Backend();
     Backend(const Backend&) = delete;
     Backend& operator=(const Backend&) = delete;
 
     int Port() const { return port_; }
 
-    /// Waits until the script is over.
+    /// Waits until the last script is over.
     void Join();
 
  private:

@@ -12,7 +12,7 @@ const std::string kOk = R"(<msg req="OK"/>)";
 /// Follows the bytes in pieces of a size. @return the frames, as "MESSAGE PREFIX+TEXT"
 std::vector<std::string> FramesIn(const std::string& bytes, std::size_t pieceBytes, FrameFollower& follower) {
     std::vector<std::string> frames;
-    const auto note = [&](const FollowedFrame& frame) {
+    const auto note = [&](const FollowedFrame& frame, const std::string&) {
         frames.push_back(frame.message + " " + std::to_string(frame.prefixBytes) + "+" +
                          std::to_string(frame.textBytes));
     };
@@ -92,6 +92,12 @@ TEST(FrameFollower, CountsWhatFollowsAPrefixWithoutEndAndFindsNoFrameInIt) {
     EXPECT_EQ(5U, follower.Unfinished()->prefixBytes);
     EXPECT_EQ(16U, follower.Unfinished()->textBytes);
     EXPECT_FALSE(follower.Unfinished()->announced);
+}
+
+std::string NameOfMessage(const std::string& text) {
+    FollowedFrame frame;
+    TakeNames(text, frame);
+    return frame.message;
 }
 
 TEST(NameOfMessage, IsReadAsFarAsTheTextIsXml) {
