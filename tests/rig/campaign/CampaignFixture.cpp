@@ -25,7 +25,7 @@ CampaignTest::CampaignTest() {
 }
 
 std::string CampaignTest::Dvr(const std::string& options) {
-    return std::string(VELLORAN_RIG) +
+    return RigCommand().Line() +
            " dvr --protocol {protocol} --seed {seed} --recordings /mnt/recordings --transfer-time 100 " +
            options;
 }
