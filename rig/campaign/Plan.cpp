@@ -2,6 +2,7 @@
 #include <sys/utsname.h>
 #include <unistd.h>
 
+#include <array>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -9,26 +10,20 @@
 #include <random>
 #include <sstream>
 #include <stdexcept>
+#include <string_view>
 
+#include "rig/base/Child.h"
 #include "rig/base/Printable.h"
 #include "rig/campaign/Campaign.h"
 #include "rig/campaign/RunCommand.h"
 #include "rig/campaign/evidence/Fingerprint.h"
 #include "rig/judge/KnownFailures.h"
+#include "rig/proxy/Namespace.h"
 
 namespace rig::campaign {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// @return the text as a word that the shell takes literally
-std::string ShellWord(const std::string& text) {
-    std::string word = "'";
-    for (const char one : text) {
-        word += one == '\'' ? std::string("'\\''") : std::string(1, one);
-    }
-    return word + "'";
-}
 
 fs::path OwnPath() {
     std::error_code unknown;
@@ -47,9 +42,24 @@ std::optional<std::string> DvrCommand(const RunOptions& options) {
     return options.dvr;
 }
 
+bool IsProgram(const std::string& path) {
+    std::array<char, 4> begin = {};
+    std::ifstream(path, std::ios::binary).read(begin.data(), begin.size());
+    const std::string_view found(begin.data(), begin.size());
+    return found == "\177ELF" && access(path.c_str(), X_OK) == 0;
+}
+
+/// @return whether the harness may run in a network of its own: one that runs on this machine, and is no
+///         script, which may call another machine
+bool MayBeProxied(const RunOptions& options) {
+    return !options.isDirect && options.log.empty() && options.stop.empty() &&
+           (options.velloran.empty() || IsProgram(options.velloran)) && proxy::MayHaveOwnNetwork();
+}
+
 Rig RigOf(const RunOptions& options, std::uint32_t seed) {
     Rig rig;
     rig.harness = options.velloran.empty() ? DefaultHarness() : options.velloran;
+    rig.proxy = MayBeProxied(options) ? ShellWord(OwnPath().string()) + " proxy" : "";
     rig.log = options.log;
     rig.stop = options.stop;
     rig.dvr = DvrCommand(options);
@@ -129,6 +139,7 @@ CampaignRecord RecordOf(const RunOptions& options, const Rig& rig) {
     record.maxReaction = options.maxReaction;
     record.linger = options.linger;
     record.isStrict = options.strict;
+    record.isDirect = rig.proxy.empty();
     record.cases = PlannedCases(options);
     return record;
 }

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "rig/base/Child.h"
+#include "rig/base/Complaint.h"
 #include "rig/base/Port.h"
 #include "rig/base/Printable.h"
 #include "rig/campaign/execution/FreePort.h"
@@ -65,29 +67,32 @@ void Export::StartCapture() try {
     display_.Warn(record_.id + ": no capture: " + error.what());
 }
 
+bool Export::IsPortFree(double waited) {
+    if (!rig_.proxy.empty() && MayBeReused(kHarnessPort)) {
+        return true;
+    }
+    FreePort(LookAtPort(kHarnessPort), waited >= kTimeToClose);
+    return LookAtPort(kHarnessPort).connections.empty();
+}
+
 /// The system holds the port for a while if the harness closed a connection first, and the harness cannot
 /// bind to a held port.
 bool Export::AwaitPort() {
     const Clock::time_point begin = Clock::now();
-    PortUse use;
-    const auto isFreed = [&] {
-        FreePort(LookAtPort(kHarnessPort), Since(begin) >= kTimeToClose);
-        use = LookAtPort(kHarnessPort);
-        return use.connections.empty();
-    };
-    bool isFree = isFreed();
+    bool isFree = IsPortFree(0);
     if (!isFree) {
         const auto isOver = [&] {
             const double left = kPortPatience - Since(begin);
+            const double held = LookAtPort(kHarnessPort).SecondsHeld().value_or(left);
             display_.Show("waiting for port 5001, which the last connection still holds",
-                          fmt::format("at most {:.0f} s left",
-                                      std::ceil(std::min(use.SecondsHeld().value_or(left), left))));
-            return interrupts_.Came() || isFreed();
+                          fmt::format("at most {:.0f} s left", std::ceil(std::min(held, left))));
+            isFree = IsPortFree(Since(begin));
+            return interrupts_.Came() || isFree;
         };
-        isFree = Until(kPortPatience, isOver, kSlowTick) && use.connections.empty();
+        Until(kPortPatience, isOver, kSlowTick);
         record_.times.waited += Since(begin);
     }
-    wasListening_ = use.isListening;
+    wasListening_ = LookAtPort(kHarnessPort).isListening;
     if (interrupts_.Came()) {
         facts_.end = End::Interrupted;
         facts_.words = "before the harness could start";
@@ -96,6 +101,15 @@ bool Export::AwaitPort() {
         facts_.words = fmt::format("port 5001 was still held after {:g} s", kPortPatience);
     }
     return isFree && !interrupts_.Came();
+}
+
+/// The shell must not stay, so that it is the proxy which gets a signal when the campaign is killed.
+std::string Export::CommandOfHarness() const {
+    if (rig_.proxy.empty()) {
+        return record_.harness.command;
+    }
+    return fmt::format("exec {} --log {} --harness-command {}", rig_.proxy,
+                       ShellWord(folder_.PathOf("proxy.jsonl")), ShellWord(record_.harness.command));
 }
 
 void Export::StartHarness() {
@@ -108,7 +122,7 @@ void Export::StartHarness() {
     firstLine_.reset();
     isReady_ = false;
     watch_.emplace(record_.plan, rig_.patience, Clock::now());
-    harness_ = std::make_unique<Harness>(record_.harness.command, rig_.log, folder_, Limits(),
+    harness_ = std::make_unique<Harness>(CommandOfHarness(), rig_.log, folder_, Limits(),
                                          [this](const judge::ReadLine& read, bool isOver) {
                                              firstLine_ = firstLine_.value_or(Clock::now());
                                              watch_->Add(read, isOver, Clock::now());
@@ -270,8 +284,17 @@ void Export::TakePackets() {
     }
 }
 
+/// The proxy tells of the signal that ended the harness as a shell does.
+std::optional<Ending> Export::EndOfHarness() const {
+    const std::optional<Ending> end = harness_->Command().End();
+    const int status = end ? end->status.value_or(0) : 0;
+    return rig_.proxy.empty() || status <= 128 ? end : Ending{{}, status - 128};
+}
+
 void Export::TakeEnd(Clock::time_point begin) {
-    facts_.harness = record_.harness.end = harness_->Command().End();
+    facts_.harness = record_.harness.end = EndOfHarness();
+    facts_.isPortTaken =
+        !rig_.proxy.empty() && wasListening_ && facts_.harness && facts_.harness->IsStatus(kUsageStatus);
     facts_.errors = harness_->LastError();
     facts_.isDone = watch_->IsDone();
     CaseTimes& times = record_.times;

@@ -55,7 +55,10 @@ class Export {
  private:
     void StartCapture();
     bool AwaitPort();
+    bool IsPortFree(double waited);
     void StartHarness();
+    std::string CommandOfHarness() const;
+    std::optional<Ending> EndOfHarness() const;
     judge::Limits Limits();
     bool MayStartAgain();
     bool IsReady();
