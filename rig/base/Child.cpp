@@ -89,14 +89,6 @@ std::string Ending::Words() const {
                                 strsignal(signal.value_or(0)));
 }
 
-std::string ShellWord(const std::string& text) {
-    std::string word = "'";
-    for (const char one : text) {
-        word += one == '\'' ? std::string("'\\''") : std::string(1, one);
-    }
-    return word + "'";
-}
-
 Child::Child(const Launch& launch) : mayLeaveOthers_(launch.mayLeaveOthers) {
     const std::string script = ScriptOf(launch.command);
     const pid_t parent = getpid();

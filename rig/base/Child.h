@@ -24,9 +24,6 @@ struct Ending {
     std::string Words() const;
 };
 
-/// @return the text as a word that the shell takes literally
-std::string ShellWord(const std::string& text);
-
 /// What to start. The caller keeps the descriptors.
 struct Launch {
     std::string command;  // for /bin/sh

@@ -67,6 +67,9 @@ struct CaseFacts {
 /// The harness's exit status when it cannot bind its port.
 constexpr int kPortTaken = 99;
 
+/// And when SIGINT has ended it.
+constexpr int kInterruptedHarness = 44;
+
 struct Decision {
     Outcome outcome = Outcome::NotRun;
     std::string reason;  // one line

@@ -12,8 +12,8 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "rig/base/Child.h"
 #include "rig/base/Printable.h"
+#include "rig/base/ShellWord.h"
 #include "rig/campaign/Campaign.h"
 #include "rig/campaign/RunCommand.h"
 #include "rig/campaign/evidence/Fingerprint.h"
@@ -37,7 +37,10 @@ std::string DefaultHarness() {
 
 std::optional<std::string> DvrCommand(const RunOptions& options) {
     if (options.dvr && options.dvr->empty()) {
-        return ShellWord(OwnPath().string()) + " dvr --protocol {protocol} --seed {seed}";
+        // Short exports, as there are many of them.
+        const char* const manner =
+            options.selection.faults.empty() ? "" : " --recorder --events single-file --transfer-time 50";
+        return ShellWord(OwnPath().string()) + " dvr --protocol {protocol} --seed {seed}" + manner;
     }
     return options.dvr;
 }
@@ -59,7 +62,8 @@ bool MayBeProxied(const RunOptions& options) {
 Rig RigOf(const RunOptions& options, std::uint32_t seed) {
     Rig rig;
     rig.harness = options.velloran.empty() ? DefaultHarness() : options.velloran;
-    rig.proxy = MayBeProxied(options) ? ShellWord(OwnPath().string()) + " proxy" : "";
+    rig.proxy = ShellWord(OwnPath().string()) + " proxy";
+    rig.isDirect = !MayBeProxied(options);
     rig.log = options.log;
     rig.stop = options.stop;
     rig.dvr = DvrCommand(options);
@@ -139,7 +143,7 @@ CampaignRecord RecordOf(const RunOptions& options, const Rig& rig) {
     record.maxReaction = options.maxReaction;
     record.linger = options.linger;
     record.isStrict = options.strict;
-    record.isDirect = rig.proxy.empty();
+    record.isDirect = rig.isDirect;
     record.cases = PlannedCases(options);
     return record;
 }

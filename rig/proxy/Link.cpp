@@ -123,9 +123,7 @@ void Link::Take(Side& side, Side& other) {
                 side.party == Party::Harness ? TakeFromHarness() : TakeFromDvr();
                 return;
             }
-            const auto log = [&](const FollowedFrame& frame, const std::string&) {
-                log_.Frame(number_, side.party, frame);
-            };
+            const auto log = [&](const FollowedFrame& frame, const std::string&) { NoteFrame(side, frame); };
             const std::string_view piece(side.Piece(), side.PieceBytes());
             Pass(side, other);
             side.follower.Follow(piece.data(), piece.size(), log);
@@ -156,11 +154,16 @@ bool Link::MayDvrEnd(const Side& side) const {
     return side.party == Party::Dvr && (isLone_ || (backend_ && backend_->MayHangUp()));
 }
 
+void Link::NoteFrame(const Side& side, const FollowedFrame& frame) {
+    log_.Frame(number_, side.party, frame);
+    isDone_ = isDone_ || (side.party == Party::Harness && frame.message == "DONE");
+}
+
 void Link::TakeFromHarness() {
     const std::string piece(harness_.Piece(), harness_.PieceBytes());
     harness_.DropPiece();
     harness_.follower.Follow(piece.data(), piece.size(), [&](const FollowedFrame& frame, const std::string&) {
-        log_.Frame(number_, Party::Harness, frame);
+        NoteFrame(harness_, frame);
     });
     backend_->Add(piece);
     Continue();
@@ -170,7 +173,7 @@ void Link::TakeFromHarness() {
 void Link::TakeFromDvr() {
     std::string passed;
     const auto take = [&](const FollowedFrame& frame, const std::string& text) {
-        if (mayTake_ && backend_->Takes(frame, text)) {
+        if (mayTake_ && backend_->Takes(frame)) {
             kept_.clear();
         } else {
             log_.Frame(number_, Party::Dvr, frame);

@@ -36,10 +36,16 @@ Descriptor Bind(const Address& at) {
     return listener;
 }
 
+/// A port that the system chose is lost when the socket ceases to listen, one that is named is not.
+Descriptor BindByName(const Address& at) {
+    const Address own = OwnAddress(Bind(at));
+    return Bind(own);
+}
+
 }  // namespace
 
 Proxy::Proxy(const Address& at, const Address& harness, fault::Plan plan, ProxyLog& log)
-    : harness_(harness), plan_(std::move(plan)), log_(log), listener_(Bind(at)) {}
+    : harness_(harness), plan_(std::move(plan)), log_(log), listener_(BindByName(at)) {}
 
 void Proxy::Run(Interrupts& interrupts) {
     if (LeadsTo(harness_, OwnAddress(listener_))) {
@@ -54,7 +60,8 @@ void Proxy::Run(Interrupts& interrupts) {
     End();
 }
 
-void Proxy::RunWith(HarnessProcess& process, Interrupts& interrupts) {
+void Proxy::RunWith(HarnessProcess& process, Interrupts& interrupts, bool once) {
+    once_ = once;
     while (!process.HasEnded()) {
         process.Obey(interrupts);
         if (!isListening_ && process.IsListening()) {
@@ -62,8 +69,9 @@ void Proxy::RunWith(HarnessProcess& process, Interrupts& interrupts) {
         }
         lookAgain_ = isListening_ ? std::nullopt : std::optional(Clock::now() + kBetweenLooks);
         Turn(interrupts.Number(), process.EndDescriptor());
+        const bool isEnough = once_ && Any(&Link::HasExported);
         RemoveEnded(true);
-        if (HasEndedByFault()) {
+        if (isEnough || HasEndedByFault()) {
             listener_.Close();
             process.Interrupt();
         }
@@ -79,6 +87,9 @@ void Proxy::Listen() {
     }
     isListening_ = true;
     log_.Listening(own.Words(), harness_.Words());
+    for (const fault::Order& order : plan_.Orders()) {
+        log_.Planned(order);
+    }
 }
 
 void Proxy::Turn(int interrupts, int harness) {
@@ -89,7 +100,8 @@ void Proxy::Turn(int interrupts, int harness) {
 }
 
 void Proxy::WaitForSomething(int interrupts, int harness) {
-    const bool takesMore = isListening_ && links_.size() < kMostLinks && !isFull_ && !refusedUntil_;
+    const bool takesMore = isListening_ && links_.size() < kMostLinks && !isFull_ && !refusedUntil_ &&
+                           !(once_ && Any(&Link::IsDone));
     waited_ = {
         {interrupts, POLLIN, 0}, {harness, POLLIN, 0}, {takesMore ? listener_.Number() : -1, POLLIN, 0}};
     for (const Link& link : links_) {
@@ -126,8 +138,11 @@ void Proxy::RemoveEnded(bool keepsFaulted) {
 
 /// @return whether a fault has ended a connection, and all that it does after that is over
 bool Proxy::HasEndedByFault() const {
-    return !refusedUntil_ &&
-           std::any_of(links_.begin(), links_.end(), [](const Link& link) { return link.HasEndedByFault(); });
+    return !refusedUntil_ && Any(&Link::HasEndedByFault);
+}
+
+bool Proxy::Any(bool (Link::*fact)() const) const {
+    return std::any_of(links_.begin(), links_.end(), [fact](const Link& link) { return (link.*fact)(); });
 }
 
 /// All that the harness has sent can be read at once; only a DVR that does not read takes time.

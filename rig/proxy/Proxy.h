@@ -32,7 +32,10 @@ class Proxy {
 
     /// Listens once the harness does, and passes on what comes until it has ended, and then what it has left.
     /// When a fault has ended a connection, it is interrupted.
-    void RunWith(HarnessProcess& process, Interrupts& interrupts);
+    /// @param once  whether it is also interrupted when it has ended a connection after DONE; until then
+    /// other
+    ///              calls wait
+    void RunWith(HarnessProcess& process, Interrupts& interrupts, bool once);
 
  private:
     void Listen();
@@ -42,6 +45,7 @@ class Proxy {
     void Accept();
     void RemoveEnded(bool keepsFaulted);
     bool HasEndedByFault() const;
+    bool Any(bool (Link::*fact)() const) const;
     void PassRest();
     void End();
 
@@ -59,6 +63,7 @@ class Proxy {
     std::optional<Clock::time_point> refusedUntil_;
     std::optional<Clock::time_point> lookAgain_;  // whether the harness listens
     bool isListening_ = false;
+    bool once_ = false;    // one export is enough
     bool isFull_ = false;  // no descriptor is left for another
 };
 

@@ -55,14 +55,20 @@ void AddHarnessOptions(CLI::App& proxy, ProxyOptions& options, CLI::Option& log)
     const auto isCommand = [](const std::string& text) {
         return text.empty() ? "expected a command, found ''" : std::string();
     };
+    CLI::Option* const command =
+        proxy
+            .add_option("--harness-command", options.harnessCommand,
+                        "Start the harness by this, in a network of its own; standard output is then the "
+                        "harness's log")
+            ->type_name("COMMAND")
+            ->check(CLI::Validator(isCommand, ""))
+            ->needs(&log)
+            ->excludes(place);
     proxy
-        .add_option("--harness-command", options.harnessCommand,
-                    "Start the harness by this, in a network of its own; standard output is then the "
-                    "harness's log")
-        ->type_name("COMMAND")
-        ->check(CLI::Validator(isCommand, ""))
-        ->needs(&log)
-        ->excludes(place);
+        .add_flag(
+            "--once", options.once,
+            "Interrupt the harness when it has ended a connection after DONE; the DVR's next call waits")
+        ->needs(command);
 }
 
 /// What the DVR is to see of the harness, in command-line order: a place belongs to the fault before it.
@@ -120,7 +126,7 @@ int RunWithHarness(const ProxyOptions& options, const Address& listen, fault::Pl
     Proxy proxy(listen, HarnessProcess::Place(), std::move(plan), log);
     EnterOwnNetwork();
     HarnessProcess process(options.harnessCommand, log);
-    proxy.RunWith(process, interrupts);
+    proxy.RunWith(process, interrupts, options.once);
     return process.Status();
 }
 

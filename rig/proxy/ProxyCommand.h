@@ -23,6 +23,7 @@ struct ProxyOptions {
     std::string listen = "5001";
     std::string harness;         // where it listens; empty: where the command below starts it
     std::string harnessCommand;  // for /bin/sh
+    bool once = false;           // stop the harness after one export
     std::string log;             // file; empty: standard output
     std::vector<FaultOption> faults;
     std::optional<std::uint32_t> seed;

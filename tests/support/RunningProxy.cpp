@@ -29,8 +29,10 @@ std::string TextOf(const std::filesystem::path& file) {
 
 }  // namespace
 
-RunningProxy::RunningProxy(int harness, int listen, Here here) {
-    Start({"--listen", Local(listen), "--harness", Local(harness)});
+RunningProxy::RunningProxy(int harness, int listen, const std::vector<std::string>& options, Here here) {
+    std::vector<std::string> all = {"--listen", Local(listen), "--harness", Local(harness)};
+    all.insert(all.end(), options.begin(), options.end());
+    Start(all);
     if (not Until([this] { return not Log().empty(); })) {
         FailAt(here, "the proxy does not listen: " + Errors());
         return;

@@ -12,8 +12,10 @@
 class RunningProxy {
  public:
     /// Waits until it listens.
-    /// @param listen  its port; 0: any
-    explicit RunningProxy(int harness, int listen = 0, Here here = Here::current());
+    /// @param listen   its port; 0: any
+    /// @param options  more of its command line: faults
+    explicit RunningProxy(int harness, int listen = 0, const std::vector<std::string>& options = {},
+                          Here here = Here::current());
 
     /// Starts the harness by this command, and does not wait. It listens at port 5001.
     explicit RunningProxy(const std::string& command);

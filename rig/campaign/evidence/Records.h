@@ -37,6 +37,8 @@ struct CaseTimes {
     double lingered = 0;  // of that, after the end of the dialogue, for a DVR that calls again
     double overhead = 0;  // of that, the rest: the campaign's own
     double hooks = 0;
+
+    CaseTimes& operator+=(const CaseTimes& other);
 };
 
 struct CaseRecord {

@@ -5,8 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
-#include "rig/base/Child.h"
 #include "rig/base/Complaint.h"
 #include "rig/base/Port.h"
 #include "rig/base/Printable.h"
@@ -32,8 +32,13 @@ std::string Replaced(std::string text, const std::string& name, const std::strin
 }  // namespace
 
 Export::Export(const Rig& rig, const CaseFolder& folder, CaseRecord& record, Interrupts& interrupts,
-               Display& display)
-    : rig_(rig), folder_(folder), record_(record), interrupts_(interrupts), display_(display) {}
+               Display& display, Manner manner)
+    : rig_(rig),
+      folder_(folder),
+      record_(record),
+      interrupts_(interrupts),
+      display_(display),
+      manner_(std::move(manner)) {}
 
 Export::~Export() {
     TakePackets();
@@ -68,7 +73,7 @@ void Export::StartCapture() try {
 }
 
 bool Export::IsPortFree(double waited) {
-    if (!rig_.proxy.empty() && MayBeReused(kHarnessPort)) {
+    if (IsProxied() && MayBeReused(kHarnessPort)) {
         return true;
     }
     FreePort(LookAtPort(kHarnessPort), waited >= kTimeToClose);
@@ -103,26 +108,20 @@ bool Export::AwaitPort() {
     return isFree && !interrupts_.Came();
 }
 
-/// The shell must not stay, so that it is the proxy which gets a signal when the campaign is killed.
-std::string Export::CommandOfHarness() const {
-    if (rig_.proxy.empty()) {
-        return record_.harness.command;
-    }
-    return fmt::format("exec {} --log {} --harness-command {}", rig_.proxy,
-                       ShellWord(folder_.PathOf("proxy.jsonl")), ShellWord(record_.harness.command));
-}
-
 void Export::StartHarness() {
     ++record_.attempts;
-    record_.harness.command = rig_.harness + " " + record_.plan.switches;
+    record_.harness.command =
+        manner_.harness.empty() ? rig_.harness + " " + record_.plan.switches : manner_.harness;
     record_.harness.stoppedBy.clear();
     facts_ = {};
-    dvr_.reset();
-    record_.dvr.reset();
+    dvr_ = std::move(manner_.dvr);
+    if (dvr_ == nullptr) {
+        record_.dvr.reset();
+    }
     firstLine_.reset();
     isReady_ = false;
     watch_.emplace(record_.plan, rig_.patience, Clock::now());
-    harness_ = std::make_unique<Harness>(CommandOfHarness(), rig_.log, folder_, Limits(),
+    harness_ = std::make_unique<Harness>(record_.harness.command, rig_.log, folder_, Limits(),
                                          [this](const judge::ReadLine& read, bool isOver) {
                                              firstLine_ = firstLine_.value_or(Clock::now());
                                              watch_->Add(read, isOver, Clock::now());
@@ -197,10 +196,13 @@ void Export::LookAtDvr() {
     }
 }
 
-/// A connection that the DVR has closed leaves no line in the log: the harness reads on and on.
+/// A connection that the DVR has closed or reset leaves no line in the log: the harness reads on and on.
 void Export::LookAtConnection() {
-    if (watch_->IsConnected() && watch_->SilentFor(Clock::now()) >= rig_.patience.answer &&
-        LookAtPort(kHarnessPort).IsClosedByPeer()) {
+    if (!watch_->IsConnected() || watch_->SilentFor(Clock::now()) < rig_.patience.answer) {
+        return;
+    }
+    const PortUse use = LookAtPort(kHarnessPort);
+    if (use.IsClosedByPeer() || (use.isListening && !use.IsConnected())) {
         watch_->ConnectionClosed();
     }
 }
@@ -288,13 +290,13 @@ void Export::TakePackets() {
 std::optional<Ending> Export::EndOfHarness() const {
     const std::optional<Ending> end = harness_->Command().End();
     const int status = end ? end->status.value_or(0) : 0;
-    return rig_.proxy.empty() || status <= 128 ? end : Ending{{}, status - 128};
+    return !IsProxied() || status <= 128 ? end : Ending{{}, status - 128};
 }
 
 void Export::TakeEnd(Clock::time_point begin) {
     facts_.harness = record_.harness.end = EndOfHarness();
     facts_.isPortTaken =
-        !rig_.proxy.empty() && wasListening_ && facts_.harness && facts_.harness->IsStatus(kUsageStatus);
+        IsProxied() && wasListening_ && facts_.harness && facts_.harness->IsStatus(kUsageStatus);
     facts_.errors = harness_->LastError();
     facts_.isDone = watch_->IsDone();
     CaseTimes& times = record_.times;
