@@ -39,9 +39,9 @@ Verdict VerdictOf(Outcome outcome) {
 
 }  // namespace
 
-std::string ProxiedCommand(const Rig& rig, const CaseFolder& folder, const Case& plan) {
-    std::string command =
-        fmt::format("{} --listen 5001 --once --log {}", rig.proxy, ShellWord(folder.PathOf(kProxyLog)));
+std::string ProxiedCommand(const Rig& rig, const CaseFolder& folder, const Case& plan, bool once) {
+    std::string command = fmt::format("{} --listen 5001{} --log {}", rig.proxy, once ? " --once" : "",
+                                      ShellWord(folder.PathOf(kProxyLog)));
     if (plan.fault) {
         command += fmt::format(" --fault {} --on {} --seed {}", ShellWord(plan.fault->Named()),
                                plan.fault->message, rig.seed);

@@ -121,8 +121,10 @@ TEST_F(CampaignTest, KnowsThatTheDvrEndedTheHarness) {
 TEST_F(CampaignTest, KnowsThatTheDvrLeftTheHarnessAlone) {
     const Json one = RunCase("clean-2.0", {"--dvr", Dvr("--defect close=all --on EVENT")});
     EXPECT_EQ(one["outcome"], "FAIL") << one["reason"];
-    ExpectHolds(one["reason"], "SIGPIPE");
-    EXPECT_EQ(one["harness"]["signal"], SIGPIPE);
+    if (IsDirect()) {  // else the harness may have sent all before it can know
+        ExpectHolds(one["reason"], "SIGPIPE");
+        EXPECT_EQ(one["harness"]["signal"], SIGPIPE);
+    }
 }
 
 TEST_F(CampaignTest, RepeatsCasesToShowTheirSpread) {
