@@ -77,7 +77,10 @@ void AddRecovery(CaseFacts& facts, const CaseFacts& recovery) {
         facts.words = recovery.words;
         return;
     }
-    const Decision decision = Decide(recovery);
+    Decision decision = Decide(recovery);
+    if (recovery.end == End::DvrFailed && !recovery.isConnected) {
+        decision = {Outcome::Fail, recovery.words};  // it had connected to the export with the fault
+    }
     facts.judged->checks.push_back({"recovery",
                                     "The DVR calls again after the fault, and passes a clean export.",
                                     VerdictOf(decision.outcome),
