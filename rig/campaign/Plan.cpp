@@ -160,6 +160,28 @@ std::string FolderOf(const RunOptions& options) {
     return name;
 }
 
+bool IsProgram(const std::string& path) {
+    std::error_code unknown;
+    return fs::is_regular_file(path, unknown) && access(path.c_str(), X_OK) == 0;
+}
+
+/// Once, as each case would fail for the same reason.
+void CheckProxy(const RunOptions& options) {
+    if (options.selection.faults.empty()) {
+        return;
+    }
+    if (!options.velloran.empty() && !IsProgram(options.velloran)) {
+        throw std::runtime_error(
+            fmt::format("--velloran: with --faults expected the path of a program on this machine, found {}",
+                        Quoted(options.velloran)));
+    }
+    if (!proxy::MayHaveOwnNetwork()) {
+        throw std::runtime_error(
+            "--faults: expected a network of its own for the harness, found that the system refuses it; run "
+            "as root, or allow user namespaces");
+    }
+}
+
 /// Evidence in the folder of the delivered files would count as delivered.
 void CheckFolder(const std::string& folder, const RunOptions& options) {
     if (!options.delivery.folder) {
@@ -180,6 +202,7 @@ Outcome PlanAndRun(const RunOptions& options) {
     CampaignRecord record = RecordOf(options, rig);
     const std::string folder = FolderOf(options);
     CheckFolder(folder, options);
+    CheckProxy(options);
     MakeCampaignFolder(folder);
     return Campaign(rig, folder, std::move(record)).Run();
 }
