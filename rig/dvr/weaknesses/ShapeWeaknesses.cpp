@@ -87,7 +87,7 @@ const std::vector<WeaknessKind>& ShapeWeaknesses() {
                 "writes attributes in single quotes", HasSingleQuotes),
         InShape("fixed-order", Reaction::Ignore, "ignores a message whose first attribute is not req",
                 "writes the attributes in another order", IsReordered),
-        OnlyIn("1", InShape("no-cdata", Reaction::HangUp, "hangs up on a CDATA section",
+        OnlyIn("1", InShape("no-cdata", Reaction::Abort, "aborts on a CDATA section",
                             "writes texts as CDATA sections", HasCdata)),
         InShape("short-form", Reaction::Ignore, "ignores a msg without content that does not end in />",
                 "writes end tags of empty elements", IsLong),
