@@ -6,8 +6,10 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <string>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "rig/base/Complaint.h"
 #include "rig/base/Interrupts.h"

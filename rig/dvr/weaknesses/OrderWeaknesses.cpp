@@ -1,4 +1,7 @@
 #include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "rig/base/Affix.h"
 #include "rig/dvr/weaknesses/Weakness.h"

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <set>
+#include <string>
 
 #include "rig/base/ParseNumber.h"
 #include "rig/dvr/weaknesses/Weakness.h"

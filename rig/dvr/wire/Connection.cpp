@@ -9,10 +9,8 @@
 #include <sys/socket.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
-#include <system_error>
 
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
@@ -25,33 +23,6 @@ constexpr Milliseconds kRetryPause(50);
 constexpr Milliseconds kShortestAttempt(1000);
 constexpr std::chrono::hours kNoEnd(24 * 365);
 constexpr Milliseconds kImpatience(1000);  // of those that have too little
-
-[[noreturn]] void ThrowSystemError(const char* call) {
-    throw std::system_error(errno, std::generic_category(), call);
-}
-
-/// Waits until the descriptor is ready for `events`, which -1 never is. @return whether it is by the
-/// deadline; checks at least once. Throws Interrupted as soon as `stop` is readable.
-bool WaitFor(int descriptor, short events, Clock::time_point deadline, int stop) {
-    for (;;) {
-        const auto left = std::chrono::ceil<Milliseconds>(deadline - Clock::now()).count();
-        std::array waited = {pollfd{descriptor, events, 0}, pollfd{stop, POLLIN, 0}};
-        const int ready =
-            poll(waited.data(), waited.size(), static_cast<int>(std::clamp<long long>(left, 0, 1000)));
-        if (ready == -1 && errno != EINTR) {
-            ThrowSystemError("poll");
-        }
-        if (ready > 0 && waited[1].revents != 0) {
-            throw Interrupted();
-        }
-        if (ready > 0) {
-            return true;
-        }
-        if (left <= 0) {
-            return false;
-        }
-    }
-}
 
 /// A client that tries a local port where nobody listens may be given that very port, and connect to itself.
 bool IsConnectedToItself(int socket) {
@@ -105,10 +76,6 @@ Endpoint::Endpoint(const std::string& host, int port) : name_(host + ":" + std::
 
 Endpoint::~Endpoint() {
     freeaddrinfo(addresses_);
-}
-
-void Pause(Milliseconds time, int stop) {
-    WaitFor(-1, 0, Clock::now() + time, stop);
 }
 
 Connection Connection::Open(const Endpoint& endpoint, Milliseconds wait, int stop) {

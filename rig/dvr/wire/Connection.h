@@ -9,13 +9,11 @@
 
 #include "rig/base/Descriptor.h"
 #include "rig/dvr/wire/Frame.h"
+#include "rig/dvr/wire/Waiting.h"
 
 struct addrinfo;
 
 namespace rig::dvr {
-
-using Clock = std::chrono::steady_clock;
-using Milliseconds = std::chrono::milliseconds;
 
 /// Where the harness listens.
 class Endpoint {
@@ -33,9 +31,6 @@ class Endpoint {
     std::string name_;
     addrinfo* addresses_ = nullptr;
 };
-
-/// Waits, at least for a moment. Throws Interrupted as soon as `stop` is readable.
-void Pause(Milliseconds time, int stop);
 
 /// One TCP connection with the harness. Its calls block, but never without a limit.
 class Connection {
