@@ -160,7 +160,7 @@ std::string FolderOf(const RunOptions& options) {
     return name;
 }
 
-bool IsProgram(const std::string& path) {
+bool IsExecutable(const std::string& path) {
     std::error_code unknown;
     return fs::is_regular_file(path, unknown) && access(path.c_str(), X_OK) == 0;
 }
@@ -170,7 +170,7 @@ void CheckProxy(const RunOptions& options) {
     if (options.selection.faults.empty()) {
         return;
     }
-    if (!options.velloran.empty() && !IsProgram(options.velloran)) {
+    if (!options.velloran.empty() && !IsExecutable(options.velloran)) {
         throw std::runtime_error(
             fmt::format("--velloran: with --faults expected the path of a program on this machine, found {}",
                         Quoted(options.velloran)));
