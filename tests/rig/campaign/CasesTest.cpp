@@ -53,7 +53,7 @@ TEST(Cases, ExcludeOnlyChecksThatTheJudgeHas) {
 
 TEST(Cases, OfADialectBeginAndEndWithItsCleanExport) {
     for (const char* protocol : {"1", "2"}) {
-        const std::vector<Case> plans = Select({"all", "", protocol, false});
+        const std::vector<Case> plans = Select({"all", protocol, false});
         EXPECT_EQ(plans.front().role, Case::Role::First);
         EXPECT_EQ(plans.back().role, Case::Role::Last);
         EXPECT_EQ(plans.front().switches, plans.back().switches);
@@ -61,26 +61,26 @@ TEST(Cases, OfADialectBeginAndEndWithItsCleanExport) {
             EXPECT_EQ(std::to_string(plan.protocol), protocol);
         }
     }
-    EXPECT_EQ(Names({"all", "", "both", false}).size(), AllCases().size());
+    EXPECT_EQ(Names({"all", "both", false}).size(), AllCases().size());
 }
 
 TEST(Cases, ChosenByNameAreFramedByTheirDialectsCleanExports) {
-    EXPECT_EQ(Names({"xfer-2.0,event-2.0", "", "2", false}),
+    EXPECT_EQ(Names({"xfer-2.0,event-2.0", "2", false}),
               (std::vector<std::string>{"clean-2.0", "event-2.0", "xfer-2.0", "recovery-2.0"}));
-    EXPECT_EQ(Names({"config-1.0", "", "2", false}),
+    EXPECT_EQ(Names({"config-1.0", "2", false}),
               (std::vector<std::string>{"clean-1.0", "config-1.0", "recovery-1.0"}));
-    EXPECT_EQ(Names({"clean-2.0", "", "2", false}), (std::vector<std::string>{"clean-2.0", "recovery-2.0"}));
+    EXPECT_EQ(Names({"clean-2.0", "2", false}), (std::vector<std::string>{"clean-2.0", "recovery-2.0"}));
 }
 
 TEST(Cases, ChosenBareRunAlone) {
-    EXPECT_EQ(Names({"xfer-2.0", "", "2", true}), (std::vector<std::string>{"xfer-2.0"}));
-    EXPECT_EQ(Names({"recovery-1.0", "", "2", true}), (std::vector<std::string>{"recovery-1.0"}));
-    const auto all = Names({"all", "", "2", true});
+    EXPECT_EQ(Names({"xfer-2.0", "2", true}), (std::vector<std::string>{"xfer-2.0"}));
+    EXPECT_EQ(Names({"recovery-1.0", "2", true}), (std::vector<std::string>{"recovery-1.0"}));
+    const auto all = Names({"all", "2", true});
     EXPECT_EQ(std::count(all.begin(), all.end(), "clean-2.0"), 0);
 }
 
 TEST(Cases, ThatDoNotExistAreRefused) {
-    EXPECT_EQ(Names({"xfer-2.0,", "", "2", true}).size(), 1U) << "a comma at the end names nothing";
+    EXPECT_EQ(Names({"xfer-2.0,", "2", true}).size(), 1U) << "a comma at the end names nothing";
     for (const char* names : {"", ",", "xfer", "all,xfer-2.0", "xfer-2.0,,event-2.0"}) {
         EXPECT_THROW(Select({names, "", "2", false}), std::runtime_error) << names;
     }
