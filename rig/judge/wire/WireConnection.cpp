@@ -161,6 +161,7 @@ void WireConnection::TakeFault(const WireEvent& event, const Place& place) {
         place, Printable(fmt::format("{} at {}, {:.3f} s after the DVR's call", event.Named(), event.message,
                                      static_cast<double>(event.time - begin_) / 1e6)));
     isWronged_ = isWronged_ || playing_->IsWrong();
+    facts_.isDisturbed = facts_.isDisturbed || playing_->NeedsOnlySurvival();
     if (event.message == "DONE") {
         done_.reset();
         isWrongedAtDone_ = playing_->IsWrong();
@@ -212,6 +213,7 @@ void WireConnection::TakeEnd(const WireEvent& event, const Place& place) {
 }
 
 void WireConnection::CountEnd(const WireEvent& event, const Place& place) {
+    facts_.isDisturbed = facts_.isDisturbed || (isWronged_ && !done_ && (playing_ || event.by == "dvr"));
     if (event.by == "dvr") {
         ++facts_.endedByDvr;
         if (!done_ && !isWronged_ && !playing_) {

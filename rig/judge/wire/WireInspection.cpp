@@ -78,14 +78,14 @@ void WireInspection::Take(const WireEvent& event, Place place, const std::vector
         TakeActed(event, open->second.run);
     } else if (event.kind == Kind::Refused) {
         ++facts.refusedCalls;
-        EndOverlaps(open->first, event.time);
+        EndOverlaps(open->first, event.time, true);
         open_.erase(open);
         return;
     }
     WireConnection& connection = open->second.connection;
     connection.Take(event, place);
     if (!connection.IsOpen()) {
-        EndOverlaps(open->first, event.time);
+        EndOverlaps(open->first, event.time, event.by == "dvr");
     }
     if (connection.IsOver()) {
         open_.erase(open);
@@ -95,7 +95,7 @@ void WireInspection::Take(const WireEvent& event, Place place, const std::vector
 void WireInspection::TakeCall(const WireEvent& event, const Place& place, const std::vector<Run>& runs) {
     const std::size_t run = RunAt(event.time, runs);
     for (const auto& [number, earlier] : open_) {
-        if (earlier.connection.IsOpen() && overlaps_.size() < kMostOverlaps) {
+        if (earlier.connection.IsServed() && overlaps_.size() < kMostOverlaps) {
             facts_[run]->lines->Keep(place,
                                      overlaps_.emplace_back(Overlap{number, run, event.time, {}}).line);
         }
@@ -125,12 +125,12 @@ void WireInspection::TakeActed(const WireEvent& event, std::size_t run) {
     }
 }
 
-void WireInspection::EndOverlaps(std::uint64_t connection, std::int64_t time) {
+void WireInspection::EndOverlaps(std::uint64_t connection, std::int64_t time, bool isByDvr) {
     const auto isOver = [&](const Overlap& one) {
         if (one.earlier != connection) {
             return false;
         }
-        if (time - one.time > kMoment) {
+        if (!isByDvr || time - one.time > kMoment) {
             facts_[one.run]->secondCalls.Add(one.line.Proof());
         }
         return true;
@@ -141,7 +141,7 @@ void WireInspection::EndOverlaps(std::uint64_t connection, std::int64_t time) {
 void WireInspection::Finish(bool isCut) {
     for (auto& [number, open] : open_) {
         open.connection.End(last_);
-        EndOverlaps(number, last_);
+        EndOverlaps(number, last_, true);
     }
     open_.clear();
     for (const auto& facts : facts_) {
