@@ -44,6 +44,11 @@ bool Answers(const std::string& message, const std::string& request, int dialect
            std::find(kind->answers.begin(), kind->answers.end(), message) != kind->answers.end();
 }
 
+bool IsOfDvr(const std::string& message) {
+    return protocol::Find(1, Sender::Dvr, message) != nullptr ||
+           protocol::Find(2, Sender::Dvr, message) != nullptr;
+}
+
 template <typename Item>
 void AddTo(std::deque<Item>& items, Item item) {
     items.push_back(std::move(item));
@@ -109,8 +114,8 @@ void WireConnection::TakeRequest(const WireEvent& frame, const Place& place) {
 }
 
 void WireConnection::TakeMessage(const WireEvent& frame, const Place& place) {
-    const std::uint64_t enough = ShortestPrefix(frame.textBytes);
     const std::string name = frame.message.empty() ? "a message without req" : Printable(frame.message);
+    const std::uint64_t enough = ShortestPrefix(frame.textBytes);
     if (frame.prefixBytes > enough) {
         facts_.longPrefixes.Add(
             place, fmt::format("{}: {} bytes where {} would do", name, frame.prefixBytes, enough));
@@ -121,9 +126,7 @@ void WireConnection::TakeMessage(const WireEvent& frame, const Place& place) {
         }
         return;
     }
-    const bool isKnown = protocol::Find(1, Sender::Dvr, frame.message) != nullptr ||
-                         protocol::Find(2, Sender::Dvr, frame.message) != nullptr;
-    if (isKnown || frame.message.empty()) {
+    if (IsOfDvr(frame.message) || frame.message.empty()) {
         ++facts_.passed[frame.message];
     }
     if (frame.message == "OK") {

@@ -69,27 +69,28 @@ void WireInspection::Take(const WireEvent& event, Place place, const std::vector
         TakeCall(event, place, runs);
     }
     const auto open = open_.find(event.connection.value_or(0));
-    if (open == open_.end()) {
-        return;
+    if (open != open_.end()) {
+        place.kept = facts_[open->second.run]->lines.get();
+        if (Follow(event, place, open->second)) {
+            EndOverlaps(open->first, event.time, event.kind == Kind::Refused || event.by == "dvr");
+        }
+        if (event.kind == Kind::Refused || open->second.connection.IsOver()) {
+            open_.erase(open);
+        }
     }
-    WireFacts& facts = *facts_[open->second.run];
-    place.kept = facts.lines.get();
+}
+
+/// @return whether the connection is no longer open
+bool WireInspection::Follow(const WireEvent& event, const Place& place, Open& open) {
+    if (event.kind == Kind::Refused) {
+        ++facts_[open.run]->refusedCalls;
+        return true;
+    }
     if (event.kind == Kind::Fault) {
-        TakeActed(event, open->second.run);
-    } else if (event.kind == Kind::Refused) {
-        ++facts.refusedCalls;
-        EndOverlaps(open->first, event.time, true);
-        open_.erase(open);
-        return;
+        TakeActed(event, open.run);
     }
-    WireConnection& connection = open->second.connection;
-    connection.Take(event, place);
-    if (!connection.IsOpen()) {
-        EndOverlaps(open->first, event.time, event.by == "dvr");
-    }
-    if (connection.IsOver()) {
-        open_.erase(open);
-    }
+    open.connection.Take(event, place);
+    return !open.connection.IsOpen();
 }
 
 void WireInspection::TakeCall(const WireEvent& event, const Place& place, const std::vector<Run>& runs) {

@@ -47,6 +47,7 @@ class WireInspection {
     };
 
     void Take(const WireEvent& event, Place place, const std::vector<Run>& runs);
+    bool Follow(const WireEvent& event, const Place& place, Open& open);
     void TakeCall(const WireEvent& event, const Place& place, const std::vector<Run>& runs);
     void TakeActed(const WireEvent& event, std::size_t run);
     void EndOverlaps(std::uint64_t connection, std::int64_t time, bool isByDvr);
