@@ -14,7 +14,7 @@ namespace {
 using Kind = WireEvent::Kind;
 using protocol::Sender;
 
-constexpr std::size_t kMostPending = 1000;  // memory must not grow with the log
+constexpr std::size_t kMostAwaited = 1000;  // memory must not grow with the log
 
 std::uint64_t ShortestPrefix(std::uint64_t length) {
     std::uint64_t bytes = 1;
@@ -52,7 +52,7 @@ bool IsOfDvr(const std::string& message) {
 template <typename Item>
 void AddTo(std::deque<Item>& items, Item item) {
     items.push_back(std::move(item));
-    if (items.size() > kMostPending) {
+    if (items.size() > kMostAwaited) {
         items.pop_front();
     }
 }
@@ -180,7 +180,7 @@ void WireConnection::TakeSent(const WireEvent& event) {
     if (!pending_.empty() && pending_.back().name == playing_->At()) {
         pending_.back().time = event.time;
     }
-    if (Holds(event.messages, "DONE")) {
+    if (rig::Holds(event.messages, "DONE")) {
         SetDone(event.time);
     }
 }
