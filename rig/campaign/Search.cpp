@@ -16,8 +16,14 @@ namespace {
 
 constexpr std::size_t kMostFaults = 4;
 
+/// @return the fault's value, if it is one of which any number would do: where words are values as well, a
+/// number may say something else
 std::optional<long> NumberOf(const fault::FaultCase& one) {
-    return ParseNumber<long>(one.value);
+    const std::vector<std::string>& values = one.fault->values;
+    const bool areNumbers = std::all_of(values.begin(), values.end(), [](const std::string& value) {
+        return ParseNumber<long>(value).has_value();
+    });
+    return areNumbers ? ParseNumber<long>(one.value) : std::nullopt;
 }
 
 bool ContainsAll(const Sequence& all, const Sequence& some) {
