@@ -45,14 +45,14 @@ Interrupts::~Interrupts() {
     sigprocmask(SIG_SETMASK, &before_, nullptr);
 }
 
-bool Interrupts::Came() {
+unsigned int Interrupts::Count() {
     signalfd_siginfo info = {};
     while (read(descriptor_.Number(), &info, sizeof info) == sizeof info) {
-        if (which_ == 0) {
+        if (count_++ == 0) {
             which_ = static_cast<int>(info.ssi_signo);
         }
     }
-    return which_ != 0;
+    return count_;
 }
 
 std::string Interrupts::Words() const {

@@ -20,8 +20,10 @@ class Interrupts {
     /// @return a descriptor that becomes readable when such a signal has arrived
     int Number() const { return descriptor_.Number(); }
 
-    /// @return whether one has ever arrived
-    bool Came();
+    /// @return how many have arrived; equal ones that arrive at once count as one
+    unsigned int Count();
+
+    bool Came() { return Count() > 0; }
 
     /// @return the first that arrived, in words: "SIGINT (Interrupt)"
     std::string Words() const;
@@ -30,6 +32,7 @@ class Interrupts {
     sigset_t before_ = {};
     Descriptor descriptor_;
     int which_ = 0;
+    unsigned int count_ = 0;
 };
 
 }  // namespace rig

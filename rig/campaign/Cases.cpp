@@ -104,6 +104,40 @@ void DropNeedlessCleanExports(std::vector<Case>& plans, const std::set<std::stri
     plans.erase(std::remove_if(plans.begin(), plans.end(), isNeedless), plans.end());
 }
 
+/// With -c 1 an export of 2.0 ends by itself; 1.0 always does.
+const char* SwitchesOf(int dialect) {
+    return dialect == 1 ? "-p 1" : "-p 2 -c 1";
+}
+
+std::vector<fault::FaultCase> ChosenFaults(const Selection& selection) {
+    return fault::Choose(selection.faults, selection.protocol == "both" ? 0 : std::stoi(selection.protocol));
+}
+
+/// Each dialect begins with its clean export, as without it no fault is to blame for anything.
+std::vector<Case> SelectFaults(const Selection& selection) {
+    const std::vector<fault::FaultCase> chosen = ChosenFaults(selection);
+    std::vector<Case> plans;
+    for (const int dialect : {1, 2}) {
+        const std::size_t begin = plans.size();
+        for (const fault::FaultCase& one : chosen) {
+            if (one.dialect == dialect) {
+                plans.push_back(
+                    {one.Id(), dialect, SwitchesOf(dialect), one.Sentence(), Role::Fault, {}, one});
+            }
+        }
+        if (plans.size() > begin && !selection.bare) {
+            const auto first = std::find_if(AllCases().begin(), AllCases().end(), [dialect](const Case& one) {
+                return one.protocol == dialect && one.role == Role::First;
+            });
+            plans.insert(plans.begin() + static_cast<std::ptrdiff_t>(begin), *first);
+        }
+    }
+    if (plans.empty()) {
+        throw std::runtime_error("--faults: expected at least one case of the --protocol to run, found none");
+    }
+    return plans;
+}
+
 }  // namespace
 
 const std::vector<Case>& AllCases() {
@@ -118,6 +152,9 @@ const std::vector<Case>& AllCases() {
 }
 
 std::vector<Case> Select(const Selection& selection) {
+    if (!selection.faults.empty()) {
+        return SelectFaults(selection);
+    }
     const bool isAll = selection.names == "all";
     const std::set<std::string> names = isAll ? std::set<std::string>() : Split(selection.names);
     CheckNames(names);
@@ -133,7 +170,15 @@ std::vector<Case> Select(const Selection& selection) {
     return plans;
 }
 
-std::string ListCases() {
+Case RecoveryOf(const Case& plan) {
+    return {"recovery", plan.protocol, SwitchesOf(plan.protocol),
+            "A clean export right after the fault: the DVR has survived it.", Role::Last};
+}
+
+std::string ListCases(const Selection& selection) {
+    if (!selection.faults.empty()) {
+        return fault::ListCases(ChosenFaults(selection));
+    }
     std::string list;
     for (const Case& plan : AllCases()) {
         list += fmt::format("{:<21} {:<20} {}\n", plan.name, plan.switches, plan.sentence);

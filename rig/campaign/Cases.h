@@ -1,7 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "rig/fault/Cases.h"
 
 namespace rig::campaign {
 
@@ -15,6 +18,8 @@ struct Case {
     std::string sentence;  // what the case shows
     Role role = Role::Fault;
     std::vector<std::string> excluded = {};  // checks of the judge that these switches together cannot reach
+    std::optional<fault::FaultCase> fault =
+        {};  // that the proxy adds; nothing: the harness's own faults alone
 };
 
 /// @return the whole table, in the order in which the cases run: 1.0, then 2.0
@@ -23,6 +28,7 @@ const std::vector<Case>& AllCases();
 /// What the user wants to run.
 struct Selection {
     std::string names = "all";   // or names separated by commas
+    std::string faults = "";     // cases of the proxy's faults instead, as fault::Choose takes them
     std::string protocol = "2";  // "1", "2" or "both"
     bool bare = false;           // without the clean exports that run first and last
 };
@@ -41,8 +47,11 @@ struct Patience {
 /// when nothing is left to run.
 std::vector<Case> Select(const Selection& selection);
 
-/// @return the table for people to read: name, switches, sentence
-std::string ListCases();
+/// @return a plain export right after the case, which shows that the DVR has survived it
+Case RecoveryOf(const Case& plan);
+
+/// @return the table for people to read: name, switches, sentence; of the proxy's faults, if it chooses some
+std::string ListCases(const Selection& selection);
 
 /// @return whether the harness runs with this switch, such as 'z'
 bool Has(const Case& plan, char letter);

@@ -13,8 +13,6 @@ namespace {
 
 using result::Verdict;
 
-constexpr int kInterruptedHarness = 44;
-
 Outcome OutcomeOf(Verdict verdict) {
     switch (verdict) {
         case Verdict::Pass:

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "rig/campaign/execution/Child.h"
+#include "rig/base/Child.h"
 #include "rig/result/Result.h"
 
 namespace rig::campaign {
@@ -65,6 +65,9 @@ struct CaseFacts {
 
 /// The harness's exit status when it cannot bind its port.
 constexpr int kPortTaken = 99;
+
+/// And when SIGINT has ended it.
+constexpr int kInterruptedHarness = 44;
 
 struct Decision {
     Outcome outcome = Outcome::NotRun;

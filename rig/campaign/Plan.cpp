@@ -11,6 +11,7 @@
 #include <stdexcept>
 
 #include "rig/base/Printable.h"
+#include "rig/base/ShellWord.h"
 #include "rig/campaign/Campaign.h"
 #include "rig/campaign/RunCommand.h"
 #include "rig/campaign/evidence/Fingerprint.h"
@@ -20,15 +21,6 @@ namespace rig::campaign {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// @return the text as a word that the shell takes literally
-std::string ShellWord(const std::string& text) {
-    std::string word = "'";
-    for (const char one : text) {
-        word += one == '\'' ? std::string("'\\''") : std::string(1, one);
-    }
-    return word + "'";
-}
 
 fs::path OwnPath() {
     std::error_code unknown;
@@ -42,7 +34,10 @@ std::string DefaultHarness() {
 
 std::optional<std::string> DvrCommand(const RunOptions& options) {
     if (options.dvr && options.dvr->empty()) {
-        return ShellWord(OwnPath().string()) + " dvr --protocol {protocol} --seed {seed}";
+        // Short exports, as there are many of them.
+        const char* const manner =
+            options.selection.faults.empty() ? "" : " --recorder --events single-file --transfer-time 50";
+        return ShellWord(OwnPath().string()) + " dvr --protocol {protocol} --seed {seed}" + manner;
     }
     return options.dvr;
 }
@@ -50,6 +45,7 @@ std::optional<std::string> DvrCommand(const RunOptions& options) {
 Rig RigOf(const RunOptions& options, std::uint32_t seed) {
     Rig rig;
     rig.harness = options.velloran.empty() ? DefaultHarness() : options.velloran;
+    rig.proxy = ShellWord(OwnPath().string()) + " proxy";
     rig.log = options.log;
     rig.stop = options.stop;
     rig.dvr = DvrCommand(options);

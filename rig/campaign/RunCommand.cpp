@@ -33,9 +33,15 @@ CLI::Option* AddSeconds(CLI::App& run, const char* name, double& seconds, const 
 }
 
 void AddCaseOptions(CLI::App& run, RunOptions& options) {
-    run.add_option("--cases", options.selection.names, "Cases to run, as --list-cases names them, or all")
-        ->type_name("all|NAME,...")
-        ->capture_default_str();
+    auto* const cases =
+        run.add_option("--cases", options.selection.names, "Cases to run, as --list-cases names them, or all")
+            ->type_name("all|NAME,...")
+            ->capture_default_str();
+    run.add_option("--faults", options.selection.faults,
+                   "Run these cases of faults instead, which a proxy adds to the harness's (see proxy "
+                   "--list-faults): one of each fault, all, or some by group, fault or case")
+        ->type_name("quick|all|GROUP|ID,...")
+        ->excludes(cases);
     run.add_option("--protocol", options.selection.protocol, "Dialects whose cases to run")
         ->check(CLI::IsMember({"1", "2", "both"}))
         ->type_name("1|2|both")
@@ -108,6 +114,15 @@ void AddEvidenceOptions(CLI::App& run, RunOptions& options) {
     run.add_flag("--capture", options.capture, "Capture the packets of port 5001 for each case");
 }
 
+int PrintCases(const Selection& selection) try {
+    std::cout << ListCases(selection);
+    return IsOutputLost() ? Complain("run", kUsageStatus,
+                                     "expected standard output to take the list, found that it did not")
+                          : 0;
+} catch (const std::runtime_error& error) {
+    return Complain("run", kUsageStatus, error.what());
+}
+
 }  // namespace
 
 void AddRunCommand(CLI::App& app, int& status) {
@@ -124,10 +139,7 @@ void AddRunCommand(CLI::App& app, int& status) {
 
 int RunCampaign(const RunOptions& options) {
     if (options.listCases) {
-        std::cout << ListCases();
-        return IsOutputLost() ? Complain("run", kUsageStatus,
-                                         "expected standard output to take the list, found that it did not")
-                              : 0;
+        return PrintCases(options.selection);
     }
     try {
         return ExitStatusOf(PlanAndRun(options));

@@ -23,18 +23,18 @@ void AddCases(std::vector<FaultCase>& all, const Fault& fault, int dialect) {
 }
 
 /// The request for a file is what DVRs spend their time with; 2.0 is the richer dialect.
-bool IsQuick(const FaultCase& one) {
+bool IsQuick(const FaultCase& one, int only) {
     const Fault& fault = *one.fault;
-    const int dialect = IsOf(fault, 2) ? 2 : 1;
+    const int dialect = only != 0 ? only : IsOf(fault, 2) ? 2 : 1;
     const std::vector<std::string> messages = MessagesOf(fault, dialect);
     return one.dialect == dialect &&
            one.message == (Holds(messages, "GET_FILE") ? "GET_FILE" : messages.front()) &&
            (fault.values.empty() || one.value == fault.values.front());
 }
 
-bool IsNamed(const FaultCase& one, const std::string& name) {
+bool IsNamed(const FaultCase& one, const std::string& name, int dialect) {
     return name == "all" || name == one.Id() || name == one.fault->name || name == one.fault->group ||
-           (name == "quick" && IsQuick(one));
+           (name == "quick" && IsQuick(one, dialect));
 }
 
 }  // namespace
@@ -67,14 +67,15 @@ const std::vector<FaultCase>& Cases() {
     return kCases;
 }
 
-std::vector<FaultCase> Choose(const std::string& selection) {
+std::vector<FaultCase> Choose(const std::string& selection, int dialect) {
     std::vector<bool> isChosen(Cases().size());
     std::istringstream names(selection + ",");  // so that nothing is an empty name
     for (std::string name; std::getline(names, name, ',');) {
         bool isKnown = false;
         for (std::size_t at = 0; at < Cases().size(); ++at) {
-            if (IsNamed(Cases()[at], name)) {
-                isChosen[at] = isKnown = true;
+            if (IsNamed(Cases()[at], name, dialect)) {
+                isKnown = true;
+                isChosen[at] = isChosen[at] || dialect == 0 || Cases()[at].dialect == dialect;
             }
         }
         if (!isKnown) {

@@ -29,9 +29,10 @@ const std::vector<FaultCase>& Cases();
 
 /// @param selection  "all"; "quick", one case of each fault; or groups of faults, names of faults and ids of
 ///                   cases, separated by commas
+/// @param dialect    whose cases alone to take: 1, 2, or 0 for both
 /// @return the cases, each once, in the order of the faults. Throws std::runtime_error for a name that
 /// nothing has.
-std::vector<FaultCase> Choose(const std::string& selection);
+std::vector<FaultCase> Choose(const std::string& selection, int dialect = 0);
 
 /// @return the cases for people: id, duty, sentence
 std::string ListCases(const std::vector<FaultCase>& cases);

@@ -40,7 +40,7 @@ Script RepeatOther(const Scene& scene) {
 }
 
 Script LeaveOut(const Scene&) {
-    constexpr Milliseconds kLongEnough{3000};
+    constexpr Milliseconds kLongEnough{2000};
     return {Take(kLongEnough), Just(Kind::Close)};
 }
 
@@ -135,7 +135,7 @@ const std::vector<Fault>& DialogueFaults() {
          {"GET_XML", "GET_EVENT_LIST", "NEXT_EVENT", "EVENT_XFER_COMPLETE"}, {}, false,
          "sends the message, takes the answer off, and sends it again", RepeatOther},
         {"leave-out", kGroup, Duty::Survives, "12", {}, {}, false,
-         "does not send the message, and closes after 3 s", LeaveOut},
+         "does not send the message, and closes after 2 s", LeaveOut},
         {"flood", kGroup, Duty::Survives, "12", {}, {}, false,
          "first sends 1,000 requests for a file that does not exist", Flood},
         {"file-of-unknown-event", kGroup, Duty::Refuses, "12", {"GET_FILE", "EVENT_XFER_COMPLETE"}, {}, false,

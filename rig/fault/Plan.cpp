@@ -150,6 +150,14 @@ void Plan::Note(const std::string& text) {
     }
 }
 
+std::vector<Order> Plan::Orders() const {
+    std::vector<Order> orders;
+    for (const Pending& pending : orders_) {
+        orders.push_back(pending.order);
+    }
+    return orders;
+}
+
 bool Plan::Awaits() const {
     return std::any_of(orders_.begin(), orders_.end(), [](const Pending& one) { return !one.hasActed; });
 }

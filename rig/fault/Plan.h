@@ -56,6 +56,8 @@ class Plan {
 
     bool IsEmpty() const { return orders_.empty(); }
 
+    std::vector<Order> Orders() const;
+
  private:
     struct Pending {
         Order order;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "rig/base/Affix.h"
+#include "rig/judge/wire/WireInspection.h"
 
 namespace rig::judge {
 namespace {
@@ -19,6 +20,14 @@ bool IsException(std::string_view line) {
     return line.find("terminate called ") != std::string_view::npos || StartsWith(line, "  what():  ");
 }
 
+void AddTimings(const std::map<std::string, ReactionTimes>& reactions, const char* where,
+                std::vector<result::Timing>& timings) {
+    for (const auto& [request, times] : reactions) {
+        timings.push_back({request + where, times.Count(), times.Percentile(0.5), times.Percentile(0.95),
+                           times.Percentile(0.99), times.Longest()});
+    }
+}
+
 result::RunResult Judged(const Run& run, const Limits& limits, bool words) {
     result::RunResult result;
     result.name = run.name;
@@ -26,12 +35,14 @@ result::RunResult Judged(const Run& run, const Limits& limits, bool words) {
     result.begin = run.beginTime;
     result.end = run.endTime;
     result.checks = JudgeRun(run, limits, words);
-    static const std::map<std::string, ReactionTimes> kNone;
-    for (const auto& [request, times] : run.hasFractions ? run.reactions : kNone) {
-        result.timings.push_back({request, times.Count(), times.Percentile(0.5), times.Percentile(0.95),
-                                  times.Percentile(0.99), times.Longest()});
+    if (run.hasFractions) {
+        AddTimings(run.reactions, "", result.timings);
     }
     result.steps = run.steps;
+    if (run.wire) {
+        AddTimings(run.wire->reactions, " on the wire", result.timings);
+        AddFaults(*run.wire, result.steps);
+    }
     result.log = run.log;
     return result;
 }
@@ -107,7 +118,7 @@ bool Judge::IsOver() const {
 
 void Judge::Close(std::optional<int> process) {
     const auto run = open_.find(process);
-    if (limits_.delivered) {
+    if (limits_.delivered || limits_.proxy) {
         held_.push_back(run->second->TakeFacts());
     } else {
         take_(Judged(run->second->Facts(), limits_, keep_.words));
@@ -121,6 +132,9 @@ void Judge::Finish() {
     }
     if (limits_.delivered) {
         Inspection(*limits_.delivered, before_).LookFor(held_);
+    }
+    if (limits_.proxy) {
+        WireInspection(*limits_.proxy, limits_.patience, keep_.steps).LookFor(held_);
     }
     for (const Run& run : held_) {
         take_(Judged(run, limits_, keep_.words));

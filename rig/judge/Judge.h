@@ -38,8 +38,8 @@ using TakeRun = std::function<void(result::RunResult run)>;
 /// the logs, except for what must be kept.
 class Judge {
  public:
-    /// With a folder of delivered files, keeps what it knows of each run until the end of the logs, and looks
-    /// at the folder then: a later run may deliver a file again.
+    /// With a folder of delivered files or a log of the proxy, keeps what it knows of each run until the end
+    /// of the logs, and looks there then: a later run may deliver a file again.
     Judge(const Limits& limits, const Keep& keep, TakeRun take);
 
     /// Takes the next line of a log. @param file as given by the user; the line is escaped, without its
@@ -53,7 +53,7 @@ class Judge {
     /// @return whether a run has begun and none is in progress
     bool IsOver() const;
 
-    /// Judges what is still open.
+    /// Judges what is still open. Throws log::Unreadable if the proxy's log cannot be read, or is not one.
     void Finish();
 
  private:
@@ -65,7 +65,7 @@ class Judge {
     Keep keep_;
     std::map<std::optional<int>, std::unique_ptr<RunModel>> open_;  // by process, if the log names it
     std::optional<int> last_;         // the process of the last statement, if it names one
-    std::vector<Run> held_;           // until the folder has been looked at
+    std::vector<Run> held_;           // until the folder, or the proxy's log, has been looked at
     std::optional<Snapshot> before_;  // of the folder
     bool hasBegun_ = false;           // a run
     TakeRun take_;

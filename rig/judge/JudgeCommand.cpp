@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "rig/base/Complaint.h"
+#include "rig/base/Holds.h"
 #include "rig/base/OptionChecks.h"
 #include "rig/base/Printable.h"
 #include "rig/base/ProgressBar.h"
@@ -29,6 +30,7 @@ namespace rig::judge {
 namespace {
 
 constexpr int kNoLog = 66;
+constexpr const char* kStandardInput = "-";
 constexpr const char* kEraseLine = "\r\033[K";
 constexpr std::chrono::milliseconds kBetweenBars(200);
 
@@ -97,7 +99,8 @@ class LogsJudged {
                             options_.maxReaction,
                             options_.strict,
                             {},
-                            PlaceOf(options_.delivery, ShownProgress())};
+                            PlaceOf(options_.delivery, ShownProgress()),
+                            options_.proxy};
         const Keep keep{wantsSteps, !options_.html.empty(), WantsFiles(options_)};
         Judge judge(limits, keep, [this](result::RunResult run) {
             if (!known_.empty()) {
@@ -180,8 +183,10 @@ void WriteReports(const JudgeOptions& options, const result::Result& result) {
 
 /// @return a report that would overwrite a log to be judged; empty if none would
 std::string ReportOverLog(const JudgeOptions& options) {
+    std::vector<std::string> logs = options.logs;
+    logs.push_back(options.proxy.value_or(""));
     for (const std::string& report : {options.json, options.junit, options.tap, options.html}) {
-        for (const std::string& log : options.logs) {
+        for (const std::string& log : logs) {
             std::error_code unknown;
             if (!report.empty() && std::filesystem::is_regular_file(report, unknown) &&
                 std::filesystem::equivalent(report, log, unknown)) {
@@ -227,6 +232,9 @@ void AddJudgeCommand(CLI::App& app, int& status) {
     addFile("--tap", options->tap, "Write the result in the Test Anything Protocol");
     addFile("--html", options->html, "Write one page to mail: the checks, the dialogue and the log");
     AddDeliveryOptions(*judge, options->delivery);
+    TakesPath(*judge->add_option("--proxy", options->proxy,
+                                 "Also read the log that velloran-rig proxy has written of the same runs"),
+              "FILE");
     judge->add_flag("--list-checks", options->listChecks, "Print all checks and exit");
     AddFormatOption(*judge, options->format);
     judge->callback([options, &status] { status = RunJudge(*options); });
@@ -242,6 +250,10 @@ int RunJudge(const JudgeOptions& options) {
     if (options.logs.empty() || (options.follow && options.logs.size() > 1)) {
         return Complain("judge", kUsageStatus,
                         options.follow ? "expected one log to follow" : "expected a log, found none");
+    }
+    if (options.proxy == kStandardInput && Holds(options.logs, kStandardInput)) {
+        return Complain("judge", kUsageStatus,
+                        "--proxy: expected another file than the log, found standard input twice");
     }
     if (const std::string report = ReportOverLog(options); !report.empty()) {
         return Complain("judge", kUsageStatus,

@@ -27,8 +27,9 @@ struct JudgeOptions {
     std::string tap;
     std::string html;
     DeliveryOptions delivery;
-    bool listChecks = false;      // and read no log
-    std::string format = "text";  // of that list, or "markdown"
+    std::optional<std::string> proxy;  // its log
+    bool listChecks = false;           // and read no log
+    std::string format = "text";       // of that list, or "markdown"
 };
 
 /// Adds the subcommand `judge`. When the command line asks for it, parsing runs it and leaves its exit status

@@ -89,6 +89,7 @@ class ReactionTimes {
 };
 
 struct DeliveryFacts;
+struct WireFacts;
 
 /// What the log of one run says, gathered while reading it: facts, no verdicts.
 struct Run {
@@ -174,6 +175,7 @@ struct Run {
 
     Transfers transfers;                            // only when asked for
     std::shared_ptr<const DeliveryFacts> delivery;  // of these; null if nobody looked
+    std::shared_ptr<const WireFacts> wire;          // from the proxy's log; null if there is none
 
     std::vector<result::Step> steps;    // only when asked for
     std::vector<result::LogEntry> log;  // only when asked for

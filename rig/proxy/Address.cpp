@@ -50,7 +50,7 @@ bool IsAnywhere(const std::string& host) {
     return host == kAnywhere || host == "::";
 }
 
-bool IsLoopback(const std::string& host) {
+bool IsLoopbackHost(const std::string& host) {
     return host.compare(0, 4, "127.") == 0 || host == "::1";
 }
 
@@ -94,6 +94,10 @@ std::string Address::Words() const {
     return fmt::format(FamilyOf(*this) == AF_INET6 ? "[{}]:{}" : "{}:{}", numeric.host, numeric.port);
 }
 
+bool Address::IsLoopback() const {
+    return IsLoopbackHost(Numeric(*this).host);
+}
+
 Address OwnAddress(const Descriptor& socket) {
     Address address;
     address.size = sizeof address.bytes;
@@ -111,7 +115,7 @@ Address PeerAddress(const Descriptor& socket) {
 bool LeadsTo(const Address& target, const Address& listener) {
     const NumericAddress to = Numeric(target);
     const NumericAddress at = Numeric(listener);
-    return to.port == at.port && (to.host == at.host || (IsAnywhere(at.host) && IsLoopback(to.host)));
+    return to.port == at.port && (to.host == at.host || (IsAnywhere(at.host) && IsLoopbackHost(to.host)));
 }
 
 }  // namespace rig::proxy

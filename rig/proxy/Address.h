@@ -31,6 +31,8 @@ struct Address {
 
     /// @return "127.0.0.1:5001", "[::1]:5001"
     std::string Words() const;
+
+    bool IsLoopback() const;
 };
 
 /// @return the address; of several the first of IPv4, which is all that the harness listens at. All IPv4

@@ -52,7 +52,10 @@ std::optional<Act> FaultyBackend::Next(Clock::time_point now) {
         }
         act_.reset();
         if (!played_) {
-            return NextOfHarness();
+            std::optional<Act> act = NextOfHarness();
+            if (act || !played_) {
+                return act;
+            }
         }
         if (at_ == played_->script.size()) {
             End();
@@ -79,7 +82,8 @@ std::optional<Act> FaultyBackend::Next(Clock::time_point now) {
     }
 }
 
-/// @return a message of the harness on its way to the DVR, or what a fault does in its place
+/// @return a message of the harness on its way to the DVR; nothing if there is none, or if a fault takes its
+/// place
 std::optional<Act> FaultyBackend::NextOfHarness() {
     while (!held_.empty() && !isBlind_) {
         std::optional<CutFrame> frame = CutFrom(held_, isBlind_);
@@ -91,7 +95,8 @@ std::optional<Act> FaultyBackend::NextOfHarness() {
             continue;
         }
         if (std::optional<fault::Plan::Played> played = plan_.For(frame->text)) {
-            return Begin(std::move(*played), frame->message);
+            Begin(std::move(*played), frame->message);
+            return std::nullopt;
         }
         return Act{Act::Kind::Send, std::move(frame->bytes)};
     }
@@ -101,12 +106,11 @@ std::optional<Act> FaultyBackend::NextOfHarness() {
     return std::nullopt;
 }
 
-std::optional<Act> FaultyBackend::Begin(fault::Plan::Played played, const std::string& message) {
+void FaultyBackend::Begin(fault::Plan::Played played, const std::string& message) {
     log_.FaultActs(connection_, played.fault.name, played.value, message);
     isWronged_ = isWronged_ || played.fault.duty != fault::Duty::GoesOn;
     at_ = 0;
     played_.emplace(std::move(played));
-    return message == fault::kCall ? std::nullopt : Next(Clock::now());
 }
 
 void FaultyBackend::End() {
@@ -126,12 +130,12 @@ std::optional<Clock::time_point> FaultyBackend::Due() const {
     return act_ ? std::optional<Clock::time_point>(until_) : std::nullopt;
 }
 
-bool FaultyBackend::Takes(const FollowedFrame& frame, const std::string& text) {
+bool FaultyBackend::Takes(const FollowedFrame& frame) {
     if (!MayTake() || taken_ >= act_->answers || !(act_->only.empty() || Holds(act_->only, frame.message))) {
         return false;
     }
     ++taken_;
-    log_.Taken(connection_, frame, text);
+    log_.Taken(connection_, frame);
     return true;
 }
 

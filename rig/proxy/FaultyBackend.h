@@ -48,7 +48,7 @@ class FaultyBackend {
     void Note(const std::string& text) { plan_.Note(text); }
 
     /// A message of the DVR has come while MayTake. @return whether the harness must not see it
-    bool Takes(const FollowedFrame& frame, const std::string& text);
+    bool Takes(const FollowedFrame& frame);
 
     /// @return whether the DVR may now end the connection before DONE, as a fault that it need not tolerate
     /// has acted
@@ -56,7 +56,7 @@ class FaultyBackend {
 
  private:
     std::optional<fault::Act> NextOfHarness();
-    std::optional<fault::Act> Begin(fault::Plan::Played played, const std::string& message);
+    void Begin(fault::Plan::Played played, const std::string& message);
     bool IsOver(const fault::Act& act, Clock::time_point now);
     void End();
 

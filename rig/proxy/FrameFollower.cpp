@@ -16,7 +16,7 @@ void FrameFollower::Follow(const char* bytes, std::size_t count, const Whole& wh
             taken += AddToText(bytes + taken, count - taken);
         }
         if (frame_.announced && frame_.textBytes == *frame_.announced) {
-            frame_.message = NameOfMessage(text_);
+            TakeNames(text_, frame_);
             whole(std::exchange(frame_, {}), std::exchange(text_, {}));
         }
     }
@@ -46,10 +46,18 @@ std::optional<FollowedFrame> FrameFollower::Unfinished() const {
     return frame_.prefixBytes == 0 ? std::nullopt : std::optional<FollowedFrame>(frame_);
 }
 
-std::string NameOfMessage(const std::string& text) {
+void TakeNames(const std::string& text, FollowedFrame& frame) {
     pugi::xml_document document;
     document.load_buffer(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8);
-    return document.child("msg").attribute("req").value();
+    const pugi::xml_node message = document.child("msg");
+    frame.message = message.attribute("req").value();
+    const char* const event = message.attribute("reid") ? "reid" : "path";
+    if (const pugi::xml_attribute reid = message.attribute(event)) {
+        frame.reid = reid.value();
+    }
+    if (const pugi::xml_attribute file = message.attribute("file")) {
+        frame.file = file.value();
+    }
 }
 
 }  // namespace rig::proxy

@@ -14,7 +14,9 @@ struct FollowedFrame {
     std::size_t prefixBytes = 0;
     std::uint64_t textBytes = 0;  // without the prefix
     std::optional<std::uint32_t> announced =
-        {};  // what the prefix says of the text; nothing: it has not ended
+        {};                                // what the prefix says of the text; nothing: it has not ended
+    std::optional<std::string> reid = {};  // the event that it names; in GET_FILE of 1.0 that is its `path`
+    std::optional<std::string> file = {};
 };
 
 /// Longer texts are counted and not kept, so that no peer can make a follower grow.
@@ -45,7 +47,7 @@ class FrameFollower {
     std::string text_;          // of the frame, unless it is too long to keep
 };
 
-/// @return the `req` of the text's top-level element `msg`, as far as the text is XML; empty if there is none
-std::string NameOfMessage(const std::string& text);
+/// Takes what the text's top-level element `msg` says, as far as the text is XML.
+void TakeNames(const std::string& text, FollowedFrame& frame);
 
 }  // namespace rig::proxy

@@ -8,6 +8,19 @@
 #include <utility>
 
 namespace rig::proxy {
+namespace {
+
+/// @return a socket that calls from the DVR's own address and port, if this network has them and they are
+///         free: the harness logs them
+Descriptor SocketTo(const Address& harness, const Address& dvr) {
+    Descriptor caller(socket(harness.bytes.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    if (harness.IsLoopback()) {
+        static_cast<void>(bind(caller.Number(), dvr.Get(), dvr.size));
+    }
+    return caller;
+}
+
+}  // namespace
 
 Link::Link(unsigned int number, Descriptor dvr, const Address& harness, fault::Plan& plan, ProxyLog& log)
     : number_(number), log_(log), dvr_(Party::Dvr, std::move(dvr)), harness_(Party::Harness, Descriptor()) {
@@ -25,9 +38,7 @@ Link::Link(unsigned int number, Descriptor dvr, const Address& harness, fault::P
 }
 
 void Link::Connect(const Address& harness) {
-    harness_ =
-        Side(Party::Harness,
-             Descriptor(socket(harness.bytes.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)));
+    harness_ = Side(Party::Harness, SocketTo(harness, PeerAddress(dvr_.socket)));
     if (!harness_.socket.IsOpen()) {
         FinishConnecting(EMFILE);
         return;
@@ -39,6 +50,9 @@ void Link::Connect(const Address& harness) {
 }
 
 Link::Waits Link::WaitsFor() const {
+    if (hasEnded_) {
+        return {{-1, 0, 0}, {-1, 0, 0}};
+    }
     return {WaitFor(dvr_, harness_), WaitFor(harness_, dvr_)};
 }
 
@@ -109,9 +123,7 @@ void Link::Take(Side& side, Side& other) {
                 side.party == Party::Harness ? TakeFromHarness() : TakeFromDvr();
                 return;
             }
-            const auto log = [&](const FollowedFrame& frame, const std::string&) {
-                log_.Frame(number_, side.party, frame);
-            };
+            const auto log = [&](const FollowedFrame& frame, const std::string&) { NoteFrame(side, frame); };
             const std::string_view piece(side.Piece(), side.PieceBytes());
             Pass(side, other);
             side.follower.Follow(piece.data(), piece.size(), log);
@@ -142,11 +154,16 @@ bool Link::MayDvrEnd(const Side& side) const {
     return side.party == Party::Dvr && (isLone_ || (backend_ && backend_->MayHangUp()));
 }
 
+void Link::NoteFrame(const Side& side, const FollowedFrame& frame) {
+    log_.Frame(number_, side.party, frame);
+    isDone_ = isDone_ || (side.party == Party::Harness && frame.message == "DONE");
+}
+
 void Link::TakeFromHarness() {
     const std::string piece(harness_.Piece(), harness_.PieceBytes());
     harness_.DropPiece();
     harness_.follower.Follow(piece.data(), piece.size(), [&](const FollowedFrame& frame, const std::string&) {
-        log_.Frame(number_, Party::Harness, frame);
+        NoteFrame(harness_, frame);
     });
     backend_->Add(piece);
     Continue();
@@ -156,7 +173,7 @@ void Link::TakeFromHarness() {
 void Link::TakeFromDvr() {
     std::string passed;
     const auto take = [&](const FollowedFrame& frame, const std::string& text) {
-        if (mayTake_ && backend_->Takes(frame, text)) {
+        if (mayTake_ && backend_->Takes(frame)) {
             kept_.clear();
         } else {
             log_.Frame(number_, Party::Dvr, frame);
@@ -271,6 +288,12 @@ void Link::EndByReset(Side& failed, Side& other) {
     }
     other.Reset();
     Finish();
+}
+
+void Link::EndWithHarness() {
+    if (!hasEnded_ && harness_.isEndPassed) {
+        EndInOrder();
+    }
 }
 
 void Link::EndByProxy() {

@@ -54,6 +54,16 @@ class Link {
     /// not know of it.
     bool HasEndedByFault() const { return hasEndedByFault_; }
 
+    /// Ends the connection of a harness that has ended as its system would, once all that it sent is passed
+    /// on.
+    void EndWithHarness();
+
+    /// @return whether the harness has said that the export is done
+    bool IsDone() const { return isDone_; }
+
+    /// @return whether it has ended its connection after that
+    bool HasExported() const { return isDone_ && (hasEnded_ || harness_.hasEnded); }
+
     /// Closes both sides, if they are open.
     void EndByProxy();
 
@@ -68,6 +78,7 @@ class Link {
     void Take(Side& side, Side& other);
     void Pass(Side& side, Side& other);
     bool MayDvrEnd(const Side& side) const;
+    void NoteFrame(const Side& side, const FollowedFrame& frame);
     void TakeFromHarness();
     void TakeFromDvr();
     void Do(const fault::Act& act);
@@ -88,6 +99,7 @@ class Link {
     bool isLone_ = false;                   // the harness is not to know of the DVR's call
     bool isCut_ = false;                    // the DVR has been closed or reset
     bool hasEndedByFault_ = false;
+    bool isDone_ = false;  // the harness has sent DONE
     Milliseconds refusal_{0};
     bool isConnecting_ = true;
     bool hasEnded_ = false;

@@ -17,6 +17,8 @@
 #include "rig/base/OptionChecks.h"
 #include "rig/fault/Plan.h"
 #include "rig/proxy/Address.h"
+#include "rig/proxy/HarnessProcess.h"
+#include "rig/proxy/Namespace.h"
 #include "rig/proxy/Proxy.h"
 #include "rig/proxy/ProxyLog.h"
 
@@ -28,8 +30,10 @@ constexpr int kAnyPort = 0;  // the system chooses one
 constexpr int kLowestPort = 1;
 
 constexpr const char* kProxyStatuses =
-    "Exit status: 64 usage, an address that cannot be used, or a log that cannot be written;\n"
-    "130 interrupted by SIGINT, SIGTERM or SIGHUP, which is how it ends.";
+    "Exit status: 64 usage, an address that cannot be used, no network for the harness, or a log that\n"
+    "cannot be written; 130 interrupted by SIGINT, SIGTERM or SIGHUP, which is how it ends.\n"
+    "With --harness-command the harness's, or 128 + the signal that ended it. The first such signal\n"
+    "interrupts it, the next one kills it.";
 
 /// A check that the text is a place as `form` shows it.
 CLI::Validator Place(const std::string& form, bool needsHost, int lowestPort) {
@@ -42,6 +46,29 @@ CLI::Validator Place(const std::string& form, bool needsHost, int lowestPort) {
                            text);
     };
     return CLI::Validator(check, "");
+}
+
+void AddHarnessOptions(CLI::App& proxy, ProxyOptions& options, CLI::Option& log) {
+    CLI::Option* const place = proxy.add_option("--harness", options.harness, "Where the harness listens")
+                                   ->check(Place("HOST:PORT", true, kLowestPort))
+                                   ->type_name("HOST:PORT");
+    const auto isCommand = [](const std::string& text) {
+        return text.empty() ? "expected a command, found ''" : std::string();
+    };
+    CLI::Option* const command =
+        proxy
+            .add_option("--harness-command", options.harnessCommand,
+                        "Start the harness by this, in a network of its own; standard output is then the "
+                        "harness's log")
+            ->type_name("COMMAND")
+            ->check(CLI::Validator(isCommand, ""))
+            ->needs(&log)
+            ->excludes(place);
+    proxy
+        .add_flag(
+            "--once", options.once,
+            "Interrupt the harness when it has ended a connection after DONE; the DVR's next call waits")
+        ->needs(command);
 }
 
 /// What the DVR is to see of the harness, in command-line order: a place belongs to the fault before it.
@@ -93,6 +120,16 @@ fault::Plan PlanOf(const ProxyOptions& options) {
     return {std::move(orders), options.seed.value_or(std::random_device()())};
 }
 
+int RunWithHarness(const ProxyOptions& options, const Address& listen, fault::Plan plan,
+                   Interrupts& interrupts) {
+    ProxyLog log(options.log);
+    Proxy proxy(listen, HarnessProcess::Place(), std::move(plan), log);
+    EnterOwnNetwork();
+    HarnessProcess process(options.harnessCommand, log);
+    proxy.RunWith(process, interrupts, options.once);
+    return process.Status();
+}
+
 }  // namespace
 
 void AddProxyCommand(CLI::App& app, int& status) {
@@ -107,16 +144,16 @@ void AddProxyCommand(CLI::App& app, int& status) {
         ->check(Place("[HOST:]PORT", false, kAnyPort))
         ->type_name("HOST:PORT")
         ->capture_default_str();
-    proxy->add_option("--harness", options->harness, "Where the harness listens")
-        ->check(Place("HOST:PORT", true, kLowestPort))
-        ->type_name("HOST:PORT");
-    TakesPath(*proxy->add_option("--log", options->log,
-                                 "Write the log there, as JSON Lines (default: to standard output)"),
-              "FILE");
+    CLI::Option* const log = proxy->add_option(
+        "--log", options->log, "Write the log there, as JSON Lines (default: to standard output)");
+    TakesPath(*log, "FILE");
+    AddHarnessOptions(*proxy, *options, *log);
     AddFaultOptions(*proxy, options);
     proxy->callback([options, &status] {
         if (options->listsFaults) {
             Print(fault::ListFaults(), options->format);
+        } else if (options->harness.empty() && options->harnessCommand.empty()) {
+            throw CLI::RequiredError("--harness or --harness-command");
         } else {
             status = RunProxy(*options);
         }
@@ -127,10 +164,10 @@ int RunProxy(const ProxyOptions& options) {
     try {
         Interrupts interrupts;
         fault::Plan plan = PlanOf(options);
-        if (options.harness.empty()) {
-            throw std::runtime_error("--harness: expected where the harness listens, found nothing");
-        }
         const Address listen = Resolve(*ParseHostAndPort(options.listen, kAnyPort), "--listen");
+        if (options.harness.empty()) {
+            return RunWithHarness(options, listen, std::move(plan), interrupts);
+        }
         const Address harness = Resolve(*ParseHostAndPort(options.harness, kLowestPort), "--harness");
         ProxyLog log(options.log);
         Proxy(listen, harness, std::move(plan), log).Run(interrupts);

@@ -21,8 +21,10 @@ struct FaultOption {
 /// What the command line of `velloran-rig proxy` says, with its defaults.
 struct ProxyOptions {
     std::string listen = "5001";
-    std::string harness;
-    std::string log;  // file; empty: standard output
+    std::string harness;         // where it listens; empty: where the command below starts it
+    std::string harnessCommand;  // for /bin/sh
+    bool once = false;           // stop the harness after one export
+    std::string log;             // file; empty: standard output
     std::vector<FaultOption> faults;
     std::optional<std::uint32_t> seed;
     bool listsFaults = false;
@@ -33,8 +35,8 @@ struct ProxyOptions {
 /// exit status.
 void AddProxyCommand(CLI::App& app, int& status);
 
-/// Passes on what DVR and harness send until a signal ends it; if something goes wrong, one line on standard
-/// error.
+/// Passes on what DVR and harness send until a signal ends it, or the harness that it has started; if
+/// something goes wrong, one line on standard error.
 /// @return the exit status
 int RunProxy(const ProxyOptions& options);
 

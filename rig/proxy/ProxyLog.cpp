@@ -5,13 +5,14 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <ctime>
 #include <nlohmann/json.hpp>
-#include <pugixml.hpp>
 #include <stdexcept>
+#include <utility>
 
 #include "rig/base/Printable.h"
 
@@ -59,9 +60,29 @@ Json WholeFrame(unsigned int connection, Party sender, const FollowedFrame& fram
     if (!frame.message.empty()) {
         event["message"] = frame.message;
     }
+    if (frame.reid) {
+        event["reid"] = *frame.reid;
+    }
+    if (frame.file) {
+        event["file"] = *frame.file;
+    }
     event["prefixBytes"] = frame.prefixBytes;
     event["textBytes"] = frame.textBytes;
     return event;
+}
+
+/// @return which messages the bytes hold, each once, as far as they are whole
+Json MessagesIn(const std::string& bytes) {
+    constexpr std::size_t kMostNames = 8;
+    Json names = Json::array();
+    FrameFollower().Follow(
+        bytes.data(), bytes.size(), [&names](const FollowedFrame& frame, const std::string&) {
+            const bool isNews = std::find(names.begin(), names.end(), frame.message) == names.end();
+            if (!frame.message.empty() && isNews && names.size() < kMostNames) {
+                names.push_back(frame.message);
+            }
+        });
+    return names;
 }
 
 Json FaultEvent(const char* name, unsigned int connection, const std::string& fault) {
@@ -94,6 +115,35 @@ void ProxyLog::Listening(const std::string& address, const std::string& harness)
     Write(event);
 }
 
+void ProxyLog::HarnessStarted(pid_t process, const std::string& command) {
+    Json event = Event("harness");
+    event["pid"] = process;
+    event["command"] = command;
+    Write(event);
+}
+
+void ProxyLog::HarnessEnded(const Ending& end) {
+    Json event = Event("harness-end");
+    if (end.status) {
+        event["status"] = *end.status;
+    } else {
+        event["signal"] = end.signal.value_or(0);
+    }
+    Write(event);
+}
+
+void ProxyLog::Planned(const fault::Order& order) {
+    Json event = Event("plan");
+    event["fault"] = order.fault->name;
+    if (!order.value.empty()) {
+        event["value"] = order.value;
+    }
+    if (!order.message.empty()) {
+        event["on"] = order.message + (order.occurrence == 0 ? "" : fmt::format(":{}", order.occurrence));
+    }
+    Write(event);
+}
+
 void ProxyLog::Connected(unsigned int connection, const std::string& dvr) {
     Json event = Event("connect", connection);
     event["from"] = dvr;
@@ -110,16 +160,9 @@ void ProxyLog::Frame(unsigned int connection, Party sender, const FollowedFrame&
     Write(WholeFrame(connection, sender, frame));
 }
 
-void ProxyLog::Taken(unsigned int connection, const FollowedFrame& frame, const std::string& text) {
+void ProxyLog::Taken(unsigned int connection, const FollowedFrame& frame) {
     Json event = WholeFrame(connection, Party::Dvr, frame);
     event["taken"] = true;
-    pugi::xml_document document;
-    document.load_buffer(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8);
-    for (const char* const name : {"reid", "file"}) {
-        if (const pugi::xml_attribute attribute = document.child("msg").attribute(name)) {
-            event[name] = attribute.value();
-        }
-    }
     Write(event);
 }
 
@@ -137,6 +180,9 @@ void ProxyLog::Sent(unsigned int connection, const std::string& fault, const std
     constexpr std::size_t kMostShown = 200;
     Json event = FaultEvent("sent", connection, fault);
     event["bytes"] = bytes.size();
+    if (Json messages = MessagesIn(bytes); !messages.empty()) {
+        event["messages"] = std::move(messages);
+    }
     event["text"] = Excerpt(bytes.substr(0, kMostShown + 1), kMostShown);
     Write(event);
 }

@@ -1,10 +1,14 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 
+#include "rig/base/Child.h"
 #include "rig/base/Descriptor.h"
+#include "rig/fault/Plan.h"
 #include "rig/proxy/FrameFollower.h"
 
 namespace rig::proxy {
@@ -23,6 +27,12 @@ class ProxyLog {
 
     void Listening(const std::string& address, const std::string& harness);
 
+    void HarnessStarted(pid_t process, const std::string& command);
+    void HarnessEnded(const Ending& end);
+
+    /// A fault is to act.
+    void Planned(const fault::Order& order);
+
     /// A connection of the DVR has come from this address.
     void Connected(unsigned int connection, const std::string& dvr);
 
@@ -32,7 +42,7 @@ class ProxyLog {
     void Frame(unsigned int connection, Party sender, const FollowedFrame& frame);
 
     /// A message of the DVR that does not go on to the harness.
-    void Taken(unsigned int connection, const FollowedFrame& frame, const std::string& text);
+    void Taken(unsigned int connection, const FollowedFrame& frame);
 
     /// A fault begins to act in place of the message, has sent a piece, has found that the DVR does not hang
     /// up, and is over.

@@ -93,13 +93,15 @@ void PrintTimings(Text& text, const RunResult& run) {
     if (run.timings.empty()) {
         return;
     }
-    static const std::string kHead =
-        fmt::format("\n  {:<22}{:>7}{:>10}{:>10}{:>10}{:>10}  (reaction of the DVR, ms)\n", "request",
-                    "count", "median", "95 %", "99 %", "longest");
-    text.append(kHead);
+    std::size_t width = 22;
+    for (const Timing& timing : run.timings) {
+        width = std::max(width, timing.request.size() + 1);
+    }
+    Print(text, "\n  {:<{}}{:>7}{:>10}{:>10}{:>10}{:>10}  (reaction of the DVR, ms)\n", "request", width,
+          "count", "median", "95 %", "99 %", "longest");
     for (const Timing& timing : run.timings) {
         text.append(std::string_view("  "));
-        AppendPadded(text, timing.request, 22);
+        AppendPadded(text, timing.request, width);
         const fmt::format_int count(timing.count);
         AppendRight(text, {count.data(), count.size()}, 7);
         for (const double time : {timing.median, timing.percentile95, timing.percentile99, timing.longest}) {

@@ -29,17 +29,29 @@ std::string TextOf(const std::filesystem::path& file) {
 
 }  // namespace
 
-RunningProxy::RunningProxy(int harness, int listen, Here here) {
-    const std::string path = folder_.Path().string();
-    const rig::Descriptor errors(open((path + "/errors").c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
-    pid_ = StartRig({"proxy", "--listen", Local(listen), "--harness", Local(harness), "--log", path + "/log"},
-                    errors.Number(), errors.Number());
+RunningProxy::RunningProxy(int harness, int listen, const std::vector<std::string>& options, Here here) {
+    std::vector<std::string> all = {"--listen", Local(listen), "--harness", Local(harness)};
+    all.insert(all.end(), options.begin(), options.end());
+    Start(all);
     if (not Until([this] { return not Log().empty(); })) {
         FailAt(here, "the proxy does not listen: " + Errors());
         return;
     }
     const std::string first = Log().front();
     port_ = std::stoi(first.substr(first.find(kAddress) + std::string(kAddress).size()));
+}
+
+RunningProxy::RunningProxy(const std::string& command) : port_(5001) {
+    Start({"--harness-command", command});
+}
+
+void RunningProxy::Start(const std::vector<std::string>& arguments) {
+    const auto file = [this](const char* name) {
+        return rig::Descriptor(open((folder_.Path() / name).c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
+    };
+    std::vector<std::string> all = {"proxy", "--log", (folder_.Path() / "log").string()};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    pid_ = StartRig(all, file("output").Number(), file("errors").Number());
 }
 
 RunningProxy::~RunningProxy() {
@@ -72,8 +84,12 @@ void RunningProxy::GoesOn() const {
     kill(pid_, SIGCONT);
 }
 
-int RunningProxy::Ends(int signal, Here here) {
+void RunningProxy::Gets(int signal) const {
     kill(pid_, signal);
+}
+
+int RunningProxy::Ends(int signal, Here here) {
+    Gets(signal);
     int found = 0;
     if (not Until([&] { return waitpid(pid_, &found, WNOHANG) == pid_; })) {
         FailAt(here, "the proxy does not end");
@@ -85,4 +101,8 @@ int RunningProxy::Ends(int signal, Here here) {
 
 std::string RunningProxy::Errors() const {
     return TextOf(folder_.Path() / "errors");
+}
+
+std::string RunningProxy::Output() const {
+    return TextOf(folder_.Path() / "output");
 }

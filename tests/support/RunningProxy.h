@@ -12,8 +12,13 @@
 class RunningProxy {
  public:
     /// Waits until it listens.
-    /// @param listen  its port; 0: any
-    explicit RunningProxy(int harness, int listen = 0, Here here = Here::current());
+    /// @param listen   its port; 0: any
+    /// @param options  more of its command line: faults
+    explicit RunningProxy(int harness, int listen = 0, const std::vector<std::string>& options = {},
+                          Here here = Here::current());
+
+    /// Starts the harness by this command, and does not wait. It listens at port 5001.
+    explicit RunningProxy(const std::string& command);
     ~RunningProxy();
     RunningProxy(const RunningProxy&) = delete;
     RunningProxy& operator=(const RunningProxy&) = delete;
@@ -33,13 +38,21 @@ class RunningProxy {
     void Pauses() const;
     void GoesOn() const;
 
+    /// It gets a signal.
+    void Gets(int signal) const;
+
     /// It gets a signal, unless that is 0, and ends by itself. @return its status
     int Ends(int signal, Here here = Here::current());
 
     /// What it wrote to standard error.
     std::string Errors() const;
 
+    /// What its harness wrote to standard output.
+    std::string Output() const;
+
  private:
+    void Start(const std::vector<std::string>& arguments);
+
     TemporaryFolder folder_;
     pid_t pid_ = -1;
     int port_ = 0;

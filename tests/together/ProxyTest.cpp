@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include "Export.h"
@@ -58,23 +59,35 @@ std::string Verdict(const Judged& judged) {
     return text;
 }
 
+/// @return what an export leaves: log, verdict, status of the DVR
+std::vector<std::string> LeftBy(const Export& one) {
+    std::vector<std::string> left = one.Log();
+    left.push_back(Verdict(one.Judge()));
+    left.push_back(std::to_string(one.DvrStatus()));
+    return left;
+}
+
+std::vector<std::string> LeftBy(const Recipe& recipe) {
+    return LeftBy(Export(recipe));
+}
+
 TEST_P(ThroughProxy, AnExportIsLoggedAndJudgedAsWithoutIt) {
     const auto& [name, dialect, switches] = GetParam();
-    std::vector<std::string> log;
-    std::string verdict;
-    {
-        const Export direct({"", dialect, "", switches});
-        log = direct.Log();
-        verdict = Verdict(direct.Judge());
-    }
+    const std::vector<std::string> direct = LeftBy({"", dialect, "", switches});
     const Export proxied({"", dialect, "", switches, kThroughProxy});
-    EXPECT_EQ(0, proxied.DvrStatus());
-    EXPECT_EQ(log, proxied.Log());
-    EXPECT_EQ(verdict, Verdict(proxied.Judge()));
+    EXPECT_EQ(direct, LeftBy(proxied));
 
     const std::vector<std::string> expected = ToldBy(proxied.GetDvr());
     Until([&] { return ToldBy(proxied.GetProxy()).size() >= expected.size(); });
     EXPECT_EQ(expected, ToldBy(proxied.GetProxy()));
+}
+
+TEST_P(ThroughProxy, AnExportIsTheSameIfItStartsTheHarness) {
+    const auto& [name, dialect, switches] = GetParam();
+    const std::vector<std::string> direct = LeftBy({"", dialect, "", switches});
+    setenv("VELLORAN_HARNESS", VELLORAN_THROUGH_PROXY " " VELLORAN_RIG " " VELLORAN_PROGRAM, 1);
+    EXPECT_EQ(direct, LeftBy({"", dialect, "", switches}));
+    unsetenv("VELLORAN_HARNESS");
 }
 
 INSTANTIATE_TEST_SUITE_P(Export, ThroughProxy,

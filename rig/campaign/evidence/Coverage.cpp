@@ -128,9 +128,7 @@ std::vector<Coverage::Use> Coverage::Rules() const {
     std::vector<Use> uses;
     for (const judge::Check& check : judge::AllChecks()) {
         const auto found = rules_.find(check.id);
-        const bool isOptional =
-            check.needs == judge::Needs::MaxReaction || check.needs == judge::Needs::Delivered;
-        if (isOptional && found == rules_.end()) {
+        if (judge::IsOptional(check) && found == rules_.end()) {
             continue;  // nobody asked for it
         }
         uses.push_back({check.id, found == rules_.end() ? std::vector<std::string>() : found->second});

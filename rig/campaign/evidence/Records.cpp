@@ -68,16 +68,21 @@ std::vector<Spread> CampaignRecord::Spreads() const {
     return spreads;
 }
 
+CaseTimes& CaseTimes::operator+=(const CaseTimes& other) {
+    waited += other.waited;
+    duration += other.duration;
+    pauses += other.pauses;
+    dvr += other.dvr;
+    lingered += other.lingered;
+    overhead += other.overhead;
+    hooks += other.hooks;
+    return *this;
+}
+
 CaseTimes CampaignRecord::Times() const {
     CaseTimes sum;
     for (const CaseRecord& one : cases) {
-        sum.waited += one.times.waited;
-        sum.duration += one.times.duration;
-        sum.pauses += one.times.pauses;
-        sum.dvr += one.times.dvr;
-        sum.lingered += one.times.lingered;
-        sum.overhead += one.times.overhead;
-        sum.hooks += one.times.hooks;
+        sum += one.times;
     }
     return sum;
 }

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "rig/base/Child.h"
 #include "rig/campaign/Cases.h"
 #include "rig/campaign/Outcome.h"
 #include "rig/campaign/evidence/Coverage.h"
-#include "rig/campaign/execution/Child.h"
 #include "rig/result/Result.h"
 
 namespace rig::campaign {
@@ -37,6 +37,8 @@ struct CaseTimes {
     double lingered = 0;  // of that, after the end of the dialogue, for a DVR that calls again
     double overhead = 0;  // of that, the rest: the campaign's own
     double hooks = 0;
+
+    CaseTimes& operator+=(const CaseTimes& other);
 };
 
 struct CaseRecord {

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "rig/campaign/execution/Port.h"
+#include "rig/base/Port.h"
 
 namespace rig::campaign {
 namespace {

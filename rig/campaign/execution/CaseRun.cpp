@@ -3,12 +3,14 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <csignal>
 #include <iterator>
 #include <utility>
 
 #include "rig/base/Affix.h"
+#include "rig/base/ShellWord.h"
 #include "rig/campaign/evidence/CampaignFiles.h"
-#include "rig/campaign/execution/Export.h"
+#include "rig/campaign/execution/FaultFacts.h"
 #include "rig/html/HtmlReport.h"
 #include "rig/result/Reports.h"
 
@@ -81,8 +83,54 @@ void CaseRun::TakeDecision() {
 }
 
 void CaseRun::Play() {
+    if (record_.plan.fault) {
+        PlayFault();
+        return;
+    }
     Export played(rig_, folder_, record_, interrupts_, display_);
     result::Result result = played.Run();
+    Take(played);
+    TakeVerdict(std::move(result));
+}
+
+/// The fault, and then a clean export by the same DVR.
+void CaseRun::PlayFault() {
+    Rig rig = rig_;
+    rig.limits.proxy = folder_.PathOf(kProxyLog);
+    Manner manner{ProxiedCommand(rig_, folder_, record_.plan), true, true, true};
+    Export played(rig, folder_, record_, interrupts_, display_, std::move(manner));
+    result::Result result = played.Run();
+    Take(played);
+    TakeVerdict(std::move(result));
+    if (HasActed(facts_)) {
+        LeaveToTheFault(facts_, *record_.plan.fault->fault);
+        Recover(played.TakeDvr());
+    } else if (std::unique_ptr<Child> dvr = played.TakeDvr()) {
+        dvr->Signal(SIGTERM);
+    }
+}
+
+void CaseRun::Recover(std::unique_ptr<Child> dvr) {
+    CaseRecord record = record_;
+    record.plan = RecoveryOf(record_.plan);
+    record.times = {};
+    const CaseFolder folder(folder_.PathOf("recovery"));
+    Rig rig = rig_;
+    rig.limits.proxy = folder.PathOf(kProxyLog);
+    Manner manner{ProxiedCommand(rig_, folder, record.plan), true, true, false, std::move(dvr)};
+    Export played(rig, folder, record, interrupts_, display_, std::move(manner));
+    result::Result result = played.Run();
+    CaseFacts facts = played.Facts();
+    if (!result.runs.empty()) {
+        judge::Apply(rig_.known, result.runs.front());
+        facts.judged = std::move(result.runs.front());
+    }
+    record_.dvr = record.dvr;
+    record_.times += record.times;
+    AddRecovery(facts_, facts);
+}
+
+void CaseRun::Take(const Export& played) {
     facts_ = played.Facts();
     if (played.Messages() != nullptr) {
         messages_ = *played.Messages();
@@ -91,7 +139,6 @@ void CaseRun::Play() {
         connected_ = played.Watched()->ConnectedAt();
         done_ = played.Watched()->DoneAt();
     }
-    TakeVerdict(std::move(result));
 }
 
 void CaseRun::TakeVerdict(result::Result result) {

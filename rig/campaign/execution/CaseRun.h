@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -9,6 +10,7 @@
 #include "rig/campaign/evidence/CaseFolder.h"
 #include "rig/campaign/evidence/DvrMessages.h"
 #include "rig/campaign/evidence/Records.h"
+#include "rig/campaign/execution/Export.h"
 #include "rig/campaign/execution/Hooks.h"
 #include "rig/campaign/execution/Rig.h"
 
@@ -42,6 +44,9 @@ class CaseRun {
 
  private:
     void Play();
+    void PlayFault();
+    void Recover(std::unique_ptr<Child> dvr);
+    void Take(const Export& played);
     void TakeVerdict(result::Result result);
     void TakeDecision();
     void Exclude();

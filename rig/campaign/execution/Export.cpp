@@ -5,9 +5,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
+#include "rig/base/Port.h"
 #include "rig/base/Printable.h"
-#include "rig/campaign/execution/Port.h"
+#include "rig/campaign/execution/FreePort.h"
 
 namespace rig::campaign {
 namespace {
@@ -29,8 +31,13 @@ std::string Replaced(std::string text, const std::string& name, const std::strin
 }  // namespace
 
 Export::Export(const Rig& rig, const CaseFolder& folder, CaseRecord& record, Interrupts& interrupts,
-               Display& display)
-    : rig_(rig), folder_(folder), record_(record), interrupts_(interrupts), display_(display) {}
+               Display& display, Manner manner)
+    : rig_(rig),
+      folder_(folder),
+      record_(record),
+      interrupts_(interrupts),
+      display_(display),
+      manner_(std::move(manner)) {}
 
 Export::~Export() {
     TakePackets();
@@ -67,6 +74,9 @@ void Export::StartCapture() try {
 /// The system holds the port for a while if the harness closed a connection first, and the harness cannot
 /// bind to a held port.
 bool Export::AwaitPort() {
+    if (!manner_.harness.empty()) {
+        return !interrupts_.Came();  // the proxy can listen at a port that is held
+    }
     const Clock::time_point begin = Clock::now();
     PortUse use;
     const auto isFreed = [&] {
@@ -99,11 +109,14 @@ bool Export::AwaitPort() {
 
 void Export::StartHarness() {
     ++record_.attempts;
-    record_.harness.command = rig_.harness + " " + record_.plan.switches;
+    record_.harness.command =
+        manner_.harness.empty() ? rig_.harness + " " + record_.plan.switches : manner_.harness;
     record_.harness.stoppedBy.clear();
     facts_ = {};
-    dvr_.reset();
-    record_.dvr.reset();
+    dvr_ = std::move(manner_.dvr);
+    if (dvr_ == nullptr) {
+        record_.dvr.reset();
+    }
     firstLine_.reset();
     isReady_ = false;
     watch_.emplace(record_.plan, rig_.patience, Clock::now());

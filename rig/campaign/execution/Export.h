@@ -4,14 +4,15 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "rig/base/Child.h"
 #include "rig/base/Interrupts.h"
 #include "rig/campaign/Display.h"
 #include "rig/campaign/evidence/CaseFolder.h"
 #include "rig/campaign/evidence/Records.h"
 #include "rig/campaign/execution/Capture.h"
-#include "rig/campaign/execution/Child.h"
 #include "rig/campaign/execution/Harness.h"
 #include "rig/campaign/execution/Rig.h"
 #include "rig/campaign/execution/Watch.h"
@@ -26,13 +27,22 @@ inline double Since(Clock::time_point begin) {
     return std::chrono::duration<double>(Clock::now() - begin).count();
 }
 
+/// How an export differs from that of a case of the harness alone.
+struct Manner {
+    std::string harness = {};   // its whole command; empty: the rig's, with the case's switches
+    bool endsByItself = false;  // after one export
+    bool playsOn = false;       // the DVR is a recorder: it calls again and again until it is stopped
+    bool keepsDvr = false;      // and is left to the next export
+    std::unique_ptr<Child> dvr = nullptr;  // that an export has left to this one
+};
+
 /// Harness and DVR of one case, from the wait for the port until both have ended. Their output goes to the
 /// case's folder as it arrives.
 class Export {
  public:
     /// @param record  of the case; commands, attempts, ends and times are filled in
     Export(const Rig& rig, const CaseFolder& folder, CaseRecord& record, Interrupts& interrupts,
-           Display& display);
+           Display& display, Manner manner = {});
     ~Export();
     Export(const Export&) = delete;
     Export& operator=(const Export&) = delete;
@@ -46,6 +56,9 @@ class Export {
 
     /// @return the run as it was watched; null if it could not start
     const Watch* Watched() const { return watch_ ? &*watch_ : nullptr; }
+
+    /// @return the DVR that it has not stopped, as its manner says; null if there is none
+    std::unique_ptr<Child> TakeDvr() { return std::move(dvr_); }
 
     /// @return what the DVR sent
     const std::vector<DvrMessage>* Messages() const {
@@ -79,6 +92,7 @@ class Export {
     CaseRecord& record_;
     Interrupts& interrupts_;
     Display& display_;
+    Manner manner_;
 
     CaseFacts facts_;
     std::unique_ptr<Capture> capture_;

@@ -4,8 +4,8 @@
 #include <csignal>
 #include <set>
 
+#include "rig/base/Port.h"
 #include "rig/campaign/execution/Export.h"
-#include "rig/campaign/execution/Port.h"
 
 // How an export ends: what is watched after it, and in which order DVR and harness are stopped.
 
@@ -26,7 +26,10 @@ void Export::Settle() {
         return;
     }
     const auto isClosed = [this] {
-        return !LookAtPort(kHarnessPort).IsConnected() && (dvr_ == nullptr || dvr_->End());
+        if (manner_.endsByItself) {
+            return harness_->Command().End().has_value();
+        }
+        return !LookAtPort(kHarnessPort).IsConnected() && (dvr_ == nullptr || manner_.playsOn || dvr_->End());
     };
     if (facts_.end == End::Done) {
         Linger();
@@ -34,7 +37,7 @@ void Export::Settle() {
     if (facts_.end != End::Silence) {
         Until(kSettle, isClosed);
     }
-    if (dvr_ != nullptr && !dvr_->End()) {
+    if (dvr_ != nullptr && !manner_.playsOn && !dvr_->End()) {
         StopDvr();
         Until(kSettle, isClosed);
     }
@@ -77,6 +80,7 @@ void Export::Linger() {
 void Export::StopHarness() {
     Child& command = harness_->Command();
     if (command.End()) {
+        facts_.isStopped = manner_.endsByItself && command.End()->IsStatus(kInterruptedHarness);
         return;
     }
     facts_.isStopped = true;
@@ -99,7 +103,7 @@ void Export::StopHarness() {
 }
 
 void Export::StopDvr() {
-    if (dvr_ == nullptr) {
+    if (dvr_ == nullptr || manner_.keepsDvr) {
         return;
     }
     const auto hasEnded = [this] { return dvr_->End().has_value(); };

@@ -1,3 +1,5 @@
+#include "rig/campaign/execution/FreePort.h"
+
 #include <linux/inet_diag.h>
 #include <linux/netlink.h>
 #include <linux/sock_diag.h>
@@ -6,7 +8,6 @@
 #include <sys/socket.h>
 
 #include "rig/base/Descriptor.h"
-#include "rig/campaign/execution/Port.h"
 
 namespace rig::campaign {
 namespace {

@@ -6,10 +6,10 @@
 #include <utility>
 #include <vector>
 
+#include "rig/base/Child.h"
 #include "rig/campaign/evidence/CaseFolder.h"
 #include "rig/campaign/evidence/DvrMessages.h"
 #include "rig/campaign/evidence/LogTimes.h"
-#include "rig/campaign/execution/Child.h"
 #include "rig/campaign/execution/LogSource.h"
 #include "rig/judge/Judge.h"
 #include "rig/log/LineCutter.h"

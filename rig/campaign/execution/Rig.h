@@ -14,6 +14,7 @@ namespace rig::campaign {
 /// How the campaign reaches harness and DVR, and what it asks of them; the same for all cases.
 struct Rig {
     std::string harness;             // command, to which the switches are appended
+    std::string proxy;               // command that stands between harness and DVR
     std::string log;                 // file that the log goes to; empty: the command's standard output
     std::string stop;                // command that interrupts the harness; empty: SIGINT
     std::optional<std::string> dvr;  // command with {protocol} and {seed}; none: someone else starts the DVR

@@ -8,8 +8,18 @@ bool IsIncomplete(const Run& run) {
 }
 
 bool IsAskedFor(const Check& check, const Run& run, const Limits& limits) {
-    return (check.needs != Needs::MaxReaction || limits.maxReaction) &&
-           (check.needs != Needs::Delivered || run.delivery != nullptr);
+    switch (check.needs) {
+        case Needs::MaxReaction:
+            return limits.maxReaction.has_value();
+        case Needs::Delivered:
+            return run.delivery != nullptr;
+        case Needs::Wire:
+            return run.wire != nullptr;
+        case Needs::WireTimes:
+            return run.wire != nullptr && limits.maxReaction;
+        default:
+            return true;
+    }
 }
 
 bool IsHeldAgainst(const Finding& finding) {
@@ -52,12 +62,17 @@ const std::vector<Check>& AllChecks() {
     static const std::vector<Check> kChecks = [] {
         std::vector<Check> all;
         for (const auto* table : {&ConnectionChecks(), &MessageChecks(), &ExportChecks(), &FaultChecks(),
-                                  &SwitchChecks(), &TimingChecks(), &DeliveryChecks()}) {
+                                  &SwitchChecks(), &TimingChecks(), &DeliveryChecks(), &WireChecks()}) {
             all.insert(all.end(), table->begin(), table->end());
         }
         return all;
     }();
     return kChecks;
+}
+
+bool IsOptional(const Check& check) {
+    return check.needs != Needs::Nothing && check.needs != Needs::WholeLog &&
+           check.needs != Needs::OwnReading;
 }
 
 Listing ListChecks() {

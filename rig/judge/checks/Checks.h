@@ -25,6 +25,7 @@ struct Limits {
     bool isStrict = false;              // a warning fails, too
     AfterDone after = {};
     std::optional<DeliveryPlace> delivered = std::nullopt;  // where to look for the files
+    std::optional<std::string> proxy = std::nullopt;        // the proxy's log
 };
 
 /// The verdict of one check, with what was expected and found.
@@ -41,7 +42,9 @@ enum class Needs {
     WholeLog,     // a failure follows from everything before it, so an incomplete log proves none
     OwnReading,   // a failure follows from what the judge, and not the harness, reads out of a message
     MaxReaction,  // left out unless the user gives a limit
-    Delivered     // left out unless the user names the folder of the delivered files
+    Delivered,    // left out unless the user names the folder of the delivered files
+    Wire,         // left out unless the user names the proxy's log
+    WireTimes     // left out unless the user names that and gives a limit
 };
 
 /// One thing that is required of the DVR. To add a check, add its function, a row in the table of one of the
@@ -64,6 +67,10 @@ const std::vector<Check>& FaultChecks();   // -e -f -t -r -x -s
 const std::vector<Check>& SwitchChecks();  // -u -g -z -c -d
 const std::vector<Check>& TimingChecks();
 const std::vector<Check>& DeliveryChecks();  // what is not in the log
+const std::vector<Check>& WireChecks();      // what is in the proxy's
+
+/// @return whether the check is left out unless the user asks for it
+bool IsOptional(const Check& check);
 
 /// @return all checks, in the order in which reports show them
 const std::vector<Check>& AllChecks();

@@ -5,12 +5,14 @@
 #include <unistd.h>
 
 #include "rig/base/Descriptor.h"
-#include "rig/campaign/execution/Port.h"
+#include "rig/base/Port.h"
+#include "rig/campaign/execution/FreePort.h"
 #include "tests/support/Until.h"
 #include "tests/support/World.h"
 
 namespace {
 
+using namespace rig;
 using namespace rig::campaign;
 
 class PortTest : public testing::Test {

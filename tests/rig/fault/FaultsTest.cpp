@@ -92,7 +92,7 @@ TEST(Faults, StallAfterOneByteOfAPrefixOfTwo) {
         const Script script = ScriptOf(one);
         ASSERT_EQ(3, script.size());
         EXPECT_EQ("\x80", script[0].bytes);
-        EXPECT_EQ(3000, script[1].time.count());
+        EXPECT_EQ(2000, script[1].time.count());
         EXPECT_EQ('\x01', script[2].bytes.at(0));
         EXPECT_EQ(129, script[2].bytes.size());
         EXPECT_EQ(ContentOf(RequestOf(one).text), ContentOf(script[2].bytes.substr(1))) << one.Id();

@@ -111,7 +111,8 @@ TEST(FaultPlan, RepeatsItsRandomChoicesWithTheSameSeed) {
     const auto sent = [](std::uint32_t seed) {
         Plan plan({Ordered("split-at-random")}, seed);
         std::vector<std::string> pieces;
-        for (const Act& act : plan.For(Export()[0])->script) {
+        const auto played = plan.For(Export()[0]);
+        for (const Act& act : played->script) {
             pieces.push_back(act.bytes);
         }
         return pieces;

@@ -1,6 +1,7 @@
 #include "tests/rig/judge/FindingsTable.h"
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -17,6 +18,7 @@
 #include "rig/base/Hash.h"
 #include "rig/base/OptionChecks.h"
 #include "rig/log/RequestText.h"
+#include "rig/proxy/ProxyLog.h"
 #include "tests/rig/judge/Judging.h"
 #include "tests/rig/judge/MadeUpLog.h"
 #include "tests/support/TemporaryFolder.h"
@@ -55,6 +57,8 @@ struct Play {
     TemporaryFolder delivered;
     rig::log::Switches switches;
     bool isSizeWrong = false;
+    TemporaryFolder proxy;
+    std::string proxyLog;
     rig::judge::Limits limits;
 };
 
@@ -113,6 +117,38 @@ void LookAtFolder(Play& play, const std::string& word) {
     }
 }
 
+/// Takes "SECONDS CONNECTION EVENT MEMBERS", an event of the proxy by its time since the start of the log;
+/// the event "< MESSAGE" or "> MESSAGE" is a frame. Connection 0 is none. "cut" cuts the last line.
+void AddEvent(Play& play, const std::string& words) {
+    std::istringstream stream(words);
+    double seconds = 0;
+    int connection = 0;
+    std::string event;
+    std::string message;
+    std::string members;
+    if (words == "cut") {
+        play.proxyLog += "{\"time\":\"2026";
+        return;
+    }
+    stream >> seconds >> connection >> event >> std::ws;
+    const bool isFrame = event == "<" || event == ">";
+    if (isFrame) {
+        stream >> message >> std::ws;
+    }
+    std::getline(stream, members);
+    const auto time = play.start + static_cast<std::int64_t>(seconds * 1e6);
+    play.proxyLog += fmt::format("{{\"time\":\"{}\"", rig::proxy::TimeText(time));
+    play.proxyLog += connection == 0 ? "" : fmt::format(",\"connection\":{}", connection);
+    play.proxyLog += fmt::format(",\"event\":\"{}\"", isFrame ? "frame" : event);
+    if (isFrame) {
+        play.proxyLog += fmt::format(",\"direction\":\"{}\",\"message\":\"{}\"",
+                                     event == "<" ? "dvr->harness" : "harness->dvr", message);
+        play.proxyLog +=
+            members.find("textBytes") == std::string::npos ? ",\"prefixBytes\":1,\"textBytes\":20" : "";
+    }
+    play.proxyLog += (members.empty() ? "" : ",") + members + "}\n";
+}
+
 void Take(Play& play, const std::string& line) {
     const std::string rest = line.size() > 2 ? line.substr(2) : "";
     switch (line.front()) {
@@ -138,12 +174,15 @@ void Take(Play& play, const std::string& line) {
         case '~':
             play.limits.isStrict = true;
             break;
+        case '&':
+            AddEvent(play, rest);
+            break;
         case '%':
             play.limits.maxReaction = std::stod(rest);
             break;
         default:
-            throw std::runtime_error(std::string(VELLORAN_FINDINGS) + ": expected . < > + ! % ~ @, found \"" +
-                                     line + "\"");
+            throw std::runtime_error(std::string(VELLORAN_FINDINGS) +
+                                     ": expected . < > + ! % ~ @ &, found \"" + line + "\"");
     }
 }
 
@@ -180,6 +219,10 @@ rig::result::Result ResultOf(const FindingsRow& row) {
     Play play;
     for (const std::string& line : row.recipe) {
         Take(play, line);
+    }
+    if (!play.proxyLog.empty()) {
+        play.proxy.Write("proxy.jsonl", play.proxyLog);
+        play.limits.proxy = (play.proxy.Path() / "proxy.jsonl").string();
     }
     return Judged(play.log.Text(), play.limits);
 }

@@ -97,7 +97,9 @@ INSTANTIATE_TEST_SUITE_P(Judge, Sources,
                                          "Notes.cpp", "checks/Checks.cpp", "checks/ConnectionChecks.cpp",
                                          "checks/DeliveryChecks.cpp", "checks/ExportChecks.cpp",
                                          "checks/FaultChecks.cpp", "checks/MessageChecks.cpp",
-                                         "checks/SwitchChecks.cpp", "checks/TimingChecks.cpp"),
+                                         "checks/SwitchChecks.cpp", "checks/TimingChecks.cpp",
+                                         "checks/WireChecks.cpp", "wire/PlayedFault.cpp",
+                                         "wire/WireConnection.cpp", "wire/WireInspection.cpp"),
                          [](const auto& source) { return WithoutMarks(source.param); });
 
 TEST(FindingsTable, HasARowForEachCheck) {

@@ -94,6 +94,12 @@ TEST(FrameFollower, CountsWhatFollowsAPrefixWithoutEndAndFindsNoFrameInIt) {
     EXPECT_FALSE(follower.Unfinished()->announced);
 }
 
+std::string NameOfMessage(const std::string& text) {
+    FollowedFrame frame;
+    TakeNames(text, frame);
+    return frame.message;
+}
+
 TEST(NameOfMessage, IsReadAsFarAsTheTextIsXml) {
     EXPECT_EQ("OK", NameOfMessage(kOk));
     EXPECT_EQ("a&b", NameOfMessage("<?xml version='1.0'?><msg x='' req='a&amp;b'/>"));

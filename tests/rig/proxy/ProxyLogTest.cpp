@@ -34,6 +34,14 @@ std::string Logged(const std::function<void(ProxyLog&)>& event) {
 TEST(ProxyLog, WritesALineForEachEvent) {
     EXPECT_EQ(R"({"event":"listen","address":"0.0.0.0:5001","harness":"127.0.0.1:5002"})",
               Logged([](ProxyLog& log) { log.Listening("0.0.0.0:5001", "127.0.0.1:5002"); }));
+    EXPECT_EQ(R"({"event":"harness","pid":7,"command":"velloran -p 2"})",
+              Logged([](ProxyLog& log) { log.HarnessStarted(7, "velloran -p 2"); }));
+    EXPECT_EQ(R"({"event":"harness-end","status":44})", Logged([](ProxyLog& log) {
+                  log.HarnessEnded({44, {}});
+              }));
+    EXPECT_EQ(R"({"event":"harness-end","signal":6})", Logged([](ProxyLog& log) {
+                  log.HarnessEnded({{}, 6});
+              }));
     EXPECT_EQ(R"({"connection":1,"event":"connect","from":"10.0.0.5:40000"})",
               Logged([](ProxyLog& log) { log.Connected(1, "10.0.0.5:40000"); }));
     EXPECT_EQ(R"({"connection":2,"event":"refused","error":"Connection refused"})",

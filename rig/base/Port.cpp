@@ -1,4 +1,4 @@
-#include "rig/campaign/execution/Port.h"
+#include "rig/base/Port.h"
 
 #include <netinet/tcp.h>
 #include <unistd.h>
@@ -8,7 +8,7 @@
 #include <sstream>
 #include <string>
 
-namespace rig::campaign {
+namespace rig {
 namespace {
 
 /// @return "0100007F:1389", hexadecimal, as numbers; of an IPv6 address its last four bytes
@@ -91,4 +91,4 @@ PortUse LookAtPort(std::uint16_t port) {
     return use;
 }
 
-}  // namespace rig::campaign
+}  // namespace rig

@@ -5,7 +5,7 @@
 #include <set>
 #include <vector>
 
-namespace rig::campaign {
+namespace rig {
 
 constexpr std::uint16_t kHarnessPort = 5001;
 constexpr double kTimeWait = 60;  // seconds that Linux keeps a connection that both sides have closed
@@ -46,17 +46,4 @@ struct PortUse {
 /// Looks at both address families.
 PortUse LookAtPort(std::uint16_t port);
 
-/// Makes the system forget closed connections, which it keeps for a minute. Does nothing where somebody
-/// listens, and cannot do it for a peer on another machine without CAP_NET_ADMIN.
-/// @param evenHalfClosed  also those that the other side has not closed; it is reset
-void FreePort(const PortUse& use, bool evenHalfClosed);
-
-/// Tells the kernel to drop a connection. Needs CAP_NET_ADMIN, and a kernel built for it; one that waits out
-/// its time is dropped only by newer kernels. @return whether it did
-bool Drop(const Socket& socket);
-
-/// Ends a connection that waits out its time, if its peer was on this machine and has closed its socket: a
-/// call from the peer's port gets an answer that fits the old connection, and refuses that.
-void Knock(const Socket& socket);
-
-}  // namespace rig::campaign
+}  // namespace rig

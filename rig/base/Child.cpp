@@ -1,4 +1,4 @@
-#include "rig/campaign/execution/Child.h"
+#include "rig/base/Child.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -13,7 +13,7 @@
 #include <sstream>
 #include <stdexcept>
 
-namespace rig::campaign {
+namespace rig {
 namespace {
 
 /// Resets signals to a fresh process's: we ignore SIGPIPE and block those that we read. SIGHUP stays ignored
@@ -72,7 +72,7 @@ std::string ScriptOf(const std::string& command) {
     _exit(127);
 }
 
-[[noreturn]] void Fail(const std::string& command, int error) {
+[[noreturn]] void FailToStart(const std::string& command, int error) {
     throw std::runtime_error(
         fmt::format("expected to start a process for \"{}\", found: {}", command, std::strerror(error)));
 }
@@ -94,7 +94,7 @@ Child::Child(const Launch& launch) : mayLeaveOthers_(launch.mayLeaveOthers) {
     const pid_t parent = getpid();
     process_ = fork();
     if (process_ == -1) {
-        Fail(launch.command, errno);
+        FailToStart(launch.command, errno);
     }
     if (process_ == 0) {
         Become(launch, script, parent);
@@ -105,7 +105,7 @@ Child::Child(const Launch& launch) : mayLeaveOthers_(launch.mayLeaveOthers) {
         const int error = errno;
         kill(-process_, SIGKILL);
         Reap(0);
-        Fail(launch.command, error);
+        FailToStart(launch.command, error);
     }
 }
 
@@ -154,4 +154,4 @@ bool Child::HasOthers() const {
     return end_ && mayLeaveOthers_;
 }
 
-}  // namespace rig::campaign
+}  // namespace rig

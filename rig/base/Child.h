@@ -9,7 +9,7 @@
 
 #include "rig/base/Descriptor.h"
 
-namespace rig::campaign {
+namespace rig {
 
 /// How a command ended: by itself with a status, or by a signal.
 struct Ending {
@@ -46,6 +46,8 @@ class Child {
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
 
+    pid_t Id() const { return process_; }
+
     /// @return a descriptor that becomes readable once the command has ended
     int EndDescriptor() const { return pidDescriptor_.Number(); }
 
@@ -65,4 +67,4 @@ class Child {
     std::optional<Ending> end_;
 };
 
-}  // namespace rig::campaign
+}  // namespace rig

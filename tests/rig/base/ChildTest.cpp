@@ -7,9 +7,9 @@
 #include <cerrno>
 #include <csignal>
 
-#include "rig/campaign/execution/Child.h"
+#include "rig/base/Child.h"
 
-namespace rig::campaign {
+namespace rig {
 namespace {
 
 /// What a command wrote, and how it ended.
@@ -136,4 +136,4 @@ TEST(Child, TakesItsGroupAlong) {
 }
 
 }  // namespace
-}  // namespace rig::campaign
+}  // namespace rig

@@ -1,0 +1,212 @@
+#include <gtest/gtest.h>
+
+#include "rig/log/LogReader.h"
+#include "rig/proxy/ProxyLog.h"
+#include "tests/rig/judge/Judging.h"
+#include "tests/rig/judge/MadeUpLog.h"
+#include "tests/support/TemporaryFolder.h"
+
+// What the judge makes of a log of the proxy beyond single findings, which findings.txt has.
+
+namespace {
+
+using rig::result::Step;
+using rig::result::Verdict;
+
+/// The log of a proxy, event by event.
+class MadeUpWire {
+ public:
+    /// An event at so many seconds since the start of a MadeUpLog.
+    MadeUpWire& Add(double seconds, const std::string& members) {
+        const auto time = MadeUpLog::kStart + static_cast<std::int64_t>(seconds * 1e6);
+        return AddLine(fmt::format("{{\"time\":\"{}\",{}}}", rig::proxy::TimeText(time), members));
+    }
+
+    MadeUpWire& AddLine(const std::string& line) {
+        text_ += line + "\n";
+        return *this;
+    }
+
+    MadeUpWire& Connect(double seconds, int connection) {
+        return Add(seconds,
+                   fmt::format(R"("connection":{},"event":"connect","from":"10.0.0.5:1")", connection));
+    }
+
+    /// A message with a text of 20 bytes.
+    MadeUpWire& Frame(double seconds, int connection, const std::string& from, const std::string& message) {
+        return Add(seconds,
+                   fmt::format(R"("connection":{},"event":"frame","direction":"{}","message":"{}",)"
+                               R"("prefixBytes":1,"textBytes":20)",
+                               connection, from == "dvr" ? "dvr->harness" : "harness->dvr", message));
+    }
+
+    MadeUpWire& Close(double seconds, int connection, const std::string& by) {
+        return Add(seconds, fmt::format(R"("connection":{},"event":"close","by":"{}")", connection, by));
+    }
+
+    const std::string& Text() const { return text_; }
+
+ private:
+    std::string text_;
+};
+
+class WireTest : public testing::Test {
+ protected:
+    WireTest() { wire_.Add(0, R"("event":"listen","address":"0.0.0.0:5002")"); }
+
+    rig::result::Result Judge(const std::string& log, std::optional<double> maxReaction = std::nullopt) {
+        folder_.Write("proxy.jsonl", wire_.Text());
+        rig::judge::Limits limits;
+        limits.maxReaction = maxReaction;
+        limits.proxy = Path();
+        return Judged(log, limits);
+    }
+
+    std::string Path() const { return (folder_.Path() / "proxy.jsonl").string(); }
+
+    /// What is said of a log of the proxy that cannot be used.
+    std::string Complaint() {
+        try {
+            Judge(MadeUpLog(2).Text());
+        } catch (const rig::log::Unreadable& error) {
+            return std::string(error.what()).substr(Path().size());
+        }
+        return "";
+    }
+
+    MadeUpWire wire_;
+    TemporaryFolder folder_;
+};
+
+TEST_F(WireTest, IsReadOnlyWhereItIsGiven) {
+    for (const auto& check : Judged(MadeUpLog(2).Text()).runs[0].checks) {
+        EXPECT_NE(check.id.rfind("wire.", 0), 0U) << check.id;
+    }
+    EXPECT_NE(FoundBy("wire.log", Judge(MadeUpLog(2).Text()).runs[0]), "");
+}
+
+TEST_F(WireTest, MustBeALogOfTheProxy) {
+    wire_ = MadeUpWire();
+    EXPECT_EQ(Complaint(), ": expected a log of velloran-rig proxy, found none of its lines");
+    wire_.AddLine("2026-11-20T22:00:00 something else").AddLine("else");
+    EXPECT_EQ(Complaint(), ": expected a log of velloran-rig proxy, found none of its lines");
+    wire_ = MadeUpWire().AddLine(R"({"time":"yesterday","event":"listen"})").AddLine("{}");
+    EXPECT_EQ(Complaint(), ": expected a log of velloran-rig proxy, found none of its lines");
+}
+
+TEST_F(WireTest, MustBeWholeButForItsLastLine) {
+    wire_.AddLine("{\"time\":\"20").Connect(1, 1);
+    EXPECT_EQ(Complaint(), ": expected an event of velloran-rig proxy in line 2, found something else");
+    wire_ = MadeUpWire().Connect(1, 1);
+    EXPECT_EQ(Complaint(),
+              ": expected the whole log of velloran-rig proxy, found that its beginning is missing");
+    wire_ = MadeUpWire().Add(0, R"("event":"listen")").Connect(1, 1).AddLine("{\"time\":\"20");
+    EXPECT_EQ(Complaint(), "");
+    EXPECT_EQ(With(Verdict::Inconclusive, Judge(MadeUpLog(2).Text()).runs[0]).substr(0, 9), "log.whole");
+}
+
+TEST_F(WireTest, MayHoldWhatTheJudgeDoesNotKnow) {
+    wire_.Add(0.1, R"("event":"weather","value":7)");
+    wire_.Connect(0.2, 1).Add(0.3, R"("connection":1,"event":"weather","message":["OK"])");
+    wire_.Add(0.3, R"("connection":1,"event":"frame","direction":1,"message":{},"prefixBytes":-1)");
+    wire_.Add(0.3, R"("connection":"1","event":"close","by":"dvr")")
+        .Close(0.4, 1, "harness")
+        .Close(0.5, 9, "dvr");
+    EXPECT_EQ(FoundBy("wire.log", Judge(MadeUpLog(2).Text()).runs[0]), "1 connection");
+}
+
+/// Two runs of the harness, a minute each.
+std::string TwoRuns() {
+    MadeUpLog log(2);
+    log.After(60).Say("shutting down").Say("'protocol' option set to 2");
+    return log.Say("Connected to: fam=2  127.0.0.1:60985").After(60).Say("shutting down").Text();
+}
+
+TEST_F(WireTest, GivesEachRunItsConnections) {
+    wire_.Connect(0.1, 1).Frame(0.2, 1, "dvr", "OK").Close(5, 1, "dvr");
+    wire_.Connect(60.1, 2).Close(61, 2, "harness").Connect(62, 3).Close(63, 3, "harness");
+    const auto runs = Judge(TwoRuns()).runs;
+    ASSERT_EQ(runs.size(), 2U);
+    EXPECT_EQ(FoundBy("wire.log", runs[0]), "1 connection");
+    EXPECT_EQ(FoundBy("wire.log", runs[1]), "2 connections");
+}
+
+TEST_F(WireTest, ExpectsEachFaultInOneRunOnly) {
+    wire_.Add(0, R"("event":"plan","fault":"latency","value":"300")").Connect(0.1, 1);
+    wire_.Add(1, R"("connection":1,"event":"fault","fault":"latency","value":"300","message":"GET_FILE")");
+    wire_.Add(1, R"("connection":1,"event":"fault-end","fault":"latency")").Close(2, 1, "harness");
+    const auto runs = Judge(TwoRuns()).runs;
+    EXPECT_NE(FoundBy("fault.acted", runs[0]).find("it acted (latency=300 at GET_FILE, 0.900 s"),
+              std::string::npos);
+    EXPECT_EQ(FoundBy("fault.acted", runs[1]), "");
+}
+
+TEST_F(WireTest, ShowsAFaultInTheDialogueWhereItActed) {
+    MadeUpLog log(1);
+    log.Dvr("<msg req=\"OK\"/>").Say("got an OK, sending GET_XML").Ask("<msg req=\"GET_XML\" />");
+    log.After(1).Dvr("<msg req=\"XML\"/>");
+    wire_.Connect(0.001, 1).Add(
+        0.3, R"("connection":1,"event":"fault","fault":"split","value":"1","message":"GET_XML")");
+    const auto run = Judge(log.Text()).runs.at(0);
+    std::string dialogue;
+    for (const Step& step : run.steps) {
+        dialogue += (step.kind == Step::Kind::Fault ? "!" : "") + step.text + "; ";
+    }
+    EXPECT_NE(dialogue.find("GET_XML; !proxy: split=1 at GET_XML; XML; "), std::string::npos) << dialogue;
+    for (std::size_t step = 1; step < run.steps.size(); ++step) {
+        EXPECT_LE(run.steps[step - 1].time, run.steps[step].time) << dialogue;
+    }
+}
+
+TEST_F(WireTest, MeasuresFromWhatWentOutToTheDvr) {
+    wire_.Connect(0, 1).Frame(0.1, 1, "harness", "GET_XML");
+    wire_.Add(0.1, R"("connection":1,"event":"fault","fault":"latency","value":"300","message":"GET_XML")");
+    wire_.Add(0.4, R"("connection":1,"event":"sent","fault":"latency","messages":["GET_XML"])");
+    wire_.Add(0.4, R"("connection":1,"event":"fault-end","fault":"latency")").Frame(0.45, 1, "dvr", "XML");
+    const auto run = Judge(MadeUpLog(1).Text(), 40).runs.at(0);
+    EXPECT_EQ(FoundBy("wire.reaction", run), "a late answer to GET_XML (after 50.0 ms)");
+    ASSERT_EQ(run.timings.size(), 1U);
+    EXPECT_EQ(run.timings[0].request, "GET_XML on the wire");
+    EXPECT_EQ(run.timings[0].count, 1U);
+}
+
+TEST_F(WireTest, TakesNewsOfATransferForNoAnswer) {
+    wire_.Connect(0, 1).Frame(0.1, 1, "harness", "GET_FILE").Frame(0.2, 1, "dvr", "XFER_IN_PROGRESS");
+    wire_.Frame(0.3, 1, "dvr", "FILE_COMPLETE").Frame(0.4, 1, "harness", "GET_FILE").Close(1, 1, "harness");
+    const auto run = Judge(MadeUpLog(2).Text()).runs.at(0);
+    EXPECT_EQ(FoundBy("wire.order", run), "nothing else");
+    EXPECT_NEAR(run.timings.at(0).longest, 200, 1);
+}
+
+TEST_F(WireTest, TakesADoneThatAFaultHasSentForDone) {
+    wire_.Connect(0, 1).Add(
+        1, R"("connection":1,"event":"fault","fault":"together-with-done","message":"EVENT_XFER_COMPLETE")");
+    wire_.Add(1, R"("connection":1,"event":"sent","messages":["EVENT_XFER_COMPLETE","DONE"])");
+    wire_.Add(1, R"("connection":1,"event":"fault-end")").Close(2, 1, "dvr");
+    EXPECT_EQ(FoundBy("wire.closed", Judge(MadeUpLog(1).Text()).runs[0]),
+              "ended first by the DVR: 1, by the harness: 0, by the proxy: 0, by a fault: 0");
+}
+
+TEST_F(WireTest, SeesTheEndOfAConnectionAMomentAfterTheNextCall) {
+    wire_.Connect(0, 1).Connect(1, 2).Close(1.5, 1, "dvr").Close(5, 2, "harness");
+    EXPECT_EQ(FoundBy("wire.calls", Judge(MadeUpLog(1).Text()).runs[0]), "2 calls");
+}
+
+/// A recorder in 1.0 has no report, and need not answer.
+TEST_F(WireTest, AsksForNoReportWhereTheDialectHasNone) {
+    wire_.Connect(0, 1).Frame(0.1, 1, "harness", "GET_XML");
+    for (const double time : {1.0, 2.0}) {
+        wire_.Frame(time, 1, "harness", "GET_FILE");
+        wire_.Add(
+            time,
+            R"("connection":1,"event":"fault","fault":"file-name","value":"empty","message":"GET_FILE")");
+        wire_.Add(time, R"("connection":1,"event":"sent","messages":["GET_FILE"])");
+        if (time < 2) {
+            wire_.Add(time, R"("connection":1,"event":"fault-end","fault":"file-name")");
+        }
+    }
+    wire_.Close(2.5, 1, "dvr");
+    EXPECT_EQ(FoundBy("fault.answer", Judge(MadeUpLog(1).Text()).runs[0]), "nothing else");
+}
+
+}  // namespace
