@@ -4,6 +4,8 @@
 #include <fmt/ranges.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cmath>
 #include <iostream>
 
 #include "rig/base/Counted.h"
@@ -15,6 +17,7 @@ namespace {
 
 constexpr std::chrono::seconds kNews(10);         // until a phase is printed again when not on a terminal
 constexpr std::chrono::milliseconds kBlink(100);  // until a terminal's line changes again
+constexpr double kSecondsOfMinute = 60;
 
 Colour ColourOf(Outcome outcome) {
     switch (ExitStatusOf(outcome)) {
@@ -61,6 +64,28 @@ std::string WatchOf(const CampaignRecord& campaign) {
                      Counted(cases, "case") + (cases == 1 ? " watches" : " watch"), seconds);
 }
 
+/// Measured with the simulated DVR, fault, recovery and pauses of the harness included.
+constexpr double kSecondsOfFault = 5;
+
+/// @return how long cases of the proxy's faults take; empty if there are none
+std::string LengthOf(const CampaignRecord& campaign) {
+    const auto faults = std::count_if(campaign.cases.begin(), campaign.cases.end(),
+                                      [](const CaseRecord& record) { return record.plan.fault.has_value(); });
+    return faults == 0
+               ? ""
+               : fmt::format("takes about {:.0f} min with a DVR that answers at once",
+                             std::ceil(static_cast<double>(faults) * kSecondsOfFault / kSecondsOfMinute));
+}
+
+template <typename TextOf>
+std::size_t WidestOf(const CampaignRecord& campaign, TextOf textOf) {
+    std::size_t widest = 0;
+    for (const CaseRecord& record : campaign.cases) {
+        widest = std::max(widest, textOf(record).size());
+    }
+    return widest;
+}
+
 void PrintSpreads(const CampaignRecord& campaign) {
     for (const Spread& spread : campaign.Spreads()) {
         std::cout << fmt::format("spread of {}: {:.2f} to {:.2f} s", spread.name, spread.durations.front(),
@@ -81,10 +106,14 @@ void PrintSpreads(const CampaignRecord& campaign) {
 Display::Display() : isTerminal_(isatty(STDOUT_FILENO) == 1), hasColour_(WantsColour()) {}
 
 void Display::Begin(const CampaignRecord& campaign, const std::string& folder) {
+    nameColumns_ = WidestOf(campaign, [](const CaseRecord& record) { return record.id; });
+    switchColumns_ = WidestOf(campaign, [](const CaseRecord& record) { return record.plan.switches; });
     Print(fmt::format("velloran-rig run: {}, seed {}, evidence in {}", Counted(campaign.cases.size(), "case"),
                       campaign.seed, Printable(folder)));
-    if (const std::string watch = WatchOf(campaign); !watch.empty()) {
-        Print(watch);
+    for (const std::string& line : {LengthOf(campaign), WatchOf(campaign)}) {
+        if (!line.empty()) {
+            Print(line);
+        }
     }
     for (const auto& [name, command] : campaign.commands) {
         Print(fmt::format("{:>12}: {}", name, Printable(command)));
@@ -98,10 +127,22 @@ void Display::CaseBegins(const CaseRecord& record, std::size_t number, std::size
     phase_.clear();
     begin_ = Clock::now();
     shown_ = {};
+    left_ = count - number;
 }
 
 std::string Display::Head(const CaseRecord& record) const {
-    return fmt::format("{} {:<22} {:<20}", number_, record.id, record.plan.switches);
+    return fmt::format("{} {:<{}}  {:<{}}", number_, record.id, nameColumns_, record.plan.switches,
+                       switchColumns_);
+}
+
+/// @return the time that the other cases take if they take as long as those before; empty while it is unknown
+std::string Display::Left() const {
+    if (done_ == 0 || left_ == 0) {
+        return "";
+    }
+    const std::chrono::duration<double> each = spent_ / done_;
+    return fmt::format("about {:.0f} min left, ",
+                       std::ceil(each.count() * static_cast<double>(left_) / kSecondsOfMinute));
 }
 
 void Display::Show(const std::string& phase, const std::string& detail) {
@@ -110,7 +151,7 @@ void Display::Show(const std::string& phase, const std::string& detail) {
     if (isTerminal_ && (isNew || now - shown_ >= kBlink)) {
         const double seconds = std::chrono::duration<double>(now - begin_).count();
         // What changes comes first: the rest may not fit on the line.
-        Rewrite(fmt::format("{} {} {:5.1f} s  {}{}", number_, name_, seconds,
+        Rewrite(fmt::format("{} {} {:5.1f} s  {}{}{}", number_, name_, seconds, Left(),
                             detail.empty() ? "" : detail + ", ", phase));
         shown_ = now;
     } else if (!isTerminal_ && (isNew || now - shown_ >= kNews) && !detail.empty()) {
@@ -128,6 +169,8 @@ void Display::Warn(const std::string& text) {
 }
 
 void Display::CaseEnds(const CaseRecord& record) {
+    spent_ += Clock::now() - begin_;
+    ++done_;
     if (isTerminal_) {
         Rewrite("");
     }

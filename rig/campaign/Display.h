@@ -33,11 +33,17 @@ class Display {
     using Clock = std::chrono::steady_clock;
 
     std::string Head(const CaseRecord& record) const;
+    std::string Left() const;
     void Rewrite(const std::string& line);
     void Print(const std::string& line);
 
     bool isTerminal_;
     bool hasColour_;
+    std::size_t nameColumns_ = 0;
+    std::size_t switchColumns_ = 0;
+    std::size_t left_ = 0;  // cases after the one that runs
+    std::size_t done_ = 0;
+    Clock::duration spent_{0};  // on those that are done
     std::string number_;
     std::string head_;  // number, name and switches
     std::string name_;

@@ -68,6 +68,8 @@ void AddCommandOptions(CLI::App& run, RunOptions& options) {
     TakesPath(
         *run.add_option("--log", options.log, "Where the harness's log goes (default: its standard output)"),
         "FILE");
+    run.add_flag("--direct", options.isDirect,
+                 "Have the DVR call the harness itself, not a proxy that has it in a network of its own");
     run.add_option_function<std::string>(
            "--dvr", [&options](const std::string& command) { options.dvr = command; },
            "Start this for each case; without COMMAND, the simulated DVR. Without --dvr, wait for a recorder")
@@ -134,6 +136,8 @@ void AddRunCommand(CLI::App& app, int& status) {
     AddCommandOptions(*run, *options);
     AddPatienceOptions(*run, *options);
     AddEvidenceOptions(*run, *options);
+    // The proxy starts and ends the harness, and passes its log on.
+    run->get_option("--faults")->excludes(run->get_option("--log"))->excludes(run->get_option("--stop"));
     run->callback([options, &status] { status = RunCampaign(*options); });
 }
 

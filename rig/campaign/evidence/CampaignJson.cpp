@@ -51,6 +51,10 @@ Json ToJson(const Coverage::Use& use) {
     return {{"name", use.name}, {"cases", use.cases}};
 }
 
+Json ToJson(const Coverage::FaultUse& use) {
+    return {{"protocol", use.protocol}, {"message", use.message}, {"fault", use.fault}, {"cases", use.cases}};
+}
+
 Json ToJson(const Spread& spread);
 Json ToJson(const CaseRecord& record);
 
@@ -119,6 +123,7 @@ Json OptionsOf(const CampaignRecord& campaign) {
             {"patience", campaign.patience.answer},
             {"maxReaction", Optional(campaign.maxReaction)},
             {"strict", campaign.isStrict},
+            {"direct", campaign.isDirect},
             {"connectTimeout", campaign.patience.connect},
             {"idleTimeout", campaign.patience.idle},
             {"transferTimeout", campaign.patience.transfer},
@@ -130,6 +135,7 @@ Json CoverageOf(const Coverage& coverage) {
     return {{"items", ToArray(coverage.Items())},
             {"switches", ToArray(coverage.Switches())},
             {"rules", ToArray(coverage.Rules())},
+            {"faults", ToArray(coverage.Faults())},
             {"unreached", coverage.Unreached()}};
 }
 

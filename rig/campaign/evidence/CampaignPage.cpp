@@ -5,6 +5,7 @@
 
 #include "rig/base/Counted.h"
 #include "rig/campaign/evidence/CampaignFiles.h"
+#include "rig/campaign/evidence/CoveragePage.h"
 #include "rig/html/HtmlPage.h"
 #include "rig/result/Result.h"
 
@@ -202,30 +203,6 @@ void AddSpreads(pugi::xml_node main, const CampaignRecord& campaign) {
     }
 }
 
-void AddCoverage(pugi::xml_node main, const CampaignRecord& campaign) {
-    Set(Add(main, "h2", "Coverage"), "id", "coverage");
-    const std::vector<std::string> unreached = campaign.coverage.Unreached();
-    if (unreached.empty()) {
-        Add(main, "p", "Every message and field of the protocol, every switch and every rule was exercised.");
-    } else {
-        Add(main, "p", "Reached by no case:");
-        pugi::xml_node list = Add(main, "ul");
-        for (const std::string& item : unreached) {
-            Add(list, "li", item);
-        }
-    }
-    pugi::xml_node body =
-        AddTable(main, "Messages and fields that came", {"Message", "Field", "Dialect", "From", "Count"});
-    for (const Coverage::ItemCount& item : campaign.coverage.Items()) {
-        pugi::xml_node row = Add(body, "tr");
-        AddRowHead(row, item.item.message);
-        Add(row, "td", item.item.field);
-        Add(row, "td", fmt::format("{}.0", item.item.protocol));
-        Add(row, "td", item.item.from);
-        Add(row, "td", std::to_string(item.count));
-    }
-}
-
 }  // namespace
 
 std::string CampaignPage(const CampaignRecord& campaign) {
@@ -246,7 +223,7 @@ std::string CampaignPage(const CampaignRecord& campaign) {
     AddCases(main, campaign);
     AddMatrix(main, campaign);
     AddSpreads(main, campaign);
-    AddCoverage(main, campaign);
+    AddCoverage(main, campaign.coverage);
     return page.Text();
 }
 

@@ -4,8 +4,12 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <string_view>
+#include <utility>
 
+#include "rig/base/Affix.h"
 #include "rig/judge/checks/Checks.h"
+#include "rig/protocol/Catalogue.h"
 
 namespace rig::campaign {
 namespace {
@@ -49,6 +53,28 @@ void AddOnce(std::vector<std::string>& cases, const std::string& name) {
     }
 }
 
+/// @return the fault with message and dialect, whatever its value
+std::string PlaceOf(const fault::FaultCase& one) {
+    return fault::FaultCase{one.fault, "", one.message, one.dialect}.Id();
+}
+
+bool IsOrder(std::string_view message) {
+    return StartsWith(message, "UPDATE_");
+}
+
+/// @return whether the harness brings it about without any of its switches
+bool IsOfPlainExport(const ProtocolItem& item) {
+    const std::string_view message = item.message;
+    if (std::string_view(item.from) == NameOf(protocol::Sender::Harness)) {
+        return !IsOrder(message) && *item.field == '\0';
+    }
+    const auto& kinds = protocol::Catalogue();
+    return message == "OK" || std::any_of(kinds.begin(), kinds.end(), [&](const protocol::MessageKind& kind) {
+               return kind.dialect == item.protocol && kind.sender == protocol::Sender::Harness &&
+                      !IsOrder(kind.name) && !kind.answers.empty() && kind.answers.front() == message;
+           });
+}
+
 bool IsUsed(const Coverage::Use& use) {
     return !use.cases.empty();
 }
@@ -71,7 +97,14 @@ void Coverage::Add(const Case& plan, const result::RunResult& run, const std::ve
             AddOnce(fired_[std::string("-") + item.letter], plan.name);
         }
     }
+    if (plan.fault) {
+        std::vector<std::string>& cases = faults_[PlaceOf(*plan.fault)];
+        if (Passed(run, "fault.acted")) {
+            AddOnce(cases, plan.name);
+        }
+    }
     for (const result::CheckResult& check : run.checks) {
+        met_.insert(check.id);
         if (IsDecided(check)) {
             AddOnce(rules_[check.id], plan.name);
         }
@@ -136,22 +169,53 @@ std::vector<Coverage::Use> Coverage::Rules() const {
     return uses;
 }
 
-std::vector<std::string> Coverage::Unreached() const {
-    std::vector<std::string> unreached;
-    for (const ItemCount& item : Items()) {
-        if (item.count == 0) {
-            unreached.push_back(WordsOf(item.item));
+std::vector<Coverage::FaultUse> Coverage::Faults() const {
+    std::vector<FaultUse> uses;
+    for (const fault::FaultCase& one : fault::Cases()) {
+        const auto found = faults_.find(PlaceOf(one));
+        const bool isNew = uses.empty() || uses.back().fault != one.fault->name ||
+                           uses.back().message != one.message || uses.back().protocol != one.dialect;
+        if (isNew && found != faults_.end() && !found->second.empty()) {
+            uses.push_back({one.dialect, one.message, one.fault->name, found->second});
         }
     }
+    return uses;
+}
+
+void Coverage::AddSwitches(std::vector<std::string>& unreached) const {
     for (const Use& use : Switches()) {
-        if (!IsUsed(use)) {
+        if (!IsUsed(use) && !HasFaults()) {
             unreached.push_back("switch " + use.name);
         }
     }
-    for (const Use& use : Rules()) {
-        if (!IsUsed(use)) {
-            unreached.push_back("rule " + use.name);
+}
+
+/// @return whether it counts as not reached
+bool Coverage::IsMissed(const ItemCount& item) const {
+    return item.count == 0 && (!HasFaults() || IsOfPlainExport(item.item));
+}
+
+/// @return the rules that count as not reached
+std::vector<Coverage::Use> Coverage::Missed() const {
+    std::vector<Use> missed;
+    for (Use& use : Rules()) {
+        if (!IsUsed(use) && (!HasFaults() || met_.count(use.name) > 0)) {
+            missed.push_back(std::move(use));
         }
+    }
+    return missed;
+}
+
+std::vector<std::string> Coverage::Unreached() const {
+    std::vector<std::string> unreached;
+    for (const ItemCount& item : Items()) {
+        if (IsMissed(item)) {
+            unreached.push_back(WordsOf(item.item));
+        }
+    }
+    AddSwitches(unreached);
+    for (const Use& use : Missed()) {
+        unreached.push_back("rule " + use.name);
     }
     return unreached;
 }
@@ -162,23 +226,17 @@ std::vector<std::string> Coverage::UnreachedInShort() const {
     for (const ItemCount& item : Items()) {
         const bool isField = item.item.field[0] != '\0';
         const std::string message = WordsOf(item.item.protocol, item.item.from, item.item.message, "");
-        if (item.count == 0 && (!isField || counts_.count(message) > 0)) {
+        if (IsMissed(item) && (!isField || counts_.count(message) > 0)) {
             unreached.push_back(WordsOf(item.item));
         }
     }
-    for (const Use& use : Switches()) {
-        if (!IsUsed(use)) {
-            unreached.push_back("switch " + use.name);
-        }
-    }
+    AddSwitches(unreached);
     std::map<std::string, bool> kinds;  // whether some rule of the kind was reached
     for (const Use& use : Rules()) {
         kinds[KindOf(use.name)] = kinds[KindOf(use.name)] || IsUsed(use);
     }
-    for (const Use& use : Rules()) {
-        if (!IsUsed(use)) {
-            unreached.push_back("rule " + (kinds[KindOf(use.name)] ? use.name : KindOf(use.name) + ".*"));
-        }
+    for (const Use& use : Missed()) {
+        unreached.push_back("rule " + (kinds[KindOf(use.name)] ? use.name : KindOf(use.name) + ".*"));
     }
     unreached.erase(std::unique(unreached.begin(), unreached.end()), unreached.end());
     return unreached;
@@ -188,9 +246,15 @@ std::string Coverage::Text() const {
     if (protocols_.empty()) {
         return "";
     }
-    std::string text = fmt::format("coverage: {} messages and fields, {} switches, {} rules\n",
-                                   Share(Items(), [](const ItemCount& item) { return item.count > 0; }),
-                                   Share(Switches(), IsUsed), Share(Rules(), IsUsed));
+    const std::vector<ItemCount> items = Items();
+    std::string text = fmt::format("coverage: {} messages and fields, ",
+                                   Share(items, [](const ItemCount& item) { return item.count > 0; }));
+    if (HasFaults()) {
+        text += fmt::format("{} pairs of fault and message\n",
+                            Share(faults_, [](const auto& one) { return !one.second.empty(); }));
+    } else {
+        text += fmt::format("{} switches, {} rules\n", Share(Switches(), IsUsed), Share(Rules(), IsUsed));
+    }
     const std::vector<std::string> unreached = UnreachedInShort();
     return unreached.empty() ? text
                              : text + fmt::format("reached by no case: {}\n", fmt::join(unreached, ", "));

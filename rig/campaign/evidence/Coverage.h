@@ -56,7 +56,19 @@ class Coverage {
     std::vector<Use> Switches() const;
     std::vector<Use> Rules() const;
 
-    /// @return everything that no case reached, in words
+    /// The cases in which a fault of the proxy acted at a message.
+    struct FaultUse {
+        int protocol;  // 1 or 2
+        std::string message;
+        std::string fault;
+        std::vector<std::string> cases;
+    };
+
+    /// @return those that have acted, in the order of the table of faults
+    std::vector<FaultUse> Faults() const;
+
+    /// @return everything that no case reached, in words; after cases of the proxy's faults, which need none
+    /// of the harness's switches, only messages of a plain export and rules that concerned a case
     std::vector<std::string> Unreached() const;
 
     /// @return a few lines for people; empty when no case has run
@@ -66,11 +78,18 @@ class Coverage {
     void Count(int protocol, const std::string& from, const std::string& message, const std::string& field);
     void CountRequests(const Case& plan, const result::RunResult& run);
     std::vector<std::string> UnreachedInShort() const;
+    void AddSwitches(std::vector<std::string>& unreached) const;
+    bool IsMissed(const ItemCount& item) const;
+    std::vector<Use> Missed() const;
+    bool HasFaults() const { return !faults_.empty(); }
 
     std::set<int> protocols_;
     std::map<std::string, std::uint64_t> counts_;            // by the item's text
     std::map<std::string, std::vector<std::string>> fired_;  // cases by switch
     std::map<std::string, std::vector<std::string>> rules_;  // cases by check
+    std::set<std::string> met_;                              // checks that concerned a case
+    std::map<std::string, std::vector<std::string>>
+        faults_;  // cases by fault, message and dialect; without a case if the fault did not act
 };
 
 }  // namespace rig::campaign

@@ -87,6 +87,22 @@ TEST_F(BrokenOffTest, WhileItWaitsForARecorder) {
     EXPECT_EQ(Evidence()["cases"][0]["reason"], "by SIGTERM (Terminated)");
 }
 
+/// Interrupted in the export with the fault, and in the one after it.
+class FaultBrokenOffTest : public BrokenOffTest, public testing::WithParamInterface<const char*> {};
+
+TEST_P(FaultBrokenOffTest, StopsHarnessProxyAndDvr) {
+    const std::string id = "split=1@GET_FILE-2.0";
+    const ProgramResult result =
+        RunUntil([&] { EXPECT_TRUE(Until([&] { return HasLogged(id + GetParam(), "got an OK"); })); }, SIGINT,
+                 {"--bare", "--faults", id, "--dvr", Dvr("--recorder")});
+    EXPECT_EQ(result.status, 130) << result.output;
+    EXPECT_EQ(Evidence()["cases"][0]["outcome"], "INTERRUPTED");
+    EXPECT_EQ(AllIsWhole(), 3);
+    NothingIsLeft();
+}
+
+INSTANTIATE_TEST_SUITE_P(Exports, FaultBrokenOffTest, testing::Values("", "/recovery"));
+
 TEST_F(BrokenOffTest, InAHook) {
     const ProgramResult result =
         RunUntil([] { EXPECT_TRUE(Until([] { return FileExists("/mnt/hook"); })); }, SIGINT,

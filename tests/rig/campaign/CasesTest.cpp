@@ -1,3 +1,4 @@
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -86,7 +87,7 @@ TEST(Cases, ThatDoNotExistAreRefused) {
 }
 
 TEST(Cases, AreListedWithSwitchesAndSentence) {
-    const std::string list = ListCases();
+    const std::string list = ListCases({});
     for (const Case& plan : AllCases()) {
         EXPECT_NE(("\n" + list).find("\n" + plan.name + " "), std::string::npos);
         EXPECT_NE(list.find(plan.switches + " "), std::string::npos);
@@ -109,12 +110,55 @@ TEST(Cases, KnowTheirSwitches) {
     }
 }
 
+TEST(FaultCases, BeginWithTheCleanExportOfTheirDialect) {
+    const std::string both = "split=1@GET_FILE-2.0,reset-call";
+    EXPECT_EQ(Names({"all", "both", false, both}),
+              (std::vector<std::string>{"clean-1.0", "reset-call@CALL-1.0", "clean-2.0",
+                                        "reset-call@CALL-2.0", "split=1@GET_FILE-2.0"}));
+    EXPECT_EQ(Names({"all", "1", false, both}),
+              (std::vector<std::string>{"clean-1.0", "reset-call@CALL-1.0"}));
+    EXPECT_EQ(Names({"all", "2", true, both}),
+              (std::vector<std::string>{"reset-call@CALL-2.0", "split=1@GET_FILE-2.0"}));
+}
+
+TEST(FaultCases, OfQuickAreOneOfEachFaultOfTheDialect) {
+    const auto faults = [](const char* protocol) {
+        std::set<std::string> names;
+        for (const Case& plan : Select({"all", protocol, true, "quick"})) {
+            EXPECT_TRUE(names.insert(plan.fault->fault->name).second) << plan.name;
+        }
+        return names.size();
+    };
+    EXPECT_EQ(faults("both"), fault::Faults().size());
+    EXPECT_LE(faults("1"), fault::Faults().size());
+}
+
+TEST(FaultCases, EndByThemselvesAndAreFollowedByAPlainExport) {
+    for (const Case& plan : Select({"all", "both", true, "split=1@GET_FILE-2.0,split=1@DONE-1.0"})) {
+        EXPECT_EQ(plan.switches, plan.protocol == 1 ? "-p 1" : "-p 2 -c 1");
+        const Case recovery = RecoveryOf(plan);
+        EXPECT_EQ(recovery.switches, plan.switches);
+        EXPECT_FALSE(recovery.fault);
+    }
+}
+
+TEST(FaultCases, ThatLeaveNothingToRunAreRefused) {
+    EXPECT_THROW(Select({"all", "2", false, "splat"}), std::runtime_error);
+    EXPECT_THROW(Select({"all", "2", false, "split=1@DONE-1.0"}), std::runtime_error);
+}
+
+TEST(FaultCases, AreListedByIdDutyAndSentence) {
+    EXPECT_EQ(ListCases({"all", "1", false, "reset-call"}),
+              fmt::format("{:<46} {:<9} {}\n", "reset-call@CALL-1.0", "goes on",
+                          "The call: Resets the DVR's connection at once."));
+}
+
 TEST(RunCommand, ListsItsCases) {
     RunOptions options;
     options.listCases = true;
     testing::internal::CaptureStdout();
     EXPECT_EQ(RunCampaign(options), 0);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), ListCases());
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), ListCases({}));
 }
 
 TEST(RunCommand, SaysThatItsListWasLost) {

@@ -101,6 +101,40 @@ TEST(Coverage, IsAsApproved) {
     EXPECT_EQ(ReadFile(VELLORAN_COVERAGE), all);
 }
 
+/// A case of that fault, in which it acted or not.
+void AddFault(Coverage& coverage, const std::string& id, Verdict acted) {
+    Case plan{id, 2, "-p 2 -c 1", ""};
+    plan.fault = fault::Choose(id).at(0);
+    coverage.Add(plan, RunWith({{"fault.acted", acted}, {"export.done", Verdict::NotReached}}), {});
+}
+
+TEST(Coverage, TellsWhereFaultsHaveActed) {
+    Coverage coverage;
+    AddFault(coverage, "split=2@GET_FILE-2.0", Verdict::Pass);
+    AddFault(coverage, "split=1@DONE-2.0", Verdict::Inconclusive);
+    AddFault(coverage, "split=1@GET_FILE-2.0", Verdict::Pass);
+    const std::vector<Coverage::FaultUse> uses = coverage.Faults();
+    ASSERT_EQ(uses.size(), 1U);
+    EXPECT_EQ(uses[0].protocol, 2);
+    EXPECT_EQ(uses[0].message, "GET_FILE");
+    EXPECT_EQ(uses[0].fault, "split");
+    EXPECT_EQ(uses[0].cases, (std::vector<std::string>{"split=2@GET_FILE-2.0", "split=1@GET_FILE-2.0"}));
+    EXPECT_EQ(coverage.Text().substr(0, coverage.Text().find('\n')),
+              "coverage: 0 of 31 messages and fields, 1 of 2 pairs of fault and message");
+}
+
+TEST(Coverage, OfFaultsMissesOnlyWhatAPlainExportHas) {
+    Coverage coverage;
+    AddFault(coverage, "split=1@DONE-2.0", Verdict::Inconclusive);
+    const std::string missed = fmt::format("{}\n", fmt::join(coverage.Unreached(), "\n"));
+    for (const char* item : {"2.0 harness: DONE\n", "2.0 DVR: EVENT_LIST source\n", "rule export.done\n"}) {
+        EXPECT_NE(missed.find(item), std::string::npos) << item << " in " << missed;
+    }
+    for (const char* item : {"switch", "rule xfer", "UPDATE", "INVALID_EVENT", "rehash"}) {
+        EXPECT_EQ(missed.find(item), std::string::npos) << item << " in " << missed;
+    }
+}
+
 TEST(Coverage, OfAllIsShort) {
     Coverage coverage;
     result::RunResult run;

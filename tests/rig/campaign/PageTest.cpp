@@ -56,6 +56,19 @@ TEST_F(CampaignPageTest, SaysFirstHowItCameOut) {
     EXPECT_EQ(Heading(), "The campaign is still running, or was killed");
 }
 
+TEST_F(CampaignPageTest, LeadsFromFaultAndMessageToTheCase) {
+    CampaignRecord campaign = Finished({});
+    Case plan{"split=2@GET_FILE-2.0", 2, "-p 2 -c 1", ""};
+    plan.fault = fault::Choose(plan.name).at(0);
+    result::RunResult run;
+    run.checks = {{"fault.acted", "", result::Verdict::Pass, "", "", {}}};
+    campaign.coverage.Add(plan, run, {});
+    Make(campaign);
+    EXPECT_EQ(Target("1"), "#split=2@GET_FILE-2.0");
+    EXPECT_TRUE(page_.select_node("//tr[th='split']"));
+    EXPECT_TRUE(page_.select_node("//th[.='GET_FILE']"));
+}
+
 TEST_F(CampaignPageTest, LeadsFromEachCheckToTheCasesPage) {
     Make(Finished({Record("xfer-2.0", Outcome::Fail)}));
     EXPECT_EQ(Target("F"), "cases/xfer-2.0/report.html#xfer.answer");
