@@ -17,7 +17,7 @@ __velloran_rig_defects() {
     "$1" dvr --list-defects 2>/dev/null | sed -nE 's/^([a-z-]+).*/\1/p'
 }
 
-# Usage: __velloran_rig_manners PROGRAM styles|events|habits
+# Usage: __velloran_rig_manners PROGRAM styles|events|habits|weaknesses
 __velloran_rig_manners() {
     echo all
     "$1" dvr --list-"$2" --format markdown 2>/dev/null | sed -nE 's/^\| `([a-z-]+)[^|]*\|.*/\1/p'
@@ -58,6 +58,7 @@ __velloran_rig_value() {
         NAME) choices=$(__velloran_rig_defects "$1") ;;
         STYLE) choices=$(__velloran_rig_manners "$1" styles) ;;
         HABIT) choices=$(__velloran_rig_manners "$1" habits) ;;
+        WEAKNESS) choices=$(__velloran_rig_manners "$1" weaknesses) ;;
         KIND)
             listed=${cur%"${cur##*,}"}
             COMPREPLY=($(compgen -P "$listed" -W "$(__velloran_rig_manners "$1" events)" -- "${cur##*,}"))

@@ -10,10 +10,15 @@ function __velloran_rig_defects
     velloran-rig dvr --list-defects --format markdown | string replace -rf '^\| `([a-z-]+)[^|]*\|[^|]*\|[^|]*\| ([^|]*) \|.*' '$1\t$2'
 end
 
-# Styles, events or habits.
+# Styles, events, habits or weaknesses.
 function __velloran_rig_manners --argument-names manners
     echo all
     velloran-rig dvr --list-$manners --format markdown | string replace -rf '^\| `([a-z-]+)[^|]*\| (.*) \|' '$1\t$2'
+end
+
+function __velloran_rig_weaknesses
+    echo all
+    velloran-rig dvr --list-weaknesses --format markdown | string replace -rf '^\| `([a-z0-9-]+)[^|]*\|[^|]*\| ([^|]*) \|.*' '$1\t$2'
 end
 
 function __velloran_rig_cases
@@ -41,6 +46,8 @@ function __velloran_rig_value --argument-names kind
             printf '%s\n' -x -a '(__velloran_rig_manners styles)'
         case HABIT
             printf '%s\n' -x -a '(__velloran_rig_manners habits)'
+        case WEAKNESS
+            printf '%s\n' -x -a '(__velloran_rig_weaknesses)'
         case KIND
             printf '%s\n' -x -a '(__fish_complete_list , "__velloran_rig_manners events")'
         case 'MESSAGE*'

@@ -28,9 +28,9 @@ const std::vector<Case>& AllCases();
 /// What the user wants to run.
 struct Selection {
     std::string names = "all";   // or names separated by commas
-    std::string faults = "";     // cases of the proxy's faults instead, as fault::Choose takes them
     std::string protocol = "2";  // "1", "2" or "both"
     bool bare = false;           // without the clean exports that run first and last
+    std::string faults = "";     // cases of the proxy's faults instead, as fault::Choose takes them
 };
 
 /// How long to wait for each thing, in seconds.
@@ -51,7 +51,7 @@ std::vector<Case> Select(const Selection& selection);
 Case RecoveryOf(const Case& plan);
 
 /// @return the table for people to read: name, switches, sentence; of the proxy's faults, if it chooses some
-std::string ListCases(const Selection& selection);
+std::string ListCases(const Selection& selection = {});
 
 /// @return whether the harness runs with this switch, such as 'z'
 bool Has(const Case& plan, char letter);

@@ -115,7 +115,7 @@ std::string HarnessWords(const CaseFacts& facts) {
 
 /// We did not stop the harness.
 Decision EndedByItself(const CaseFacts& facts) {
-    if (facts.harness->IsStatus(kPortTaken)) {
+    if (facts.harness->IsStatus(kPortTaken) || facts.isPortTaken) {
         return {Outcome::Environment, "port 5001 was taken"};
     }
     if (!facts.judged) {

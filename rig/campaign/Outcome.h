@@ -56,6 +56,7 @@ struct CaseFacts {
     End end = End::None;
     std::string words;                        // what ended it, where that needs words
     std::optional<Ending> harness;            // how its command ended
+    bool isPortTaken = false;                 // so that it could not be started
     bool isStopped = false;                   // we stopped it
     bool isConnected = false;                 // a DVR was there
     bool isDone = false;                      // the dialogue had come to its end

@@ -2,6 +2,7 @@
 #include <sys/utsname.h>
 #include <unistd.h>
 
+#include <array>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -9,6 +10,7 @@
 #include <random>
 #include <sstream>
 #include <stdexcept>
+#include <string_view>
 
 #include "rig/base/Printable.h"
 #include "rig/base/ShellWord.h"
@@ -43,10 +45,25 @@ std::optional<std::string> DvrCommand(const RunOptions& options) {
     return options.dvr;
 }
 
+bool IsProgram(const std::string& path) {
+    std::array<char, 4> begin = {};
+    std::ifstream(path, std::ios::binary).read(begin.data(), begin.size());
+    const std::string_view found(begin.data(), begin.size());
+    return found == "\177ELF" && access(path.c_str(), X_OK) == 0;
+}
+
+/// @return whether the harness may run in a network of its own: one that runs on this machine, and is no
+///         script, which may call another machine
+bool MayBeProxied(const RunOptions& options) {
+    return !options.isDirect && options.log.empty() && options.stop.empty() &&
+           (options.velloran.empty() || IsProgram(options.velloran)) && proxy::MayHaveOwnNetwork();
+}
+
 Rig RigOf(const RunOptions& options, std::uint32_t seed) {
     Rig rig;
     rig.harness = options.velloran.empty() ? DefaultHarness() : options.velloran;
     rig.proxy = ShellWord(OwnPath().string()) + " proxy";
+    rig.isDirect = !MayBeProxied(options);
     rig.log = options.log;
     rig.stop = options.stop;
     rig.dvr = DvrCommand(options);
@@ -126,6 +143,7 @@ CampaignRecord RecordOf(const RunOptions& options, const Rig& rig) {
     record.maxReaction = options.maxReaction;
     record.linger = options.linger;
     record.isStrict = options.strict;
+    record.isDirect = rig.isDirect;
     record.cases = PlannedCases(options);
     return record;
 }
@@ -142,7 +160,7 @@ std::string FolderOf(const RunOptions& options) {
     return name;
 }
 
-bool IsProgram(const std::string& path) {
+bool IsExecutable(const std::string& path) {
     std::error_code unknown;
     return fs::is_regular_file(path, unknown) && access(path.c_str(), X_OK) == 0;
 }
@@ -152,7 +170,7 @@ void CheckProxy(const RunOptions& options) {
     if (options.selection.faults.empty()) {
         return;
     }
-    if (!options.velloran.empty() && !IsProgram(options.velloran)) {
+    if (!options.velloran.empty() && !IsExecutable(options.velloran)) {
         throw std::runtime_error(
             fmt::format("--velloran: with --faults expected the path of a program on this machine, found {}",
                         Quoted(options.velloran)));

@@ -68,6 +68,8 @@ void AddCommandOptions(CLI::App& run, RunOptions& options) {
     TakesPath(
         *run.add_option("--log", options.log, "Where the harness's log goes (default: its standard output)"),
         "FILE");
+    run.add_flag("--direct", options.isDirect,
+                 "Have the DVR call the harness itself, not a proxy that has it in a network of its own");
     run.add_option_function<std::string>(
            "--dvr", [&options](const std::string& command) { options.dvr = command; },
            "Start this for each case; without COMMAND, the simulated DVR. Without --dvr, wait for a recorder")

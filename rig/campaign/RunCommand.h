@@ -23,6 +23,7 @@ struct RunOptions {
     std::string velloran;            // command; empty: the harness next to this program, or on PATH
     std::string log;                 // file to follow; empty: the command's standard output
     std::string stop;                // command; empty: SIGINT
+    bool isDirect = false;           // without a proxy
     std::optional<std::string> dvr;  // command; empty: the simulated DVR; none: wait for a recorder
     HookCommands hooks;
     Patience patience;

@@ -6,8 +6,10 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <string>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "rig/base/Complaint.h"
 #include "rig/base/Interrupts.h"
@@ -28,6 +30,7 @@ constexpr std::size_t kMostTextBytes = std::size_t{2} * 1024 * 1024;
 constexpr Milliseconds kPauseBetweenCalls(500);
 constexpr Milliseconds kFirstRetry(50);
 constexpr Milliseconds kLastRetry(1000);
+constexpr std::chrono::hours kForEver(24 * 365);
 
 std::unique_ptr<Dialogue> NewDialogue(const Scene& scene) {
     if (DialectOf(scene.options) == 2) {
@@ -59,14 +62,25 @@ struct Sequel {
     std::optional<std::chrono::minutes> absence;  // that DONE asked for; nothing: there was no DONE
 };
 
+/// What a weakness may make of the end of a call.
+CallEnd EndOf(Connection& connection, const Dialogue& dialogue, const Session& session,
+              Clock::time_point start) {
+    CallEnd end;
+    end.byBackend = connection.HasEnded();
+    end.byReset = connection.WasReset();
+    end.insideFrame = connection.Decoder().InsideFrame();
+    end.inExport = dialogue.HasBegun();
+    end.unheard = !session.HasHeard();
+    end.lasted = std::chrono::duration_cast<Milliseconds>(Clock::now() - start);
+    return end;
+}
+
 /// Holds one dialogue on a new connection.
-Sequel Play(const Scene& scene, Connection connection) {
+/// @param end  is set if it ends without DONE
+Sequel Play(const Scene& scene, Connection connection, CallEnd* end = nullptr) {
     const DvrOptions& options = scene.options;
     Transcript& transcript = scene.transcript;
     const std::unique_ptr<Dialogue> dialogue = NewDialogue(scene);
-    if (options.recorder) {
-        dialogue->Distrust();
-    }
     if (options.segment) {
         connection.SendInPieces(*options.segment, Milliseconds(options.gap));
     }
@@ -76,6 +90,13 @@ Sequel Play(const Scene& scene, Connection connection) {
                      FromSeconds(options.frameTimeout),
                      {Milliseconds(options.transferTime), options.rate}});
     Prepare(session, scene);
+    if (options.recorder) {
+        dialogue->Distrust();
+        if (!scene.weaknesses.AreNone()) {
+            session.Weaken(scene.weaknesses, scene.recordings);
+        }
+    }
+    const auto start = Clock::now();
     const auto noteEnd = [&](bool isDone) {
         transcript.Note((isDone ? "" : "not finished: ") + dialogue->Summary() + session.WireSummary());
     };
@@ -83,6 +104,9 @@ Sequel Play(const Scene& scene, Connection connection) {
         session.Run();
     } catch (const Failure&) {
         noteEnd(false);
+        if (end != nullptr) {
+            *end = EndOf(connection, *dialogue, session, start);
+        }
         throw;
     }
     noteEnd(dialogue->IsDone());
@@ -90,7 +114,8 @@ Sequel Play(const Scene& scene, Connection connection) {
 }
 
 /// Connects, however long it takes until someone listens.
-Connection Connect(const Scene& scene, int stop) {
+/// @param last  how the call before ended
+Connection Connect(const Scene& scene, int stop, CallEnd last) {
     for (Milliseconds pause = kFirstRetry;; pause = std::min(2 * pause, kLastRetry)) {
         try {
             return Connection::Open(scene.endpoint, Milliseconds(0), stop);
@@ -99,18 +124,25 @@ Connection Connect(const Scene& scene, int stop) {
                 scene.transcript.Note("nobody takes the call; trying again until someone does");
             }
         }
-        Pause(pause, stop);
+        last.thenRefused = true;
+        scene.weaknesses.HearOf(last);
+        Pause(scene.weaknesses.HaveGivenUp() ? kForEver : pause, stop);
     }
 }
 
 /// Calls once. @return how long the backend asked to be left alone; nothing if it did not
-std::optional<std::chrono::minutes> Call(const Scene& scene, int stop) {
-    const auto noteHangUp = [&](const char* why) { scene.transcript.Note(std::string("hung up: ") + why); };
+/// @param end  how the call before ended; becomes how this one does
+std::optional<std::chrono::minutes> Call(const Scene& scene, int stop, CallEnd& end) {
+    const auto noteHangUp = [&](const char* why) {
+        scene.transcript.Note(std::string("hung up: ") + why);
+        scene.weaknesses.HearOf(end);
+    };
     try {
-        Connection connection = Connect(scene, stop);
+        Connection connection = Connect(scene, stop, end);
+        end = CallEnd();
         connection.LimitFrames(FromSeconds(scene.options.timeout));
         connection.Decoder().Limit(kMostTextBytes);
-        return Play(scene, std::move(connection)).absence;
+        return Play(scene, std::move(connection), &end).absence;
     } catch (const Failure& failure) {
         if (failure.Status() == ExitStatus::Unusable) {
             throw;
@@ -141,9 +173,14 @@ void PlayAll(const Scene& scene) {
 
 void CallForEver(const Scene& scene) {
     Interrupts interrupts;
+    scene.weaknesses.Attach(scene.transcript, interrupts.Number());
+    CallEnd end;
     try {
         while (!IsOutputLost()) {
-            const auto absence = Call(scene, interrupts.Number()).value_or(std::chrono::minutes(0));
+            const auto absence = Call(scene, interrupts.Number(), end).value_or(std::chrono::minutes(0));
+            if (scene.weaknesses.HaveGivenUp()) {
+                Pause(kForEver, interrupts.Number());
+            }
             if (absence.count() > 0) {
                 scene.transcript.Note(fmt::format("calling again in {} min", absence.count()));
             }

@@ -5,6 +5,7 @@
 #include "rig/dvr/dialogue/Habits.h"
 #include "rig/dvr/recordings/Delivery.h"
 #include "rig/dvr/recordings/Recordings.h"
+#include "rig/dvr/weaknesses/Weaknesses.h"
 #include "rig/dvr/wire/Connection.h"
 #include "rig/dvr/wire/Style.h"
 #include "rig/dvr/wire/Transcript.h"
@@ -21,6 +22,7 @@ struct Scene {
     const Style& style;
     const Habits& habits;
     Injector& injector;
+    Weaknesses& weaknesses;
     WireCheck& wireCheck;
     Transcript& transcript;
 };

@@ -22,6 +22,7 @@
 #include "rig/dvr/recordings/FolderRecordings.h"
 #include "rig/dvr/recordings/SyntheticRecordings.h"
 #include "rig/dvr/replay/ReplayCommand.h"
+#include "rig/dvr/weaknesses/Weaknesses.h"
 #include "rig/dvr/wire/Connection.h"
 #include "rig/dvr/wire/Transcript.h"
 #include "rig/dvr/wire/WireCheck.h"
@@ -112,6 +113,10 @@ void PlayRecordings(const DvrOptions& options) {
     for (const std::string& habit : options.habits) {
         habits.Add(habit);
     }
+    Weaknesses weaknesses(DialectOf(options));
+    for (const std::string& weakness : options.weaknesses) {
+        weaknesses.Add(weakness);
+    }
     const std::unique_ptr<Recordings> recordings = OpenRecordings(options);
     const std::uint32_t seed = options.seed.value_or(std::random_device()());
     Injector injector = NewInjector(options, *recordings, seed);
@@ -125,8 +130,8 @@ void PlayRecordings(const DvrOptions& options) {
         transcript.Note("seed " + std::to_string(seed));
     }
     WireCheck wireCheck(DialectOf(options), injector.HasDefects());
-    const Scene scene = {options, *recordings, endpoint,  delivery.get(), style,
-                         habits,  injector,    wireCheck, transcript};
+    const Scene scene = {options, *recordings, endpoint,   delivery.get(), style,
+                         habits,  injector,    weaknesses, wireCheck,      transcript};
     if (options.recorder) {
         CallForEver(scene);
         return;

@@ -43,6 +43,7 @@ struct DvrOptions {
     std::string onSizeError = "close";      // or "continue"
     bool wireCheck = false;
     bool recorder = false;
+    std::vector<std::string> weaknesses;
     std::vector<std::string> styles;
     std::vector<std::string> habits;
     std::vector<DefectOption> defects;

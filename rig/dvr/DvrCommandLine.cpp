@@ -11,6 +11,7 @@
 #include "rig/dvr/dialogue/Habits.h"
 #include "rig/dvr/recordings/EventKinds.h"
 #include "rig/dvr/replay/ReplayCommand.h"
+#include "rig/dvr/weaknesses/Weakness.h"
 #include "rig/dvr/wire/Style.h"
 #include "rig/protocol/Catalogue.h"
 
@@ -33,17 +34,6 @@ constexpr const char* kDvrStatuses =
     "The DVR closes the connection when the dialogue is done. The harness expects that in protocol 1.0\n"
     "after DONE, and in 2.0 if it was started with -c. Otherwise, and in both after a refused\n"
     "configuration update, it then spins on the closed connection until it is interrupted.";
-
-/// Added after all options that it excludes.
-void AddRecorderOption(CLI::App& dvr, DvrOptions& options) {
-    auto* const recorder = dvr.add_flag(
-        "--recorder", options.recorder,
-        "Do as a recorder in the field: call again after each end of a connection, hang up on what "
-        "cannot be read, refuse what must not be done, until SIGINT or SIGTERM");
-    for (const char* other : {"--wait", "--defect", "--wire-check", "--on-size-error", "--replay"}) {
-        recorder->excludes(dvr.get_option(other));
-    }
-}
 
 /// How long the DVR waits.
 void AddTimeOptions(CLI::App& dvr, DvrOptions& options) {
@@ -171,6 +161,23 @@ void AddWireOptions(CLI::App& dvr, DvrOptions& options) {
         ->check(OneOf("close", "continue"))
         ->type_name("close|continue")
         ->capture_default_str();
+}
+
+/// Added after all options that it excludes.
+void AddRecorderOption(CLI::App& dvr, DvrOptions& options) {
+    auto* const recorder = dvr.add_flag(
+        "--recorder", options.recorder,
+        "Do as a recorder in the field: call again after each end of a connection, hang up on what "
+        "cannot be read, refuse what must not be done, until SIGINT or SIGTERM");
+    for (const char* other : {"--wait", "--defect", "--wire-check", "--on-size-error", "--replay"}) {
+        recorder->excludes(dvr.get_option(other));
+    }
+    dvr.add_option("--weakness", options.weaknesses,
+                   "Be weak in this way (see --list-weaknesses), or in all; may be given several times")
+        ->type_name("WEAKNESS[=VALUE]")
+        ->allow_extra_args(false)
+        ->needs(recorder);
+    AddList(dvr, options, "--list-weaknesses", "weaknesses", ListWeaknesses);
 }
 
 }  // namespace

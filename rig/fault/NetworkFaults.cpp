@@ -29,7 +29,7 @@ Script Latency(const Scene& scene) {
 }
 
 Script Jitter(const Scene& scene) {
-    std::uniform_int_distribution<long> time(0, TimeOf(scene.value).count());
+    std::uniform_int_distribution<std::chrono::milliseconds::rep> time(0, TimeOf(scene.value).count());
     return {Wait(Milliseconds(time(scene.random))), Send(FrameOf(scene.text))};
 }
 

@@ -1,5 +1,7 @@
 #include "rig/judge/Exchange.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -25,7 +27,7 @@ std::string_view ValueOf(const std::optional<std::string>& attribute) {
 }
 
 std::string FileIn(const Arrival& message) {
-    return Printable(message.reid.value_or("")) + "/" + Printable(message.file.value_or(""));
+    return fmt::format("{}/{}", ValueOf(message.reid), ValueOf(message.file));
 }
 
 }  // namespace
@@ -216,12 +218,12 @@ void Exchange::IgnoreLast(log::Sign why, const Place& place) {
                               : last_.reid ? Instead(*last_.reid, answered_->reid)
                                            : "no reid instead of " + Printable(answered_->reid);
     if (why == log::Sign::WrongFile && FileIn(last_) == FileIn(completed_)) {
-        run_.completedAgain.Add(place, FileIn(completed_));
+        run_.completedAgain.Add(place, Printable(FileIn(completed_)));
     } else if (why == log::Sign::WrongFile) {
         const std::string known = answered_ ? answered_->reid + "/" + answered_->file : "";
-        const std::string given = last_.reid.value_or("") + "/" + last_.file.value_or("");
+        const std::string given = FileIn(last_);
         run_.otherFile.Add(
-            place, asked.empty() ? "" : FileIn(last_) + " instead of " + asked + Difference(given, known));
+            place, asked.empty() ? "" : Printable(given) + " instead of " + asked + Difference(given, known));
     } else if (why == log::Sign::EventReidWrong && answered_) {
         run_.otherEvent.Add(place, about);
     } else if (why == log::Sign::AckReidWrong && answered_) {

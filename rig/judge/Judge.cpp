@@ -10,7 +10,7 @@ namespace {
 
 /// The library's message on standard error: "velloran: FILE:LINE: FUNCTION: Assertion `...' failed."
 bool IsAssertion(std::string_view line) {
-    return line.size() > 9 && line.find("velloran: ") != std::string_view::npos &&
+    return line.find("velloran: ") != std::string_view::npos &&
            line.find(": Assertion `") != std::string_view::npos;
 }
 

@@ -95,11 +95,12 @@ class LogsJudged {
 
     void Run() {
         const bool wantsSteps = options_.timeline || !options_.json.empty() || !options_.html.empty();
-        Limits limits{options_.patience,          options_.maxReaction, options_.strict, {},
-                      PlaceOf(options_.delivery), options_.proxy};
-        if (limits.delivered) {
-            limits.delivered->progress = ShownProgress();
-        }
+        const Limits limits{options_.patience,
+                            options_.maxReaction,
+                            options_.strict,
+                            {},
+                            PlaceOf(options_.delivery, ShownProgress()),
+                            options_.proxy};
         const Keep keep{wantsSteps, !options_.html.empty(), WantsFiles(options_)};
         Judge judge(limits, keep, [this](result::RunResult run) {
             if (!known_.empty()) {

@@ -11,8 +11,7 @@ namespace rig::judge {
 /// A request with a fault that the DVR reports, but as something else.
 bool Exchange::ReportsAnotherFault(const Arrival& message, const Place& place) {
     const auto request = std::find_if(run_.pending.begin(), run_.pending.end(), [&](const Request& waiting) {
-        const bool isReportable = waiting.fault != Fault::None && waiting.fault != Fault::Xfer &&
-                                  protocol::IsReport(waiting.expects);
+        const bool isReportable = waiting.fault != Fault::Xfer && protocol::IsReport(waiting.expects);
         return isReportable && protocol::IsReport(message.name) && IsExact(waiting, message);
     });
     if (request == run_.pending.end() || message.name == "XFER_IN_PROGRESS") {

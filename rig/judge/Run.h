@@ -51,12 +51,12 @@ struct FaultRecord {
 
 /// A request of the harness that is waiting for its answer.
 struct Request : log::Request {
-    std::string_view expects;          // FILE_COMPLETE
-    std::optional<std::int64_t> time;  // when it went out, microseconds
-    bool isOvertaken = false;          // DONE went out while it waited
-    std::string mistake;               // why the harness ignored what came as its answer; empty if it did not
-    KeptLine line;                     // with its first byte
-    bool mayBeRefused = false;         // the log cannot tell whether the DVR has what it asks for
+    std::string_view expects = {};          // FILE_COMPLETE
+    std::optional<std::int64_t> time = {};  // when it went out, microseconds
+    bool isOvertaken = false;               // DONE went out while it waited
+    std::string mistake = {};   // why the harness ignored what came as its answer; empty if it did not
+    KeptLine line = {};         // with its first byte
+    bool mayBeRefused = false;  // the log cannot tell whether the DVR has what it asks for
     std::optional<std::int64_t> heard = {};  // when the DVR last said that it is at it, microseconds
 
     /// @return name, event and file
@@ -135,6 +135,8 @@ struct Run {
     Tally emptyNames;          // files with an empty `name` in a description
     Tally notFiles;            // comments and text in a stream
     Tally notEvents;           // comments and text in a list of events
+    Tally secondLists;         // another `events` in EVENT_LIST
+    Tally secondDescriptions;  // another `xmlFile` in EVENT or XML
     Tally emptyList;           // XML that lists nothing
     Tally terminated;          // messages whose length counts NULs after the text
     Tally deadlyDescriptions;  // after which an exception ended the harness, for no other reason known here

@@ -216,7 +216,7 @@ void RunModel::TakeMalformed(const log::Message& message, const Place& place) {
 void RunModel::TakeListed(const log::Listed& listed, const Place& place) {
     const auto add = [&](Tally& tally, std::size_t times, DescriptionFault fault) {
         for (std::size_t time = 0; time < times; ++time) {
-            tally.Add(place, tally.Any() ? "" : ShownDescription(reader_.LastMessage(), fault));
+            tally.Add(place, tally.Any() ? std::string() : ShownDescription(reader_.LastMessage(), fault));
         }
     };
     for (const std::string& reid : listed.doubled) {
@@ -233,13 +233,15 @@ void RunModel::TakeListed(const log::Listed& listed, const Place& place) {
     add(run_.namelessFiles, listed.namelessFiles, DescriptionFault::NamelessFile);
     const auto addShown = [&](Tally& tally, std::size_t times) {
         for (std::size_t time = 0; time < times; ++time) {
-            tally.Add(place, tally.Any() ? "" : Shown(reader_.LastMessage()));
+            tally.Add(place, tally.Any() ? std::string() : Shown(reader_.LastMessage()));
         }
     };
     addShown(run_.notFiles, listed.notFiles);
     addShown(run_.notEvents, listed.notEvents);
-    addShown(run_.noDescriptions, listed.noDescriptions ? 1 : 0);
-    addShown(run_.emptyList, listed.isEmpty ? 1 : 0);
+    addShown(run_.noDescriptions, std::size_t{listed.noDescriptions});
+    addShown(reader_.LastMessage().name == "EVENT_LIST" ? run_.secondLists : run_.secondDescriptions,
+             std::size_t{listed.hasSecond});
+    addShown(run_.emptyList, std::size_t{listed.isEmpty});
     run_.hasEmptyEvent = run_.hasEmptyEvent || listed.emptyEvents > 0;
     run_.files += listed.files;
     run_.hasLargeEvent = run_.hasLargeEvent || listed.hasLargeEvent;
@@ -274,7 +276,8 @@ void RunModel::TakeRejection(const log::Statement& statement, const Place& place
 }
 
 void RunModel::TakeRequest(const Place& place) {
-    Request request{reader_.LastRequest(), "", now_, false, "", {}};
+    Request request{reader_.LastRequest()};
+    request.time = now_;
     run_.lines->Keep(place, request.line);
     if (keep_.steps) {
         AddStep(Step::Kind::FromHarness, request.Words(), place);

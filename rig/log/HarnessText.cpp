@@ -11,8 +11,8 @@
 namespace rig::log {
 namespace {
 
-constexpr unsigned int kWithAllNodes = (pugi::parse_default | pugi::parse_comments | pugi::parse_pi) &
-                                       ~(pugi::parse_wconv_attribute | pugi::parse_eol);
+constexpr unsigned int kWithAllNodes =
+    (pugi::parse_default | pugi::parse_comments | pugi::parse_pi) & ~pugi::parse_eol;
 
 bool IsBlank(char byte) {
     return byte == ' ' || (byte >= '\t' && byte <= '\r');

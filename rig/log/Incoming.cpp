@@ -1,14 +1,9 @@
 #include "rig/log/Incoming.h"
 
-#include <fmt/format.h>
-
-#include <algorithm>
-
 namespace rig::log {
 namespace {
 
 constexpr std::size_t kLongest = std::size_t{64} << 20;  // bytes: memory must not grow with the log
-constexpr std::int64_t kSlice = 800;                     // bytes of a message in one statement
 
 }  // namespace
 
@@ -30,16 +25,6 @@ bool Incoming::AddSlice(const Statement& slice) {
     AppendUnescaped(text_, slice.detail.substr(colon + 1));
     isOpen_ = static_cast<std::int64_t>(text_.size()) < announced_;
     return true;
-}
-
-std::string Incoming::NextHead() const {
-    const auto start = static_cast<std::int64_t>(text_.size());
-    return fmt::format("GetMessage:incoming message, bytes {} to {}:", start + 1,
-                       start + std::min(announced_, kSlice));
-}
-
-std::int64_t Incoming::NextBytes() const {
-    return std::clamp<std::int64_t>(announced_ - static_cast<std::int64_t>(text_.size()), 0, kSlice);
 }
 
 }  // namespace rig::log

@@ -23,11 +23,6 @@ class Incoming {
     /// @return bytes that the prefix announces
     std::int64_t Announced() const { return announced_; }
 
-    /// @return how the statement with the next slice begins, and how many bytes of the message follow:
-    /// "GetMessage:incoming message, bytes 801 to 1600:"
-    std::string NextHead() const;
-    std::int64_t NextBytes() const;
-
     /// @return what has come, byte for byte
     const std::string& Text() const { return text_; }
 

@@ -99,7 +99,6 @@ void FollowLog(const std::string& name, const TakeLine& take, const std::functio
         }
         if (*count > 0) {
             lines.Add({chunk.data(), *count});
-            patience = kLastWords;
         } else if (!isOver || input.IsStandardInput() || isOver() || patience <= 0) {
             break;
         } else {

@@ -14,6 +14,10 @@ bool IsElement(const pugi::xml_node& node) {
     return node.type() == pugi::node_element;
 }
 
+bool HasSecond(const pugi::xml_node& message, const char* name) {
+    return message.child(name).next_sibling(name);
+}
+
 }  // namespace
 
 void WorkLists::Append(const WorkLists& more) {
@@ -23,6 +27,7 @@ void WorkLists::Append(const WorkLists& more) {
 
 Listed WorkLists::TakeEventList(const pugi::xml_node& message) {
     Listed listed;
+    listed.hasSecond = HasSecond(message, "events");
     std::set<std::string> seen;
     // Every sibling counts as an event, whatever its name.
     for (pugi::xml_node event = message.child("events").child("event"); event; event = event.next_sibling()) {
@@ -41,6 +46,7 @@ Listed WorkLists::TakeEventList(const pugi::xml_node& message) {
 
 Listed WorkLists::TakeEvent(const pugi::xml_node& message) {
     Listed listed;
+    listed.hasSecond = HasSecond(message, "xmlFile");
     TakeDescription(TextOf(message.child("xmlFile")), message.attribute("reid").value(), listed);
     listed.hasLargeEvent = listed.files >= 2;
     return listed;
@@ -58,6 +64,7 @@ Listed WorkLists::TakeXml(const pugi::xml_node& message) {
             listed.doubled.push_back(reid);
         }
     }
+    listed.hasSecond = HasSecond(message, "xmlFile");
     listed.noDescriptions = !container;
     listed.isEmpty = container && !container.find_child(IsElement);
     listed.noFiles += container && !container.child("string") && !listed.isEmpty ? 1U : 0U;

@@ -31,6 +31,7 @@ struct Listed {
     // Of the list itself:
     std::size_t emptyEvents = 0;  // elements of EVENT_LIST without an identifier
     std::size_t notEvents = 0;    // what EVENT_LIST holds after its first event besides elements
+    bool hasSecond = false;       // another `events` or `xmlFile`, which the harness does not read
     bool noDescriptions = false;  // XML without `xmlFile`
     bool isEmpty = false;         // XML that has `xmlFile`, and nothing in it
 };

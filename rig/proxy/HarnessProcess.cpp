@@ -12,6 +12,7 @@ namespace rig::proxy {
 namespace {
 
 constexpr int kTimeToStop = 5000;  // milliseconds
+constexpr std::chrono::seconds kSameWish{1};
 
 }  // namespace
 
@@ -43,8 +44,15 @@ void HarnessProcess::Interrupt() {
 }
 
 void HarnessProcess::Obey(Interrupts& interrupts) {
-    for (; obeyed_ < interrupts.Count(); ++obeyed_) {
-        obeyed_ == 0 ? Interrupt() : command_.Signal(SIGKILL);
+    const auto now = std::chrono::steady_clock::now();
+    if (interrupts.Count() == std::exchange(obeyed_, interrupts.Count())) {
+        return;
+    }
+    if (!obeyedFirst_) {
+        obeyedFirst_ = now;
+        Interrupt();
+    } else if (now - *obeyedFirst_ >= kSameWish) {
+        command_.Signal(SIGKILL);
     }
 }
 

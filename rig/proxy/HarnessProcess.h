@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 
@@ -35,7 +36,8 @@ class HarnessProcess {
     /// Interrupts it, as a signal to the proxy does; once.
     void Interrupt();
 
-    /// Interrupts it when a signal has come, and kills it when another has.
+    /// Interrupts it when a signal has come, and kills it when another has come a second later or after that:
+    /// some who end a process send it more than one.
     void Obey(Interrupts& interrupts);
 
     /// @return whether it has ended, which the log then says
@@ -50,6 +52,7 @@ class HarnessProcess {
     Guard guard_;
     std::optional<Ending> end_;
     unsigned int obeyed_ = 0;  // signals
+    std::optional<std::chrono::steady_clock::time_point> obeyedFirst_;
     bool isInterrupted_ = false;
 };
 

@@ -85,10 +85,13 @@ void Link::React(const Waits& ready) {
     }
 }
 
-/// The harness has taken the connection if the error is 0.
+/// The harness has taken the connection if the error is 0, or tells of what came after: what it sent before
+/// may wait to be read.
 void Link::FinishConnecting(int error) {
     isConnecting_ = false;
-    if (error != 0) {
+    if (error == ECONNRESET || error == EPIPE) {
+        harness_.Fail(error);
+    } else if (error != 0) {
         log_.Refused(number_, std::strerror(error));
         dvr_.Reset();
         Finish();

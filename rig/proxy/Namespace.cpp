@@ -42,24 +42,23 @@ void WriteOfProcess(const std::string& name, const std::string& text) {
         path);
 }
 
-void LeaveNetwork() {
-    const uid_t user = geteuid();
-    const gid_t group = getegid();
-    if (user == 0 && unshare(CLONE_NEWNET) == 0) {
-        return;
-    }
-    Require(unshare(CLONE_NEWUSER | CLONE_NEWNET) == 0, "user and network namespace");
-    WriteOfProcess("setgroups", "deny");
-    WriteOfProcess("uid_map", fmt::format("{0} {0} 1", user));
-    WriteOfProcess("gid_map", fmt::format("{0} {0} 1", group));
-}
-
-void TurnOnLoopback() {
+bool TurnOnLoopback() {
     const Descriptor any(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     ifreq device = {};
     std::strcpy(device.ifr_name, kLoopback);
     device.ifr_flags = IFF_UP | IFF_RUNNING;
-    Require(any.IsOpen() && ioctl(any.Number(), SIOCSIFFLAGS, &device) == 0, "loopback device");
+    return any.IsOpen() && ioctl(any.Number(), SIOCSIFFLAGS, &device) == 0;
+}
+
+/// In a user namespace the user has all privileges, over that one network alone.
+void LeaveNetworkAsUser() {
+    const uid_t user = geteuid();
+    const gid_t group = getegid();
+    Require(unshare(CLONE_NEWUSER | CLONE_NEWNET) == 0, "user and network namespace");
+    WriteOfProcess("setgroups", "deny");
+    WriteOfProcess("uid_map", fmt::format("{0} {0} 1", user));
+    WriteOfProcess("gid_map", fmt::format("{0} {0} 1", group));
+    Require(TurnOnLoopback(), "loopback device");
 }
 
 /// As `ip route add local 0.0.0.0/0 dev lo`.
@@ -96,8 +95,10 @@ void TakeAllAddresses() {
 }  // namespace
 
 void EnterOwnNetwork() {
-    LeaveNetwork();
-    TurnOnLoopback();
+    const bool isDone = geteuid() == 0 && unshare(CLONE_NEWNET) == 0 && TurnOnLoopback();
+    if (!isDone) {
+        LeaveNetworkAsUser();
+    }
     TakeAllAddresses();
 }
 

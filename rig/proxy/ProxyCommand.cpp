@@ -32,8 +32,8 @@ constexpr int kLowestPort = 1;
 constexpr const char* kProxyStatuses =
     "Exit status: 64 usage, an address that cannot be used, no network for the harness, or a log that\n"
     "cannot be written; 130 interrupted by SIGINT, SIGTERM or SIGHUP, which is how it ends.\n"
-    "With --harness-command the harness's, or 128 + the signal that ended it. The first such signal\n"
-    "interrupts it, the next one kills it.";
+    "With --harness-command the harness's, or 128 + the signal that ended it. Such a signal\n"
+    "interrupts it; another one, a second later or after that, kills it.";
 
 /// A check that the text is a place as `form` shows it.
 CLI::Validator Place(const std::string& form, bool needsHost, int lowestPort) {

@@ -13,6 +13,7 @@
 #include <sstream>
 
 #include "tests/support/LogLine.h"
+#include "tests/support/Program.h"
 #include "tests/support/Until.h"
 #include "tests/support/World.h"
 
@@ -26,16 +27,10 @@ void Redirect(int descriptor, const char* path) {
     dup2(open(path, O_CREAT | O_TRUNC | O_RDWR | O_CLOEXEC, 0644), descriptor);
 }
 
-[[noreturn]] void Become(std::vector<std::string> words, pid_t parent) {
-    std::vector<char*> arguments;
-    arguments.reserve(words.size() + 1);
-    for (std::string& word : words) {
-        arguments.push_back(word.data());
-    }
-    arguments.push_back(nullptr);
+[[noreturn]] void Become(const std::vector<std::string>& words, pid_t parent) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() == parent) {
-        execv(VELLORAN_RIG, arguments.data());
+        RigCommand(words).Run();
     }
     _exit(127);
 }
@@ -60,7 +55,7 @@ bool HasMark(const std::string& line, const std::string& defect) {
 }  // namespace
 
 Dvr::Dvr(const std::vector<std::string>& arguments) {
-    std::vector<std::string> words = {"velloran-rig", "dvr"};
+    std::vector<std::string> words = {"dvr"};
     words.insert(words.end(), arguments.begin(), arguments.end());
     const pid_t parent = getpid();
     pid_ = fork();

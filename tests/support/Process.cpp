@@ -14,9 +14,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <sstream>
 #include <stdexcept>
+
+#include "tests/support/Command.h"
 
 namespace {
 
@@ -52,13 +52,6 @@ void Prepare(pid_t parent, const Launch& launch) {
     }
 }
 
-/// The words of VELLORAN_HARNESS: an emulator, its options and another target's program.
-std::vector<std::string> EmulatorsWords() {
-    const char* const command = getenv("VELLORAN_HARNESS");
-    std::istringstream words(command ? command : "");
-    return {std::istream_iterator<std::string>(words), {}};
-}
-
 /// An emulator's own line on standard error, before the signal that ends the program, is not the program's.
 void DropEmulatorsWord(std::string& error) {
     const std::size_t start = error.find("qemu: uncaught target signal ");
@@ -66,33 +59,6 @@ void DropEmulatorsWord(std::string& error) {
     if (end not_eq std::string::npos) {
         error.erase(start, end + 1 - start);
     }
-}
-
-/// The program's file, then its arguments from its name on.
-struct Command {
-    std::string program;
-    std::vector<std::string> words;
-};
-
-Command CommandWith(const std::vector<std::string>& switches) {
-    std::vector<std::string> words = EmulatorsWords();
-    const std::string program = words.empty() ? VELLORAN_PROGRAM : words.front();
-    if (words.empty()) {
-        words = {"velloran"};
-    }
-    words.insert(words.end(), switches.begin(), switches.end());
-    return {program, words};
-}
-
-[[noreturn]] void Run(Command& command) {
-    std::vector<char*> arguments;
-    arguments.reserve(command.words.size() + 1);
-    for (std::string& word : command.words) {
-        arguments.push_back(word.data());
-    }
-    arguments.push_back(nullptr);
-    execvp(command.program.c_str(), arguments.data());
-    _exit(127);
 }
 
 }  // namespace
@@ -103,7 +69,7 @@ Process::Process(const std::vector<std::string>& switches, const Launch& launch)
     MakePipe(out);
     MakePipe(err);
     // Made here, as a sanitizer needs descriptors that the child may no longer have.
-    Command command = CommandWith(switches);
+    Command command = HarnessCommand(switches);
     const pid_t parent = getpid();
     pid_ = fork();
     if (pid_ == 0) {
@@ -111,7 +77,7 @@ Process::Process(const std::vector<std::string>& switches, const Launch& launch)
         dup2(launch.output == -1 ? out[1] : launch.output, STDOUT_FILENO);
         dup2(err[1], STDERR_FILENO);
         Prepare(parent, launch);
-        Run(command);
+        command.Run();
     }
     close(out[1]);
     close(err[1]);

@@ -21,9 +21,6 @@ struct Launch {
 
 /// The real program as a child process, with its output. It reads /dev/null, has only the standard
 /// descriptors, dumps no core, and does not outlive this object or this process.
-///
-/// VELLORAN_HARNESS in the environment names another program instead: words separated by blanks, such as
-/// "qemu-arm -0 velloran -L /usr/arm-linux-gnueabihf build/armhf/bin/velloran".
 class Process {
  public:
     Process(const std::vector<std::string>& switches, const Launch& launch);

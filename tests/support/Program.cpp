@@ -47,16 +47,11 @@ struct Pipe {
     if (surroundings.prepare) {
         surroundings.prepare();
     }
-    std::vector<char*> words{const_cast<char*>("velloran-rig")};
-    for (const std::string& argument : arguments) {
-        words.push_back(const_cast<char*>(argument.c_str()));
-    }
-    words.push_back(nullptr);
+    Command command = RigCommand(arguments);
     dup2(open("/dev/null", O_RDONLY | O_CLOEXEC), STDIN_FILENO);
     dup2(output, STDOUT_FILENO);
     dup2(errors, STDERR_FILENO);
-    execv(VELLORAN_RIG, words.data());
-    _exit(127);
+    command.Run();
 }
 
 /// Appends what can be read. @return whether more may come
@@ -89,6 +84,10 @@ bool Collect(const Pipe& output, const Pipe& errors, ProgramResult& result) {
 }
 
 }  // namespace
+
+Command RigCommand(const std::vector<std::string>& arguments) {
+    return CommandOf("VELLORAN_RIG", VELLORAN_RIG, "velloran-rig", arguments);
+}
 
 ProgramResult RunRig(const std::vector<std::string>& arguments, const ProgramSurroundings& surroundings) {
     Pipe output(surroundings.onTerminal);

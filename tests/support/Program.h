@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/Command.h"
+
 /// What a run of a program left.
 struct ProgramResult {
     int status = -1;  // exit status; -1 when a signal ended it
@@ -21,6 +23,9 @@ struct ProgramSurroundings {
     std::function<void()> prepare;         // called in the new process, before the program takes its place
     std::function<void(pid_t process)> started;  // called when the program runs
 };
+
+/// velloran-rig with these arguments, or what VELLORAN_RIG in the environment names.
+Command RigCommand(const std::vector<std::string>& arguments = {});
 
 /// Runs velloran-rig with these arguments to its end, with empty standard input. Ends it, and fails the test,
 /// if it takes more than 30 seconds.

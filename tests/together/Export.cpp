@@ -58,7 +58,7 @@ Export::Export(const Recipe& recipe, Here here)
     harness_.emplace(WordsOf("-p " + recipe.dialect + " " + recipe.switches));
     harness_->Listens(here);
     if (recipe.manners.find(kThroughProxy) not_eq std::string::npos) {
-        proxy_.emplace(5001, 5002, here);
+        proxy_.emplace(5001, 5002, std::vector<std::string>(), here);
     }
     dvr_.emplace(Arguments(recipe));
     if (recipe.manners.find(kRecorder) == std::string::npos) {

@@ -123,6 +123,7 @@ Json OptionsOf(const CampaignRecord& campaign) {
             {"patience", campaign.patience.answer},
             {"maxReaction", Optional(campaign.maxReaction)},
             {"strict", campaign.isStrict},
+            {"direct", campaign.isDirect},
             {"connectTimeout", campaign.patience.connect},
             {"idleTimeout", campaign.patience.idle},
             {"transferTimeout", campaign.patience.transfer},

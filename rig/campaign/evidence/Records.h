@@ -91,6 +91,7 @@ struct CampaignRecord {
     std::optional<double> maxReaction;
     std::optional<double> linger;
     bool isStrict = false;
+    bool isDirect = false;
     std::int64_t begin = 0;
     std::optional<std::int64_t> end;
     std::vector<CaseRecord> cases;  // all planned ones, in order

@@ -87,7 +87,11 @@ void CaseRun::Play() {
         PlayFault();
         return;
     }
-    Export played(rig_, folder_, record_, interrupts_, display_);
+    Manner manner;
+    if (!rig_.isDirect) {
+        manner.harness = ProxiedCommand(rig_, folder_, record_.plan, false);
+    }
+    Export played(rig_, folder_, record_, interrupts_, display_, std::move(manner));
     result::Result result = played.Run();
     Take(played);
     TakeVerdict(std::move(result));
@@ -97,7 +101,7 @@ void CaseRun::Play() {
 void CaseRun::PlayFault() {
     Rig rig = rig_;
     rig.limits.proxy = folder_.PathOf(kProxyLog);
-    Manner manner{ProxiedCommand(rig_, folder_, record_.plan), true, true, true};
+    Manner manner{ProxiedCommand(rig_, folder_, record_.plan, true), true, true, true};
     Export played(rig, folder_, record_, interrupts_, display_, std::move(manner));
     result::Result result = played.Run();
     Take(played);
@@ -117,7 +121,7 @@ void CaseRun::Recover(std::unique_ptr<Child> dvr) {
     const CaseFolder folder(folder_.PathOf("recovery"));
     Rig rig = rig_;
     rig.limits.proxy = folder.PathOf(kProxyLog);
-    Manner manner{ProxiedCommand(rig_, folder, record.plan), true, true, false, std::move(dvr)};
+    Manner manner{ProxiedCommand(rig_, folder, record.plan, true), true, true, false, std::move(dvr)};
     Export played(rig, folder, record, interrupts_, display_, std::move(manner));
     result::Result result = played.Run();
     CaseFacts facts = played.Facts();

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <utility>
 
+#include "rig/base/Complaint.h"
 #include "rig/base/Port.h"
 #include "rig/base/Printable.h"
 #include "rig/campaign/execution/FreePort.h"
@@ -71,32 +72,32 @@ void Export::StartCapture() try {
     display_.Warn(record_.id + ": no capture: " + error.what());
 }
 
+bool Export::IsPortFree(double waited) {
+    if (IsProxied() && MayBeReused(kHarnessPort)) {
+        return true;
+    }
+    FreePort(LookAtPort(kHarnessPort), waited >= kTimeToClose);
+    return LookAtPort(kHarnessPort).connections.empty();
+}
+
 /// The system holds the port for a while if the harness closed a connection first, and the harness cannot
 /// bind to a held port.
 bool Export::AwaitPort() {
-    if (!manner_.harness.empty()) {
-        return !interrupts_.Came();  // the proxy can listen at a port that is held
-    }
     const Clock::time_point begin = Clock::now();
-    PortUse use;
-    const auto isFreed = [&] {
-        FreePort(LookAtPort(kHarnessPort), Since(begin) >= kTimeToClose);
-        use = LookAtPort(kHarnessPort);
-        return use.connections.empty();
-    };
-    bool isFree = isFreed();
+    bool isFree = IsPortFree(0);
     if (!isFree) {
         const auto isOver = [&] {
             const double left = kPortPatience - Since(begin);
+            const double held = LookAtPort(kHarnessPort).SecondsHeld().value_or(left);
             display_.Show("waiting for port 5001, which the last connection still holds",
-                          fmt::format("at most {:.0f} s left",
-                                      std::ceil(std::min(use.SecondsHeld().value_or(left), left))));
-            return interrupts_.Came() || isFreed();
+                          fmt::format("at most {:.0f} s left", std::ceil(std::min(held, left))));
+            isFree = IsPortFree(Since(begin));
+            return interrupts_.Came() || isFree;
         };
-        isFree = Until(kPortPatience, isOver, kSlowTick) && use.connections.empty();
+        Until(kPortPatience, isOver, kSlowTick);
         record_.times.waited += Since(begin);
     }
-    wasListening_ = use.isListening;
+    wasListening_ = LookAtPort(kHarnessPort).isListening;
     if (interrupts_.Came()) {
         facts_.end = End::Interrupted;
         facts_.words = "before the harness could start";
@@ -195,10 +196,13 @@ void Export::LookAtDvr() {
     }
 }
 
-/// A connection that the DVR has closed leaves no line in the log: the harness reads on and on.
+/// A connection that the DVR has closed or reset leaves no line in the log: the harness reads on and on.
 void Export::LookAtConnection() {
-    if (watch_->IsConnected() && watch_->SilentFor(Clock::now()) >= rig_.patience.answer &&
-        LookAtPort(kHarnessPort).IsClosedByPeer()) {
+    if (!watch_->IsConnected() || watch_->SilentFor(Clock::now()) < rig_.patience.answer) {
+        return;
+    }
+    const PortUse use = LookAtPort(kHarnessPort);
+    if (use.IsClosedByPeer() || (use.isListening && !use.IsConnected())) {
         watch_->ConnectionClosed();
     }
 }
@@ -282,8 +286,17 @@ void Export::TakePackets() {
     }
 }
 
+/// The proxy tells of the signal that ended the harness as a shell does.
+std::optional<Ending> Export::EndOfHarness() const {
+    const std::optional<Ending> end = harness_->Command().End();
+    const int status = end ? end->status.value_or(0) : 0;
+    return !IsProxied() || status <= 128 ? end : Ending{{}, status - 128};
+}
+
 void Export::TakeEnd(Clock::time_point begin) {
-    facts_.harness = record_.harness.end = harness_->Command().End();
+    facts_.harness = record_.harness.end = EndOfHarness();
+    facts_.isPortTaken =
+        IsProxied() && wasListening_ && facts_.harness && facts_.harness->IsStatus(kUsageStatus);
     facts_.errors = harness_->LastError();
     facts_.isDone = watch_->IsDone();
     CaseTimes& times = record_.times;

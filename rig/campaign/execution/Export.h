@@ -68,7 +68,10 @@ class Export {
  private:
     void StartCapture();
     bool AwaitPort();
+    bool IsProxied() const { return !manner_.harness.empty(); }
+    bool IsPortFree(double waited);
     void StartHarness();
+    std::optional<Ending> EndOfHarness() const;
     judge::Limits Limits();
     bool MayStartAgain();
     bool IsReady();

@@ -39,9 +39,9 @@ Verdict VerdictOf(Outcome outcome) {
 
 }  // namespace
 
-std::string ProxiedCommand(const Rig& rig, const CaseFolder& folder, const Case& plan) {
-    std::string command =
-        fmt::format("{} --listen 5001 --once --log {}", rig.proxy, ShellWord(folder.PathOf(kProxyLog)));
+std::string ProxiedCommand(const Rig& rig, const CaseFolder& folder, const Case& plan, bool once) {
+    std::string command = fmt::format("{} --listen 5001{} --log {}", rig.proxy, once ? " --once" : "",
+                                      ShellWord(folder.PathOf(kProxyLog)));
     if (plan.fault) {
         command += fmt::format(" --fault {} --on {} --seed {}", ShellWord(plan.fault->Named()),
                                plan.fault->message, rig.seed);
@@ -78,8 +78,8 @@ void AddRecovery(CaseFacts& facts, const CaseFacts& recovery) {
         return;
     }
     Decision decision = Decide(recovery);
-    if (recovery.end == End::DvrFailed && !recovery.isConnected) {
-        decision = {Outcome::Fail, recovery.words};  // it had connected to the export with the fault
+    if (recovery.end == End::DvrFailed) {
+        decision = {Outcome::Fail, recovery.words};  // it lived until the fault
     }
     facts.judged->checks.push_back({"recovery",
                                     "The DVR calls again after the fault, and passes a clean export.",

@@ -17,7 +17,8 @@ namespace rig::campaign {
 constexpr const char* kProxyLog = "proxy.jsonl";
 
 /// @return the command of the harness and the proxy before it, with the plan's fault if it has one
-std::string ProxiedCommand(const Rig& rig, const CaseFolder& folder, const Case& plan);
+/// @param once  whether the harness is to end after one export
+std::string ProxiedCommand(const Rig& rig, const CaseFolder& folder, const Case& plan, bool once);
 
 /// @return whether the proxy's log shows that the fault acted
 bool HasActed(const CaseFacts& facts);

@@ -22,6 +22,16 @@ sockaddr_in AddressOf(const Socket::End& end) {
 
 }  // namespace
 
+bool MayBeReused(std::uint16_t port) {
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    const int on = 1;
+    const Descriptor listener(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    return setsockopt(listener.Number(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on) == 0 &&
+           bind(listener.Number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+}
+
 void FreePort(const PortUse& use, bool evenHalfClosed) {
     for (const Socket& one : use.connections) {
         const bool isOver = one.state == TCP_TIME_WAIT || (evenHalfClosed && !one.hasOwner);

@@ -4,6 +4,11 @@
 
 namespace rig::campaign {
 
+/// @return whether the proxy may listen at the port: unlike the harness, it does not mind old connections
+/// with
+///         another proxy
+bool MayBeReused(std::uint16_t port);
+
 /// Makes the system forget closed connections, which it keeps for a minute. Does nothing where somebody
 /// listens, and cannot do it for a peer on another machine without CAP_NET_ADMIN.
 /// @param evenHalfClosed  also those that the other side has not closed; it is reset

@@ -15,6 +15,7 @@ namespace rig::campaign {
 struct Rig {
     std::string harness;             // command, to which the switches are appended
     std::string proxy;               // command that stands between harness and DVR
+    bool isDirect = false;           // nothing stands there, unless it must
     std::string log;                 // file that the log goes to; empty: the command's standard output
     std::string stop;                // command that interrupts the harness; empty: SIGINT
     std::optional<std::string> dvr;  // command with {protocol} and {seed}; none: someone else starts the DVR

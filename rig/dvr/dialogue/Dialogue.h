@@ -50,6 +50,7 @@ class Dialogue {
 
     /// @return what was out of place since the last call, for people
     std::vector<std::string> TakeRemarks();
+    bool HasRemarks() const { return !remarks_.empty(); }
 
     using FileId = std::pair<std::string, std::string>;  // event and file name
 
@@ -70,6 +71,9 @@ class Dialogue {
 
     /// @return whether nothing more is due from either side
     bool IsDone() const { return done_; }
+
+    /// @return whether the list has been given
+    virtual bool HasBegun() const = 0;
 
     /// @return how long DONE tells the DVR to stay away; nothing before DONE
     std::optional<std::chrono::minutes> Absence() const { return absence_; }

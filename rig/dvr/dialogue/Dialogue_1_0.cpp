@@ -15,6 +15,12 @@ Dialogue::FileId FileOf(const Message& request) {
     return {request.Get("path"), request.Get("file")};  // `path` carries the event
 }
 
+/// White space around a text is up to whoever writes it.
+std::string Trimmed(const std::string& text) {
+    const std::size_t start = std::min(text.find_first_not_of(" \t\r\n"), text.size());
+    return text.substr(start, text.find_last_not_of(" \t\r\n") + 1 - start);
+}
+
 }  // namespace
 
 Dialogue_1_0::Dialogue_1_0(const Recordings& recordings) : Dialogue(recordings, 1) {}
@@ -124,9 +130,12 @@ bool Dialogue_1_0::Exists(const FileId& file) const {
 void Dialogue_1_0::Complete(const Message& list) {
     std::vector<std::string> listed;
     for (const pugi::xml_node entry : list.Root().child("events").children("string")) {
-        listed.push_back(TextOf(entry));
+        listed.push_back(distrusts_ ? Trimmed(TextOf(entry)) : TextOf(entry));
     }
-    const std::vector<std::string>& events = recordings_.Events();
+    std::vector<std::string> events = recordings_.Events();
+    if (distrusts_) {
+        std::transform(events.begin(), events.end(), events.begin(), Trimmed);
+    }
     if (listed.size() < events.size() || !std::equal(events.rbegin(), events.rend(), listed.rbegin())) {
         Object(
             fmt::format("EVENT_XFER_COMPLETE with a list of {} that does not end with the {} of this export",

@@ -15,6 +15,7 @@ class Dialogue_1_0 : public Dialogue {
     explicit Dialogue_1_0(const Recordings& recordings);
 
     std::string Situation() const override;
+    bool HasBegun() const override { return phase_ != Phase::Opening; }
 
  protected:
     std::vector<std::string> AllowedMessages() const override;

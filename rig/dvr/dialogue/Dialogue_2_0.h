@@ -19,6 +19,7 @@ class Dialogue_2_0 : public Dialogue {
     Dialogue_2_0(const Recordings& recordings, const std::filesystem::path& failureMarker);
 
     std::string Situation() const override;
+    bool HasBegun() const override { return phase_ == Phase::BetweenEvents || phase_ == Phase::Exporting; }
     std::optional<Message> ReportProgress() const override;
 
  protected:

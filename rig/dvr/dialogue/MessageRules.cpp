@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <set>
 #include <string>
+#include <string_view>
 
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"

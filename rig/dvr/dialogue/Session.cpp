@@ -27,6 +27,12 @@ void Session::Misbehave(Injector& injector, const Endpoint& endpoint) {
     dialogue_.Tolerate();
 }
 
+void Session::Weaken(Weaknesses& weaknesses, const Recordings& recordings) {
+    weaknesses_ = &weaknesses;
+    recordings_ = &recordings;
+    connection_.Weaken(weaknesses);
+}
+
 void Session::Adopt(const Habits& habits) {
     habits_ = habits;
     times_.transfer.lateness = habits.lateness;
@@ -84,10 +90,17 @@ std::string Session::WireSummary() const {
 }
 
 void Session::Answer(const std::string& text) {
+    heard_ = true;
     Inspect(text);
+    if (weaknesses_ != nullptr && weaknesses_->Ignore(text)) {
+        return;
+    }
     const Message message = Message::Parse(text);
     transcript_.Received(message);
-    std::vector<Message> answers = dialogue_.Handle(message);
+    if (weaknesses_ != nullptr && weaknesses_->Ignore(message)) {
+        return;
+    }
+    std::vector<Message> answers = AnswersTo(message);
     for (const std::string& remark : dialogue_.TakeRemarks()) {
         transcript_.Note("out of place: " + remark);
     }
@@ -95,6 +108,31 @@ void Session::Answer(const std::string& text) {
         Send(std::move(answer));
     }
     FollowTransfer();
+}
+
+/// A weak recorder gives some answers where a good one refuses, is silent or hangs up.
+std::vector<Message> Session::AnswersTo(const Message& message) {
+    if (weaknesses_ == nullptr) {
+        return dialogue_.Handle(message);
+    }
+    std::optional<Message> weak;
+    std::vector<Message> answers;
+    try {
+        answers = dialogue_.Handle(message);
+        if (dialogue_.HasRemarks() || (!answers.empty() && answers.front().Name() == "INVALID_EVENT")) {
+            weak = weaknesses_->Answer(message, *recordings_);
+        }
+    } catch (const Breach&) {
+        weak = weaknesses_->Answer(message, *recordings_);
+        if (!weak) {
+            throw;
+        }
+    }
+    if (weak) {
+        answers.clear();
+        answers.push_back(std::move(*weak));
+    }
+    return answers;
 }
 
 /// Starts or abandons a transfer as the dialogue has done.

@@ -8,6 +8,7 @@
 #include "rig/dvr/dialogue/Dialogue.h"
 #include "rig/dvr/dialogue/Habits.h"
 #include "rig/dvr/dialogue/Transfer.h"
+#include "rig/dvr/weaknesses/Weaknesses.h"
 #include "rig/dvr/wire/Connection.h"
 #include "rig/dvr/wire/Style.h"
 #include "rig/dvr/wire/Transcript.h"
@@ -53,6 +54,10 @@ class Session {
     /// Has the harness's frames inspected. `check` must outlive the session.
     void Check(WireCheck& check) { wireCheck_ = &check; }
 
+    /// Has these weaknesses. They must outlive the session.
+    /// @param recordings  what the DVR has; must outlive the session
+    void Weaken(Weaknesses& weaknesses, const Recordings& recordings);
+
     /// Opens the dialogue and answers until it is done, or until a defect has ended the connection.
     /// Throws Breach when the harness breaks the protocol or leaves early, with a text that says what was
     /// expected and what was found, Failure (NothingCame) when it stays silent, and Failure (Unusable) when
@@ -62,6 +67,9 @@ class Session {
     /// @return what was found about the harness's frames, for people, to append to another summary; may be
     /// empty
     std::string WireSummary() const;
+
+    /// @return whether any message has come
+    bool HasHeard() const { return heard_; }
 
     /// @return whether a defect asks for another dialogue, on a new connection
     bool Reconnects() const { return reconnects_; }
@@ -76,6 +84,7 @@ class Session {
     void Step();
     void Inspect(const std::string& text);
     void Answer(const std::string& text);
+    std::vector<Message> AnswersTo(const Message& message);
     void FollowTransfer();
     void ContinueTransfer();
     void ReportProgress(Clock::time_point now);
@@ -104,10 +113,13 @@ class Session {
     Clock::time_point nextReport_ = Clock::time_point::max();  // of its progress
     Injector* injector_ = nullptr;
     const Endpoint* endpoint_ = nullptr;
+    Weaknesses* weaknesses_ = nullptr;
+    const Recordings* recordings_ = nullptr;
     WireCheck* wireCheck_ = nullptr;
     std::size_t sizeErrors_ = 0;  // messages that were not as long as announced
     std::optional<Connection> second_;
     std::vector<LateCopy> late_;
+    bool heard_ = false;
     bool silent_ = false;      // a defect forbids every further message
     bool ended_ = false;       // a defect has ended the connection
     bool reconnects_ = false;  // a defect asks for another session

@@ -66,7 +66,7 @@ bool Transfer::CopyUpTo(std::uint64_t due) {
     if (done_ >= due) {
         return true;
     }
-    const std::size_t count = std::min<std::uint64_t>(due - done_, Delivery::kMostBytes);
+    const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(due - done_, Delivery::kMostBytes));
     const std::size_t copied = copy_->Copy(count);
     done_ += copied;
     return copied < count || done_ >= due;

@@ -19,6 +19,20 @@ namespace {
 using log::Sign;
 
 constexpr const char* kSizeLine = "'expecting a message of N bytes'";
+constexpr std::int64_t kSlice = 800;  // bytes of a message in one statement
+
+/// @return how the statement with the next slice begins: "GetMessage:incoming message, bytes 801 to 1600:"
+std::string NextHead(const log::Incoming& arriving) {
+    const auto start = static_cast<std::int64_t>(arriving.Text().size());
+    return fmt::format("GetMessage:incoming message, bytes {} to {}:", start + 1,
+                       start + std::min(arriving.Announced(), kSlice));
+}
+
+/// @return how many bytes of the message are in it
+std::size_t NextBytes(const log::Incoming& arriving) {
+    const auto left = arriving.Announced() - static_cast<std::int64_t>(arriving.Text().size());
+    return static_cast<std::size_t>(std::clamp<std::int64_t>(left, 0, kSlice));
+}
 
 bool IsEnd(Sign sign) {
     return sign == Sign::ShuttingDown || sign == Sign::BindFailed || sign == Sign::NoSignalHandler;
@@ -112,8 +126,8 @@ void RunBuilder::TakeSlice(std::size_t number, const log::Statement& statement) 
         return;  // the log begins inside a message
     }
     const std::string text = log::Unescaped(statement.text);
-    const std::string head = arriving.NextHead();
-    const auto due = static_cast<std::size_t>(arriving.NextBytes());
+    const std::string head = NextHead(arriving);
+    const std::size_t due = NextBytes(arriving);
     if (!StartsWith(text, head)) {
         return NoteGap(number, Quoted(head), text);
     }
@@ -238,7 +252,7 @@ bool RunBuilder::IsMissingSlices(std::size_t number, const log::Statement& state
     if (reader_.Arriving().IsWhole()) {
         return false;
     }
-    NoteGap(number, Quoted(reader_.Arriving().NextHead()), log::Unescaped(statement.text));
+    NoteGap(number, Quoted(NextHead(reader_.Arriving())), log::Unescaped(statement.text));
     return true;
 }
 

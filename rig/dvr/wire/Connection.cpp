@@ -9,10 +9,8 @@
 #include <sys/socket.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
-#include <system_error>
 
 #include "rig/base/Printable.h"
 #include "rig/dvr/Failure.h"
@@ -23,33 +21,8 @@ namespace {
 constexpr std::size_t kChunkBytes = std::size_t{64} * 1024;
 constexpr Milliseconds kRetryPause(50);
 constexpr Milliseconds kShortestAttempt(1000);
-
-[[noreturn]] void ThrowSystemError(const char* call) {
-    throw std::system_error(errno, std::generic_category(), call);
-}
-
-/// Waits until the descriptor is ready for `events`, which -1 never is. @return whether it is by the
-/// deadline; checks at least once. Throws Interrupted as soon as `stop` is readable.
-bool WaitFor(int descriptor, short events, Clock::time_point deadline, int stop) {
-    for (;;) {
-        const auto left = std::chrono::ceil<Milliseconds>(deadline - Clock::now()).count();
-        std::array waited = {pollfd{descriptor, events, 0}, pollfd{stop, POLLIN, 0}};
-        const int ready =
-            poll(waited.data(), waited.size(), static_cast<int>(std::clamp<long long>(left, 0, 1000)));
-        if (ready == -1 && errno != EINTR) {
-            ThrowSystemError("poll");
-        }
-        if (ready > 0 && waited[1].revents != 0) {
-            throw Interrupted();
-        }
-        if (ready > 0) {
-            return true;
-        }
-        if (left <= 0) {
-            return false;
-        }
-    }
-}
+constexpr std::chrono::hours kNoEnd(24 * 365);
+constexpr Milliseconds kImpatience(1000);  // of those that have too little
 
 /// A client that tries a local port where nobody listens may be given that very port, and connect to itself.
 bool IsConnectedToItself(int socket) {
@@ -103,10 +76,6 @@ Endpoint::Endpoint(const std::string& host, int port) : name_(host + ":" + std::
 
 Endpoint::~Endpoint() {
     freeaddrinfo(addresses_);
-}
-
-void Pause(Milliseconds time, int stop) {
-    WaitFor(-1, 0, Clock::now() + time, stop);
 }
 
 Connection Connection::Open(const Endpoint& endpoint, Milliseconds wait, int stop) {
@@ -166,6 +135,7 @@ void Connection::SendPart(const std::string& bytes, std::size_t start, std::size
         if (count >= 0) {
             sent += static_cast<std::size_t>(count);
         } else if (errno == EPIPE || errno == ECONNRESET) {
+            ended_ = reset_ = true;
             throw Breach(
                 fmt::format("the end of the connection after {} of {} bytes were sent", sent, bytes.size()));
         } else if (errno == EAGAIN) {
@@ -192,16 +162,37 @@ void Connection::Reset() {
     Close();
 }
 
+void Connection::Weaken(Flaws& flaws) {
+    flaws_ = &flaws;
+    decoder_.Weaken(flaws);
+}
+
+bool Connection::Shows(Flaw flaw, std::size_t measure) const {
+    return flaws_ != nullptr && flaws_->Show(flaw, measure);
+}
+
+std::optional<std::string> Connection::NextText() {
+    std::optional<std::string> text = decoder_.NextText();
+    if (text) {
+        Shows(Flaw::ShortQueue, ++queued_);
+    }
+    return text;
+}
+
 std::optional<std::string> Connection::Receive(Clock::time_point deadline, Milliseconds framePatience) {
     Clock::time_point frameEnds = Clock::time_point::max();
     for (;;) {
-        if (std::optional<std::string> text = decoder_.NextText()) {
+        if (std::optional<std::string> text = NextText()) {
             return text;
         }
         const auto now = Clock::now();
         const bool inside = decoder_.InsideFrame();
         if (inside && frameEnds == Clock::time_point::max()) {
             frameEnds = longestFrame_ == Milliseconds::max() ? frameEnds : now + longestFrame_;
+        }
+        if (inside && flaws_ != nullptr && framePatience > kImpatience &&
+            !Awaits(POLLIN, now + kImpatience)) {
+            Shows(Flaw::Impatient);
         }
         const bool came = Awaits(POLLIN, inside ? std::min(now + framePatience, frameEnds) : deadline);
         if (came && now < frameEnds && ReadSome()) {
@@ -211,19 +202,32 @@ std::optional<std::string> Connection::Receive(Clock::time_point deadline, Milli
             return text;
         }
         if (came && ended_) {
-            throw Breach("the end of the connection " +
-                         (inside ? "inside a message: " + decoder_.Progress() : "between two messages"));
+            ThrowEnd(inside);
         }
-        if (inside && Clock::now() >= frameEnds) {
-            throw Breach(fmt::format("a message that took longer than {} ms: {}", longestFrame_.count(),
-                                     decoder_.Progress()));
+        if (!inside) {
+            return std::nullopt;
         }
-        if (inside) {
-            throw Breach(fmt::format("a message that remained unfinished for {} ms: {}",
-                                     framePatience.count(), decoder_.Progress()));
+        if (!Shows(Flaw::NoFrameTimeout)) {
+            ThrowUnfinished(frameEnds, framePatience);
         }
-        return std::nullopt;
+        framePatience = kNoEnd;
+        frameEnds = now + kNoEnd;
     }
+}
+
+void Connection::ThrowEnd(bool inside) const {
+    if (inside) {
+        Shows(Flaw::MissesEnd);
+    }
+    throw Breach("the end of the connection " +
+                 (inside ? "inside a message: " + decoder_.Progress() : "between two messages"));
+}
+
+void Connection::ThrowUnfinished(Clock::time_point frameEnds, Milliseconds framePatience) const {
+    const bool isSlow = Clock::now() >= frameEnds;
+    throw Breach(fmt::format("a message that {} {} ms: {}",
+                             isSlow ? "took longer than" : "remained unfinished for",
+                             (isSlow ? longestFrame_ : framePatience).count(), decoder_.Progress()));
 }
 
 bool Connection::AwaitEnd(Clock::time_point deadline) {
@@ -243,10 +247,12 @@ bool Connection::ReadSome() {
     const ssize_t count = recv(socket_.Number(), chunk_.data(), chunk_.size(), 0);
     if (count > 0) {
         decoder_.Append(chunk_.data(), static_cast<std::size_t>(count));
+        queued_ = 0;
     } else if (count == -1 && errno != EAGAIN && errno != EINTR && errno != ECONNRESET) {
         ThrowSystemError("recv");
     }
-    ended_ = count == 0 || (count == -1 && errno == ECONNRESET);
+    reset_ = count == -1 && errno == ECONNRESET;
+    ended_ = count == 0 || reset_;
     return !ended_;
 }
 

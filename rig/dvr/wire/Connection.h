@@ -9,13 +9,11 @@
 
 #include "rig/base/Descriptor.h"
 #include "rig/dvr/wire/Frame.h"
+#include "rig/dvr/wire/Waiting.h"
 
 struct addrinfo;
 
 namespace rig::dvr {
-
-using Clock = std::chrono::steady_clock;
-using Milliseconds = std::chrono::milliseconds;
 
 /// Where the harness listens.
 class Endpoint {
@@ -33,9 +31,6 @@ class Endpoint {
     std::string name_;
     addrinfo* addresses_ = nullptr;
 };
-
-/// Waits, at least for a moment. Throws Interrupted as soon as `stop` is readable.
-void Pause(Milliseconds time, int stop);
 
 /// One TCP connection with the harness. Its calls block, but never without a limit.
 class Connection {
@@ -57,6 +52,9 @@ class Connection {
 
     /// From now on a frame must be whole within this time of its first byte.
     void LimitFrames(Milliseconds time) { longestFrame_ = time; }
+
+    /// From now on has these flaws, which must outlive the connection.
+    void Weaken(Flaws& flaws);
 
     /// Sends all bytes, in one piece if the system allows and no pieces are asked for: the harness pauses
     /// after each piece it reads. Throws Breach when the harness has closed the connection, and
@@ -82,12 +80,18 @@ class Connection {
     /// @return what turns the bytes into frames, to set it up and to ask it
     FrameDecoder& Decoder() { return decoder_; }
 
-    /// @return whether the harness has ended the connection, judging by what was received
+    /// @return whether the harness has ended the connection, judging by what was received and sent; by a
+    /// reset
     bool HasEnded() const { return ended_; }
+    bool WasReset() const { return reset_; }
 
  private:
     void SendPart(const std::string& bytes, std::size_t start, std::size_t end, Milliseconds patience);
     bool Awaits(short events, Clock::time_point deadline) const;
+    std::optional<std::string> NextText();
+    [[noreturn]] void ThrowEnd(bool inside) const;
+    [[noreturn]] void ThrowUnfinished(Clock::time_point frameEnds, Milliseconds framePatience) const;
+    bool Shows(Flaw flaw, std::size_t measure = 0) const;
     bool ReadSome();
 
     Descriptor socket_;
@@ -98,6 +102,9 @@ class Connection {
     Milliseconds longestFrame_ = Milliseconds::max();
     int stop_ = -1;
     bool ended_ = false;
+    bool reset_ = false;
+    Flaws* flaws_ = nullptr;
+    std::size_t queued_ = 0;  // messages that came with the last bytes
 };
 
 }  // namespace rig::dvr

@@ -52,7 +52,8 @@ std::optional<std::string> FrameDecoder::NextText() {
     }
     const std::size_t size = expected_ && expected_->announced == *announced_ ? expected_->size : *announced_;
     if (bytes_.size() < size) {
-        return std::nullopt;
+        const bool isPiece = flaws_ != nullptr && !bytes_.empty() && !DocumentEnd(bytes_);
+        return isPiece && Shows(Flaw::TakesPiece, 0) ? std::optional(TakeText(bytes_.size())) : std::nullopt;
     }
     return TakeText(acceptsSizeErrors_ ? SizeOfDocument(bytes_.substr(0, size)) : size);
 }
@@ -78,21 +79,35 @@ bool FrameDecoder::ReadPrefix() {
     for (std::size_t index = 0; index < bytes_.size() && index < kMaxPrefixBytes; ++index) {
         const auto byte = static_cast<unsigned char>(bytes_[index]);
         length |= static_cast<std::uint64_t>(byte & 0x7f) << (7 * index);
-        if ((byte & 0x80) == 0) {
-            if (length > mostTextBytes_) {
-                throw Breach(fmt::format("a length prefix that announces {} bytes (at most {} are accepted)",
-                                         length, mostTextBytes_));
-            }
-            prefix_ = bytes_.substr(0, index + 1);
-            bytes_.erase(0, index + 1);
-            announced_ = static_cast<std::size_t>(length);
+        if ((byte & 0x80) == 0 || (index == 1 && Shows(Flaw::TwoBytePrefix, 0))) {
+            Announce(index + 1, length);
             return true;
         }
     }
     if (bytes_.size() >= kMaxPrefixBytes) {
+        Shows(Flaw::EndlessPrefix, 0);
         throw Breach("a length prefix of more than five bytes");
     }
     return false;
+}
+
+void FrameDecoder::Announce(std::size_t prefixBytes, std::uint64_t length) {
+    constexpr std::uint64_t kMuch = std::uint64_t{1} << 30;
+    constexpr std::uint64_t kSign = std::uint64_t{1} << 31;
+    if (length >= kMuch) {
+        Shows(length < kSign ? Flaw::TrustsLength : Flaw::SignedLength, length);
+    }
+    if (length > mostTextBytes_) {
+        throw Breach(fmt::format("a length prefix that announces {} bytes (at most {} are accepted)", length,
+                                 mostTextBytes_));
+    }
+    prefix_ = bytes_.substr(0, prefixBytes);
+    bytes_.erase(0, prefixBytes);
+    announced_ = static_cast<std::size_t>(length);
+}
+
+bool FrameDecoder::Shows(Flaw flaw, std::uint64_t measure) const {
+    return flaws_ != nullptr && flaws_->Show(flaw, measure);
 }
 
 bool FrameDecoder::InsideFrame() const {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "rig/dvr/wire/Flaws.h"
 #include "rig/protocol/Prefix.h"
 
 namespace rig::dvr {
@@ -41,6 +42,9 @@ class FrameDecoder {
     /// From now on accepts only texts of at most this many bytes.
     void Limit(std::size_t mostTextBytes) { mostTextBytes_ = mostTextBytes; }
 
+    /// From now on has these flaws, which must outlive the decoder.
+    void Weaken(Flaws& flaws) { flaws_ = &flaws; }
+
     /// Adds `count` bytes that have arrived.
     void Append(const char* bytes, std::size_t count);
 
@@ -72,6 +76,8 @@ class FrameDecoder {
     };
 
     bool ReadPrefix();
+    void Announce(std::size_t prefixBytes, std::uint64_t length);
+    bool Shows(Flaw flaw, std::uint64_t measure) const;
     std::string TakeText(std::size_t size);
 
     std::string bytes_;  // received and not yet handed out, without the prefix once it is read
@@ -81,6 +87,7 @@ class FrameDecoder {
     std::size_t mostTextBytes_ = kMaxTextBytes;
     bool acceptsSizeErrors_ = false;
     std::optional<SizeError> expected_;
+    Flaws* flaws_ = nullptr;
 };
 
 }  // namespace rig::dvr

@@ -45,6 +45,8 @@ Finding EventListEvents(const Run& run, const Limits& /*limits*/) {
          {run.notEvents,
           "a comment or text after the first event in EVENT_LIST, which the harness takes for an event "
           "without identifier and leaves out",
+          result::Verdict::Warning},
+         {run.secondLists, "EVENT_LIST with a second events: the harness reads only the first",
           result::Verdict::Warning}},
         run.Received("EVENT_LIST") > 0, expected, "no EVENT_LIST");
 }
@@ -75,7 +77,9 @@ Finding Description(const Run& run, const Limits& /*limits*/) {
          {run.emptyNames, "a description of a file with an empty name"},
          {run.notFiles, "a description with a comment or text in a stream, for which the harness aborts"},
          {run.EndedByMessage() ? run.deadlyDescriptions : kNone,
-          "a description of which the harness cannot take a file's name, and aborts"}},
+          "a description of which the harness cannot take a file's name, and aborts"},
+         {run.secondDescriptions, "a message with a second xmlFile: the harness reads only the first",
+          result::Verdict::Warning}},
         run.Received("EVENT") + run.Received("XML") > 0,
         "a description with the event's reid and a name for each file", "no description");
 }

@@ -41,8 +41,7 @@ std::string MissingOnTheWire(const Run& run) {
     for (const auto& [name, tally] : run.received) {
         const std::uint64_t most = countOf(name) + countOf("");
         if (!name.empty() && tally.Count() > most) {
-            return fmt::format("{}: {} in the harness's log, {} in the proxy's", name,
-                               tally.Count(), most);
+            return fmt::format("{}: {} in the harness's log, {} in the proxy's", name, tally.Count(), most);
         }
     }
     return "";

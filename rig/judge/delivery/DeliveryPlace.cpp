@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <stdexcept>
+#include <utility>
 
 #include "rig/base/Printable.h"
 
@@ -69,7 +70,7 @@ std::optional<std::string> DeliveryPlace::PathOf(const FileName& name) const {
     return path.lexically_normal().string();
 }
 
-std::optional<DeliveryPlace> PlaceOf(const DeliveryOptions& options) {
+std::optional<DeliveryPlace> PlaceOf(const DeliveryOptions& options, DeliveryPlace::Progress progress) {
     if (!options.folder) {
         return std::nullopt;
     }
@@ -79,6 +80,7 @@ std::optional<DeliveryPlace> PlaceOf(const DeliveryOptions& options) {
     place.folder = *options.folder;
     place.pattern = options.pattern;
     place.hash = HashKindNamed(options.hash);
+    place.progress = std::move(progress);
     return place;
 }
 

@@ -32,8 +32,10 @@ struct DeliveryOptions {
     std::string pattern = "{event}/{file}";
 };
 
+/// @param progress  may be empty
 /// @return the place that the options name; nothing if they name none. Throws std::runtime_error if the
 /// folder cannot be read or the pattern cannot be used.
-std::optional<DeliveryPlace> PlaceOf(const DeliveryOptions& options);
+std::optional<DeliveryPlace> PlaceOf(const DeliveryOptions& options,
+                                     DeliveryPlace::Progress progress = nullptr);
 
 }  // namespace rig::judge

@@ -2,48 +2,18 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <fstream>
 #include <iostream>
 #include <optional>
-#include <sstream>
 
 #include "tests/support/Messages.h"
 #include "tests/support/Process.h"
 #include "tests/support/ScriptedDvr.h"
 #include "tests/support/Sockets.h"
+#include "tests/support/TargetsMemory.h"
 #include "tests/support/Until.h"
 #include "tests/support/World.h"
 
 namespace {
-
-constexpr std::uint64_t kAddressSpace = std::uint64_t{1} << 32;
-
-/// Whether a line of "smaps" is the head of a mapping: "START-END PERMISSIONS OFFSET DEVICE INODE [PATH]".
-bool IsHead(const std::string& line) {
-    return line.find('-') < line.find(' ');
-}
-
-/// The memory of an emulated program, in kB, as the target's kernel would count it in VmRSS: the used part of
-/// the program's own 4 GiB of addresses. They start at a multiple of 4 GiB; the emulator's own memory is
-/// elsewhere.
-long TargetsMemory(const Process& process, const std::string& program) {
-    std::ifstream mappings("/proc/" + std::to_string(process.Id()) + "/smaps");
-    std::vector<std::pair<std::uint64_t, long>> sizes;  // which 4 GiB the mapping is in, kB in use
-    std::uint64_t space = 0;
-    for (std::string line; std::getline(mappings, line);) {
-        if (IsHead(line)) {
-            sizes.emplace_back(std::stoull(line, nullptr, 16) / kAddressSpace, 0);
-            space = line.find(program) == std::string::npos ? space : sizes.back().first;
-        } else if (line.compare(0, 4, "Rss:") == 0) {
-            sizes.back().second = std::stol(line.substr(4));
-        }
-    }
-    long sum = 0;
-    for (const auto& [itsSpace, size] : sizes) {
-        sum += itsSpace == space ? size : 0;
-    }
-    return sum;
-}
 
 std::string LastWord(const std::string& words) {
     return words.substr(words.rfind(' ') + 1);
@@ -56,7 +26,7 @@ class Memory : public testing::Test {
         const char* const command = std::getenv("VELLORAN_HARNESS");
         ASSERT_NE(nullptr, command) << "names the harness to measure";
         program_ = LastWord(command);
-        setenv("GLIBC_TUNABLES", "glibc.malloc.mmap_max=0:glibc.malloc.trim_threshold=2147483647", 1);
+        setenv("GLIBC_TUNABLES", kNothingGivenBack, 1);
         harness_.emplace(std::vector<std::string>{"-p", "2"}, Launch{});
         unsetenv("GLIBC_TUNABLES");
         Until([this] { return sockets::IsListening(5001) or not harness_->IsRunning(); });
@@ -81,7 +51,7 @@ class Memory : public testing::Test {
 
     /// Prints how much the program uses, and expects no more than `most`.
     void Takes(long most, const std::string& after) const {
-        const long size = TargetsMemory(*harness_, program_);
+        const long size = TargetsMemory(harness_->Id(), program_);
         std::cout << "memory after " << after << ": " << size << " kB" << std::endl;
         EXPECT_GT(size, 500);
         EXPECT_LE(size, most);

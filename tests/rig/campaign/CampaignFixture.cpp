@@ -1,5 +1,6 @@
 #include <sys/resource.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -19,13 +20,17 @@ void ExpectHolds(const std::string& text, const std::string& part) {
     EXPECT_NE(text.find(part), std::string::npos) << "no \"" << part << "\" in:\n" << text;
 }
 
+bool IsDirect() {
+    return std::getenv("VELLORAN_DIRECT") != nullptr;
+}
+
 CampaignTest::CampaignTest() {
     Write("/mnt/recordings/E1/E1.xml", "<recording/>");
     Write("/mnt/recordings/E1/E1_1", "video");
 }
 
 std::string CampaignTest::Dvr(const std::string& options) {
-    return std::string(VELLORAN_RIG) +
+    return RigCommand().Line() +
            " dvr --protocol {protocol} --seed {seed} --recordings /mnt/recordings --transfer-time 100 " +
            options;
 }
@@ -33,6 +38,9 @@ std::string CampaignTest::Dvr(const std::string& options) {
 ProgramResult CampaignTest::RunCampaign(std::vector<std::string> arguments,
                                         ProgramSurroundings surroundings) const {
     arguments.insert(arguments.begin(), {"run", "--out", out_});
+    if (IsDirect()) {
+        arguments.emplace_back("--direct");
+    }
     const auto prepare = surroundings.prepare;
     surroundings.prepare = [prepare] {
         const rlimit none = {0, 0};

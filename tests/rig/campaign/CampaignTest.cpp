@@ -121,8 +121,10 @@ TEST_F(CampaignTest, KnowsThatTheDvrEndedTheHarness) {
 TEST_F(CampaignTest, KnowsThatTheDvrLeftTheHarnessAlone) {
     const Json one = RunCase("clean-2.0", {"--dvr", Dvr("--defect close=all --on EVENT")});
     EXPECT_EQ(one["outcome"], "FAIL") << one["reason"];
-    ExpectHolds(one["reason"], "SIGPIPE");
-    EXPECT_EQ(one["harness"]["signal"], SIGPIPE);
+    if (IsDirect()) {  // else the harness may have sent all before it can know
+        ExpectHolds(one["reason"], "SIGPIPE");
+        EXPECT_EQ(one["harness"]["signal"], SIGPIPE);
+    }
 }
 
 TEST_F(CampaignTest, RepeatsCasesToShowTheirSpread) {
@@ -158,7 +160,7 @@ TEST_F(CampaignTest, WaitsForARecorder) {
 }
 
 TEST_F(CampaignTest, FollowsALogThatIsAFile) {
-    const std::string harness = "exec >/mnt/harness.log; " VELLORAN_PROGRAM;
+    const std::string harness = "exec >/mnt/harness.log; " + HarnessCommand().Line();
     const Json one =
         RunCase("config-2.0", {"--dvr", Dvr(), "--velloran", harness, "--log", "/mnt/harness.log"});
     EXPECT_EQ(one["outcome"], "PASS") << one["reason"];
@@ -167,7 +169,7 @@ TEST_F(CampaignTest, FollowsALogThatIsAFile) {
 }
 
 TEST_F(CampaignTest, StopsTheHarnessByACommand) {
-    const std::string harness = "sh -c 'echo $$ >/mnt/pid; exec " VELLORAN_PROGRAM " \"$@\"' sh";
+    const std::string harness = "sh -c 'echo $$ >/mnt/pid; exec " + HarnessCommand().Line() + " \"$@\"' sh";
     const Json one =
         RunCase("config-2.0", {"--dvr", Dvr(), "--velloran", harness, "--stop", "kill -INT $(cat /mnt/pid)"});
     EXPECT_EQ(one["outcome"], "PASS") << one["reason"];

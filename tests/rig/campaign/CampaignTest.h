@@ -11,6 +11,9 @@
 
 using Json = nlohmann::json;
 
+/// Whether campaigns run with --direct: VELLORAN_DIRECT is in the environment.
+bool IsDirect();
+
 /// Campaigns of the real programs in a world of their own, on one recording of two files; the evidence goes
 /// to the world's disk.
 class CampaignTest : public testing::Test {

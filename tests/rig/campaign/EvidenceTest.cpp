@@ -13,8 +13,11 @@ using EvidenceTest = CampaignTest;
 TEST_F(EvidenceTest, HoldsAllThatACaseLeft) {
     const Json one = RunCase("config-2.0", {"--dvr", Dvr()});
     const std::string folder = one["folder"];
-    EXPECT_EQ(one["files"],
-              Json({"case.json", "dvr.log", "harness.err", "harness.log", "report.html", "verdict.json"}));
+    Json files = {"case.json", "dvr.log", "harness.err", "harness.log", "report.html", "verdict.json"};
+    if (!IsDirect()) {
+        files.insert(files.begin() + 4, "proxy.jsonl");
+    }
+    EXPECT_EQ(one["files"], files);
     for (const std::string file : one["files"]) {
         EXPECT_TRUE(FileExists(out_ + "/" + folder + "/" + file)) << file;
     }

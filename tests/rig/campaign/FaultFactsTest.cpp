@@ -119,11 +119,11 @@ TEST(FaultFacts, QuoteWhatTheShellReads) {
     rig.seed = 7;
     const CaseFolder folder("/mnt/it's here");
     Case plan{"x", 2, "-p 2 -c 1", ""};
-    EXPECT_EQ(ProxiedCommand(rig, folder, plan),
+    EXPECT_EQ(ProxiedCommand(rig, folder, plan, true),
               "rig proxy --listen 5001 --once --log '/mnt/it'\\''s here/proxy.jsonl' "
               "--harness-command 'velloran -p 2 -c 1'");
     plan.fault = fault::Choose("split=2@DONE-1.0").at(0);
-    EXPECT_EQ(ProxiedCommand(rig, folder, plan),
+    EXPECT_EQ(ProxiedCommand(rig, folder, plan, true),
               "rig proxy --listen 5001 --once --log '/mnt/it'\\''s here/proxy.jsonl' "
               "--fault 'split=2' --on DONE --seed 7 --harness-command 'velloran -p 2 -c 1'");
 }

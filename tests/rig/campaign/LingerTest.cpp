@@ -54,7 +54,7 @@ TEST_F(LingerTest, IsShortenedOnRequest) {
 }
 
 TEST_F(LingerTest, IsNotNeededWhereTheNextCaseTells) {
-    const std::string call = std::string(VELLORAN_RIG) + " dvr --protocol 2 --recordings /mnt/recordings";
+    const std::string call = RigCommand().Line() + " dvr --protocol 2 --recordings /mnt/recordings";
     const std::string calls = "while :; do " + call + "; done >/dev/null 2>&1";
     const pid_t recorder = fork();
     if (recorder == 0) {

@@ -46,8 +46,8 @@ TEST_F(RigFailuresTest, NameAPortThatSomebodyElseListensOn) {
 }
 
 TEST_F(RigFailuresTest, DoNotCountWhereThePortIsHeldOnlyForAWhile) {
-    std::ofstream("/mnt/harness") << "if [ -e /mnt/tried ]; then exec " VELLORAN_PROGRAM
-                                     " \"$@\"; fi\n"
+    std::ofstream("/mnt/harness") << "if [ -e /mnt/tried ]; then exec " << HarnessCommand().Line()
+                                  << " \"$@\"; fi\n"
                                      "touch /mnt/tried\nexit 99\n";
     const Json one =
         RunCase("config-2.0", {"--dvr", Dvr(), "--velloran", "sh /mnt/harness", "--patience", "0"});

@@ -8,6 +8,7 @@
 #include "rig/dvr/defects/Defect.h"
 #include "rig/dvr/dialogue/Habits.h"
 #include "rig/dvr/recordings/EventKinds.h"
+#include "rig/dvr/weaknesses/Weakness.h"
 #include "rig/dvr/wire/Style.h"
 #include "rig/protocol/Catalogue.h"
 #include "tests/rig/dvr/ScriptedExport.h"
@@ -45,6 +46,11 @@ TEST(DefectCommand, ListsTheManners) {
     ExpectListed("--list-styles", rig::dvr::ListStyles());
     ExpectListed("--list-events", rig::dvr::ListEvents());
     ExpectListed("--list-habits", rig::dvr::ListHabits());
+}
+
+TEST(DefectCommand, ListsTheWeaknesses) {
+    ExpectListed("--list-weaknesses", rig::dvr::ListWeaknesses());
+    EXPECT_EQ(rig::AsMarkdown(rig::dvr::ListWeaknesses()), Documented("weaknesses.md"));
 }
 
 TEST(DefectCommand, ListsTheMessagesThatDefectsMayActOn) {

@@ -107,6 +107,16 @@ TEST(Bounds, OfAReaction) {
     }
 }
 
+TEST(Bounds, OfAReactionNeedATimeAtBothEnds) {
+    for (const char* const line : {"hdr[0]", "expecting a message of 16"}) {
+        MadeUpLog log = Opened(1);
+        std::string text = log.Dvr(R"(<msg req="XML"/>)").Text();
+        const std::size_t start = text.rfind('\n', text.find(line)) + 1;
+        text.erase(start, text.find("velloran", start) - start);
+        EXPECT_TRUE(Judged(text).runs.at(0).timings.empty()) << line;
+    }
+}
+
 TEST(Bounds, OfTheDuration) {
     for (const std::int64_t away : {59'999'999, 60'000'000}) {
         MadeUpLog called = Opened(2, "doneDuration set to 1");

@@ -79,7 +79,7 @@ void Ask(Play& play, const std::string& words) {
     rig::log::Request request;
     std::string fault;
     stream >> request.name >> request.reid >> request.file >> fault;
-    request.reid = request.reid == "-" ? "" : request.reid;
+    request.reid = request.reid == "-" ? "" : rig::log::Unescaped(request.reid);
     request.fault = fault.empty() ? rig::log::Fault::None : rig::log::Fault::Rehash;
     const std::size_t size = rig::log::SizeOf(request, play.switches);
     play.log.Ask(std::string(rig::log::AnnouncedFor(size, play.isSizeWrong), 'x'));

@@ -46,6 +46,13 @@ TEST(DamagedIdentifier, ThatIsNobodysStaysAFault) {
     EXPECT_EQ(Failed(log.AskEvent("12345").Describe("12345", "a").End()), "invalid-event.answer");
 }
 
+TEST(DamagedIdentifier, ThatIsTakenForAnEventsAndRefusedLaterIsOneFault) {
+    Dialogue log("'invalidEvent' flag set");
+    log.List("00012345", "123456").Say("processing 'invalidEvent' option [event]");
+    log.AskEvent("12345").Describe("12345", "a").Tell("INVALID_EVENT", "12345", "a");
+    EXPECT_EQ(Failed(log.AskEvent("00012345").End()), "invalid-event.answer");
+}
+
 /// -f on the second of two events, up to the request for a damaged name.
 Dialogue WithDamagedFile(const std::string& first, const std::string& second, const std::string& other,
                          int count) {

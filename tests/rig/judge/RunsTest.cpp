@@ -137,6 +137,39 @@ TEST(Runs, ThatEndAtASecondConnectionFailOnlyWhereStandardErrorSaysSo) {
     EXPECT_EQ(With(Verdict::Fail, told.runs.at(0)), "connection.kept");
 }
 
+TEST(Runs, KeepOnlyWhatIsAskedFor) {
+    std::vector<rig::result::RunResult> runs;
+    rig::judge::Judge judge({}, {false, false, false},
+                            [&runs](rig::result::RunResult run) { runs.push_back(std::move(run)); });
+    std::istringstream lines(RealLog("clean-2.0"));
+    std::uint64_t number = 0;
+    for (std::string line; std::getline(lines, line);) {
+        judge.Add("test.log", ++number, line);
+    }
+    judge.Finish();
+    EXPECT_TRUE(runs.at(0).steps.empty());
+    EXPECT_TRUE(runs.at(0).log.empty());
+    EXPECT_EQ(runs.at(0).checks.front().found, "");
+}
+
+TEST(Runs, TellWhichLinesEndAMessageAndBeginARequest) {
+    rig::judge::Judge judge({}, {}, [](rig::result::RunResult /*run*/) {});
+    std::istringstream lines(RealLog("clean-2.0"));
+    std::string told;
+    for (std::string line; told.size() < 40 && std::getline(lines, line);) {
+        const rig::judge::ReadLine read = judge.Add("test.log", 1, line);
+        told += read.message != nullptr ? read.message->name + " " : "";
+        told += read.request != nullptr ? read.request->name + " " : "";
+    }
+    EXPECT_EQ(told, "OK GET_EVENT_LIST EVENT_LIST NEXT_EVENT ");
+}
+
+TEST(Runs, DoNotEndAtAnAssertionOfAnotherProgram) {
+    const auto result =
+        Judged(RealLog("clean-2.0") + "recorder: /x/main.cpp:1: int main(): Assertion `false' failed.\n");
+    EXPECT_EQ(rig::result::WorstOf(result), Verdict::Pass);
+}
+
 TEST(Runs, ThatEndAtAnAssertionFailForTheLineBeforeIt) {
     const std::map<std::string, std::string> failed = {
         {"Read7BitEncodedInt:badly formatted 7 bit string length prefix", "messages.framed"},

@@ -167,6 +167,7 @@ Lines RowsOfFindings() {
         const Result result = ResultOf(row);
         rows.push_back(row.title + " | as it is | " + Verdicts(result, true));
         rows.push_back(row.title + " | times | " + Times(result));
+        rows.push_back(row.title + " | dialogue | " + Dialogue(result));
     }
     return rows;
 }

@@ -39,5 +39,24 @@ TEST(RunReader, IsNotCertainOfARequestByTheAnnouncementOfAnEarlierOne) {
     EXPECT_FALSE(RequestAfter(lines).isCertain);
 }
 
+TEST(RunReader, KnowsTheDialectFromAMessageWhereTheSwitchesAreMissing) {
+    const std::string text = "<msg req=\"OK\" protocolVersion=\"2.0\"/>";
+    RunReader reader;
+    EXPECT_EQ(reader.Echoed().protocol, 1);
+    reader.Add(StatementOf("expecting a message of 37 bytes"));
+    const std::string slice = "GetMessage:incoming message, bytes 1 to 37:" + text;
+    reader.Add(StatementOf(slice));
+    EXPECT_EQ(reader.Echoed().protocol, 2);
+}
+
+TEST(RunReader, TakesAtMostFiveBytesForTheLengthOfARequest) {
+    std::vector<std::string> lines = kAcknowledged;
+    lines.insert(lines.end(), {"hdr[0]= 81", "hdr[1]= 80", "hdr[2]= 80", "hdr[3]= 80", "hdr[4]= 81"});
+    EXPECT_EQ(RequestAfter(lines).announced, 0x10000001U);
+    EXPECT_FALSE(RequestAfter(lines).isAnnounced);
+    lines.emplace_back("hdr[5]= 7e");
+    EXPECT_EQ(RequestAfter(lines).announced, 0x10000001U);
+}
+
 }  // namespace
 }  // namespace rig::log

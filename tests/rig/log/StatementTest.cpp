@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
 #include "rig/base/Printable.h"
+#include "rig/log/OwnLine.h"
 #include "rig/log/Statement.h"
 
 namespace rig::log {
@@ -16,6 +18,48 @@ TEST(Statement, OfOurLoggerHasTimeLevelAndText) {
     EXPECT_EQ(line->level, 16);
     EXPECT_EQ(line->time, 1795183387123456);
     EXPECT_FALSE(line->process);
+}
+
+/// It has a way of its own, which is the faster one.
+TEST(Statement, OfOurLoggerIsReadFromFixedPlaces) {
+    struct Row {
+        std::string line;
+        std::int64_t time;
+        int level;
+        std::string text;
+    };
+    for (const Row& row :
+         {Row{"2026-11-20T14:03:07.123456Z velloran 16 velloran:212 Sending DONE", 1795183387123456, 16,
+              "Sending DONE"},
+          Row{"2026-11-20T14:03:00.000000Z velloran 999999999 velloran:1 ", 1795183380000000, 999999999, ""},
+          Row{"2026-11-20T14:03:59.990000Z velloran 1 velloran:9 x", 1795183439990000, 1, "x"},
+          Row{"2026-11-20T14:04:00.009900Z velloran 1 velloran:10 x", 1795183440009900, 1, "x"}}) {
+        Statement statement;
+        ASSERT_TRUE(ReadOwnLine(row.line, statement)) << row.line;
+        EXPECT_EQ(statement.time, row.time) << row.line;
+        EXPECT_EQ(statement.level, row.level) << row.line;
+        EXPECT_EQ(statement.text, row.text) << row.line;
+    }
+}
+
+TEST(Statement, OfAnotherLoggerIsNotReadFromFixedPlaces) {
+    for (const std::string line : {"", "2026-11-20T14:03:07.123456", "2026-11-20T14:03:07.123456Z velloran",
+                                   "2026-11-20T14:03:07.123456Z velloran 0 velloran:1 x",
+                                   "2026-11-20T14:03:07.123456Z velloran 1000000000 velloran:1 x",
+                                   "2026-11-20T14:03:07.123456Z velloran 1 velloran:0 x",
+                                   "2026-11-20T14:03:07.123456Z velloran 1 velloran:1",
+                                   "2026-11-20T14:03:07.123456Z velloran 1 other:1 x",
+                                   "2026-11-20T14:03:07.123456+01:00 velloran 1 velloran:1 x",
+                                   "2026-11-20T14:03:07,123456Z velloran 1 velloran:1 x",
+                                   "2026-11-20T14:03:0x.123456Z velloran 1 velloran:1 x",
+                                   "2026-11-20T14:03:07.x23456Z velloran 1 velloran:1 x",
+                                   "2026-11-20T14:03:07.12x456Z velloran 1 velloran:1 x",
+                                   "2026-11-20T14:03:07.1234x6Z velloran 1 velloran:1 x",
+                                   "2026-11-20T14:03:07.12345xZ velloran 1 velloran:1 x",
+                                   "2026-13-20T14:03:07.123456Z velloran 1 velloran:1 x"}) {
+        Statement statement;
+        EXPECT_FALSE(ReadOwnLine(line, statement)) << line;
+    }
 }
 
 TEST(Statement, OfSyslogHasProcessAndTime) {

@@ -110,5 +110,17 @@ TEST(NameOfMessage, IsReadAsFarAsTheTextIsXml) {
     EXPECT_EQ("", NameOfMessage(""));
 }
 
+TEST(TakeNames, FindsWhatTheMessageIsAbout) {
+    const auto about = [](const std::string& text) {
+        FollowedFrame frame;
+        TakeNames(text, frame);
+        return frame.reid.value_or("-") + "/" + frame.file.value_or("-");
+    };
+    EXPECT_EQ("E/a", about("<msg req='GET_FILE' reid='E' path='P' file='a'/>"));
+    EXPECT_EQ("P/a", about("<msg req='GET_FILE' path='P' file='a'/>"));
+    EXPECT_EQ("/-", about("<msg req='EVENT' reid=''/>"));
+    EXPECT_EQ("-/-", about("<msg req='OK'/>"));
+}
+
 }  // namespace
 }  // namespace rig::proxy

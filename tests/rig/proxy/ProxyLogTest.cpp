@@ -79,6 +79,65 @@ TEST(ProxyLog, WritesWhatAFrameIs) {
         }));
 }
 
+TEST(ProxyLog, WritesWhatAFrameIsAbout) {
+    EXPECT_EQ(
+        R"({"connection":1,"event":"frame","direction":"dvr->harness","message":"FILE_COMPLETE","reid":"E",)"
+        R"("file":"","prefixBytes":1,"textBytes":60})",
+        Logged([](ProxyLog& log) {
+            log.Frame(1, Party::Dvr, {"FILE_COMPLETE", 1, 60, 60, "E", ""});
+        }));
+    EXPECT_EQ(R"({"connection":1,"event":"frame","direction":"dvr->harness","message":"EVENT","reid":"E",)"
+              R"("prefixBytes":1,"textBytes":60,"taken":true})",
+              Logged([](ProxyLog& log) {
+                  log.Taken(1, {"EVENT", 1, 60, 60, "E", {}});
+              }));
+}
+
+TEST(ProxyLog, WritesWhichFaultsAreToAct) {
+    const auto planned = [](const std::string& fault, const std::string& on) {
+        return Logged([&](ProxyLog& log) {
+            fault::Order order = fault::OrderOf(fault);
+            if (!on.empty()) {
+                fault::PlaceOn(order, on);
+            }
+            log.Planned(order);
+        });
+    };
+    EXPECT_EQ(R"({"event":"plan","fault":"bytewise"})", planned("bytewise", ""));
+    EXPECT_EQ(R"({"event":"plan","fault":"split","value":"3","on":"GET_FILE"})",
+              planned("split=3", "GET_FILE"));
+    EXPECT_EQ(R"({"event":"plan","fault":"split","value":"1","on":"GET_FILE:2"})",
+              planned("split", "GET_FILE:2"));
+}
+
+TEST(ProxyLog, WritesWhatAFaultDoes) {
+    EXPECT_EQ(R"({"connection":1,"event":"fault","fault":"split","value":"3","message":"GET_FILE"})",
+              Logged([](ProxyLog& log) { log.FaultActs(1, "split", "3", "GET_FILE"); }));
+    EXPECT_EQ(R"({"connection":1,"event":"fault","fault":"deep","message":"DONE"})",
+              Logged([](ProxyLog& log) { log.FaultActs(1, "deep", "", "DONE"); }));
+    EXPECT_EQ(R"({"connection":1,"event":"kept-open","fault":"hang"})",
+              Logged([](ProxyLog& log) { log.KeptOpen(1, "hang"); }));
+    EXPECT_EQ(R"({"connection":1,"event":"fault-end","fault":"hang"})",
+              Logged([](ProxyLog& log) { log.FaultEnds(1, "hang"); }));
+}
+
+TEST(ProxyLog, WritesWhichMessagesAFaultHasSent) {
+    const auto sent = [](const std::string& bytes) {
+        return Logged([&bytes](ProxyLog& log) { log.Sent(1, "flood", bytes); });
+    };
+    const std::string one = "\x11<msg req=\"DONE\"/>";
+    const std::string other = "\x0f<msg req=\"OK\"/>";
+    EXPECT_EQ(R"({"connection":1,"event":"sent","fault":"flood","bytes":3,"text":"\\x11<m"})",
+              sent(one.substr(0, 3)));
+    EXPECT_NE(std::string::npos,
+              sent(one + other + one).find(R"("bytes":52,"messages":["DONE","OK"],"text")"));
+    std::string many;
+    for (char letter = 'A'; letter <= 'Z'; ++letter) {
+        many += std::string("\x0e<msg req=\"") + letter + "\"/>";
+    }
+    EXPECT_NE(std::string::npos, sent(many).find(R"(["A","B","C","D","E","F","G","H"])"));
+}
+
 TEST(ProxyLog, IsJsonWhateverAMessageIsCalled) {
     const std::string line = Logged([](ProxyLog& log) {
         log.Frame(1, Party::Dvr, {"\"\n\\\xff\x01", 1, 15, 15});

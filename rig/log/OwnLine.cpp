@@ -1,0 +1,56 @@
+#include "rig/log/OwnLine.h"
+
+#include <cstring>
+
+#include "rig/log/LineTime.h"
+
+namespace rig::log {
+namespace {
+
+/// Removes the number that the text begins with. @return it; 0 if there is none, or none of the logger's
+int TakeNumber(std::string_view& text) {
+    constexpr std::size_t kMostDigits = 9;
+    int number = 0;
+    std::size_t digits = 0;
+    for (; digits < text.size() && text[digits] >= '0' && text[digits] <= '9'; ++digits) {
+        if (digits == kMostDigits) {
+            return 0;
+        }
+        number = number * 10 + (text[digits] - '0');
+    }
+    text.remove_prefix(digits);
+    return number;
+}
+
+/// Removes a literal that the text begins with. Its size is known when this is compiled: no call to compare.
+template <std::size_t size>
+bool TakeText(std::string_view& text, const char (&expected)[size]) {
+    if (text.size() < size - 1 || std::memcmp(text.data(), expected, size - 1) != 0) {
+        return false;
+    }
+    text.remove_prefix(size - 1);
+    return true;
+}
+
+}  // namespace
+
+bool ReadOwnLine(std::string_view line, Statement& statement) {
+    constexpr std::size_t kTimeEnd = 26;
+    if (line.size() <= kTimeEnd) {
+        return false;
+    }
+    std::string_view rest = line.substr(kTimeEnd);
+    if (!TakeText(rest, "Z velloran ")) {
+        return false;
+    }
+    const int level = TakeNumber(rest);
+    if (level <= 0 || !TakeText(rest, " velloran:") || TakeNumber(rest) <= 0 || !TakeText(rest, " ")) {
+        return false;
+    }
+    statement.time = OwnTime(line.data());
+    statement.level = level;
+    statement.text = rest;
+    return statement.time.has_value();
+}
+
+}  // namespace rig::log
