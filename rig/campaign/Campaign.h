@@ -13,7 +13,8 @@
 namespace rig::campaign {
 
 /// Runs all planned cases one after another and leaves the evidence in a folder. campaign.json is rewritten
-/// before and after each case, so that it is true even if the campaign is cut short.
+/// before and after each case, or every few cases where that takes long, so that it is true even if the
+/// campaign is cut short.
 class Campaign {
  public:
     /// @param folder  exists and is empty
@@ -38,6 +39,7 @@ class Campaign {
     void KeepResult(const CaseRecord& record, const CaseRun& run);
     void TellLast(const CaseRun& next);
     void FindKnownUnseen();
+    void WriteInTime();
     void WriteRecord() const;
     void WriteReports() const;
 
@@ -46,9 +48,10 @@ class Campaign {
     CampaignRecord record_;
     Interrupts interrupts_;
     Display display_;
-    std::set<int> failedClean_;  // dialects whose first clean export did not pass
     std::vector<SearchFinding> findings_;
-    double away_ = 0;  // seconds that the last case told the DVR to stay away
+    std::set<int> failedClean_;    // dialects whose first clean export did not pass
+    double away_ = 0;              // seconds that the last case told the DVR to stay away
+    Clock::time_point nextWrite_;  // of the reports of all cases
     std::unique_ptr<CaseRun> last_;
     result::Result result_;
 };

@@ -68,7 +68,7 @@ Rig RigOf(const RunOptions& options, std::uint32_t seed) {
     Rig rig;
     rig.harness = options.velloran.empty() ? DefaultHarness() : options.velloran;
     rig.proxy = ShellWord(OwnPath().string()) + " proxy";
-    rig.isDirect = !MayBeProxied(options);
+    rig.isDirect = options.selection.faults.empty() && !MayBeProxied(options);
     rig.log = options.log;
     rig.stop = options.stop;
     rig.dvr = DvrCommand(options);

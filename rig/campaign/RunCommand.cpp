@@ -151,8 +151,9 @@ void AddRunCommand(CLI::App& app, int& status) {
     AddCommandOptions(*run, *options);
     AddPatienceOptions(*run, *options);
     AddEvidenceOptions(*run, *options);
-    // The proxy starts and ends the harness, and passes its log on.
-    run->get_option("--faults")->excludes(run->get_option("--log"))->excludes(run->get_option("--stop"));
+    for (const char* other : {"--log", "--stop", "--direct"}) {
+        run->get_option("--faults")->excludes(run->get_option(other));  // the proxy has the harness
+    }
     run->callback([options, &status] { status = RunCampaign(*options); });
 }
 
