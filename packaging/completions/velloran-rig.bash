@@ -33,6 +33,22 @@ __velloran_rig_cases() {
     "$1" run --list-cases 2>/dev/null | cut -d ' ' -f 1
 }
 
+# Usage: __velloran_rig_faults PROGRAM
+__velloran_rig_faults() {
+    "$1" proxy --list-faults --format markdown 2>/dev/null | sed -nE 's/^\| `([a-z0-9-]+).*/\1/p'
+}
+
+# Usage: __velloran_rig_fault_groups PROGRAM
+__velloran_rig_fault_groups() {
+    "$1" proxy --list-faults --format markdown 2>/dev/null | sed -nE 's/^\| `[^|]*\| ([a-z]+) .*/\1/p' | uniq
+}
+
+# What the harness sends. Usage: __velloran_rig_requests PROGRAM
+__velloran_rig_requests() {
+    echo CALL
+    "$1" dvr --list-messages --format markdown 2>/dev/null | sed -nE 's/^\| `([A-Z_]+)` \| [^|]+ \| harness .*/\1/p' | sort -u
+}
+
 # Completes the value of an option. Usage: __velloran_rig_value PROGRAM KIND
 __velloran_rig_value() {
     local choices='' listed
@@ -40,6 +56,11 @@ __velloran_rig_value() {
         'all|NAME,'*)
             listed=${cur%"${cur##*,}"}
             COMPREPLY=($(compgen -P "$listed" -W "all $(__velloran_rig_cases "$1")" -- "${cur##*,}"))
+            return
+            ;;
+        'quick|all|'*)
+            listed=${cur%"${cur##*,}"}
+            COMPREPLY=($(compgen -P "$listed" -W "quick all $(__velloran_rig_fault_groups "$1") $(__velloran_rig_faults "$1")" -- "${cur##*,}"))
             return
             ;;
         *'|'*) choices=${2//|/ } ;;
@@ -55,6 +76,8 @@ __velloran_rig_value() {
             _known_hosts_real -- "$cur"
             return
             ;;
+        FAULT) choices=$(__velloran_rig_faults "$1") ;;
+        REQUEST) choices=$(__velloran_rig_requests "$1") ;;
         NAME) choices=$(__velloran_rig_defects "$1") ;;
         STYLE) choices=$(__velloran_rig_manners "$1" styles) ;;
         HABIT) choices=$(__velloran_rig_manners "$1" habits) ;;

@@ -21,6 +21,22 @@ function __velloran_rig_weaknesses
     velloran-rig dvr --list-weaknesses --format markdown | string replace -rf '^\| `([a-z0-9-]+)[^|]*\|[^|]*\| ([^|]*) \|.*' '$1\t$2'
 end
 
+function __velloran_rig_faults
+    velloran-rig proxy --list-faults --format markdown | string replace -rf '^\| `([a-z0-9-]+).*' '$1'
+end
+
+function __velloran_rig_fault_choices
+    printf '%s\n' quick all
+    velloran-rig proxy --list-faults --format markdown | string replace -rf '^\| `[^|]*\| ([a-z]+) .*' '$1' | uniq
+    __velloran_rig_faults
+end
+
+# What the harness sends.
+function __velloran_rig_requests
+    echo CALL
+    velloran-rig dvr --list-messages --format markdown | string replace -rf '^\| `([A-Z_]+)` \| [^|]+ \| harness .*' '$1' | sort -u
+end
+
 function __velloran_rig_cases
     echo all
     velloran-rig run --list-cases | string replace -r '^(\S+) +(.*)' '$1\t$2'
@@ -32,6 +48,8 @@ function __velloran_rig_value --argument-names kind
         case ''
         case 'all|NAME,*'
             printf '%s\n' -x -a '(__fish_complete_list , __velloran_rig_cases)'
+        case 'quick|all|*'
+            printf '%s\n' -x -a '(__fish_complete_list , __velloran_rig_fault_choices)'
         case '*|*'
             printf '%s\n' -x -a (string replace -a '|' ' ' -- $kind)
         case 'DIR*'
@@ -40,6 +58,10 @@ function __velloran_rig_value --argument-names kind
             printf '%s\n' -r -F
         case 'HOST*'
             printf '%s\n' -x -a '(__fish_print_hostnames)'
+        case FAULT
+            printf '%s\n' -x -a '(__velloran_rig_faults)'
+        case REQUEST
+            printf '%s\n' -x -a '(__velloran_rig_requests)'
         case NAME
             printf '%s\n' -x -a '(__velloran_rig_defects)'
         case STYLE

@@ -13,6 +13,8 @@ namespace rig::campaign {
 
 namespace {
 
+constexpr int kShareOfWriting = 20;  // one part in so many
+
 result::RunResult WithoutLog(result::RunResult run) {
     run.steps.clear();
     run.log.clear();
@@ -46,13 +48,26 @@ Outcome Campaign::Run() {
     return record_.Whole();
 }
 
+/// Large campaigns have large files: to write them takes at most a small share of the time, and a case that
+/// they do not yet tell of has its own.
+void Campaign::WriteInTime() {
+    const Clock::time_point begin = Clock::now();
+    if (begin < nextWrite_) {
+        return;
+    }
+    WriteReports();
+    WriteRecord();
+    const Clock::time_point end = Clock::now();
+    nextWrite_ = end + kShareOfWriting * (end - begin);
+}
+
 void Campaign::RunCase(CaseRecord& record) {
     record.outcome = Outcome::Running;
     record.begin = Now();
     record.isSuspect = failedClean_.count(record.plan.protocol) > 0;
     const CaseFolder folder(folder_ + "/" + record.Folder());
     folder.Write("case.json", CaseJson(record));
-    WriteRecord();
+    WriteInTime();
     Rig rig = rig_;
     rig.patience.connect += away_;
     auto run = std::make_unique<CaseRun>(rig, folder, record, interrupts_, display_);
@@ -62,8 +77,7 @@ void Campaign::RunCase(CaseRecord& record) {
     NoteCleanExport(record);
     KeepResult(record, *run);
     last_ = std::move(run);
-    WriteReports();
-    WriteRecord();
+    WriteInTime();
 }
 
 void Campaign::NoteCleanExport(const CaseRecord& record) {

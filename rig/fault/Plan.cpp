@@ -67,7 +67,7 @@ void PlaceOn(Order& order, const std::string& on) {
     const std::vector<std::string> messages = AllMessagesOf(*order.fault);
     if (!Holds(messages, order.message) || (colon != std::string::npos && order.occurrence == 0)) {
         throw std::runtime_error(
-            fmt::format("--on: expected MESSAGE or MESSAGE:N with N above 0 and one of {}, found {}",
+            fmt::format("--on: expected REQUEST or REQUEST:N with N above 0 and one of {}, found {}",
                         fmt::join(messages, ", "), Quoted(on)));
     }
 }

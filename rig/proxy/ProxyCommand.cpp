@@ -83,14 +83,14 @@ void AddFaultOptions(CLI::App& proxy, const std::shared_ptr<ProxyOptions>& optio
     proxy
         .add_option_function<std::string>(
             "--fault", addFault, "Wrong the DVR in this way (see --list-faults); may be given several times")
-        ->type_name("NAME[=VALUE]")
+        ->type_name("FAULT[=VALUE]")
         ->trigger_on_parse();
     proxy
         .add_option_function<std::string>(
             "--on", [lastFault](const std::string& place) { lastFault("--on").on = place; },
-            "The preceding fault acts on each MESSAGE of the harness, or only on the Nth (default: the first "
+            "The preceding fault acts on each REQUEST of the harness, or only on the Nth (default: the first "
             "that it can act on)")
-        ->type_name("MESSAGE[:N]")
+        ->type_name("REQUEST[:N]")
         ->trigger_on_parse();
     proxy
         .add_option_function<std::string>(

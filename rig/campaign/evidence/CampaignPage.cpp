@@ -18,6 +18,8 @@ using html::AddNamedCell;
 using html::AddRowHead;
 using html::AddTable;
 
+constexpr std::size_t kMostColumns = 100;
+
 std::string Headline(const CampaignRecord& campaign) {
     if (campaign.state == "running") {
         return "The campaign is still running, or was killed";
@@ -139,11 +141,11 @@ void AddCases(pugi::xml_node main, const CampaignRecord& campaign) {
     }
 }
 
-/// @return the checks of all cases, in order of first appearance
-std::vector<std::string> ChecksOf(const CampaignRecord& campaign) {
+/// @return the checks of these cases, in order of first appearance
+std::vector<std::string> ChecksOf(const std::vector<const CaseRecord*>& cases) {
     std::vector<std::string> ids;
-    for (const CaseRecord& record : campaign.cases) {
-        for (const result::CheckResult& check : record.checks) {
+    for (const CaseRecord* record : cases) {
+        for (const result::CheckResult& check : record->checks) {
             if (std::find(ids.begin(), ids.end(), check.id) == ids.end()) {
                 ids.push_back(check.id);
             }
@@ -164,19 +166,36 @@ void AddCell(pugi::xml_node row, const CaseRecord& record, const std::string& id
     }
 }
 
+/// @return the cases to show side by side: of more than anybody can read only the first that did not pass
+std::vector<const CaseRecord*> ColumnsOf(const CampaignRecord& campaign) {
+    std::vector<const CaseRecord*> columns;
+    for (const CaseRecord& record : campaign.cases) {
+        const bool isWanted = campaign.cases.size() <= kMostColumns ||
+                              (ExitStatusOf(record.outcome) != 0 && !record.checks.empty());
+        if (isWanted && columns.size() < kMostColumns) {
+            columns.push_back(&record);
+        }
+    }
+    return columns;
+}
+
 void AddMatrix(pugi::xml_node main, const CampaignRecord& campaign) {
+    const std::vector<const CaseRecord*> columns = ColumnsOf(campaign);
     Set(Add(main, "h2", "Checks by case"), "id", "matrix");
+    if (columns.size() < campaign.cases.size()) {
+        Add(main, "p", fmt::format("The first {} cases that did not pass.", kMostColumns));
+    }
     std::vector<std::string> heads = {"Check"};
-    for (std::size_t number = 1; number <= campaign.cases.size(); ++number) {
-        heads.push_back(std::to_string(number));
+    for (const CaseRecord* column : columns) {
+        heads.push_back(std::to_string(column - campaign.cases.data() + 1));
     }
     pugi::xml_node body = AddTable(main, "Each cell leads to the case's dialogue and log", heads);
     Set(body.parent(), "class", "matrix");
-    for (const std::string& id : ChecksOf(campaign)) {
+    for (const std::string& id : ChecksOf(columns)) {
         pugi::xml_node row = Add(body, "tr");
         AddRowHead(row, id);
-        for (const CaseRecord& record : campaign.cases) {
-            AddCell(row, record, id);
+        for (const CaseRecord* column : columns) {
+            AddCell(row, *column, id);
         }
     }
     html::AddLetterLegend(main);

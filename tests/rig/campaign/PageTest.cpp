@@ -56,6 +56,16 @@ TEST_F(CampaignPageTest, SaysFirstHowItCameOut) {
     EXPECT_EQ(Heading(), "The campaign is still running, or was killed");
 }
 
+TEST_F(CampaignPageTest, ShowsOfHundredsOfCasesTheChecksOfThoseThatDidNotPass) {
+    std::vector<CaseRecord> cases(200, Record("a", Outcome::Pass));
+    cases[150] = Record("b", Outcome::Fail);
+    Make(Finished(cases));
+    EXPECT_EQ(page_.select_nodes("//table[@class='matrix']//thead//th").size(), 2U);
+    EXPECT_TRUE(page_.select_node("//table[@class='matrix']//th[.='151']"));
+    Make(Finished(std::vector<CaseRecord>(300, Record("b", Outcome::Fail))));
+    EXPECT_EQ(page_.select_nodes("//table[@class='matrix']//thead//th").size(), 101U);
+}
+
 TEST_F(CampaignPageTest, LeadsFromFaultAndMessageToTheCase) {
     CampaignRecord campaign = Finished({});
     Case plan{"split=2@GET_FILE-2.0", 2, "-p 2 -c 1", ""};

@@ -127,9 +127,9 @@ TEST(FaultPlan, SaysWhatIsWrongWithAnOrder) {
     EXPECT_EQ("--fault two-roots: expected no value, found '1'", ComplaintAbout("two-roots=1", ""));
     EXPECT_EQ("--fault close: expected in-text, before, in-prefix, after, found 'soon'",
               ComplaintAbout("close=soon", ""));
-    EXPECT_EQ("--on: expected MESSAGE or MESSAGE:N with N above 0 and one of GET_FILE, found 'GET_FILE:0'",
+    EXPECT_EQ("--on: expected REQUEST or REQUEST:N with N above 0 and one of GET_FILE, found 'GET_FILE:0'",
               ComplaintAbout("repeat-file", "GET_FILE:0"));
-    EXPECT_EQ("--on: expected MESSAGE or MESSAGE:N with N above 0 and one of GET_FILE, found 'DONE'",
+    EXPECT_EQ("--on: expected REQUEST or REQUEST:N with N above 0 and one of GET_FILE, found 'DONE'",
               ComplaintAbout("repeat-file", "DONE"));
 }
 
