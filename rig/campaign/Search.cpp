@@ -137,7 +137,7 @@ std::optional<SearchLimit> ParseSearchLimit(const std::string& text) {
     const auto number = ParseNumber<std::size_t>(text.substr(0, end));
     const std::string unit = end == std::string::npos ? "" : text.substr(end);
     if (!number || *number == 0 || *number > 1'000'000 ||
-        (unit != "" && unit != "s" && unit != "m" && unit != "h")) {
+        (!unit.empty() && unit != "s" && unit != "m" && unit != "h")) {
         return std::nullopt;
     }
     if (unit.empty()) {
