@@ -7,6 +7,7 @@
 #include "rig/base/Interrupts.h"
 #include "rig/campaign/Display.h"
 #include "rig/campaign/evidence/RecordReader.h"
+#include "rig/campaign/Search.h"
 #include "rig/campaign/evidence/Records.h"
 #include "rig/campaign/execution/CaseRun.h"
 
@@ -28,7 +29,15 @@ class Campaign {
     /// @return the outcome that decides for all
     Outcome Run();
 
+    /// Tries random sequences of faults instead, until the limit: what fails is repeated, made as small as it
+    /// still fails, and kept with its evidence (search.json, and a case for each finding).
+    /// @param dialect  1, 2, or 0 for both
+    Outcome Search(const SearchLimit& limit, int dialect);
+
  private:
+    bool Fails(const Sequence& sequence, const std::string& id, CaseRecord& record);
+    SearchFinding Find(const Sequence& sequence, std::size_t number, CaseRecord& record);
+    void KeepFinding(const SearchFinding& finding, CaseRecord record);
     void RunCase(CaseRecord& record);
     void NoteCleanExport(const CaseRecord& record);
     void KeepResult(const CaseRecord& record, const CaseRun& run);
@@ -43,6 +52,7 @@ class Campaign {
     CampaignRecord record_;
     Interrupts interrupts_;
     Display display_;
+    std::vector<SearchFinding> findings_;
     std::set<int> failedClean_;    // dialects whose first clean export did not pass
     double away_ = 0;              // seconds that the last case told the DVR to stay away
     Clock::time_point nextWrite_;  // of the reports of all cases

@@ -8,6 +8,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "rig/campaign/Search.h"
+
 namespace rig::campaign {
 namespace {
 
@@ -109,22 +111,51 @@ const char* SwitchesOf(int dialect) {
     return dialect == 1 ? "-p 1" : "-p 2 -c 1";
 }
 
-std::vector<fault::FaultCase> ChosenFaults(const Selection& selection) {
-    return fault::Choose(selection.faults, selection.protocol == "both" ? 0 : std::stoi(selection.protocol));
+int DialectOf(const Selection& selection) {
+    return selection.protocol == "both" ? 0 : std::stoi(selection.protocol);
+}
+
+/// @return the cases in the order of the faults; after them those in which several faults act
+std::vector<Case> ChosenFaults(const Selection& selection) {
+    std::string single;
+    std::vector<Case> together;
+    std::istringstream names(selection.faults + ",");
+    for (std::string name; std::getline(names, name, ',');) {
+        if (name.find('+') == std::string::npos) {
+            single += (single.empty() ? "" : ",") + name;
+            continue;
+        }
+        Case plan = CaseOf(SequenceOf(name));
+        if (DialectOf(selection) == 0 || DialectOf(selection) == plan.protocol) {
+            together.push_back(std::move(plan));
+        }
+    }
+    std::vector<Case> plans;
+    if (!single.empty() || together.empty()) {
+        for (const fault::FaultCase& one : fault::Choose(single, DialectOf(selection))) {
+            plans.push_back(FaultCaseOf(one));
+        }
+    }
+    plans.insert(plans.end(), together.begin(), together.end());
+    return plans;
+}
+
+std::string ListFaultCases(const std::vector<Case>& plans) {
+    std::string list;
+    for (const Case& plan : plans) {
+        list += fmt::format("{:<46} {:<9} {}\n", plan.name, NameOf(DutyOf(plan)), plan.sentence);
+    }
+    return list;
 }
 
 /// Each dialect begins with its clean export, as without it no fault is to blame for anything.
 std::vector<Case> SelectFaults(const Selection& selection) {
-    const std::vector<fault::FaultCase> chosen = ChosenFaults(selection);
+    const std::vector<Case> chosen = ChosenFaults(selection);
     std::vector<Case> plans;
     for (const int dialect : {1, 2}) {
         const std::size_t begin = plans.size();
-        for (const fault::FaultCase& one : chosen) {
-            if (one.dialect == dialect) {
-                plans.push_back(
-                    {one.Id(), dialect, SwitchesOf(dialect), one.Sentence(), Role::Fault, {}, one});
-            }
-        }
+        std::copy_if(chosen.begin(), chosen.end(), std::back_inserter(plans),
+                     [dialect](const Case& one) { return one.protocol == dialect; });
         if (plans.size() > begin && !selection.bare) {
             const auto first = std::find_if(AllCases().begin(), AllCases().end(), [dialect](const Case& one) {
                 return one.protocol == dialect && one.role == Role::First;
@@ -170,6 +201,18 @@ std::vector<Case> Select(const Selection& selection) {
     return plans;
 }
 
+Case FaultCaseOf(const fault::FaultCase& one) {
+    return {one.Id(), one.dialect, SwitchesOf(one.dialect), one.Sentence(), Role::Fault, {}, one};
+}
+
+fault::Duty DutyOf(const Case& plan) {
+    fault::Duty duty = plan.fault->fault->duty;
+    for (const fault::FaultCase& other : plan.others) {
+        duty = std::max(duty, other.fault->duty);
+    }
+    return duty;
+}
+
 Case RecoveryOf(const Case& plan) {
     return {"recovery", plan.protocol, SwitchesOf(plan.protocol),
             "A clean export right after the fault: the DVR has survived it.", Role::Last};
@@ -177,7 +220,7 @@ Case RecoveryOf(const Case& plan) {
 
 std::string ListCases(const Selection& selection) {
     if (!selection.faults.empty()) {
-        return fault::ListCases(ChosenFaults(selection));
+        return ListFaultCases(ChosenFaults(selection));
     }
     std::string list;
     for (const Case& plan : AllCases()) {

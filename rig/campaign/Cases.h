@@ -20,6 +20,7 @@ struct Case {
     std::vector<std::string> excluded = {};  // checks of the judge that these switches together cannot reach
     std::optional<fault::FaultCase> fault =
         {};  // that the proxy adds; nothing: the harness's own faults alone
+    std::vector<fault::FaultCase> others = {};  // of the proxy, that act in the same export as the fault
 };
 
 /// @return the whole table, in the order in which the cases run: 1.0, then 2.0
@@ -46,6 +47,13 @@ struct Patience {
 /// clean export. A name determines its dialect. Throws std::runtime_error for a name that no case has, and
 /// when nothing is left to run.
 std::vector<Case> Select(const Selection& selection);
+
+/// @return the case in which that fault acts
+Case FaultCaseOf(const fault::FaultCase& one);
+
+/// @return what a good DVR does in a case of the proxy's faults: of several duties, the one that asks least
+/// of it
+fault::Duty DutyOf(const Case& plan);
 
 /// @return a plain export right after the case, which shows that the DVR has survived it
 Case RecoveryOf(const Case& plan);

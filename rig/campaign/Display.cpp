@@ -182,6 +182,14 @@ void Display::Warn(const std::string& text) {
     std::cerr << "velloran-rig run: " << text << std::endl;
 }
 
+void Display::ShowTry(std::size_t number, std::size_t most, std::size_t findings) {
+    number_ = most == 0 ? std::to_string(number) : fmt::format("{}/{}", number, most);
+    head_ = fmt::format("try {}, {}", number_, Counted(findings, "finding"));
+    phase_.clear();
+    shown_ = {};
+    begin_ = Clock::now();
+}
+
 void Display::CaseEnds(const CaseRecord& record) {
     spent_ += Clock::now() - begin_;
     ++done_;

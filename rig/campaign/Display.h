@@ -20,6 +20,9 @@ class Display {
     /// is new, and every 10 s after that.
     void Show(const std::string& phase, const std::string& detail);
 
+    /// Shows how far a search is. @param most  0 if it ends with a time
+    void ShowTry(std::size_t number, std::size_t most, std::size_t findings);
+
     /// Prints what must not be missed: a line of its own on standard error.
     void Warn(const std::string& text);
 

@@ -109,8 +109,7 @@ Decision Judged(const result::RunResult& run) {
 }
 
 std::string HarnessWords(const CaseFacts& facts) {
-    return "the harness " + (facts.harness ? facts.harness->Words() : "does not end") +
-           (facts.errors.empty() ? "" : ": " + facts.errors);
+    return "the harness " + facts.harness->Words() + (facts.errors.empty() ? "" : ": " + facts.errors);
 }
 
 /// We did not stop the harness.

@@ -38,11 +38,16 @@ std::string DefaultHarness() {
     return access(beside.c_str(), X_OK) == 0 ? ShellWord(beside.string()) : "velloran";
 }
 
+/// @return whether a proxy adds faults to the harness's
+bool AddsFaults(const RunOptions& options) {
+    return !options.selection.faults.empty() || !options.search.empty();
+}
+
 std::optional<std::string> DvrCommand(const RunOptions& options) {
     if (options.dvr && options.dvr->empty()) {
         // Short exports, as there are many of them.
         const char* const manner =
-            options.selection.faults.empty() ? "" : " --recorder --events single-file --transfer-time 50";
+            AddsFaults(options) ? " --recorder --events single-file --transfer-time 50" : "";
         return ShellWord(OwnPath().string()) + " dvr --protocol {protocol} --seed {seed}" + manner;
     }
     return options.dvr;
@@ -122,6 +127,9 @@ std::vector<std::pair<std::string, std::string>> CommandsOf(const Rig& rig) {
 
 std::vector<CaseRecord> PlannedCases(const RunOptions& options) {
     std::vector<CaseRecord> records;
+    if (!options.search.empty()) {
+        return records;
+    }
     for (const Case& plan : Select(options.selection)) {
         for (int run = 1; run <= options.repeat; ++run) {
             CaseRecord record;
@@ -171,7 +179,7 @@ bool IsExecutable(const std::string& path) {
 
 /// Once, as each case would fail for the same reason.
 void CheckProxy(const RunOptions& options) {
-    if (options.selection.faults.empty()) {
+    if (!AddsFaults(options)) {
         return;
     }
     if (!options.velloran.empty() && !IsExecutable(options.velloran)) {
@@ -181,7 +189,7 @@ void CheckProxy(const RunOptions& options) {
     }
     if (!proxy::MayHaveOwnNetwork()) {
         throw std::runtime_error(
-            "--faults: expected a network of its own for the harness, found that the system refuses it; run "
+            "expected a network of its own for the harness, found that the system refuses it; run "
             "as root, or allow user namespaces");
     }
 }
@@ -213,7 +221,11 @@ Outcome PlanAndRun(const RunOptions& options) {
     const std::string folder = FolderOf(options);
     CheckFolder(folder, options);
     MakeCampaignFolder(folder);
-    return Campaign(std::move(planned.rig), folder, std::move(planned.record)).Run();
+    Campaign campaign(std::move(planned.rig), folder, std::move(planned.record));
+    const std::string& protocol = options.selection.protocol;
+    return options.search.empty() ? campaign.Run()
+                                  : campaign.Search(*ParseSearchLimit(options.search),
+                                                    protocol == "both" ? 0 : std::stoi(protocol));
 }
 
 }  // namespace rig::campaign

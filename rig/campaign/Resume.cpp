@@ -32,7 +32,12 @@ RunOptions OptionsOf(const Json& json) {
     if (run == words.end()) {
         throw std::runtime_error("--resume: expected the command line of a campaign, found another");
     }
-    return ParseRun({std::next(run), words.end()});
+    RunOptions options = ParseRun({std::next(run), words.end()});
+    if (!options.search.empty()) {
+        throw std::runtime_error(
+            "--resume: expected a campaign of cases, found a search, which its seed repeats");
+    }
+    return options;
 }
 
 void CheckVersions(const Json& then, const CampaignRecord& record) {

@@ -13,6 +13,7 @@
 #include "rig/base/Complaint.h"
 #include "rig/base/OptionChecks.h"
 #include "rig/campaign/Plan.h"
+#include "rig/campaign/Search.h"
 #include "rig/judge/delivery/DeliveryOptions.h"
 
 namespace rig::campaign {
@@ -50,6 +51,20 @@ void AddCaseOptions(CLI::App& run, RunOptions& options) {
         ->check(CLI::IsMember({"1", "2", "both"}))
         ->type_name("1|2|both")
         ->capture_default_str();
+    run.add_option(
+           "--search", options.search,
+           "Try random sequences of the proxy's faults instead: so many, or for so long (90s, 20m, 2h); "
+           "what fails is repeated and made smaller")
+        ->check(CLI::Validator(
+            [](const std::string& text) {
+                return ParseSearchLimit(text)
+                           ? std::string()
+                           : "expected a number of tries, or of s, m or h, found '" + text + "'";
+            },
+            ""))
+        ->type_name("N|DURATION")
+        ->excludes(cases)
+        ->excludes("--faults");
     run.add_flag("--bare", options.selection.bare, "Leave out the clean exports that run first and last");
     run.add_flag("--list-cases", options.listCases, "Print the table of cases and exit");
     run.add_option("--repeat", options.repeat, "Run each case this many times, to see how its runs differ")
@@ -148,8 +163,9 @@ void AddOptions(CLI::App& run, RunOptions& options) {
     AddCommandOptions(run, options);
     AddPatienceOptions(run, options);
     AddEvidenceOptions(run, options);
-    for (const char* other : {"--log", "--stop", "--direct"}) {
-        run.get_option("--faults")->excludes(run.get_option(other));  // the proxy has the harness
+    for (const char* other : {"--log", "--stop", "--direct"}) {  // the proxy has the harness
+        run.get_option("--faults")->excludes(run.get_option(other));
+        run.get_option("--search")->excludes(run.get_option(other));
     }
     AddResumeOption(run, options);
 }

@@ -6,6 +6,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "rig/base/Affix.h"
 #include "rig/base/Holds.h"
 #include "rig/base/Printable.h"
 
@@ -69,6 +70,7 @@ const std::vector<FaultCase>& Cases() {
 
 std::vector<FaultCase> Choose(const std::string& selection, int dialect) {
     std::vector<bool> isChosen(Cases().size());
+    std::vector<FaultCase> owns;
     std::istringstream names(selection + ",");  // so that nothing is an empty name
     for (std::string name; std::getline(names, name, ',');) {
         bool isKnown = false;
@@ -76,6 +78,12 @@ std::vector<FaultCase> Choose(const std::string& selection, int dialect) {
             if (IsNamed(Cases()[at], name, dialect)) {
                 isKnown = true;
                 isChosen[at] = isChosen[at] || dialect == 0 || Cases()[at].dialect == dialect;
+            }
+        }
+        if (const std::optional<FaultCase> own = isKnown ? std::nullopt : CaseNamed(name)) {
+            isKnown = true;
+            if (dialect == 0 || own->dialect == dialect) {
+                owns.push_back(*own);
             }
         }
         if (!isKnown) {
@@ -91,15 +99,26 @@ std::vector<FaultCase> Choose(const std::string& selection, int dialect) {
             chosen.push_back(Cases()[at]);
         }
     }
+    chosen.insert(chosen.end(), owns.begin(), owns.end());
     return chosen;
 }
 
-std::string ListCases(const std::vector<FaultCase>& cases) {
-    std::string list;
-    for (const FaultCase& one : cases) {
-        list += fmt::format("{:<46} {:<9} {}\n", one.Id(), NameOf(one.fault->duty), one.Sentence());
+std::optional<FaultCase> CaseNamed(const std::string& id) {
+    const std::size_t at = id.find('@');
+    const std::size_t dash = id.rfind('-');
+    if (at == std::string::npos || dash == std::string::npos || dash < at) {
+        return std::nullopt;
     }
-    return list;
+    const std::string named = id.substr(0, at);
+    const std::size_t equals = named.find('=');
+    const Fault* const fault = Find(named.substr(0, equals));
+    if (fault == nullptr) {
+        return std::nullopt;
+    }
+    FaultCase one{fault, equals == std::string::npos ? "" : named.substr(equals + 1),
+                  id.substr(at + 1, dash - at - 1), EndsWith(id, "-1.0") ? 1 : 2};
+    const bool isRight = Takes(*fault, one.value) && Holds(MessagesOf(*fault, one.dialect), one.message);
+    return isRight && one.Id() == id ? std::optional<FaultCase>(one) : std::nullopt;
 }
 
 }  // namespace rig::fault

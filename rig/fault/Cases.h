@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,11 +31,11 @@ const std::vector<FaultCase>& Cases();
 /// @param selection  "all"; "quick", one case of each fault; or groups of faults, names of faults and ids of
 ///                   cases, separated by commas
 /// @param dialect    whose cases alone to take: 1, 2, or 0 for both
-/// @return the cases, each once, in the order of the faults. Throws std::runtime_error for a name that
-/// nothing has.
+/// @return the cases, each once, in the order of the faults, and then those with numbers of the user's own.
+/// Throws std::runtime_error for a name that nothing has.
 std::vector<FaultCase> Choose(const std::string& selection, int dialect = 0);
 
-/// @return the cases for people: id, duty, sentence
-std::string ListCases(const std::vector<FaultCase>& cases);
+/// @return the case of that id, also with a number for a value that no case has; nothing if there is none
+std::optional<FaultCase> CaseNamed(const std::string& id);
 
 }  // namespace rig::fault

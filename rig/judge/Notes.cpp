@@ -55,7 +55,7 @@ bool AnyFile(const pugi::xml_node& video, bool (*isSo)(const pugi::xml_node&)) {
 
 bool Has(const std::string& description, DescriptionFault fault) {
     if (fault == DescriptionFault::NotXml) {
-        return log::IsMalformed(description);
+        return !description.empty() && log::IsMalformed(description);
     }
     pugi::xml_document document;
     if (!log::LoadAsTheHarness(description, document)) {

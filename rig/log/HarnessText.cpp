@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "rig/base/Affix.h"
+#include "rig/base/Printable.h"
 
 namespace rig::log {
 namespace {
@@ -24,21 +25,22 @@ bool IsReference(std::string_view text) {
                        [text](const char* reference) { return StartsWith(text, reference); });
 }
 
-/// @return whether all parsers find the same texts in the document, as in most: it has no blanks that could
-/// be
-///         dropped or condensed, and no references but the usual ones
+/// @return whether all parsers find the same texts in the document, as in most: it is UTF-8, begins with
+/// markup, has no blanks that could be dropped or condensed, and no references but the usual ones
 bool ReadsAlikeEverywhere(std::string_view document) {
-    char before = '>';
-    for (std::size_t at = 0; at < document.size(); ++at) {
+    if (!StartsWith(document, "<") || !IsUtf8(document)) {
+        return false;
+    }
+    for (std::size_t at = 1; at < document.size(); ++at) {
         const char byte = document[at];
+        const char before = document[at - 1];
         const bool isAfterMarkupOrBlank = before == '>' || before == ' ';
         if ((IsBlank(byte) && (byte != ' ' || isAfterMarkupOrBlank)) || (byte == '<' && before == ' ') ||
             (byte == '&' && !IsReference(document.substr(at)))) {
             return false;
         }
-        before = byte;
     }
-    return before != ' ';
+    return document.back() != ' ';
 }
 
 /// @return the document as the harness's own library reads and writes it; empty if it does not read it

@@ -14,6 +14,7 @@
 namespace {
 
 constexpr const char* kLog = "/mnt/judged.log";
+constexpr const char* kProxyLog = "/mnt/proxy.jsonl";
 constexpr const char* kReport = "/mnt/judged.json";
 constexpr std::chrono::milliseconds kQuiet(1500);  // longer than any pause that the harness makes on its own
 constexpr std::chrono::milliseconds kQuietAlready(300);  // where the DVR has waited in vain before
@@ -58,7 +59,7 @@ Export::Export(const Recipe& recipe, Here here)
     harness_.emplace(WordsOf("-p " + recipe.dialect + " " + recipe.switches));
     harness_->Listens(here);
     if (recipe.manners.find(kThroughProxy) not_eq std::string::npos) {
-        proxy_.emplace(5001, 5002, std::vector<std::string>(), here);
+        proxy_.emplace(5001, 5002, WordsOf(recipe.faults), here);
     }
     dvr_.emplace(Arguments(recipe));
     if (recipe.manners.find(kRecorder) == std::string::npos) {
@@ -93,11 +94,15 @@ void Export::FollowUntilNothingIsAsked() {
     }
 }
 
-Judged Export::Judge() const {
+Judged Export::Judge(WithProxy proxy) const {
     std::ofstream(kLog, std::ios::binary) << harness_->GetProcess().output << harness_->StandardError();
     std::vector<std::string> arguments = {"judge", "--patience", "1", "--json", kReport, kLog};
     if (delivers_) {
         arguments.insert(arguments.end(), {"--delivered", kDelivered});
+    }
+    if (proxy == WithProxy::Yes) {
+        std::ofstream(kProxyLog, std::ios::binary) << proxy_->LogText();
+        arguments.insert(arguments.end(), {"--proxy", kProxyLog});
     }
     const ProgramResult ended = RunRig(arguments);
     EXPECT_EQ(ended.errors, "");

@@ -29,6 +29,9 @@ struct Judged {
 /// see the same verdicts
 std::string StyleOfAll();
 
+/// Whether the judge reads the proxy's log, too.
+enum class WithProxy { No, Yes };
+
 /// One export from beginning to end, in a world of its own: the DVR with the recordings that are kept with
 /// these tests, and the harness until it has ended or has logged nothing for longer than it ever pauses.
 class Export {
@@ -37,7 +40,7 @@ class Export {
     /// a proxy stands between it and the harness. With kRecorder it is ended after its first export.
     explicit Export(const Recipe& recipe, Here here = Here::current());
 
-    Judged Judge() const;
+    Judged Judge(WithProxy proxy = WithProxy::No) const;
 
     /// The harness's log from its first connection on, as LinesOf gives it.
     std::vector<std::string> Log() const;

@@ -12,6 +12,7 @@ struct Recipe {
     std::string defect;   // of the DVR, with its options; may be empty
     std::string switches;
     std::string manners = {};  // options of the DVR; may be empty
+    std::string faults = {};   // options of the proxy; may be empty
 };
 
 /// A row of defects.txt, where the layout is explained.

@@ -107,7 +107,7 @@ void CaseRun::PlayFault() {
     Take(played);
     TakeVerdict(std::move(result));
     if (HasActed(facts_)) {
-        LeaveToTheFault(facts_, *record_.plan.fault->fault);
+        LeaveToTheFault(facts_, record_.plan);
         Recover(played.TakeDvr());
     } else if (std::unique_ptr<Child> dvr = played.TakeDvr()) {
         dvr->Signal(SIGTERM);

@@ -14,9 +14,8 @@ using result::CheckResult;
 using result::Verdict;
 
 /// @return whether the export may end before DONE without the DVR being to blame
-bool MayBreakOff(const fault::Fault& fault, const CaseFacts& facts) {
-    return fault.duty == fault::Duty::Survives ||
-           (fault.duty == fault::Duty::Refuses && facts.end != End::Done);
+bool MayBreakOff(fault::Duty duty, const CaseFacts& facts) {
+    return duty == fault::Duty::Survives || (duty == fault::Duty::Refuses && facts.end != End::Done);
 }
 
 /// @return the verdict on the case of a recovery with that outcome. It failed for a reason of its own only if
@@ -43,8 +42,12 @@ std::string ProxiedCommand(const Rig& rig, const CaseFolder& folder, const Case&
     std::string command = fmt::format("{} --listen 5001{} --log {}", rig.proxy, once ? " --once" : "",
                                       ShellWord(folder.PathOf(kProxyLog)));
     if (plan.fault) {
-        command += fmt::format(" --fault {} --on {} --seed {}", ShellWord(plan.fault->Named()),
-                               plan.fault->message, rig.seed);
+        std::vector<fault::FaultCase> faults = {*plan.fault};
+        faults.insert(faults.end(), plan.others.begin(), plan.others.end());
+        for (const fault::FaultCase& one : faults) {
+            command += fmt::format(" --fault {} --on {}", ShellWord(one.Named()), one.message);
+        }
+        command += fmt::format(" --seed {}", rig.seed);
     }
     return command + " --harness-command " + ShellWord(rig.harness + " " + plan.switches);
 }
@@ -53,15 +56,20 @@ bool HasActed(const CaseFacts& facts) {
     return facts.judged && facts.end != End::Interrupted &&
            std::any_of(facts.judged->checks.begin(), facts.judged->checks.end(),
                        [](const CheckResult& check) {
-                           return check.id == "fault.acted" && check.verdict == Verdict::Pass;
+                           return check.id == "fault.answer";  // which applies only then
                        });
 }
 
-void LeaveToTheFault(CaseFacts& facts, const fault::Fault& fault) {
-    if (!MayBreakOff(fault, facts)) {
+void LeaveToTheFault(CaseFacts& facts, const Case& plan) {
+    std::vector<CheckResult>& checks = facts.judged->checks;
+    if (!plan.others.empty()) {  // the first may leave the others nothing to act on
+        checks.erase(std::remove_if(checks.begin(), checks.end(),
+                                    [](const CheckResult& check) { return check.id == "fault.acted"; }),
+                     checks.end());
+    }
+    if (!MayBreakOff(DutyOf(plan), facts)) {
         return;
     }
-    std::vector<CheckResult>& checks = facts.judged->checks;
     checks.erase(std::remove_if(checks.begin(), checks.end(),
                                 [](const CheckResult& check) {
                                     return !StartsWith(check.id, "fault.") && check.id != "harness.ran";

@@ -20,11 +20,11 @@ constexpr const char* kProxyLog = "proxy.jsonl";
 /// @param once  whether the harness is to end after one export
 std::string ProxiedCommand(const Rig& rig, const CaseFolder& folder, const Case& plan, bool once);
 
-/// @return whether the proxy's log shows that the fault acted
+/// @return whether the proxy's log shows that a fault acted
 bool HasActed(const CaseFacts& facts);
 
 /// Drops what a good DVR need not do with such a fault: to end the export, where it may hang up.
-void LeaveToTheFault(CaseFacts& facts, const fault::Fault& fault);
+void LeaveToTheFault(CaseFacts& facts, const Case& plan);
 
 /// Adds the check "recovery": what the clean export after the fault came to.
 void AddRecovery(CaseFacts& facts, const CaseFacts& recovery);

@@ -1,5 +1,7 @@
 #include "rig/judge/checks/Checks.h"
 
+#include "rig/judge/wire/WireFacts.h"
+
 namespace rig::judge {
 namespace {
 
@@ -20,6 +22,12 @@ bool IsAskedFor(const Check& check, const Run& run, const Limits& limits) {
         default:
             return true;
     }
+}
+
+/// @return whether what the harness logs may come of a fault of the proxy
+bool IsExcused(const Check& check, const Run& run) {
+    const bool isOfWire = check.needs == Needs::Wire || check.needs == Needs::WireTimes;
+    return !isOfWire && run.wire != nullptr && run.wire->isDisturbed;
 }
 
 bool IsHeldAgainst(const Finding& finding) {
@@ -52,6 +60,11 @@ Finding Judged(const Check& check, const Run& run, const Limits& limits) {
     if (finding.verdict == result::Verdict::Warning && limits.isStrict) {
         finding.verdict = result::Verdict::Fail;
         finding.expected = finding.expected.Whole() + " (else a warning, which --strict makes a failure)";
+    }
+    if (finding.verdict == result::Verdict::Fail && IsExcused(check, run)) {
+        finding.verdict = result::Verdict::Inconclusive;
+        finding.found =
+            "a fault of the proxy may be to blame; as far as the log goes, " + finding.found.Whole();
     }
     return finding;
 }

@@ -33,6 +33,10 @@ bool PlayedFault::IsWrong() const {
     return fault_ == nullptr || fault_->duty != Duty::GoesOn;
 }
 
+bool PlayedFault::NeedsOnlySurvival() const {
+    return fault_ == nullptr || fault_->duty == Duty::Survives;
+}
+
 /// What it sends later is the harness's message itself.
 void PlayedFault::TakeSent(const WireEvent& sent) {
     if (!hasSent_) {

@@ -22,6 +22,9 @@ class PlayedFault {
     /// @return whether the DVR may end the connection because of it
     bool IsWrong() const;
 
+    /// @return whether it does not matter what the DVR does, as long as it lives
+    bool NeedsOnlySurvival() const;
+
     void TakeSent(const WireEvent& sent);
 
     /// Takes a message of the DVR that does not go on to the harness.

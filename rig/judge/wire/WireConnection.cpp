@@ -14,7 +14,7 @@ namespace {
 using Kind = WireEvent::Kind;
 using protocol::Sender;
 
-constexpr std::size_t kMostPending = 1000;  // memory must not grow with the log
+constexpr std::size_t kMostAwaited = 1000;  // memory must not grow with the log
 
 std::uint64_t ShortestPrefix(std::uint64_t length) {
     std::uint64_t bytes = 1;
@@ -44,10 +44,15 @@ bool Answers(const std::string& message, const std::string& request, int dialect
            std::find(kind->answers.begin(), kind->answers.end(), message) != kind->answers.end();
 }
 
+bool IsOfDvr(const std::string& message) {
+    return protocol::Find(1, Sender::Dvr, message) != nullptr ||
+           protocol::Find(2, Sender::Dvr, message) != nullptr;
+}
+
 template <typename Item>
 void AddTo(std::deque<Item>& items, Item item) {
     items.push_back(std::move(item));
-    if (items.size() > kMostPending) {
+    if (items.size() > kMostAwaited) {
         items.pop_front();
     }
 }
@@ -109,8 +114,8 @@ void WireConnection::TakeRequest(const WireEvent& frame, const Place& place) {
 }
 
 void WireConnection::TakeMessage(const WireEvent& frame, const Place& place) {
-    const std::uint64_t enough = ShortestPrefix(frame.textBytes);
     const std::string name = frame.message.empty() ? "a message without req" : Printable(frame.message);
+    const std::uint64_t enough = ShortestPrefix(frame.textBytes);
     if (frame.prefixBytes > enough) {
         facts_.longPrefixes.Add(
             place, fmt::format("{}: {} bytes where {} would do", name, frame.prefixBytes, enough));
@@ -121,9 +126,7 @@ void WireConnection::TakeMessage(const WireEvent& frame, const Place& place) {
         }
         return;
     }
-    const bool isKnown = protocol::Find(1, Sender::Dvr, frame.message) != nullptr ||
-                         protocol::Find(2, Sender::Dvr, frame.message) != nullptr;
-    if (isKnown || frame.message.empty()) {
+    if (IsOfDvr(frame.message) || frame.message.empty()) {
         ++facts_.passed[frame.message];
     }
     if (frame.message == "OK") {
@@ -161,6 +164,7 @@ void WireConnection::TakeFault(const WireEvent& event, const Place& place) {
         place, Printable(fmt::format("{} at {}, {:.3f} s after the DVR's call", event.Named(), event.message,
                                      static_cast<double>(event.time - begin_) / 1e6)));
     isWronged_ = isWronged_ || playing_->IsWrong();
+    facts_.isDisturbed = facts_.isDisturbed || playing_->NeedsOnlySurvival();
     if (event.message == "DONE") {
         done_.reset();
         isWrongedAtDone_ = playing_->IsWrong();
@@ -176,7 +180,7 @@ void WireConnection::TakeSent(const WireEvent& event) {
     if (!pending_.empty() && pending_.back().name == playing_->At()) {
         pending_.back().time = event.time;
     }
-    if (Holds(event.messages, "DONE")) {
+    if (rig::Holds(event.messages, "DONE")) {
         SetDone(event.time);
     }
 }
@@ -212,6 +216,7 @@ void WireConnection::TakeEnd(const WireEvent& event, const Place& place) {
 }
 
 void WireConnection::CountEnd(const WireEvent& event, const Place& place) {
+    facts_.isDisturbed = facts_.isDisturbed || (isWronged_ && !done_ && (playing_ || event.by == "dvr"));
     if (event.by == "dvr") {
         ++facts_.endedByDvr;
         if (!done_ && !isWronged_ && !playing_) {

@@ -22,6 +22,9 @@ class WireConnection {
     /// @return whether neither side has ended it
     bool IsOpen() const { return !hasEnded_; }
 
+    /// @return whether it is open, and the export not done
+    bool IsServed() const { return IsOpen() && !done_; }
+
     /// @return whether no more events can come
     bool IsOver() const { return isClosed_ && !playing_; }
 

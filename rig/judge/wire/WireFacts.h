@@ -32,6 +32,8 @@ struct WireFacts {
     Tally keptOpen;     // the DVR did not end a connection on which nothing more came
     Tally ended;        // it did, or ended one on which something bad came
 
+    bool isDisturbed = false;  // the export, by a fault that need only be survived, or that has ended it
+
     Tally longPrefixes;
     Tally afterDone;          // messages of the DVR
     Tally afterFaultAndDone;  // the same, where they may answer what a fault has made up

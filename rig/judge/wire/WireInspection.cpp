@@ -69,33 +69,34 @@ void WireInspection::Take(const WireEvent& event, Place place, const std::vector
         TakeCall(event, place, runs);
     }
     const auto open = open_.find(event.connection.value_or(0));
-    if (open == open_.end()) {
-        return;
+    if (open != open_.end()) {
+        place.kept = facts_[open->second.run]->lines.get();
+        if (Follow(event, place, open->second)) {
+            EndOverlaps(open->first, event.time, event.kind == Kind::Refused || event.by == "dvr");
+        }
+        if (event.kind == Kind::Refused || open->second.connection.IsOver()) {
+            open_.erase(open);
+        }
     }
-    WireFacts& facts = *facts_[open->second.run];
-    place.kept = facts.lines.get();
+}
+
+/// @return whether the connection is no longer open
+bool WireInspection::Follow(const WireEvent& event, const Place& place, Open& open) {
+    if (event.kind == Kind::Refused) {
+        ++facts_[open.run]->refusedCalls;
+        return true;
+    }
     if (event.kind == Kind::Fault) {
-        TakeActed(event, open->second.run);
-    } else if (event.kind == Kind::Refused) {
-        ++facts.refusedCalls;
-        EndOverlaps(open->first, event.time);
-        open_.erase(open);
-        return;
+        TakeActed(event, open.run);
     }
-    WireConnection& connection = open->second.connection;
-    connection.Take(event, place);
-    if (!connection.IsOpen()) {
-        EndOverlaps(open->first, event.time);
-    }
-    if (connection.IsOver()) {
-        open_.erase(open);
-    }
+    open.connection.Take(event, place);
+    return !open.connection.IsOpen();
 }
 
 void WireInspection::TakeCall(const WireEvent& event, const Place& place, const std::vector<Run>& runs) {
     const std::size_t run = RunAt(event.time, runs);
     for (const auto& [number, earlier] : open_) {
-        if (earlier.connection.IsOpen() && overlaps_.size() < kMostOverlaps) {
+        if (earlier.connection.IsServed() && overlaps_.size() < kMostOverlaps) {
             facts_[run]->lines->Keep(place,
                                      overlaps_.emplace_back(Overlap{number, run, event.time, {}}).line);
         }
@@ -125,12 +126,12 @@ void WireInspection::TakeActed(const WireEvent& event, std::size_t run) {
     }
 }
 
-void WireInspection::EndOverlaps(std::uint64_t connection, std::int64_t time) {
+void WireInspection::EndOverlaps(std::uint64_t connection, std::int64_t time, bool isByDvr) {
     const auto isOver = [&](const Overlap& one) {
         if (one.earlier != connection) {
             return false;
         }
-        if (time - one.time > kMoment) {
+        if (!isByDvr || time - one.time > kMoment) {
             facts_[one.run]->secondCalls.Add(one.line.Proof());
         }
         return true;
@@ -141,7 +142,7 @@ void WireInspection::EndOverlaps(std::uint64_t connection, std::int64_t time) {
 void WireInspection::Finish(bool isCut) {
     for (auto& [number, open] : open_) {
         open.connection.End(last_);
-        EndOverlaps(number, last_);
+        EndOverlaps(number, last_, true);
     }
     open_.clear();
     for (const auto& facts : facts_) {

@@ -37,7 +37,8 @@ class WireInspection {
         WireConnection connection;
     };
 
-    /// A call that came while an earlier connection seemed open: its end may be seen a moment later.
+    /// A call that came while an earlier connection seemed open: that the DVR has ended it may be seen a
+    /// moment later.
     struct Overlap {
         std::uint64_t earlier;  // connection
         std::size_t run;
@@ -46,9 +47,10 @@ class WireInspection {
     };
 
     void Take(const WireEvent& event, Place place, const std::vector<Run>& runs);
+    bool Follow(const WireEvent& event, const Place& place, Open& open);
     void TakeCall(const WireEvent& event, const Place& place, const std::vector<Run>& runs);
     void TakeActed(const WireEvent& event, std::size_t run);
-    void EndOverlaps(std::uint64_t connection, std::int64_t time);
+    void EndOverlaps(std::uint64_t connection, std::int64_t time, bool isByDvr);
     void Finish(bool isCut);
 
     std::string file_;

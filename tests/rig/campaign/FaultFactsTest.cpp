@@ -43,13 +43,15 @@ std::string LeftTo(fault::Duty duty, End end) {
     CaseFacts facts = Ended(end, kBrokenOff);
     fault::Fault fault;
     fault.duty = duty;
-    LeaveToTheFault(facts, fault);
+    Case plan;
+    plan.fault = fault::FaultCase{&fault, "", "GET_FILE", 2};
+    LeaveToTheFault(facts, plan);
     return Show(facts);
 }
 
 TEST(FaultFacts, ShowWhetherTheFaultHasActed) {
-    EXPECT_TRUE(HasActed(Ended(End::Done, {{"fault.acted", Verdict::Pass}})));
-    EXPECT_FALSE(HasActed(Ended(End::Interrupted, {{"fault.acted", Verdict::Pass}})));
+    EXPECT_TRUE(HasActed(Ended(End::Done, {{"fault.answer", Verdict::Fail}})));
+    EXPECT_FALSE(HasActed(Ended(End::Interrupted, {{"fault.answer", Verdict::Pass}})));
     EXPECT_FALSE(HasActed(Ended(End::Done, {{"fault.acted", Verdict::Inconclusive}})));
     EXPECT_FALSE(HasActed(Ended(End::Done, {{"export.done", Verdict::Pass}})));
     EXPECT_FALSE(HasActed({})) << "nothing was judged";

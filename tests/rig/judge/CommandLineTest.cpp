@@ -81,6 +81,24 @@ TEST_F(JudgeLine, NamesTheReports) {
     EXPECT_NE(ContentOf(In("j")).find("\"text\": \"GET_XML\""), std::string::npos) << "the dialogue is in it";
 }
 
+TEST_F(JudgeLine, WritesEachReportWithoutTheOthers) {
+    for (const char* const report : {"--json", "--junit", "--tap", "--html"}) {
+        EXPECT_EQ(Judge({LogNamed("clean-1.0"), report, In(report)}).status, 0);
+        EXPECT_NE(ContentOf(In(report)).find("connection.opened"), std::string::npos) << report;
+    }
+}
+
+TEST_F(JudgeLine, EndsWithTheNumberOfRuns) {
+    const std::string output = Judge({LogNamed("clean-1.0"), LogNamed("d2-missing-source")}).output;
+    EXPECT_NE(output.find("\nFAIL: 2 runs, "), std::string::npos) << output;
+}
+
+TEST_F(JudgeLine, PrintsTheLastMessageToo) {
+    folder_.Write("log", "velloran:1 hdr[0]= 35\n");
+    EXPECT_EQ(Judge({In("log"), "--messages"}).output,
+              "{\"line\":1,\"sender\":\"harness\",\"announced\":53}\n");
+}
+
 TEST_F(JudgeLine, SwitchesWhatIsPrinted) {
     const std::string log = LogNamed("clean-1.0");
     EXPECT_EQ(Judge({log}).output.find("harness GET_XML"), std::string::npos);

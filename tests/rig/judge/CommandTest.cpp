@@ -68,6 +68,21 @@ TEST(JudgeCommand, NamesTheFileThatIsNotALogAmongOthers) {
     std::remove(options.json.c_str());
 }
 
+TEST(JudgeCommand, NeedsTheProxysLogIfOneIsNamed) {
+    const TemporaryFolder folder;
+    folder.Write("proxy", "{\"time\":\"2026-11-20T22:00:00.000000Z\",\"event\":\"listen\"}\n");
+    JudgeOptions options;
+    options.proxy = (folder.Path() / "proxy").string();
+    EXPECT_EQ(Judge({"clean-1.0"}, options), 2) << "it has no connection";
+    options.html = *options.proxy;
+    EXPECT_EQ(Judge({"clean-1.0"}, options), 64) << "a report must not replace it";
+    options.html.clear();
+    options.proxy = std::string(VELLORAN_LOGS) + "/clean-1.0.log";
+    EXPECT_EQ(Judge({"clean-1.0"}, options), 66);
+    options.proxy = (folder.Path() / "nothing").string();
+    EXPECT_EQ(Judge({"clean-1.0"}, options), 66);
+}
+
 TEST(JudgeCommand, KeepsALogThatIsNamedAsAReport) {
     const std::string path = testing::TempDir() + "velloran-precious";
     std::ofstream(path) << RealLog("clean-2.0");

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "rig/judge/delivery/DeliveryFacts.h"
 #include "tests/rig/judge/Judging.h"
 #include "tests/rig/judge/MadeUpLog.h"
 #include "tests/support/TemporaryFolder.h"
@@ -105,6 +106,17 @@ TEST_F(DeliveryTest, PassesWhatIsAsAnnounced) {
         EXPECT_EQ(Of("new-hash"), "left out");
         EXPECT_EQ(rig::result::WorstOf(result_), Verdict::Pass);
     }
+}
+
+TEST(DeliveryFacts, CountAllFilesAndShowTheFirst) {
+    rig::judge::Files files;
+    for (const char* const name : {"a", "b", "c", "d", "e", "f"}) {
+        files.Add(name, {"test.log", 7, ""});
+    }
+    EXPECT_EQ(files.Count(), 6U);
+    EXPECT_EQ(files.Words(), "a, b, c, d, e and 1 more");
+    ASSERT_EQ(files.Lines().size(), 4U);
+    EXPECT_EQ(files.Lines().back().note, "d");
 }
 
 TEST_F(DeliveryTest, IsNotLookedAtUnasked) {

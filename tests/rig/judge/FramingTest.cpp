@@ -45,6 +45,12 @@ TEST(Framing, ProvesALengthInOneByteWhereTheConnectionEnds) {
     EXPECT_FALSE(ExplainMissing(7680, 126).isProved) << "a good prefix, as far as one can know";
 }
 
+TEST(Framing, SaysNoMoreWhereNothingCame) {
+    EXPECT_EQ(ExplainMissing(300, 0).words, "prefix ac 02, which announces 300 bytes; 0 came");
+    EXPECT_EQ(ExplainMissing(300, 1).words,
+              "prefix ac 02, which announces 300 bytes; 1 came; for 1 it would be 01");
+}
+
 TEST(Framing, ProvesALengthWithItsHighestByteFirstWhereTheConnectionEnds) {
     EXPECT_EQ(
         ExplainMissing(983297, 33153).words,

@@ -57,6 +57,13 @@ TEST(MessageList, HasTheRequestBeforeAMessageOfWhichTheLengthIsLost) {
               "{\"line\":2,\"sender\":\"DVR\",\"isWhole\":false}\n");
 }
 
+TEST(MessageList, HasTheLastRequestOfEachRun) {
+    EXPECT_EQ(
+        Listed({"Connected to: fam=2  127.0.0.1:1", "hdr[0]= 5", "'protocol' option set to 1", "hdr[0]= 6"}),
+        "{\"line\":2,\"sender\":\"harness\",\"announced\":5}\n"
+        "{\"line\":4,\"sender\":\"harness\",\"announced\":6}\n");
+}
+
 TEST(MessageList, LeavesOutANameThatNothingTells) {
     EXPECT_EQ(Listed({"hdr[0]= 5"}), "{\"line\":1,\"sender\":\"harness\",\"announced\":5}\n");
 }

@@ -150,6 +150,9 @@ TEST(Runs, KeepOnlyWhatIsAskedFor) {
     EXPECT_TRUE(runs.at(0).steps.empty());
     EXPECT_TRUE(runs.at(0).log.empty());
     EXPECT_EQ(runs.at(0).checks.front().found, "");
+    const rig::result::RunResult all = Judged(RealLog("clean-2.0")).runs.at(0);
+    ASSERT_EQ(all.log.size(), number);
+    EXPECT_EQ(all.log.front().text, "'protocol' option set to 2");
 }
 
 TEST(Runs, TellWhichLinesEndAMessageAndBeginARequest) {

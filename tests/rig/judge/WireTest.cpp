@@ -192,6 +192,18 @@ TEST_F(WireTest, SeesTheEndOfAConnectionAMomentAfterTheNextCall) {
     EXPECT_EQ(FoundBy("wire.calls", Judge(MadeUpLog(1).Text()).runs[0]), "2 calls");
 }
 
+/// The harness aborts at once.
+TEST_F(WireTest, SeesASecondCallThatEndsTheHarness) {
+    wire_.Connect(0, 1).Connect(1, 2).Close(1.1, 1, "harness").Close(1.1, 2, "harness");
+    EXPECT_EQ(FoundBy("wire.calls", Judge(MadeUpLog(1).Text()).runs[0]),
+              "a second connection while the first was open");
+}
+
+TEST_F(WireTest, AllowsACallAfterDone) {
+    wire_.Connect(0, 1).Frame(1, 1, "harness", "DONE").Connect(1.1, 2).Close(2, 1, "harness");
+    EXPECT_EQ(FoundBy("wire.calls", Judge(MadeUpLog(1).Text()).runs[0]), "2 calls");
+}
+
 /// A recorder in 1.0 has no report, and need not answer.
 TEST_F(WireTest, AsksForNoReportWhereTheDialectHasNone) {
     wire_.Connect(0, 1).Frame(0.1, 1, "harness", "GET_XML");
