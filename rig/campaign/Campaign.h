@@ -6,8 +6,8 @@
 
 #include "rig/base/Interrupts.h"
 #include "rig/campaign/Display.h"
-#include "rig/campaign/evidence/RecordReader.h"
 #include "rig/campaign/Search.h"
+#include "rig/campaign/evidence/RecordReader.h"
 #include "rig/campaign/evidence/Records.h"
 #include "rig/campaign/execution/CaseRun.h"
 

@@ -89,7 +89,7 @@ TEST_F(FaultsTest, NeedANetworkForTheHarness) {
     const ProgramResult result = RunCampaign({"--faults", "quick", "--dvr"}, surroundings);
     EXPECT_EQ(result.status, 64);
     EXPECT_EQ(result.errors,
-              "velloran-rig run: --faults: expected a network of its own for the harness, found that the "
+              "velloran-rig run: expected a network of its own for the harness, found that the "
               "system refuses it; run as root, or allow user namespaces\n");
     EXPECT_FALSE(FileExists(out_));
 }
