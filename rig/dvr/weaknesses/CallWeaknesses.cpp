@@ -3,7 +3,7 @@
 namespace rig::dvr {
 namespace {
 
-constexpr Milliseconds kAtOnce(100);
+constexpr Milliseconds kAtOnce(500);
 
 WeaknessKind InCalls(const char* name, const char* does, const char* shownBy,
                      bool (*atEnd)(const CallEnd& end)) {
@@ -50,7 +50,7 @@ const std::vector<WeaknessKind>& CallWeaknesses() {
                          "has one slot, or SLOTS, and loses it with a connection that ends inside a message",
                          "ends the connection inside a message", IsEndedInMessage),
                  "SLOTS", 1),
-        InCalls("dies-of-brief-call", "never calls again after a connection of less than 100 ms",
+        InCalls("dies-of-brief-call", "never calls again after a connection of less than half a second",
                 "ends the connection at once", IsEndedAtOnce),
         InCalls("dies-of-refusal",
                 "never calls again when nobody takes the call after an export that broke off",

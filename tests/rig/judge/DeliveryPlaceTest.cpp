@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
+#include "rig/judge/delivery/DeliveredFile.h"
 #include "rig/judge/delivery/DeliveryPlace.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -45,6 +48,21 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(DeliveryPlace, IsNoneUnlessAskedFor) {
     EXPECT_FALSE(PlaceOf(DeliveryOptions()).has_value());
+}
+
+TEST(DeliveryPlace, RefusesAPatternThatNamesNoFileInTheFolder) {
+    const TemporaryFolder folder;
+    for (const char* const pattern : {"", "{event}", "{file}{", "/{file}", "../{file}"}) {
+        EXPECT_THROW(PlaceOf({folder.Path().string(), "auto", pattern}), std::runtime_error) << pattern;
+    }
+}
+
+TEST(DeliveryPlace, HasNoHashOfWhatCannotBeRead) {
+    const TemporaryFolder folder;
+    const auto place = PlaceOf({folder.Path().string(), "auto", "{file}"});
+    rig::judge::DeliveredFile file;
+    file.path = ".";
+    EXPECT_THROW(rig::judge::HashOf(*place, file, rig::HashKind::Sha1), std::runtime_error);
 }
 
 TEST(DeliveryPlace, TakesItsOptions) {

@@ -51,6 +51,16 @@ TEST(Framing, SaysNoMoreWhereNothingCame) {
               "prefix ac 02, which announces 300 bytes; 1 came; for 1 it would be 01");
 }
 
+TEST(Framing, BelievesNoLengthBeyondReason) {
+    EXPECT_EQ(
+        ExplainText(std::string("\0\1", 2) + MessageOf(126)).words,
+        "80 01 00 01 came before the text; right is the length alone, 7 bits in each byte, lowest first");
+}
+
+TEST(Framing, TakesNothingElseForDigits) {
+    EXPECT_EQ(ExplainText(":" + MessageOf('9' - 1)).words.find("digits"), std::string::npos);
+}
+
 TEST(Framing, ProvesALengthWithItsHighestByteFirstWhereTheConnectionEnds) {
     EXPECT_EQ(
         ExplainMissing(983297, 33153).words,
