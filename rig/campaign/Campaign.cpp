@@ -7,6 +7,7 @@
 
 #include "rig/base/WriteWhole.h"
 #include "rig/campaign/evidence/CampaignFiles.h"
+#include "rig/campaign/execution/Harness.h"
 #include "rig/result/Reports.h"
 
 namespace rig::campaign {
@@ -26,11 +27,29 @@ result::RunResult WithoutLog(result::RunResult run) {
 Campaign::Campaign(Rig rig, std::string folder, CampaignRecord record)
     : rig_(std::move(rig)), folder_(std::move(folder)), record_(std::move(record)) {}
 
+void Campaign::Take(std::size_t number, FinishedCase finished) {
+    CaseRecord& record = record_.cases[number];
+    record = std::move(finished.record);
+    if (record.plan.role == Case::Role::First && ExitStatusOf(record.outcome) != 0) {
+        failedClean_.insert(record.plan.protocol);
+    }
+    if (record.verdict) {
+        record_.coverage.Add(record.plan, finished.result,
+                             MessagesIn(CaseFolder(folder_ + "/" + record.Folder())));
+    }
+    result_.runs.push_back(WithoutLog(std::move(finished.result)));
+}
+
 Outcome Campaign::Run() {
-    record_.begin = Now();
+    if (record_.begin == 0) {
+        record_.begin = Now();
+    }
     display_.Begin(record_, folder_);
     for (std::size_t number = 0; number < record_.cases.size() && !interrupts_.Came(); ++number) {
         CaseRecord& record = record_.cases[number];
+        if (record.outcome != Outcome::NotRun) {
+            continue;
+        }
         display_.CaseBegins(record, number + 1, record_.cases.size());
         RunCase(record);
         display_.CaseEnds(record);

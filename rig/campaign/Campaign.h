@@ -7,6 +7,7 @@
 #include "rig/base/Interrupts.h"
 #include "rig/campaign/Display.h"
 #include "rig/campaign/Search.h"
+#include "rig/campaign/evidence/RecordReader.h"
 #include "rig/campaign/evidence/Records.h"
 #include "rig/campaign/execution/CaseRun.h"
 
@@ -20,6 +21,9 @@ class Campaign {
     /// @param folder  exists and is empty
     /// @param record  everything except the run's results
     Campaign(Rig rig, std::string folder, CampaignRecord record);
+
+    /// Takes a case that need not run again, before Run(). @param number  its place among the cases, from 0
+    void Take(std::size_t number, FinishedCase finished);
 
     /// Throws std::runtime_error when evidence cannot be written.
     /// @return the outcome that decides for all

@@ -39,9 +39,18 @@ std::string CountsOf(const CampaignRecord& campaign) {
     return fmt::format("{}", fmt::join(counts, ", "));
 }
 
+/// @return seconds, without those in which a campaign that was gone on with lay still
+double LengthOf(const std::vector<CaseRecord>& cases) {
+    std::int64_t microseconds = 0;
+    for (const CaseRecord& record : cases) {
+        microseconds += record.begin && record.end ? *record.end - *record.begin : 0;
+    }
+    return static_cast<double>(microseconds) / 1e6;
+}
+
 std::string TimesOf(const CampaignRecord& campaign) {
     const CaseTimes times = campaign.Times();
-    const double total = campaign.end ? static_cast<double>(*campaign.end - campaign.begin) / 1e6 : 0;
+    const double total = LengthOf(campaign.cases);
     const double rest = total - times.pauses - times.dvr - times.lingered - times.waited - times.hooks;
     return fmt::format(
         "took {:.1f} s: {:.1f} s the harness's own pauses, {:.1f} s waiting for the DVR, {:.1f} s watching "
@@ -69,8 +78,9 @@ constexpr double kSecondsOfFault = 5;
 
 /// @return how long cases of the proxy's faults take; empty if there are none
 std::string LengthOf(const CampaignRecord& campaign) {
-    const auto faults = std::count_if(campaign.cases.begin(), campaign.cases.end(),
-                                      [](const CaseRecord& record) { return record.plan.fault.has_value(); });
+    const auto faults = std::count_if(
+        campaign.cases.begin(), campaign.cases.end(),
+        [](const CaseRecord& record) { return record.plan.fault && record.outcome == Outcome::NotRun; });
     return faults == 0
                ? ""
                : fmt::format("takes about {:.0f} min with a DVR that answers at once",
@@ -108,8 +118,12 @@ Display::Display() : isTerminal_(isatty(STDOUT_FILENO) == 1), hasColour_(WantsCo
 void Display::Begin(const CampaignRecord& campaign, const std::string& folder) {
     nameColumns_ = WidestOf(campaign, [](const CaseRecord& record) { return record.id; });
     switchColumns_ = WidestOf(campaign, [](const CaseRecord& record) { return record.plan.switches; });
-    Print(fmt::format("velloran-rig run: {}, seed {}, evidence in {}", Counted(campaign.cases.size(), "case"),
-                      campaign.seed, Printable(folder)));
+    const auto done =
+        std::count_if(campaign.cases.begin(), campaign.cases.end(),
+                      [](const CaseRecord& record) { return record.outcome != Outcome::NotRun; });
+    Print(fmt::format(
+        "velloran-rig run: {}{}, seed {}, evidence in {}", Counted(campaign.cases.size(), "case"),
+        done == 0 ? "" : fmt::format(", {} of them done", done), campaign.seed, Printable(folder)));
     for (const std::string& line : {LengthOf(campaign), WatchOf(campaign)}) {
         if (!line.empty()) {
             Print(line);

@@ -1,3 +1,5 @@
+#include "rig/campaign/Plan.h"
+
 #include <fmt/format.h>
 #include <sys/utsname.h>
 #include <unistd.h>
@@ -11,6 +13,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 #include "rig/base/Printable.h"
 #include "rig/base/ShellWord.h"
@@ -142,6 +145,7 @@ std::vector<CaseRecord> PlannedCases(const RunOptions& options) {
 CampaignRecord RecordOf(const RunOptions& options, const Rig& rig) {
     CampaignRecord record;
     record.commandLine = OwnCommandLine();
+    record.workingDirectory = fs::current_path();
     record.versions = VersionsOf(rig);
     record.commands = CommandsOf(rig);
     record.note = options.note;
@@ -205,14 +209,19 @@ void CheckFolder(const std::string& folder, const RunOptions& options) {
 
 }  // namespace
 
-Outcome PlanAndRun(const RunOptions& options) {
-    const Rig rig = RigOf(options, options.seed ? *options.seed : std::random_device()());
+Planned PlanOf(const RunOptions& options, std::uint32_t seed) {
+    Rig rig = RigOf(options, seed);
     CampaignRecord record = RecordOf(options, rig);
+    CheckProxy(options);
+    return {std::move(rig), std::move(record)};
+}
+
+Outcome PlanAndRun(const RunOptions& options) {
+    Planned planned = PlanOf(options, options.seed ? *options.seed : std::random_device()());
     const std::string folder = FolderOf(options);
     CheckFolder(folder, options);
-    CheckProxy(options);
     MakeCampaignFolder(folder);
-    Campaign campaign(rig, folder, std::move(record));
+    Campaign campaign(std::move(planned.rig), folder, std::move(planned.record));
     const std::string& protocol = options.selection.protocol;
     return options.search.empty() ? campaign.Run()
                                   : campaign.Search(*ParseSearchLimit(options.search),

@@ -1,6 +1,9 @@
 #include "rig/campaign/RunCommand.h"
 
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cmath>
 #include <iostream>
 #include <memory>
@@ -9,6 +12,7 @@
 
 #include "rig/base/Complaint.h"
 #include "rig/base/OptionChecks.h"
+#include "rig/campaign/Plan.h"
 #include "rig/campaign/Search.h"
 #include "rig/judge/delivery/DeliveryOptions.h"
 
@@ -140,6 +144,32 @@ int PrintCases(const Selection& selection) try {
     return Complain("run", kUsageStatus, error.what());
 }
 
+/// There is no other option beside it.
+void AddResumeOption(CLI::App& run, RunOptions& options) {
+    CLI::Option* const resume = run.add_option("--resume", options.resume,
+                                               "Go on with the campaign in this folder, which was stopped or "
+                                               "killed: run the cases that have not come "
+                                               "to their end, with the options that it began with");
+    TakesPath(*resume, "DIR");
+    for (CLI::Option* const other : run.get_options()) {
+        if (other != resume && other != run.get_help_ptr()) {
+            resume->excludes(other);
+        }
+    }
+}
+
+void AddOptions(CLI::App& run, RunOptions& options) {
+    AddCaseOptions(run, options);
+    AddCommandOptions(run, options);
+    AddPatienceOptions(run, options);
+    AddEvidenceOptions(run, options);
+    for (const char* other : {"--log", "--stop", "--direct"}) {  // the proxy has the harness
+        run.get_option("--faults")->excludes(run.get_option(other));
+        run.get_option("--search")->excludes(run.get_option(other));
+    }
+    AddResumeOption(run, options);
+}
+
 }  // namespace
 
 void AddRunCommand(CLI::App& app, int& status) {
@@ -147,14 +177,22 @@ void AddRunCommand(CLI::App& app, int& status) {
     CLI::App* const run =
         app.add_subcommand("run", "Exercises a DVR with every switch of the harness, and keeps the evidence");
     run->footer(kRunStatuses);
-    AddCaseOptions(*run, *options);
-    AddCommandOptions(*run, *options);
-    AddPatienceOptions(*run, *options);
-    AddEvidenceOptions(*run, *options);
-    for (const char* other : {"--log", "--stop", "--direct"}) {
-        run->get_option("--faults")->excludes(run->get_option(other));  // the proxy has the harness
-    }
+    AddOptions(*run, *options);
     run->callback([options, &status] { status = RunCampaign(*options); });
+}
+
+RunOptions ParseRun(std::vector<std::string> words) {
+    RunOptions options;
+    CLI::App run;
+    AddOptions(run, options);
+    std::reverse(words.begin(), words.end());  // as the library wants them
+    try {
+        run.parse(std::move(words));
+    } catch (const CLI::ParseError& error) {
+        throw std::runtime_error(
+            fmt::format("--resume: expected the command line of a campaign, found: {}", error.what()));
+    }
+    return options;
 }
 
 int RunCampaign(const RunOptions& options) {
@@ -162,7 +200,7 @@ int RunCampaign(const RunOptions& options) {
         return PrintCases(options.selection);
     }
     try {
-        return ExitStatusOf(PlanAndRun(options));
+        return ExitStatusOf(options.resume.empty() ? PlanAndRun(options) : Resume(options));
     } catch (const std::exception& error) {
         return Complain("run", kUsageStatus, error.what());
     }

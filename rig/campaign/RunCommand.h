@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "rig/campaign/Cases.h"
 #include "rig/campaign/Outcome.h"
@@ -35,7 +36,8 @@ struct RunOptions {
     int repeat = 1;
     std::optional<std::uint32_t> seed;
     std::string note;
-    std::string out;  // folder; empty: one named after the time
+    std::string resume;  // folder of a campaign to go on with; empty: begin one
+    std::string out;     // folder; empty: one named after the time
     bool capture = false;
     judge::DeliveryOptions delivery;
 };
@@ -43,6 +45,10 @@ struct RunOptions {
 /// Adds the subcommand `run`. When the command line asks for it, parsing runs it and leaves its exit status
 /// in `status`, which must live until then.
 void AddRunCommand(CLI::App& app, int& status);
+
+/// @return the options that these words of a command line stand for, those after "run". Throws
+/// std::runtime_error if they do not.
+RunOptions ParseRun(std::vector<std::string> words);
 
 /// Plans the campaign that the options describe, makes its folder and runs it. Throws std::runtime_error when
 /// the options cannot be followed or evidence cannot be written.

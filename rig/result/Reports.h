@@ -10,6 +10,12 @@ namespace rig::result {
 /// 1970.
 std::string JsonReport(const Result& result);
 
+/// @return the result that JsonReport() wrote; without the log. Throws std::exception if the text is not one.
+Result ReadJsonReport(const std::string& text);
+
+/// @return the verdict of that name. Throws std::runtime_error if there is none.
+Verdict VerdictOf(const std::string& name);
+
 /// @return the result as JUnit XML: a suite for each run, a case for each check. A failure is a failure, the
 ///         harness's own failure is an error, and what the log cannot tell is skipped with its reason; a
 ///         warning passes, with its sentence in the suite's output. A suite's time is the run's duration; the

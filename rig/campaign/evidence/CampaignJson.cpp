@@ -153,6 +153,7 @@ std::string CampaignJson(const CampaignRecord& campaign) {
                           {"note", campaign.note},
                           {"seed", campaign.seed},
                           {"commandLine", campaign.commandLine},
+                          {"workingDirectory", campaign.workingDirectory},
                           {"versions", ToObject(campaign.versions)},
                           {"commands", ToObject(campaign.commands)},
                           {"options", OptionsOf(campaign)},

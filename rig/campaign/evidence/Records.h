@@ -82,6 +82,7 @@ struct Spread {
 struct CampaignRecord {
     std::string state = "running";  // "finished", "interrupted"
     std::vector<std::string> commandLine;
+    std::string workingDirectory;
     std::vector<std::pair<std::string, std::string>> versions;
     std::vector<std::pair<std::string, std::string>> commands;  // what the options name: harness, dvr, hooks
     std::string note;

@@ -34,6 +34,21 @@ std::array<Descriptor, 2> Pipe() {
     return {Descriptor(ends[0]), Descriptor(ends[1])};
 }
 
+/// Adds the DVR's message that the line completes.
+void Add(std::vector<DvrMessage>& messages, const judge::ReadLine& read) {
+    if (read.statement && read.message != nullptr && read.message->root && messages.size() < kMostMessages) {
+        messages.push_back(DvrMessageOf(*read.message));
+    }
+}
+
+template <typename TakeLine>
+void AddFile(const CaseFolder& folder, const std::string& name, const TakeLine& take) {
+    log::LineCutter lines(take);
+    std::ifstream file(folder.PathOf(name));
+    lines.Add(std::string(std::istreambuf_iterator<char>(file), {}));
+    lines.End();
+}
+
 }  // namespace
 
 Harness::Harness(const std::string& command, const std::string& log, const CaseFolder& folder,
@@ -62,16 +77,22 @@ Harness::Harness(const std::string& command, const std::string& log, const CaseF
     command_ = std::make_unique<Child>(launch);
 }
 
+std::vector<DvrMessage> MessagesIn(const CaseFolder& folder) {
+    std::vector<DvrMessage> messages;
+    judge::Judge judge({}, {}, [](const result::RunResult& /*run*/) {});
+    AddFile(folder, kLogName, [&](std::uint64_t number, std::string_view line) {
+        Add(messages, judge.Add(kLogName, number, line));
+    });
+    return messages;
+}
+
 result::Result JudgeAgain(const CaseFolder& folder, const judge::Limits& limits) {
     result::Result result;
     judge::Judge judge(limits, {true, true},
                        [&result](result::RunResult run) { result.runs.push_back(std::move(run)); });
     for (const std::string& name : {kLogName, kErrorName}) {
-        log::LineCutter lines(
-            [&](std::uint64_t number, std::string_view line) { judge.Add(name, number, line); });
-        std::ifstream file(folder.PathOf(name));
-        lines.Add(std::string(std::istreambuf_iterator<char>(file), {}));
-        lines.End();
+        AddFile(folder, name,
+                [&](std::uint64_t number, std::string_view line) { judge.Add(name, number, line); });
     }
     judge.Finish();
     return result;
@@ -121,9 +142,7 @@ void Harness::TakeLine(std::uint64_t number, std::string_view line) {
         return;
     }
     times_.Add(*read.statement);
-    if (read.message != nullptr && read.message->root && messages_.size() < kMostMessages) {
-        messages_.push_back(DvrMessageOf(*read.message));
-    }
+    Add(messages_, read);
     take_(read, judge_.IsOver());
 }
 

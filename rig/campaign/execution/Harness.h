@@ -71,6 +71,9 @@ class Harness {
     std::unique_ptr<Child> command_;
 };
 
+/// @return what the DVR sent, by the log that a harness has left in the case's folder
+std::vector<DvrMessage> MessagesIn(const CaseFolder& folder);
+
 /// Judges anew what a harness has left in the case's folder.
 result::Result JudgeAgain(const CaseFolder& folder, const judge::Limits& limits);
 

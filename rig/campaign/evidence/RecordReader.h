@@ -1,0 +1,28 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+
+#include "rig/campaign/evidence/Records.h"
+#include "rig/result/Result.h"
+
+// Reads back what a campaign has written.
+
+namespace rig::campaign {
+
+/// A case that an earlier run of the campaign has finished.
+struct FinishedCase {
+    CaseRecord record;
+    result::RunResult result;
+};
+
+/// @return campaign.json. Throws std::runtime_error if the folder has none that this version reads.
+nlohmann::ordered_json ReadCampaignJson(const std::string& folder);
+
+/// @param planned  the case's plan, run and id
+/// @return the case as it stands in the folder of its campaign; nothing if it has not come to its end, or if
+/// its evidence is not whole
+std::optional<FinishedCase> ReadFinishedCase(const std::string& campaign, const CaseRecord& planned);
+
+}  // namespace rig::campaign
