@@ -31,7 +31,7 @@ struct Selection {
     std::string names = "all";   // or names separated by commas
     std::string protocol = "2";  // "1", "2" or "both"
     bool bare = false;           // without the clean exports that run first and last
-    std::string faults;          // cases of the proxy's faults instead, as fault::Choose takes them
+    std::string faults = {};     // cases of the proxy's faults instead, as fault::Choose takes them
 };
 
 /// How long to wait for each thing, in seconds.
