@@ -25,7 +25,10 @@ result::RunResult WithoutLog(result::RunResult run) {
 }  // namespace
 
 Campaign::Campaign(Rig rig, std::string folder, CampaignRecord record)
-    : rig_(std::move(rig)), folder_(std::move(folder)), record_(std::move(record)) {}
+    : rig_(std::move(rig)),
+      folder_(std::move(folder)),
+      hold_(HoldCampaignFolder(folder_)),
+      record_(std::move(record)) {}
 
 void Campaign::Take(std::size_t number, FinishedCase finished) {
     CaseRecord& record = record_.cases[number];

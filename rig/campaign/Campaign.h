@@ -4,6 +4,7 @@
 #include <set>
 #include <string>
 
+#include "rig/base/Descriptor.h"
 #include "rig/base/Interrupts.h"
 #include "rig/campaign/Display.h"
 #include "rig/campaign/Search.h"
@@ -49,6 +50,7 @@ class Campaign {
 
     Rig rig_;
     std::string folder_;
+    Descriptor hold_;  // of the folder
     CampaignRecord record_;
     Interrupts interrupts_;
     Display display_;

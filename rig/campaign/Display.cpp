@@ -40,7 +40,7 @@ std::string CountsOf(const CampaignRecord& campaign) {
 }
 
 /// @return seconds, without those in which a campaign that was gone on with lay still
-double LengthOf(const std::vector<CaseRecord>& cases) {
+double SecondsIn(const std::vector<CaseRecord>& cases) {
     std::int64_t microseconds = 0;
     for (const CaseRecord& record : cases) {
         microseconds += record.begin && record.end ? *record.end - *record.begin : 0;
@@ -50,7 +50,7 @@ double LengthOf(const std::vector<CaseRecord>& cases) {
 
 std::string TimesOf(const CampaignRecord& campaign) {
     const CaseTimes times = campaign.Times();
-    const double total = LengthOf(campaign.cases);
+    const double total = SecondsIn(campaign.cases);
     const double rest = total - times.pauses - times.dvr - times.lingered - times.waited - times.hooks;
     return fmt::format(
         "took {:.1f} s: {:.1f} s the harness's own pauses, {:.1f} s waiting for the DVR, {:.1f} s watching "

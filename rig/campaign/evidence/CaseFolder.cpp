@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,6 +12,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "rig/base/Printable.h"
 #include "rig/base/WriteWhole.h"
 
 namespace rig::campaign {
@@ -67,6 +69,15 @@ std::vector<std::string> CaseFolder::Files() const {
     }
     std::sort(files.begin(), files.end());
     return files;
+}
+
+Descriptor HoldCampaignFolder(const std::string& path) {
+    Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (flock(folder.Number(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+        throw std::runtime_error(
+            fmt::format("expected a folder to which no other campaign writes, found {}", Quoted(path)));
+    }
+    return folder;
 }
 
 void MakeCampaignFolder(const std::string& path) {

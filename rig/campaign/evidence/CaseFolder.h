@@ -53,4 +53,8 @@ class CaseFolder {
 /// Makes the campaign's folder. Throws std::runtime_error if it already exists and is not empty.
 void MakeCampaignFolder(const std::string& path);
 
+/// @return what keeps others from writing to the campaign's folder while it lives. Throws std::runtime_error
+/// if somebody else has it.
+Descriptor HoldCampaignFolder(const std::string& path);
+
 }  // namespace rig::campaign

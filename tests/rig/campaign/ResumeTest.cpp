@@ -62,6 +62,19 @@ TEST_F(ResumeTest, OfAFinishedCampaignReportsAnew) {
     EXPECT_EQ(EvidenceText("campaign.tap"), tap);
 }
 
+TEST_F(ResumeTest, WaitsForNoCampaignThatRuns) {
+    ProgramSurroundings surroundings;
+    surroundings.started = [this](pid_t process) {
+        EXPECT_TRUE(Until([this] { return FileExists(out_ + "/cases/config-2.0/harness.log"); }));
+        EXPECT_EQ(
+            Resume().errors,
+            "velloran-rig run: expected a folder to which no other campaign writes, found '" + out_ + "'\n");
+        EXPECT_FALSE(FileExists(out_ + "/cases/config-2.0~1"));
+        kill(process, SIGINT);
+    };
+    RunCampaign({"--bare", "--cases", "config-2.0"}, surroundings);
+}
+
 TEST_F(ResumeTest, NeedsTheCampaignThatItWas) {
     EXPECT_EQ(
         Resume().errors,

@@ -61,5 +61,13 @@ TEST(JsonReport, IsValidWhateverTheLogHolds) {
     EXPECT_EQ(report["runs"][0]["checks"][0]["found"], std::string("\xef\xbf\xbd\"\\\n\0\x1b", 8));
 }
 
+TEST(JsonReport, IsReadBack) {
+    Result result = MadeUp();
+    result.runs.push_back(With(Verdict::KnownFailure).runs[0]);
+    const std::string report = JsonReport(result);
+    EXPECT_EQ(JsonReport(ReadJsonReport(report)), report);
+    EXPECT_THROW(ReadJsonReport("{}"), std::exception);
+}
+
 }  // namespace
 }  // namespace rig::result
