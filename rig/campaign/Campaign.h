@@ -55,9 +55,11 @@ class Campaign {
     Interrupts interrupts_;
     Display display_;
     std::vector<SearchFinding> findings_;
-    std::set<int> failedClean_;    // dialects whose first clean export did not pass
-    double away_ = 0;              // seconds that the last case told the DVR to stay away
-    Clock::time_point nextWrite_;  // of the reports of all cases
+    std::size_t unjudged_ = 0;       // plays of a search that were neither passed nor failed
+    Outcome worst_ = Outcome::Pass;  // of these
+    std::set<int> failedClean_;      // dialects whose first clean export did not pass
+    double away_ = 0;                // seconds that the last case told the DVR to stay away
+    Clock::time_point nextWrite_;    // of the reports of all cases
     std::unique_ptr<CaseRun> last_;
     result::Result result_;
 };

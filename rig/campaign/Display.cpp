@@ -212,6 +212,14 @@ void Display::CaseChanges(const CaseRecord& record) {
     }
 }
 
+void Display::EndSearch(const std::string& findings, Outcome outcome, const std::string& folder) {
+    if (isTerminal_) {
+        Rewrite("");
+    }
+    std::cout << findings;
+    Print(fmt::format("{}; see {}/search.json", NameOf(outcome), Printable(folder)));
+}
+
 void Display::End(const CampaignRecord& campaign, const std::string& folder) {
     PrintSpreads(campaign);
     std::cout << campaign.coverage.Text();

@@ -32,6 +32,9 @@ class Display {
     void CaseChanges(const CaseRecord& record);
     void End(const CampaignRecord& campaign, const std::string& folder);
 
+    /// @param findings  in words, with all line ends
+    void EndSearch(const std::string& findings, Outcome outcome, const std::string& folder);
+
  private:
     using Clock = std::chrono::steady_clock;
 

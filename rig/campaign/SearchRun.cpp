@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <iostream>
 #include <utility>
 
 #include "rig/base/WriteWhole.h"
@@ -51,9 +50,15 @@ Outcome Campaign::Search(const SearchLimit& limit, int dialect) {
     WriteWhole(folder_ + "/search.json", FindingsJson(findings_, tries, record_.seed));
     WriteReports();
     WriteRecord();
-    std::cout << FindingsText(findings_, tries, record_.seed);
-    display_.End(record_, folder_);
-    return record_.cases.empty() && interrupts_.Came() ? Outcome::Interrupted : record_.Whole();
+    const Outcome outcome = interrupts_.Came()  ? Outcome::Interrupted
+                            : findings_.empty() ? worst_
+                                                : Outcome::Fail;
+    std::string words = FindingsText(findings_, tries, record_.seed);
+    if (unjudged_ > 0) {
+        words += fmt::format("{} could not be judged\n", unjudged_);
+    }
+    display_.EndSearch(words, outcome, folder_);
+    return outcome;
 }
 
 /// Plays the sequence. Evidence stays only of a failure. @param record  of the case
@@ -70,6 +75,10 @@ bool Campaign::Fails(const Sequence& sequence, const std::string& id, CaseRecord
     }
     if (record.outcome == Outcome::Environment) {
         display_.Warn(id + ": the harness or the rig failed, not the DVR: " + record.reason);
+    }
+    if (ExitStatusOf(record.outcome) != 0 && !interrupts_.Came()) {
+        ++unjudged_;
+        worst_ = Worse(worst_, record.outcome);
     }
     std::error_code ignored;
     std::filesystem::remove_all(folder.Path(), ignored);

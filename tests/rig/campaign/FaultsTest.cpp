@@ -57,6 +57,33 @@ TEST_F(FaultsTest, AreFailedByADvrThatActsOnWhatItMustRefuse) {
     ExpectHolds(one["reason"], "fault.answer: the DVR did what it must refuse (FILE_COMPLETE to GET_FILE");
 }
 
+TEST_F(FaultsTest, AreSearchedForWhatADvrFails) {
+    result_ = RunCampaign({"--search", "1", "--seed", "2", "--dvr", Dvr("--recorder --weakness shell")});
+    EXPECT_EQ(result_.status, 1) << result_.output;
+    const Json search = Json::parse(EvidenceText("search.json"));
+    ASSERT_EQ(search["findings"].size(), 1U) << search;
+    const Json& finding = search["findings"][0];
+    EXPECT_EQ(finding["repeated"], 3);
+    const std::string faults = finding["faults"];
+    EXPECT_EQ(faults, "path-name=semicolon@GET_FILE-2.0") << "one of two";
+    EXPECT_EQ(finding["command"], "velloran-rig run --faults '" + faults + "' --protocol 2 --bare --seed 2");
+    ExpectHolds(result_.output, "1 try, 1 finding\n" + faults + "\n");
+    EXPECT_EQ(1U, Evidence()["cases"].size()) << "the smallest";
+}
+
+TEST_F(FaultsTest, AreNotSearchedWhereNoDvrCanPlay) {
+    result_ = RunCampaign({"--search", "1", "--seed", "1", "--dvr", "exit 3"});
+    EXPECT_EQ(result_.status, 3) << result_.output;
+    ExpectHolds(result_.output, "1 try, 0 findings\n1 could not be judged\nENVIRONMENT; see ");
+}
+
+TEST_F(FaultsTest, AreSearchedInVainWithAGoodRecorder) {
+    result_ = RunCampaign({"--search", "1", "--seed", "1", "--dvr", Dvr("--recorder")});
+    EXPECT_EQ(result_.status, 0) << result_.output;
+    ExpectHolds(result_.output, "1 try, 0 findings\nPASS; see ");
+    EXPECT_TRUE(std::filesystem::is_empty(out_ + "/cases"));
+}
+
 TEST_F(FaultsTest, ThatNeverActTellNothing) {
     const Json one = RunFault("file-of-other-event@GET_FILE-2.0", {"--dvr", Dvr("--recorder")});
     EXPECT_EQ(result_.status, 2) << "the DVR has no other event";
