@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 #include "rig/base/Counted.h"
 #include "rig/base/ParseNumber.h"
@@ -53,26 +54,40 @@ Sequence Sequences::Next() {
     const int dialect = dialect_ != 0 ? dialect_ : static_cast<int>(1 + Below(2));
     Sequence sequence;
     do {
-        sequence.push_back(RandomFault(dialect));
+        sequence.push_back(Draw(dialect));
     } while (sequence.size() < kMostFaults && Below(2) == 0);
     return sequence;
 }
 
-fault::FaultCase Sequences::RandomFault(int dialect) {
-    std::vector<std::string> messages;
-    const fault::Fault* fault = nullptr;
-    while (messages.empty()) {
-        fault = &fault::Faults()[Below(fault::Faults().size())];
-        messages = fault::MessagesOf(*fault, dialect);
+/// From a deck, so that no fault and no value waits long for its turn.
+fault::FaultCase Sequences::Draw(int dialect) {
+    Sequence& deck = decks_[dialect];
+    if (deck.empty()) {
+        Shuffle(dialect);
     }
-    fault::FaultCase one{fault, "", messages[Below(messages.size())], dialect};
-    if (!fault->values.empty()) {
-        one.value = fault->values[Below(fault->values.size())];
-    }
+    fault::FaultCase one = deck.back();
+    deck.pop_back();
+    const std::vector<std::string> messages = fault::MessagesOf(*one.fault, dialect);
+    one.message = messages[Below(messages.size())];
     if (const std::optional<long> number = NumberOf(one); number && *number > 1 && Below(2) == 0) {
         one.value = std::to_string(1 + Below(static_cast<std::size_t>(2 * *number)));
     }
     return one;
+}
+
+void Sequences::Shuffle(int dialect) {
+    Sequence& deck = decks_[dialect];
+    for (const fault::Fault& fault : fault::Faults()) {
+        if (!fault::IsOf(fault, dialect)) {
+            continue;
+        }
+        for (const std::string& value : fault.values.empty() ? std::vector<std::string>{""} : fault.values) {
+            deck.push_back({&fault, value, "", dialect});
+        }
+    }
+    for (std::size_t at = deck.size() - 1; at > 0; --at) {
+        std::swap(deck[at], deck[Below(at + 1)]);
+    }
 }
 
 Sequence Shrink(Sequence sequence, const std::function<bool(const Sequence&)>& fails) {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
 #include <random>
 #include <string>
@@ -25,11 +26,13 @@ class Sequences {
     Sequence Next();
 
  private:
-    fault::FaultCase RandomFault(int dialect);
+    fault::FaultCase Draw(int dialect);
+    void Shuffle(int dialect);
     std::size_t Below(std::size_t end);
 
     std::mt19937 random_;
     int dialect_;
+    std::map<int, Sequence> decks_;  // by dialect: every fault with each of its values, until all are drawn
 };
 
 /// Leaves faults out, and makes numbers smaller, as long as that fails.

@@ -58,15 +58,15 @@ TEST_F(FaultsTest, AreFailedByADvrThatActsOnWhatItMustRefuse) {
 }
 
 TEST_F(FaultsTest, AreSearchedForWhatADvrFails) {
-    result_ = RunCampaign({"--search", "1", "--seed", "2", "--dvr", Dvr("--recorder --weakness shell")});
+    result_ = RunCampaign({"--search", "1", "--seed", "28", "--dvr", Dvr("--recorder --weakness shell")});
     EXPECT_EQ(result_.status, 1) << result_.output;
     const Json search = Json::parse(EvidenceText("search.json"));
     ASSERT_EQ(search["findings"].size(), 1U) << search;
     const Json& finding = search["findings"][0];
     EXPECT_EQ(finding["repeated"], 3);
     const std::string faults = finding["faults"];
-    EXPECT_EQ(faults, "path-name=semicolon@GET_FILE-2.0") << "one of two";
-    EXPECT_EQ(finding["command"], "velloran-rig run --faults '" + faults + "' --protocol 2 --bare --seed 2");
+    EXPECT_EQ(faults, "file-name=semicolon@GET_FILE-2.0") << "one of three";
+    EXPECT_EQ(finding["command"], "velloran-rig run --faults '" + faults + "' --protocol 2 --bare --seed 28");
     ExpectHolds(result_.output, "1 try, 1 finding\n" + faults + "\n");
     EXPECT_EQ(1U, Evidence()["cases"].size()) << "the smallest";
 }

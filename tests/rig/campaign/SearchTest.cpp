@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 #include <set>
 #include <stdexcept>
 
@@ -47,6 +48,21 @@ TEST(Search, TriesEveryFaultOfTheDialectInSequencesOfOneToFour) {
                                          [](const fault::Fault& one) { return fault::IsOf(one, 2); });
     EXPECT_EQ(static_cast<std::size_t>(ofDialect), faults.size());
     EXPECT_EQ((std::set<std::size_t>{1, 2, 3, 4}), sizes);
+}
+
+TEST(Search, TriesEveryValueBeforeAnyComesAgain) {
+    Sequences sequences(5, 2);
+    std::map<std::string, int> drawn;  // words only: numbers may be others
+    for (int tries = 0; tries < 120; ++tries) {
+        for (const fault::FaultCase& one : sequences.Next()) {
+            ++drawn[one.fault->name + "=" + one.value];
+        }
+    }
+    for (const char* const named : {"event-name=absolute", "duration=soon", "version=missing", "close=after",
+                                    "shape-comments=", "unknown-request=OK"}) {
+        EXPECT_LE(1, drawn[named]) << named;
+        EXPECT_GE(2, drawn[named]) << named;
+    }
 }
 
 TEST(Search, TriesNumbersThatNoCaseHas) {

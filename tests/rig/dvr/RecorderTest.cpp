@@ -200,7 +200,7 @@ TEST(Recorder, CallsAgainHoweverTheBackendEnds) {
 TEST(Recorder, TriesUntilSomeoneListens) {
     ProgramSurroundings surroundings;
     surroundings.started = [](pid_t recorder) {
-        rig::dvr::Pause(rig::dvr::Milliseconds(500), -1);
+        rig::dvr::Pause(rig::dvr::Milliseconds(5000), -1);
         kill(recorder, SIGINT);
     };
     const ProgramResult result =
