@@ -42,7 +42,8 @@ std::string InReferences(const std::string& text) {
     std::string bytes;
     for (const char byte : text) {
         if (GoesOn(byte)) {
-            bytes.back() = static_cast<char>(bytes.back() << 6 | (byte & 0x3f));
+            const auto before = static_cast<unsigned char>(bytes.back());
+            bytes.back() = static_cast<char>(before << 6 | (byte & 0x3f));
         } else {
             bytes += byte;
         }

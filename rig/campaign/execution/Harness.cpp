@@ -11,6 +11,7 @@
 
 #include "rig/base/Printable.h"
 #include "rig/campaign/execution/Watch.h"
+#include "rig/log/LogReader.h"
 
 namespace rig::campaign {
 namespace {
@@ -132,7 +133,11 @@ result::Result Harness::Finish() {
     for (const auto& [number, line] : lastWords_) {
         judge_.Add(kErrorName, number, line);
     }
-    judge_.Finish();
+    try {
+        judge_.Finish();
+    } catch (const log::Unreadable&) {
+        result_.runs.clear();  // the proxy ended before it could begin its log: nothing was there to judge
+    }
     return std::move(result_);
 }
 

@@ -38,9 +38,9 @@ INSTANTIATE_TEST_SUITE_P(ToRefuse, GoodRecorderTest, testing::Values("file-of-un
 INSTANTIATE_TEST_SUITE_P(ToSurvive, GoodRecorderTest, testing::Values("reset=before@GET_XML-1.0"));
 
 TEST_F(FaultsTest, AreFailedByADvrThatDoesNotCallAgain) {
-    const Json one = RunFault("reset=before@GET_FILE-2.0", {"--dvr", Dvr(), "--connect-timeout", "2"});
+    const Json one = RunFault("reset=before@GET_FILE-2.0", {"--dvr", Dvr(), "--connect-timeout", "12"});
     EXPECT_EQ(result_.status, 1);
-    ExpectHolds(one["reason"], "recovery: connect time-out: no DVR connected within 2 s");
+    ExpectHolds(one["reason"], "recovery: connect time-out: no DVR connected within 12 s");
 }
 
 TEST_F(FaultsTest, AreFailedByADvrThatTheyEnd) {
@@ -52,7 +52,7 @@ TEST_F(FaultsTest, AreFailedByADvrThatTheyEnd) {
 
 TEST_F(FaultsTest, AreFailedByADvrThatActsOnWhatItMustRefuse) {
     const Json one = RunFault("file-of-unknown-event@GET_FILE-2.0",
-                              {"--dvr", Repeated(Dvr("--defect accept-file")), "--connect-timeout", "2"});
+                              {"--dvr", Repeated(Dvr("--defect accept-file")), "--connect-timeout", "12"});
     EXPECT_EQ(one["outcome"], "FAIL");
     ExpectHolds(one["reason"], "fault.answer: the DVR did what it must refuse (FILE_COMPLETE to GET_FILE");
 }

@@ -79,7 +79,8 @@ class WireTest : public testing::Test {
 };
 
 TEST_F(WireTest, IsReadOnlyWhereItIsGiven) {
-    for (const auto& check : Judged(MadeUpLog(2).Text()).runs[0].checks) {
+    const rig::result::Result judged = Judged(MadeUpLog(2).Text());
+    for (const auto& check : judged.runs[0].checks) {
         EXPECT_NE(check.id.rfind("wire.", 0), 0U) << check.id;
     }
     EXPECT_NE(FoundBy("wire.log", Judge(MadeUpLog(2).Text()).runs[0]), "");
