@@ -38,7 +38,8 @@ INSTANTIATE_TEST_SUITE_P(ToRefuse, GoodRecorderTest, testing::Values("file-of-un
 INSTANTIATE_TEST_SUITE_P(ToSurvive, GoodRecorderTest, testing::Values("reset=before@GET_XML-1.0"));
 
 TEST_F(FaultsTest, AreFailedByADvrThatDoesNotCallAgain) {
-    const Json one = RunFault("reset=before@GET_FILE-2.0", {"--dvr", Dvr(), "--connect-timeout", "12"});
+    const std::string dvr = Dvr() + "; sleep 60";
+    const Json one = RunFault("reset=before@GET_FILE-2.0", {"--dvr", dvr, "--connect-timeout", "12"});
     EXPECT_EQ(result_.status, 1);
     ExpectHolds(one["reason"], "recovery: connect time-out: no DVR connected within 12 s");
 }
