@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <stdexcept>
 
 #include "rig/base/Counted.h"
@@ -107,7 +109,8 @@ void FrameDecoder::Announce(std::size_t prefixBytes, std::uint64_t length) {
 }
 
 bool FrameDecoder::Shows(Flaw flaw, std::uint64_t measure) const {
-    return flaws_ != nullptr && flaws_->Show(flaw, measure);
+    const std::uint64_t most = SIZE_MAX;
+    return flaws_ != nullptr && flaws_->Show(flaw, static_cast<std::size_t>(std::min(measure, most)));
 }
 
 bool FrameDecoder::InsideFrame() const {
