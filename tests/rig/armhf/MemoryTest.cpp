@@ -90,8 +90,8 @@ TEST_F(RigMemory, OfTheJudge) {
 }
 
 TEST_F(RigMemory, OfACampaign) {
-    Takes(PeakOf({"run", "--bare", "--cases", "clean-1.0,clean-2.0", "--out", "/mnt/out", "--velloran",
-                  VELLORAN_PROGRAM, "--dvr", VELLORAN_RIG " dvr --protocol {protocol}"},
+    Takes(PeakOf({"run", "--direct", "--bare", "--cases", "clean-1.0,clean-2.0", "--out", "/mnt/out",
+                  "--velloran", VELLORAN_PROGRAM, "--dvr", VELLORAN_RIG " dvr --protocol {protocol}"},
                  0),
           6000, "run with 2 cases");
 }
