@@ -93,9 +93,6 @@ bool IsOf(const Fault& fault, int dialect);
 /// @return "goes on", "refuses", "survives"
 const char* NameOf(Duty duty);
 
-/// @return the groups of faults, in order, each once
-std::vector<std::string> Groups();
-
 /// @return all faults, for --list-faults and the documentation
 Listing ListFaults();
 

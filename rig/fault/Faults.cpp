@@ -91,16 +91,6 @@ const char* NameOf(Duty duty) {
     return "survives";
 }
 
-std::vector<std::string> Groups() {
-    std::vector<std::string> groups;
-    for (const Fault& fault : Faults()) {
-        if (!Holds(groups, fault.group)) {
-            groups.emplace_back(fault.group);
-        }
-    }
-    return groups;
-}
-
 Listing ListFaults() {
     Listing listing{{"fault", "group", "dialect", "acts on", "what the backend does", "a good DVR"}, {}};
     for (const Fault& fault : Faults()) {

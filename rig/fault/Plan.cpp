@@ -158,8 +158,4 @@ std::vector<Order> Plan::Orders() const {
     return orders;
 }
 
-bool Plan::Awaits() const {
-    return std::any_of(orders_.begin(), orders_.end(), [](const Pending& one) { return !one.hasActed; });
-}
-
 }  // namespace rig::fault

@@ -51,9 +51,6 @@ class Plan {
     /// Takes notice of a message of the DVR: which events there are.
     void Note(const std::string& text);
 
-    /// @return whether there are faults that have not acted
-    bool Awaits() const;
-
     bool IsEmpty() const { return orders_.empty(); }
 
     std::vector<Order> Orders() const;
