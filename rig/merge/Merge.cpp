@@ -70,7 +70,6 @@ void TakeSurroundings(CampaignRecord& record, const std::vector<Part>& parts) {
     for (const Part& part : parts) {
         Join(record.note, part.record.note);
         Join(record.versions, part.record.versions);
-        Join(record.commands, part.record.commands);
         record.repeat = std::max(record.repeat, part.record.repeat);
         record.begin = std::min(record.begin, part.record.begin);
         record.end = std::max(record.end, EndOf(part));

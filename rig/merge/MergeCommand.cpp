@@ -108,7 +108,7 @@ void AddMergeCommand(CLI::App& app, int& status) {
     CLI::App* const merge = app.add_subcommand(
         "merge", "Makes one campaign of several that ran apart, such as those of run --shard");
     merge->footer(kMergeStatuses);
-    TakesPath(*merge->add_option("DIR", options->parts, "Folders of the campaigns")->required(), "...");
+    TakesPath(*merge->add_option("DIR", options->parts, "Folders of the campaigns")->required(), "");
     TakesPath(*merge->add_option("--out", options->out, "Folder for all of it, new or empty")->required(),
               "DIR");
     merge->callback([options, &status] { status = RunMerge(*options); });

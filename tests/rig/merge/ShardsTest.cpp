@@ -1,0 +1,1 @@
+#include "tests/rig/merge/MadeUp.h"
