@@ -118,6 +118,14 @@ Json ToObject(const std::vector<std::pair<std::string, std::string>>& pairs) {
     return object;
 }
 
+Json ToJson(const ShardRecord& shard) {
+    return {{"index", shard.part.index},
+            {"total", shard.part.total},
+            {"from", shard.part.from},
+            {"cases", shard.cases},
+            {"knownUnseen", shard.knownUnseen}};
+}
+
 Json OptionsOf(const CampaignRecord& campaign) {
     return {{"repeat", campaign.repeat},
             {"patience", campaign.patience.answer},
@@ -152,6 +160,7 @@ std::string CampaignJson(const CampaignRecord& campaign) {
                           {"end", Optional(campaign.end)},
                           {"note", campaign.note},
                           {"seed", campaign.seed},
+                          {"shard", campaign.shard ? ToJson(*campaign.shard) : Json(nullptr)},
                           {"commandLine", campaign.commandLine},
                           {"workingDirectory", campaign.workingDirectory},
                           {"versions", ToObject(campaign.versions)},

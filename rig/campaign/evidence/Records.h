@@ -9,6 +9,7 @@
 #include "rig/base/Child.h"
 #include "rig/campaign/Cases.h"
 #include "rig/campaign/Outcome.h"
+#include "rig/campaign/Shard.h"
 #include "rig/campaign/evidence/Coverage.h"
 #include "rig/result/Result.h"
 
@@ -79,6 +80,14 @@ struct Spread {
     std::vector<Reaction> reactions;
 };
 
+/// Of a part of a campaign.
+struct ShardRecord {
+    Shard part;
+    std::vector<std::string> cases;  // ids, of all parts, in the order of the whole campaign
+    std::vector<std::string>
+        knownUnseen;  // known failures that its cases reached, but did not show: another part may
+};
+
 struct CampaignRecord {
     std::string state = "running";  // "finished", "interrupted"
     std::vector<std::string> commandLine;
@@ -87,6 +96,7 @@ struct CampaignRecord {
     std::vector<std::pair<std::string, std::string>> commands;  // what the options name: harness, dvr, hooks
     std::string note;
     std::uint32_t seed = 0;
+    std::optional<ShardRecord> shard;  // none: it is the whole
     int repeat = 1;
     Patience patience;
     std::optional<double> maxReaction;
