@@ -79,9 +79,8 @@ void PrintMerge(const Merged& merged) {
     }
     PrintOthers(merged);
     for (const campaign::PartRecord& part : merge.parts) {
-        std::cout << fmt::format(
-            "{}: {}{}\n", Printable(part.folder), part.state,
-            part.index == 0 ? "" : fmt::format(", part {} of {}", part.index, part.total));
+        std::cout << fmt::format("{}: {}{}\n", Printable(part.folder), part.state,
+                                 part.shard ? ", " + part.shard->Words() : "");
     }
 }
 

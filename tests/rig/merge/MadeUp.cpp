@@ -78,11 +78,11 @@ void WriteCampaign(const std::string& folder, const std::vector<MadeUpCase>& cas
     record.seed = 5;
     std::filesystem::create_directories(folder);
     for (const MadeUpCase& one : cases) {
-        CaseRecord one_ = RecordOf(one);
+        CaseRecord made = RecordOf(one);
         if (one.outcome != Outcome::NotRun) {
-            WriteCase(folder, one_);
+            WriteCase(folder, made);
         }
-        record.cases.push_back(std::move(one_));
+        record.cases.push_back(std::move(made));
     }
     campaign::WriteRecord(folder, record);
     campaign::WriteReports(folder, {});
@@ -99,7 +99,11 @@ void MergeTest::Campaign(const std::string& name, const std::vector<MadeUpCase>&
 void MergeTest::Shard(const std::string& name, const std::vector<MadeUpCase>& cases, int index, int total,
                       const std::vector<std::string>& all) const {
     Campaign(name, cases, [&](Json& json) {
-        json["shard"] = {{"index", index}, {"total", total}, {"from", "--shard"}, {"cases", all}};
+        json["shard"] = {{"index", index},
+                         {"total", total},
+                         {"from", "--shard"},
+                         {"cases", all},
+                         {"knownUnseen", Json::array()}};
     });
 }
 

@@ -152,10 +152,14 @@ TEST_F(MergeTest, LooksForAKnownFailureInAllParts) {
     Campaign("a", Around({"event-2.0"}), unseen);
     Campaign("b", Around({"xfer-2.0", Outcome::KnownFailure}));
     Campaign("c", Around({"file-2.0"}), unseen);
+    Shard("d", Around({"file-2.0"}), 2, 2, kAll);
+    Change("d/campaign.json", [](Json& json) { json["shard"]["knownUnseen"] = Strings{"xfer.answer"}; });
     EXPECT_EQ(Merge({"a", "b", "--out", "seen"}).status, 0);
     EXPECT_EQ(JsonOf("seen/campaign.json")["knownUnseen"], Json::array());
     EXPECT_EQ(Merge({"a", "c", "--out", "unseen"}).status, 1);
     EXPECT_EQ(JsonOf("unseen/campaign.json")["knownUnseen"], Json(Strings{"xfer.answer"}));
+    EXPECT_EQ(Merge({"b", "d", "--out", "both"}).status, 2) << "for want of a case only";
+    EXPECT_EQ(JsonOf("both/campaign.json")["knownUnseen"], Json::array());
     ExpectHolds(TextOf("unseen/junit.xml"), "the list of known failures must be fixed");
 }
 
