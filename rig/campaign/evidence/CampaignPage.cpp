@@ -6,6 +6,7 @@
 #include "rig/base/Counted.h"
 #include "rig/campaign/evidence/CampaignFiles.h"
 #include "rig/campaign/evidence/CoveragePage.h"
+#include "rig/campaign/evidence/MergePage.h"
 #include "rig/html/HtmlPage.h"
 #include "rig/result/Result.h"
 
@@ -102,7 +103,7 @@ void AddFacts(pugi::xml_node main, const CampaignRecord& campaign) {
         AddFact(list, "Command: " + name, command);
     }
     AddFact(list, "Called as", fmt::format("{}", fmt::join(campaign.commandLine, " ")));
-    AddFact(list, "Seed", std::to_string(campaign.seed));
+    AddFact(list, "Seed", campaign.HasOneSeed() ? std::to_string(campaign.seed) : "");
 }
 
 void AddEnding(pugi::xml_node cell, const char* who, const ProcessRecord& process) {
@@ -232,6 +233,9 @@ void AddSpreads(pugi::xml_node main, const CampaignRecord& campaign) {
 std::string CampaignPage(const CampaignRecord& campaign) {
     html::HtmlPage page(Headline(campaign));
     pugi::xml_node main = page.Body();
+    if (campaign.merged) {
+        AddDifferences(main, *campaign.merged);
+    }
     for (const std::string& known : campaign.knownUnseen) {
         Add(main, "p",
             "A known failure did not occur: " + known + ". The list of known failures must be fixed.");
@@ -243,6 +247,9 @@ std::string CampaignPage(const CampaignRecord& campaign) {
                                         std::pair("#coverage", "Coverage")}) {
         AddLink(sections, target, title);
         AddText(sections, " ");
+    }
+    if (campaign.merged) {
+        AddParts(main, *campaign.merged);
     }
     AddCases(main, campaign);
     AddMatrix(main, campaign);
