@@ -45,6 +45,8 @@ Outcome Campaign::Run() {
     if (record_.begin == 0) {
         record_.begin = Now();
     }
+    WriteRecord(folder_,
+                record_);  // before anything that a killed campaign leaves, so that it can be gone on with
     display_.Begin(record_, folder_);
     for (std::size_t number = 0; number < record_.cases.size() && !interrupts_.Came(); ++number) {
         CaseRecord& record = record_.cases[number];

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
+#include <regex>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -25,8 +26,18 @@ using Json = nlohmann::ordered_json;
 }
 
 /// The paths on a command line count from the folder in which it was given.
+void ReturnTo(const std::string& folder) {
+    std::error_code error;
+    fs::current_path(folder, error);
+    if (error) {
+        throw std::runtime_error(
+            fmt::format("--resume: expected the folder in which the campaign began, {}, found: {}",
+                        Quoted(folder), error.message()));
+    }
+}
+
 RunOptions OptionsOf(const Json& json) {
-    fs::current_path(json.at("workingDirectory").get<std::string>());
+    ReturnTo(json.at("workingDirectory"));
     const auto words = json.at("commandLine").get<std::vector<std::string>>();
     const auto run = std::find(words.begin(), words.end(), "run");
     if (run == words.end()) {
@@ -87,10 +98,19 @@ void KeepAttempt(const fs::path& folder) {
     }
 }
 
-}  // namespace
+/// Files that were being written when the campaign was killed: named as WriteWhole names them until they are
+/// whole.
+void RemoveHalfWritten(const fs::path& folder) {
+    const std::regex halfWritten(R"((campaign\.json|index\.html|junit\.xml|campaign\.tap)\.\w{6})");
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+        if (std::regex_match(entry.path().filename().string(), halfWritten)) {
+            fs::remove(entry.path());
+        }
+    }
+}
 
-Outcome Resume(const RunOptions& options) {
-    const std::string folder = fs::absolute(options.resume);
+/// @return the campaign as it was planned; refuses one that is no longer the same
+Planned PlanAgain(const std::string& folder) try {
     const Json json = ReadCampaignJson(folder);
     RunOptions begun = OptionsOf(json);
     begun.selection.shard = ShardIn(json);
@@ -99,8 +119,20 @@ Outcome Resume(const RunOptions& options) {
     CheckCases(json, planned.record);
     planned.record.commandLine = json.at("commandLine").get<std::vector<std::string>>();
     planned.record.begin = json.at("begin");
+    return planned;
+} catch (const Json::exception&) {
+    throw std::runtime_error(fmt::format(
+        "--resume: expected a campaign.json as this version writes it, found another in {}", Quoted(folder)));
+}
+
+}  // namespace
+
+Outcome Resume(const RunOptions& options) {
+    const std::string folder = fs::absolute(options.resume);
+    Planned planned = PlanAgain(folder);
     const std::vector<CaseRecord> cases = planned.record.cases;
     Campaign campaign(std::move(planned.rig), folder, std::move(planned.record));
+    RemoveHalfWritten(folder);
     for (std::size_t at = 0; at < cases.size(); ++at) {
         if (std::optional<FinishedCase> finished = ReadFinishedCase(folder, cases[at])) {
             campaign.Take(at, std::move(*finished));

@@ -106,6 +106,13 @@ void TakeCase(const Json& json, Campaign& campaign) {
     place->runs.push_back(RunIn(campaign.folder, json));
 }
 
+/// @return which part of a campaign it is, in words
+std::string PartIn(const Json& json) {
+    const Json shard = json.value("shard", Json());
+    return shard.is_null() ? "the whole"
+                           : fmt::format("{} of {}", shard.at("index").dump(), shard.at("total").dump());
+}
+
 void TakeRecord(const Json& json, Campaign& campaign) {
     if (json.at("format") != kFormat) {
         throw Json::other_error::create(501, "format " + json.at("format").dump(), &json);
@@ -114,6 +121,7 @@ void TakeRecord(const Json& json, Campaign& campaign) {
     campaign.note = json.at("note");
     campaign.begin = json.at("begin");
     campaign.versions = json.at("versions").get<std::map<std::string, std::string>>();
+    campaign.versions["part"] = PartIn(json);
     for (const Json& one : json.at("cases")) {
         TakeCase(one, campaign);
     }

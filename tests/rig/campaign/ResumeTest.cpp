@@ -98,4 +98,34 @@ TEST_F(ResumeTest, NeedsTheCampaignThatItWas) {
               "-p 2', found 'config-2.0 -p 2 -g'\n");
 }
 
+TEST_F(ResumeTest, NeedsWhatACampaignWrites) {
+    RunCampaign({"--bare", "--cases", "config-2.0", "--velloran", "/bin/false"});
+    Json campaign = Evidence();
+    campaign["workingDirectory"] = "/nowhere";
+    std::ofstream(out_ + "/campaign.json") << campaign;
+    EXPECT_EQ(Resume().errors,
+              "velloran-rig run: --resume: expected the folder in which the campaign began, '/nowhere', "
+              "found: No such file or directory\n");
+    std::ofstream(out_ + "/campaign.json") << R"({"format": 1})";
+    EXPECT_EQ(
+        Resume().errors,
+        "velloran-rig run: --resume: expected a campaign.json as this version writes it, found another in '" +
+            out_ + "'\n");
+    std::ofstream(out_ + "/campaign.json") << R"({"format": 1, "state": "run)";
+    const ProgramResult truncated = Resume();
+    EXPECT_EQ(truncated.status, 64);
+    EXPECT_EQ(
+        truncated.errors,
+        "velloran-rig run: --resume: expected the folder of a campaign (format 1), found '" + out_ + "'\n");
+}
+
+TEST_F(ResumeTest, LeavesNothingHalfWritten) {
+    RunCampaign({"--bare", "--cases", "config-2.0", "--dvr", Dvr()});
+    std::ofstream(out_ + "/campaign.json.x7Yz01") << "{";
+    std::ofstream(out_ + "/notes.txt") << "the user's own";
+    EXPECT_EQ(Resume().status, 0);
+    EXPECT_FALSE(FileExists(out_ + "/campaign.json.x7Yz01"));
+    EXPECT_TRUE(FileExists(out_ + "/notes.txt"));
+}
+
 }  // namespace

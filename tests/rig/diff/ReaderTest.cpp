@@ -35,6 +35,14 @@ class CampaignFolder : public testing::Test {
     Json record_ = Json::parse(std::ifstream(VELLORAN_CAMPAIGNS "/old/campaign.json"));
 };
 
+TEST_F(CampaignFolder, TellsWhichPartItIs) {
+    WriteRecord();
+    EXPECT_EQ(ReadCampaign(Path()).versions.at("part"), "the whole");
+    record_["shard"] = {{"index", 2}, {"total", 3}};
+    WriteRecord();
+    EXPECT_EQ(ReadCampaign(Path()).versions.at("part"), "2 of 3");
+}
+
 TEST_F(CampaignFolder, WhoseRecordIsEmptyIsRefused) {
     folder_.Write("campaign.json", "");
     errno = EPERM;  // of something else
