@@ -72,8 +72,7 @@ TEST_F(ShardsTest, MergedAreTheCampaignInOne) {
     EXPECT_EQ(RunRig({"judge", "/mnt/merged/cases/xfer-2.0/harness.log"}).status, 0);
     // Reaction times differ on a busy machine.
     const std::string changes = RunRig({"diff", "/mnt/whole", "/mnt/merged"}).output;
-    EXPECT_FALSE(std::regex_search(changes, std::regex("\\n    (worse|better|changed) +(?!reaction)")))
-        << changes;
+    EXPECT_FALSE(std::regex_search(changes, std::regex("\\n    (worse|better|changed) +[^ r]"))) << changes;
     ExpectHolds(changes, " the same\n");
 }
 
