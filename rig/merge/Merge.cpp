@@ -32,7 +32,9 @@ using Pairs = std::vector<std::pair<std::string, std::string>>;
 
 /// Values that differ stand side by side.
 void Join(std::string& text, const std::string& other) {
-    if (text != other && ("; " + text + "; ").find("; " + other + "; ") == std::string::npos) {
+    if (text.empty()) {
+        text = other;
+    } else if (!other.empty() && ("; " + text + "; ").find("; " + other + "; ") == std::string::npos) {
         text += "; " + other;
     }
 }

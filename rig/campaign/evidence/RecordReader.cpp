@@ -92,6 +92,9 @@ Json ReadCampaignJson(const std::string& folder) {
         throw std::runtime_error(fmt::format(
             "--resume: expected the folder of a campaign (format {}), found {}", kFormat, Quoted(folder)));
     }
+    if (!json.value("merged", Json()).is_null()) {
+        throw std::runtime_error("--resume: expected a campaign that ran, found several that were merged");
+    }
     return json;
 }
 

@@ -36,6 +36,7 @@ class CampaignFolder : public testing::Test {
 };
 
 TEST_F(CampaignFolder, TellsWhichPartItIs) {
+    record_["cases"] = Json::array();
     WriteRecord();
     EXPECT_EQ(ReadCampaign(Path()).versions.at("part"), "the whole");
     record_["shard"] = {{"index", 2}, {"total", 3}};

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
 
 #include "rig/base/Descriptor.h"
@@ -143,6 +144,22 @@ TEST_F(BadPartsTest, HasTheFolderForAllOfItInIt) {
     const ProgramResult full = Merge({"a", "--out", "a"});
     EXPECT_EQ(full.status, 64);
     EXPECT_EQ(full.errors, "velloran-rig merge: --out: expected a folder that is new or empty, found a\n");
+}
+
+TEST_F(BadPartsTest, IsInterruptedWithoutALeftover) {
+    ProgramSurroundings surroundings;
+    surroundings.prepare = [] {  // the signal waits until the program looks for one
+        sigset_t signals;
+        sigemptyset(&signals);
+        sigaddset(&signals, SIGINT);
+        sigprocmask(SIG_BLOCK, &signals, nullptr);
+        raise(SIGINT);
+    };
+    const ProgramResult result = RunRig({"merge", PathOf("a"), "--out", PathOf("out")}, surroundings);
+    EXPECT_EQ(result.status, 130);
+    EXPECT_EQ(result.errors,
+              "velloran-rig merge: interrupted by SIGINT (Interrupt), so that nothing is left\n");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder_.Path()), fs::directory_iterator()), 1);
 }
 
 TEST_F(BadPartsTest, WantsAFolderThatCannotBeWritten) {

@@ -125,7 +125,7 @@ TEST_F(MergeTest, NamesFirstWhatThePartsDoNotHaveInCommon) {
     const Json campaign = JsonOf();
     EXPECT_EQ(campaign["merged"]["differences"], Json(expected));
     EXPECT_TRUE(campaign["seed"].is_null());
-    EXPECT_EQ(campaign["note"], "; firmware 4.2");
+    EXPECT_EQ(campaign["note"], "firmware 4.2");
     EXPECT_EQ(campaign["versions"]["host"], "rig; other");
 }
 
@@ -170,6 +170,13 @@ TEST_F(MergeTest, GivesWhatDiffReads) {
     EXPECT_EQ(RunRig({"diff", PathOf("out"), PathOf("out")}).status, 0);
     const ProgramResult result = RunRig({"diff", PathOf("a"), PathOf("out")});
     ExpectHolds(result.output, "0 cases worse, 0 better, 1 changed, 3 the same\n");
+}
+
+TEST_F(MergeTest, IsNoCampaignToGoOnWith) {
+    Campaign("a", Around({"xfer-2.0"}));
+    Merge({"a", "--out", "out"});
+    EXPECT_EQ(RunRig({"run", "--resume", PathOf("out")}).errors,
+              "velloran-rig run: --resume: expected a campaign that ran, found several that were merged\n");
 }
 
 TEST_F(MergeTest, FillsAFolderThatIsEmpty) {

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <regex>
+#include <set>
 
 #include "tests/rig/merge/MadeUp.h"
 
@@ -69,7 +70,11 @@ TEST_F(ShardsTest, MergedAreTheCampaignInOne) {
     EXPECT_EQ(std::regex_replace(ReadFile("/mnt/merged/campaign.tap"), details, ""),
               std::regex_replace(ReadFile("/mnt/whole/campaign.tap"), details, ""));
     EXPECT_EQ(RunRig({"judge", "/mnt/merged/cases/xfer-2.0/harness.log"}).status, 0);
-    ExpectHolds(RunRig({"diff", "/mnt/whole", "/mnt/merged"}).output, "of 5");
+    // Reaction times differ on a busy machine.
+    const std::string changes = RunRig({"diff", "/mnt/whole", "/mnt/merged"}).output;
+    EXPECT_FALSE(std::regex_search(changes, std::regex("\\n    (worse|better|changed) +(?!reaction)")))
+        << changes;
+    ExpectHolds(changes, " the same\n");
 }
 
 }  // namespace
