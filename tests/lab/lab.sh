@@ -2,13 +2,18 @@
 # name and an /mnt/hd of its own, on one wire with the check, which is in namespaces too. What they start ends with it.
 . tests/support/check.sh
 
-# Starts the check again in its namespaces.
+# Starts the check again in its namespaces, and removes its folder when nothing there writes to it any more.
 enter_lab() {
-    [ -z "${IN_LAB-}" ] || return 0
+    if [ -n "${IN_LAB-}" ]; then
+        rmdir "$folder"
+        trap - EXIT
+        folder=$IN_LAB
+        return
+    fi
     [ "$(id -u)" -eq 0 ] || leave_out "expected root, found another user: daemons change the user"
     unshare --net --mount --pid --fork true 2>/dev/null || leave_out "expected a system that allows namespaces"
     local status=0
-    IN_LAB=yes unshare --net --mount --pid --fork --kill-child --mount-proc "$script" "$@" || status=$?
+    IN_LAB=$folder unshare --net --mount --pid --fork --kill-child --mount-proc "$script" "$@" || status=$?
     exit "$status"
 }
 

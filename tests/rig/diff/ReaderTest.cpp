@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 
@@ -36,7 +37,7 @@ class CampaignFolder : public testing::Test {
 };
 
 TEST_F(CampaignFolder, TellsWhichPartItIs) {
-    WriteRecord();
+    std::filesystem::copy(VELLORAN_CAMPAIGNS "/old", Path(), std::filesystem::copy_options::recursive);
     EXPECT_EQ(ReadCampaign(Path()).versions.at("part"), "the whole");
     record_["shard"] = {{"index", 2}, {"total", 3}};
     WriteRecord();
