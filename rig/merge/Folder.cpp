@@ -24,7 +24,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kPiece = 256 * 1024;  // bytes
+constexpr std::size_t kPiece = 0x40000;  // bytes
 
 [[noreturn]] void FailToWrite(const fs::path& path, const std::string& reason) {
     throw std::runtime_error(

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <utility>
 
 #include "rig/base/Affix.h"
@@ -208,9 +209,8 @@ Merged Merge(const std::vector<Part>& parts) {
                    [](const Part& part) { return part.told; });
     merge.differences = DifferencesOf(parts);
     std::vector<std::vector<std::string>> planned;
-    for (const Part& part : parts) {
-        planned.push_back(part.planned);
-    }
+    std::transform(parts.begin(), parts.end(), std::back_inserter(planned),
+                   [](const Part& part) { return part.planned; });
     for (const std::string& id : Interleaved(planned)) {
         TakeCase(merged, merge, parts, id);
     }

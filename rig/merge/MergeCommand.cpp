@@ -4,9 +4,11 @@
 #include <fmt/ranges.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <iterator>
 #include <memory>
 #include <stdexcept>
 
@@ -87,9 +89,7 @@ void PrintMerge(const Merged& merged) {
 int MergeFolders(const MergeOptions& options) {
     CheckOut(options);
     std::vector<Part> parts;
-    for (const std::string& folder : options.parts) {
-        parts.push_back(ReadPart(folder));
-    }
+    std::transform(options.parts.begin(), options.parts.end(), std::back_inserter(parts), ReadPart);
     RefuseTwice(parts);
     const Merged merged = Merge(parts);
     WriteFolder(options.out, merged, parts);
