@@ -27,14 +27,15 @@ std::string_view ValueOf(const std::optional<std::string>& attribute) {
 }
 
 std::string FileIn(const Arrival& message) {
-    return fmt::format("{}/{}", ValueOf(message.reid), ValueOf(message.file));
+    return fmt::format("{}/{}", ValueOf(message.Reid()), ValueOf(message.File()));
 }
 
 }  // namespace
 
 bool IsExact(const Request& request, const Arrival& message) {
-    const bool isFileLeftOut = !message.file && message.name != "FILE_COMPLETE"sv;
-    return request.reid == ValueOf(message.reid) && (isFileLeftOut || request.file == ValueOf(message.file));
+    const bool isFileLeftOut = !message.File() && message.Name() != "FILE_COMPLETE"sv;
+    return request.reid == ValueOf(message.Reid()) &&
+           (isFileLeftOut || request.file == ValueOf(message.File()));
 }
 
 std::string_view AnswerTo(std::string_view request, Fault fault, int protocol) {
@@ -59,18 +60,22 @@ std::string_view AnswerTo(std::string_view request, Fault fault, int protocol) {
     return kind == nullptr || kind->answers.empty() ? "" : kind->answers.front();
 }
 
-void Exchange::SendRequest(Request request, const Place& place) {
-    if (request.name == "DONE"sv) {
+void Exchange::SendRequest(const log::Request& sent, std::optional<std::int64_t> time, const Place& place) {
+    if (sent.name == "DONE"sv) {
         if (!run_.doneSent.Any()) {
             run_.acksAtDone = run_.Of(log::Sign::Acknowledged).Count();
         }
         run_.doneSent.Add(place);
         run_.isExporting = false;
-        run_.doneTime = request.time;
+        run_.doneTime = time;
         for (Request& waiting : run_.pending) {
             waiting.isOvertaken = true;
         }
     }
+    Request& request = run_.pending.emplace_back();
+    static_cast<log::Request&>(request) = sent;
+    request.time = time;
+    run_.lines->Keep(place, request.line);
     if (request.isGenuine) {
         run_.Of(request.fault).genuine.Add(place, request.Words());
         request.mayBeRefused = request.fault == Fault::FileEvent;
@@ -82,11 +87,10 @@ void Exchange::SendRequest(Request request, const Place& place) {
     }
     pausedUntil_ =
         request.pause > 0 && request.time ? std::optional(*request.time + request.pause) : std::nullopt;
-    if (!request.expects.empty()) {
-        run_.pending.push_back(std::move(request));
-        if (run_.pending.size() > kMostPending) {
-            run_.pending.pop_front();
-        }
+    if (request.expects.empty()) {
+        run_.pending.pop_back();
+    } else if (run_.pending.size() > kMostPending) {
+        run_.pending.pop_front();
     }
 }
 
@@ -96,18 +100,18 @@ void Exchange::WasBusyUntil(std::optional<std::int64_t> time) {
 
 void Exchange::TakeMessage(Arrival message, const std::string& event, const Place& place) {
     answered_.reset();
-    if (message.name == "OK"sv) {
+    if (message.Name() == "OK"sv) {
         TakeOk(message, place);
     } else {
         if (run_.doneSent.Any() && !run_.isExporting) {
-            run_.afterDone.Add(place, message.name);
+            run_.afterDone.Add(place, message.Name());
         }
         run_.isExporting = run_.isExporting || !run_.doneSent.Any();  // the log may begin after the OK
         if (run_.Saw(log::Sign::SizeSwitch)) {
-            run_.answeredWrong.Add(place, message.name);
+            run_.answeredWrong.Add(place, message.Name());
         }
-        if (!message.reid && protocol::IsReport(message.name)) {
-            run_.reportWithoutReid.Add(place, message.name);
+        if (!message.Reid() && protocol::IsReport(message.Name())) {
+            run_.reportWithoutReid.Add(place, message.Name());
         }
         const bool isTaken = Answers(message, event, place) || AnswersWrongly(message, place) ||
                              ReportsAnotherFault(message, place) || RefusesLater(message) ||
@@ -137,7 +141,7 @@ void Exchange::TakeOk(const Arrival& message, const Place& place) {
 }
 
 bool Exchange::Answers(const Arrival& message, const std::string& event, const Place& place) {
-    const auto isAnswered = [&message](const Request& request) { return request.expects == message.name; };
+    const auto isAnswered = [&message](const Request& request) { return request.expects == message.Name(); };
     auto request = std::find_if(run_.pending.begin(), run_.pending.end(), [&](const Request& waiting) {
         return isAnswered(waiting) && IsExact(waiting, message);
     });
@@ -160,16 +164,16 @@ bool Exchange::Answers(const Arrival& message, const std::string& event, const P
     if (answered_->fault != Fault::None) {
         run_.Of(answered_->fault).answered.Add(place);
         // The refusal of a file with a damaged identifier may also name the true event.
-        const bool isTrue = answered_->fault == Fault::FileEvent && event == message.reid.value_or("");
-        if (message.reid && *message.reid != answered_->reid && !isTrue && !message.isRepeated &&
+        const bool isTrue = answered_->fault == Fault::FileEvent && event == message.Reid().value_or("");
+        if (message.Reid() && *message.Reid() != answered_->reid && !isTrue && !message.isRepeated &&
             IsUtf8(answered_->reid)) {
-            run_.otherReid.Add(place, Instead(*message.reid, answered_->reid));
+            run_.otherReid.Add(place, Instead(*message.Reid(), answered_->reid));
         }
     }
     if (message.isRepeated && !isExact_) {
-        run_.notAsked.Add(place, message.name + " twice");
+        run_.notAsked.Add(place, message.Name() + " twice");
     }
-    if (message.name == "FILE_COMPLETE"sv && isExact_) {
+    if (message.Name() == "FILE_COMPLETE"sv && isExact_) {
         completed_ = message;
     }
     return true;
@@ -181,12 +185,12 @@ bool Exchange::AnswersWrongly(const Arrival& message, const Place& place) {
     const auto request =
         std::find_if(run_.pending.begin(), run_.pending.end(), [&message, protocol](const Request& waiting) {
             return waiting.fault != Fault::None &&
-                   AnswerTo(waiting.name, Fault::None, protocol) == message.name;
+                   AnswerTo(waiting.name, Fault::None, protocol) == message.Name();
         });
     if (request == run_.pending.end()) {
         return false;
     }
-    run_.Of(request->fault).wrong.Add(place, message.name + " to " + request->Words());
+    run_.Of(request->fault).wrong.Add(place, message.Name() + " to " + request->Words());
     if (request->fault == Fault::Event) {
         accepted_.insert(request->reid);
     }
@@ -198,14 +202,14 @@ void Exchange::TakeUnasked(const Arrival& message, const Place& place) {
     const bool hasGoodRequest =
         std::any_of(run_.pending.begin(), run_.pending.end(), [&message](const Request& waiting) {
             return waiting.fault == Fault::None && !waiting.reid.empty() &&
-                   waiting.reid == message.reid.value_or("");
+                   waiting.reid == message.Reid().value_or("");
         });
     if (message.isRepeated) {
-        run_.notAsked.Add(place, message.name + " twice");
-    } else if (protocol::IsReport(message.name) && hasGoodRequest) {
-        run_.notAsked.Add(place, message.name + " to a good request");
+        run_.notAsked.Add(place, message.Name() + " twice");
+    } else if (protocol::IsReport(message.Name()) && hasGoodRequest) {
+        run_.notAsked.Add(place, message.Name() + " to a good request");
     } else {
-        run_.notAsked.Add(place, message.name);
+        run_.notAsked.Add(place, message.Name());
     }
 }
 
@@ -214,9 +218,9 @@ void Exchange::IgnoreLast(log::Sign why, const Place& place) {
         return;  // it was asked for; a message out of turn has led the harness away from it since
     }
     const std::string asked = answered_ ? answered_->Words() : "";
-    const std::string about = !answered_   ? ""
-                              : last_.reid ? Instead(*last_.reid, answered_->reid)
-                                           : "no reid instead of " + Printable(answered_->reid);
+    const std::string about = !answered_     ? ""
+                              : last_.Reid() ? Instead(*last_.Reid(), answered_->reid)
+                                             : "no reid instead of " + Printable(answered_->reid);
     if (why == log::Sign::WrongFile && FileIn(last_) == FileIn(completed_)) {
         run_.completedAgain.Add(place, Printable(FileIn(completed_)));
     } else if (why == log::Sign::WrongFile) {

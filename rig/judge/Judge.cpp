@@ -67,22 +67,22 @@ bool IsLastWord(std::string_view line) {
 }
 
 ReadLine Judge::Add(const std::string& file, std::uint64_t number, std::string_view line) {
-    const auto statement = log::ReadStatement(line);
-    if (!statement) {
+    ReadLine read{log::ReadStatement(line)};
+    if (!read.statement) {
         AddError({file, number, line});
-        return {};
+        return read;
     }
-    const Place place{file, number, statement->text};
-    last_ = statement->process;
-    RunModel& run = RunOf(*statement, place);
+    const Place place{file, number, read.statement->text};
+    last_ = read.statement->process;
+    RunModel& run = RunOf(*read.statement, place);
     using Event = log::RunReader::Event;
-    const Event event = run.Add(*statement, place);
-    const log::Message* const message = event == Event::Message ? &run.Reader().LastMessage() : nullptr;
-    const log::Request* const request = event == Event::Request ? &run.Reader().LastRequest() : nullptr;
+    const Event event = run.Add(*read.statement, place);
+    read.message = event == Event::Message ? &run.Reader().LastMessage() : nullptr;
+    read.request = event == Event::Request ? &run.Reader().LastRequest() : nullptr;
     if (run.HasEnded()) {
         Close(last_);
     }
-    return {statement, message, request};
+    return read;
 }
 
 /// @return the run that the statement belongs to

@@ -29,22 +29,28 @@ Document::Form FormOf(const std::string& text, bool isRead) {
     return text.empty() ? Form::Empty : isRead || EndsAsXml(text) ? Form::NotWellFormed : Form::BrokenOff;
 }
 
+std::optional<std::string> ValueOf(const pugi::xml_node& message, const char* name) {
+    const pugi::xml_attribute attribute = message.attribute(name);
+    return attribute ? std::optional<std::string>(attribute.value()) : std::nullopt;
+}
+
 }  // namespace
 
 Document::Document(const std::string& text) {
     const bool isRead = LoadAsTheHarness(text, document_);
     root_ = document_.child("msg");
     form_ = isRead && !root_ ? Form::NoMsg : FormOf(text, isRead);
-    name_ = root_.attribute("req").value();
+    about_ = std::make_shared<const Subject>(
+        Subject{root_.attribute("req").value(), ValueOf(root_, "reid"), ValueOf(root_, "file")});
 }
 
 const WorkLists& Document::Lists() {
     if (!lists_) {
         lists_.emplace();
-        listed_ = name_ == "EVENT_LIST" ? lists_->TakeEventList(root_)
-                  : name_ == "XML"      ? lists_->TakeXml(root_)
-                  : name_ == "EVENT"    ? lists_->TakeEvent(root_)
-                                        : Listed();
+        listed_ = Name() == "EVENT_LIST" ? lists_->TakeEventList(root_)
+                  : Name() == "XML"      ? lists_->TakeXml(root_)
+                  : Name() == "EVENT"    ? lists_->TakeEvent(root_)
+                                         : Listed();
     }
     return *lists_;
 }

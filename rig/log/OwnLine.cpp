@@ -1,5 +1,6 @@
 #include "rig/log/OwnLine.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "rig/log/LineTime.h"
@@ -7,15 +8,14 @@
 namespace rig::log {
 namespace {
 
-/// Removes the number that the text begins with. @return it; 0 if there is none, or none of the logger's
+/// Removes up to nine digits that the text begins with: the logger's numbers have no more. @return their
+/// number
 int TakeNumber(std::string_view& text) {
     constexpr std::size_t kMostDigits = 9;
+    const std::size_t most = std::min(text.size(), kMostDigits);
     int number = 0;
     std::size_t digits = 0;
-    for (; digits < text.size() && text[digits] >= '0' && text[digits] <= '9'; ++digits) {
-        if (digits == kMostDigits) {
-            return 0;
-        }
+    for (; digits < most && text[digits] >= '0' && text[digits] <= '9'; ++digits) {
         number = number * 10 + (text[digits] - '0');
     }
     text.remove_prefix(digits);
