@@ -99,7 +99,7 @@ void Exchange::WasBusyUntil(std::optional<std::int64_t> time) {
 }
 
 void Exchange::TakeMessage(Arrival message, const std::string& event, const Place& place) {
-    answered_.reset();
+    answered_.clear();
     if (message.Name() == "OK"sv) {
         TakeOk(message, place);
     } else {
@@ -155,19 +155,19 @@ bool Exchange::Answers(const Arrival& message, const std::string& event, const P
     if (request == run_.pending.end()) {
         return false;
     }
-    answered_ = std::move(*request);
-    run_.pending.erase(request);
-    AddReaction(*answered_, message, place);
-    if (answered_->pause > 0) {
+    answered_.splice(answered_.end(), run_.pending, request);
+    const Request& answered = answered_.front();
+    AddReaction(answered, message, place);
+    if (answered.pause > 0) {
         run_.Of(Fault::Pause).answered.Add(place);
     }
-    if (answered_->fault != Fault::None) {
-        run_.Of(answered_->fault).answered.Add(place);
+    if (answered.fault != Fault::None) {
+        run_.Of(answered.fault).answered.Add(place);
         // The refusal of a file with a damaged identifier may also name the true event.
-        const bool isTrue = answered_->fault == Fault::FileEvent && event == message.Reid().value_or("");
-        if (message.Reid() && *message.Reid() != answered_->reid && !isTrue && !message.isRepeated &&
-            IsUtf8(answered_->reid)) {
-            run_.otherReid.Add(place, Instead(*message.Reid(), answered_->reid));
+        const bool isTrue = answered.fault == Fault::FileEvent && event == message.Reid().value_or("");
+        if (message.Reid() && *message.Reid() != answered.reid && !isTrue && !message.isRepeated &&
+            IsUtf8(answered.reid)) {
+            run_.otherReid.Add(place, Instead(*message.Reid(), answered.reid));
         }
     }
     if (message.isRepeated && !isExact_) {
@@ -214,29 +214,28 @@ void Exchange::TakeUnasked(const Arrival& message, const Place& place) {
 }
 
 void Exchange::IgnoreLast(log::Sign why, const Place& place) {
-    if (answered_ && isExact_) {
+    if (HasAnswered() && isExact_) {
         return;  // it was asked for; a message out of turn has led the harness away from it since
     }
-    const std::string asked = answered_ ? answered_->Words() : "";
-    const std::string about = !answered_     ? ""
-                              : last_.Reid() ? Instead(*last_.Reid(), answered_->reid)
-                                             : "no reid instead of " + Printable(answered_->reid);
+    const std::string asked = HasAnswered() ? answered_.front().Words() : "";
+    const std::string about = !HasAnswered() ? ""
+                              : last_.Reid() ? Instead(*last_.Reid(), answered_.front().reid)
+                                             : "no reid instead of " + Printable(answered_.front().reid);
     if (why == log::Sign::WrongFile && FileIn(last_) == FileIn(completed_)) {
         run_.completedAgain.Add(place, Printable(FileIn(completed_)));
     } else if (why == log::Sign::WrongFile) {
-        const std::string known = answered_ ? answered_->reid + "/" + answered_->file : "";
+        const std::string known = HasAnswered() ? answered_.front().reid + "/" + answered_.front().file : "";
         const std::string given = FileIn(last_);
         run_.otherFile.Add(
             place, asked.empty() ? "" : Printable(given) + " instead of " + asked + Difference(given, known));
-    } else if (why == log::Sign::EventReidWrong && answered_) {
+    } else if (why == log::Sign::EventReidWrong && HasAnswered()) {
         run_.otherEvent.Add(place, about);
-    } else if (why == log::Sign::AckReidWrong && answered_) {
+    } else if (why == log::Sign::AckReidWrong && HasAnswered()) {
         run_.otherAck.Add(place, about);
     }
-    if (answered_) {
-        answered_->mistake = WithoutControls(place.text.substr(0, kShownOfMistake));
-        run_.pending.push_front(std::move(*answered_));
-        answered_.reset();
+    if (HasAnswered()) {
+        answered_.front().mistake = WithoutControls(place.text.substr(0, kShownOfMistake));
+        run_.pending.splice(run_.pending.begin(), answered_);
     }
 }
 

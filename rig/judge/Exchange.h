@@ -1,5 +1,6 @@
 #pragma once
 
+#include <list>
 #include <memory>
 #include <optional>
 #include <set>
@@ -48,9 +49,10 @@ class Exchange {
     void WasBusyUntil(std::optional<std::int64_t> time);
 
     /// @return the request that the last message answers exactly; null if there is none
-    const Request* Answered() const { return answered_ && isExact_ ? &*answered_ : nullptr; }
+    const Request* Answered() const { return HasAnswered() && isExact_ ? &answered_.front() : nullptr; }
 
  private:
+    bool HasAnswered() const { return !answered_.empty(); }
     void TakeOk(const Arrival& message, const Place& place);
     bool Answers(const Arrival& message, const std::string& event, const Place& place);
     bool AnswersWrongly(const Arrival& message, const Place& place);
@@ -66,7 +68,7 @@ class Exchange {
 
     Run& run_;
     Arrival last_;
-    std::optional<Request> answered_;          // by the last message
+    std::list<Request> answered_;              // by the last message: one, or none
     bool isExact_ = false;                     // which is about exactly what the request asked for
     Arrival completed_;                        // the last FILE_COMPLETE that was asked for
     std::set<std::string> accepted_;           // damaged identifiers that the DVR took for events

@@ -63,7 +63,7 @@ bool Exchange::AnswersTheRefused(const Arrival& message) {
     if (!refused_ || refused_->expects != message.Name() || !IsExact(*refused_, message)) {
         return false;
     }
-    answered_ = std::move(refused_);
+    answered_.push_back(std::move(*refused_));
     refused_.reset();
     isExact_ = true;
     return true;

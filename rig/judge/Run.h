@@ -2,8 +2,8 @@
 
 #include <array>
 #include <cstdint>
-#include <deque>
 #include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <optional>
@@ -158,7 +158,7 @@ struct Run {
     Tally emptyLength;         // the same for the length
     Tally listedElsewhere;     // lists of events that the harness does not find
     Announcement announcement;
-    std::string lastGood;  // message
+    std::string_view lastGood;  // message, of the catalogue
     std::uint64_t lastGoodLine = 0;
     std::string opening;           // the first message, as it came
     Tally damaged;                 // messages that the log holds only in part
@@ -171,7 +171,7 @@ struct Run {
     std::uint64_t acksAtDone = 0;  // acknowledgements when the first DONE went out
     bool hasLargeEvent = false;    // an event of at least two files came
     bool hasEmptyEvent = false;    // an event without identifier was listed
-    std::deque<Request> pending;   // still without an answer
+    std::list<Request> pending;    // still without an answer
 
     Transfers transfers;                            // only when asked for
     std::shared_ptr<const DeliveryFacts> delivery;  // of these; null if nobody looked

@@ -172,7 +172,7 @@ void RunModel::TakeMessage(const log::Message& message, const Place& place) {
     if (keep_.steps) {
         AddStep(Step::Kind::FromDvr, Described(arrival), place);
     }
-    if (!message.isKnown) {
+    if (message.kind == nullptr) {
         run_.received[""].Add(place);
         return;
     }
@@ -184,8 +184,8 @@ void RunModel::TakeMessage(const log::Message& message, const Place& place) {
     if (message.name == "EVENT_LIST") {
         NoteEmpty("source", run_.emptySource, place);
     }
-    beforeLast_ = {std::move(run_.lastGood), run_.lastGoodLine};
-    run_.lastGood = message.name;
+    beforeLast_ = {run_.lastGood, run_.lastGoodLine};
+    run_.lastGood = message.kind->name;
     run_.lastGoodLine = place.line;
     if (message.listed != nullptr) {
         TakeListed(*message.listed, place);

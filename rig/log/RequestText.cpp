@@ -35,13 +35,10 @@ constexpr std::array<bool, 256> kEscaped = [] {
     return escaped;
 }();
 
-bool IsEscaped(char byte) {
-    return kEscaped[static_cast<unsigned char>(byte)];
-}
-
 template <typename Output>
 void AppendValue(Output& printed, std::string_view value) {
-    if (std::none_of(value.begin(), value.end(), IsEscaped)) {
+    const auto isEscaped = [](char byte) { return kEscaped[static_cast<unsigned char>(byte)]; };
+    if (std::none_of(value.begin(), value.end(), isEscaped)) {
         printed += value;
         return;
     }

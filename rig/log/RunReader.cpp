@@ -4,8 +4,6 @@
 #include <charconv>
 #include <utility>
 
-#include "rig/protocol/Catalogue.h"
-
 namespace rig::log {
 namespace {
 
@@ -13,10 +11,6 @@ namespace {
 constexpr int kMostBindFailures = 2;
 
 constexpr std::uint32_t kMostPrefixBytes = 5;
-
-bool Knows(int protocol, const std::string& message) {
-    return protocol::Find(protocol == 2 ? 2 : 1, protocol::Sender::Dvr, message) != nullptr;
-}
 
 bool IsSecondDialect(const pugi::xml_node& message) {
     return message.attribute("protocolVersion").as_string() == std::string_view("2.0");
@@ -139,10 +133,10 @@ void RunReader::TakeMessage() {
     if (!hasStart_ && IsSecondDialect(message_.root)) {
         switches_.protocol = 2;
     }
-    message_.isKnown = Knows(switches_.protocol, message_.name);
-    message_.isRepeated = message_.isKnown && incoming_.IsRepeated();
+    message_.kind = protocol::Find(switches_.protocol == 2 ? 2 : 1, protocol::Sender::Dvr, message_.name);
+    message_.isRepeated = message_.kind != nullptr && incoming_.IsRepeated();
     message_.listed = nullptr;
-    if (message_.isKnown) {
+    if (message_.kind != nullptr) {
         message_.event = next_.Event();
         incoming_.Remember();
         message_.listed = next_.TakeMessage(*document_);

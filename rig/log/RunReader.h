@@ -9,6 +9,7 @@
 #include "rig/log/Incoming.h"
 #include "rig/log/NextRequest.h"
 #include "rig/log/Statement.h"
+#include "rig/protocol/Catalogue.h"
 
 namespace rig::log {
 
@@ -21,11 +22,11 @@ struct Message {
     Form form = Form::Good;
     std::string name;  // `req`
     std::shared_ptr<const Subject> about;
-    bool isKnown = false;              // the dialect has it
-    bool isRepeated = false;           // it is, byte for byte, the known message before it
-    std::string event;                 // the one in progress until then, as the harness sees it
-    std::optional<std::int64_t> time;  // when its prefix was complete, microseconds
-    const Listed* listed = nullptr;    // by a known message that may list something
+    const protocol::MessageKind* kind = nullptr;  // null if the dialect does not have it
+    bool isRepeated = false;                      // it is, byte for byte, the known message before it
+    std::string event;                            // the one in progress until then, as the harness sees it
+    std::optional<std::int64_t> time;             // when its prefix was complete, microseconds
+    const Listed* listed = nullptr;               // by a known message that may list something
 };
 
 /// Reads the log of one run of the harness, statement by statement. What the DVR sent is in the log; what the
