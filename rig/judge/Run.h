@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "rig/judge/Proof.h"
@@ -82,7 +83,7 @@ class ReactionTimes {
     result::Evidence LongestAt() const { return longestAt_.Proof(); }
 
  private:
-    std::map<int, std::uint64_t> buckets_;
+    std::vector<std::pair<int, std::uint64_t>> buckets_;  // in order; few, as reactions are alike
     std::uint64_t count_ = 0;
     std::int64_t longest_ = 0;
     KeptLine longestAt_;

@@ -76,11 +76,14 @@ std::shared_ptr<Document> Documents::Parsed(const std::string& text) {
     if (text.size() > kLongestKept) {
         return std::make_shared<Document>(text);
     }
-    Slot& slot = slots_[HashOf(text) % slots_.size()];
-    if (slot.document == nullptr || slot.text != text) {
-        slot.document = std::make_shared<Document>(text);
-        slot.text = text;
+    Set& set = sets_[HashOf(text) % sets_.size()];
+    for (const Slot& slot : set.slots) {
+        if (slot.document != nullptr && slot.text == text) {
+            return slot.document;
+        }
     }
+    Slot& slot = set.slots[set.oldest++ % set.slots.size()];
+    slot = {text, std::make_shared<Document>(text)};
     return slot.document;
 }
 

@@ -59,7 +59,12 @@ class Documents {
         std::shared_ptr<Document> document;
     };
 
-    std::array<Slot, 256> slots_;  // by the hash of the text
+    struct Set {
+        std::array<Slot, 4> slots;
+        std::size_t oldest = 0;
+    };
+
+    std::array<Set, 64> sets_;  // by the hash of the text
 };
 
 }  // namespace rig::log

@@ -194,6 +194,7 @@ std::size_t RunPrinter::ColumnOf(const std::string& id, std::size_t expected) {
 }
 
 void RunPrinter::PrintMatrix(std::size_t first, std::size_t end) {
+    constexpr std::size_t kCell = 4;
     Text text;
     for (std::size_t run = first; run < end; ++run) {
         Print(text, "{:>4}  {}\n", run + 1, rows_[run].title);
@@ -205,11 +206,12 @@ void RunPrinter::PrintMatrix(std::size_t first, std::size_t end) {
     for (std::size_t check = 0; check < ids_.size(); ++check) {
         text.push_back('\n');
         AppendPadded(text, ids_[check], 28);
+        std::string cells((end - first) * kCell, ' ');
         for (std::size_t run = first; run < end; ++run) {
             const std::string& letters = rows_[run].letters;
-            const std::array<char, 4> cell = {' ', ' ', ' ', check < letters.size() ? letters[check] : ' '};
-            text.append(cell.begin(), cell.end());
+            cells[(run - first) * kCell + kCell - 1] = check < letters.size() ? letters[check] : ' ';
         }
+        text.append(cells);
     }
     Print(text, "\n\n");
     out_.write(text.data(), static_cast<std::streamsize>(text.size()));
