@@ -73,7 +73,6 @@ ReadLine Judge::Add(const std::string& file, std::uint64_t number, std::string_v
         return read;
     }
     const Place place{file, number, read.statement->text};
-    last_ = read.statement->process;
     RunModel& run = RunOf(*read.statement, place);
     using Event = log::RunReader::Event;
     const Event event = run.Add(*read.statement, place);
@@ -87,26 +86,31 @@ ReadLine Judge::Add(const std::string& file, std::uint64_t number, std::string_v
 
 /// @return the run that the statement belongs to
 RunModel& Judge::RunOf(const log::Statement& statement, const Place& place) {
-    auto run = open_.find(last_);
-    if (run != open_.end() && run->second->StartsAnother(statement.sign)) {
-        Close(last_);
-        run = open_.end();
+    if (statement.process != last_) {
+        last_ = statement.process;
+        const auto run = open_.find(last_);
+        current_ = run == open_.end() ? nullptr : run->second.get();
     }
-    if (run == open_.end()) {
-        run = open_.emplace(last_, std::make_unique<RunModel>(place, keep_)).first;
+    if (current_ != nullptr && current_->StartsAnother(statement.sign)) {
+        Close(last_);
+    }
+    if (current_ == nullptr) {
+        current_ = open_.emplace(last_, std::make_unique<RunModel>(place, keep_)).first->second.get();
         hasBegun_ = true;
     }
-    return *run->second;
+    return *current_;
 }
 
 void Judge::AddError(const Place& place) {
-    const auto run = open_.find(last_);
-    if (run != open_.end() && IsAssertion(place.text)) {
-        run->second->AddAssertion(place);
-    } else if (run != open_.end() && IsException(place.text)) {
-        run->second->AddException(place);
-    } else if (run != open_.end() && IsMarkerFailure(place.text)) {
-        run->second->AddMarkerFailure(place);
+    if (current_ == nullptr) {
+        return;
+    }
+    if (IsAssertion(place.text)) {
+        current_->AddAssertion(place);
+    } else if (IsException(place.text)) {
+        current_->AddException(place);
+    } else if (IsMarkerFailure(place.text)) {
+        current_->AddMarkerFailure(place);
     }
 }
 
@@ -124,6 +128,7 @@ void Judge::Close(std::optional<int> process) {
         take_(Judged(run->second->Facts(), limits_, keep_.words));
     }
     open_.erase(run);
+    current_ = process == last_ ? nullptr : current_;
 }
 
 void Judge::Finish() {

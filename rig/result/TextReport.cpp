@@ -170,9 +170,10 @@ void RunPrinter::Add(const RunResult& run) {
     PrintRun(text, run, colour_);
     out_.write(text.data(), static_cast<std::streamsize>(text.size()));
     Row row{TitleOf(run), std::string(ids_.size(), ' ')};
-    std::size_t column = 0;
+    std::size_t expected = 0;
     for (const CheckResult& check : run.checks) {
-        column = ColumnOf(check.id, column);
+        const std::size_t column = ColumnOf(check.id, expected);
+        expected = column + 1;
         row.letters.resize(ids_.size(), ' ');
         row.letters[column] = LetterOf(check.verdict);
         ++counts_[check.verdict];
