@@ -31,7 +31,7 @@ Document::Form FormOf(const std::string& text, bool isRead) {
 }
 
 /// @return a hash, eight bytes at a time: every message is looked up
-std::uint64_t HashOf(std::string_view text) {
+std::size_t HashOf(std::string_view text) {
     constexpr std::uint64_t kOdd = 0x9e3779b97f4a7c15;
     std::uint64_t hash = text.size();
     std::uint64_t word = 0;
@@ -43,7 +43,7 @@ std::uint64_t HashOf(std::string_view text) {
     for (const char byte : text) {
         hash = (hash ^ static_cast<unsigned char>(byte)) * kOdd;
     }
-    return hash ^ hash >> 32U;
+    return static_cast<std::size_t>(hash ^ (hash >> 32U));
 }
 
 std::optional<std::string> ValueOf(const pugi::xml_node& message, const char* name) {
