@@ -3,7 +3,6 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
-#include <map>
 #include <set>
 #include <string>
 #include <utility>
@@ -73,21 +72,19 @@ const std::vector<MessageKind>& Catalogue() {
 // clang-format on
 
 const MessageKind* Find(int dialect, Sender sender, std::string_view name) {
-    using ByName = std::vector<std::pair<std::string_view, const MessageKind*>>;
-    static const auto kSides = [] {
-        std::map<std::pair<int, Sender>, ByName> sides;
+    static const std::vector<std::pair<std::string_view, const MessageKind*>> kByName = [] {
+        std::vector<std::pair<std::string_view, const MessageKind*>> byName;
         for (const MessageKind& kind : Catalogue()) {
-            sides[{kind.dialect, kind.sender}].emplace_back(kind.name, &kind);
+            byName.emplace_back(kind.name, &kind);
         }
-        return sides;
+        return byName;
     }();
-    const auto side = kSides.find({dialect, sender});
-    if (side == kSides.end()) {
-        return nullptr;
+    for (const auto& [known, kind] : kByName) {
+        if (known == name && kind->dialect == dialect && kind->sender == sender) {
+            return kind;
+        }
     }
-    const auto found = std::find_if(side->second.begin(), side->second.end(),
-                                    [name](const auto& kind) { return kind.first == name; });
-    return found == side->second.end() ? nullptr : found->second;
+    return nullptr;
 }
 
 std::optional<int> OnlyDialectOf(std::string_view name) {
