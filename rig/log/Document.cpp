@@ -46,7 +46,7 @@ std::size_t HashOf(std::string_view text) {
     return static_cast<std::size_t>(hash ^ (hash >> 32U));
 }
 
-std::optional<std::string> ValueOf(const pugi::xml_node& message, const char* name) {
+std::optional<std::string> AttributeOf(const pugi::xml_node& message, const char* name) {
     const pugi::xml_attribute attribute = message.attribute(name);
     return attribute ? std::optional<std::string>(attribute.value()) : std::nullopt;
 }
@@ -58,7 +58,7 @@ Document::Document(const std::string& text) {
     root_ = document_.child("msg");
     form_ = isRead && !root_ ? Form::NoMsg : FormOf(text, isRead);
     about_ = std::make_shared<const Subject>(
-        Subject{root_.attribute("req").value(), ValueOf(root_, "reid"), ValueOf(root_, "file")});
+        Subject{root_.attribute("req").value(), AttributeOf(root_, "reid"), AttributeOf(root_, "file")});
 }
 
 const WorkLists& Document::Lists() {
