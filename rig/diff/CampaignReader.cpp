@@ -24,7 +24,7 @@ constexpr const char* kRecord = "the record of a campaign (format 1)";
 constexpr const char* kCaseVerdict = "a case's verdict";
 
 [[noreturn]] void Refuse(const std::string& path, const std::string& expected, const std::string& found) {
-    throw log::Unreadable(fmt::format("{}: expected {}, found {}", path, expected, found));
+    throw log::Unreadable(fmt::format("{}: expected {}, found {}", Printable(path), expected, found));
 }
 
 std::string ReadFile(const std::string& path, const std::string& expected) {

@@ -94,6 +94,13 @@ TEST_F(HistoryCommand, WritesNothingIfNoFolderIsACampaigns) {
     EXPECT_FALSE(std::filesystem::exists("all.html"));
 }
 
+TEST_F(HistoryCommand, SaysInOneLineWhatIsWrongWithAnyName) {
+    EXPECT_EQ(
+        RunHistoryWith("\"no\nsuch\"").errors,
+        "velloran-rig history: no\\nsuch/campaign.json: expected the record of a campaign (format 1), found "
+        "No such file or directory\n");
+}
+
 TEST_F(HistoryCommand, CountsAFolderThatIsGivenTwiceOnce) {
     std::filesystem::create_symlink("old", "link");
     const Ended ended = RunHistoryWith("old new/ ./new link");
