@@ -138,6 +138,16 @@ TEST_F(HistoryCommand, SaysThatItsOutputWasLost) {
               "velloran-rig history: expected standard output to take the report, found that it did not\n");
 }
 
+TEST_F(HistoryCommand, NamesACampaignThatStillRuns) {
+    folders_.Write("now", 3, "1.11", {MadeUpCase("clean-2.0", "RUNNING"), MadeUpCase("event-2.0", "NOT RUN")},
+                   {{"state", "running"}, {"shard", nullptr}});
+    const Ended ended = RunHistoryWith("old new now");
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_NE(ended.output.find("\n3, 1.11: still running, or killed\n"), std::string::npos) << ended.output;
+    EXPECT_NE(ended.output.find("\nclean-2.0  PFR\nevent-2.0    -\n"), std::string::npos) << ended.output;
+    EXPECT_NE(ended.output.find("    last seen in 2, 1.10\n"), std::string::npos) << ended.output;
+}
+
 TEST_F(HistoryCommand, ReadsMergedCampaignsAndParts) {
     const std::vector<nlohmann::ordered_json> cases = {MadeUpCase("clean-2.0", "PASS")};
     folders_.Write("part", 3, "1.11", cases, {{"shard", {{"index", 1}, {"total", 2}}}, {"merged", nullptr}});
