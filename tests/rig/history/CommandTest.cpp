@@ -153,13 +153,14 @@ TEST_F(HistoryCommand, ReadsMergedCampaignsAndParts) {
     folders_.Write("part", 3, "1.11", cases, {{"shard", {{"index", 1}, {"total", 2}}}, {"merged", nullptr}});
     folders_.Write("other", 4, "1.11", cases, {{"shard", {{"index", 2}, {"total", 2}}}, {"merged", nullptr}});
     const auto begin = nlohmann::ordered_json::parse(ContentOf("part/campaign.json"))["begin"];
-    folders_.Write(
-        "merged", 3, "1.11", cases,
-        {{"shard", nullptr}, {"merged", {{"parts", {{{"begin", begin}, {"seed", 3}, {"note", "1.11"}}}}}}});
+    folders_.Write("merged", 3, "1.11", cases,
+                   {{"shard", nullptr},
+                    {"seed", nullptr},
+                    {"merged", {{"parts", {{{"begin", begin}, {"seed", 3}, {"note", "1.11"}}}}}}});
     const Ended ended = RunHistoryWith("part merged other");
     EXPECT_EQ(ended.status, 0);
     EXPECT_EQ(ended.errors, "velloran-rig history: part: a part of merged, counted there\n");
-    EXPECT_NE(ended.output.find("\n1, 1.11: merged of 1 part\n2, 1.11: part 2/2\n"), std::string::npos)
+    EXPECT_NE(ended.output.find("\n1, 1.11: merged of 1 part\n2, 1.11: part 2 of 2\n"), std::string::npos)
         << ended.output;
 }
 
