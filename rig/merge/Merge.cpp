@@ -17,6 +17,7 @@
 #include "rig/judge/KnownFailures.h"
 #include "rig/merge/Choice.h"
 #include "rig/merge/Differences.h"
+#include "rig/merge/RecordIn.h"
 
 namespace rig::merge {
 namespace {

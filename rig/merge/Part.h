@@ -25,9 +25,6 @@ struct Part {
     const campaign::CaseRecord* Find(const std::string& id) const;
 };
 
-/// @return the case of that name, its faults included; where this version has none, only what the name says
-campaign::Case PlanOf(const std::string& name);
-
 /// Reads campaign.json and each case.json. Evidence that they name must be there, and nothing in the folder
 /// may lead out of it. Throws log::Unreadable, which names the file, what was expected and what was found;
 /// the same for what is no campaign of cases, or still runs.

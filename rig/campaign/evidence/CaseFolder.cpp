@@ -94,7 +94,8 @@ void MakeCampaignFolder(const std::string& path) {
 }
 
 bool IsInside(const std::string& path, const std::string& folder) {
-    const fs::path way = fs::weakly_canonical(path).lexically_relative(fs::weakly_canonical(folder));
+    const auto whole = [](const std::string& one) { return fs::weakly_canonical(fs::absolute(one)); };
+    const fs::path way = whole(path).lexically_relative(whole(folder));
     return !way.empty() && *way.begin() != "..";
 }
 

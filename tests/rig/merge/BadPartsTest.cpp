@@ -141,6 +141,9 @@ TEST_F(BadPartsTest, HasTheFolderForAllOfItInIt) {
     EXPECT_EQ(inside.errors,
               "velloran-rig merge: --out: expected a folder outside the parts, found 'a/cases/out' in 'a'\n");
     EXPECT_FALSE(fs::exists(PathOf("a/cases/out")));
+    Campaign(".", {{"clean-2.0"}});
+    EXPECT_EQ(Merge({".", "--out", "new"}).errors,
+              "velloran-rig merge: --out: expected a folder outside the parts, found 'new' in '.'\n");
     const ProgramResult full = Merge({"a", "--out", "a"});
     EXPECT_EQ(full.status, 64);
     EXPECT_EQ(full.errors, "velloran-rig merge: --out: expected a folder that is new or empty, found a\n");

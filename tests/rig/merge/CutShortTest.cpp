@@ -65,6 +65,15 @@ TEST_F(CutShortTest, HasWhatItsCasesSayThoughItsRecordDoesNotYet) {
     EXPECT_EQ(JsonOf()["state"], "finished") << "every case came to its end";
 }
 
+TEST_F(CutShortTest, MayHaveBegunACaseWithoutARecord) {
+    Killed("a");
+    std::filesystem::remove(PathOf("a/cases/event-2.0/case.json"));
+    std::filesystem::create_directory(PathOf("a/cases/xfer-2.0"));
+    EXPECT_EQ(Merge({"a", "--out", "out"}).status, 130);
+    EXPECT_EQ(Each(JsonOf()["cases"], "outcome"), (Strings{"PASS", "NOT RUN", "NOT RUN"}));
+    EXPECT_EQ(TextOf("out/cases/event-2.0/harness.log"), TextOf("a/cases/event-2.0/harness.log"));
+}
+
 TEST_F(CutShortTest, IsInterruptedIfASignalCame) {
     Campaign("a", {{"clean-2.0", Outcome::Interrupted}, {"xfer-2.0", Outcome::NotRun}},
              [](Json& json) { json["state"] = "interrupted"; });

@@ -14,8 +14,8 @@ class ShardsTest : public CampaignTest {
     /// Starts a campaign in a shell. @return its end
     static std::string Run(const std::string& options, const std::string& out) {
         return "unshare --net sh -c \"ip link set lo up; exec " + RigCommand().Line() +
-               " run --cases event-2.0,config-2.0,xfer-2.0 --seed 5 --note 'unit 7' --dvr '" + Dvr() +
-               "' --out " + out + " " + options + "\" >" + out + ".txt 2>&1";
+               " run --cases config-2.0,xfer-2.0 --seed 5 --note 'unit 7' --dvr '" + Dvr() + "' --out " +
+               out + " " + options + "\" >" + out + ".txt 2>&1";
     }
 
     static int Shell(const std::string& command) { return WEXITSTATUS(std::system(command.c_str())); }
@@ -57,7 +57,7 @@ TEST_F(ShardsTest, MergedAreTheCampaignInOne) {
     ASSERT_EQ(Shell(Run("", "/mnt/whole")), 0) << ReadFile("/mnt/whole.txt");
     const ProgramResult result = RunRig({"merge", "/mnt/two", "/mnt/one", "--out", "/mnt/merged"});
     EXPECT_EQ(result.status, 0) << result.output << result.errors;
-    ExpectHolds(result.output, "PASS: 5 PASS; see /mnt/merged/index.html\n");
+    ExpectHolds(result.output, "PASS: 4 PASS; see /mnt/merged/index.html\n");
 
     const Json merged = Json::parse(ReadFile("/mnt/merged/campaign.json"));
     const Json whole = Json::parse(ReadFile("/mnt/whole/campaign.json"));
@@ -72,8 +72,7 @@ TEST_F(ShardsTest, MergedAreTheCampaignInOne) {
     EXPECT_EQ(RunRig({"judge", "/mnt/merged/cases/xfer-2.0/harness.log"}).status, 0);
     // Reaction times differ on a busy machine.
     const std::string changes = RunRig({"diff", "/mnt/whole", "/mnt/merged"}).output;
-    EXPECT_FALSE(std::regex_search(changes, std::regex("\\n    (worse|better|changed) +(?!reaction)")))
-        << changes;
+    EXPECT_FALSE(std::regex_search(changes, std::regex("\\n    (worse|better|changed) +[^ r]"))) << changes;
     ExpectHolds(changes, " the same\n");
 }
 
