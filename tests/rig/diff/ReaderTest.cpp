@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 
@@ -37,11 +36,24 @@ class CampaignFolder : public testing::Test {
 };
 
 TEST_F(CampaignFolder, TellsWhichPartItIs) {
-    std::filesystem::copy(VELLORAN_CAMPAIGNS "/old", Path(), std::filesystem::copy_options::recursive);
-    EXPECT_EQ(ReadCampaign(Path()).versions.at("part"), "the whole");
+    WriteRecord();
+    EXPECT_EQ(ReadCampaign(Path(), Depth::Record).shard, "");
     record_["shard"] = {{"index", 2}, {"total", 3}};
     WriteRecord();
-    EXPECT_EQ(ReadCampaign(Path()).versions.at("part"), "2 of 3");
+    EXPECT_EQ(ReadCampaign(Path(), Depth::Record).shard, "2 of 3");
+}
+
+TEST_F(CampaignFolder, ThatWasMergedTellsOfWhat) {
+    record_["seed"] = nullptr;
+    record_["merged"]["parts"] = {{{"begin", 7}, {"seed", 5}, {"note", "a"}},
+                                  {{"begin", 8}, {"seed", nullptr}, {"note", ""}}};
+    WriteRecord();
+    const Campaign campaign = ReadCampaign(Path(), Depth::Record);
+    EXPECT_EQ(campaign.seed, 0U);
+    ASSERT_EQ(campaign.parts.size(), 2U);
+    EXPECT_EQ(campaign.parts[0].begin, 7);
+    EXPECT_EQ(campaign.parts[0].seed, 5U);
+    EXPECT_EQ(campaign.parts[0].note, "a");
 }
 
 TEST_F(CampaignFolder, WhoseRecordIsEmptyIsRefused) {
