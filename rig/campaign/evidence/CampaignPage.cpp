@@ -162,7 +162,8 @@ std::string CampaignPage(const CampaignRecord& campaign) {
     page.SetOutcome(NameOf(isRunning ? Outcome::Running : campaign.Whole()));
     for (const std::string& known : campaign.knownUnseen) {
         Add(main, "p",
-            "A known failure did not occur: " + known + ". The list of known failures must be fixed.");
+            "A known failure did not occur: " + known + ". The list of known failures must be fixed.",
+            "notice");
     }
     html::AddTally(main, TallyOf(campaign));
     if (isRunning) {

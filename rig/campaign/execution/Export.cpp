@@ -198,9 +198,11 @@ void Export::LookAtDvr() {
 
 /// A connection that the DVR has closed or reset leaves no line in the log: the harness reads on and on.
 void Export::LookAtConnection() {
-    if (!watch_->IsConnected() || watch_->SilentFor(Clock::now()) < rig_.patience.answer) {
+    if (!watch_->IsConnected() || watch_->SilentFor(Clock::now()) < rig_.patience.answer ||
+        1000 * Since(lookedAtConnection_) < kSlowTick) {
         return;
     }
+    lookedAtConnection_ = Clock::now();
     const PortUse use = LookAtPort(kHarnessPort);
     if (use.IsClosedByPeer() || (use.isListening && !use.IsConnected())) {
         watch_->ConnectionClosed();

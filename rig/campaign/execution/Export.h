@@ -20,7 +20,7 @@
 namespace rig::campaign {
 
 constexpr int kTick = 20;       // milliseconds between looks at what sends no event
-constexpr int kSlowTick = 200;  // when waiting for a minute
+constexpr int kSlowTick = 200;  // when waiting for a minute, or for a connection to be seen closed
 
 /// @return seconds since then
 inline double Since(Clock::time_point begin) {
@@ -103,6 +103,7 @@ class Export {
     std::unique_ptr<Child> dvr_;
     std::optional<Watch> watch_;
     std::optional<Clock::time_point> firstLine_;
+    Clock::time_point lookedAtConnection_;
     bool isReady_ = false;       // a DVR can connect
     bool wasListening_ = false;  // someone on this machine was, before the harness started
     double quiet_ = 0;           // seconds that the DVR was silent before we stopped watching

@@ -29,13 +29,13 @@ void Export::Settle() {
         if (manner_.endsByItself) {
             return harness_->Command().End().has_value();
         }
-        return !LookAtPort(kHarnessPort).IsConnected() && (dvr_ == nullptr || manner_.playsOn || dvr_->End());
+        return (dvr_ == nullptr || manner_.playsOn || dvr_->End()) && !LookAtPort(kHarnessPort).IsConnected();
     };
     if (facts_.end == End::Done) {
         Linger();
     }
     if (facts_.end != End::Silence) {
-        Until(kSettle, isClosed);
+        Until(kSettle, isClosed, manner_.playsOn ? kSlowTick : kTick);
     }
     if (dvr_ != nullptr && !manner_.playsOn && !dvr_->End()) {
         StopDvr();

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr timeval kLongestWait{20, 0};
+constexpr timeval kLongestWait{60, 0};
 
 void Require(bool condition, const char* what) {
     if (!condition) {

@@ -18,7 +18,7 @@ const std::string kGetXml = R"(<msg req="GET_XML" />)";
 /// @return a local TCP port at which nobody listens
 int UnusedPort();
 
-/// The backend's end of one connection, driven by a script. Every wait ends after 20 seconds with an
+/// The backend's end of one connection, driven by a script. Every wait ends after 60 seconds with an
 /// exception.
 class BackendConnection {
  public:

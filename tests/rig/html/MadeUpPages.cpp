@@ -38,8 +38,10 @@ CaseRecord RecordOf(const Case& plan, std::size_t number) {
     record.begin = kBegin + static_cast<std::int64_t>(number) * kCase;
     record.end = *record.begin + kCase;
     record.times.duration = 9.7;
-    record.reason = record.outcome == Outcome::Pass ? "" : "event-list.source: EVENT_LIST without " + kLong;
-    record.isSuspect = number % 3 == 0;
+    record.reason = record.outcome == Outcome::Pass
+                        ? ""
+                        : "event-list.source: EVENT_LIST without " + (number % 9 == 1 ? kLong : "source");
+    record.isSuspect = number == 5;
     record.harness = {"velloran", Ending{44, std::nullopt}, "SIGINT"};
     record.dvr = ProcessRecord{"velloran-rig dvr", Ending{0, std::nullopt}, ""};
     record.files = {"case.json", "dvr.log", "harness.err", "harness.log", "report.html", "verdict.json"};
