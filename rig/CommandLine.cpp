@@ -9,6 +9,7 @@
 #include "rig/diff/DiffCommand.h"
 #include "rig/dvr/DvrCommand.h"
 #include "rig/judge/JudgeCommand.h"
+#include "rig/merge/MergeCommand.h"
 #include "rig/proxy/ProxyCommand.h"
 
 namespace rig {
@@ -25,6 +26,7 @@ int RunCommandLine(int argc, char** argv) {
     dvr::AddDvrCommand(app, status);
     judge::AddJudgeCommand(app, status);
     campaign::AddRunCommand(app, status);
+    merge::AddMergeCommand(app, status);
     diff::AddDiffCommand(app, status);
     proxy::AddProxyCommand(app, status);
     for (CLI::App* const command : app.get_subcommands({})) {
@@ -33,7 +35,7 @@ int RunCommandLine(int argc, char** argv) {
     try {
         app.parse(argc, argv);
         if (app.get_subcommands().empty()) {
-            throw CLI::ParseError("expected a subcommand: dvr, judge, run, diff or proxy",
+            throw CLI::ParseError("expected a subcommand: dvr, judge, run, merge, diff or proxy",
                                   CLI::ExitCodes::RequiredError);
         }
     } catch (const CLI::Success& asked) {  // --help and --version

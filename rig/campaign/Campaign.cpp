@@ -5,10 +5,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "rig/base/WriteWhole.h"
 #include "rig/campaign/evidence/CampaignFiles.h"
 #include "rig/campaign/execution/Harness.h"
-#include "rig/result/Reports.h"
 
 namespace rig::campaign {
 
@@ -64,8 +62,8 @@ Outcome Campaign::Run() {
     record_.state = isBroken ? "interrupted" : "finished";
     record_.end = Now();
     FindKnownUnseen();
-    WriteReports();
-    WriteRecord();
+    WriteReports(folder_, result_);
+    WriteRecord(folder_, record_);
     display_.End(record_, folder_);
     return record_.Whole();
 }
@@ -77,8 +75,8 @@ void Campaign::WriteInTime() {
     if (begin < nextWrite_) {
         return;
     }
-    WriteReports();
-    WriteRecord();
+    WriteReports(folder_, result_);
+    WriteRecord(folder_, record_);
     const Clock::time_point end = Clock::now();
     nextWrite_ = end + kShareOfWriting * (end - begin);
 }
@@ -152,16 +150,6 @@ void Campaign::FindKnownUnseen() {
     if (!unseen.checks.empty()) {
         result_.runs.push_back(std::move(unseen));
     }
-}
-
-void Campaign::WriteRecord() const {
-    WriteWhole(folder_ + "/campaign.json", CampaignJson(record_));
-    WriteWhole(folder_ + "/index.html", CampaignPage(record_));
-}
-
-void Campaign::WriteReports() const {
-    WriteWhole(folder_ + "/junit.xml", result::JunitReport(result_));
-    WriteWhole(folder_ + "/campaign.tap", result::TapReport(result_));
 }
 
 }  // namespace rig::campaign

@@ -45,8 +45,6 @@ class Campaign {
     void TellLast(const CaseRun& next);
     void FindKnownUnseen();
     void WriteInTime();
-    void WriteRecord() const;
-    void WriteReports() const;
 
     Rig rig_;
     std::string folder_;

@@ -89,16 +89,6 @@ Rig RigOf(const RunOptions& options, std::uint32_t seed) {
     return rig;
 }
 
-/// @return this process's command line, word by word
-std::vector<std::string> OwnCommandLine() {
-    std::ifstream file("/proc/self/cmdline");
-    std::vector<std::string> words;
-    for (std::string word; std::getline(file, word, '\0');) {
-        words.push_back(word);
-    }
-    return words;
-}
-
 std::vector<std::pair<std::string, std::string>> VersionsOf(const Rig& rig) {
     utsname system = {};
     uname(&system);
@@ -196,18 +186,22 @@ void CheckProxy(const RunOptions& options) {
 
 /// Evidence in the folder of the delivered files would count as delivered.
 void CheckFolder(const std::string& folder, const RunOptions& options) {
-    if (!options.delivery.folder) {
-        return;
-    }
-    const fs::path delivered = fs::weakly_canonical(*options.delivery.folder);
-    const fs::path way = fs::weakly_canonical(folder).lexically_relative(delivered);
-    if (!way.empty() && *way.begin() != "..") {
+    if (options.delivery.folder && IsInside(folder, *options.delivery.folder)) {
         throw std::runtime_error(
             fmt::format("--out: expected a folder outside --delivered, found {}", Quoted(folder)));
     }
 }
 
 }  // namespace
+
+std::vector<std::string> OwnCommandLine() {
+    std::ifstream file("/proc/self/cmdline");
+    std::vector<std::string> words;
+    for (std::string word; std::getline(file, word, '\0');) {
+        words.push_back(word);
+    }
+    return words;
+}
 
 Planned PlanOf(const RunOptions& options, std::uint32_t seed) {
     Rig rig = RigOf(options, seed);

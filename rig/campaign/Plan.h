@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "rig/campaign/RunCommand.h"
 #include "rig/campaign/evidence/Records.h"
@@ -14,6 +15,9 @@ struct Planned {
     Rig rig;
     CampaignRecord record;
 };
+
+/// @return this process's command line, word by word
+std::vector<std::string> OwnCommandLine();
 
 /// @return the campaign that the options describe. Throws std::runtime_error when they cannot be followed.
 Planned PlanOf(const RunOptions& options, std::uint32_t seed);

@@ -6,6 +6,7 @@
 
 #include "rig/base/WriteWhole.h"
 #include "rig/campaign/Campaign.h"
+#include "rig/campaign/evidence/CampaignFiles.h"
 
 // The campaign that searches: which sequences it tries, and what it keeps of them.
 
@@ -48,8 +49,8 @@ Outcome Campaign::Search(const SearchLimit& limit, int dialect) {
     record_.state = interrupts_.Came() ? "interrupted" : "finished";
     record_.end = Now();
     WriteWhole(folder_ + "/search.json", FindingsJson(findings_, tries, record_.seed));
-    WriteReports();
-    WriteRecord();
+    WriteReports(folder_, result_);
+    WriteRecord(folder_, record_);
     const Outcome outcome = interrupts_.Came()  ? Outcome::Interrupted
                             : findings_.empty() ? worst_
                                                 : Outcome::Fail;
@@ -123,7 +124,7 @@ void Campaign::KeepFinding(const SearchFinding& finding, CaseRecord record) {
     findings_.push_back(finding);
     display_.CaseEnds(record);
     record_.cases.push_back(std::move(record));
-    WriteRecord();
+    WriteRecord(folder_, record_);
 }
 
 }  // namespace rig::campaign

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "rig/campaign/evidence/Records.h"
+#include "rig/result/Result.h"
 
 namespace rig::campaign {
 
@@ -19,5 +20,11 @@ std::string CaseJson(const CaseRecord& record);
 /// @return index.html of the campaign's folder: the outcome, the matrix of checks by case, the evidence of
 ///         each case, the coverage. One self-contained page; its links lead into the folder.
 std::string CampaignPage(const CampaignRecord& campaign);
+
+/// Writes campaign.json and index.html. Throws std::runtime_error, which names the file and the reason.
+void WriteRecord(const std::string& folder, const CampaignRecord& campaign);
+
+/// Writes the same for other tools: junit.xml and campaign.tap.
+void WriteReports(const std::string& folder, const result::Result& result);
 
 }  // namespace rig::campaign

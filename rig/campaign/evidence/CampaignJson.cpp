@@ -57,6 +57,8 @@ Json ToJson(const Coverage::FaultUse& use) {
 
 Json ToJson(const Spread& spread);
 Json ToJson(const CaseRecord& record);
+Json ToJson(const PartRecord& part);
+Json ToJson(const OtherRun& other);
 
 template <typename Item>
 Json ToArray(const std::vector<Item>& items) {
@@ -118,6 +120,33 @@ Json ToObject(const std::vector<std::pair<std::string, std::string>>& pairs) {
     return object;
 }
 
+Json ToJson(const PartRecord& part) {
+    const Json shard = {{"index", part.index}, {"total", part.total}, {"from", part.from}};
+    return {{"folder", part.folder},
+            {"note", part.note},
+            {"seed", part.seed},
+            {"versions", ToObject(part.versions)},
+            {"shard", part.index == 0 ? Json(nullptr) : shard},
+            {"state", part.state},
+            {"begin", part.begin},
+            {"end", Optional(part.end)}};
+}
+
+Json ToJson(const OtherRun& other) {
+    return {{"case", other.id},
+            {"part", other.part},
+            {"outcome", NameOf(other.outcome)},
+            {"folder", other.folder}};
+}
+
+Json ToJson(const MergeRecord& merged) {
+    return {{"differences", merged.differences},
+            {"missing", merged.missing},
+            {"doubles", merged.doubles},
+            {"parts", ToArray(merged.parts)},
+            {"others", ToArray(merged.others)}};
+}
+
 Json OptionsOf(const CampaignRecord& campaign) {
     return {{"repeat", campaign.repeat},
             {"patience", campaign.patience.answer},
@@ -147,11 +176,12 @@ std::string CampaignJson(const CampaignRecord& campaign) {
                           {"state", campaign.state},
                           {"outcome", isOver ? Json(NameOf(campaign.Whole())) : Json(nullptr)},
                           {"status", isOver ? Json(ExitStatusOf(campaign.Whole())) : Json(nullptr)},
+                          {"merged", campaign.merged ? ToJson(*campaign.merged) : Json(nullptr)},
                           {"counts", campaign.Counts()},
                           {"begin", campaign.begin},
                           {"end", Optional(campaign.end)},
                           {"note", campaign.note},
-                          {"seed", campaign.seed},
+                          {"seed", campaign.HasOneSeed() ? Json(campaign.seed) : Json(nullptr)},
                           {"commandLine", campaign.commandLine},
                           {"workingDirectory", campaign.workingDirectory},
                           {"versions", ToObject(campaign.versions)},

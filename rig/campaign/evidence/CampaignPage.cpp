@@ -8,6 +8,7 @@
 #include "rig/campaign/evidence/CampaignFiles.h"
 #include "rig/campaign/evidence/CasesTable.h"
 #include "rig/campaign/evidence/CoveragePage.h"
+#include "rig/campaign/evidence/MergePage.h"
 #include "rig/html/HtmlMatrix.h"
 #include "rig/html/HtmlOutcome.h"
 #include "rig/html/HtmlPage.h"
@@ -96,7 +97,7 @@ void AddFacts(pugi::xml_node main, const CampaignRecord& campaign) {
         AddFact(list, "Command: " + name, command);
     }
     AddFact(list, "Called as", fmt::format("{}", fmt::join(campaign.commandLine, " ")));
-    AddFact(list, "Seed", std::to_string(campaign.seed));
+    AddFact(list, "Seed", campaign.HasOneSeed() ? std::to_string(campaign.seed) : "");
 }
 
 html::MatrixColumn ColumnOf(const CaseRecord& record, std::size_t number) {
@@ -158,8 +159,11 @@ void AddSpreads(pugi::xml_node main, const CampaignRecord& campaign) {
 std::string CampaignPage(const CampaignRecord& campaign) {
     html::HtmlPage page(Headline(campaign));
     pugi::xml_node main = page.Body();
-    const bool isRunning = campaign.state == "running";
+    const bool isRunning = campaign.state == "running" && !campaign.merged;
     page.SetOutcome(NameOf(isRunning ? Outcome::Running : campaign.Whole()));
+    if (campaign.merged) {
+        AddDifferences(main, *campaign.merged);
+    }
     for (const std::string& known : campaign.knownUnseen) {
         Add(main, "p",
             "A known failure did not occur: " + known + ". The list of known failures must be fixed.",
@@ -176,6 +180,9 @@ std::string CampaignPage(const CampaignRecord& campaign) {
                                         std::pair("#coverage", "Coverage")}) {
         AddLink(sections, target, title);
         AddText(sections, " ");
+    }
+    if (campaign.merged) {
+        AddParts(main, *campaign.merged);
     }
     AddCases(main, campaign);
     AddMatrix(main, campaign);

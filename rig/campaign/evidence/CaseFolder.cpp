@@ -71,22 +71,31 @@ std::vector<std::string> CaseFolder::Files() const {
     return files;
 }
 
-Descriptor HoldCampaignFolder(const std::string& path) {
+Descriptor HoldCampaignFolder(const std::string& path, bool isToRead) {
     Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (flock(folder.Number(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+    if (flock(folder.Number(), (isToRead ? LOCK_SH : LOCK_EX) | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
         throw std::runtime_error(
             fmt::format("expected a folder to which no other campaign writes, found {}", Quoted(path)));
     }
     return folder;
 }
 
-void MakeCampaignFolder(const std::string& path) {
+void CheckCampaignFolder(const std::string& path) {
     std::error_code unknown;
     if (fs::exists(path, unknown) && !(fs::is_directory(path, unknown) && fs::is_empty(path, unknown))) {
         throw std::runtime_error(
             fmt::format("--out: expected a folder that is new or empty, found {}", path));
     }
+}
+
+void MakeCampaignFolder(const std::string& path) {
+    CheckCampaignFolder(path);
     MakeFolder(path);
+}
+
+bool IsInside(const std::string& path, const std::string& folder) {
+    const fs::path way = fs::weakly_canonical(path).lexically_relative(fs::weakly_canonical(folder));
+    return !way.empty() && *way.begin() != "..";
 }
 
 }  // namespace rig::campaign

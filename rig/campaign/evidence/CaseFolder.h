@@ -53,8 +53,15 @@ class CaseFolder {
 /// Makes the campaign's folder. Throws std::runtime_error if it already exists and is not empty.
 void MakeCampaignFolder(const std::string& path);
 
+/// Throws std::runtime_error, as MakeCampaignFolder does, but makes nothing.
+void CheckCampaignFolder(const std::string& path);
+
+/// @return whether the path leads to the folder, or into it
+bool IsInside(const std::string& path, const std::string& folder);
+
+/// @param isToRead  others may read it, too
 /// @return what keeps others from writing to the campaign's folder while it lives. Throws std::runtime_error
 /// if somebody else has it.
-Descriptor HoldCampaignFolder(const std::string& path);
+Descriptor HoldCampaignFolder(const std::string& path, bool isToRead = false);
 
 }  // namespace rig::campaign

@@ -9,6 +9,7 @@
 
 #include "rig/base/Printable.h"
 #include "rig/campaign/evidence/CampaignFiles.h"
+#include "rig/log/LogReader.h"
 #include "rig/result/Reports.h"
 
 namespace rig::campaign {
@@ -74,8 +75,13 @@ void TakeRecord(const Json& json, CaseRecord& record) {
     }
 }
 
-bool IsFinished(Outcome outcome) {
-    return outcome != Outcome::NotRun && outcome != Outcome::Running && outcome != Outcome::Interrupted;
+/// Passes a file of evidence on. Refuses what `take` does not find in it.
+template <typename Take>
+void TakeFile(const std::string& path, const char* expected, const Take& take) try {
+    take(ContentOf(path));
+} catch (const std::exception& error) {
+    throw log::Unreadable(
+        fmt::format("{}: expected {}, found: {}", Printable(path), expected, Printable(error.what())));
 }
 
 }  // namespace
@@ -89,19 +95,35 @@ Json ReadCampaignJson(const std::string& folder) {
     return json;
 }
 
+bool IsOver(Outcome outcome) {
+    return outcome != Outcome::NotRun && outcome != Outcome::Running && outcome != Outcome::Interrupted;
+}
+
+CaseRecord ReadCaseRecord(const std::string& campaign, const CaseRecord& planned) {
+    CaseRecord record = planned;
+    TakeFile(campaign + "/" + planned.Folder() + "/case.json", "the record of a case",
+             [&record](const std::string& text) { TakeRecord(Json::parse(text), record); });
+    return record;
+}
+
+result::RunResult ReadCaseResult(const std::string& campaign, CaseRecord& record) {
+    result::RunResult run;
+    TakeFile(campaign + "/" + record.Folder() + "/verdict.json", "a case's verdict",
+             [&run](const std::string& text) { run = result::ReadJsonReport(text).runs.at(0); });
+    for (result::CheckResult check : run.checks) {
+        check.evidence.clear();
+        record.checks.push_back(std::move(check));
+    }
+    record.timings = run.timings;
+    return run;
+}
+
 std::optional<FinishedCase> ReadFinishedCase(const std::string& campaign, const CaseRecord& planned) try {
-    const std::string folder = campaign + "/" + planned.Folder();
-    FinishedCase finished{planned, {}};
-    TakeRecord(Json::parse(ContentOf(folder + "/case.json")), finished.record);
-    if (!IsFinished(finished.record.outcome)) {
+    FinishedCase finished{ReadCaseRecord(campaign, planned), {}};
+    if (!IsOver(finished.record.outcome)) {
         return std::nullopt;
     }
-    finished.result = result::ReadJsonReport(ContentOf(folder + "/verdict.json")).runs.at(0);
-    for (result::CheckResult check : finished.result.checks) {
-        check.evidence.clear();
-        finished.record.checks.push_back(std::move(check));
-    }
-    finished.record.timings = finished.result.timings;
+    finished.result = ReadCaseResult(campaign, finished.record);
     return finished;
 } catch (const std::exception&) {
     return std::nullopt;

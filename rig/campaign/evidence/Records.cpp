@@ -35,6 +35,11 @@ bool HasRun(const CaseRecord& record) {
 
 }  // namespace
 
+bool CampaignRecord::HasOneSeed() const {
+    return !merged || std::all_of(merged->parts.begin(), merged->parts.end(),
+                                  [this](const PartRecord& part) { return part.seed == seed; });
+}
+
 Outcome CampaignRecord::Whole() const {
     if (state == "interrupted") {
         return Outcome::Interrupted;

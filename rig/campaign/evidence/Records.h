@@ -79,6 +79,37 @@ struct Spread {
     std::vector<Reaction> reactions;
 };
 
+/// A campaign that a merged one is made of.
+struct PartRecord {
+    std::string folder;  // as the command line named it
+    std::string note;
+    std::uint32_t seed = 0;
+    std::vector<std::pair<std::string, std::string>> versions;
+    std::uint32_t index = 0;  // of --shard, from 1; 0: it was not one of several
+    std::uint32_t total = 0;  // of --shard
+    std::string from;         // where these were taken from
+    std::string state;        // "finished", "interrupted", "killed"
+    std::int64_t begin = 0;
+    std::optional<std::int64_t> end;
+};
+
+/// What a part has of a case that stands as another part ran it.
+struct OtherRun {
+    std::string id;
+    std::size_t part = 0;  // from 1
+    Outcome outcome = Outcome::NotRun;
+    std::string folder;  // in the merged campaign's
+};
+
+/// How a merged campaign came about.
+struct MergeRecord {
+    std::vector<PartRecord> parts;
+    std::vector<std::string> differences;  // what the parts do not have in common, each in a sentence
+    std::vector<std::string> doubles;      // cases that several parts ran, though one would have done
+    std::vector<std::string> missing;      // cases that no part ran
+    std::vector<OtherRun> others;
+};
+
 struct CampaignRecord {
     std::string state = "running";  // "finished", "interrupted"
     std::vector<std::string> commandLine;
@@ -99,6 +130,10 @@ struct CampaignRecord {
     std::vector<std::string>
         knownUnseen;  // known failures that occurred in no case, though some reached them
     Coverage coverage;
+    std::optional<MergeRecord> merged;  // nothing: it ran as a whole
+
+    /// @return whether all of its parts had this seed
+    bool HasOneSeed() const;
 
     /// @return the outcome that decides for the campaign
     Outcome Whole() const;
