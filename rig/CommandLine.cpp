@@ -8,6 +8,7 @@
 #include "rig/campaign/RunCommand.h"
 #include "rig/diff/DiffCommand.h"
 #include "rig/dvr/DvrCommand.h"
+#include "rig/history/HistoryCommand.h"
 #include "rig/judge/JudgeCommand.h"
 #include "rig/merge/MergeCommand.h"
 #include "rig/proxy/ProxyCommand.h"
@@ -28,6 +29,7 @@ int RunCommandLine(int argc, char** argv) {
     campaign::AddRunCommand(app, status);
     merge::AddMergeCommand(app, status);
     diff::AddDiffCommand(app, status);
+    history::AddHistoryCommand(app, status);
     proxy::AddProxyCommand(app, status);
     for (CLI::App* const command : app.get_subcommands({})) {
         command->set_version_flag("--version", kVersion);
@@ -35,7 +37,7 @@ int RunCommandLine(int argc, char** argv) {
     try {
         app.parse(argc, argv);
         if (app.get_subcommands().empty()) {
-            throw CLI::ParseError("expected a subcommand: dvr, judge, run, merge, diff or proxy",
+            throw CLI::ParseError("expected a subcommand: dvr, judge, run, merge, diff, history or proxy",
                                   CLI::ExitCodes::RequiredError);
         }
     } catch (const CLI::Success& asked) {  // --help and --version

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
@@ -19,12 +20,15 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr int kFormat = 1;  // of campaign.json, see doc/campaign.md
+constexpr const char* kRecord = "the record of a campaign (format 1)";
+constexpr const char* kCaseVerdict = "a case's verdict";
 
 [[noreturn]] void Refuse(const std::string& path, const std::string& expected, const std::string& found) {
     throw log::Unreadable(fmt::format("{}: expected {}, found {}", path, expected, found));
 }
 
 std::string ReadFile(const std::string& path, const std::string& expected) {
+    errno = 0;
     std::ifstream file(path, std::ios::binary);
     std::ostringstream content;
     if (!file || !(content << file.rdbuf())) {
@@ -33,12 +37,10 @@ std::string ReadFile(const std::string& path, const std::string& expected) {
     return content.str();
 }
 
-/// Reads a file and passes its content on as JSON. Refuses what is not JSON, or not the JSON that `take`
-/// looks for.
+/// Passes a file's text on as JSON. Refuses what is not JSON, or not the JSON that `take` looks for.
 template <typename Take>
-void TakeJson(const std::string& path, const std::string& expected, const Take& take) {
-    errno = 0;
-    const std::string text = ReadFile(path, expected);
+void TakeJson(const std::string& path, const std::string& text, const std::string& expected,
+              const Take& take) {
     try {
         take(Json::parse(text));
     } catch (const Json::exception& error) {
@@ -75,7 +77,7 @@ void TakeDialogue(const Json& verdict, CaseRun& run) {
     }
 }
 
-CaseRun RunIn(const std::string& campaign, const Json& json) {
+CaseRun RunIn(const std::string& campaign, const Json& json, Depth depth) {
     CaseRun run;
     run.folder = json.at("folder");
     run.outcome = VerdictIn(json.at("outcome"));
@@ -89,46 +91,72 @@ CaseRun RunIn(const std::string& campaign, const Json& json) {
         return std::find(files.begin(), files.end(), name) != files.end();
     };
     run.hasPage = has("report.html");
-    if (has("verdict.json")) {
-        TakeJson(campaign + "/" + run.folder + "/verdict.json", "a case's verdict",
+    if (depth == Depth::Dialogues && has("verdict.json")) {
+        const std::string path = campaign + "/" + run.folder + "/verdict.json";
+        TakeJson(path, ReadFile(path, kCaseVerdict), kCaseVerdict,
                  [&run](const Json& verdict) { TakeDialogue(verdict, run); });
     }
     return run;
 }
 
-void TakeCase(const Json& json, Campaign& campaign) {
+void TakeCase(const Json& json, Depth depth, Campaign& campaign) {
     const auto name = json.at("name").get<std::string>();
     auto place = std::find_if(campaign.cases.begin(), campaign.cases.end(),
                               [&name](const Case& one) { return one.name == name; });
     if (place == campaign.cases.end()) {
         place = campaign.cases.insert(place, {name, json.at("switches"), {}});
     }
-    place->runs.push_back(RunIn(campaign.folder, json));
+    place->runs.push_back(RunIn(campaign.folder, json, depth));
 }
 
-void TakeRecord(const Json& json, Campaign& campaign) {
+/// @return the object of that name; nothing if the campaign has none
+const Json* ObjectIn(const Json& json, const char* name) {
+    const auto place = json.find(name);
+    return place != json.end() && !place->is_null() ? &*place : nullptr;
+}
+
+/// What only parts and merged campaigns have.
+void TakeParts(const Json& json, Campaign& campaign) {
+    if (const Json* const shard = ObjectIn(json, "shard")) {
+        campaign.shard = fmt::format("{}/{}", shard->at("index").get<int>(), shard->at("total").get<int>());
+    }
+    if (const Json* const merged = ObjectIn(json, "merged")) {
+        for (const Json& part : merged->at("parts")) {
+            campaign.parts.push_back({part.value("begin", std::int64_t(0)),
+                                      part.value("seed", std::uint32_t(0)),
+                                      part.value("note", std::string())});
+        }
+    }
+}
+
+void TakeRecord(const Json& json, Depth depth, Campaign& campaign) {
     if (json.at("format") != kFormat) {
         throw Json::other_error::create(501, "format " + json.at("format").dump(), &json);
     }
     campaign.state = json.at("state");
     campaign.note = json.at("note");
     campaign.begin = json.at("begin");
+    campaign.seed = json.value("seed", std::uint32_t(0));
     campaign.versions = json.at("versions").get<std::map<std::string, std::string>>();
     for (const Json& one : json.at("cases")) {
-        TakeCase(one, campaign);
+        TakeCase(one, depth, campaign);
     }
+    TakeParts(json, campaign);
 }
 
 }  // namespace
 
-Campaign ReadCampaign(const std::string& folder) {
+Campaign ReadCampaign(const std::string& folder, Depth depth) {
     Campaign campaign;
     campaign.folder = folder;
-    TakeJson(folder + "/campaign.json", "the record of a campaign (format 1)",
-             [&campaign](const Json& json) { TakeRecord(json, campaign); });
+    const std::string path = folder + "/campaign.json";
+    const std::string text = ReadFile(path, kRecord);
+    TakeJson(path, text, kRecord,
+             [depth, &campaign](const Json& json) { TakeRecord(json, depth, campaign); });
     if (campaign.cases.empty()) {
-        Refuse(folder + "/campaign.json", "at least one case", "none");
+        Refuse(path, "at least one case", "none");
     }
+    campaign.fingerprint = std::hash<std::string>()(text);
     return campaign;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -37,18 +38,31 @@ struct Case {
     std::vector<CaseRun> runs;
 };
 
+/// What tells a campaign from all others of its recorder.
+struct Identity {
+    std::int64_t begin = 0;  // microseconds since 1970-01-01 UTC
+    std::uint32_t seed = 0;
+    std::string note;
+};
+
 /// What a campaign left in its folder.
 struct Campaign {
     std::string folder;
     std::string state;  // "finished", "interrupted", "running"
     std::string note;
-    std::int64_t begin = 0;                       // microseconds since 1970-01-01 UTC
+    std::int64_t begin = 0;  // microseconds since 1970-01-01 UTC
+    std::uint32_t seed = 0;
+    std::string shard;                            // "1/3" if it is one part of three
+    std::vector<Identity> parts;                  // that were merged into it
     std::map<std::string, std::string> versions;  // of the programs that made it, by name
     std::vector<Case> cases;                      // in the order in which they ran
+    std::size_t fingerprint = 0;                  // of the record's text
 };
 
-/// Reads the record that `velloran-rig run` left, and each case's dialogue, if there is one. Throws
-/// Unreadable, which names the file, what was expected and what was found.
-Campaign ReadCampaign(const std::string& folder);
+enum class Depth { Record, Dialogues };
+
+/// Reads the record that `velloran-rig run` left, and down to Depth::Dialogues each case's dialogue, if there
+/// is one. Throws Unreadable, which names the file, what was expected and what was found.
+Campaign ReadCampaign(const std::string& folder, Depth depth = Depth::Dialogues);
 
 }  // namespace rig::diff

@@ -1,13 +1,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <iterator>
 
 #include "rig/diff/Reports.h"
 #include "rig/html/HtmlOutcome.h"
 #include "rig/html/HtmlPage.h"
 #include "rig/html/HtmlTable.h"
+#include "rig/html/RelativeLink.h"
 
 namespace rig::diff {
 namespace {
@@ -40,9 +40,8 @@ void AddEvidence(pugi::xml_node cell, const std::string& place, const char* name
         return;
     }
     for (const CaseRun& run : one->runs) {
-        const auto target =
-            std::filesystem::absolute(campaign.folder) / run.folder / (run.hasPage ? "report.html" : "");
-        AddLink(cell, target.lexically_proximate(place).generic_string(), name);
+        const std::string target = campaign.folder + "/" + run.folder + (run.hasPage ? "/report.html" : "/");
+        AddLink(cell, html::RelativeLink(target, place), name);
         AddText(cell, " ");
     }
 }
