@@ -1,5 +1,5 @@
 // Filters of tables. Without them the page shows every row. The page's address keeps what was chosen, so that it can be
-// sent to others, and stays when the page renews itself.
+// sent to others.
 (function () {
     "use strict";
 
@@ -79,22 +79,5 @@
     }
     window.addEventListener("hashchange", follow);
     follow();
-
-    // Who types when the page renews itself goes on typing after that.
-    var FOCUS = "focus of " + location.pathname;
-    window.addEventListener("pagehide", function () {
-        var field = document.activeElement;
-        if (document.querySelector("meta[http-equiv=refresh]") && field.form) {
-            sessionStorage.setItem(FOCUS, JSON.stringify([field.form.name, field.name, field.value]));
-        }
-    });
-    var focus = JSON.parse(sessionStorage.getItem(FOCUS) || "[]");
-    sessionStorage.removeItem(FOCUS);
-    document.querySelectorAll("form.filter input").forEach(function (field) {
-        if (field.form.name === focus[0] && field.name === focus[1] &&
-            (field.type === "search" || field.value === focus[2])) {
-            field.focus();
-        }
-    });
     document.documentElement.dataset.script = "ready";
 }());

@@ -100,10 +100,36 @@ CampaignRecord Running() {
     return campaign;
 }
 
+PartRecord PartOf(std::uint32_t number, const std::string& note) {
+    PartRecord part;
+    part.folder = "lab/part-" + std::to_string(number);
+    part.note = note;
+    part.seed = number;
+    part.versions = {{"host", "rig-" + std::to_string(number)}};
+    part.index = number;
+    part.total = 2;
+    part.state = number == 1 ? "finished" : "killed";
+    part.begin = kBegin;
+    return part;
+}
+
+CampaignRecord Merged() {
+    CampaignRecord campaign = Finished();
+    MergeRecord merged;
+    merged.parts = {PartOf(1, "firmware 7.1"), PartOf(2, kLong)};
+    merged.differences = {"their notes: firmware 7.1, " + kLong};
+    merged.doubles = {campaign.cases[1].id};
+    merged.missing = {campaign.cases[3].id};
+    merged.others = {{campaign.cases[1].id, 2, Outcome::Pass, campaign.cases[1].Folder() + "/part-2"}};
+    campaign.merged = merged;
+    return campaign;
+}
+
 }  // namespace
 
 void WritePages(const std::string& folder) {
     WriteWhole(folder + "/finished.html", CampaignPage(Finished()));
+    WriteWhole(folder + "/merged.html", CampaignPage(Merged()));
     WriteWhole(folder + "/running.html", CampaignPage(Running()));
 }
 

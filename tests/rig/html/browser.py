@@ -6,6 +6,7 @@ import os
 import subprocess
 import threading
 
+KEYS = {"Backspace": 8, "Tab": 9, " ": 32}
 SECONDS = 120  # until an answer counts as missing: on a busy machine a browser takes long to start
 
 
@@ -86,7 +87,7 @@ class Browser:
         for kind in ("keyDown", "keyUp"):
             extra = {"text": text} if text and kind == "keyDown" else {}
             self.call("Input.dispatchKeyEvent", type=kind, key=key, code=code or key,
-                      windowsVirtualKeyCode={"Tab": 9, " ": 32}.get(key, 0), **extra)
+                      windowsVirtualKeyCode=KEYS.get(key, 0), **extra)
 
     def type(self, text):
         for letter in text:
