@@ -49,6 +49,7 @@ Outcome Campaign::Run() {
     for (std::size_t number = 0; number < record_.cases.size() && !interrupts_.Came(); ++number) {
         CaseRecord& record = record_.cases[number];
         if (record.outcome != Outcome::NotRun) {
+            away_ = SecondsAway(record.plan);
             continue;
         }
         display_.CaseBegins(record, number + 1, record_.cases.size());
@@ -144,10 +145,11 @@ void Campaign::FindKnownUnseen() {
         tally.Add(run);
     }
     result::RunResult unseen = tally.Unseen(rig_.known);
+    std::vector<std::string>& ids = record_.shard ? record_.shard->knownUnseen : record_.knownUnseen;
     for (const result::CheckResult& check : unseen.checks) {
-        record_.knownUnseen.push_back(check.id);
+        ids.push_back(check.id);
     }
-    if (!unseen.checks.empty()) {
+    if (!record_.knownUnseen.empty()) {
         result_.runs.push_back(std::move(unseen));
     }
 }

@@ -8,6 +8,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "rig/campaign/Division.h"
 #include "rig/campaign/Search.h"
 
 namespace rig::campaign {
@@ -143,7 +144,9 @@ std::vector<Case> ChosenFaults(const Selection& selection) {
 std::string ListFaultCases(const std::vector<Case>& plans) {
     std::string list;
     for (const Case& plan : plans) {
-        list += fmt::format("{:<46} {:<9} {}\n", plan.name, NameOf(DutyOf(plan)), plan.sentence);
+        if (plan.fault) {
+            list += fmt::format("{:<46} {:<9} {}\n", plan.name, NameOf(DutyOf(plan)), plan.sentence);
+        }
     }
     return list;
 }
@@ -169,6 +172,22 @@ std::vector<Case> SelectFaults(const Selection& selection) {
     return plans;
 }
 
+std::vector<Case> SelectSwitches(const Selection& selection) {
+    const bool isAll = selection.names == "all";
+    const std::set<std::string> names = isAll ? std::set<std::string>() : Split(selection.names);
+    CheckNames(names);
+    std::vector<Case> plans;
+    std::copy_if(AllCases().begin(), AllCases().end(), std::back_inserter(plans), [&](const Case& plan) {
+        return isAll ? IsOf(plan, selection.protocol)
+                     : plan.role != Role::Fault || names.count(plan.name) > 0;
+    });
+    DropNeedlessCleanExports(plans, names, selection.bare);
+    if (plans.empty()) {
+        throw std::runtime_error("--cases: expected at least one case to run, found none");
+    }
+    return plans;
+}
+
 }  // namespace
 
 const std::vector<Case>& AllCases() {
@@ -183,22 +202,8 @@ const std::vector<Case>& AllCases() {
 }
 
 std::vector<Case> Select(const Selection& selection) {
-    if (!selection.faults.empty()) {
-        return SelectFaults(selection);
-    }
-    const bool isAll = selection.names == "all";
-    const std::set<std::string> names = isAll ? std::set<std::string>() : Split(selection.names);
-    CheckNames(names);
-    std::vector<Case> plans;
-    std::copy_if(AllCases().begin(), AllCases().end(), std::back_inserter(plans), [&](const Case& plan) {
-        return isAll ? IsOf(plan, selection.protocol)
-                     : plan.role != Role::Fault || names.count(plan.name) > 0;
-    });
-    DropNeedlessCleanExports(plans, names, selection.bare);
-    if (plans.empty()) {
-        throw std::runtime_error("--cases: expected at least one case to run, found none");
-    }
-    return plans;
+    std::vector<Case> plans = selection.faults.empty() ? SelectSwitches(selection) : SelectFaults(selection);
+    return selection.shard ? PartOf(plans, *selection.shard, selection.bare) : plans;
 }
 
 Case FaultCaseOf(const fault::FaultCase& one) {
@@ -220,13 +225,28 @@ Case RecoveryOf(const Case& plan) {
 
 std::string ListCases(const Selection& selection) {
     if (!selection.faults.empty()) {
-        return ListFaultCases(ChosenFaults(selection));
+        return ListFaultCases(selection.shard ? Select(selection) : ChosenFaults(selection));
     }
     std::string list;
-    for (const Case& plan : AllCases()) {
+    for (const Case& plan : selection.shard ? Select(selection) : AllCases()) {
         list += fmt::format("{:<21} {:<20} {}\n", plan.name, plan.switches, plan.sentence);
     }
     return list;
+}
+
+/// Measured with the simulated DVR; most of it are the harness's own pauses.
+int ExpectedSeconds(const Case& plan) {
+    if (plan.fault) {
+        return 5;  // with its recovery
+    }
+    if (Has(plan, 'z')) {
+        return 4;
+    }
+    if (Has(plan, 'g')) {
+        return 1;
+    }
+    const int whole = plan.protocol == 1 ? 6 : 10;
+    return (Has(plan, 'c') ? 7 : whole) + (Has(plan, 's') ? 4 : 0) + static_cast<int>(SecondsAway(plan));
 }
 
 double SecondsAway(const Case& plan) {

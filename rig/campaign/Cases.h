@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "rig/campaign/Shard.h"
 #include "rig/fault/Cases.h"
 
 namespace rig::campaign {
@@ -28,10 +29,11 @@ const std::vector<Case>& AllCases();
 
 /// What the user wants to run.
 struct Selection {
-    std::string names = "all";   // or names separated by commas
-    std::string protocol = "2";  // "1", "2" or "both"
-    bool bare = false;           // without the clean exports that run first and last
-    std::string faults = {};     // cases of the proxy's faults instead, as fault::Choose takes them
+    std::string names = "all";        // or names separated by commas
+    std::string protocol = "2";       // "1", "2" or "both"
+    bool bare = false;                // without the clean exports that run first and last
+    std::string faults = {};          // cases of the proxy's faults instead, as fault::Choose takes them
+    std::optional<Shard> shard = {};  // only this part of the cases
 };
 
 /// How long to wait for each thing, in seconds.
@@ -58,11 +60,15 @@ fault::Duty DutyOf(const Case& plan);
 /// @return a plain export right after the case, which shows that the DVR has survived it
 Case RecoveryOf(const Case& plan);
 
-/// @return the table for people to read: name, switches, sentence; of the proxy's faults, if it chooses some
+/// @return the table for people to read: name, switches, sentence; of the proxy's faults, if it chooses some;
+/// of a part of the campaign, only the cases that it runs
 std::string ListCases(const Selection& selection = {});
 
 /// @return whether the harness runs with this switch, such as 'z'
 bool Has(const Case& plan, char letter);
+
+/// @return about how many seconds the case takes with a DVR that answers at once
+int ExpectedSeconds(const Case& plan);
 
 /// @return how many seconds a good DVR stays away after the case
 double SecondsAway(const Case& plan);

@@ -36,7 +36,7 @@ std::string CountsOf(const CampaignRecord& campaign) {
     for (const auto& [name, count] : campaign.Counts()) {
         counts.push_back(fmt::format("{} {}", count, name));
     }
-    return fmt::format("{}", fmt::join(counts, ", "));
+    return counts.empty() ? "no case" : fmt::format("{}", fmt::join(counts, ", "));
 }
 
 /// @return seconds, without those in which a campaign that was gone on with lay still
@@ -73,18 +73,26 @@ std::string WatchOf(const CampaignRecord& campaign) {
                      Counted(cases, "case") + (cases == 1 ? " watches" : " watch"), seconds);
 }
 
-/// Measured with the simulated DVR, fault, recovery and pauses of the harness included.
-constexpr double kSecondsOfFault = 5;
-
 /// @return how long cases of the proxy's faults take; empty if there are none
 std::string LengthOf(const CampaignRecord& campaign) {
-    const auto faults = std::count_if(
-        campaign.cases.begin(), campaign.cases.end(),
-        [](const CaseRecord& record) { return record.plan.fault && record.outcome == Outcome::NotRun; });
-    return faults == 0
-               ? ""
-               : fmt::format("takes about {:.0f} min with a DVR that answers at once",
-                             std::ceil(static_cast<double>(faults) * kSecondsOfFault / kSecondsOfMinute));
+    double seconds = 0;
+    for (const CaseRecord& record : campaign.cases) {
+        seconds += record.plan.fault && record.outcome == Outcome::NotRun ? ExpectedSeconds(record.plan) : 0;
+    }
+    return seconds == 0 ? ""
+                        : fmt::format("takes about {:.0f} min with a DVR that answers at once",
+                                      std::ceil(seconds / kSecondsOfMinute));
+}
+
+/// @return which part it is of what; empty if it is none
+std::string PartOf(const CampaignRecord& campaign) {
+    if (!campaign.shard) {
+        return "";
+    }
+    const ShardRecord& shard = *campaign.shard;
+    return fmt::format("{} ({}), with {} of {}{}", shard.part.Words(), shard.part.from, campaign.cases.size(),
+                       Counted(shard.cases.size(), "case"),
+                       shard.part.from == kShardOption ? "" : "; --no-shard runs all");
 }
 
 template <typename TextOf>
@@ -124,7 +132,7 @@ void Display::Begin(const CampaignRecord& campaign, const std::string& folder) {
     Print(fmt::format(
         "velloran-rig run: {}{}, seed {}, evidence in {}", Counted(campaign.cases.size(), "case"),
         done == 0 ? "" : fmt::format(", {} of them done", done), campaign.seed, Printable(folder)));
-    for (const std::string& line : {LengthOf(campaign), WatchOf(campaign)}) {
+    for (const std::string& line : {PartOf(campaign), LengthOf(campaign), WatchOf(campaign)}) {
         if (!line.empty()) {
             Print(line);
         }

@@ -115,21 +115,32 @@ std::vector<std::pair<std::string, std::string>> CommandsOf(const Rig& rig) {
     return commands;
 }
 
-std::vector<CaseRecord> PlannedCases(const RunOptions& options) {
+/// The runs of a case follow each other: in a part of the campaign, too, so that one DVR made their spread.
+std::vector<CaseRecord> PlannedCases(const Selection& selection, int repeat) {
     std::vector<CaseRecord> records;
-    if (!options.search.empty()) {
-        return records;
-    }
-    for (const Case& plan : Select(options.selection)) {
-        for (int run = 1; run <= options.repeat; ++run) {
+    for (const Case& plan : Select(selection)) {
+        for (int run = 1; run <= repeat; ++run) {
             CaseRecord record;
             record.plan = plan;
             record.run = run;
-            record.id = options.repeat == 1 ? plan.name : plan.name + "-" + std::to_string(run);
+            record.id = repeat == 1 ? plan.name : plan.name + "-" + std::to_string(run);
             records.push_back(std::move(record));
         }
     }
     return records;
+}
+
+std::optional<ShardRecord> ShardRecordOf(const RunOptions& options) {
+    if (!options.selection.shard) {
+        return std::nullopt;
+    }
+    Selection whole = options.selection;
+    whole.shard.reset();
+    ShardRecord shard{*options.selection.shard, {}, {}};
+    for (const CaseRecord& record : PlannedCases(whole, options.repeat)) {
+        shard.cases.push_back(record.id);
+    }
+    return shard;
 }
 
 CampaignRecord RecordOf(const RunOptions& options, const Rig& rig) {
@@ -146,7 +157,10 @@ CampaignRecord RecordOf(const RunOptions& options, const Rig& rig) {
     record.linger = options.linger;
     record.isStrict = options.strict;
     record.isDirect = rig.isDirect;
-    record.cases = PlannedCases(options);
+    if (options.search.empty()) {
+        record.shard = ShardRecordOf(options);
+        record.cases = PlannedCases(options.selection, options.repeat);
+    }
     return record;
 }
 
@@ -159,7 +173,9 @@ std::string FolderOf(const RunOptions& options) {
     localtime_r(&now, &local);
     char name[64] = "";
     std::strftime(name, sizeof name, "velloran-campaign-%Y%m%d-%H%M%S", &local);
-    return name;
+    // Parts often begin in the same second.
+    const std::optional<Shard>& shard = options.selection.shard;
+    return shard ? fmt::format("{}-{}-of-{}", name, shard->index, shard->total) : name;
 }
 
 bool IsExecutable(const std::string& path) {

@@ -49,6 +49,13 @@ void CheckVersions(const Json& then, const CampaignRecord& record) {
     }
 }
 
+/// The part that a runner's environment named then, not the one that it names now.
+std::optional<Shard> ShardIn(const Json& json) {
+    const Json shard = json.value("shard", Json());
+    return shard.is_null() ? std::optional<Shard>()
+                           : Shard{shard.at("index"), shard.at("total"), shard.at("from")};
+}
+
 /// The names of cases belong to the program, which may be another one with the same version.
 void CheckCases(const Json& then, const CampaignRecord& record) {
     const Json& cases = then.at("cases");
@@ -85,7 +92,9 @@ void KeepAttempt(const fs::path& folder) {
 Outcome Resume(const RunOptions& options) {
     const std::string folder = fs::absolute(options.resume);
     const Json json = ReadCampaignJson(folder);
-    Planned planned = PlanOf(OptionsOf(json), json.at("seed"));
+    RunOptions begun = OptionsOf(json);
+    begun.selection.shard = ShardIn(json);
+    Planned planned = PlanOf(begun, json.at("seed"));
     CheckVersions(json, planned.record);
     CheckCases(json, planned.record);
     planned.record.commandLine = json.at("commandLine").get<std::vector<std::string>>();

@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <stdexcept>
@@ -37,6 +38,29 @@ CLI::Option* AddSeconds(CLI::App& run, const char* name, double& seconds, const 
         ->capture_default_str();
 }
 
+void AddShardOptions(CLI::App& run, RunOptions& options) {
+    auto* const shard =
+        run.add_option_function<std::string>(
+               kShardOption,
+               [&options](const std::string& text) {
+                   options.selection.shard = ParseShard(text);
+                   options.selection.shard->from = kShardOption;
+               },
+               "Run the Ith of N parts of the cases, which take about equally long (default: the part that "
+               "the environment of a test runner or scheduler names)")
+            ->check(CLI::Validator(
+                [](const std::string& text) {
+                    return ParseShard(text)
+                               ? std::string()
+                               : fmt::format("expected I/N with I from 1 to N, found '{}'", text);
+                },
+                ""))
+            ->type_name("I/N")
+            ->excludes("--search");
+    run.add_flag("--no-shard", options.isWhole, "Run all cases, whatever the environment says")
+        ->excludes(shard);
+}
+
 void AddCaseOptions(CLI::App& run, RunOptions& options) {
     auto* const cases =
         run.add_option("--cases", options.selection.names, "Cases to run, as --list-cases names them, or all")
@@ -65,6 +89,7 @@ void AddCaseOptions(CLI::App& run, RunOptions& options) {
         ->type_name("N|DURATION")
         ->excludes(cases)
         ->excludes("--faults");
+    AddShardOptions(run, options);
     run.add_flag("--bare", options.selection.bare, "Leave out the clean exports that run first and last");
     run.add_flag("--list-cases", options.listCases, "Print the table of cases and exit");
     run.add_option("--repeat", options.repeat, "Run each case this many times, to see how its runs differ")
@@ -144,6 +169,19 @@ int PrintCases(const Selection& selection) try {
     return Complain("run", kUsageStatus, error.what());
 }
 
+/// A search is not divided: each has a seed of its own. A campaign that is gone on with stays what it was.
+RunOptions WithShard(RunOptions options) {
+    if (options.selection.shard || options.isWhole || !options.search.empty() || !options.resume.empty()) {
+        return options;
+    }
+    ShardChoice choice = ShardInEnvironment([](const char* name) { return std::getenv(name); });
+    options.selection.shard = std::move(choice.shard);
+    for (const std::string& ignored : choice.ignored) {
+        (options.listCases ? std::cerr : std::cout) << "velloran-rig run: " << ignored << std::endl;
+    }
+    return options;
+}
+
 /// There is no other option beside it.
 void AddResumeOption(CLI::App& run, RunOptions& options) {
     CLI::Option* const resume = run.add_option("--resume", options.resume,
@@ -195,7 +233,8 @@ RunOptions ParseRun(std::vector<std::string> words) {
     return options;
 }
 
-int RunCampaign(const RunOptions& options) {
+int RunCampaign(const RunOptions& given) {
+    const RunOptions options = WithShard(given);
     if (options.listCases) {
         return PrintCases(options.selection);
     }

@@ -20,7 +20,8 @@ namespace rig::campaign {
 /// What the command line of `velloran-rig run` says, with its defaults.
 struct RunOptions {
     Selection selection;
-    std::string search;  // how long to search, as ParseSearchLimit reads it; empty: the cases are chosen
+    bool isWhole = false;  // whatever the environment says of parts
+    std::string search;    // how long to search, as ParseSearchLimit reads it; empty: the cases are chosen
     bool listCases = false;
     std::string velloran;            // command; empty: the harness next to this program, or on PATH
     std::string log;                 // file to follow; empty: the command's standard output

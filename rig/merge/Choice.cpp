@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <tuple>
 #include <utility>
 
 #include "rig/base/Printable.h"
@@ -15,11 +17,13 @@ namespace {
 using campaign::CaseRecord;
 
 bool AreOne(const Part& one, const Part& other) {
-    using Json = nlohmann::ordered_json;
-    const std::vector<const char*> fields = {"begin", "commandLine", "workingDirectory", "versions", "shard"};
-    return std::all_of(fields.begin(), fields.end(), [&](const char* field) {
-        return one.json.value(field, Json()) == other.json.value(field, Json());
-    });
+    const auto identity = [](const Part& part) {
+        const campaign::CampaignRecord& record = part.record;
+        const std::uint32_t index = record.shard ? record.shard->part.index : 0;
+        return std::tuple(record.begin, record.commandLine, record.workingDirectory, index,
+                          part.json.at("versions").value("host", ""));
+    };
+    return identity(one) == identity(other);
 }
 
 bool CountsMore(const CaseRecord& one, const CaseRecord& other) {
@@ -41,16 +45,16 @@ void RefuseTwice(const std::vector<Part>& parts) {
     }
 }
 
-std::vector<std::string> OrderOf(const std::vector<Part>& parts) {
-    std::vector<std::string> order;
-    for (const Part& part : parts) {
-        auto place = order.end();
-        for (auto id = part.planned.rbegin(); id != part.planned.rend(); ++id) {
-            const auto known = std::find(order.begin(), order.end(), *id);
-            place = known == order.end() ? order.insert(place, *id) : known;
+std::vector<std::string> Interleaved(const std::vector<std::vector<std::string>>& lists) {
+    std::vector<std::string> all;
+    for (const std::vector<std::string>& list : lists) {
+        auto place = all.end();
+        for (auto one = list.rbegin(); one != list.rend(); ++one) {
+            const auto known = std::find(all.begin(), all.end(), *one);
+            place = known == all.end() ? all.insert(place, *one) : known;
         }
     }
-    return order;
+    return all;
 }
 
 std::optional<std::size_t> ChosenOf(const std::vector<Part>& parts, const std::string& id) {

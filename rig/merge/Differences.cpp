@@ -7,8 +7,8 @@
 #include <map>
 #include <utility>
 
-#include "rig/base/Holds.h"
 #include "rig/base/Printable.h"
+#include "rig/merge/Choice.h"
 
 namespace rig::merge {
 namespace {
@@ -34,8 +34,8 @@ Facts FactsOf(const Part& part) {
     Facts facts = {{"harness", versions.value("harnessSha256", "")},
                    {"note", TextOf(json.at("note"))},
                    {"velloran-rig", versions.value("velloran-rig", "")}};
-    const Json shard = json.value("shard", Json());
-    facts.emplace_back("number of shards", shard.is_null() ? "" : shard.at("total").dump());
+    const auto& shard = part.record.shard;
+    facts.emplace_back("number of shards", shard ? std::to_string(shard->part.total) : "");
     AddAll(facts, json.at("options"), "option ");
     AddAll(facts, json.at("commands"), "command ");
     facts.emplace_back("seed", json.at("seed").dump());
@@ -55,15 +55,13 @@ std::string ValueOf(const Facts& facts, const std::string& name) {
 
 /// @return the names of all facts, each once
 std::vector<std::string> NamesOf(const std::vector<Facts>& all) {
-    std::vector<std::string> names;
-    for (const Facts& facts : all) {
-        for (const auto& [name, value] : facts) {
-            if (!Holds(names, name)) {
-                names.push_back(name);
-            }
+    std::vector<std::vector<std::string>> names(all.size());
+    for (std::size_t at = 0; at < all.size(); ++at) {
+        for (const auto& [name, value] : all[at]) {
+            names[at].push_back(name);
         }
     }
-    return names;
+    return Interleaved(names);
 }
 
 /// Who has which value, in the order of the parts.
@@ -121,7 +119,7 @@ void AddSwitches(std::vector<std::string>& differences, const std::vector<Part>&
 void AddPlans(std::vector<std::string>& differences, const std::vector<Part>& parts) {
     const Part* first = nullptr;
     for (const Part& part : parts) {
-        if (part.json.value("shard", Json()).is_null()) {
+        if (!part.record.shard) {
             continue;
         }
         if (first != nullptr && part.planned != first->planned) {

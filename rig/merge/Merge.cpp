@@ -64,13 +64,13 @@ void TakeSurroundings(CampaignRecord& record, const std::vector<Part>& parts) {
     record = parts.front().record;
     record.cases.clear();
     record.knownUnseen.clear();
+    record.shard.reset();
     record.state = "finished";
     record.commandLine = campaign::OwnCommandLine();
     record.workingDirectory = fs::current_path();
     for (const Part& part : parts) {
         Join(record.note, part.record.note);
         Join(record.versions, part.record.versions);
-        Join(record.commands, part.record.commands);
         record.repeat = std::max(record.repeat, part.record.repeat);
         record.begin = std::min(record.begin, part.record.begin);
         record.end = std::max(record.end, EndOf(part));
@@ -163,7 +163,8 @@ void TakeOthers(MergeRecord& merge, const std::vector<Part>& parts, const CaseRe
 void TakeKnown(Merged& merged, const std::vector<Part>& parts) {
     judge::KnownFailures known;
     for (const Part& part : parts) {
-        for (const std::string& id : part.record.knownUnseen) {
+        const CampaignRecord& record = part.record;
+        for (const std::string& id : record.shard ? record.shard->knownUnseen : record.knownUnseen) {
             known[id] = {"as the list says"};
         }
     }
@@ -203,7 +204,11 @@ Merged Merge(const std::vector<Part>& parts) {
     std::transform(parts.begin(), parts.end(), std::back_inserter(merge.parts),
                    [](const Part& part) { return part.told; });
     merge.differences = DifferencesOf(parts);
-    for (const std::string& id : OrderOf(parts)) {
+    std::vector<std::vector<std::string>> planned;
+    for (const Part& part : parts) {
+        planned.push_back(part.planned);
+    }
+    for (const std::string& id : Interleaved(planned)) {
         TakeCase(merged, merge, parts, id);
     }
     TakeKnown(merged, parts);

@@ -79,9 +79,8 @@ void PrintMerge(const Merged& merged) {
     }
     PrintOthers(merged);
     for (const campaign::PartRecord& part : merge.parts) {
-        std::cout << fmt::format(
-            "{}: {}{}\n", Printable(part.folder), part.state,
-            part.index == 0 ? "" : fmt::format(", part {} of {}", part.index, part.total));
+        std::cout << fmt::format("{}: {}{}\n", Printable(part.folder), part.state,
+                                 part.shard ? ", " + part.shard->Words() : "");
     }
 }
 
@@ -108,7 +107,7 @@ void AddMergeCommand(CLI::App& app, int& status) {
     CLI::App* const merge = app.add_subcommand(
         "merge", "Makes one campaign of several that ran apart, such as those of run --shard");
     merge->footer(kMergeStatuses);
-    TakesPath(*merge->add_option("DIR", options->parts, "Folders of the campaigns")->required(), "...");
+    TakesPath(*merge->add_option("DIR", options->parts, "Folders of the campaigns")->required(), "");
     TakesPath(*merge->add_option("--out", options->out, "Folder for all of it, new or empty")->required(),
               "DIR");
     merge->callback([options, &status] { status = RunMerge(*options); });

@@ -124,6 +124,18 @@ void TakeOptions(const Json& json, CampaignRecord& record) {
     record.isDirect = json.at("direct");
 }
 
+std::optional<campaign::ShardRecord> ShardIn(const Json& json) {
+    if (json.is_null()) {
+        return std::nullopt;
+    }
+    campaign::ShardRecord shard{
+        {json.at("index"), json.at("total"), json.at("from")}, {}, json.at("knownUnseen")};
+    for (const Json& id : json.at("cases")) {
+        shard.cases.push_back(PlainName(id));
+    }
+    return shard;
+}
+
 CampaignRecord RecordIn(const Json& json) {
     CampaignRecord record;
     record.state = json.at("state");
@@ -136,11 +148,8 @@ CampaignRecord RecordIn(const Json& json) {
     TakeOptions(json.at("options"), record);
     record.begin = json.at("begin");
     record.end = Maybe<std::int64_t>(json.at("end"));
-    const Json shard = json.value("shard", Json());
-    for (const Json& where : {json.at("knownUnseen"),
-                              shard.is_null() ? Json::array() : shard.value("knownUnseen", Json::array())}) {
-        record.knownUnseen.insert(record.knownUnseen.end(), where.begin(), where.end());
-    }
+    record.knownUnseen = json.at("knownUnseen").get<std::vector<std::string>>();
+    record.shard = ShardIn(json.value("shard", Json()));
     for (const Json& one : json.at("cases")) {
         record.cases.push_back(PlannedIn(one));
     }
@@ -164,24 +173,17 @@ void CheckKind(const Json& json) {
 
 void TellPart(Part& part) {
     const CampaignRecord& record = part.record;
-    const std::string state = record.state == "running" ? "killed" : record.state;
-    part.told = {part.folder, record.note, record.seed, record.versions, 0,
-                 0,           "",          state,       record.begin,    record.end};
-    if (const Json shard = part.json.value("shard", Json()); !shard.is_null()) {
-        part.told.index = shard.at("index");
-        part.told.total = shard.at("total");
-        part.told.from = shard.at("from");
+    part.told = {part.folder, record.note,  record.seed,  record.versions,
+                 {},          record.state, record.begin, record.end};
+    if (record.state == "running") {
+        part.told.state = "killed";
     }
-}
-
-void TakePlanned(Part& part) {
-    if (const Json shard = part.json.value("shard", Json()); !shard.is_null()) {
-        for (const Json& id : shard.at("cases")) {
-            part.planned.push_back(PlainName(id));
-        }
+    if (record.shard) {
+        part.told.shard = record.shard->part;
+        part.planned = record.shard->cases;
         return;
     }
-    for (const CaseRecord& one : part.record.cases) {
+    for (const CaseRecord& one : record.cases) {
         part.planned.push_back(one.id);
     }
 }
@@ -194,7 +196,6 @@ void ReadRecord(Part& part) try {
     CheckKind(part.json);
     part.record = RecordIn(part.json);
     TellPart(part);
-    TakePlanned(part);
 } catch (const log::Unreadable&) {
     throw;
 } catch (const std::exception& error) {

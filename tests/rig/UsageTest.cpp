@@ -56,7 +56,7 @@ TEST_P(Usage, EndsWithStatus64AndOneLine) {
     }
     std::string program = "velloran-rig";
     if (!arguments.empty() &&
-        std::string("dvr judge run diff history proxy").find(arguments[0]) != std::string::npos) {
+        std::string("dvr judge run merge diff history proxy").find(arguments[0]) != std::string::npos) {
         program += " " + arguments[0];
     }
     const std::string hint = "(" + program + " --help tells more)";

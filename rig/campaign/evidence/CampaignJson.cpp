@@ -120,13 +120,16 @@ Json ToObject(const std::vector<std::pair<std::string, std::string>>& pairs) {
     return object;
 }
 
+Json ToJson(const Shard& shard) {
+    return {{"index", shard.index}, {"total", shard.total}, {"from", shard.from}};
+}
+
 Json ToJson(const PartRecord& part) {
-    const Json shard = {{"index", part.index}, {"total", part.total}, {"from", part.from}};
     return {{"folder", part.folder},
             {"note", part.note},
             {"seed", part.seed},
             {"versions", ToObject(part.versions)},
-            {"shard", part.index == 0 ? Json(nullptr) : shard},
+            {"shard", part.shard ? ToJson(*part.shard) : Json(nullptr)},
             {"state", part.state},
             {"begin", part.begin},
             {"end", Optional(part.end)}};
@@ -145,6 +148,13 @@ Json ToJson(const MergeRecord& merged) {
             {"doubles", merged.doubles},
             {"parts", ToArray(merged.parts)},
             {"others", ToArray(merged.others)}};
+}
+
+Json ToJson(const ShardRecord& shard) {
+    Json json = ToJson(shard.part);
+    json["cases"] = shard.cases;
+    json["knownUnseen"] = shard.knownUnseen;
+    return json;
 }
 
 Json OptionsOf(const CampaignRecord& campaign) {
@@ -182,6 +192,7 @@ std::string CampaignJson(const CampaignRecord& campaign) {
                           {"end", Optional(campaign.end)},
                           {"note", campaign.note},
                           {"seed", campaign.HasOneSeed() ? Json(campaign.seed) : Json(nullptr)},
+                          {"shard", campaign.shard ? ToJson(*campaign.shard) : Json(nullptr)},
                           {"commandLine", campaign.commandLine},
                           {"workingDirectory", campaign.workingDirectory},
                           {"versions", ToObject(campaign.versions)},

@@ -81,6 +81,11 @@ std::string Progress(const CampaignRecord& campaign) {
 void AddFacts(pugi::xml_node main, const CampaignRecord& campaign) {
     pugi::xml_node list = Add(main, "dl", {}, "facts");
     AddFact(list, "Note", campaign.note);
+    if (campaign.shard) {
+        AddFact(list, "Shard",
+                fmt::format("{} ({}), of a campaign of {}", campaign.shard->part.Words(),
+                            campaign.shard->part.from, Counted(campaign.shard->cases.size(), "case")));
+    }
     AddFact(list, "Begin", result::Date(campaign.begin));
     AddFact(list, "End", campaign.end ? result::Date(*campaign.end) : "not yet");
     const CaseTimes times = campaign.Times();

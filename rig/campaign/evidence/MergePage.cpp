@@ -31,8 +31,9 @@ void AddPart(pugi::xml_node body, const PartRecord& part, std::size_t number) {
     pugi::xml_node row = Add(body, "tr");
     AddLink(AddRowHead(row, ""), fmt::format("parts/{}.json", number), std::to_string(number));
     for (const std::string& cell :
-         {part.folder, part.state, part.index == 0 ? "" : fmt::format("{}/{}", part.index, part.total),
-          part.note, std::to_string(part.seed), VersionOf(part, "host"), result::Date(part.begin),
+         {part.folder, part.state,
+          part.shard ? fmt::format("{}/{}", part.shard->index, part.shard->total) : "", part.note,
+          std::to_string(part.seed), VersionOf(part, "host"), result::Date(part.begin),
           part.end ? result::Date(*part.end) : "not known"}) {
         Add(row, "td", cell);
     }

@@ -9,6 +9,7 @@
 #include "rig/base/Child.h"
 #include "rig/campaign/Cases.h"
 #include "rig/campaign/Outcome.h"
+#include "rig/campaign/Shard.h"
 #include "rig/campaign/evidence/Coverage.h"
 #include "rig/result/Result.h"
 
@@ -85,10 +86,8 @@ struct PartRecord {
     std::string note;
     std::uint32_t seed = 0;
     std::vector<std::pair<std::string, std::string>> versions;
-    std::uint32_t index = 0;  // of --shard, from 1; 0: it was not one of several
-    std::uint32_t total = 0;  // of --shard
-    std::string from;         // where these were taken from
-    std::string state;        // "finished", "interrupted", "killed"
+    std::optional<Shard> shard;
+    std::string state;  // "finished", "interrupted", "killed"
     std::int64_t begin = 0;
     std::optional<std::int64_t> end;
 };
@@ -110,6 +109,14 @@ struct MergeRecord {
     std::vector<OtherRun> others;
 };
 
+/// Of a part of a campaign.
+struct ShardRecord {
+    Shard part;
+    std::vector<std::string> cases;  // ids, of all parts, in the order of the whole campaign
+    std::vector<std::string>
+        knownUnseen;  // known failures that its cases reached, but did not show: another part may
+};
+
 struct CampaignRecord {
     std::string state = "running";  // "finished", "interrupted"
     std::vector<std::string> commandLine;
@@ -118,6 +125,7 @@ struct CampaignRecord {
     std::vector<std::pair<std::string, std::string>> commands;  // what the options name: harness, dvr, hooks
     std::string note;
     std::uint32_t seed = 0;
+    std::optional<ShardRecord> shard;  // none: it is the whole
     int repeat = 1;
     Patience patience;
     std::optional<double> maxReaction;
