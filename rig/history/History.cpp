@@ -60,7 +60,7 @@ void LeaveOut(std::vector<CampaignDigest>& campaigns, std::vector<LeftOut>& left
     std::vector<std::filesystem::path> places;
     for (const CampaignDigest& campaign : campaigns) {
         std::error_code unknown;
-        places.push_back(std::filesystem::canonical(campaign.facts.folder, unknown));
+        places.push_back(std::filesystem::weakly_canonical(campaign.facts.folder, unknown));
     }
     std::vector<CampaignDigest> kept;
     std::vector<LeftOut> others;

@@ -94,12 +94,12 @@ void AddUnsteady(pugi::xml_node main, const History& history) {
         return;
     }
     pugi::xml_node body = AddTable(main, "Cases whose outcome changed between runs with the same note",
-                                   {"Case", "Changed from one run to the next", "Outcomes"});
+                                   {"Case", "From one run to the next", "Outcomes"});
     Set(body.parent(), "class", "checks");
     for (const UnsteadyCase& unsteady : history.unsteady) {
         pugi::xml_node row = Add(body, "tr");
         AddRowHead(row, *unsteady.name);
-        AddNamedCell(row, "Changed", Words(unsteady));
+        AddNamedCell(row, "From one run to the next", Words(unsteady));
         pugi::xml_node outcomes = AddNamedCell(row, "Outcomes");
         for (const UnsteadyCase::Firmware& firmware : unsteady.firmwares) {
             Add(outcomes, "div", Words(firmware));

@@ -64,7 +64,7 @@ void PrintMatrix(Buffer& text, const History& history, std::size_t columns, bool
     if (cases.size() < history.cases.size()) {
         Print(text, "The other {} always passed.\n", history.cases.size() - cases.size());
     }
-    Print(text, "{}\n", LetterLegend());
+    Print(text, "{}\n", LetterLegend(history));
 }
 
 void PrintFailures(Buffer& text, const History& history, bool colour) {

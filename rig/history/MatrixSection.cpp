@@ -13,7 +13,7 @@
 namespace rig::history {
 namespace {
 
-constexpr std::size_t kColumns = 25;  // that fit on a page of 1200 pixels
+constexpr std::size_t kColumns = 24;  // that fit on a page of 1200 pixels
 
 std::string TitleOf(const History& history, const Cell& cell) {
     const CaseDigest& digest = cell.digest;
@@ -79,7 +79,7 @@ void AddPiece(pugi::xml_node main, const History& history, std::size_t first, st
 
 void AddMatrix(pugi::xml_node main, const History& history, const std::string& place) {
     Set(Add(main, "h2", "Cases by campaign"), "id", "matrix");
-    Add(main, "p", LetterLegend() + ". Each letter leads to the evidence of its case.", "hint");
+    Add(main, "p", LetterLegend(history) + ". Each letter leads to the evidence of its case.", "hint");
     const std::size_t hidden = history.cases.size() - history.CasesToShow().size();
     if (hidden > 0) {
         Add(main, "p", fmt::format("Left out here: {} that always passed.", Counted(hidden, "case")), "cut");

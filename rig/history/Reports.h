@@ -21,13 +21,13 @@ std::string HistoryPage(const History& history, const std::string& place);
 /// @return one character that stands for the outcome
 char LetterOf(const std::string& outcome);
 
-/// @return what these characters mean
-std::string LetterLegend();
+/// @return what the characters mean that stand for its outcomes
+std::string LetterLegend(const History& history);
 
 /// @return "12, firmware 1.9": a campaign's number and name
 std::string Words(const History& history, std::size_t build);
 
-/// @return "3 of 20 changes (15 %)"
+/// @return "changed 3 of 20 times (15 %)"
 std::string Words(const UnsteadyCase& unsteady);
 
 /// @return "firmware 1.9: 17 PASS, 2 FAIL"

@@ -6,6 +6,14 @@
 namespace rig::history {
 namespace {
 
+/// A failure that became known is the same failure.
+bool IsChange(const std::string& before, const std::string& after) {
+    const auto isFail = [](const std::string& outcome) {
+        return outcome == "FAIL" || outcome == "KNOWN FAILURE";
+    };
+    return before != after && !(isFail(before) && isFail(after));
+}
+
 /// The outcomes of a case with one firmware, in order.
 struct FirmwareCourse {
     std::string note;
@@ -14,7 +22,7 @@ struct FirmwareCourse {
     std::size_t Changes() const {
         std::size_t changes = 0;
         for (std::size_t index = 1; index < outcomes.size(); ++index) {
-            changes += outcomes[index] != outcomes[index - 1] ? 1U : 0U;
+            changes += IsChange(*outcomes[index - 1], *outcomes[index]) ? 1U : 0U;
         }
         return changes;
     }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 #include <utility>
 
 #include "rig/history/Reports.h"
@@ -35,10 +36,16 @@ char LetterOf(const std::string& outcome) {
     return place == kLetters.end() ? '?' : place->letter;
 }
 
-std::string LetterLegend() {
+std::string LetterLegend(const History& history) {
+    std::set<std::string> outcomes;
+    for (const CaseCourse& one : history.cases) {
+        for (const Cell& cell : one.cells) {
+            outcomes.insert(*cell.digest.worst);
+        }
+    }
     std::string legend;
     for (const Letter& one : kLetters) {
-        legend += fmt::format("{} {}, ", one.letter, one.meaning);
+        legend += outcomes.count(one.outcome) > 0 ? fmt::format("{} {}, ", one.letter, one.meaning) : "";
     }
     return legend + "blank: not in this campaign";
 }
@@ -48,7 +55,8 @@ std::string Words(const History& history, std::size_t build) {
 }
 
 std::string Words(const UnsteadyCase& unsteady) {
-    return fmt::format("{} of {} ({:.0f} %)", unsteady.changes, unsteady.chances, unsteady.Rate() * 100);
+    return fmt::format("changed {} of {} times ({:.0f} %)", unsteady.changes, unsteady.chances,
+                       unsteady.Rate() * 100);
 }
 
 std::string Words(const UnsteadyCase::Firmware& firmware) {
