@@ -54,7 +54,7 @@ void AddMatrix(pugi::xml_node parent, std::string_view caption, const char* corn
             }
         }
     }
-    AddLetterLegend(parent, letters);
+    Add(parent, "p", LetterLegend(letters), "hint");
 }
 
 void AddCheckMatrix(pugi::xml_node parent, std::string_view caption,

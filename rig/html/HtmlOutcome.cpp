@@ -4,6 +4,7 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <cctype>
 
 #include "rig/base/Elements.h"
 
@@ -72,12 +73,15 @@ void AddLetter(pugi::xml_node parent, std::string_view name, std::string_view ta
     Set(link, "aria-label", name);
 }
 
-void AddLetterLegend(pugi::xml_node parent, const Tally& tally) {
+std::string LetterLegend(const Tally& tally) {
     std::vector<std::string> meanings;
     for (const auto& [look, count] : CountedIn(tally)) {
-        meanings.push_back(fmt::format("{} {}", look->letter, look->name));
+        std::string name(look->name);
+        std::transform(name.begin(), name.end(), name.begin(),
+                       [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+        meanings.push_back(fmt::format("{} {}", look->letter, name));
     }
-    Add(parent, "p", fmt::format("{}", fmt::join(meanings, ", ")), "hint");
+    return fmt::format("{}", fmt::join(meanings, ", "));
 }
 
 void AddTally(pugi::xml_node parent, const Tally& tally) {

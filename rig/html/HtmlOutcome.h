@@ -38,8 +38,8 @@ void AddLetter(pugi::xml_node parent, std::string_view name, std::string_view ta
 /// How many there are of each kind, by name.
 using Tally = std::map<std::string, std::size_t>;
 
-/// Says what the letters of these mean.
-void AddLetterLegend(pugi::xml_node parent, const Tally& tally);
+/// @return what the letters of these mean: "P pass, F fail"
+std::string LetterLegend(const Tally& tally);
 
 /// Adds the numbers, large, and a bar with the share of each. A kind of which there is none is named if the
 /// tally has it.

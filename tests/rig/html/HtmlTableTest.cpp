@@ -69,7 +69,7 @@ TEST(AddCheckMatrix, DividesWhatIsTooWide) {
     EXPECT_EQ(read.select_nodes("//a[@href='page#made-up.fail'][.='F']").size(), 64U);
     EXPECT_EQ(read.select_nodes("//table[3]//a[@href='#case']|//a[@href='#case']").size(), checks.size());
     EXPECT_STREQ(read.select_node("//p[@class='hint']").node().child_value(),
-                 "P PASS, K KNOWN FAILURE, F FAIL, E ENVIRONMENT, I INCONCLUSIVE, N NOT REACHED");
+                 "P pass, K known failure, F fail, E environment, I inconclusive, N not reached");
 }
 
 }  // namespace

@@ -106,8 +106,7 @@ PartRecord PartOf(std::uint32_t number, const std::string& note) {
     part.note = note;
     part.seed = number;
     part.versions = {{"host", "rig-" + std::to_string(number)}};
-    part.index = number;
-    part.total = 2;
+    part.shard = Shard{number, 2, "--shard"};
     part.state = number == 1 ? "finished" : "killed";
     part.begin = kBegin;
     return part;
