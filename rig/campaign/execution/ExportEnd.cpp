@@ -15,6 +15,7 @@ namespace {
 constexpr double kWatchedWhole = 0.5;  // seconds, so that the log covers all of -d
 constexpr double kSettle = 2;          // seconds for the DVR to close after the end
 constexpr double kStop = 5;            // seconds for a command to end when told to
+constexpr double kStopHarness = 15;    // a proxy gives 5 to its harness, and 5 to what is on its way
 
 }  // namespace
 
@@ -88,17 +89,17 @@ void Export::StopHarness() {
     if (rig_.stop.empty()) {
         record_.harness.stoppedBy = "SIGINT";
         command.Signal(SIGINT);
-        Until(kStop, hasEnded);
+        Until(kStopHarness, hasEnded);
     } else {
         record_.harness.stoppedBy = rig_.stop;
         const GrowingFile output = folder_.Grow("stop.log");
         Child stop({rig_.stop, output.Number(), output.Number()});
-        Until(kStop, hasEnded);
+        Until(kStopHarness, hasEnded);
     }
     if (!hasEnded()) {
         record_.harness.stoppedBy += ", SIGKILL";
         command.Signal(SIGKILL);
-        Until(kStop, hasEnded);
+        Until(kStopHarness, hasEnded);
     }
 }
 

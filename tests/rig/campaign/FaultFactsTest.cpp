@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "rig/campaign/execution/FaultFacts.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace rig::campaign {
 namespace {
@@ -116,15 +117,16 @@ TEST(FaultFacts, QuoteWhatTheShellReads) {
     rig.proxy = "rig proxy";
     rig.harness = "velloran";
     rig.seed = 7;
-    const CaseFolder folder("/mnt/it's here");
+    const TemporaryFolder temporary;
+    const CaseFolder folder(temporary.Path().string() + "/it's here");
+    const std::string log = temporary.Path().string() + "/it'\\''s here/proxy.jsonl";
     Case plan{"x", 2, "-p 2 -c 1", ""};
     EXPECT_EQ(ProxiedCommand(rig, folder, plan, true),
-              "rig proxy --listen 5001 --once --log '/mnt/it'\\''s here/proxy.jsonl' "
-              "--harness-command 'velloran -p 2 -c 1'");
+              "rig proxy --listen 5001 --once --log '" + log + "' --harness-command 'velloran -p 2 -c 1'");
     plan.fault = fault::Choose("split=2@DONE-1.0").at(0);
     EXPECT_EQ(ProxiedCommand(rig, folder, plan, true),
-              "rig proxy --listen 5001 --once --log '/mnt/it'\\''s here/proxy.jsonl' "
-              "--fault 'split=2' --on DONE --seed 7 --harness-command 'velloran -p 2 -c 1'");
+              "rig proxy --listen 5001 --once --log '" + log +
+                  "' --fault 'split=2' --on DONE --seed 7 --harness-command 'velloran -p 2 -c 1'");
 }
 
 }  // namespace
