@@ -1,6 +1,9 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
+#include <string>
+
 #include "rig/diff/Severity.h"
 #include "rig/history/PageSections.h"
 #include "rig/history/Reports.h"
@@ -21,12 +24,20 @@ std::string AnchorOf(std::size_t build) {
     return fmt::format("campaign-{}", build + 1);
 }
 
-/// Shows how each case came out when it last ran.
+/// @return how a case came out when it last ran
+const std::string& LastOutcome(const CaseCourse& one) {
+    const auto cell = std::find_if(one.cells.rbegin(), one.cells.rend(), [](const Cell& other) {
+        return *other.digest.worst != "NOT RUN" && *other.digest.worst != "RUNNING";
+    });
+    return *(cell == one.cells.rend() ? one.cells.back() : *cell).digest.worst;
+}
+
+/// Shows how each case came out when it last ran, and whether a check still fails.
 void AddOutcomes(html::HtmlPage& page, const History& history) {
     html::Tally tally;
-    std::string worst = "PASS";
+    std::string worst = history.failures.empty() ? "PASS" : "FAIL";
     for (const CaseCourse& one : history.cases) {
-        const std::string& outcome = *one.cells.back().digest.worst;
+        const std::string& outcome = LastOutcome(one);
         worst = diff::Severity(outcome) > diff::Severity(worst) ? outcome : worst;
         ++tally[outcome];
     }
