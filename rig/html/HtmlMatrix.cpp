@@ -61,6 +61,7 @@ void AddCheckMatrix(pugi::xml_node parent, std::string_view caption,
                     const std::vector<MatrixColumn>& columns) {
     const std::vector<std::string> ids = IdsIn(columns);
     std::vector<std::string> heads;
+    heads.reserve(columns.size());
     for (const MatrixColumn& column : columns) {
         heads.push_back(column.head);
     }
