@@ -24,7 +24,7 @@ constexpr const char* kRecord = "the record of a campaign (format 1)";
 constexpr const char* kCaseVerdict = "a case's verdict";
 
 [[noreturn]] void Refuse(const std::string& path, const std::string& expected, const std::string& found) {
-    throw log::Unreadable(fmt::format("{}: expected {}, found {}", path, expected, found));
+    throw log::Unreadable(fmt::format("{}: expected {}, found {}", Printable(path), expected, found));
 }
 
 std::string ReadFile(const std::string& path, const std::string& expected) {
@@ -109,22 +109,27 @@ void TakeCase(const Json& json, Depth depth, Campaign& campaign) {
     place->runs.push_back(RunIn(campaign.folder, json, depth));
 }
 
-/// @return the object of that name; nothing if the campaign has none
-const Json* ObjectIn(const Json& json, const char* name) {
+/// @return the value of that name; null if there is none
+const Json* ValueIn(const Json& json, const char* name) {
     const auto place = json.find(name);
     return place != json.end() && !place->is_null() ? &*place : nullptr;
 }
 
+/// A merged campaign has no seed if those of its parts differ.
+std::uint32_t SeedIn(const Json& json) {
+    const Json* const seed = ValueIn(json, "seed");
+    return seed ? seed->get<std::uint32_t>() : 0;
+}
+
 /// What only parts and merged campaigns have.
 void TakeParts(const Json& json, Campaign& campaign) {
-    if (const Json* const shard = ObjectIn(json, "shard")) {
-        campaign.shard = fmt::format("{}/{}", shard->at("index").get<int>(), shard->at("total").get<int>());
+    if (const Json* const shard = ValueIn(json, "shard")) {
+        campaign.shard =
+            fmt::format("{} of {}", shard->at("index").get<int>(), shard->at("total").get<int>());
     }
-    if (const Json* const merged = ObjectIn(json, "merged")) {
+    if (const Json* const merged = ValueIn(json, "merged")) {
         for (const Json& part : merged->at("parts")) {
-            campaign.parts.push_back({part.value("begin", std::int64_t(0)),
-                                      part.value("seed", std::uint32_t(0)),
-                                      part.value("note", std::string())});
+            campaign.parts.push_back({part.at("begin"), SeedIn(part), part.at("note")});
         }
     }
 }
@@ -136,7 +141,7 @@ void TakeRecord(const Json& json, Depth depth, Campaign& campaign) {
     campaign.state = json.at("state");
     campaign.note = json.at("note");
     campaign.begin = json.at("begin");
-    campaign.seed = json.value("seed", std::uint32_t(0));
+    campaign.seed = SeedIn(json);
     campaign.versions = json.at("versions").get<std::map<std::string, std::string>>();
     for (const Json& one : json.at("cases")) {
         TakeCase(one, depth, campaign);

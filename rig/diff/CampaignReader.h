@@ -41,7 +41,7 @@ struct Case {
 /// What tells a campaign from all others of its recorder.
 struct Identity {
     std::int64_t begin = 0;  // microseconds since 1970-01-01 UTC
-    std::uint32_t seed = 0;
+    std::uint32_t seed = 0;  // 0 if it has none
     std::string note;
 };
 
@@ -52,7 +52,7 @@ struct Campaign {
     std::string note;
     std::int64_t begin = 0;  // microseconds since 1970-01-01 UTC
     std::uint32_t seed = 0;
-    std::string shard;                            // "1/3" if it is one part of three
+    std::string shard;                            // "1 of 3" if it is one of three parts
     std::vector<Identity> parts;                  // that were merged into it
     std::map<std::string, std::string> versions;  // of the programs that made it, by name
     std::vector<Case> cases;                      // in the order in which they ran

@@ -149,6 +149,10 @@ std::string VersionOf(const Campaign& campaign, const std::string& name) {
     return place == campaign.versions.end() ? "not known" : place->second;
 }
 
+std::string PartOf(const Campaign& campaign) {
+    return campaign.shard.empty() ? "the whole" : campaign.shard;
+}
+
 std::vector<Difference> CompareSurroundings(const Campaign& before, const Campaign& after) {
     std::map<std::string, std::string> all = before.versions;
     all.insert(after.versions.begin(), after.versions.end());
@@ -159,6 +163,9 @@ std::vector<Difference> CompareSurroundings(const Campaign& before, const Campai
         if (was != is) {
             differences.push_back({Change::Changed, name, was, is});
         }
+    }
+    if (before.shard != after.shard) {
+        differences.push_back({Change::Changed, "part", PartOf(before), PartOf(after)});
     }
     return differences;
 }

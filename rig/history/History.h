@@ -23,7 +23,7 @@ struct Build {
     /// @return "firmware 1.9", or when it began if it has no note
     std::string Name() const;
 
-    /// @return what sets it apart: "part 1/3, interrupted"; mostly nothing
+    /// @return what sets it apart: "part 1 of 3, interrupted"; mostly nothing
     std::string Remarks() const;
 };
 

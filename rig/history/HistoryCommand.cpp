@@ -30,9 +30,18 @@ struct CampaignsRead {
     std::vector<LeftOut> unreadable;
 };
 
+/// @return the path without slashes at its end, which would double in what is printed
+std::string WithoutSlashes(std::string folder) {
+    while (folder.size() > 1 && folder.back() == '/') {
+        folder.pop_back();
+    }
+    return folder;
+}
+
 CampaignsRead ReadCampaigns(const std::vector<std::string>& folders, Texts& texts) {
     CampaignsRead read;
-    for (const std::string& folder : folders) {
+    for (const std::string& given : folders) {
+        const std::string folder = WithoutSlashes(given);
         try {
             read.campaigns.push_back(DigestOf(diff::ReadCampaign(folder, diff::Depth::Record), texts));
         } catch (const log::Unreadable& refusal) {

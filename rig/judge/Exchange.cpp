@@ -27,14 +27,15 @@ std::string_view ValueOf(const std::optional<std::string>& attribute) {
 }
 
 std::string FileIn(const Arrival& message) {
-    return fmt::format("{}/{}", ValueOf(message.reid), ValueOf(message.file));
+    return fmt::format("{}/{}", ValueOf(message.Reid()), ValueOf(message.File()));
 }
 
 }  // namespace
 
 bool IsExact(const Request& request, const Arrival& message) {
-    const bool isFileLeftOut = !message.file && message.name != "FILE_COMPLETE"sv;
-    return request.reid == ValueOf(message.reid) && (isFileLeftOut || request.file == ValueOf(message.file));
+    const bool isFileLeftOut = !message.File() && message.Name() != "FILE_COMPLETE"sv;
+    return request.reid == ValueOf(message.Reid()) &&
+           (isFileLeftOut || request.file == ValueOf(message.File()));
 }
 
 std::string_view AnswerTo(std::string_view request, Fault fault, int protocol) {
@@ -59,18 +60,22 @@ std::string_view AnswerTo(std::string_view request, Fault fault, int protocol) {
     return kind == nullptr || kind->answers.empty() ? "" : kind->answers.front();
 }
 
-void Exchange::SendRequest(Request request, const Place& place) {
-    if (request.name == "DONE"sv) {
+void Exchange::SendRequest(const log::Request& sent, std::optional<std::int64_t> time, const Place& place) {
+    if (sent.name == "DONE"sv) {
         if (!run_.doneSent.Any()) {
             run_.acksAtDone = run_.Of(log::Sign::Acknowledged).Count();
         }
         run_.doneSent.Add(place);
         run_.isExporting = false;
-        run_.doneTime = request.time;
+        run_.doneTime = time;
         for (Request& waiting : run_.pending) {
             waiting.isOvertaken = true;
         }
     }
+    Request& request = run_.pending.emplace_back();
+    static_cast<log::Request&>(request) = sent;
+    request.time = time;
+    run_.lines->Keep(place, request.line);
     if (request.isGenuine) {
         run_.Of(request.fault).genuine.Add(place, request.Words());
         request.mayBeRefused = request.fault == Fault::FileEvent;
@@ -82,11 +87,10 @@ void Exchange::SendRequest(Request request, const Place& place) {
     }
     pausedUntil_ =
         request.pause > 0 && request.time ? std::optional(*request.time + request.pause) : std::nullopt;
-    if (!request.expects.empty()) {
-        run_.pending.push_back(std::move(request));
-        if (run_.pending.size() > kMostPending) {
-            run_.pending.pop_front();
-        }
+    if (request.expects.empty()) {
+        run_.pending.pop_back();
+    } else if (run_.pending.size() > kMostPending) {
+        run_.pending.pop_front();
     }
 }
 
@@ -95,19 +99,19 @@ void Exchange::WasBusyUntil(std::optional<std::int64_t> time) {
 }
 
 void Exchange::TakeMessage(Arrival message, const std::string& event, const Place& place) {
-    answered_.reset();
-    if (message.name == "OK"sv) {
+    answered_.clear();
+    if (message.Name() == "OK"sv) {
         TakeOk(message, place);
     } else {
         if (run_.doneSent.Any() && !run_.isExporting) {
-            run_.afterDone.Add(place, message.name);
+            run_.afterDone.Add(place, message.Name());
         }
         run_.isExporting = run_.isExporting || !run_.doneSent.Any();  // the log may begin after the OK
         if (run_.Saw(log::Sign::SizeSwitch)) {
-            run_.answeredWrong.Add(place, message.name);
+            run_.answeredWrong.Add(place, message.Name());
         }
-        if (!message.reid && protocol::IsReport(message.name)) {
-            run_.reportWithoutReid.Add(place, message.name);
+        if (!message.Reid() && protocol::IsReport(message.Name())) {
+            run_.reportWithoutReid.Add(place, message.Name());
         }
         const bool isTaken = Answers(message, event, place) || AnswersWrongly(message, place) ||
                              ReportsAnotherFault(message, place) || RefusesLater(message) ||
@@ -137,7 +141,7 @@ void Exchange::TakeOk(const Arrival& message, const Place& place) {
 }
 
 bool Exchange::Answers(const Arrival& message, const std::string& event, const Place& place) {
-    const auto isAnswered = [&message](const Request& request) { return request.expects == message.name; };
+    const auto isAnswered = [&message](const Request& request) { return request.expects == message.Name(); };
     auto request = std::find_if(run_.pending.begin(), run_.pending.end(), [&](const Request& waiting) {
         return isAnswered(waiting) && IsExact(waiting, message);
     });
@@ -151,25 +155,25 @@ bool Exchange::Answers(const Arrival& message, const std::string& event, const P
     if (request == run_.pending.end()) {
         return false;
     }
-    answered_ = std::move(*request);
-    run_.pending.erase(request);
-    AddReaction(*answered_, message, place);
-    if (answered_->pause > 0) {
+    answered_.splice(answered_.end(), run_.pending, request);
+    const Request& answered = answered_.front();
+    AddReaction(answered, message, place);
+    if (answered.pause > 0) {
         run_.Of(Fault::Pause).answered.Add(place);
     }
-    if (answered_->fault != Fault::None) {
-        run_.Of(answered_->fault).answered.Add(place);
+    if (answered.fault != Fault::None) {
+        run_.Of(answered.fault).answered.Add(place);
         // The refusal of a file with a damaged identifier may also name the true event.
-        const bool isTrue = answered_->fault == Fault::FileEvent && event == message.reid.value_or("");
-        if (message.reid && *message.reid != answered_->reid && !isTrue && !message.isRepeated &&
-            IsUtf8(answered_->reid)) {
-            run_.otherReid.Add(place, Instead(*message.reid, answered_->reid));
+        const bool isTrue = answered.fault == Fault::FileEvent && event == message.Reid().value_or("");
+        if (message.Reid() && *message.Reid() != answered.reid && !isTrue && !message.isRepeated &&
+            IsUtf8(answered.reid)) {
+            run_.otherReid.Add(place, Instead(*message.Reid(), answered.reid));
         }
     }
     if (message.isRepeated && !isExact_) {
-        run_.notAsked.Add(place, message.name + " twice");
+        run_.notAsked.Add(place, message.Name() + " twice");
     }
-    if (message.name == "FILE_COMPLETE"sv && isExact_) {
+    if (message.Name() == "FILE_COMPLETE"sv && isExact_) {
         completed_ = message;
     }
     return true;
@@ -181,12 +185,12 @@ bool Exchange::AnswersWrongly(const Arrival& message, const Place& place) {
     const auto request =
         std::find_if(run_.pending.begin(), run_.pending.end(), [&message, protocol](const Request& waiting) {
             return waiting.fault != Fault::None &&
-                   AnswerTo(waiting.name, Fault::None, protocol) == message.name;
+                   AnswerTo(waiting.name, Fault::None, protocol) == message.Name();
         });
     if (request == run_.pending.end()) {
         return false;
     }
-    run_.Of(request->fault).wrong.Add(place, message.name + " to " + request->Words());
+    run_.Of(request->fault).wrong.Add(place, message.Name() + " to " + request->Words());
     if (request->fault == Fault::Event) {
         accepted_.insert(request->reid);
     }
@@ -198,41 +202,40 @@ void Exchange::TakeUnasked(const Arrival& message, const Place& place) {
     const bool hasGoodRequest =
         std::any_of(run_.pending.begin(), run_.pending.end(), [&message](const Request& waiting) {
             return waiting.fault == Fault::None && !waiting.reid.empty() &&
-                   waiting.reid == message.reid.value_or("");
+                   waiting.reid == message.Reid().value_or("");
         });
     if (message.isRepeated) {
-        run_.notAsked.Add(place, message.name + " twice");
-    } else if (protocol::IsReport(message.name) && hasGoodRequest) {
-        run_.notAsked.Add(place, message.name + " to a good request");
+        run_.notAsked.Add(place, message.Name() + " twice");
+    } else if (protocol::IsReport(message.Name()) && hasGoodRequest) {
+        run_.notAsked.Add(place, message.Name() + " to a good request");
     } else {
-        run_.notAsked.Add(place, message.name);
+        run_.notAsked.Add(place, message.Name());
     }
 }
 
 void Exchange::IgnoreLast(log::Sign why, const Place& place) {
-    if (answered_ && isExact_) {
+    if (HasAnswered() && isExact_) {
         return;  // it was asked for; a message out of turn has led the harness away from it since
     }
-    const std::string asked = answered_ ? answered_->Words() : "";
-    const std::string about = !answered_   ? ""
-                              : last_.reid ? Instead(*last_.reid, answered_->reid)
-                                           : "no reid instead of " + Printable(answered_->reid);
+    const std::string asked = HasAnswered() ? answered_.front().Words() : "";
+    const std::string about = !HasAnswered() ? ""
+                              : last_.Reid() ? Instead(*last_.Reid(), answered_.front().reid)
+                                             : "no reid instead of " + Printable(answered_.front().reid);
     if (why == log::Sign::WrongFile && FileIn(last_) == FileIn(completed_)) {
         run_.completedAgain.Add(place, Printable(FileIn(completed_)));
     } else if (why == log::Sign::WrongFile) {
-        const std::string known = answered_ ? answered_->reid + "/" + answered_->file : "";
+        const std::string known = HasAnswered() ? answered_.front().reid + "/" + answered_.front().file : "";
         const std::string given = FileIn(last_);
         run_.otherFile.Add(
             place, asked.empty() ? "" : Printable(given) + " instead of " + asked + Difference(given, known));
-    } else if (why == log::Sign::EventReidWrong && answered_) {
+    } else if (why == log::Sign::EventReidWrong && HasAnswered()) {
         run_.otherEvent.Add(place, about);
-    } else if (why == log::Sign::AckReidWrong && answered_) {
+    } else if (why == log::Sign::AckReidWrong && HasAnswered()) {
         run_.otherAck.Add(place, about);
     }
-    if (answered_) {
-        answered_->mistake = WithoutControls(place.text.substr(0, kShownOfMistake));
-        run_.pending.push_front(std::move(*answered_));
-        answered_.reset();
+    if (HasAnswered()) {
+        answered_.front().mistake = WithoutControls(place.text.substr(0, kShownOfMistake));
+        run_.pending.splice(run_.pending.begin(), answered_);
     }
 }
 

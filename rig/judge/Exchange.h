@@ -1,5 +1,7 @@
 #pragma once
 
+#include <list>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -14,11 +16,13 @@ std::string_view AnswerTo(std::string_view request, Fault fault, int protocol);
 
 /// What decides which request a message of the DVR answers.
 struct Arrival {
-    std::string name;
-    std::optional<std::string> reid;
-    std::optional<std::string> file;
-    std::optional<std::int64_t> time;  // when its prefix was in, microseconds
-    bool isRepeated = false;           // it is, byte for byte, the message before it
+    std::shared_ptr<const log::Subject> about = std::make_shared<const log::Subject>();
+    std::optional<std::int64_t> time = {};  // when its prefix was in, microseconds
+    bool isRepeated = false;                // it is, byte for byte, the message before it
+
+    const std::string& Name() const { return about->name; }
+    const std::optional<std::string>& Reid() const { return about->reid; }
+    const std::optional<std::string>& File() const { return about->file; }
 };
 
 /// @return whether the message is about exactly what the request asked for
@@ -31,7 +35,7 @@ class Exchange {
     explicit Exchange(Run& facts) : run_(facts) {}
 
     /// The harness has sent a request, or DONE. It does not read while it pauses after it.
-    void SendRequest(Request request, const Place& place);
+    void SendRequest(const log::Request& sent, std::optional<std::int64_t> time, const Place& place);
 
     /// The DVR has sent a message that its dialect knows.
     /// @param event  the identifier of the event that the harness considers in progress
@@ -45,9 +49,10 @@ class Exchange {
     void WasBusyUntil(std::optional<std::int64_t> time);
 
     /// @return the request that the last message answers exactly; null if there is none
-    const Request* Answered() const { return answered_ && isExact_ ? &*answered_ : nullptr; }
+    const Request* Answered() const { return HasAnswered() && isExact_ ? &answered_.front() : nullptr; }
 
  private:
+    bool HasAnswered() const { return !answered_.empty(); }
     void TakeOk(const Arrival& message, const Place& place);
     bool Answers(const Arrival& message, const std::string& event, const Place& place);
     bool AnswersWrongly(const Arrival& message, const Place& place);
@@ -63,7 +68,7 @@ class Exchange {
 
     Run& run_;
     Arrival last_;
-    std::optional<Request> answered_;          // by the last message
+    std::list<Request> answered_;              // by the last message: one, or none
     bool isExact_ = false;                     // which is about exactly what the request asked for
     Arrival completed_;                        // the last FILE_COMPLETE that was asked for
     std::set<std::string> accepted_;           // damaged identifiers that the DVR took for events

@@ -67,46 +67,50 @@ bool IsLastWord(std::string_view line) {
 }
 
 ReadLine Judge::Add(const std::string& file, std::uint64_t number, std::string_view line) {
-    const auto statement = log::ReadStatement(line);
-    if (!statement) {
+    ReadLine read{log::ReadStatement(line)};
+    if (!read.statement) {
         AddError({file, number, line});
-        return {};
+        return read;
     }
-    const Place place{file, number, statement->text};
-    last_ = statement->process;
-    RunModel& run = RunOf(*statement, place);
+    const Place place{file, number, read.statement->text};
+    RunModel& run = RunOf(*read.statement, place);
     using Event = log::RunReader::Event;
-    const Event event = run.Add(*statement, place);
-    const log::Message* const message = event == Event::Message ? &run.Reader().LastMessage() : nullptr;
-    const log::Request* const request = event == Event::Request ? &run.Reader().LastRequest() : nullptr;
+    const Event event = run.Add(*read.statement, place);
+    read.message = event == Event::Message ? &run.Reader().LastMessage() : nullptr;
+    read.request = event == Event::Request ? &run.Reader().LastRequest() : nullptr;
     if (run.HasEnded()) {
         Close(last_);
     }
-    return {statement, message, request};
+    return read;
 }
 
 /// @return the run that the statement belongs to
 RunModel& Judge::RunOf(const log::Statement& statement, const Place& place) {
-    auto run = open_.find(last_);
-    if (run != open_.end() && run->second->StartsAnother(statement.sign)) {
-        Close(last_);
-        run = open_.end();
+    if (statement.process != last_) {
+        last_ = statement.process;
+        const auto run = open_.find(last_);
+        current_ = run == open_.end() ? nullptr : run->second.get();
     }
-    if (run == open_.end()) {
-        run = open_.emplace(last_, std::make_unique<RunModel>(place, keep_)).first;
+    if (current_ != nullptr && current_->StartsAnother(statement.sign)) {
+        Close(last_);
+    }
+    if (current_ == nullptr) {
+        current_ = open_.emplace(last_, std::make_unique<RunModel>(place, keep_)).first->second.get();
         hasBegun_ = true;
     }
-    return *run->second;
+    return *current_;
 }
 
 void Judge::AddError(const Place& place) {
-    const auto run = open_.find(last_);
-    if (run != open_.end() && IsAssertion(place.text)) {
-        run->second->AddAssertion(place);
-    } else if (run != open_.end() && IsException(place.text)) {
-        run->second->AddException(place);
-    } else if (run != open_.end() && IsMarkerFailure(place.text)) {
-        run->second->AddMarkerFailure(place);
+    if (current_ == nullptr) {
+        return;
+    }
+    if (IsAssertion(place.text)) {
+        current_->AddAssertion(place);
+    } else if (IsException(place.text)) {
+        current_->AddException(place);
+    } else if (IsMarkerFailure(place.text)) {
+        current_->AddMarkerFailure(place);
     }
 }
 
@@ -124,6 +128,7 @@ void Judge::Close(std::optional<int> process) {
         take_(Judged(run->second->Facts(), limits_, keep_.words));
     }
     open_.erase(run);
+    current_ = process == last_ ? nullptr : current_;
 }
 
 void Judge::Finish() {

@@ -65,6 +65,7 @@ class Judge {
     Keep keep_;
     std::map<std::optional<int>, std::unique_ptr<RunModel>> open_;  // by process, if the log names it
     std::optional<int> last_;         // the process of the last statement, if it names one
+    RunModel* current_ = nullptr;     // its run; null if it has none open
     std::vector<Run> held_;           // until the folder, or the proxy's log, has been looked at
     std::optional<Snapshot> before_;  // of the folder
     bool hasBegun_ = false;           // a run

@@ -12,12 +12,12 @@ namespace rig::judge {
 bool Exchange::ReportsAnotherFault(const Arrival& message, const Place& place) {
     const auto request = std::find_if(run_.pending.begin(), run_.pending.end(), [&](const Request& waiting) {
         const bool isReportable = waiting.fault != Fault::Xfer && protocol::IsReport(waiting.expects);
-        return isReportable && protocol::IsReport(message.name) && IsExact(waiting, message);
+        return isReportable && protocol::IsReport(message.Name()) && IsExact(waiting, message);
     });
-    if (request == run_.pending.end() || message.name == "XFER_IN_PROGRESS") {
+    if (request == run_.pending.end() || message.Name() == "XFER_IN_PROGRESS") {
         return false;
     }
-    run_.Of(request->fault).otherReport.Add(place, message.name + " to " + request->Words());
+    run_.Of(request->fault).otherReport.Add(place, message.Name() + " to " + request->Words());
     run_.pending.erase(request);
     return true;
 }
@@ -25,11 +25,11 @@ bool Exchange::ReportsAnotherFault(const Arrival& message, const Place& place) {
 /// A DVR that took a damaged identifier for an event, and then refuses requests about it, behaves correctly:
 /// its one fault has been counted.
 bool Exchange::RefusesLater(const Arrival& message) {
-    const std::string reid = message.reid.value_or("");
+    const std::string reid = message.Reid().value_or("");
     const auto request = std::find_if(
         run_.pending.begin(), run_.pending.end(),
         [&reid](const Request& waiting) { return waiting.fault == Fault::None && waiting.reid == reid; });
-    if (!protocol::IsReport(message.name) || accepted_.count(reid) == 0 || request == run_.pending.end()) {
+    if (!protocol::IsReport(message.Name()) || accepted_.count(reid) == 0 || request == run_.pending.end()) {
         return false;
     }
     run_.pending.erase(request);
@@ -42,7 +42,7 @@ bool Exchange::Refuses(const Arrival& message, const Place& place) {
     const auto request = std::find_if(run_.pending.begin(), run_.pending.end(), [&](const Request& waiting) {
         const bool isOwn = (waiting.name == "NEXT_EVENT" || waiting.name == "GET_FILE") &&
                            (waiting.fault == Fault::None || waiting.fault == Fault::Rehash);
-        return message.name == "INVALID_EVENT" && (isOwn || waiting.mayBeRefused) &&
+        return message.Name() == "INVALID_EVENT" && (isOwn || waiting.mayBeRefused) &&
                IsExact(waiting, message);
     });
     if (request == run_.pending.end()) {
@@ -60,10 +60,10 @@ bool Exchange::Refuses(const Arrival& message, const Place& place) {
 
 /// What the DVR refused first, and then answers all the same: its one fault has been counted.
 bool Exchange::AnswersTheRefused(const Arrival& message) {
-    if (!refused_ || refused_->expects != message.name || !IsExact(*refused_, message)) {
+    if (!refused_ || refused_->expects != message.Name() || !IsExact(*refused_, message)) {
         return false;
     }
-    answered_ = std::move(refused_);
+    answered_.push_back(std::move(*refused_));
     refused_.reset();
     isExact_ = true;
     return true;
@@ -77,11 +77,11 @@ bool Exchange::TellsProgress(const Arrival& message, const Place& place) {
         const bool isDamaged = waiting.fault == Fault::FileEvent || waiting.fault == Fault::FileName;
         return waiting.name == "GET_FILE" && !isDamaged && IsExact(waiting, message);
     });
-    if (message.name != "XFER_IN_PROGRESS" || request == run_.pending.end()) {
+    if (message.Name() != "XFER_IN_PROGRESS" || request == run_.pending.end()) {
         return false;
     }
     if (mayBeDouble) {
-        run_.doubledProgress.Add(place, message.name + " twice");
+        run_.doubledProgress.Add(place, message.Name() + " twice");
     } else {
         run_.progress.Add(place, request->Words());
     }

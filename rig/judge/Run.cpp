@@ -54,7 +54,13 @@ void ReactionTimes::Add(std::int64_t microseconds, const Place& place) {
         longest_ = time;
         place.kept->Keep(place, longestAt_);
     }
-    ++buckets_[static_cast<int>(std::ceil(std::log2(static_cast<double>(time) + 1) * kBucketsPerDoubling))];
+    const auto number =
+        static_cast<int>(std::ceil(std::log2(static_cast<double>(time) + 1) * kBucketsPerDoubling));
+    auto bucket = std::lower_bound(buckets_.begin(), buckets_.end(), std::pair(number, std::uint64_t{0}));
+    if (bucket == buckets_.end() || bucket->first != number) {
+        bucket = buckets_.insert(bucket, {number, 0});
+    }
+    ++bucket->second;
 }
 
 double ReactionTimes::Percentile(double fraction) const {

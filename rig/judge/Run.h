@@ -2,13 +2,14 @@
 
 #include <array>
 #include <cstdint>
-#include <deque>
 #include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "rig/judge/Proof.h"
@@ -82,7 +83,7 @@ class ReactionTimes {
     result::Evidence LongestAt() const { return longestAt_.Proof(); }
 
  private:
-    std::map<int, std::uint64_t> buckets_;
+    std::vector<std::pair<int, std::uint64_t>> buckets_;  // in order; few, as reactions are alike
     std::uint64_t count_ = 0;
     std::int64_t longest_ = 0;
     KeptLine longestAt_;
@@ -158,7 +159,7 @@ struct Run {
     Tally emptyLength;         // the same for the length
     Tally listedElsewhere;     // lists of events that the harness does not find
     Announcement announcement;
-    std::string lastGood;  // message
+    std::string_view lastGood;  // message, of the catalogue
     std::uint64_t lastGoodLine = 0;
     std::string opening;           // the first message, as it came
     Tally damaged;                 // messages that the log holds only in part
@@ -171,7 +172,7 @@ struct Run {
     std::uint64_t acksAtDone = 0;  // acknowledgements when the first DONE went out
     bool hasLargeEvent = false;    // an event of at least two files came
     bool hasEmptyEvent = false;    // an event without identifier was listed
-    std::deque<Request> pending;   // still without an answer
+    std::list<Request> pending;    // still without an answer
 
     Transfers transfers;                            // only when asked for
     std::shared_ptr<const DeliveryFacts> delivery;  // of these; null if nobody looked

@@ -37,9 +37,8 @@ void RunModel::TakeDetails(const log::Statement& statement, const Place& place) 
             CheckLength(place);
             break;
         case log::Sign::Expecting:
-            if (statement.Number() < 0) {
-                run_.badLength.Add(place,
-                                   "prefix " + PrefixFor(static_cast<std::uint32_t>(statement.Number())));
+            if (const std::int64_t length = reader_.Arriving().Announced(); length < 0) {
+                run_.badLength.Add(place, "prefix " + PrefixFor(static_cast<std::uint32_t>(length)));
             }
             break;
         case log::Sign::EndInsideText: {

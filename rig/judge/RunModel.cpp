@@ -33,9 +33,9 @@ std::optional<std::string> ValueOf(const pugi::xml_node& message, const char* na
 }
 
 std::string Described(const Arrival& message) {
-    const std::string name = message.name.empty() ? "(no req)" : Printable(message.name);
-    return name + (message.reid ? " " + Printable(*message.reid) : "") +
-           (message.file ? " " + Printable(*message.file) : "");
+    const std::string name = message.Name().empty() ? "(no req)" : Printable(message.Name());
+    return name + (message.Reid() ? " " + Printable(*message.Reid()) : "") +
+           (message.File() ? " " + Printable(*message.File()) : "");
 }
 
 }  // namespace
@@ -96,20 +96,22 @@ void RunModel::Note(const log::Statement& statement, const Place& place) {
     }
     now_ = statement.time;
     run_.last = sign;
-    run_.hasFractions = run_.hasFractions || (now_ && *now_ % log::kSecond != 0);
-    if (!run_.beginTime) {
-        run_.beginTime = now_;
-    }
     if (now_) {
+        run_.hasFractions = run_.hasFractions || *now_ % log::kSecond != 0;
+        run_.beginTime = run_.beginTime ? run_.beginTime : now_;
         run_.endTime = now_;
     }
     if (sign != Sign::None) {
         Tally& tally = run_.signs[static_cast<std::size_t>(sign)];
-        tally.Add(place, tally.Any() ? std::string() : NoteOn(statement));
+        if (tally.Any()) {
+            tally.Add(place);
+        } else {
+            tally.Add(place, NoteOn(statement));
+        }
     }
     if (sign == Sign::Expecting) {
         hasText_ = false;
-        run_.announcement.length = statement.Number();
+        run_.announcement.length = reader_.Arriving().Announced();
         run_.announcement.time = now_;
         run_.lines->Keep(place, run_.announcement.line);
         run_.announcement.isOpen = true;
@@ -166,12 +168,11 @@ void RunModel::TakeMessage(const log::Message& message, const Place& place) {
         AddStep(Step::Kind::FromDvr, "(not XML)", place);
         return;
     }
-    Arrival arrival{message.name, ValueOf(message.root, "reid"), ValueOf(message.root, "file"), message.time,
-                    message.isRepeated};
+    Arrival arrival{message.about, message.time, message.isRepeated};
     if (keep_.steps) {
         AddStep(Step::Kind::FromDvr, Described(arrival), place);
     }
-    if (!message.isKnown) {
+    if (message.kind == nullptr) {
         run_.received[""].Add(place);
         return;
     }
@@ -183,10 +184,12 @@ void RunModel::TakeMessage(const log::Message& message, const Place& place) {
     if (message.name == "EVENT_LIST") {
         NoteEmpty("source", run_.emptySource, place);
     }
-    beforeLast_ = {std::move(run_.lastGood), run_.lastGoodLine};
-    run_.lastGood = message.name;
+    beforeLast_ = {run_.lastGood, run_.lastGoodLine};
+    run_.lastGood = message.kind->name;
     run_.lastGoodLine = place.line;
-    TakeListed(message.listed, place);
+    if (message.listed != nullptr) {
+        TakeListed(*message.listed, place);
+    }
 }
 
 /// A damaged name that ends in the middle of a character is the harness's fault, not that of a DVR that
@@ -276,17 +279,15 @@ void RunModel::TakeRejection(const log::Statement& statement, const Place& place
 }
 
 void RunModel::TakeRequest(const Place& place) {
-    Request request{reader_.LastRequest()};
-    request.time = now_;
-    run_.lines->Keep(place, request.line);
+    const log::Request& request = reader_.LastRequest();
     if (keep_.steps) {
-        AddStep(Step::Kind::FromHarness, request.Words(), place);
+        AddStep(Step::Kind::FromHarness, Request{request}.Words(), place);
     }
     const bool isDamaged = request.fault == Fault::FileEvent || request.fault == Fault::FileName;
     if (keep_.transfers && request.name == "GET_FILE" && !isDamaged) {
         run_.transfers[{request.reid, request.file}];
     }
-    exchange_.SendRequest(std::move(request), place);
+    exchange_.SendRequest(request, now_, place);
 }
 
 void RunModel::AddStep(Step::Kind kind, std::string_view text, const Place& place) {

@@ -74,10 +74,10 @@ class RunModel {
     Keep keep_;
     std::optional<std::int64_t> now_;  // the statement's time
     log::RunReader reader_;
-    std::uint64_t transfers_ = 0;                       // that ended
-    bool hasText_ = false;                              // the last message's is still there
-    std::string malformed_;                             // what is wrong with it, if it is not XML
-    std::pair<std::string, std::uint64_t> beforeLast_;  // the good message before the last, and its line
+    std::uint64_t transfers_ = 0;                            // that ended
+    bool hasText_ = false;                                   // the last message's is still there
+    std::string malformed_;                                  // what is wrong with it, if it is not XML
+    std::pair<std::string_view, std::uint64_t> beforeLast_;  // the good message before the last, and its line
 };
 
 }  // namespace rig::judge

@@ -1,6 +1,7 @@
 #include "rig/log/Document.h"
 
-#include <functional>
+#include <cstdint>
+#include <cstring>
 
 #include "rig/log/HarnessText.h"
 #include "rig/log/Xml.h"
@@ -29,22 +30,44 @@ Document::Form FormOf(const std::string& text, bool isRead) {
     return text.empty() ? Form::Empty : isRead || EndsAsXml(text) ? Form::NotWellFormed : Form::BrokenOff;
 }
 
+/// @return a hash, eight bytes at a time: every message is looked up
+std::size_t HashOf(std::string_view text) {
+    constexpr std::uint64_t kOdd = 0x9e3779b97f4a7c15;
+    std::uint64_t hash = text.size();
+    std::uint64_t word = 0;
+    for (; text.size() >= sizeof word; text.remove_prefix(sizeof word)) {
+        std::memcpy(&word, text.data(), sizeof word);
+        hash = (hash ^ word) * kOdd;
+        hash ^= hash >> 32U;
+    }
+    for (const char byte : text) {
+        hash = (hash ^ static_cast<unsigned char>(byte)) * kOdd;
+    }
+    return static_cast<std::size_t>(hash ^ (hash >> 32U));
+}
+
+std::optional<std::string> AttributeOf(const pugi::xml_node& message, const char* name) {
+    const pugi::xml_attribute attribute = message.attribute(name);
+    return attribute ? std::optional<std::string>(attribute.value()) : std::nullopt;
+}
+
 }  // namespace
 
 Document::Document(const std::string& text) {
     const bool isRead = LoadAsTheHarness(text, document_);
     root_ = document_.child("msg");
     form_ = isRead && !root_ ? Form::NoMsg : FormOf(text, isRead);
-    name_ = root_.attribute("req").value();
+    about_ = std::make_shared<const Subject>(
+        Subject{root_.attribute("req").value(), AttributeOf(root_, "reid"), AttributeOf(root_, "file")});
 }
 
 const WorkLists& Document::Lists() {
     if (!lists_) {
         lists_.emplace();
-        listed_ = name_ == "EVENT_LIST" ? lists_->TakeEventList(root_)
-                  : name_ == "XML"      ? lists_->TakeXml(root_)
-                  : name_ == "EVENT"    ? lists_->TakeEvent(root_)
-                                        : Listed();
+        listed_ = Name() == "EVENT_LIST" ? lists_->TakeEventList(root_)
+                  : Name() == "XML"      ? lists_->TakeXml(root_)
+                  : Name() == "EVENT"    ? lists_->TakeEvent(root_)
+                                         : Listed();
     }
     return *lists_;
 }
@@ -53,11 +76,14 @@ std::shared_ptr<Document> Documents::Parsed(const std::string& text) {
     if (text.size() > kLongestKept) {
         return std::make_shared<Document>(text);
     }
-    Slot& slot = slots_[std::hash<std::string>()(text) % slots_.size()];
-    if (slot.document == nullptr || slot.text != text) {
-        slot.document = std::make_shared<Document>(text);
-        slot.text = text;
+    Set& set = sets_[HashOf(text) % sets_.size()];
+    for (const Slot& slot : set.slots) {
+        if (slot.document != nullptr && slot.text == text) {
+            return slot.document;
+        }
     }
+    Slot& slot = set.slots[set.oldest++ % set.slots.size()];
+    slot = {text, std::make_shared<Document>(text)};
     return slot.document;
 }
 

@@ -12,6 +12,13 @@
 
 namespace rig::log {
 
+/// What a message is about.
+struct Subject {
+    std::string name;  // `req`
+    std::optional<std::string> reid = {};
+    std::optional<std::string> file = {};
+};
+
 /// What the text of one message of the DVR says, whatever came before it.
 class Document {
  public:
@@ -20,19 +27,22 @@ class Document {
     explicit Document(const std::string& text);
 
     Form GetForm() const { return form_; }
-    pugi::xml_node Root() const { return root_; }      // `msg`; none unless the harness finds it
-    const std::string& Name() const { return name_; }  // `req`
+    pugi::xml_node Root() const { return root_; }  // `msg`; none unless the harness finds it
+    const std::string& Name() const { return about_->name; }
+
+    /// @return what may be kept for longer than the document
+    const std::shared_ptr<const Subject>& About() const { return about_; }
 
     /// @return the events and files that it lists, and what is wrong with them; nothing for a message that
     /// has none
     const WorkLists& Lists();
-    const Listed& WhatIsListed() const { return listed_; }
+    const Listed* WhatIsListed() const { return &listed_; }
 
  private:
     pugi::xml_document document_;
     Form form_ = Form::Empty;
     pugi::xml_node root_;
-    std::string name_;
+    std::shared_ptr<const Subject> about_;
     std::optional<WorkLists> lists_;
     Listed listed_;
 };
@@ -49,7 +59,12 @@ class Documents {
         std::shared_ptr<Document> document;
     };
 
-    std::array<Slot, 256> slots_;  // by the hash of the text
+    struct Set {
+        std::array<Slot, 4> slots;
+        std::size_t oldest = 0;
+    };
+
+    std::array<Set, 64> sets_;  // by the hash of the text
 };
 
 }  // namespace rig::log

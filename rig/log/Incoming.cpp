@@ -11,6 +11,10 @@ bool Incoming::Expect(const Statement& announcement) {
     const bool wasWhole = !isOpen_;
     announced_ = announcement.Number();
     time_ = announcement.time;
+    if (isRemembered_) {
+        before_.swap(text_);
+        isRemembered_ = false;
+    }
     text_.clear();
     isOpen_ = true;
     return wasWhole;

@@ -28,7 +28,7 @@ class Incoming {
 
     /// @return whether the message equals, byte for byte, the last one that was remembered
     bool IsRepeated() const { return text_ == before_; }
-    void Remember() { before_ = text_; }
+    void Remember() { isRemembered_ = true; }
 
     /// @return when the prefix was complete, microseconds
     std::optional<std::int64_t> Time() const { return time_; }
@@ -38,6 +38,7 @@ class Incoming {
     bool isOpen_ = false;
     std::string text_;
     std::string before_;
+    bool isRemembered_ = false;  // the text becomes the one before when another begins
     std::optional<std::int64_t> time_;
 };
 

@@ -9,10 +9,6 @@
 namespace rig::log {
 namespace {
 
-bool IsDigit(char byte) {
-    return byte >= '0' && byte <= '9';
-}
-
 /// @return the number that the `count` digits at `at` make; nothing if they are not all digits
 std::optional<int> Digits(std::string_view text, std::size_t at, std::size_t count) {
     if (at + count > text.size()) {

@@ -8,6 +8,10 @@
 
 namespace rig::log {
 
+constexpr bool IsDigit(char byte) {
+    return byte >= '0' && byte <= '9';
+}
+
 /// Reads the time of our own logger, "2026-11-20T14:03:07.123456Z".
 /// @param text  at least 26 bytes
 std::optional<std::int64_t> OwnTime(const char* text);

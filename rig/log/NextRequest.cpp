@@ -56,7 +56,7 @@ void NextRequest::Forget() {
     doubled_ = 0;
 }
 
-Listed NextRequest::TakeMessage(Document& message) {
+const Listed* NextRequest::TakeMessage(Document& message) {
     last_ = message.Name();
     const bool isEventList = last_ == "EVENT_LIST"sv;
     const bool isExpected =
@@ -74,7 +74,7 @@ Listed NextRequest::TakeMessage(Document& message) {
     if (last_ == "INVALID_EVENT"sv && lists_.files.empty() && !lists_.events.empty()) {
         lists_.events.pop_front();
     }
-    return {};
+    return nullptr;
 }
 
 Fault NextRequest::TakeStatement(const Statement& statement, const Switches& switches) {

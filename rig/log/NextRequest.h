@@ -46,8 +46,8 @@ class NextRequest {
     /// A message has arrived: nothing logged before it matters any more.
     void Forget();
 
-    /// Takes a message of the dialect. @return what it lists
-    Listed TakeMessage(Document& message);
+    /// Takes a message of the dialect. @return what it lists; null if it is none that could
+    const Listed* TakeMessage(Document& message);
 
     /// Takes a statement of the harness about what it does. @return the fault that it injects, if any
     Fault TakeStatement(const Statement& statement, const Switches& switches);

@@ -1,5 +1,6 @@
 #include "rig/log/OwnLine.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "rig/log/LineTime.h"
@@ -7,19 +8,26 @@
 namespace rig::log {
 namespace {
 
-/// Removes the number that the text begins with. @return it; 0 if there is none, or none of the logger's
+/// Removes up to nine digits that the text begins with: the logger's numbers have no more. @return their
+/// number
 int TakeNumber(std::string_view& text) {
     constexpr std::size_t kMostDigits = 9;
+    const std::size_t most = std::min(text.size(), kMostDigits);
     int number = 0;
     std::size_t digits = 0;
-    for (; digits < text.size() && text[digits] >= '0' && text[digits] <= '9'; ++digits) {
-        if (digits == kMostDigits) {
-            return 0;
-        }
+    for (; digits < most && IsDigit(text[digits]); ++digits) {
         number = number * 10 + (text[digits] - '0');
     }
     text.remove_prefix(digits);
     return number;
+}
+
+/// Removes the digits that the text begins with. @return whether there are any
+bool TakeDigits(std::string_view& text) {
+    const auto* const end = std::find_if_not(text.begin(), text.end(), IsDigit);
+    const bool hasAny = end != text.begin();
+    text.remove_prefix(static_cast<std::size_t>(end - text.begin()));
+    return hasAny;
 }
 
 /// Removes a literal that the text begins with. Its size is known when this is compiled: no call to compare.
@@ -44,7 +52,7 @@ bool ReadOwnLine(std::string_view line, Statement& statement) {
         return false;
     }
     const int level = TakeNumber(rest);
-    if (level <= 0 || !TakeText(rest, " velloran:") || TakeNumber(rest) <= 0 || !TakeText(rest, " ")) {
+    if (level <= 0 || !TakeText(rest, " velloran:") || !TakeDigits(rest) || !TakeText(rest, " ")) {
         return false;
     }
     statement.time = OwnTime(line.data());

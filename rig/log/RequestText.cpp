@@ -4,6 +4,7 @@
 #include <tinyxml.h>
 
 #include <algorithm>
+#include <array>
 #include <string_view>
 
 #include "rig/protocol/Catalogue.h"
@@ -22,22 +23,22 @@ struct Count {
     void operator+=(char /*byte*/) { ++size; }
 };
 
-bool IsEscaped(char byte) {
-    switch (byte) {
-        case '&':
-        case '<':
-        case '>':
-        case '"':
-        case '\'':
-            return true;
-        default:
-            return static_cast<unsigned char>(byte) < ' ';
+/// The bytes that are escaped in a value: a look for each, as the length of every request is counted.
+constexpr std::array<bool, 256> kEscaped = [] {
+    std::array<bool, 256> escaped{};
+    for (std::size_t control = 0; control < ' '; ++control) {
+        escaped[control] = true;
     }
-}
+    for (const char byte : R"(&<>"')"sv) {
+        escaped[static_cast<unsigned char>(byte)] = true;
+    }
+    return escaped;
+}();
 
 template <typename Output>
 void AppendValue(Output& printed, std::string_view value) {
-    if (std::none_of(value.begin(), value.end(), IsEscaped)) {
+    const auto isEscaped = [](char byte) { return kEscaped[static_cast<unsigned char>(byte)]; };
+    if (std::none_of(value.begin(), value.end(), isEscaped)) {
         printed += value;
         return;
     }
@@ -110,10 +111,10 @@ Output Printed(const Request& request, const Switches& switches) {
     }
     std::string made;
     printed += "<msg";
-    for (const char* const name : kind->required) {
+    for (const std::string_view name : kind->required) {
         AppendAttribute(printed, name, ValueOf(name, request, switches, made));
     }
-    for (const char* const name : kind->optional) {
+    for (const std::string_view name : kind->optional) {
         const std::string_view value = ValueOf(name, request, switches, made);
         if (!value.empty()) {
             AppendAttribute(printed, name, value);

@@ -2,8 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
-
-#include "rig/protocol/Catalogue.h"
+#include <utility>
 
 namespace rig::log {
 namespace {
@@ -12,10 +11,6 @@ namespace {
 constexpr int kMostBindFailures = 2;
 
 constexpr std::uint32_t kMostPrefixBytes = 5;
-
-bool Knows(int protocol, const std::string& message) {
-    return protocol::Find(protocol == 2 ? 2 : 1, protocol::Sender::Dvr, message) != nullptr;
-}
 
 bool IsSecondDialect(const pugi::xml_node& message) {
     return message.attribute("protocolVersion").as_string() == std::string_view("2.0");
@@ -35,17 +30,20 @@ bool RunReader::StartsAnother(Sign sign) const {
 }
 
 RunReader::Event RunReader::Add(const Statement& statement) {
-    NoteStart(statement.sign);
+    const bool isFirst = std::exchange(isFirst_, false);
     switch (statement.sign) {
         case Sign::None:
+        case Sign::TextRead:
             return Event::None;
         case Sign::Expecting:
+            hasExpected_ = true;
             return incoming_.Expect(statement) ? Event::None : Event::Gap;
         case Sign::Incoming:
             return TakeSlice(statement);
         case Sign::HeaderByte:
             return TakePrefixByte(statement);
         default:
+            NoteStart(statement.sign, isFirst);
             TakeSwitch(statement);
             fault_ = next_.TakeStatement(statement, switches_);
             return fault_ == Fault::None ? Event::None : Event::Fault;
@@ -70,19 +68,20 @@ RunReader::Event RunReader::TakePrefixByte(const Statement& statement) {
     return isFirst ? Event::Request : Event::None;
 }
 
-void RunReader::NoteStart(Sign sign) {
+void RunReader::NoteStart(Sign sign, bool isFirst) {
     // A harness without switches that no DVR connects to only says at its end that it is shutting down.
     const bool isStart = IsSwitch(sign) || sign == Sign::Connected || sign == Sign::BindFailed ||
-                         sign == Sign::NoSignalHandler || (sign == Sign::ShuttingDown && isFirst_);
-    hasExpected_ = hasExpected_ || sign == Sign::Expecting;
+                         sign == Sign::NoSignalHandler || (sign == Sign::ShuttingDown && isFirst);
     hasStart_ = hasStart_ || (isStart && !hasExpected_);
     hasConnected_ = hasConnected_ || sign == Sign::Connected;
     bindFailures_ += sign == Sign::BindFailed ? 1 : 0;
     hasEnded_ = hasEnded_ || sign == Sign::ShuttingDown || bindFailures_ >= kMostBindFailures;
-    isFirst_ = false;
 }
 
 void RunReader::TakeSwitch(const Statement& statement) {
+    if (!IsSwitch(statement.sign) && statement.sign != Sign::Opening) {
+        return;
+    }
     const std::int64_t number = std::clamp<std::int64_t>(statement.Number(), INT32_MIN, INT32_MAX);
     switch (statement.sign) {
         case Sign::CloseSwitch:
@@ -125,18 +124,19 @@ void RunReader::TakeMessage() {
     const std::string& text = incoming_.Text();
     document_.reset();
     document_ = AllDocuments().Parsed(text);
-    message_ = {};
     message_.text = text;
     message_.time = incoming_.Time();
     message_.form = document_->GetForm();
     message_.root = document_->Root();
-    message_.name = document_->Name();
+    message_.about = document_->About();
+    message_.name = message_.about->name;
     if (!hasStart_ && IsSecondDialect(message_.root)) {
         switches_.protocol = 2;
     }
-    message_.isKnown = Knows(switches_.protocol, message_.name);
-    if (message_.isKnown) {
-        message_.isRepeated = incoming_.IsRepeated();
+    message_.kind = protocol::Find(switches_.protocol == 2 ? 2 : 1, protocol::Sender::Dvr, message_.name);
+    message_.isRepeated = message_.kind != nullptr && incoming_.IsRepeated();
+    message_.listed = nullptr;
+    if (message_.kind != nullptr) {
         message_.event = next_.Event();
         incoming_.Remember();
         message_.listed = next_.TakeMessage(*document_);

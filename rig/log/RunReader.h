@@ -9,6 +9,7 @@
 #include "rig/log/Incoming.h"
 #include "rig/log/NextRequest.h"
 #include "rig/log/Statement.h"
+#include "rig/protocol/Catalogue.h"
 
 namespace rig::log {
 
@@ -19,12 +20,13 @@ struct Message {
     std::string_view text;  // byte for byte
     pugi::xml_node root;    // `msg`; none unless the harness finds it
     Form form = Form::Good;
-    std::string name;                  // `req`
-    bool isKnown = false;              // the dialect has it
-    bool isRepeated = false;           // it is, byte for byte, the known message before it
-    std::string event;                 // the one in progress until then, as the harness sees it
-    std::optional<std::int64_t> time;  // when its prefix was complete, microseconds
-    Listed listed;
+    std::string name;  // `req`
+    std::shared_ptr<const Subject> about;
+    const protocol::MessageKind* kind = nullptr;  // null if the dialect does not have it
+    bool isRepeated = false;                      // it is, byte for byte, the known message before it
+    std::string event;                            // the one in progress until then, as the harness sees it
+    std::optional<std::int64_t> time;             // when its prefix was complete, microseconds
+    const Listed* listed = nullptr;               // by a known message that may list something
 };
 
 /// Reads the log of one run of the harness, statement by statement. What the DVR sent is in the log; what the
@@ -55,7 +57,7 @@ class RunReader {
     Fault LastFault() const { return fault_; }
 
  private:
-    void NoteStart(Sign sign);
+    void NoteStart(Sign sign, bool isFirst);
     Event TakePrefixByte(const Statement& statement);
     void TakeSwitch(const Statement& statement);
     Event TakeSlice(const Statement& statement);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <set>
 #include <string>
+#include <utility>
 
 namespace rig::protocol {
 namespace {
@@ -71,9 +72,16 @@ const std::vector<MessageKind>& Catalogue() {
 // clang-format on
 
 const MessageKind* Find(int dialect, Sender sender, std::string_view name) {
-    for (const MessageKind& kind : Catalogue()) {
-        if (kind.dialect == dialect && kind.sender == sender && kind.name == name) {
-            return &kind;
+    static const std::vector<std::pair<std::string_view, const MessageKind*>> kByName = [] {
+        std::vector<std::pair<std::string_view, const MessageKind*>> byName;
+        for (const MessageKind& kind : Catalogue()) {
+            byName.emplace_back(kind.name, &kind);
+        }
+        return byName;
+    }();
+    for (const auto& [known, kind] : kByName) {
+        if (known == name && kind->dialect == dialect && kind->sender == sender) {
+            return kind;
         }
     }
     return nullptr;

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
+#include <cstdint>
 #include <iterator>
 #include <ostream>
 #include <sstream>
@@ -17,7 +19,8 @@ namespace {
 
 using Text = fmt::memory_buffer;
 
-constexpr std::size_t kRunsAcross = 16;  // in one matrix: what fits a terminal's width
+constexpr std::size_t kUsualRun = 4'096;  // bytes
+constexpr std::size_t kRunsAcross = 16;   // in one matrix: what fits a terminal's width
 
 template <typename... Arguments>
 void Print(Text& text, fmt::format_string<Arguments...> format, Arguments&&... arguments) {
@@ -81,12 +84,26 @@ std::string TitleOf(const RunResult& run) {
     return run.name + (run.switches.empty() ? "" : "  velloran " + run.switches);
 }
 
-/// Appends a time with one decimal.
+/// Appends a time with one decimal. To round it by its binary digits takes long, and decides only halfway.
 void AppendTime(Text& text, double time) {
+    constexpr double kMost = 1e9;
+    constexpr double kDoubt = 1e-5;
+    constexpr std::size_t kWidth = 10;
+    const double tenths = time >= 0 && time < kMost ? time * 10 : 0.5;
+    const auto whole = static_cast<std::int64_t>(tenths);
+    const double rest = tenths - static_cast<double>(whole);
+    if (std::abs(rest - 0.5) > kDoubt) {
+        const std::int64_t rounded = whole + (rest > 0.5 ? 1 : 0);
+        const fmt::format_int digits(rounded / 10);
+        AppendRight(text, {digits.data(), digits.size()}, kWidth - 2);
+        text.push_back('.');
+        text.push_back(static_cast<char>('0' + rounded % 10));
+        return;
+    }
     std::array<char, 400> digits;  // any number fits
     const auto* const end =
         std::to_chars(digits.data(), digits.data() + digits.size(), time, std::chars_format::fixed, 1).ptr;
-    AppendRight(text, {digits.data(), static_cast<std::size_t>(end - digits.data())}, 10);
+    AppendRight(text, {digits.data(), static_cast<std::size_t>(end - digits.data())}, kWidth);
 }
 
 void PrintTimings(Text& text, const RunResult& run) {
@@ -97,8 +114,10 @@ void PrintTimings(Text& text, const RunResult& run) {
     for (const Timing& timing : run.timings) {
         width = std::max(width, timing.request.size() + 1);
     }
-    Print(text, "\n  {:<{}}{:>7}{:>10}{:>10}{:>10}{:>10}  (reaction of the DVR, ms)\n", "request", width,
-          "count", "median", "95 %", "99 %", "longest");
+    text.append(std::string_view("\n  "));
+    AppendPadded(text, "request", width);
+    text.append(
+        std::string_view("  count    median      95 %      99 %   longest  (reaction of the DVR, ms)\n"));
     for (const Timing& timing : run.timings) {
         text.append(std::string_view("  "));
         AppendPadded(text, timing.request, width);
@@ -147,12 +166,14 @@ const char* ArrowOf(Step::Kind kind) {
 
 void RunPrinter::Add(const RunResult& run) {
     Text text;
+    text.reserve(kUsualRun);
     PrintRun(text, run, colour_);
     out_.write(text.data(), static_cast<std::streamsize>(text.size()));
     Row row{TitleOf(run), std::string(ids_.size(), ' ')};
-    std::size_t column = 0;
+    std::size_t expected = 0;
     for (const CheckResult& check : run.checks) {
-        column = ColumnOf(check.id, column);
+        const std::size_t column = ColumnOf(check.id, expected);
+        expected = column + 1;
         row.letters.resize(ids_.size(), ' ');
         row.letters[column] = LetterOf(check.verdict);
         ++counts_[check.verdict];
@@ -174,6 +195,7 @@ std::size_t RunPrinter::ColumnOf(const std::string& id, std::size_t expected) {
 }
 
 void RunPrinter::PrintMatrix(std::size_t first, std::size_t end) {
+    constexpr std::size_t kCell = 4;
     Text text;
     for (std::size_t run = first; run < end; ++run) {
         Print(text, "{:>4}  {}\n", run + 1, rows_[run].title);
@@ -185,11 +207,12 @@ void RunPrinter::PrintMatrix(std::size_t first, std::size_t end) {
     for (std::size_t check = 0; check < ids_.size(); ++check) {
         text.push_back('\n');
         AppendPadded(text, ids_[check], 28);
+        std::string cells((end - first) * kCell, ' ');
         for (std::size_t run = first; run < end; ++run) {
             const std::string& letters = rows_[run].letters;
-            text.append(std::string_view("   "));
-            text.push_back(check < letters.size() ? letters[check] : ' ');
+            cells[(run - first) * kCell + kCell - 1] = check < letters.size() ? letters[check] : ' ';
         }
+        text.append(cells);
     }
     Print(text, "\n\n");
     out_.write(text.data(), static_cast<std::streamsize>(text.size()));

@@ -12,6 +12,18 @@ CaseRun RunWithCheck(const std::string& verdict, const std::string& found) {
     return run;
 }
 
+TEST(Surroundings, NamePartsOfACampaign) {
+    const Campaign whole = CampaignOf({RunThat("PASS")});
+    Campaign part = whole;
+    part.shard = "1 of 2";
+    const std::vector<Difference> differences = Compare(whole, part).surroundings;
+    ASSERT_EQ(differences.size(), 1U);
+    EXPECT_EQ(differences[0].subject, "part");
+    EXPECT_EQ(differences[0].before, "the whole");
+    EXPECT_EQ(differences[0].after, "1 of 2");
+    EXPECT_TRUE(Compare(part, part).surroundings.empty());
+}
+
 TEST(Verdicts, ToPassIsBetter) {
     for (const char* before :
          {"FAIL", "TIMEOUT", "ENVIRONMENT", "INCONCLUSIVE", "NOT REACHED", "KNOWN FAILURE", "NOT RUN"}) {

@@ -35,6 +35,27 @@ class CampaignFolder : public testing::Test {
     Json record_ = Json::parse(std::ifstream(VELLORAN_CAMPAIGNS "/old/campaign.json"));
 };
 
+TEST_F(CampaignFolder, TellsWhichPartItIs) {
+    WriteRecord();
+    EXPECT_EQ(ReadCampaign(Path(), Depth::Record).shard, "");
+    record_["shard"] = {{"index", 2}, {"total", 3}};
+    WriteRecord();
+    EXPECT_EQ(ReadCampaign(Path(), Depth::Record).shard, "2 of 3");
+}
+
+TEST_F(CampaignFolder, ThatWasMergedTellsOfWhat) {
+    record_["seed"] = nullptr;
+    record_["merged"]["parts"] = {{{"begin", 7}, {"seed", 5}, {"note", "a"}},
+                                  {{"begin", 8}, {"seed", nullptr}, {"note", ""}}};
+    WriteRecord();
+    const Campaign campaign = ReadCampaign(Path(), Depth::Record);
+    EXPECT_EQ(campaign.seed, 0U);
+    ASSERT_EQ(campaign.parts.size(), 2U);
+    EXPECT_EQ(campaign.parts[0].begin, 7);
+    EXPECT_EQ(campaign.parts[0].seed, 5U);
+    EXPECT_EQ(campaign.parts[0].note, "a");
+}
+
 TEST_F(CampaignFolder, WhoseRecordIsEmptyIsRefused) {
     folder_.Write("campaign.json", "");
     errno = EPERM;  // of something else

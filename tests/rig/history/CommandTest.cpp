@@ -94,6 +94,13 @@ TEST_F(HistoryCommand, WritesNothingIfNoFolderIsACampaigns) {
     EXPECT_FALSE(std::filesystem::exists("all.html"));
 }
 
+TEST_F(HistoryCommand, SaysInOneLineWhatIsWrongWithAnyName) {
+    EXPECT_EQ(
+        RunHistoryWith("\"no\nsuch\"").errors,
+        "velloran-rig history: no\\nsuch/campaign.json: expected the record of a campaign (format 1), found "
+        "No such file or directory\n");
+}
+
 TEST_F(HistoryCommand, CountsAFolderThatIsGivenTwiceOnce) {
     std::filesystem::create_symlink("old", "link");
     const Ended ended = RunHistoryWith("old new/ ./new link");
@@ -131,18 +138,29 @@ TEST_F(HistoryCommand, SaysThatItsOutputWasLost) {
               "velloran-rig history: expected standard output to take the report, found that it did not\n");
 }
 
+TEST_F(HistoryCommand, NamesACampaignThatStillRuns) {
+    folders_.Write("now", 3, "1.11", {MadeUpCase("clean-2.0", "RUNNING"), MadeUpCase("event-2.0", "NOT RUN")},
+                   {{"state", "running"}, {"shard", nullptr}});
+    const Ended ended = RunHistoryWith("old new now");
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_NE(ended.output.find("\n3, 1.11: still running, or killed\n"), std::string::npos) << ended.output;
+    EXPECT_NE(ended.output.find("\nclean-2.0  PFR\nevent-2.0    -\n"), std::string::npos) << ended.output;
+    EXPECT_NE(ended.output.find("    last seen in 2, 1.10\n"), std::string::npos) << ended.output;
+}
+
 TEST_F(HistoryCommand, ReadsMergedCampaignsAndParts) {
     const std::vector<nlohmann::ordered_json> cases = {MadeUpCase("clean-2.0", "PASS")};
     folders_.Write("part", 3, "1.11", cases, {{"shard", {{"index", 1}, {"total", 2}}}, {"merged", nullptr}});
     folders_.Write("other", 4, "1.11", cases, {{"shard", {{"index", 2}, {"total", 2}}}, {"merged", nullptr}});
     const auto begin = nlohmann::ordered_json::parse(ContentOf("part/campaign.json"))["begin"];
-    folders_.Write(
-        "merged", 3, "1.11", cases,
-        {{"shard", nullptr}, {"merged", {{"parts", {{{"begin", begin}, {"seed", 3}, {"note", "1.11"}}}}}}});
+    folders_.Write("merged", 3, "1.11", cases,
+                   {{"shard", nullptr},
+                    {"seed", nullptr},
+                    {"merged", {{"parts", {{{"begin", begin}, {"seed", 3}, {"note", "1.11"}}}}}}});
     const Ended ended = RunHistoryWith("part merged other");
     EXPECT_EQ(ended.status, 0);
     EXPECT_EQ(ended.errors, "velloran-rig history: part: a part of merged, counted there\n");
-    EXPECT_NE(ended.output.find("\n1, 1.11: merged of 1 part\n2, 1.11: part 2/2\n"), std::string::npos)
+    EXPECT_NE(ended.output.find("\n1, 1.11: merged of 1 part\n2, 1.11: part 2 of 2\n"), std::string::npos)
         << ended.output;
 }
 
