@@ -1,7 +1,12 @@
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <iterator>
+
 #include "rig/diff/Reports.h"
+#include "rig/html/HtmlOutcome.h"
 #include "rig/html/HtmlPage.h"
+#include "rig/html/HtmlTable.h"
 #include "rig/html/RelativeLink.h"
 
 namespace rig::diff {
@@ -13,12 +18,20 @@ using html::AddNamedCell;
 using html::AddRowHead;
 using html::AddTable;
 
-/// A change looks like the nearest verdict.
-std::string ClassOf(Change change) {
-    static constexpr result::Verdict kVerdicts[] = {result::Verdict::NotReached,
-                                                    result::Verdict::Inconclusive, result::Verdict::Pass,
-                                                    result::Verdict::Fail};
-    return "verdict " + html::ClassOf(kVerdicts[static_cast<std::size_t>(change)]);
+constexpr Change kWorstFirst[] = {Change::Worse, Change::Better, Change::Changed, Change::Same};
+
+html::Tally TallyOf(const Comparison& comparison) {
+    html::Tally tally;
+    for (const Change change : kWorstFirst) {
+        tally[NameOf(change)] = comparison.Count(change);
+    }
+    return tally;
+}
+
+/// @return the first kind of change that there is
+Change WholeOf(const Comparison& comparison) {
+    return *std::find_if(std::begin(kWorstFirst), std::end(kWorstFirst) - 1,
+                         [&comparison](Change change) { return comparison.Count(change) > 0; });
 }
 
 void AddEvidence(pugi::xml_node cell, const std::string& place, const char* name, const Campaign& campaign,
@@ -35,7 +48,7 @@ void AddEvidence(pugi::xml_node cell, const std::string& place, const char* name
 
 void AddDifference(pugi::xml_node cell, const Difference& difference) {
     pugi::xml_node item = Add(cell, "div");
-    Add(item, "span", NameOf(difference.change), ClassOf(difference.change));
+    html::AddOutcome(item, NameOf(difference.change));
     AddText(item, " ");
     Add(item, "strong", difference.subject);
     Add(item, "div", "before: " + difference.before);
@@ -45,9 +58,10 @@ void AddDifference(pugi::xml_node cell, const Difference& difference) {
 void AddCase(pugi::xml_node body, const CaseComparison& one, const Comparison& comparison,
              const std::string& place) {
     pugi::xml_node row = Add(body, "tr");
+    html::SetOutcome(row, NameOf(one.change));
     AddRowHead(row, one.name);
-    Add(AddNamedCell(row, "Change"), "span", NameOf(one.change), ClassOf(one.change));
-    AddNamedCell(row, "Switches", "velloran " + one.switches);
+    html::AddOutcome(AddNamedCell(row, "Change"), NameOf(one.change));
+    Add(AddNamedCell(row, "Switches"), "code", "velloran " + one.switches);
     pugi::xml_node cell = AddNamedCell(row, "What changed");
     for (const Difference& difference : one.differences) {
         AddDifference(cell, difference);
@@ -61,6 +75,8 @@ void AddCase(pugi::xml_node body, const CaseComparison& one, const Comparison& c
 
 std::string DiffPage(const Comparison& comparison, const std::string& place) {
     html::HtmlPage page("Two campaigns: " + comparison.Words());
+    page.SetOutcome(NameOf(WholeOf(comparison)));
+    html::AddTally(page.Body(), TallyOf(comparison));
     pugi::xml_node list = Add(page.Body(), "dl", {}, "facts");
     AddFact(list, "Before", Words(*comparison.before));
     AddFact(list, "Now", Words(*comparison.after));
@@ -69,14 +85,15 @@ std::string DiffPage(const Comparison& comparison, const std::string& place) {
     }
     pugi::xml_node body = AddTable(page.Body(), "Cases that got worse first",
                                    {"Case", "Change", "Switches", "What changed", "Evidence"});
-    Set(body.parent(), "class", "checks");
-    for (const Change change : {Change::Worse, Change::Better, Change::Changed, Change::Same}) {
+    Set(body.parent(), "class", "checks changes");
+    for (const Change change : kWorstFirst) {
         for (const CaseComparison& one : comparison.cases) {
             if (one.change == change) {
                 AddCase(body, one, comparison, place);
             }
         }
     }
+    html::AddFilter(body, "cases");
     return page.Text();
 }
 

@@ -1,9 +1,15 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
+#include <string>
+
+#include "rig/diff/Severity.h"
 #include "rig/history/PageSections.h"
 #include "rig/history/Reports.h"
+#include "rig/html/HtmlOutcome.h"
 #include "rig/html/HtmlPage.h"
+#include "rig/html/HtmlTable.h"
 #include "rig/html/RelativeLink.h"
 
 namespace rig::history {
@@ -16,6 +22,27 @@ using html::AddTable;
 
 std::string AnchorOf(std::size_t build) {
     return fmt::format("campaign-{}", build + 1);
+}
+
+/// @return how a case came out when it last ran
+const std::string& LastOutcome(const CaseCourse& one) {
+    const auto cell = std::find_if(one.cells.rbegin(), one.cells.rend(), [](const Cell& other) {
+        return *other.digest.worst != "NOT RUN" && *other.digest.worst != "RUNNING";
+    });
+    return *(cell == one.cells.rend() ? one.cells.back() : *cell).digest.worst;
+}
+
+/// Shows how each case came out when it last ran, and whether a check still fails.
+void AddOutcomes(html::HtmlPage& page, const History& history) {
+    html::Tally tally;
+    std::string worst = history.failures.empty() ? "PASS" : "FAIL";
+    for (const CaseCourse& one : history.cases) {
+        const std::string& outcome = LastOutcome(one);
+        worst = diff::Severity(outcome) > diff::Severity(worst) ? outcome : worst;
+        ++tally[outcome];
+    }
+    page.SetOutcome(worst);
+    html::AddTally(page.Body(), tally);
 }
 
 void AddSummary(pugi::xml_node main, const History& history) {
@@ -127,6 +154,7 @@ std::string EvidenceOf(const History& history, std::size_t build, const std::str
 std::string HistoryPage(const History& history, const std::string& place) {
     html::HtmlPage page("History of " + history.Words());
     pugi::xml_node main = page.Body();
+    AddOutcomes(page, history);
     AddSummary(main, history);
     AddFailures(main, history, place);
     AddUnsteady(main, history);

@@ -3,34 +3,17 @@
 #include <algorithm>
 
 #include "rig/base/Counted.h"
-#include "rig/diff/Severity.h"
 #include "rig/history/PageSections.h"
 #include "rig/history/Reports.h"
+#include "rig/html/HtmlOutcome.h"
 #include "rig/html/HtmlPage.h"
+#include "rig/html/HtmlTable.h"
 #include "rig/html/RelativeLink.h"
 
 namespace rig::history {
 namespace {
 
 constexpr std::size_t kColumns = 24;  // that fit on a page of 1200 pixels
-
-/// Outcomes that are not verdicts look like the nearest verdict.
-result::Verdict LooksLike(const std::string& outcome) {
-    if (diff::IsFailure(outcome)) {
-        return result::Verdict::Fail;
-    }
-    if (outcome == "INTERRUPTED") {
-        return result::Verdict::Environment;
-    }
-    for (const result::Verdict verdict :
-         {result::Verdict::Pass, result::Verdict::Warning, result::Verdict::KnownFailure,
-          result::Verdict::Inconclusive, result::Verdict::Environment}) {
-        if (outcome == result::NameOf(verdict)) {
-            return verdict;
-        }
-    }
-    return result::Verdict::NotReached;
-}
 
 std::string TitleOf(const History& history, const Cell& cell) {
     const CaseDigest& digest = cell.digest;
@@ -45,7 +28,7 @@ void AddCell(pugi::xml_node row, const History& history, const Cell& cell, const
     const std::string title = TitleOf(history, cell);
     pugi::xml_node link = html::AddLink(Add(row, "td"), html::RelativeLink(target, place),
                                         std::string(1, LetterOf(*cell.digest.worst)));
-    Set(link, "class", "letter verdict " + html::ClassOf(LooksLike(*cell.digest.worst)));
+    Set(link, "class", std::string("letter verdict ") + html::LookOf(*cell.digest.worst).cssClass);
     Set(link, "title", title);
     Set(link, "aria-label", title);
 }

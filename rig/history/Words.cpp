@@ -1,53 +1,25 @@
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <array>
-#include <set>
 #include <utility>
 
 #include "rig/history/Reports.h"
+#include "rig/html/HtmlOutcome.h"
 
 namespace rig::history {
-namespace {
-
-struct Letter {
-    const char* outcome;
-    char letter;
-    const char* meaning;
-};
-
-constexpr std::array<Letter, 11> kLetters = {{{"PASS", 'P', "pass"},
-                                              {"WARNING", 'W', "warning"},
-                                              {"KNOWN FAILURE", 'K', "known failure"},
-                                              {"FAIL", 'F', "fail"},
-                                              {"TIMEOUT", 'T', "time-out"},
-                                              {"INCONCLUSIVE", 'I', "inconclusive"},
-                                              {"NOT REACHED", 'N', "not reached"},
-                                              {"ENVIRONMENT", 'E', "environment"},
-                                              {"INTERRUPTED", 'X', "interrupted"},
-                                              {"RUNNING", 'R', "running"},
-                                              {"NOT RUN", '-', "not run"}}};
-
-}  // namespace
 
 char LetterOf(const std::string& outcome) {
-    const auto* const place = std::find_if(kLetters.begin(), kLetters.end(),
-                                           [&outcome](const Letter& one) { return outcome == one.outcome; });
-    return place == kLetters.end() ? '?' : place->letter;
+    const html::Look& look = html::LookOf(outcome);
+    return look.name == outcome ? look.letter.front() : '?';
 }
 
 std::string LetterLegend(const History& history) {
-    std::set<std::string> outcomes;
+    html::Tally outcomes;
     for (const CaseCourse& one : history.cases) {
         for (const Cell& cell : one.cells) {
-            outcomes.insert(*cell.digest.worst);
+            ++outcomes[*cell.digest.worst];
         }
     }
-    std::string legend;
-    for (const Letter& one : kLetters) {
-        legend += outcomes.count(one.outcome) > 0 ? fmt::format("{} {}, ", one.letter, one.meaning) : "";
-    }
-    return legend + "blank: not in this campaign";
+    return html::LetterLegend(outcomes) + ", blank: not in this campaign";
 }
 
 std::string Words(const History& history, std::size_t build) {

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 
+#include "rig/html/HtmlMatrix.h"
+#include "rig/html/HtmlOutcome.h"
 #include "rig/html/HtmlPage.h"
 #include "rig/html/HtmlSections.h"
+#include "rig/html/HtmlTable.h"
 
 namespace rig::html {
 namespace {
@@ -31,35 +34,12 @@ void AddCheck(pugi::xml_node body, const result::CheckResult& check, const LogPl
               const std::string& prefix) {
     pugi::xml_node row = Add(body, "tr");
     Set(row, "id", prefix + check.id);
+    SetOutcome(row, result::NameOf(check.verdict));
     AddVerdict(AddNamedCell(row, "Verdict"), check.verdict);
     AddLink(AddRowHead(row, {}), "#" + prefix + check.id, check.id);
     AddNamedCell(row, "Requirement", check.requirement);
     AddNamedCell(row, "Expected", check.expected);
     AddEvidence(AddNamedCell(row, "Found", check.found), check, places);
-}
-
-/// @return the checks of all runs, in order of first appearance
-std::vector<std::string> IdsOf(const result::Result& result) {
-    std::vector<std::string> ids;
-    for (const result::RunResult& run : result.runs) {
-        for (const result::CheckResult& check : run.checks) {
-            if (std::find(ids.begin(), ids.end(), check.id) == ids.end()) {
-                ids.push_back(check.id);
-            }
-        }
-    }
-    return ids;
-}
-
-void AddLetter(pugi::xml_node row, const result::RunResult& run, const std::string& id,
-               const std::string& prefix) {
-    pugi::xml_node cell = Add(row, "td");
-    const auto check = std::find_if(run.checks.begin(), run.checks.end(),
-                                    [&id](const result::CheckResult& one) { return one.id == id; });
-    if (check == run.checks.end()) {
-        return;
-    }
-    AddVerdictLetter(cell, check->verdict, "#" + prefix + id);
 }
 
 }  // namespace
@@ -85,6 +65,7 @@ void AddChecks(pugi::xml_node section, const result::RunResult& run, const LogPl
     for (const result::CheckResult* check : checks) {
         AddCheck(body, *check, places, prefix);
     }
+    AddFilter(body, prefix + "checks");
 }
 
 void AddTimings(pugi::xml_node section, const result::RunResult& run) {
@@ -102,20 +83,12 @@ void AddTimings(pugi::xml_node section, const result::RunResult& run) {
 }
 
 void AddMatrix(pugi::xml_node section, const result::Result& result) {
-    std::vector<std::string> heads = {"Check"};
-    for (std::size_t run = 0; run < result.runs.size(); ++run) {
-        heads.push_back(std::to_string(run + 1));
+    std::vector<MatrixColumn> columns;
+    for (const result::RunResult& run : result.runs) {
+        const std::size_t number = columns.size();
+        columns.push_back({std::to_string(number + 1), &run.checks, "#" + PrefixOf(number)});
     }
-    pugi::xml_node body = AddTable(section, "Checks by run", heads);
-    Set(body.parent(), "class", "matrix");
-    for (const std::string& id : IdsOf(result)) {
-        pugi::xml_node row = Add(body, "tr");
-        AddRowHead(row, id);
-        for (std::size_t run = 0; run < result.runs.size(); ++run) {
-            AddLetter(row, result.runs[run], id, PrefixOf(run));
-        }
-    }
-    AddLetterLegend(section);
+    AddCheckMatrix(section, "Checks by run", columns);
 }
 
 }  // namespace rig::html

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "rig/base/Counted.h"
+#include "rig/html/HtmlOutcome.h"
 #include "rig/html/HtmlPage.h"
 #include "rig/html/HtmlSections.h"
 #include "rig/result/Result.h"
@@ -27,13 +28,6 @@ const char* MeaningOf(const std::string& level) {
     return meaning == kMeanings.end() ? "" : meaning->second;
 }
 
-pugi::xml_node AddInput(pugi::xml_node label, const char* type, const char* name) {
-    pugi::xml_node input = label.append_child("input");
-    input.append_attribute("type") = type;
-    input.append_attribute("name") = name;
-    return input;
-}
-
 void AddLevels(pugi::xml_node form, const result::RunResult& run) {
     const auto byNumber = [](const std::string& left, const std::string& right) {
         return left.size() != right.size() ? left.size() < right.size() : left < right;
@@ -49,7 +43,7 @@ void AddLevels(pugi::xml_node form, const result::RunResult& run) {
         pugi::xml_node input = AddInput(label, "checkbox", "level");
         Set(input, "value", level);
         Set(input, "checked", "checked");
-        AddText(label, " " + level + " " + MeaningOf(level));
+        AddText(label, level + " " + MeaningOf(level));
     }
 }
 
@@ -58,11 +52,11 @@ void AddSearch(pugi::xml_node log, const result::RunResult& run) {
     pugi::xml_node form = Add(log, "form", {}, "search");
     Set(form, "role", "search");
     Set(form, "hidden", "hidden");
-    pugi::xml_node field = Add(form, "label", "Search the log ");
+    pugi::xml_node field = Add(form, "label", "Search the log");
     AddInput(field, "search", "search");
     pugi::xml_node proofs = Add(form, "label");
     AddInput(proofs, "checkbox", "evidence");
-    AddText(proofs, " only lines that prove a finding");
+    AddText(proofs, "only lines that prove a finding");
     AddLevels(form, run);
     Set(Add(form, "p", {}, "shown"), "role", "status");
 }
@@ -84,7 +78,7 @@ void AddLine(pugi::xml_node list, const result::RunResult& run, const LogPlaces&
         AddText(text, " ");
         const std::string words = fmt::format("evidence: {} {}", result::NameOf(check->verdict), check->id);
         Set(AddLink(text, "#" + prefix + check->id, words), "class",
-            "proof verdict " + ClassOf(check->verdict));
+            std::string("proof verdict ") + LookOf(result::NameOf(check->verdict)).cssClass);
     }
 }
 

@@ -1,15 +1,17 @@
 #include "rig/html/HtmlPage.h"
 
-#include <algorithm>
-#include <cctype>
+#include <fmt/format.h>
+
 #include <set>
 #include <sstream>
 
+#include "rig/html/HtmlOutcome.h"
 #include "rig/html/PageFiles.h"
 
 namespace rig::html {
 namespace {
 
+constexpr int kSecondsToRenewal = 5;
 constexpr const char* kNothingIsLoaded =
     "default-src 'none'; style-src 'unsafe-inline'; script-src 'unsafe-inline'";
 
@@ -19,27 +21,32 @@ void AddMeta(pugi::xml_node head, const char* name, const char* value) {
     meta.append_attribute("content") = value;
 }
 
+/// Adds what a server would say of the page.
+void AddHeader(pugi::xml_node head, const char* name, const std::string& value) {
+    pugi::xml_node meta = head.append_child("meta");
+    meta.append_attribute("http-equiv") = name;
+    meta.append_attribute("content") = value.c_str();
+}
+
 void AddHead(pugi::xml_node html, std::string_view title) {
     pugi::xml_node head = html.append_child("head");
     head.append_child("meta").append_attribute("charset") = "utf-8";
     AddMeta(head, "viewport", "width=device-width, initial-scale=1");
     AddMeta(head, "color-scheme", "light dark");
-    pugi::xml_node policy = head.append_child("meta");
-    policy.append_attribute("http-equiv") = "Content-Security-Policy";
-    policy.append_attribute("content") = kNothingIsLoaded;
+    AddHeader(head, "Content-Security-Policy", kNothingIsLoaded);
     Add(head, "title", title);
     // Browsers take what follows literally, XML readers because of the CDATA section: the comments hide that
     // section from browsers.
     pugi::xml_node style = head.append_child("style");
     style.append_child(pugi::node_pcdata).set_value("/*");
-    style.append_child(pugi::node_cdata).set_value((std::string("*/\n") + kReportStyle + "/*").c_str());
+    style.append_child(pugi::node_cdata).set_value((std::string("*/\n") + kPageStyle + "/*").c_str());
     style.append_child(pugi::node_pcdata).set_value("*/");
 }
 
 void AddScript(pugi::xml_node body) {
     pugi::xml_node script = body.append_child("script");
     script.append_child(pugi::node_pcdata).set_value("//");
-    script.append_child(pugi::node_cdata).set_value((std::string("\n") + kReportScript + "//").c_str());
+    script.append_child(pugi::node_cdata).set_value((std::string("\n") + kPageScript + "//").c_str());
 }
 
 /// Browsers take "<td/>" for an open element: gives each element without content an empty text, so that a tag
@@ -64,8 +71,22 @@ HtmlPage::HtmlPage(std::string_view title) {
     AddHead(html, title);
     pugi::xml_node body = html.append_child("body");
     main_ = body.append_child("main");
-    Add(main_, "h1", title);
+    heading_ = Add(main_, "h1", title);
     AddScript(body);
+}
+
+void HtmlPage::SetOutcome(std::string_view name) {
+    pugi::xml_node band = main_.insert_child_before("header", heading_);
+    Set(band, "class", std::string("band ") + LookOf(name).cssClass);
+    Add(band, "p", name, "outcome");
+    heading_ = band.append_move(heading_);
+}
+
+void HtmlPage::Renew(std::string_view progress) {
+    AddHeader(document_.child("html").child("head"), "refresh", std::to_string(kSecondsToRenewal));
+    pugi::xml_node line = Add(main_, "p", progress, "progress");
+    Set(line, "role", "status");
+    AddText(line, fmt::format(" This page renews itself every {} s.", kSecondsToRenewal));
 }
 
 std::string HtmlPage::Text() {
@@ -82,41 +103,11 @@ pugi::xml_node AddLink(pugi::xml_node parent, std::string_view target, std::stri
     return link;
 }
 
-pugi::xml_node AddVerdict(pugi::xml_node parent, result::Verdict verdict) {
-    return Add(parent, "span", result::NameOf(verdict), "verdict " + ClassOf(verdict));
-}
-
-void AddVerdictLetter(pugi::xml_node parent, result::Verdict verdict, std::string_view target) {
-    pugi::xml_node link = AddLink(parent, target, std::string(1, *result::NameOf(verdict)));
-    Set(link, "class", "letter verdict " + ClassOf(verdict));
-    Set(link, "title", result::NameOf(verdict));
-    Set(link, "aria-label", result::NameOf(verdict));
-}
-
-void AddLetterLegend(pugi::xml_node parent) {
-    Add(parent, "p",
-        "P pass, W warning, F fail, I inconclusive, N not reached, E environment, K known failure", "hint");
-}
-
-pugi::xml_node AddTable(pugi::xml_node parent, std::string_view caption,
-                        const std::vector<std::string>& heads) {
-    pugi::xml_node frame = Add(parent, "div", {}, "scrolls");
-    Set(frame, "role", "region");
-    Set(frame, "aria-label", caption);
-    Set(frame, "tabindex", "0");
-    pugi::xml_node table = Add(frame, "table");
-    Add(table, "caption", caption);
-    pugi::xml_node row = Add(Add(table, "thead"), "tr");
-    for (const std::string& head : heads) {
-        Set(Add(row, "th", head), "scope", "col");
-    }
-    return Add(table, "tbody");
-}
-
-pugi::xml_node AddNamedCell(pugi::xml_node row, std::string_view head, std::string_view text) {
-    pugi::xml_node cell = Add(row, "td", text);
-    Set(cell, "data-head", head);
-    return cell;
+pugi::xml_node AddInput(pugi::xml_node label, const char* type, const char* name) {
+    pugi::xml_node input = label.append_child("input");
+    input.append_attribute("type") = type;
+    input.append_attribute("name") = name;
+    return input;
 }
 
 void AddFact(pugi::xml_node list, std::string_view name, std::string_view value) {
@@ -124,20 +115,6 @@ void AddFact(pugi::xml_node list, std::string_view name, std::string_view value)
         Add(list, "dt", name);
         Add(list, "dd", value);
     }
-}
-
-pugi::xml_node AddRowHead(pugi::xml_node row, std::string_view text) {
-    pugi::xml_node head = Add(row, "th", text);
-    Set(head, "scope", "row");
-    return head;
-}
-
-std::string ClassOf(result::Verdict verdict) {
-    std::string name = result::NameOf(verdict);
-    std::transform(name.begin(), name.end(), name.begin(), [](unsigned char letter) {
-        return static_cast<char>(letter == ' ' ? '-' : std::tolower(letter));
-    });
-    return name;
 }
 
 }  // namespace rig::html

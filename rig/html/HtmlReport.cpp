@@ -3,11 +3,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <map>
 
 #include "rig/base/Counted.h"
+#include "rig/html/HtmlOutcome.h"
 #include "rig/html/HtmlPage.h"
 #include "rig/html/HtmlSections.h"
+#include "rig/html/HtmlTable.h"
 #include "rig/result/Result.h"
 
 namespace rig::html {
@@ -19,26 +20,24 @@ constexpr std::size_t kFewestLogLines = 1'000;
 constexpr std::size_t kSteps = 10'000;
 constexpr std::size_t kFewestSteps = 200;
 
-using Counts = std::map<result::Verdict, std::size_t>;
-
-Counts CountsOf(const result::Result& result) {
-    Counts counts;
+Tally CountsOf(const result::Result& result) {
+    Tally counts;
     for (const result::RunResult& run : result.runs) {
         for (const result::CheckResult& check : run.checks) {
-            ++counts[check.verdict];
+            ++counts[result::NameOf(check.verdict)];
         }
     }
     return counts;
 }
 
 std::string Headline(const result::Result& result) {
-    Counts counts = CountsOf(result);
+    Tally counts = CountsOf(result);
     std::size_t sum = 0;
-    for (const auto& [verdict, count] : counts) {
+    for (const auto& [name, count] : counts) {
         sum += count;
     }
     const result::Verdict worst = result::WorstOf(result);
-    const std::string share = fmt::format("{} of {}", counts[worst], Counted(sum, "check"));
+    const std::string share = fmt::format("{} of {}", counts[result::NameOf(worst)], Counted(sum, "check"));
     switch (worst) {
         case result::Verdict::Pass:
             return fmt::format("The DVR passed: {}", share);
@@ -56,16 +55,6 @@ std::string Headline(const result::Result& result) {
             break;
     }
     return fmt::format("The DVR failed: {}", share);
-}
-
-void AddSummary(pugi::xml_node section, const result::Result& result) {
-    pugi::xml_node line = Add(section, "p", {}, "summary");
-    const Counts counts = CountsOf(result);
-    for (auto count = counts.rbegin(); count != counts.rend(); ++count) {
-        AddText(line, fmt::format("{} ", count->second));
-        AddVerdict(line, count->first);
-        AddText(line, " ");
-    }
 }
 
 void AddFacts(pugi::xml_node section, const result::RunResult& run) {
@@ -140,7 +129,8 @@ void AddRuns(pugi::xml_node main, const result::Result& result) {
 
 std::string HtmlReport(const result::Result& result) {
     HtmlPage page(Headline(result));
-    AddSummary(page.Body(), result);
+    page.SetOutcome(result::NameOf(result::WorstOf(result)));
+    AddTally(page.Body(), CountsOf(result));
     if (result.runs.size() == 1) {
         AddRun(page.Body(), result.runs.front(), 0, 1, "h2");
     } else {

@@ -2,8 +2,8 @@
 
 namespace rig::html {
 
-/// The files of page/, unchanged; the styles one after another.
-extern const char* const kReportStyle;
-extern const char* const kReportScript;
+/// The files of page/, unchanged, one after another.
+extern const char* const kPageStyle;
+extern const char* const kPageScript;
 
 }  // namespace rig::html

@@ -4,10 +4,15 @@
 #include <algorithm>
 
 #include "rig/base/Counted.h"
+#include "rig/base/Holds.h"
 #include "rig/campaign/evidence/CampaignFiles.h"
+#include "rig/campaign/evidence/CasesTable.h"
 #include "rig/campaign/evidence/CoveragePage.h"
 #include "rig/campaign/evidence/MergePage.h"
+#include "rig/html/HtmlMatrix.h"
+#include "rig/html/HtmlOutcome.h"
 #include "rig/html/HtmlPage.h"
+#include "rig/html/HtmlTable.h"
 #include "rig/result/Result.h"
 
 namespace rig::campaign {
@@ -15,7 +20,6 @@ namespace {
 
 using html::AddFact;
 using html::AddLink;
-using html::AddNamedCell;
 using html::AddRowHead;
 using html::AddTable;
 
@@ -53,30 +57,25 @@ std::string Headline(const CampaignRecord& campaign) {
     }
 }
 
-/// Outcomes that are not verdicts look like the nearest verdict.
-std::string ClassOf(Outcome outcome) {
-    switch (outcome) {
-        case Outcome::Pass:
-            return html::ClassOf(result::Verdict::Pass);
-        case Outcome::KnownFailure:
-            return html::ClassOf(result::Verdict::KnownFailure);
-        case Outcome::Fail:
-        case Outcome::Timeout:
-            return html::ClassOf(result::Verdict::Fail);
-        case Outcome::Environment:
-        case Outcome::Interrupted:
-            return html::ClassOf(result::Verdict::Environment);
-        case Outcome::NotReached:
-        case Outcome::NotRun:
-        case Outcome::Running:
-            return html::ClassOf(result::Verdict::NotReached);
-        default:
-            return html::ClassOf(result::Verdict::Inconclusive);
+/// @return how many cases had each outcome; of the two that everybody looks for, also that there are none
+html::Tally TallyOf(const CampaignRecord& campaign) {
+    html::Tally tally = {{NameOf(Outcome::Pass), 0}, {NameOf(Outcome::Fail), 0}};
+    for (const CaseRecord& record : campaign.cases) {
+        ++tally[NameOf(record.outcome)];
     }
+    return tally;
 }
 
-void AddOutcome(pugi::xml_node parent, Outcome outcome) {
-    Add(parent, "span", NameOf(outcome), "verdict " + ClassOf(outcome));
+std::string Progress(const CampaignRecord& campaign) {
+    std::size_t done = 0;
+    std::string current;
+    for (const CaseRecord& record : campaign.cases) {
+        done += record.outcome == Outcome::NotRun || record.outcome == Outcome::Running ? 0U : 1U;
+        if (record.outcome == Outcome::Running && record.begin) {
+            current = fmt::format("; {} began at {}", record.id, result::Date(*record.begin));
+        }
+    }
+    return fmt::format("{} of {} done{}.", done, Counted(campaign.cases.size(), "case"), current);
 }
 
 void AddFacts(pugi::xml_node main, const CampaignRecord& campaign) {
@@ -106,70 +105,10 @@ void AddFacts(pugi::xml_node main, const CampaignRecord& campaign) {
     AddFact(list, "Seed", campaign.HasOneSeed() ? std::to_string(campaign.seed) : "");
 }
 
-void AddEnding(pugi::xml_node cell, const char* who, const ProcessRecord& process) {
-    const std::string stopped = process.stoppedBy.empty() ? "" : " on " + process.stoppedBy;
-    Add(cell, "div",
-        fmt::format("{} {}{}", who, process.end ? process.end->Words() : "did not end", stopped));
-}
-
-void AddCase(pugi::xml_node body, const CaseRecord& record, std::size_t number) {
-    pugi::xml_node row = Add(body, "tr");
-    Set(row, "id", record.id);
-    AddRowHead(row, std::to_string(number));
-    AddOutcome(AddNamedCell(row, "Outcome"), record.outcome);
-    pugi::xml_node name = AddNamedCell(row, "Case");
-    Add(name, "strong", record.id);
-    Add(name, "div", "velloran " + record.plan.switches);
-    Add(name, "div", record.plan.sentence);
-    pugi::xml_node found = AddNamedCell(row, "Found", record.reason);
-    if (record.isSuspect && record.outcome != Outcome::Pass) {
-        Add(found, "div", "The clean export before it failed: do not blame how the DVR handles faults.");
-    }
-    AddEnding(found, "harness", record.harness);
-    if (record.dvr) {
-        AddEnding(found, "DVR", *record.dvr);
-    }
-    AddNamedCell(row, "Duration", fmt::format("{:.1f} s", record.times.duration));
-    pugi::xml_node files = AddNamedCell(row, "Evidence");
-    for (const std::string& file : record.files) {
-        AddLink(files, record.Folder() + "/" + file, file);
-        AddText(files, " ");
-    }
-}
-
-void AddCases(pugi::xml_node main, const CampaignRecord& campaign) {
-    Set(Add(main, "h2", "Cases"), "id", "cases");
-    pugi::xml_node body = AddTable(main, "In the order in which they ran",
-                                   {"Number", "Outcome", "Case", "Found", "Duration", "Evidence"});
-    Set(body.parent(), "class", "checks");
-    for (std::size_t index = 0; index < campaign.cases.size(); ++index) {
-        AddCase(body, campaign.cases[index], index + 1);
-    }
-}
-
-/// @return the checks of these cases, in order of first appearance
-std::vector<std::string> ChecksOf(const std::vector<const CaseRecord*>& cases) {
-    std::vector<std::string> ids;
-    for (const CaseRecord* record : cases) {
-        for (const result::CheckResult& check : record->checks) {
-            if (std::find(ids.begin(), ids.end(), check.id) == ids.end()) {
-                ids.push_back(check.id);
-            }
-        }
-    }
-    return ids;
-}
-
-void AddCell(pugi::xml_node row, const CaseRecord& record, const std::string& id) {
-    pugi::xml_node cell = Add(row, "td");
-    const auto check = std::find_if(record.checks.begin(), record.checks.end(),
-                                    [&id](const result::CheckResult& one) { return one.id == id; });
-    if (check != record.checks.end()) {
-        const bool hasPage =
-            std::find(record.files.begin(), record.files.end(), "report.html") != record.files.end();
-        html::AddVerdictLetter(cell, check->verdict,
-                               hasPage ? record.Folder() + "/report.html#" + id : "#" + record.id);
-    }
+html::MatrixColumn ColumnOf(const CaseRecord& record, std::size_t number) {
+    const bool hasPage = Holds(record.files, "report.html");
+    return {std::to_string(number), &record.checks,
+            hasPage ? record.Folder() + "/report.html#" : "#" + record.id, hasPage};
 }
 
 /// @return the cases to show side by side: of more than anybody can read only the first that did not pass
@@ -191,20 +130,12 @@ void AddMatrix(pugi::xml_node main, const CampaignRecord& campaign) {
     if (columns.size() < campaign.cases.size()) {
         Add(main, "p", fmt::format("The first {} cases that did not pass.", kMostColumns));
     }
-    std::vector<std::string> heads = {"Check"};
+    std::vector<html::MatrixColumn> letters;
+    letters.reserve(columns.size());
     for (const CaseRecord* column : columns) {
-        heads.push_back(std::to_string(column - campaign.cases.data() + 1));
+        letters.push_back(ColumnOf(*column, static_cast<std::size_t>(column - campaign.cases.data()) + 1));
     }
-    pugi::xml_node body = AddTable(main, "Each cell leads to the case's dialogue and log", heads);
-    Set(body.parent(), "class", "matrix");
-    for (const std::string& id : ChecksOf(columns)) {
-        pugi::xml_node row = Add(body, "tr");
-        AddRowHead(row, id);
-        for (const CaseRecord* column : columns) {
-            AddCell(row, *column, id);
-        }
-    }
-    html::AddLetterLegend(main);
+    html::AddCheckMatrix(main, "Each letter leads to the case's dialogue and log", letters);
 }
 
 void AddSpreads(pugi::xml_node main, const CampaignRecord& campaign) {
@@ -233,12 +164,19 @@ void AddSpreads(pugi::xml_node main, const CampaignRecord& campaign) {
 std::string CampaignPage(const CampaignRecord& campaign) {
     html::HtmlPage page(Headline(campaign));
     pugi::xml_node main = page.Body();
+    const bool isRunning = campaign.state == "running" && !campaign.merged;
+    page.SetOutcome(NameOf(isRunning ? Outcome::Running : campaign.Whole()));
     if (campaign.merged) {
         AddDifferences(main, *campaign.merged);
     }
     for (const std::string& known : campaign.knownUnseen) {
         Add(main, "p",
-            "A known failure did not occur: " + known + ". The list of known failures must be fixed.");
+            "A known failure did not occur: " + known + ". The list of known failures must be fixed.",
+            "notice");
+    }
+    html::AddTally(main, TallyOf(campaign));
+    if (isRunning) {
+        page.Renew(Progress(campaign));
     }
     AddFacts(main, campaign);
     pugi::xml_node sections = Add(main, "nav");

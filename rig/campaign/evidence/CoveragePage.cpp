@@ -7,7 +7,9 @@
 #include <vector>
 
 #include "rig/base/Holds.h"
+#include "rig/html/HtmlOutcome.h"
 #include "rig/html/HtmlPage.h"
+#include "rig/html/HtmlTable.h"
 
 namespace rig::campaign {
 namespace {
@@ -67,6 +69,22 @@ void AddFaults(pugi::xml_node main, const Coverage& coverage, int protocol) {
     }
 }
 
+void AddItems(pugi::xml_node main, const Coverage& coverage) {
+    pugi::xml_node body =
+        AddTable(main, "Messages and fields that came", {"Message", "Field", "Dialect", "From", "Count"});
+    Set(body.parent(), "class", "items");
+    for (const Coverage::ItemCount& item : coverage.Items()) {
+        pugi::xml_node row = Add(body, "tr");
+        html::SetOutcome(row, item.count > 0 ? "reached" : "missed");
+        AddRowHead(row, item.item.message);
+        Add(row, "td", item.item.field);
+        Add(row, "td", fmt::format("{}.0", item.item.protocol));
+        Add(row, "td", item.item.from);
+        Add(row, "td", std::to_string(item.count));
+    }
+    html::AddFilter(body, "items");
+}
+
 }  // namespace
 
 void AddCoverage(pugi::xml_node main, const Coverage& coverage) {
@@ -83,16 +101,7 @@ void AddCoverage(pugi::xml_node main, const Coverage& coverage) {
     }
     AddFaults(main, coverage, 1);
     AddFaults(main, coverage, 2);
-    pugi::xml_node body =
-        AddTable(main, "Messages and fields that came", {"Message", "Field", "Dialect", "From", "Count"});
-    for (const Coverage::ItemCount& item : coverage.Items()) {
-        pugi::xml_node row = Add(body, "tr");
-        AddRowHead(row, item.item.message);
-        Add(row, "td", item.item.field);
-        Add(row, "td", fmt::format("{}.0", item.item.protocol));
-        Add(row, "td", item.item.from);
-        Add(row, "td", std::to_string(item.count));
-    }
+    AddItems(main, coverage);
 }
 
 }  // namespace rig::campaign

@@ -6,7 +6,9 @@
 #include <string>
 
 #include "rig/base/Counted.h"
+#include "rig/html/HtmlOutcome.h"
 #include "rig/html/HtmlPage.h"
+#include "rig/html/HtmlTable.h"
 
 namespace rig::campaign {
 namespace {
@@ -48,7 +50,7 @@ void AddOthers(pugi::xml_node main, const MergeRecord& merged) {
         pugi::xml_node row = Add(body, "tr");
         AddLink(AddRowHead(row, ""), "#" + other.id, other.id);
         Add(row, "td", std::to_string(other.part));
-        Add(row, "td", NameOf(other.outcome));
+        html::AddOutcome(Add(row, "td"), NameOf(other.outcome));
         AddLink(Add(row, "td"), other.folder + "/", other.folder);
     }
 }
@@ -57,17 +59,19 @@ void AddOthers(pugi::xml_node main, const MergeRecord& merged) {
 
 void AddDifferences(pugi::xml_node main, const MergeRecord& merged) {
     for (const std::string& difference : merged.differences) {
-        Add(main, "p", "The parts differ: " + difference);
+        Add(main, "p", "The parts differ: " + difference, "notice");
     }
     if (!merged.missing.empty()) {
         Add(main, "p",
             fmt::format("No part ran {}: {}", Counted(merged.missing.size(), "case"),
-                        fmt::join(merged.missing, ", ")));
+                        fmt::join(merged.missing, ", ")),
+            "notice");
     }
     if (!merged.doubles.empty()) {
         Add(main, "p",
             fmt::format("Several parts ran {}: {}", Counted(merged.doubles.size(), "case"),
-                        fmt::join(merged.doubles, ", ")));
+                        fmt::join(merged.doubles, ", ")),
+            "notice");
     }
 }
 

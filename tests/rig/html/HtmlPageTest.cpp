@@ -28,12 +28,12 @@ TEST(HtmlPage, ClosesElementsAsBrowsersExpect) {
 
 TEST(HtmlPage, HoldsStyleAndScriptAsTheyAre) {
     const std::string page = HtmlPage("title").Text();
-    EXPECT_TRUE(Holds(page, std::string("<style>/*<![CDATA[*/\n") + kReportStyle + "/*]]>*/</style>"));
-    EXPECT_TRUE(Holds(page, std::string("<script>//<![CDATA[\n") + kReportScript + "//]]></script>"));
+    EXPECT_TRUE(Holds(page, std::string("<style>/*<![CDATA[*/\n") + kPageStyle + "/*]]>*/</style>"));
+    EXPECT_TRUE(Holds(page, std::string("<script>//<![CDATA[\n") + kPageScript + "//]]></script>"));
 }
 
 TEST(HtmlPage, StyleAndScriptHoldNothingThatEndsThem) {
-    for (const std::string file : {kReportStyle, kReportScript}) {
+    for (const std::string file : {kPageStyle, kPageScript}) {
         EXPECT_GT(file.size(), 1000U);
         EXPECT_EQ(file.back(), '\n');
         for (const char* const end : {"</", "]]>", "<!--", "<script"}) {
@@ -57,28 +57,22 @@ TEST(HtmlPage, MaySayItsTextTwice) {
     EXPECT_EQ(page.Text(), once);
 }
 
-TEST(AddTable, NamesItselfItsColumnsAndRows) {
+TEST(HtmlPage, ShowsTheOutcomeAsABandAroundTheHeading) {
     HtmlPage page("title");
-    pugi::xml_node row = Add(AddTable(page.Body(), "Caption", {"One", "Two"}), "tr");
-    AddRowHead(row, "row");
-    EXPECT_TRUE(Holds(page.Text(),
-                      "aria-label=\"Caption\" tabindex=\"0\"><table><caption>Caption</caption><thead><tr>"
-                      "<th scope=\"col\">One</th><th scope=\"col\">Two</th></tr></thead>"
-                      "<tbody><tr><th scope=\"row\">row</th></tr></tbody></table>"));
+    page.SetOutcome("TIMEOUT");
+    Add(page.Body(), "p");
+    EXPECT_TRUE(
+        Holds(page.Text(),
+              "<main><header class=\"band fail\"><p class=\"outcome\">TIMEOUT</p><h1>title</h1></header>"
+              "<p></p></main>"));
 }
 
-TEST(AddVerdict, SaysItInWordsAndColour) {
+TEST(HtmlPage, RenewsItselfOnlyIfAsked) {
     HtmlPage page("title");
-    AddVerdict(page.Body(), result::Verdict::NotReached);
-    EXPECT_TRUE(Holds(page.Text(), "<span class=\"verdict not-reached\">NOT REACHED</span>"));
-}
-
-TEST(AddVerdict, HasAStyleForEachVerdict) {
-    for (const result::Verdict verdict :
-         {result::Verdict::Pass, result::Verdict::KnownFailure, result::Verdict::NotReached,
-          result::Verdict::Inconclusive, result::Verdict::Environment, result::Verdict::Fail}) {
-        EXPECT_TRUE(Holds(kReportStyle, ".verdict." + ClassOf(verdict))) << ClassOf(verdict);
-    }
+    EXPECT_FALSE(Holds(page.Text(), "refresh\""));
+    page.Renew("1 of 2 cases done.");
+    EXPECT_TRUE(Holds(page.Text(), "<meta http-equiv=\"refresh\" content=\"5\"/>"));
+    EXPECT_TRUE(Holds(page.Text(), ">1 of 2 cases done. This page renews itself every 5 s.</p>"));
 }
 
 }  // namespace

@@ -125,5 +125,4 @@
     if (text) {
         logs.forEach(function (log) { log.search(text); });
     }
-    document.documentElement.dataset.script = "ready";
 }());
