@@ -15,7 +15,7 @@ TEST_F(MergePageTest, SaysFirstWhatThePartsDoNotHaveInCommon) {
     ASSERT_TRUE(page.load_string(TextOf("out/index.html").c_str()));
     const auto sentence = [&page](int number) {
         return std::string(
-            page.select_node(("//h1/following-sibling::*[" + std::to_string(number) + "][self::p]").c_str())
+            page.select_node(("(//p[@class='notice'])[" + std::to_string(number) + "]").c_str())
                 .node()
                 .text()
                 .get());
