@@ -27,7 +27,7 @@ struct Part {
 
 /// Reads campaign.json and each case.json. Evidence that they name must be there, and nothing in the folder
 /// may lead out of it. Throws log::Unreadable, which names the file, what was expected and what was found;
-/// the same for what is no campaign of cases, or still runs.
+/// the same for what is not a campaign of cases, or still runs.
 Part ReadPart(const std::string& folder);
 
 }  // namespace rig::merge
