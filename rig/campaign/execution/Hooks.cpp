@@ -7,11 +7,6 @@
 #include <filesystem>
 
 namespace rig::campaign {
-namespace {
-
-using Clock = std::chrono::steady_clock;
-
-}  // namespace
 
 Hooks::Hooks(const HookCommands& commands, const CaseFolder& folder, const std::string& name,
              Interrupts& interrupts)
@@ -51,9 +46,10 @@ std::string Hooks::Run(const std::string& hook, const std::string& command) {
     if (command.empty() || interrupts_.Came()) {
         return "";
     }
-    const Clock::time_point begin = Clock::now();
+    const auto begin = std::chrono::steady_clock::now();
     const std::optional<Ending> end = RunInTime(command);
-    records_.push_back({hook, command, end, std::chrono::duration<double>(Clock::now() - begin).count()});
+    const std::chrono::duration<double> duration = std::chrono::steady_clock::now() - begin;
+    records_.push_back({hook, command, end, duration.count()});
     if (end && end->IsStatus(0)) {
         return "";
     }

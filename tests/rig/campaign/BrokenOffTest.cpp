@@ -154,7 +154,7 @@ TEST_F(BrokenOffTest, ByKillWhileItWritesLeavesWholeFiles) {
         const int moment = moments(dice);
         RunUntil(
             [this, moment] {
-                EXPECT_TRUE(Until([this] { return FileExists(out_ + "/campaign.json"); }));
+                EXPECT_TRUE(Until([this] { return FileExists(out_ + "/cases/event-2.0-1/case.json"); }));
                 poll(nullptr, 0, moment);
             },
             SIGKILL, {"--cases", "event-2.0", "--bare", "--velloran", "true", "--repeat", "100"});

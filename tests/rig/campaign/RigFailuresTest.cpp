@@ -94,8 +94,8 @@ TEST_F(RigFailuresTest, DoNotCountWhereAnOldConnectionHoldsThePort) {
     const std::array<int, 2> ends = OldConnection();
     ProgramSurroundings surroundings;
     surroundings.started = [this, &ends](pid_t) {
-        EXPECT_TRUE(Until([this] { return FileExists(out_ + "/campaign.json"); }));
-        poll(nullptr, 0, 300);  // for which it must wait
+        EXPECT_TRUE(Until([this] { return FileExists(out_ + "/cases/config-2.0"); }));
+        poll(nullptr, 0, 1000);  // for which it must wait
         const linger none = {1, 0};
         setsockopt(ends[0], SOL_SOCKET, SO_LINGER, &none, sizeof none);  // so that nothing is held longer
         close(ends[0]);
