@@ -14,8 +14,8 @@ namespace {
 
 constexpr double kWatchedWhole = 0.5;  // seconds, so that the log covers all of -d
 constexpr double kSettle = 2;          // seconds for the DVR to close after the end
-constexpr double kStop = 5;            // seconds for a command to end when told to
-constexpr double kStopHarness = 15;    // a proxy gives 5 to its harness, and 5 to what is on its way
+constexpr double kStop = 15;  // seconds for the harness to end when told to: a proxy gives 5 to its harness,
+                              // and 5 to what is on its way
 
 }  // namespace
 
@@ -89,17 +89,17 @@ void Export::StopHarness() {
     if (rig_.stop.empty()) {
         record_.harness.stoppedBy = "SIGINT";
         command.Signal(SIGINT);
-        Until(kStopHarness, hasEnded);
+        Until(kStop, hasEnded);
     } else {
         record_.harness.stoppedBy = rig_.stop;
         const GrowingFile output = folder_.Grow("stop.log");
         Child stop({rig_.stop, output.Number(), output.Number()});
-        Until(kStopHarness, hasEnded);
+        Until(kStop, hasEnded);
     }
     if (!hasEnded()) {
         record_.harness.stoppedBy += ", SIGKILL";
         command.Signal(SIGKILL);
-        Until(kStopHarness, hasEnded);
+        Until(kStop, hasEnded);
     }
 }
 
