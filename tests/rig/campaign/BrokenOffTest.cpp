@@ -132,7 +132,7 @@ TEST_P(KilledTest, LeavesWholeEvidenceAndNoProcess) {
     const int moment = std::uniform_int_distribution<int>(0, 2500)(dice);
     const ProgramResult result = RunUntil(
         [this, moment] {
-            EXPECT_TRUE(Until([this] { return FileExists(out_ + "/campaign.json"); }));
+            EXPECT_TRUE(Until([this] { return FileExists(out_ + "/cases/clean-2.0-1/case.json"); }));
             poll(nullptr, 0, moment);
         },
         SIGKILL, {"--cases", "config-2.0", "--repeat", "20", "--dvr", Dvr()});
