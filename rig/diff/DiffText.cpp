@@ -1,21 +1,13 @@
 #include <fmt/format.h>
 
-#include <iterator>
-
 #include "rig/base/Printable.h"
 #include "rig/base/Terminal.h"
+#include "rig/base/TextBuffer.h"
 #include "rig/diff/Reports.h"
 #include "rig/result/Result.h"
 
 namespace rig::diff {
 namespace {
-
-using Text = fmt::memory_buffer;
-
-template <typename... Arguments>
-void Print(Text& text, fmt::format_string<Arguments...> format, Arguments&&... arguments) {
-    fmt::format_to(std::back_inserter(text), format, std::forward<Arguments>(arguments)...);
-}
 
 std::string Shown(Change change, int width, bool colour) {
     static constexpr Colour kColours[] = {Colour::Plain, Colour::Yellow, Colour::Green, Colour::Red};
@@ -23,21 +15,21 @@ std::string Shown(Change change, int width, bool colour) {
     return Coloured(name, colour ? kColours[static_cast<std::size_t>(change)] : Colour::Plain);
 }
 
-void PrintDifference(Text& text, const Difference& difference, bool colour) {
-    Print(text, "    {}  {}\n", Shown(difference.change, 8, colour), Printable(difference.subject));
-    Print(text, "              before: {}\n              now:    {}\n", Printable(difference.before),
-          Printable(difference.after));
+void PrintDifference(TextBuffer& text, const Difference& difference, bool colour) {
+    Append(text, "    {}  {}\n", Shown(difference.change, 8, colour), Printable(difference.subject));
+    Append(text, "              before: {}\n              now:    {}\n", Printable(difference.before),
+           Printable(difference.after));
 }
 
-void PrintCase(Text& text, const CaseComparison& one, const Comparison& comparison, bool colour) {
-    Print(text, "{}  {}  velloran {}\n", Shown(one.change, 8, colour), Printable(one.name),
-          Printable(one.switches));
+void PrintCase(TextBuffer& text, const CaseComparison& one, const Comparison& comparison, bool colour) {
+    Append(text, "{}  {}  velloran {}\n", Shown(one.change, 8, colour), Printable(one.name),
+           Printable(one.switches));
     for (const Difference& difference : one.differences) {
         PrintDifference(text, difference, colour);
     }
     if (!one.differences.empty() && one.after) {
-        Print(text, "    see {}/{}\n", Printable(comparison.after->folder),
-              Printable(one.after->runs.front().folder));
+        Append(text, "    see {}/{}\n", Printable(comparison.after->folder),
+               Printable(one.after->runs.front().folder));
     }
 }
 
@@ -50,9 +42,9 @@ std::string Words(const Campaign& campaign) {
 }
 
 std::string DiffText(const Comparison& comparison, bool all, bool colour) {
-    Text text;
-    Print(text, "before: {}\nnow:    {}\n", Printable(Words(*comparison.before)),
-          Printable(Words(*comparison.after)));
+    TextBuffer text;
+    Append(text, "before: {}\nnow:    {}\n", Printable(Words(*comparison.before)),
+           Printable(Words(*comparison.after)));
     for (const Difference& difference : comparison.surroundings) {
         PrintDifference(text, difference, colour);
     }
@@ -63,7 +55,7 @@ std::string DiffText(const Comparison& comparison, bool all, bool colour) {
             }
         }
     }
-    Print(text, "{}\n", comparison.Words());
+    Append(text, "{}\n", comparison.Words());
     return fmt::to_string(text);
 }
 

@@ -88,15 +88,6 @@ Json ToJson(const ReactionCourse& course) {
             {"marks", std::move(marks)}};
 }
 
-template <typename Item>
-Json ToArray(const std::vector<Item>& items) {
-    Json array = Json::array();
-    for (const Item& item : items) {
-        array.push_back(ToJson(item));
-    }
-    return array;
-}
-
 }  // namespace
 
 std::string HistoryJson(const History& history) {
@@ -111,10 +102,10 @@ std::string HistoryJson(const History& history) {
     return result::Print({{"order", history.order == Order::Time ? "time" : "note"},
                           {"campaigns", std::move(campaigns)},
                           {"leftOut", std::move(leftOut)},
-                          {"failures", ToArray(history.failures)},
-                          {"unsteady", ToArray(history.unsteady)},
-                          {"cases", ToArray(history.cases)},
-                          {"reactions", ToArray(history.reactions)}});
+                          {"failures", result::ToArray(history.failures, ToJson)},
+                          {"unsteady", result::ToArray(history.unsteady, ToJson)},
+                          {"cases", result::ToArray(history.cases, ToJson)},
+                          {"reactions", result::ToArray(history.reactions, ToJson)}});
 }
 
 }  // namespace rig::history

@@ -1,26 +1,19 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <iterator>
 
 #include "rig/base/Counted.h"
 #include "rig/base/Printable.h"
 #include "rig/base/Terminal.h"
+#include "rig/base/TextBuffer.h"
 #include "rig/diff/Severity.h"
 #include "rig/history/Reports.h"
 
 namespace rig::history {
 namespace {
 
-using Buffer = fmt::memory_buffer;
-
-template <typename... Arguments>
-void Print(Buffer& text, fmt::format_string<Arguments...> format, Arguments&&... arguments) {
-    fmt::format_to(std::back_inserter(text), format, std::forward<Arguments>(arguments)...);
-}
-
-void PrintHead(Buffer& text, const std::string& head, bool colour) {
-    Print(text, "\n{}\n", Coloured(head, colour ? Colour::Bold : Colour::Plain));
+void PrintHead(TextBuffer& text, const std::string& head, bool colour) {
+    Append(text, "\n{}\n", Coloured(head, colour ? Colour::Bold : Colour::Plain));
 }
 
 std::string Shown(const std::string& outcome, bool colour) {
@@ -51,7 +44,7 @@ std::string LettersOf(const CaseCourse& one, std::size_t first, std::size_t buil
     return letters;
 }
 
-void PrintMatrix(Buffer& text, const History& history, std::size_t columns, bool colour) {
+void PrintMatrix(TextBuffer& text, const History& history, std::size_t columns, bool colour) {
     const std::vector<const CaseCourse*> cases = history.CasesToShow();
     const std::size_t widest = WidestName(cases);
     const std::size_t count = history.builds.size();
@@ -59,43 +52,43 @@ void PrintMatrix(Buffer& text, const History& history, std::size_t columns, bool
     const std::size_t first = count > room ? count - room : 0;
     PrintHead(text, fmt::format("Cases in campaigns {} to {}", first + 1, count), colour);
     for (const CaseCourse* const one : cases) {
-        Print(text, "{:<{}}  {}\n", Printable(*one->name), widest, LettersOf(*one, first, count, colour));
+        Append(text, "{:<{}}  {}\n", Printable(*one->name), widest, LettersOf(*one, first, count, colour));
     }
     if (cases.size() < history.cases.size()) {
-        Print(text, "The other {} always passed.\n", history.cases.size() - cases.size());
+        Append(text, "The other {} always passed.\n", history.cases.size() - cases.size());
     }
-    Print(text, "{}\n", LetterLegend(history));
+    Append(text, "{}\n", LetterLegend(history));
 }
 
-void PrintFailures(Buffer& text, const History& history, bool colour) {
+void PrintFailures(TextBuffer& text, const History& history, bool colour) {
     PrintHead(text, history.failures.empty() ? "No check fails now" : "What fails now", colour);
     for (const Failure& failure : history.failures) {
-        Print(text, "{} in {}\n", Printable(*failure.check), Printable(Words(failure.cases)));
-        Print(text, "    {}: {}\n", *failure.verdict, Printable(*failure.found));
-        Print(text, "    since {}; {}\n", Printable(Words(history, failure.since)),
-              failure.passed ? "last passed in " + Printable(Words(history, *failure.passed))
-                             : "never passed before");
+        Append(text, "{} in {}\n", Printable(*failure.check), Printable(Words(failure.cases)));
+        Append(text, "    {}: {}\n", *failure.verdict, Printable(*failure.found));
+        Append(text, "    since {}; {}\n", Printable(Words(history, failure.since)),
+               failure.passed ? "last passed in " + Printable(Words(history, *failure.passed))
+                              : "never passed before");
         if (failure.last + 1 < history.builds.size()) {
-            Print(text, "    last seen in {}\n", Printable(Words(history, failure.last)));
+            Append(text, "    last seen in {}\n", Printable(Words(history, failure.last)));
         }
-        Print(text, "    see {}/{}\n", Printable(history.builds[failure.last].facts.folder),
-              Printable(failure.folder));
+        Append(text, "    see {}/{}\n", Printable(history.builds[failure.last].facts.folder),
+               Printable(failure.folder));
     }
 }
 
-void PrintUnsteady(Buffer& text, const History& history, bool colour) {
+void PrintUnsteady(TextBuffer& text, const History& history, bool colour) {
     if (!history.unsteady.empty()) {
         PrintHead(text, "Unsteady: another outcome than in the run before with the same note", colour);
     }
     for (const UnsteadyCase& unsteady : history.unsteady) {
         const std::size_t earlier = unsteady.firmwares.size() - 1;
-        Print(text, "{}  {}\n    {}{}\n", Printable(*unsteady.name), Words(unsteady),
-              Printable(Words(unsteady.firmwares.back())),
-              earlier > 0 ? fmt::format("; and with {}", Counted(earlier, "earlier note")) : "");
+        Append(text, "{}  {}\n    {}{}\n", Printable(*unsteady.name), Words(unsteady),
+               Printable(Words(unsteady.firmwares.back())),
+               earlier > 0 ? fmt::format("; and with {}", Counted(earlier, "earlier note")) : "");
     }
 }
 
-void PrintReactions(Buffer& text, const History& history, bool colour) {
+void PrintReactions(TextBuffer& text, const History& history, bool colour) {
     bool isFirst = true;
     for (const ReactionCourse& course : history.reactions) {
         for (const ReactionCourse::Mark& mark : course.marks) {
@@ -103,30 +96,30 @@ void PrintReactions(Buffer& text, const History& history, bool colour) {
                 PrintHead(text, "Reaction times that left the spread of the ten campaigns before", colour);
                 isFirst = false;
             }
-            Print(text, "{} in {}: {}\n", Printable(*course.request), Printable(*course.name),
-                  Printable(Words(history, course, mark)));
+            Append(text, "{} in {}: {}\n", Printable(*course.request), Printable(*course.name),
+                   Printable(Words(history, course, mark)));
         }
     }
 }
 
-void PrintRemarks(Buffer& text, const History& history) {
+void PrintRemarks(TextBuffer& text, const History& history) {
     for (std::size_t build = 0; build < history.builds.size(); ++build) {
         const std::string remarks = history.builds[build].Remarks();
         if (!remarks.empty()) {
-            Print(text, "{}: {}\n", Printable(Words(history, build)), Printable(remarks));
+            Append(text, "{}: {}\n", Printable(Words(history, build)), Printable(remarks));
         }
     }
     for (const LeftOut& one : history.leftOut) {
-        Print(text, "left out: {}: {}\n", Printable(one.folder), Printable(one.reason));
+        Append(text, "left out: {}: {}\n", Printable(one.folder), Printable(one.reason));
     }
 }
 
 }  // namespace
 
 std::string HistoryText(const History& history, std::size_t columns, bool colour) {
-    Buffer text;
-    Print(text, "{}\nfrom {} to {}\n", history.Words(), Printable(Words(history, 0)),
-          Printable(Words(history, history.builds.size() - 1)));
+    TextBuffer text;
+    Append(text, "{}\nfrom {} to {}\n", history.Words(), Printable(Words(history, 0)),
+           Printable(Words(history, history.builds.size() - 1)));
     PrintRemarks(text, history);
     PrintMatrix(text, history, columns, colour);
     PrintFailures(text, history, colour);

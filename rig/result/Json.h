@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "rig/result/Result.h"
 
@@ -15,6 +16,16 @@ using Json = nlohmann::ordered_json;
 template <typename Value>
 Json Optional(const std::optional<Value>& value) {
     return value ? Json(*value) : Json(nullptr);
+}
+
+/// @param toJson  makes one of an item
+template <typename Item>
+Json ToArray(const std::vector<Item>& items, Json (*toJson)(const Item&)) {
+    Json array = Json::array();
+    for (const Item& item : items) {
+        array.push_back(toJson(item));
+    }
+    return array;
 }
 
 Json ToJson(const Timing& timing);

@@ -28,30 +28,21 @@ Json ToJson(const Step& step) {
 
 Json ToJson(const RunResult& run);
 
-template <typename Item>
-Json ToArray(const std::vector<Item>& items) {
-    Json array = Json::array();
-    for (const Item& item : items) {
-        array.push_back(ToJson(item));
-    }
-    return array;
-}
-
 Json ToJson(const RunResult& run) {
     return {{"name", run.name},
             {"switches", run.switches},
             {"verdict", NameOf(WorstOf(run))},
             {"begin", Optional(run.begin)},
             {"end", Optional(run.end)},
-            {"checks", ToArray(run.checks)},
-            {"timings", ToArray(run.timings)},
-            {"steps", ToArray(run.steps)}};
+            {"checks", ToArray(run.checks, ToJson)},
+            {"timings", ToArray(run.timings, result::ToJson)},
+            {"steps", ToArray(run.steps, ToJson)}};
 }
 
 }  // namespace
 
 std::string JsonReport(const Result& result) {
-    const Json json = {{"verdict", NameOf(WorstOf(result))}, {"runs", ToArray(result.runs)}};
+    const Json json = {{"verdict", NameOf(WorstOf(result))}, {"runs", ToArray(result.runs, ToJson)}};
     return Print(json);
 }
 

@@ -7,25 +7,18 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <iterator>
 #include <ostream>
 #include <sstream>
 
 #include "rig/base/Counted.h"
 #include "rig/base/Terminal.h"
+#include "rig/base/TextBuffer.h"
 
 namespace rig::result {
 namespace {
 
-using Text = fmt::memory_buffer;
-
 constexpr std::size_t kUsualRun = 4'096;  // bytes
 constexpr std::size_t kRunsAcross = 16;   // in one matrix: what fits a terminal's width
-
-template <typename... Arguments>
-void Print(Text& text, fmt::format_string<Arguments...> format, Arguments&&... arguments) {
-    fmt::format_to(std::back_inserter(text), format, std::forward<Arguments>(arguments)...);
-}
 
 Colour ColourOf(Verdict verdict) {
     switch (verdict) {
@@ -49,17 +42,17 @@ std::string Shown(Verdict verdict, std::size_t width, bool colour) {
 
 constexpr std::string_view kBlanks = "                            ";
 
-void AppendPadded(Text& text, std::string_view column, std::size_t width) {
+void AppendPadded(TextBuffer& text, std::string_view column, std::size_t width) {
     text.append(column);
     text.append(kBlanks.substr(0, width - std::min(width, column.size())));
 }
 
-void AppendRight(Text& text, std::string_view column, std::size_t width) {
+void AppendRight(TextBuffer& text, std::string_view column, std::size_t width) {
     text.append(kBlanks.substr(0, width - std::min(width, column.size())));
     text.append(column);
 }
 
-void AppendRow(Text& text, const CheckResult& check, bool colour) {
+void AppendRow(TextBuffer& text, const CheckResult& check, bool colour) {
     constexpr std::size_t kWidth = 13;
     text.append(std::string_view("  "));
     if (colour) {
@@ -72,11 +65,11 @@ void AppendRow(Text& text, const CheckResult& check, bool colour) {
     text.push_back('\n');
 }
 
-void PrintCheck(Text& text, const CheckResult& check, bool colour) {
-    Print(text, "\n{} {}\n", Shown(check.verdict, 0, colour), check.id);
-    Print(text, "  {}\n  expected: {}\n  found:    {}\n", check.requirement, check.expected, check.found);
+void PrintCheck(TextBuffer& text, const CheckResult& check, bool colour) {
+    Append(text, "\n{} {}\n", Shown(check.verdict, 0, colour), check.id);
+    Append(text, "  {}\n  expected: {}\n  found:    {}\n", check.requirement, check.expected, check.found);
     for (const Evidence& line : check.evidence) {
-        Print(text, "  {}\n", line.Words());
+        Append(text, "  {}\n", line.Words());
     }
 }
 
@@ -85,7 +78,7 @@ std::string TitleOf(const RunResult& run) {
 }
 
 /// Appends a time with one decimal. To round it by its binary digits takes long, and decides only halfway.
-void AppendTime(Text& text, double time) {
+void AppendTime(TextBuffer& text, double time) {
     constexpr double kMost = 1e9;
     constexpr double kDoubt = 1e-5;
     constexpr std::size_t kWidth = 10;
@@ -106,7 +99,7 @@ void AppendTime(Text& text, double time) {
     AppendRight(text, {digits.data(), static_cast<std::size_t>(end - digits.data())}, kWidth);
 }
 
-void PrintTimings(Text& text, const RunResult& run) {
+void PrintTimings(TextBuffer& text, const RunResult& run) {
     if (run.timings.empty()) {
         return;
     }
@@ -130,8 +123,8 @@ void PrintTimings(Text& text, const RunResult& run) {
     }
 }
 
-void PrintRun(Text& text, const RunResult& run, bool colour) {
-    Print(text, "{}\n", TitleOf(run));
+void PrintRun(TextBuffer& text, const RunResult& run, bool colour) {
+    Append(text, "{}\n", TitleOf(run));
     for (const CheckResult& check : run.checks) {
         AppendRow(text, check, colour);
     }
@@ -141,7 +134,7 @@ void PrintRun(Text& text, const RunResult& run, bool colour) {
             PrintCheck(text, check, colour);
         }
     }
-    Print(text, "\n");
+    Append(text, "\n");
 }
 
 char LetterOf(Verdict verdict) {
@@ -165,7 +158,7 @@ const char* ArrowOf(Step::Kind kind) {
 }  // namespace
 
 void RunPrinter::Add(const RunResult& run) {
-    Text text;
+    TextBuffer text;
     text.reserve(kUsualRun);
     PrintRun(text, run, colour_);
     out_.write(text.data(), static_cast<std::streamsize>(text.size()));
@@ -196,13 +189,13 @@ std::size_t RunPrinter::ColumnOf(const std::string& id, std::size_t expected) {
 
 void RunPrinter::PrintMatrix(std::size_t first, std::size_t end) {
     constexpr std::size_t kCell = 4;
-    Text text;
+    TextBuffer text;
     for (std::size_t run = first; run < end; ++run) {
-        Print(text, "{:>4}  {}\n", run + 1, rows_[run].title);
+        Append(text, "{:>4}  {}\n", run + 1, rows_[run].title);
     }
-    Print(text, "\n{:<28}", "check \\ run");
+    Append(text, "\n{:<28}", "check \\ run");
     for (std::size_t run = first; run < end; ++run) {
-        Print(text, "{:>4}", run + 1);
+        Append(text, "{:>4}", run + 1);
     }
     for (std::size_t check = 0; check < ids_.size(); ++check) {
         text.push_back('\n');
@@ -214,7 +207,7 @@ void RunPrinter::PrintMatrix(std::size_t first, std::size_t end) {
         }
         text.append(cells);
     }
-    Print(text, "\n\n");
+    Append(text, "\n\n");
     out_.write(text.data(), static_cast<std::streamsize>(text.size()));
 }
 
@@ -250,14 +243,14 @@ std::string TextReport(const Result& result, bool colour) {
 }
 
 std::string Timeline(const RunResult& run) {
-    Text text;
-    Print(text, "{}\n", TitleOf(run));
+    TextBuffer text;
+    Append(text, "{}\n", TitleOf(run));
     for (const Step& step : run.steps) {
         const double seconds =
             step.time && run.begin ? static_cast<double>(*step.time - *run.begin) / 1e6 : 0;
-        Print(text, "{:>10.3f}  {}{}\n", seconds, ArrowOf(step.kind), step.text);
+        Append(text, "{:>10.3f}  {}{}\n", seconds, ArrowOf(step.kind), step.text);
     }
-    Print(text, "\n");
+    Append(text, "\n");
     return fmt::to_string(text);
 }
 

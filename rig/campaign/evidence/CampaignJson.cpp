@@ -6,6 +6,7 @@ namespace {
 
 using result::Json;
 using result::Optional;
+using result::ToArray;
 
 Json ToJson(const ProcessRecord& process) {
     return {{"command", process.command},
@@ -60,15 +61,6 @@ Json ToJson(const CaseRecord& record);
 Json ToJson(const PartRecord& part);
 Json ToJson(const OtherRun& other);
 
-template <typename Item>
-Json ToArray(const std::vector<Item>& items) {
-    Json array = Json::array();
-    for (const Item& item : items) {
-        array.push_back(ToJson(item));
-    }
-    return array;
-}
-
 Json ToJson(const Spread& spread) {
     const std::vector<double>& durations = spread.durations;
     return {{"case", spread.name},
@@ -77,7 +69,7 @@ Json ToJson(const Spread& spread) {
              {{"least", durations.front()},
               {"median", durations[durations.size() / 2]},
               {"most", durations.back()}}},
-            {"reactions", ToArray(spread.reactions)}};
+            {"reactions", ToArray(spread.reactions, ToJson)}};
 }
 
 Json RoleOf(const Case& plan) {
@@ -106,10 +98,10 @@ Json ToJson(const CaseRecord& record) {
             {"attempts", record.attempts},
             {"harness", ToJson(record.harness)},
             {"dvr", record.dvr ? ToJson(*record.dvr) : Json(nullptr)},
-            {"hooks", ToArray(record.hooks)},
+            {"hooks", ToArray(record.hooks, ToJson)},
             {"excluded", record.excluded},
-            {"checks", ToArray(record.checks)},
-            {"timings", ToArray(record.timings)}};
+            {"checks", ToArray(record.checks, ToJson)},
+            {"timings", ToArray(record.timings, result::ToJson)}};
 }
 
 Json ToObject(const std::vector<std::pair<std::string, std::string>>& pairs) {
@@ -146,8 +138,8 @@ Json ToJson(const MergeRecord& merged) {
     return {{"differences", merged.differences},
             {"missing", merged.missing},
             {"doubles", merged.doubles},
-            {"parts", ToArray(merged.parts)},
-            {"others", ToArray(merged.others)}};
+            {"parts", ToArray(merged.parts, ToJson)},
+            {"others", ToArray(merged.others, ToJson)}};
 }
 
 Json ToJson(const ShardRecord& shard) {
@@ -171,10 +163,10 @@ Json OptionsOf(const CampaignRecord& campaign) {
 }
 
 Json CoverageOf(const Coverage& coverage) {
-    return {{"items", ToArray(coverage.Items())},
-            {"switches", ToArray(coverage.Switches())},
-            {"rules", ToArray(coverage.Rules())},
-            {"faults", ToArray(coverage.Faults())},
+    return {{"items", ToArray(coverage.Items(), ToJson)},
+            {"switches", ToArray(coverage.Switches(), ToJson)},
+            {"rules", ToArray(coverage.Rules(), ToJson)},
+            {"faults", ToArray(coverage.Faults(), ToJson)},
             {"unreached", coverage.Unreached()}};
 }
 
@@ -199,8 +191,8 @@ std::string CampaignJson(const CampaignRecord& campaign) {
                           {"commands", ToObject(campaign.commands)},
                           {"options", OptionsOf(campaign)},
                           {"times", ToJson(campaign.Times())},
-                          {"cases", ToArray(campaign.cases)},
-                          {"spread", ToArray(campaign.Spreads())},
+                          {"cases", ToArray(campaign.cases, ToJson)},
+                          {"spread", ToArray(campaign.Spreads(), ToJson)},
                           {"knownUnseen", campaign.knownUnseen},
                           {"coverage", CoverageOf(campaign.coverage)}});
 }

@@ -19,6 +19,12 @@ std::vector<std::string> Each(const Json& cases, const char* field) {
 
 using Strings = std::vector<std::string>;
 
+#ifdef __SANITIZE_ADDRESS__
+constexpr int kMostOverhead = 20;  // seconds: such programs take seconds to start where many do
+#else
+constexpr int kMostOverhead = 3;
+#endif
+
 TEST_F(CampaignTest, OfAGoodDvrPassesBetweenTwoCleanExports) {
     const ProgramResult result =
         RunCampaign({"--cases", "xfer-2.0,config-2.0", "--dvr", Dvr(), "--note", "unit 7", "--seed", "5"});
@@ -35,7 +41,7 @@ TEST_F(CampaignTest, OfAGoodDvrPassesBetweenTwoCleanExports) {
     for (const Json& one : campaign["cases"]) {
         EXPECT_EQ(one["harness"]["status"], 44);
         EXPECT_EQ(one["dvr"]["status"], 0);
-        EXPECT_LT(one["times"]["overhead"], 20) << "measured on a machine with much to do";
+        EXPECT_LT(one["times"]["overhead"], kMostOverhead) << "measured on a machine with much to do";
         EXPECT_EQ(one["times"]["waited"], 0.0) << "the DVR closes first, so the port is free at once";
     }
     ExpectHolds(result.output, "PASS: 4 PASS; see /mnt/campaign/index.html");
