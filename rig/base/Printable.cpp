@@ -48,16 +48,20 @@ std::string Escaped(std::string_view text, std::string_view backslash) {
     return printable;
 }
 
+/// @return whether the text has neither controls nor what is not ASCII, as almost all have
+bool IsPlain(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char byte) { return byte >= ' ' && byte < '\x7f'; });
+}
+
 }  // namespace
 
 std::string Printable(const std::string& text) {
-    return Escaped(text, "\\\\");
+    const bool isItself = IsPlain(text) && text.find('\\') == std::string::npos;
+    return isItself ? text : Escaped(text, "\\\\");
 }
 
 std::string WithoutControls(std::string_view text) {
-    const bool isPlain =
-        std::all_of(text.begin(), text.end(), [](char byte) { return byte >= ' ' && byte < '\x7f'; });
-    return isPlain ? std::string(text) : Escaped(text, "\\");
+    return IsPlain(text) ? std::string(text) : Escaped(text, "\\");
 }
 
 bool IsUtf8(std::string_view text) {

@@ -1,8 +1,8 @@
 #include <fmt/format.h>
 
+#include "rig/base/Append.h"
 #include "rig/base/Printable.h"
 #include "rig/base/Terminal.h"
-#include "rig/base/TextBuffer.h"
 #include "rig/diff/Reports.h"
 #include "rig/result/Result.h"
 
@@ -15,13 +15,13 @@ std::string Shown(Change change, int width, bool colour) {
     return Coloured(name, colour ? kColours[static_cast<std::size_t>(change)] : Colour::Plain);
 }
 
-void PrintDifference(TextBuffer& text, const Difference& difference, bool colour) {
+void PrintDifference(std::string& text, const Difference& difference, bool colour) {
     Append(text, "    {}  {}\n", Shown(difference.change, 8, colour), Printable(difference.subject));
     Append(text, "              before: {}\n              now:    {}\n", Printable(difference.before),
            Printable(difference.after));
 }
 
-void PrintCase(TextBuffer& text, const CaseComparison& one, const Comparison& comparison, bool colour) {
+void PrintCase(std::string& text, const CaseComparison& one, const Comparison& comparison, bool colour) {
     Append(text, "{}  {}  velloran {}\n", Shown(one.change, 8, colour), Printable(one.name),
            Printable(one.switches));
     for (const Difference& difference : one.differences) {
@@ -42,7 +42,7 @@ std::string Words(const Campaign& campaign) {
 }
 
 std::string DiffText(const Comparison& comparison, bool all, bool colour) {
-    TextBuffer text;
+    std::string text;
     Append(text, "before: {}\nnow:    {}\n", Printable(Words(*comparison.before)),
            Printable(Words(*comparison.after)));
     for (const Difference& difference : comparison.surroundings) {
@@ -56,7 +56,7 @@ std::string DiffText(const Comparison& comparison, bool all, bool colour) {
         }
     }
     Append(text, "{}\n", comparison.Words());
-    return fmt::to_string(text);
+    return text;
 }
 
 }  // namespace rig::diff

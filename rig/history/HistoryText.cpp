@@ -2,17 +2,17 @@
 
 #include <algorithm>
 
+#include "rig/base/Append.h"
 #include "rig/base/Counted.h"
 #include "rig/base/Printable.h"
 #include "rig/base/Terminal.h"
-#include "rig/base/TextBuffer.h"
 #include "rig/diff/Severity.h"
 #include "rig/history/Reports.h"
 
 namespace rig::history {
 namespace {
 
-void PrintHead(TextBuffer& text, const std::string& head, bool colour) {
+void PrintHead(std::string& text, const std::string& head, bool colour) {
     Append(text, "\n{}\n", Coloured(head, colour ? Colour::Bold : Colour::Plain));
 }
 
@@ -44,7 +44,7 @@ std::string LettersOf(const CaseCourse& one, std::size_t first, std::size_t buil
     return letters;
 }
 
-void PrintMatrix(TextBuffer& text, const History& history, std::size_t columns, bool colour) {
+void PrintMatrix(std::string& text, const History& history, std::size_t columns, bool colour) {
     const std::vector<const CaseCourse*> cases = history.CasesToShow();
     const std::size_t widest = WidestName(cases);
     const std::size_t count = history.builds.size();
@@ -60,7 +60,7 @@ void PrintMatrix(TextBuffer& text, const History& history, std::size_t columns, 
     Append(text, "{}\n", LetterLegend(history));
 }
 
-void PrintFailures(TextBuffer& text, const History& history, bool colour) {
+void PrintFailures(std::string& text, const History& history, bool colour) {
     PrintHead(text, history.failures.empty() ? "No check fails now" : "What fails now", colour);
     for (const Failure& failure : history.failures) {
         Append(text, "{} in {}\n", Printable(*failure.check), Printable(Words(failure.cases)));
@@ -76,7 +76,7 @@ void PrintFailures(TextBuffer& text, const History& history, bool colour) {
     }
 }
 
-void PrintUnsteady(TextBuffer& text, const History& history, bool colour) {
+void PrintUnsteady(std::string& text, const History& history, bool colour) {
     if (!history.unsteady.empty()) {
         PrintHead(text, "Unsteady: another outcome than in the run before with the same note", colour);
     }
@@ -88,7 +88,7 @@ void PrintUnsteady(TextBuffer& text, const History& history, bool colour) {
     }
 }
 
-void PrintReactions(TextBuffer& text, const History& history, bool colour) {
+void PrintReactions(std::string& text, const History& history, bool colour) {
     bool isFirst = true;
     for (const ReactionCourse& course : history.reactions) {
         for (const ReactionCourse::Mark& mark : course.marks) {
@@ -102,7 +102,7 @@ void PrintReactions(TextBuffer& text, const History& history, bool colour) {
     }
 }
 
-void PrintRemarks(TextBuffer& text, const History& history) {
+void PrintRemarks(std::string& text, const History& history) {
     for (std::size_t build = 0; build < history.builds.size(); ++build) {
         const std::string remarks = history.builds[build].Remarks();
         if (!remarks.empty()) {
@@ -117,7 +117,7 @@ void PrintRemarks(TextBuffer& text, const History& history) {
 }  // namespace
 
 std::string HistoryText(const History& history, std::size_t columns, bool colour) {
-    TextBuffer text;
+    std::string text;
     Append(text, "{}\nfrom {} to {}\n", history.Words(), Printable(Words(history, 0)),
            Printable(Words(history, history.builds.size() - 1)));
     PrintRemarks(text, history);
@@ -125,7 +125,7 @@ std::string HistoryText(const History& history, std::size_t columns, bool colour
     PrintFailures(text, history, colour);
     PrintUnsteady(text, history, colour);
     PrintReactions(text, history, colour);
-    return fmt::to_string(text);
+    return text;
 }
 
 }  // namespace rig::history

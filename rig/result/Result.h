@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -18,6 +19,7 @@ enum class Verdict {
     Environment,   // the harness or the rig failed, not the DVR
     Fail
 };
+constexpr std::size_t kVerdicts = static_cast<std::size_t>(Verdict::Fail) + 1;
 
 /// @return whether a report for people says what was expected and found
 bool NeedsWords(Verdict verdict);

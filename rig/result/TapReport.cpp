@@ -1,8 +1,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <iterator>
 
+#include "rig/base/Append.h"
 #include "rig/result/Reports.h"
 
 namespace rig::result {
@@ -18,21 +18,21 @@ std::string Plain(std::string text) {
 }  // namespace
 
 std::string TapReport(const Result& result) {
-    fmt::memory_buffer tests;
+    std::string tests;
     std::size_t number = 0;
     for (const RunResult& run : result.runs) {
         for (const CheckResult& check : run.checks) {
             const bool isKnown = check.verdict == Verdict::KnownFailure;
             const bool isOk = check.verdict == Verdict::Pass || check.verdict == Verdict::Warning;
-            fmt::format_to(std::back_inserter(tests), "{} {} - {} {}{}\n", isOk ? "ok" : "not ok", ++number,
-                           Plain(run.name), check.id, isKnown ? " # TODO known failure" : "");
+            Append(tests, "{} {} - {} {}{}\n", isOk ? "ok" : "not ok", ++number, Plain(run.name), check.id,
+                   isKnown ? " # TODO known failure" : "");
             if (check.verdict != Verdict::Pass) {
-                fmt::format_to(std::back_inserter(tests), "# {}: expected {}, found {}\n",
-                               NameOf(check.verdict), Plain(check.expected), Plain(check.found));
+                Append(tests, "# {}: expected {}, found {}\n", NameOf(check.verdict), Plain(check.expected),
+                       Plain(check.found));
             }
         }
     }
-    return fmt::format("TAP version 13\n1..{}\n{}", number, fmt::to_string(tests));
+    return fmt::format("TAP version 13\n1..{}\n{}", number, tests);
 }
 
 }  // namespace rig::result

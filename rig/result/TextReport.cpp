@@ -10,15 +10,14 @@
 #include <ostream>
 #include <sstream>
 
+#include "rig/base/Append.h"
 #include "rig/base/Counted.h"
 #include "rig/base/Terminal.h"
-#include "rig/base/TextBuffer.h"
 
 namespace rig::result {
 namespace {
 
-constexpr std::size_t kUsualRun = 4'096;  // bytes
-constexpr std::size_t kRunsAcross = 16;   // in one matrix: what fits a terminal's width
+constexpr std::size_t kRunsAcross = 16;  // in one matrix: what fits a terminal's width
 
 Colour ColourOf(Verdict verdict) {
     switch (verdict) {
@@ -40,32 +39,17 @@ std::string Shown(Verdict verdict, std::size_t width, bool colour) {
 
 // Most of what is printed are rows of checks and times: appended, not formatted.
 
-constexpr std::string_view kBlanks = "                            ";
-
-void AppendPadded(TextBuffer& text, std::string_view column, std::size_t width) {
+void AppendPadded(std::string& text, std::string_view column, std::size_t width) {
     text.append(column);
-    text.append(kBlanks.substr(0, width - std::min(width, column.size())));
+    text.append(width - std::min(width, column.size()), ' ');
 }
 
-void AppendRight(TextBuffer& text, std::string_view column, std::size_t width) {
-    text.append(kBlanks.substr(0, width - std::min(width, column.size())));
+void AppendRight(std::string& text, std::string_view column, std::size_t width) {
+    text.append(width - std::min(width, column.size()), ' ');
     text.append(column);
 }
 
-void AppendRow(TextBuffer& text, const CheckResult& check, bool colour) {
-    constexpr std::size_t kWidth = 13;
-    text.append(std::string_view("  "));
-    if (colour) {
-        text.append(Shown(check.verdict, kWidth, true));
-    } else {
-        AppendPadded(text, NameOf(check.verdict), kWidth);
-    }
-    text.append(std::string_view("  "));
-    text.append(check.id);
-    text.push_back('\n');
-}
-
-void PrintCheck(TextBuffer& text, const CheckResult& check, bool colour) {
+void PrintCheck(std::string& text, const CheckResult& check, bool colour) {
     Append(text, "\n{} {}\n", Shown(check.verdict, 0, colour), check.id);
     Append(text, "  {}\n  expected: {}\n  found:    {}\n", check.requirement, check.expected, check.found);
     for (const Evidence& line : check.evidence) {
@@ -77,8 +61,17 @@ std::string TitleOf(const RunResult& run) {
     return run.name + (run.switches.empty() ? "" : "  velloran " + run.switches);
 }
 
+void AppendNumber(std::string& text, std::uint64_t number, std::size_t width) {
+    const fmt::format_int digits(number);
+    std::array<char, 24> cell;  // any number fits
+    cell.fill(' ');
+    std::copy(digits.data(), digits.data() + digits.size(), cell.end() - digits.size());
+    const std::size_t size = std::max(width, digits.size());
+    text.append(cell.end() - size, size);
+}
+
 /// Appends a time with one decimal. To round it by its binary digits takes long, and decides only halfway.
-void AppendTime(TextBuffer& text, double time) {
+void AppendTime(std::string& text, double time) {
     constexpr double kMost = 1e9;
     constexpr double kDoubt = 1e-5;
     constexpr std::size_t kWidth = 10;
@@ -87,10 +80,9 @@ void AppendTime(TextBuffer& text, double time) {
     const double rest = tenths - static_cast<double>(whole);
     if (std::abs(rest - 0.5) > kDoubt) {
         const std::int64_t rounded = whole + (rest > 0.5 ? 1 : 0);
-        const fmt::format_int digits(rounded / 10);
-        AppendRight(text, {digits.data(), digits.size()}, kWidth - 2);
-        text.push_back('.');
-        text.push_back(static_cast<char>('0' + rounded % 10));
+        AppendNumber(text, static_cast<std::uint64_t>(rounded / 10), kWidth - 2);
+        text += '.';
+        text += static_cast<char>('0' + rounded % 10);
         return;
     }
     std::array<char, 400> digits;  // any number fits
@@ -99,7 +91,7 @@ void AppendTime(TextBuffer& text, double time) {
     AppendRight(text, {digits.data(), static_cast<std::size_t>(end - digits.data())}, kWidth);
 }
 
-void PrintTimings(TextBuffer& text, const RunResult& run) {
+void PrintTimings(std::string& text, const RunResult& run) {
     if (run.timings.empty()) {
         return;
     }
@@ -107,34 +99,22 @@ void PrintTimings(TextBuffer& text, const RunResult& run) {
     for (const Timing& timing : run.timings) {
         width = std::max(width, timing.request.size() + 1);
     }
-    text.append(std::string_view("\n  "));
+    text += "\n  ";
     AppendPadded(text, "request", width);
-    text.append(
-        std::string_view("  count    median      95 %      99 %   longest  (reaction of the DVR, ms)\n"));
+    text += "  count    median      95 %      99 %   longest  (reaction of the DVR, ms)\n";
     for (const Timing& timing : run.timings) {
-        text.append(std::string_view("  "));
+        text += "  ";
         AppendPadded(text, timing.request, width);
-        const fmt::format_int count(timing.count);
-        AppendRight(text, {count.data(), count.size()}, 7);
+        AppendNumber(text, timing.count, 7);
         for (const double time : {timing.median, timing.percentile95, timing.percentile99, timing.longest}) {
             AppendTime(text, time);
         }
-        text.push_back('\n');
+        text += '\n';
     }
 }
 
-void PrintRun(TextBuffer& text, const RunResult& run, bool colour) {
-    Append(text, "{}\n", TitleOf(run));
-    for (const CheckResult& check : run.checks) {
-        AppendRow(text, check, colour);
-    }
-    PrintTimings(text, run);
-    for (const CheckResult& check : run.checks) {
-        if (NeedsWords(check.verdict)) {
-            PrintCheck(text, check, colour);
-        }
-    }
-    Append(text, "\n");
+std::size_t IndexOf(Verdict verdict) {
+    return static_cast<std::size_t>(verdict);
 }
 
 char LetterOf(Verdict verdict) {
@@ -157,20 +137,36 @@ const char* ArrowOf(Step::Kind kind) {
 
 }  // namespace
 
+RunPrinter::RunPrinter(std::ostream& out, bool colour) : out_(out), colour_(colour) {
+    for (std::size_t verdict = 0; verdict < kVerdicts; ++verdict) {
+        rowHeads_[verdict] = "  " + Shown(static_cast<Verdict>(verdict), 13, colour) + "  ";
+    }
+}
+
 void RunPrinter::Add(const RunResult& run) {
-    TextBuffer text;
-    text.reserve(kUsualRun);
-    PrintRun(text, run, colour_);
-    out_.write(text.data(), static_cast<std::streamsize>(text.size()));
     Row row{TitleOf(run), std::string(ids_.size(), ' ')};
+    text_.clear();
+    text_ += row.title;
+    text_ += '\n';
     std::size_t expected = 0;
     for (const CheckResult& check : run.checks) {
+        text_ += rowHeads_[IndexOf(check.verdict)];
+        text_ += check.id;
+        text_ += '\n';
         const std::size_t column = ColumnOf(check.id, expected);
         expected = column + 1;
         row.letters.resize(ids_.size(), ' ');
         row.letters[column] = LetterOf(check.verdict);
-        ++counts_[check.verdict];
+        ++counts_[IndexOf(check.verdict)];
     }
+    PrintTimings(text_, run);
+    for (const CheckResult& check : run.checks) {
+        if (NeedsWords(check.verdict)) {
+            PrintCheck(text_, check, colour_);
+        }
+    }
+    text_ += '\n';
+    out_.write(text_.data(), static_cast<std::streamsize>(text_.size()));
     rows_.push_back(std::move(row));
     worst_ = std::max(worst_, WorstOf(run));
 }
@@ -189,25 +185,31 @@ std::size_t RunPrinter::ColumnOf(const std::string& id, std::size_t expected) {
 
 void RunPrinter::PrintMatrix(std::size_t first, std::size_t end) {
     constexpr std::size_t kCell = 4;
-    TextBuffer text;
+    constexpr std::size_t kHead = 28;
+    std::string text;
     for (std::size_t run = first; run < end; ++run) {
-        Append(text, "{:>4}  {}\n", run + 1, rows_[run].title);
+        AppendNumber(text, run + 1, kCell);
+        text += "  ";
+        text += rows_[run].title;
+        text += '\n';
     }
-    Append(text, "\n{:<28}", "check \\ run");
+    text += '\n';
+    AppendPadded(text, "check \\ run", kHead);
     for (std::size_t run = first; run < end; ++run) {
-        Append(text, "{:>4}", run + 1);
+        AppendNumber(text, run + 1, kCell);
     }
     for (std::size_t check = 0; check < ids_.size(); ++check) {
-        text.push_back('\n');
-        AppendPadded(text, ids_[check], 28);
-        std::string cells((end - first) * kCell, ' ');
+        text += '\n';
+        AppendPadded(text, ids_[check], kHead);
+        text.append((end - first) * kCell, ' ');
         for (std::size_t run = first; run < end; ++run) {
             const std::string& letters = rows_[run].letters;
-            cells[(run - first) * kCell + kCell - 1] = check < letters.size() ? letters[check] : ' ';
+            if (check < letters.size()) {
+                text[text.size() - (end - run - 1) * kCell - 1] = letters[check];
+            }
         }
-        text.append(cells);
     }
-    Append(text, "\n\n");
+    text += "\n\n";
     out_.write(text.data(), static_cast<std::streamsize>(text.size()));
 }
 
@@ -220,15 +222,16 @@ void RunPrinter::End() {
             << ". pass, W warning, F fail, I inconclusive, N not reached, E environment, K known failure\n\n";
     }
     std::size_t checks = 0;
-    for (const auto& [verdict, count] : counts_) {
+    for (const std::size_t count : counts_) {
         checks += count;
     }
+    const auto count = [this](Verdict verdict) { return counts_[IndexOf(verdict)]; };
     out_ << fmt::format(
         "{}: {}, {}, {} passed, {} failed, {} inconclusive, {} not reached, {} environment, {} known",
         Shown(worst_, 0, colour_), Counted(rows_.size(), "run"), Counted(checks, "check"),
-        counts_[Verdict::Pass], counts_[Verdict::Fail], counts_[Verdict::Inconclusive],
-        counts_[Verdict::NotReached], counts_[Verdict::Environment], counts_[Verdict::KnownFailure]);
-    const std::size_t warnings = counts_[Verdict::Warning];
+        count(Verdict::Pass), count(Verdict::Fail), count(Verdict::Inconclusive), count(Verdict::NotReached),
+        count(Verdict::Environment), count(Verdict::KnownFailure));
+    const std::size_t warnings = count(Verdict::Warning);
     out_ << (warnings == 0 ? "" : ", " + Counted(warnings, "warning")) << "\n";
 }
 
@@ -243,7 +246,7 @@ std::string TextReport(const Result& result, bool colour) {
 }
 
 std::string Timeline(const RunResult& run) {
-    TextBuffer text;
+    std::string text;
     Append(text, "{}\n", TitleOf(run));
     for (const Step& step : run.steps) {
         const double seconds =
@@ -251,7 +254,7 @@ std::string Timeline(const RunResult& run) {
         Append(text, "{:>10.3f}  {}{}\n", seconds, ArrowOf(step.kind), step.text);
     }
     Append(text, "\n");
-    return fmt::to_string(text);
+    return text;
 }
 
 }  // namespace rig::result

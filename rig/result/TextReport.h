@@ -1,8 +1,8 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <iosfwd>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -15,7 +15,7 @@ namespace rig::result {
 class RunPrinter {
  public:
     /// @param out  must outlive this object
-    RunPrinter(std::ostream& out, bool colour) : out_(out), colour_(colour) {}
+    RunPrinter(std::ostream& out, bool colour);
 
     /// Prints a short table, and the checks that did not pass with what was expected and found.
     void Add(const RunResult& run);
@@ -42,7 +42,9 @@ class RunPrinter {
     bool colour_;
     std::vector<std::string> ids_;  // of all checks that a run has had so far
     std::vector<Row> rows_;
-    std::map<Verdict, std::size_t> counts_;
+    std::array<std::string, kVerdicts> rowHeads_;     // what a check's row begins with
+    std::array<std::size_t, kVerdicts> counts_ = {};  // of checks
+    std::string text_;                                // of the last run
     Verdict worst_ = Verdict::Pass;
 };
 
