@@ -47,7 +47,7 @@ bool IsAnnouncement(Sign sign) {
 void NextRequest::Forget() {
     last_.clear();
     announced_.clear();
-    announcement_.clear();
+    isAnnounced_ = false;
     statedFile_.reset();
     statedEvents_.clear();
     left_.reset();
@@ -84,7 +84,7 @@ Fault NextRequest::TakeStatement(const Statement& statement, const Switches& swi
     if (!IsAnnouncement(statement.sign)) {
         return Fault::None;
     }
-    announcement_ = statement.text;
+    isAnnounced_ = true;
     statedFile_.reset();
     switch (statement.sign) {
         case Sign::Opening:
@@ -224,8 +224,8 @@ Request NextRequest::MakeRequest(const Switches& switches) {
     request.isGenuine = isGenuine_;
     request.statedFile = statedFile_;
     request.statedEvents.swap(statedEvents_);
-    request.isCertain = !announcement_.empty() || last_ == "EVENT_LIST"sv || last_ == "EVENT"sv ||
-                        last_ == "XML"sv || last_ == "INVALID_EVENT"sv || last_ == "TRANSPORT_EXCEPTION"sv;
+    request.isCertain = isAnnounced_ || last_ == "EVENT_LIST"sv || last_ == "EVENT"sv || last_ == "XML"sv ||
+                        last_ == "INVALID_EVENT"sv || last_ == "TRANSPORT_EXCEPTION"sv;
     announced_.clear();
     fault_ = Fault::None;
     isGenuine_ = false;

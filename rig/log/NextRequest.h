@@ -55,9 +55,6 @@ class NextRequest {
     /// @return the request that the harness now sends
     Request MakeRequest(const Switches& switches);
 
-    /// @return the last statement since the last message that announces a request; empty if there is none
-    const std::string& Announcement() const { return announcement_; }
-
     /// @return the identifier of the event that the harness takes as the one in progress; empty if there is
     /// none
     std::string Event() const { return lists_.events.empty() ? "" : lists_.events.front(); }
@@ -75,7 +72,7 @@ class NextRequest {
     WorkLists lists_;
     std::string last_;          // the last message's name
     std::string announced_;     // what a statement said would be sent next
-    std::string announcement_;  // the last statement that is about what is sent next
+    bool isAnnounced_ = false;  // a statement since the last message is about what is sent next
     std::optional<std::string> statedFile_;
     std::vector<std::string> statedEvents_;
     std::optional<std::int64_t> left_;  // files of the event, if one was retired since the last message

@@ -53,7 +53,6 @@ class RunReader {
     const Incoming& Arriving() const { return incoming_; }
     const Message& LastMessage() const { return message_; }
     const Request& LastRequest() const { return request_; }
-    const std::string& Announcement() const { return next_.Announcement(); }  // of that request
     Fault LastFault() const { return fault_; }
 
  private:

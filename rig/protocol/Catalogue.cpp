@@ -3,6 +3,7 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <array>
 #include <set>
 #include <string>
 #include <utility>
@@ -26,6 +27,16 @@ std::string Join(const Names& names) {
 
 std::string AttributesOf(const MessageKind& kind) {
     return Join(kind.required) + (kind.optional.empty() ? "" : " [" + Join(kind.optional) + "]");
+}
+
+constexpr std::size_t kDialects = 2;
+
+std::size_t IndexOf(int dialect) {
+    return static_cast<std::size_t>(dialect) - 1;
+}
+
+std::size_t IndexOf(Sender sender) {
+    return static_cast<std::size_t>(sender);
 }
 
 }  // namespace
@@ -72,15 +83,19 @@ const std::vector<MessageKind>& Catalogue() {
 // clang-format on
 
 const MessageKind* Find(int dialect, Sender sender, std::string_view name) {
-    static const std::vector<std::pair<std::string_view, const MessageKind*>> kByName = [] {
-        std::vector<std::pair<std::string_view, const MessageKind*>> byName;
+    using ByName = std::vector<std::pair<std::string_view, const MessageKind*>>;
+    static const auto kKinds = [] {
+        std::array<std::array<ByName, 2>, kDialects> kinds;  // by dialect and sender
         for (const MessageKind& kind : Catalogue()) {
-            byName.emplace_back(kind.name, &kind);
+            kinds[IndexOf(kind.dialect)][IndexOf(kind.sender)].emplace_back(kind.name, &kind);
         }
-        return byName;
+        return kinds;
     }();
-    for (const auto& [known, kind] : kByName) {
-        if (known == name && kind->dialect == dialect && kind->sender == sender) {
+    if (IndexOf(dialect) >= kDialects) {
+        return nullptr;
+    }
+    for (const auto& [known, kind] : kKinds[IndexOf(dialect)][IndexOf(sender)]) {
+        if (known == name) {
             return kind;
         }
     }

@@ -144,6 +144,7 @@ void RunBuilder::EndMessage() {
     incoming_.text = reader_.LastMessage().text;
     run_.messages.push_back(std::move(incoming_));
     name_ = reader_.LastMessage().name;
+    announcement_.clear();
     prefixBytes_ = 0;
     if (!dialect_ && !reader_.HasStart()) {
         dialect_ = protocol::OnlyDialectOf(name_);
@@ -210,8 +211,7 @@ void RunBuilder::BeginRequest(std::size_t number) {
     request.subject = sent.statedFile;
     if (sent.isCertain) {
         request.name = sent.name;
-        request.evidence =
-            reader_.Announcement().empty() ? "in answer to " + name_ : log::Unescaped(reader_.Announcement());
+        request.evidence = announcement_.empty() ? "in answer to " + name_ : announcement_;
     }
     if (request.name == "DONE" && name_ == "EVENT_XFER_ACK" && reader_.Echoed().hasDuration) {
         request.subject = "duration=" + std::to_string(reader_.Echoed().doneDuration);  // not in 1.0
@@ -226,6 +226,9 @@ void RunBuilder::BeginRequest(std::size_t number) {
 
 void RunBuilder::TakeEvidence(std::size_t number, const log::Statement& statement) {
     Confirm(statement);
+    if (log::IsAnnouncement(statement.sign)) {
+        announcement_ = log::Unescaped(statement.text);
+    }
     if (IsPromise(statement.sign) && !IsMissingRequest(number, statement)) {
         promised_ = log::Unescaped(statement.text);
     }

@@ -55,6 +55,7 @@ class RunBuilder {
     std::optional<int> dialect_;          // as far as the statements show
     std::optional<LogTime> anchor_;       // of the last traffic on the connection, or of its start
     std::string name_;                    // of the message being answered
+    std::string announcement_;            // the last statement since then that announces a request
     std::string promised_;                // the statement that something is sent next; empty once it is
     std::size_t prefixBytes_ = 0;         // of the request being sent; 0: none
     std::vector<RequestId> unconfirmed_;  // whose subject a later statement may reveal
