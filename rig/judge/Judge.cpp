@@ -22,6 +22,7 @@ bool IsException(std::string_view line) {
 
 void AddTimings(const std::map<std::string, ReactionTimes>& reactions, const char* where,
                 std::vector<result::Timing>& timings) {
+    timings.reserve(timings.size() + reactions.size());
     for (const auto& [request, times] : reactions) {
         timings.push_back({request + where, times.Count(), times.Percentile(0.5), times.Percentile(0.95),
                            times.Percentile(0.99), times.Longest()});

@@ -121,7 +121,7 @@ std::string ShownDescription(const log::Message& message, DescriptionFault fault
             return fault == DescriptionFault::NotXml ? Where(description) : Excerpt(description, kShownBytes);
         }
     }
-    return "";
+    return {};
 }
 
 std::string ListedElsewhere(const log::Message& message) {
@@ -137,7 +137,7 @@ std::string ListedElsewhere(const log::Message& message) {
                                item ? "/" + Printable(item.name()) : "", Shown(message));
         }
     }
-    return "";
+    return {};
 }
 
 std::string NoteOn(const log::Statement& statement, const log::Message& message) {
@@ -169,7 +169,7 @@ std::string NoteOn(const log::Statement& statement, const log::Message& message)
         case Sign::NoLength:
             return Shown(message);
         default:
-            return "";
+            return {};
     }
 }
 

@@ -1,6 +1,7 @@
 #include "rig/judge/Proof.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "rig/base/Printable.h"
 
@@ -68,8 +69,14 @@ void Proof::Add(const Place& place) {
     }
 }
 
+void Proof::Add(const result::Evidence& line) {
+    auto made = made_ ? *made_ : std::vector<result::Evidence>();
+    made.push_back(line);
+    made_ = std::make_shared<const std::vector<result::Evidence>>(std::move(made));
+}
+
 std::vector<result::Evidence> Proof::Lines() const {
-    std::vector<result::Evidence> lines = made_;
+    auto lines = made_ ? *made_ : std::vector<result::Evidence>();
     for (std::uint32_t number = 0; number < count_; ++number) {
         lines.push_back(kept_->At(indices_[number]));
     }

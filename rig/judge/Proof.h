@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <list>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -72,13 +73,14 @@ class KeptLines {
 class Proof {
  public:
     Proof() = default;
-    Proof(std::vector<result::Evidence> made) : made_(std::move(made)) {}
+    Proof(std::vector<result::Evidence> made)
+        : made_(std::make_shared<const std::vector<result::Evidence>>(std::move(made))) {}
 
-    bool IsFull() const { return count_ + made_.size() >= kProofLines; }
+    bool IsFull() const { return count_ + (made_ ? made_->size() : 0) >= kProofLines; }
 
     /// Adds a line, unless it was the last one that was added.
     void Add(const Place& place);
-    void Add(const result::Evidence& line) { made_.push_back(line); }
+    void Add(const result::Evidence& line);
 
     /// @return the lines as reports show them
     std::vector<result::Evidence> Lines() const;
@@ -87,7 +89,7 @@ class Proof {
     const KeptLines* kept_ = nullptr;
     std::array<std::uint32_t, kProofLines> indices_{};
     std::uint32_t count_ = 0;
-    std::vector<result::Evidence> made_;  // lines with a note of their own
+    std::shared_ptr<const std::vector<result::Evidence>> made_;  // lines with a note of their own: few have
 };
 
 }  // namespace rig::judge

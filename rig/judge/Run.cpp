@@ -38,8 +38,8 @@ void Tally::Add(const result::Evidence& evidence, std::string_view note) {
 
 /// @return whether to keep the line
 bool Tally::Counts(std::string_view note) {
-    if (count_++ == 0) {
-        note_ = note;
+    if (count_++ == 0 && !note.empty()) {
+        note_ = std::make_unique<const std::string>(note);
     }
     return !proof_.IsFull();
 }

@@ -27,7 +27,7 @@ class Tally {
     void Add(const result::Evidence& evidence, std::string_view note = {});
     std::uint64_t Count() const { return count_; }
     bool Any() const { return count_ > 0; }
-    const std::string& Note() const { return note_; }
+    std::string Note() const { return note_ ? *note_ : ""; }
     const Proof& Shown() const { return proof_; }
     std::vector<result::Evidence> Lines() const { return proof_.Lines(); }
 
@@ -35,7 +35,7 @@ class Tally {
     bool Counts(std::string_view note);
 
     std::uint64_t count_ = 0;
-    std::string note_;
+    std::unique_ptr<const std::string> note_;  // few have one
     Proof proof_;
 };
 
@@ -161,7 +161,7 @@ struct Run {
     Announcement announcement;
     std::string_view lastGood;  // message, of the catalogue
     std::uint64_t lastGoodLine = 0;
-    std::string opening;           // the first message, as it came
+    std::string opening;           // the first message, as it came, unless it was OK
     Tally damaged;                 // messages that the log holds only in part
     Tally misread;                 // requests of another length than the judge believes
     Tally assertions;              // failed assertions, if the log includes standard error

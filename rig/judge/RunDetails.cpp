@@ -26,7 +26,7 @@ std::string RunModel::NoteOn(const log::Statement& statement) {
             }
             [[fallthrough]];
         default:
-            return hasText_ ? judge::NoteOn(statement, reader_.LastMessage()) : "";
+            return hasText_ ? judge::NoteOn(statement, reader_.LastMessage()) : std::string();
     }
 }
 

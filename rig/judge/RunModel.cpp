@@ -149,7 +149,7 @@ void RunModel::TakeMessage(const log::Message& message, const Place& place) {
     using Form = log::Message::Form;
     hasText_ = true;
     malformed_.clear();
-    if (run_.opening.empty()) {
+    if (run_.opening.empty() && !run_.openedByOk && message.name != "OK") {
         run_.opening = Shown(message);
     }
     if (message.form == Form::NoMsg) {
