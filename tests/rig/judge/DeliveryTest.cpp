@@ -126,6 +126,14 @@ TEST_F(DeliveryTest, IsNotLookedAtUnasked) {
     }
 }
 
+TEST_F(DeliveryTest, PassesAFileThatIsStillOnItsWayWhenTheLogEnds) {
+    Deliver("E1/a.ts", "abc");
+    const std::string whole = MadeUpExport({{"E1", "a.ts", kAbc}});
+    const std::size_t answer = whole.rfind("expecting a message", whole.find("FILE_COMPLETE"));
+    Look(whole.substr(0, whole.rfind('\n', answer) + 1));
+    EXPECT_EQ(Of("unasked"), "PASS no other");
+}
+
 TEST_F(DeliveryTest, FailsAFileThatIsNotThere) {
     Deliver("E1/a.ts", "abc");
     Look({{"E1", "a.ts", kAbc}, {"E1", "b.ts", kAbc}, {"E2", "a.ts", kAbc}});

@@ -18,6 +18,7 @@ TEST(Difference, IsShownInBytesBetweenNormalForms) {
 TEST(Difference, IsShownFromTheStartOfACharacter) {
     EXPECT_EQ(Difference("x\xc3\xa4", "x\xc3\xa9"), "; from byte 2 on: c3 a4 instead of c3 a9");
     EXPECT_EQ(Difference("x\xc3", "x\xc3\xa9"), "; from byte 2 on: c3 instead of c3 a9");
+    EXPECT_EQ(Difference("\xc3\xa4", "\xc3\xa9"), "; from byte 1 on: c3 a4 instead of c3 a9");
 }
 
 TEST(Difference, IsShownInBytesBetweenBlanks) {

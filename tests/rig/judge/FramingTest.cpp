@@ -126,6 +126,8 @@ TEST(Framing, ProvesThatNoPrefixCame) {
     const FramingFault fault = ExplainText(TextAfter("", MessageOf(300)));
     EXPECT_EQ(fault.words.find("no prefix came: the text's first byte, 3c, was taken for one"), 0U);
     EXPECT_TRUE(fault.isProved);
+    const std::string noDeclaration = "?xml-stylesheet";
+    EXPECT_FALSE(ExplainText(noDeclaration + std::string('<' - noDeclaration.size(), ' ')).isProved);
 }
 
 TEST(Framing, ProvesThatCharactersAreCountedInsteadOfBytes) {

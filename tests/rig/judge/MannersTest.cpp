@@ -330,6 +330,14 @@ TEST(Exception, IsBlamedOnTheMessageBeforeIt) {
               "FAIL: a message that the harness cannot take: an exception ends it (<msg req=\"OK\"/>)");
 }
 
+TEST(Exception, ShowsNoMessageWhereTheTextHasNotCome) {
+    MadeUpLog log(2);
+    log.Dvr("<msg req=\"OK\"/>").Say("expecting a message of 2147483647 bytes");
+    log.Error("terminate called after throwing an instance of 'std::length_error'");
+    EXPECT_EQ(FindingOf("messages.parsed", log.Text()),
+              "FAIL: a message that the harness cannot take: an exception ends it");
+}
+
 TEST(Exception, OfTheHarnessesOwnIsTheEnvironments) {
     MadeUpLog log(2);
     log.Dvr("<msg req=\"OK\"/>").Error("terminate called after throwing an instance of 'std::bad_alloc'");

@@ -205,6 +205,31 @@ TEST_F(WireTest, AllowsACallAfterDone) {
     EXPECT_EQ(FoundBy("wire.calls", Judge(MadeUpLog(1).Text()).runs[0]), "2 calls");
 }
 
+TEST_F(WireTest, ExcusesWhatFollowsOnAFaultThatADvrNeedOnlySurvive) {
+    MadeUpLog log(1);
+    log.Dvr("<msg req=\"OK\"/>").Say("got an OK, sending GET_XML").Ask("<msg req=\"GET_XML\" />");
+    log.Dvr("<msg req=\"FILE_COMPLETE\" reid=\"E1\" file=\"a\"/>");
+    wire_.Connect(0.001, 1).Frame(0.3, 1, "harness", "GET_XML");
+    wire_.Add(0.3, R"("connection":1,"event":"fault","fault":"no-request","message":"GET_XML")");
+    wire_.Add(0.3, R"("connection":1,"event":"fault-end","fault":"no-request")");
+    EXPECT_EQ(
+        FoundBy("messages.asked", Judge(log.Text()).runs[0]),
+        "a fault of the proxy may be to blame; as far as the log goes, a message that nothing asked for "
+        "(FILE_COMPLETE)");
+}
+
+TEST_F(WireTest, AsksForTheReportOfWhatAFaultHasMadeUpNotOfTheMessageAfterIt) {
+    wire_.Connect(0, 1).Frame(1, 1, "harness", "EVENT_XFER_COMPLETE");
+    wire_.Add(
+        1,
+        R"("connection":1,"event":"fault","fault":"file-of-unknown-event","message":"EVENT_XFER_COMPLETE")");
+    wire_.Add(1, R"("connection":1,"event":"sent","messages":["GET_FILE"])");
+    wire_.Add(2, R"("connection":1,"event":"sent","messages":["EVENT_XFER_COMPLETE"])");
+    wire_.Add(2, R"("connection":1,"event":"fault-end","fault":"file-of-unknown-event")");
+    EXPECT_EQ(FoundBy("fault.answer", Judge(MadeUpLog(2).Text()).runs[0]),
+              "the DVR did not report what it must refuse (file-of-unknown-event at EVENT_XFER_COMPLETE)");
+}
+
 /// A recorder in 1.0 has no report, and need not answer.
 TEST_F(WireTest, AsksForNoReportWhereTheDialectHasNone) {
     wire_.Connect(0, 1).Frame(0.1, 1, "harness", "GET_XML");
