@@ -179,6 +179,12 @@ TEST_F(WireTest, TakesNewsOfATransferForNoAnswer) {
     EXPECT_NEAR(run.timings.at(0).longest, 200, 1);
 }
 
+TEST_F(WireTest, ForgetsAtOkWhatTheExportBeforeItLeftUnanswered) {
+    wire_.Connect(0, 1).Frame(0.1, 1, "harness", "GET_XML").Frame(1, 1, "harness", "DONE");
+    wire_.Frame(2, 1, "dvr", "OK").Frame(2.1, 1, "harness", "GET_XML").Frame(2.2, 1, "dvr", "XML");
+    EXPECT_NEAR(Judge(MadeUpLog(1).Text()).runs.at(0).timings.at(0).longest, 100, 1);
+}
+
 TEST_F(WireTest, TakesADoneThatAFaultHasSentForDone) {
     wire_.Connect(0, 1).Add(
         1, R"("connection":1,"event":"fault","fault":"together-with-done","message":"EVENT_XFER_COMPLETE")");
