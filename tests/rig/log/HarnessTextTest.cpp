@@ -37,6 +37,7 @@ std::string Given(const std::string& document) {
 TEST(HarnessText, HasNoBlanksAtItsEndsAndOneInPlaceOfSeveral) {
     EXPECT_EQ(Taken("<a>\r\n\t two  words\n</a>"), "[two words][]");
     EXPECT_EQ(Taken("<a> \n </a>"), "[][]");
+    EXPECT_EQ(Taken("<a> one</a>"), "[one][]");
 }
 
 TEST(HarnessText, KeepsBlanksThatAreWrittenAsReferences) {
