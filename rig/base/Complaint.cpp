@@ -1,5 +1,6 @@
 #include "rig/base/Complaint.h"
 
+#include <fmt/format.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -22,6 +23,10 @@ int Complain(std::string_view command, int status, const std::string& text) {
 
 bool IsOutputLost() {
     return !std::cout.flush() && !HasReaderLeft();
+}
+
+std::string LossOf(std::string_view what) {
+    return fmt::format("expected standard output to take the {}, found that it did not", what);
 }
 
 }  // namespace rig

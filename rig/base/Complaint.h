@@ -15,4 +15,7 @@ int Complain(std::string_view command, int status, const std::string& text);
 /// (`| head`) has what it wanted: that is no loss.
 bool IsOutputLost();
 
+/// @param what  was printed: "report". @return what to say of its loss
+std::string LossOf(std::string_view what);
+
 }  // namespace rig

@@ -162,9 +162,7 @@ void AddEvidenceOptions(CLI::App& run, RunOptions& options) {
 
 int PrintCases(const Selection& selection) try {
     std::cout << ListCases(selection);
-    return IsOutputLost() ? Complain("run", kUsageStatus,
-                                     "expected standard output to take the list, found that it did not")
-                          : 0;
+    return IsOutputLost() ? Complain("run", kUsageStatus, LossOf("list")) : 0;
 } catch (const std::runtime_error& error) {
     return Complain("run", kUsageStatus, error.what());
 }

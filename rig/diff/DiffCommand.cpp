@@ -58,8 +58,7 @@ int RunDiff(const DiffOptions& options) {
         std::cout << DiffText(comparison, options.all, WantsColour()) << std::flush;
         WriteReports(options, comparison);
         if (IsOutputLost()) {
-            return Complain("diff", kUsageStatus,
-                            "expected standard output to take the report, found that it did not");
+            return Complain("diff", kUsageStatus, LossOf("report"));
         }
         return comparison.Count(Change::Worse) > 0 ? kGotWorse : 0;
     } catch (const log::Unreadable& folder) {

@@ -151,8 +151,7 @@ void Play(const DvrOptions& options) {
         PlayRecordings(options);
     }
     if (IsOutputLost()) {
-        throw Failure(ExitStatus::Unusable,
-                      "expected standard output to take the transcript, found that it did not");
+        throw Failure(ExitStatus::Unusable, LossOf("transcript"));
     }
 }
 

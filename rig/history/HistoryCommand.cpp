@@ -123,8 +123,7 @@ int RunHistory(const HistoryOptions& options) {
             Report(options, std::move(read));
         }
         if (IsOutputLost()) {
-            return Complain("history", kUsageStatus,
-                            "expected standard output to take the report, found that it did not");
+            return Complain("history", kUsageStatus, LossOf("report"));
         }
         return isAnyUnreadable ? kNotACampaign : 0;
     } catch (const std::exception& error) {

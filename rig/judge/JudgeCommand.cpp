@@ -161,9 +161,7 @@ int ListMessages(const JudgeOptions& options) {
         }
     }
     std::cout.flush();
-    return IsOutputLost() ? Complain("judge", kUsageStatus,
-                                     "expected standard output to take the messages, found that it did not")
-                          : 0;
+    return IsOutputLost() ? Complain("judge", kUsageStatus, LossOf("messages")) : 0;
 }
 
 void WriteReports(const JudgeOptions& options, const result::Result& result) {
@@ -243,9 +241,7 @@ void AddJudgeCommand(CLI::App& app, int& status) {
 int RunJudge(const JudgeOptions& options) {
     if (options.listChecks) {
         Print(ListChecks(), options.format);
-        return IsOutputLost() ? Complain("judge", kUsageStatus,
-                                         "expected standard output to take the list, found that it did not")
-                              : 0;
+        return IsOutputLost() ? Complain("judge", kUsageStatus, LossOf("list")) : 0;
     }
     if (options.logs.empty() || (options.follow && options.logs.size() > 1)) {
         return Complain("judge", kUsageStatus,
@@ -271,8 +267,7 @@ int RunJudge(const JudgeOptions& options) {
             WriteReports(options, logs.Kept());
         }
         if (IsOutputLost()) {
-            return Complain("judge", kUsageStatus,
-                            "expected standard output to take the report, found that it did not");
+            return Complain("judge", kUsageStatus, LossOf("report"));
         }
         if (!logs.Foreign().empty()) {
             return Complain("judge", kNoLog, NoLine(logs.Foreign().front()));

@@ -95,8 +95,7 @@ int MergeFolders(const MergeOptions& options) {
     WriteFolder(options.out, merged, parts);
     PrintMerge(merged);
     campaign::Display().End(merged.record, options.out);
-    return IsOutputLost() ? Complain("merge", kUsageStatus,
-                                     "expected standard output to take the report, found that it did not")
+    return IsOutputLost() ? Complain("merge", kUsageStatus, LossOf("report"))
                           : ExitStatusOf(merged.record.Whole());
 }
 
