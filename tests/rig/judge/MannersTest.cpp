@@ -53,23 +53,29 @@ TEST(DamagedIdentifier, ThatIsTakenForAnEventsAndRefusedLaterIsOneFault) {
     EXPECT_EQ(Failed(log.AskEvent("00012345").End()), "invalid-event.answer");
 }
 
-/// -f on the second of two events, up to the request for a damaged name.
+/// An event with another file and "abcm", and -f on the latter.
+void DamageFile(Dialogue& log, const std::string& event, const std::string& other, int count) {
+    log.AskEvent(event);
+    log.Dvr(Description(event, "&lt;metadata name=\"" + other +
+                                   "\"/&gt;&lt;streams&gt;&lt;stream&gt;&lt;file "
+                                   "name=\"abcm\"/&gt;&lt;/stream&gt;&lt;/streams&gt;"));
+    log.AskFile(event, other).Tell("FILE_COMPLETE", event, other);
+    log.Say("Got FILE_COMPLETE for: reid=" + event + "  file=" + other).Say("filesToReceive size = 1");
+    log.Say("processing 'invalidFile' option, cnt=0");
+    log.AskFile(event.substr(3), "abcm");
+    if (count > 0) {
+        log.Tell("INVALID_EVENT", event.substr(3), "abcm").Say("filesToReceive size = 1");
+        log.Say("processing 'invalidFile' option, cnt=1");
+        log.AskFile(event, "m");
+    }
+}
+
+/// -f on the second of two events, up to the request for a damaged name. The first has a file of that name.
 Dialogue WithDamagedFile(const std::string& first, const std::string& second, const std::string& other,
                          int count) {
     Dialogue log("'invalidFile' flag set");
-    log.List(first, second).AskEvent(first).Describe(first, "a").Finish(first, "a").AskEvent(second);
-    log.Dvr(Description(second, "&lt;metadata name=\"" + other +
-                                    "\"/&gt;&lt;streams&gt;&lt;stream&gt;&lt;file "
-                                    "name=\"abcm\"/&gt;&lt;/stream&gt;&lt;/streams&gt;"));
-    log.AskFile(second, other).Tell("FILE_COMPLETE", second, other);
-    log.Say("Got FILE_COMPLETE for: reid=" + second + "  file=" + other).Say("filesToReceive size = 1");
-    log.Say("processing 'invalidFile' option, cnt=0");
-    log.AskFile(second.substr(3), "abcm");
-    if (count > 0) {
-        log.Tell("INVALID_EVENT", second.substr(3), "abcm").Say("filesToReceive size = 1");
-        log.Say("processing 'invalidFile' option, cnt=1");
-        log.AskFile(second, "m");
-    }
+    log.List(first, second).AskEvent(first).Describe(first, "m").Finish(first, "m");
+    DamageFile(log, second, other, count);
     return log;
 }
 
@@ -82,6 +88,13 @@ TEST(DamagedFile, OfAnEventThatIsListedIsNoFaultHoweverItIsAnswered) {
             FindingOf("invalid-file.fired-event", text).find("INCONCLUSIVE: never injected: what is left"),
             0U);
     }
+}
+
+TEST(DamagedFile, OfAnEventThatOnlyAnEarlierListHadStaysAFault) {
+    Dialogue log("'invalidFile' flag set");
+    log.List("E1").AskEvent("E1").Describe("E1", "a").Finish("E1", "a").Done();
+    DamageFile(log.List("123E1"), "123E1", "b", 0);
+    EXPECT_EQ(Failed(log.Tell("FILE_COMPLETE", "E1", "abcm").End()), "invalid-file.answer-event");
 }
 
 TEST(DamagedFile, WhoseNameIsAnotherFilesIsNoFault) {
