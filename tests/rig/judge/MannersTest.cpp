@@ -110,6 +110,22 @@ TEST(DamagedFile, WhoseNameIsNobodysStaysAFault) {
     EXPECT_EQ(Failed(log.Tell("FILE_COMPLETE", "123E2", "m").End()), "invalid-file.answer-name");
 }
 
+// What a DVR that begins anew in the middle leaves on the harness's list.
+
+TEST(SecondOpening, LeavesTheFilesThatWereAskedFor) {
+    const std::string files =
+        "<msg req=\"XML\"><xmlFile><string>&lt;recording-event reid=\"E1\"&gt;&lt;video&gt;&lt;metadata "
+        "name=\"a\"/&gt;&lt;streams&gt;&lt;stream&gt;&lt;file "
+        "name=\"longer\"/&gt;&lt;/stream&gt;&lt;/streams&gt;&lt;/video&gt;&lt;/recording-event&gt;"
+        "</string></xmlFile></msg>";
+    MadeUpLog log(1);
+    for (int opening = 0; opening < 2; ++opening) {
+        log.Dvr("<msg req=\"OK\"/>").Say("got an OK, sending GET_XML").Ask("<msg req=\"GET_XML\" />");
+        log.Dvr(files).Ask("<msg req=\"GET_FILE\" path=\"E1\" file=\"a\" />");
+    }
+    EXPECT_EQ(FindingOf("log.understood", log.Text()).substr(0, 4), "PASS");
+}
+
 // An event that is listed, and refused.
 
 TEST(ListedEvent, ThatIsRefusedFailsItsOwnCheckAlone) {
