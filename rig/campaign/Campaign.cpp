@@ -149,7 +149,7 @@ void Campaign::FindKnownUnseen() {
     result::RunResult unseen = tally.Unseen(rig_.known);
     std::vector<std::string>& ids = record_.shard ? record_.shard->knownUnseen : record_.knownUnseen;
     for (const result::CheckResult& check : unseen.checks) {
-        ids.push_back(check.id);
+        ids.emplace_back(check.id);
     }
     if (!record_.knownUnseen.empty()) {
         result_.runs.push_back(std::move(unseen));

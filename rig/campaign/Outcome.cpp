@@ -65,7 +65,7 @@ std::string WarningsOf(const result::RunResult& run) {
     std::vector<std::string> warnings;
     for (const result::CheckResult& check : run.checks) {
         if (check.verdict == Verdict::Warning) {
-            warnings.push_back(check.id + ": " + check.found);
+            warnings.push_back(fmt::format("{}: {}", check.id, check.found));
         }
     }
     return fmt::format("with {}: {}", warnings.size() == 1 ? "a warning" : "warnings",
@@ -97,9 +97,8 @@ std::string ReasonOf(const result::RunResult& run) {
                      [](const auto* one, const auto* other) { return Lightness(*one) < Lightness(*other); });
     std::string words;
     for (const result::CheckResult* check : checks) {
-        words += words.empty()        ? check->id + ": " + check->found
-                 : check == checks[1] ? "; also " + check->id
-                                      : ", " + check->id;
+        words += words.empty() ? fmt::format("{}: {}", check->id, check->found)
+                               : fmt::format("{}{}", check == checks[1] ? "; also " : ", ", check->id);
     }
     return words;
 }

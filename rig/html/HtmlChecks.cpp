@@ -33,10 +33,11 @@ void AddEvidence(pugi::xml_node cell, const result::CheckResult& check, const Lo
 void AddCheck(pugi::xml_node body, const result::CheckResult& check, const LogPlaces& places,
               const std::string& prefix) {
     pugi::xml_node row = Add(body, "tr");
-    Set(row, "id", prefix + check.id);
+    const std::string id(check.id);
+    Set(row, "id", prefix + id);
     SetOutcome(row, result::NameOf(check.verdict));
     AddVerdict(AddNamedCell(row, "Verdict"), check.verdict);
-    AddLink(AddRowHead(row, {}), "#" + prefix + check.id, check.id);
+    AddLink(AddRowHead(row, {}), "#" + prefix + id, id);
     AddNamedCell(row, "Requirement", check.requirement);
     AddNamedCell(row, "Expected", check.expected);
     AddEvidence(AddNamedCell(row, "Found", check.found), check, places);

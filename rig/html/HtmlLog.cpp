@@ -77,7 +77,7 @@ void AddLine(pugi::xml_node list, const result::RunResult& run, const LogPlaces&
     for (const result::CheckResult* check : proved) {
         AddText(text, " ");
         const std::string words = fmt::format("evidence: {} {}", result::NameOf(check->verdict), check->id);
-        Set(AddLink(text, "#" + prefix + check->id, words), "class",
+        Set(AddLink(text, fmt::format("#{}{}", prefix, check->id), words), "class",
             std::string("proof verdict ") + LookOf(result::NameOf(check->verdict)).cssClass);
     }
 }

@@ -17,7 +17,7 @@ std::vector<std::string> IdsIn(const std::vector<MatrixColumn>& columns) {
     for (const MatrixColumn& column : columns) {
         for (const result::CheckResult& check : *column.checks) {
             if (std::find(ids.begin(), ids.end(), check.id) == ids.end()) {
-                ids.push_back(check.id);
+                ids.emplace_back(check.id);
             }
         }
     }

@@ -67,7 +67,7 @@ KnownFailures ReadKnownFailures(const std::string& path) try {
 
 void Apply(const KnownFailures& known, result::RunResult& run) {
     for (CheckResult& check : run.checks) {
-        const auto entry = known.find(check.id);
+        const auto entry = known.find(std::string(check.id));
         if (entry == known.end() || check.verdict != Verdict::Fail) {
             continue;
         }
@@ -82,9 +82,9 @@ void Apply(const KnownFailures& known, result::RunResult& run) {
 void KnownTally::Add(const result::RunResult& run) {
     for (const CheckResult& check : run.checks) {
         if (check.verdict == Verdict::Pass) {
-            passed_.insert(check.id);
+            passed_.emplace(check.id);
         } else if (check.verdict == Verdict::KnownFailure || check.verdict == Verdict::Warning) {
-            shown_.insert(check.id);
+            shown_.emplace(check.id);
         }
     }
 }
@@ -94,7 +94,7 @@ result::RunResult KnownTally::Unseen(const KnownFailures& known) const {
     run.name = "known failures";
     for (const auto& [id, reasons] : known) {
         if (passed_.count(id) > 0 && shown_.count(id) == 0) {
-            run.checks.push_back({id,
+            run.checks.push_back({result::LastingId(id),
                                   "A known failure occurs, or is removed from the list.",
                                   Verdict::Fail,
                                   fmt::format("\"{}\"", fmt::join(reasons, "\" or \"")),

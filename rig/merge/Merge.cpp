@@ -178,7 +178,7 @@ void TakeKnown(Merged& merged, const std::vector<Part>& parts) {
     }
     result::RunResult unseen = tally.Unseen(known);
     for (const result::CheckResult& check : unseen.checks) {
-        merged.record.knownUnseen.push_back(check.id);
+        merged.record.knownUnseen.emplace_back(check.id);
     }
     if (!unseen.checks.empty()) {
         merged.result.runs.push_back(std::move(unseen));

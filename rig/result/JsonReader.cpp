@@ -13,8 +13,8 @@ std::optional<Value> OptionalIn(const Json& json) {
 }
 
 CheckResult CheckIn(const Json& json) {
-    CheckResult check{json.at("id"),       json.at("requirement"), VerdictOf(json.at("verdict")),
-                      json.at("expected"), json.at("found"),       {}};
+    CheckResult check{LastingId(json.at("id")), json.at("requirement"), VerdictOf(json.at("verdict")),
+                      json.at("expected"),      json.at("found"),       {}};
     for (const Json& line : json.at("evidence")) {
         check.evidence.push_back({line.at("file"), line.at("line"), line.at("text"), line.at("note")});
     }

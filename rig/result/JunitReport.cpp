@@ -52,8 +52,8 @@ void AddOutcome(pugi::xml_node test, const CheckResult& check) {
 
 void AddCase(pugi::xml_node suite, const CheckResult& check) {
     pugi::xml_node test = suite.append_child("testcase");
-    Set(test, "name", check.id);
-    Set(test, "classname", "velloran." + check.id.substr(0, check.id.find('.')));
+    Set(test, "name", std::string(check.id));
+    Set(test, "classname", fmt::format("velloran.{}", check.id.substr(0, check.id.find('.'))));
     Set(test, "time", "0.000");
     if (!Passes(check)) {
         AddOutcome(test, check);
@@ -84,7 +84,7 @@ void AddWarnings(pugi::xml_node output, const RunResult& run) {
     std::string text;
     for (const CheckResult& check : run.checks) {
         if (check.verdict == Verdict::Warning) {
-            text += check.id + ": " + Words(check) + "\n" + LinesOf(check);
+            text += fmt::format("{}: {}\n{}", check.id, Words(check), LinesOf(check));
         }
     }
     if (!text.empty()) {

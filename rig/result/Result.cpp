@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <set>
 
 namespace rig::result {
 namespace {
@@ -38,6 +39,11 @@ const char* NameOf(Verdict verdict) {
 
 std::string Evidence::Words() const {
     return fmt::format("{}:{}: {}{}", file, line, text, note.empty() ? "" : "  (" + note + ")");
+}
+
+std::string_view LastingId(const std::string& id) {
+    static std::set<std::string> ids;
+    return *ids.insert(id).first;
 }
 
 std::string_view WithoutDetails(std::string_view found) {

@@ -39,13 +39,16 @@ struct Evidence {
 };
 
 struct CheckResult {
-    std::string id;           // stable: "event-list.source"
+    std::string_view id;      // stable: "event-list.source"; lasts as long as the program
     std::string requirement;  // one sentence: what is required of the DVR
     Verdict verdict = Verdict::NotReached;
     std::string expected;
     std::string found;
     std::vector<Evidence> evidence;  // at most a handful
 };
+
+/// @return the id of a check as CheckResult has it. All are kept: there are few
+std::string_view LastingId(const std::string& id);
 
 /// One rung of the dialogue's ladder.
 struct Step {

@@ -173,12 +173,12 @@ void RunPrinter::Add(const RunResult& run) {
 
 /// @param expected  where it probably is or comes before: runs have much the same checks in the same order
 /// @return the check's column in the matrix; a new one if it has none
-std::size_t RunPrinter::ColumnOf(const std::string& id, std::size_t expected) {
+std::size_t RunPrinter::ColumnOf(std::string_view id, std::size_t expected) {
     const auto start = ids_.begin() + static_cast<std::ptrdiff_t>(expected);
     auto found = std::find(start, ids_.end(), id);
     if (found == ids_.end()) {
         found = std::find(ids_.begin(), start, id);
-        found = found == start ? ids_.insert(ids_.end(), id) : found;
+        found = found == start ? ids_.emplace(ids_.end(), id) : found;
     }
     return static_cast<std::size_t>(found - ids_.begin());
 }

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <iosfwd>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "rig/result/Result.h"
@@ -35,7 +36,7 @@ class RunPrinter {
         std::string letters;  // of the verdicts, in the order of ids_
     };
 
-    std::size_t ColumnOf(const std::string& id, std::size_t expected);
+    std::size_t ColumnOf(std::string_view id, std::size_t expected);
     void PrintMatrix(std::size_t first, std::size_t end);
 
     std::ostream& out_;

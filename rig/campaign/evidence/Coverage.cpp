@@ -104,9 +104,9 @@ void Coverage::Add(const Case& plan, const result::RunResult& run, const std::ve
         }
     }
     for (const result::CheckResult& check : run.checks) {
-        met_.insert(check.id);
+        met_.emplace(check.id);
         if (IsDecided(check)) {
-            AddOnce(rules_[check.id], plan.name);
+            AddOnce(rules_[std::string(check.id)], plan.name);
         }
     }
 }

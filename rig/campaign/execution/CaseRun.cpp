@@ -168,7 +168,7 @@ void CaseRun::Exclude() {
     for (result::CheckResult& check : result_.checks) {
         const bool isOpen = check.verdict == Verdict::Inconclusive || check.verdict == Verdict::NotReached;
         if (isOpen && std::find(excluded.begin(), excluded.end(), check.id) != excluded.end()) {
-            record_.excluded.push_back(check.id);
+            record_.excluded.emplace_back(check.id);
         } else {
             kept.push_back(std::move(check));
         }

@@ -105,7 +105,7 @@ std::vector<result::CheckResult> JudgeRun(const Run& run, const Limits& limits, 
         }
         Finding finding = Judged(check, run, limits);
         result::CheckResult& judged = results.emplace_back();
-        judged.id = std::string(check.id);
+        judged.id = check.id;
         judged.verdict = finding.verdict;
         if (words || result::NeedsWords(finding.verdict)) {
             judged.requirement = check.requirement;

@@ -19,7 +19,7 @@ using result::Step;
 using result::Verdict;
 
 /// @return the run with these checks, as "ID VERDICT"
-result::RunResult RunWith(const std::vector<std::pair<std::string, Verdict>>& checks) {
+result::RunResult RunWith(const std::vector<std::pair<std::string_view, Verdict>>& checks) {
     result::RunResult run;
     for (const auto& [id, verdict] : checks) {
         run.checks.push_back({id, "", verdict, "", "", {}});

@@ -10,7 +10,7 @@ namespace {
 using result::Verdict;
 
 /// An export that came to this end, with these checks and verdicts.
-CaseFacts Ended(End end, const std::vector<std::pair<std::string, Verdict>>& checks) {
+CaseFacts Ended(End end, const std::vector<std::pair<std::string_view, Verdict>>& checks) {
     CaseFacts facts;
     facts.end = end;
     facts.words = "why";
@@ -29,15 +29,15 @@ std::string Show(const CaseFacts& facts) {
     const Decision decision = Decide(facts);
     std::string ids;
     for (const result::CheckResult& check : facts.judged->checks) {
-        ids += (ids.empty() ? "" : ", ") + check.id;
+        ids += fmt::format("{}{}", ids.empty() ? "" : ", ", check.id);
     }
     return fmt::format("{}|{}|{}", NameOf(decision.outcome), decision.reason, ids);
 }
 
-const std::vector<std::pair<std::string, Verdict>> kBrokenOff = {{"harness.ran", Verdict::Pass},
-                                                                 {"export.done", Verdict::Fail},
-                                                                 {"fault.acted", Verdict::Pass},
-                                                                 {"fault.answer", Verdict::Pass}};
+const std::vector<std::pair<std::string_view, Verdict>> kBrokenOff = {{"harness.ran", Verdict::Pass},
+                                                                      {"export.done", Verdict::Fail},
+                                                                      {"fault.acted", Verdict::Pass},
+                                                                      {"fault.answer", Verdict::Pass}};
 
 /// @return what an export with a fault of that duty, which has failed at that end, comes to
 std::string LeftTo(fault::Duty duty, End end) {

@@ -59,7 +59,7 @@ CaseFacts With(CaseFacts facts, Member member, Value value) {
     return facts;
 }
 
-result::RunResult JudgedAs(const std::vector<std::pair<std::string, Verdict>>& checks) {
+result::RunResult JudgedAs(const std::vector<std::pair<std::string_view, Verdict>>& checks) {
     result::RunResult run;
     for (const auto& [id, verdict] : checks) {
         run.checks.push_back({id, "", verdict, "", "found it", {}});
@@ -81,7 +81,7 @@ void ExpectDecisions(const std::vector<Row>& rows) {
 }
 
 TEST(Outcome, IsTheJudgesWhereARunCameToItsEnd) {
-    const auto judged = [](const std::vector<std::pair<std::string, Verdict>>& checks) {
+    const auto judged = [](const std::vector<std::pair<std::string_view, Verdict>>& checks) {
         return With(Stopped(Verdict::Pass), &CaseFacts::judged, JudgedAs(checks));
     };
     constexpr Verdict kFail = Verdict::Fail;

@@ -231,8 +231,8 @@ std::vector<std::string> FindingsOf(const FindingsRow& row) {
     Lines findings;
     for (const auto& run : ResultOf(row).runs) {
         for (const auto& check : run.checks) {
-            findings.push_back(std::string(rig::result::NameOf(check.verdict)) + " " + check.id + " | " +
-                               check.expected + " | " + check.found);
+            findings.push_back(fmt::format("{} {} | {} | {}", rig::result::NameOf(check.verdict), check.id,
+                                           check.expected, check.found));
         }
     }
     return findings;

@@ -47,7 +47,7 @@ inline std::string With(rig::result::Verdict verdict, const rig::result::RunResu
     std::string ids;
     for (const rig::result::CheckResult& check : run.checks) {
         if (check.verdict == verdict) {
-            ids += (ids.empty() ? "" : " ") + check.id;
+            ids.append(ids.empty() ? "" : " ").append(check.id);
         }
     }
     return ids;

@@ -31,7 +31,7 @@ std::string Verdicts(const rig::result::Result& result, bool wantsPasses) {
             if (check.verdict != Verdict::Pass) {
                 text += fmt::format(", {} {}{}", *NameOf(check.verdict), check.id, LinesOf(check));
             } else if (wantsPasses) {
-                text += ", " + check.id + LinesOf(check);
+                text += fmt::format(", {}{}", check.id, LinesOf(check));
             }
         }
     }

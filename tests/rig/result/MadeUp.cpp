@@ -8,7 +8,8 @@ namespace {
 constexpr std::int64_t kBegin = 1'795'212'187'123'456;  // 2026-11-20T22:03:07Z
 
 result::CheckResult Check(const std::string& id, result::Verdict verdict) {
-    return {id, "What is required.", verdict, "what was expected of " + id, "what was found of " + id, {}};
+    return {result::LastingId(id),        "What is required.",       verdict,
+            "what was expected of " + id, "what was found of " + id, {}};
 }
 
 }  // namespace
