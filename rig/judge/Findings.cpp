@@ -17,7 +17,7 @@ namespace {
 constexpr double kSecondsPerRead = 0.25;
 constexpr double kBytesPerRead = 4096;
 
-bool Concerns(const Request& request, const std::string& name) {
+bool Concerns(const Request& request, std::string_view name) {
     const bool isPlain = request.fault == Fault::None || request.fault == Fault::Rehash;
     return name.empty() || (request.name == name && isPlain);
 }
@@ -120,7 +120,7 @@ std::string NothingOfTheKind(const Run& run, const Request& request) {
     return fmt::format("the DVR sent nothing of the kind ({})", HowLong(run, request));
 }
 
-Tally Unanswered(const Run& run, const std::string& name, const Limits& limits) {
+Tally Unanswered(const Run& run, std::string_view name, const Limits& limits) {
     Tally unanswered;
     for (const Request& request : run.pending) {
         if (Concerns(request, name) && IsUnanswered(run, request, limits)) {
@@ -148,9 +148,9 @@ Tally Stalled(const Run& run, const Limits& limits) {
     return stalled;
 }
 
-bool IsWaiting(const Run& run, const std::string& name) {
+bool IsWaiting(const Run& run, std::string_view name) {
     return std::any_of(run.pending.begin(), run.pending.end(),
-                       [&name](const Request& request) { return Concerns(request, name); });
+                       [name](const Request& request) { return Concerns(request, name); });
 }
 
 bool RanForLong(const Run& run, const Limits& limits) {

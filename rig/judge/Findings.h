@@ -2,6 +2,7 @@
 
 #include <initializer_list>
 #include <string>
+#include <string_view>
 
 #include "rig/judge/checks/Checks.h"
 
@@ -55,7 +56,7 @@ double Waited(const Run& run, const Request& request);
 bool IsUnanswered(const Run& run, const Request& request, const Limits& limits);
 
 /// @return the unanswered requests of this name without an injected fault, other than a new hash; all for ""
-Tally Unanswered(const Run& run, const std::string& name, const Limits& limits);
+Tally Unanswered(const Run& run, std::string_view name, const Limits& limits);
 
 /// @return what was found where a request got no answer
 std::string NothingOfTheKind(const Run& run, const Request& request);
@@ -65,7 +66,7 @@ std::string NothingOfTheKind(const Run& run, const Request& request);
 Tally Stalled(const Run& run, const Limits& limits);
 
 /// @return whether a request of this name, as above, is still waiting when the log ends
-bool IsWaiting(const Run& run, const std::string& name);
+bool IsWaiting(const Run& run, std::string_view name);
 
 /// @return whether the harness was interrupted only after it had run for longer than the patience
 bool RanForLong(const Run& run, const Limits& limits);

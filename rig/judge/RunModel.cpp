@@ -10,6 +10,9 @@
 #include "rig/judge/Notes.h"
 
 namespace rig::judge {
+
+using namespace std::string_view_literals;  // compared without a call where the sizes differ
+
 namespace {
 
 using log::Sign;
@@ -149,7 +152,7 @@ void RunModel::TakeMessage(const log::Message& message, const Place& place) {
     using Form = log::Message::Form;
     hasText_ = true;
     malformed_.clear();
-    if (run_.opening.empty() && !run_.openedByOk && message.name != "OK") {
+    if (run_.opening.empty() && !run_.openedByOk && message.name != "OK"sv) {
         run_.opening = Shown(message);
     }
     if (message.form == Form::NoMsg) {
@@ -181,7 +184,7 @@ void RunModel::TakeMessage(const log::Message& message, const Place& place) {
     if (keep_.transfers) {
         TakeTransfer(message, place);
     }
-    if (message.name == "EVENT_LIST") {
+    if (message.name == "EVENT_LIST"sv) {
         NoteEmpty("source", run_.emptySource, place);
     }
     beforeLast_ = {run_.lastGood, run_.lastGoodLine};
@@ -242,7 +245,7 @@ void RunModel::TakeListed(const log::Listed& listed, const Place& place) {
     addShown(run_.notFiles, listed.notFiles);
     addShown(run_.notEvents, listed.notEvents);
     addShown(run_.noDescriptions, std::size_t{listed.noDescriptions});
-    addShown(reader_.LastMessage().name == "EVENT_LIST" ? run_.secondLists : run_.secondDescriptions,
+    addShown(reader_.LastMessage().name == "EVENT_LIST"sv ? run_.secondLists : run_.secondDescriptions,
              std::size_t{listed.hasSecond});
     addShown(run_.emptyList, std::size_t{listed.isEmpty});
     run_.hasEmptyEvent = run_.hasEmptyEvent || listed.emptyEvents > 0;

@@ -14,7 +14,7 @@ namespace {
 constexpr Sender Dvr = Sender::Dvr;
 constexpr Sender Harness = Sender::Harness;
 
-using Names = std::vector<const char*>;
+using Names = std::vector<std::string_view>;
 
 bool Holds(const Names& names, std::string_view name) {
     return std::find(names.begin(), names.end(), name) != names.end();

@@ -14,12 +14,12 @@ enum class Sender { Dvr, Harness };
 struct MessageKind {
     int dialect;  // 1 or 2
     Sender sender;
-    const char* name;                   // `req`
-    std::vector<const char*> required;  // attributes, in the order in which the harness writes them
-    std::vector<const char*> optional;  // attributes, after those; the harness does not read a DVR's
-    const char* children;               // path of the elements in `msg`, "events/event"; empty if it has none
-    std::vector<const char*> answers;   // of the other side. A DVR's: to a good request, then the reports of
-                                        // a fault. The harness's: what it sends next, the usual first
+    const char* name;                        // `req`
+    std::vector<std::string_view> required;  // attributes, in the order in which the harness writes them
+    std::vector<std::string_view> optional;  // attributes, after those; the harness does not read a DVR's
+    const char* children;  // path of the elements in `msg`, "events/event"; empty if it has none
+    std::vector<std::string_view> answers;  // of the other side. A DVR's: to a good request, then the reports
+                                            // of a fault. The harness's: what it sends next, the usual first
 };
 
 /// @return every message of both dialects, in the order of an export

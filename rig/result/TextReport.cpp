@@ -137,25 +137,25 @@ const char* ArrowOf(Step::Kind kind) {
 
 }  // namespace
 
-RunPrinter::RunPrinter(std::ostream& out, bool colour) : out_(out), colour_(colour) {
-    for (std::size_t verdict = 0; verdict < kVerdicts; ++verdict) {
-        rowHeads_[verdict] = "  " + Shown(static_cast<Verdict>(verdict), 13, colour) + "  ";
-    }
+std::string RunPrinter::RowOf(Verdict verdict, std::string_view id) const {
+    return fmt::format("  {}  {}\n", Shown(verdict, 13, colour_), id);
 }
 
 void RunPrinter::Add(const RunResult& run) {
-    Row row{TitleOf(run), std::string(ids_.size(), ' ')};
+    Row row{TitleOf(run), std::string(columns_.size(), ' ')};
     text_.clear();
     text_ += row.title;
     text_ += '\n';
     std::size_t expected = 0;
     for (const CheckResult& check : run.checks) {
-        text_ += rowHeads_[IndexOf(check.verdict)];
-        text_ += check.id;
-        text_ += '\n';
         const std::size_t column = ColumnOf(check.id, expected);
         expected = column + 1;
-        row.letters.resize(ids_.size(), ' ');
+        if (check.verdict == Verdict::Pass) {
+            text_ += columns_[column].passRow;
+        } else {
+            text_ += RowOf(check.verdict, check.id);
+        }
+        row.letters.resize(columns_.size(), ' ');
         row.letters[column] = LetterOf(check.verdict);
         ++counts_[IndexOf(check.verdict)];
     }
@@ -174,13 +174,14 @@ void RunPrinter::Add(const RunResult& run) {
 /// @param expected  where it probably is or comes before: runs have much the same checks in the same order
 /// @return the check's column in the matrix; a new one if it has none
 std::size_t RunPrinter::ColumnOf(std::string_view id, std::size_t expected) {
-    const auto start = ids_.begin() + static_cast<std::ptrdiff_t>(expected);
-    auto found = std::find(start, ids_.end(), id);
-    if (found == ids_.end()) {
-        found = std::find(ids_.begin(), start, id);
-        found = found == start ? ids_.emplace(ids_.end(), id) : found;
+    const auto start = columns_.begin() + static_cast<std::ptrdiff_t>(expected);
+    const auto isOf = [id](const Column& column) { return column.id == id; };
+    auto found = std::find_if(start, columns_.end(), isOf);
+    if (found == columns_.end()) {
+        found = std::find_if(columns_.begin(), start, isOf);
+        found = found == start ? columns_.insert(columns_.end(), {id, RowOf(Verdict::Pass, id)}) : found;
     }
-    return static_cast<std::size_t>(found - ids_.begin());
+    return static_cast<std::size_t>(found - columns_.begin());
 }
 
 void RunPrinter::PrintMatrix(std::size_t first, std::size_t end) {
@@ -198,9 +199,9 @@ void RunPrinter::PrintMatrix(std::size_t first, std::size_t end) {
     for (std::size_t run = first; run < end; ++run) {
         AppendNumber(text, run + 1, kCell);
     }
-    for (std::size_t check = 0; check < ids_.size(); ++check) {
+    for (std::size_t check = 0; check < columns_.size(); ++check) {
         text += '\n';
-        AppendPadded(text, ids_[check], kHead);
+        AppendPadded(text, columns_[check].id, kHead);
         text.append((end - first) * kCell, ' ');
         for (std::size_t run = first; run < end; ++run) {
             const std::string& letters = rows_[run].letters;

@@ -16,7 +16,7 @@ namespace rig::result {
 class RunPrinter {
  public:
     /// @param out  must outlive this object
-    RunPrinter(std::ostream& out, bool colour);
+    RunPrinter(std::ostream& out, bool colour) : out_(out), colour_(colour) {}
 
     /// Prints a short table, and the checks that did not pass with what was expected and found.
     void Add(const RunResult& run);
@@ -33,17 +33,23 @@ class RunPrinter {
  private:
     struct Row {
         std::string title;
-        std::string letters;  // of the verdicts, in the order of ids_
+        std::string letters;  // of the verdicts, in the order of columns_
     };
 
+    std::string RowOf(Verdict verdict, std::string_view id) const;
     std::size_t ColumnOf(std::string_view id, std::size_t expected);
     void PrintMatrix(std::size_t first, std::size_t end);
 
     std::ostream& out_;
     bool colour_;
-    std::vector<std::string> ids_;  // of all checks that a run has had so far
+    /// Of a check that a run has had so far.
+    struct Column {
+        std::string_view id;
+        std::string passRow;  // what is printed where it passes
+    };
+
+    std::vector<Column> columns_;
     std::vector<Row> rows_;
-    std::array<std::string, kVerdicts> rowHeads_;     // what a check's row begins with
     std::array<std::size_t, kVerdicts> counts_ = {};  // of checks
     std::string text_;                                // of the last run
     Verdict worst_ = Verdict::Pass;

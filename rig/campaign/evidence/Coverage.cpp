@@ -16,8 +16,7 @@ namespace {
 
 using result::Verdict;
 
-std::string WordsOf(int protocol, const std::string& from, const std::string& message,
-                    const std::string& field) {
+std::string WordsOf(int protocol, std::string_view from, std::string_view message, std::string_view field) {
     return fmt::format("{}.0 {}: {}{}{}", protocol, from, message, field.empty() ? "" : " ", field);
 }
 
@@ -66,7 +65,7 @@ bool IsOrder(std::string_view message) {
 bool IsOfPlainExport(const ProtocolItem& item) {
     const std::string_view message = item.message;
     if (std::string_view(item.from) == NameOf(protocol::Sender::Harness)) {
-        return !IsOrder(message) && *item.field == '\0';
+        return !IsOrder(message) && item.field.empty();
     }
     const auto& kinds = protocol::Catalogue();
     return message == "OK" || std::any_of(kinds.begin(), kinds.end(), [&](const protocol::MessageKind& kind) {

@@ -4,6 +4,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "rig/campaign/Cases.h"
@@ -14,10 +15,10 @@ namespace rig::campaign {
 
 /// A message of the protocol, or one of its fields.
 struct ProtocolItem {
-    int protocol;         // 1 or 2
-    const char* from;     // "DVR", "harness"
-    const char* message;  // `req`
-    const char* field;    // attribute or path of children; empty for the message itself
+    int protocol;            // 1 or 2
+    const char* from;        // "DVR", "harness"
+    const char* message;     // `req`
+    std::string_view field;  // attribute or path of children; empty for the message itself
 };
 
 /// @return every message of both dialects, each followed by its fields; for the harness, only the fields that

@@ -5,13 +5,13 @@ namespace rig::campaign {
 namespace {
 
 /// @return what the harness reads in a DVR's message, or what only some of the harness's have
-std::vector<const char*> FieldsOf(const protocol::MessageKind& kind) {
+std::vector<std::string_view> FieldsOf(const protocol::MessageKind& kind) {
     if (kind.sender == protocol::Sender::Harness) {
         return kind.optional;
     }
-    std::vector<const char*> fields(kind.required.begin() + 1, kind.required.end());  // without `req`
+    std::vector<std::string_view> fields(kind.required.begin() + 1, kind.required.end());  // without `req`
     if (*kind.children != '\0') {
-        fields.push_back(kind.children);
+        fields.emplace_back(kind.children);
     }
     return fields;
 }
@@ -20,7 +20,7 @@ std::vector<ProtocolItem> ItemsOf(const std::vector<protocol::MessageKind>& kind
     std::vector<ProtocolItem> items;
     for (const protocol::MessageKind& kind : kinds) {
         items.push_back({kind.dialect, NameOf(kind.sender), kind.name, ""});
-        for (const char* field : FieldsOf(kind)) {
+        for (const std::string_view field : FieldsOf(kind)) {
             items.push_back({kind.dialect, NameOf(kind.sender), kind.name, field});
         }
     }

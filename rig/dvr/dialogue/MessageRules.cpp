@@ -32,8 +32,8 @@ void CheckVersion(const Message& message, int dialect) {
 }
 
 void CheckAttributes(const Message& message, const protocol::MessageKind& kind, bool allowsOthers) {
-    for (const char* name : kind.required) {
-        if (!message.Find(name)) {
+    for (const std::string_view name : kind.required) {
+        if (!message.Find(std::string(name).c_str())) {
             throw Breach(fmt::format("{} without its attribute '{}'", message.Name(), name));
         }
     }

@@ -87,10 +87,11 @@ std::vector<std::string> AttributesOf(const pugi::xml_node& element) {
 
 std::string AttributeFault(const protocol::MessageKind& kind, const std::vector<std::string>& found) {
     std::vector<std::string> expected(kind.required.begin(), kind.required.end());
-    std::copy_if(kind.optional.begin(), kind.optional.end(), std::back_inserter(expected),
-                 [&](const char* attribute) {
-                     return std::find(found.begin(), found.end(), attribute) != found.end();
-                 });
+    for (const std::string_view attribute : kind.optional) {
+        if (std::find(found.begin(), found.end(), attribute) != found.end()) {
+            expected.emplace_back(attribute);
+        }
+    }
     return expected == found
                ? ""
                : Fault(fmt::format("the attributes of {} in the order {}", kind.name, Join(expected)),

@@ -13,8 +13,8 @@ namespace {
 
 using fault::Duty;
 
-const std::vector<const char*>& AnswersTo(const std::string& request, int dialect) {
-    static const std::vector<const char*> kNone;
+const std::vector<std::string_view>& AnswersTo(const std::string& request, int dialect) {
+    static const std::vector<std::string_view> kNone;
     const auto* const kind = protocol::Find(dialect, protocol::Sender::Harness, request);
     return kind == nullptr ? kNone : kind->answers;
 }

@@ -40,10 +40,9 @@ std::string Show(const std::vector<Coverage::Use>& uses) {
 std::string Show(const Coverage& coverage) {
     std::string text;
     for (const auto& [item, count] : coverage.Items()) {
-        const std::string field = *item.field == '\0' ? "" : std::string(" ") + item.field;
         text += count == 0 ? ""
-                           : fmt::format("{}.0 {}: {}{}: {}\n", item.protocol, item.from, item.message, field,
-                                         count);
+                           : fmt::format("{}.0 {}: {}{}{}: {}\n", item.protocol, item.from, item.message,
+                                         item.field.empty() ? "" : " ", item.field, count);
     }
     return text + Show(coverage.Switches()) + Show(coverage.Rules()) +
            fmt::format("unreached: {}\n", fmt::join(coverage.Unreached(), ", ")) + coverage.Text();
@@ -141,7 +140,7 @@ TEST(Coverage, OfAllIsShort) {
     std::vector<DvrMessage> messages;
     for (const ProtocolItem& item : ProtocolItems()) {
         if (item.protocol == 1) {
-            messages.push_back({item.message, {item.field}});
+            messages.push_back({item.message, {std::string(item.field)}});
             run.steps.push_back({Step::Kind::FromHarness, {}, item.message, 1});
         }
     }

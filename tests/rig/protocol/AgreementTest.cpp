@@ -1,4 +1,5 @@
 // The dissector and the document cannot read the catalogue: they have its messages, and no others.
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -32,9 +33,9 @@ TEST(Dissector, KnowsTheDialectsOfEachMessage) {
 TEST(Dissector, KnowsWhatEachResponseAnswers) {
     const Facts answers = OfAll([](const MessageKind& kind) {
         Facts pairs;
-        for (const char* answer : kind.answers) {
+        for (const std::string_view answer : kind.answers) {
             if (kind.sender == Sender::Harness) {
-                pairs.insert(std::string(kind.name) + " " + answer);
+                pairs.insert(fmt::format("{} {}", kind.name, answer));
             }
         }
         return pairs;

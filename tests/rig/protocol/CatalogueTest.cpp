@@ -40,7 +40,7 @@ TEST(Catalogue, HasAVersionInEveryMessageOfTheHarnessIn20AndInNoneIn10) {
 TEST(Catalogue, AnswersWithMessagesOfTheOtherSide) {
     for (const MessageKind& kind : Catalogue()) {
         const Sender other = kind.sender == Sender::Dvr ? Sender::Harness : Sender::Dvr;
-        for (const char* answer : kind.answers) {
+        for (const std::string_view answer : kind.answers) {
             EXPECT_NE(Find(kind.dialect, other, answer), nullptr) << WordsOf(kind) << ": " << answer;
         }
     }

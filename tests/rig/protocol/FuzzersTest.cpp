@@ -1,4 +1,5 @@
 // The fuzzers have all messages.
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <utility>
@@ -38,8 +39,8 @@ std::string PathOf(fuzz::Body body) {
 Facts FormsOf(const MessageKind& kind) {
     const bool isRequest = kind.sender == Sender::Harness;
     const std::string start = std::to_string(kind.dialect) + ".0 " + kind.name + ": " + Join(kind.required);
-    const std::string end = std::string(" <") + kind.children + "> " +
-                            (isRequest && !kind.answers.empty() ? kind.answers.front() : "");
+    const std::string end = fmt::format(" <{}> {}", kind.children,
+                                        isRequest && !kind.answers.empty() ? kind.answers.front() : "");
     Facts forms{start + end};
     if (isRequest && !kind.optional.empty()) {
         forms.insert(start + " " + Join(kind.optional) + end);
