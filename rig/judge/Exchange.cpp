@@ -72,8 +72,7 @@ void Exchange::SendRequest(const log::Request& sent, std::optional<std::int64_t>
             waiting.isOvertaken = true;
         }
     }
-    Request& request = run_.pending.emplace_back();
-    static_cast<log::Request&>(request) = sent;
+    Request& request = run_.pending.emplace_back(sent);
     request.time = time;
     run_.lines->Keep(place, request.line);
     if (request.isGenuine) {

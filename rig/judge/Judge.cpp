@@ -68,7 +68,7 @@ bool IsLastWord(std::string_view line) {
 }
 
 ReadLine Judge::Add(const std::string& file, std::uint64_t number, std::string_view line) {
-    ReadLine read{log::ReadStatement(line)};
+    ReadLine read(line);
     if (!read.statement) {
         AddError({file, number, line});
         return read;

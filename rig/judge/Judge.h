@@ -26,6 +26,8 @@ bool IsLastWord(std::string_view line);
 
 /// What a line of a log is. Valid until the next line.
 struct ReadLine {
+    explicit ReadLine(std::string_view line) : statement(log::ReadStatement(line)) {}
+
     std::optional<log::Statement> statement;  // nothing if the harness did not write the line
     const log::Message* message = nullptr;    // of the DVR, that it completes
     const log::Request* request = nullptr;    // of the harness, that it begins

@@ -52,6 +52,9 @@ struct FaultRecord {
 
 /// A request of the harness that is waiting for its answer.
 struct Request : log::Request {
+    Request() = default;
+    explicit Request(const log::Request& sent) : log::Request(sent) {}
+
     std::string_view expects = {};          // FILE_COMPLETE
     std::optional<std::int64_t> time = {};  // when it went out, microseconds
     bool isOvertaken = false;               // DONE went out while it waited

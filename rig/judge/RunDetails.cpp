@@ -85,7 +85,7 @@ void RunModel::CheckLength(const Place& place) {
     const std::uint32_t announced = log::AnnouncedFor(size, run_.Saw(log::Sign::SizeSwitch));
     if (announced != request.announced) {
         run_.misread.Add(place, fmt::format("{}: {} bytes as the judge believes, {} as it went out",
-                                            Request{request}.Words(), announced, request.announced));
+                                            Request(request).Words(), announced, request.announced));
     }
 }
 

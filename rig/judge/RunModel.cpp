@@ -284,7 +284,7 @@ void RunModel::TakeRejection(const log::Statement& statement, const Place& place
 void RunModel::TakeRequest(const Place& place) {
     const log::Request& request = reader_.LastRequest();
     if (keep_.steps) {
-        AddStep(Step::Kind::FromHarness, Request{request}.Words(), place);
+        AddStep(Step::Kind::FromHarness, Request(request).Words(), place);
     }
     const bool isDamaged = request.fault == Fault::FileEvent || request.fault == Fault::FileName;
     if (keep_.transfers && request.name == "GET_FILE" && !isDamaged) {

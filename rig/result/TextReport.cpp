@@ -175,11 +175,15 @@ void RunPrinter::Add(const RunResult& run) {
 /// @return the check's column in the matrix; a new one if it has none
 std::size_t RunPrinter::ColumnOf(std::string_view id, std::size_t expected) {
     const auto start = columns_.begin() + static_cast<std::ptrdiff_t>(expected);
-    const auto isOf = [id](const Column& column) { return column.id == id; };
-    auto found = std::find_if(start, columns_.end(), isOf);
+    auto found = std::find_if(start, columns_.end(), [id](const Column& column) {
+        return column.id.data() == id.data();  // almost all are of one table
+    });
     if (found == columns_.end()) {
-        found = std::find_if(columns_.begin(), start, isOf);
-        found = found == start ? columns_.insert(columns_.end(), {id, RowOf(Verdict::Pass, id)}) : found;
+        found = std::find_if(columns_.begin(), columns_.end(),
+                             [id](const Column& column) { return column.id == id; });
+    }
+    if (found == columns_.end()) {
+        found = columns_.insert(columns_.end(), {id, RowOf(Verdict::Pass, id)});
     }
     return static_cast<std::size_t>(found - columns_.begin());
 }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "rig/base/Listing.h"
@@ -30,6 +31,11 @@ struct Limits {
 
 /// The verdict of one check, with what was expected and found.
 struct Finding {
+    Finding() = default;
+    /// As an aggregate it would be cleared before it is filled, for each check of each run.
+    Finding(result::Verdict given, Text wanted, Text seen, Proof proof)
+        : verdict(given), expected(std::move(wanted)), found(std::move(seen)), evidence(std::move(proof)) {}
+
     result::Verdict verdict = result::Verdict::NotReached;
     Text expected;
     Text found;

@@ -18,11 +18,12 @@ class WatchTest : public testing::Test {
 
     void Add(double seconds, const std::string& text, bool isOver = false) {
         using Event = log::RunReader::Event;
-        const log::Statement statement = log::StatementOf(text);
-        const Event event = reader_->Add(statement);
-        const log::Message* const message = event == Event::Message ? &reader_->LastMessage() : nullptr;
-        const log::Request* const request = event == Event::Request ? &reader_->LastRequest() : nullptr;
-        watch_->Add({statement, message, request}, isOver, At(seconds));
+        judge::ReadLine read("");
+        read.statement = log::StatementOf(text);
+        const Event event = reader_->Add(*read.statement);
+        read.message = event == Event::Message ? &reader_->LastMessage() : nullptr;
+        read.request = event == Event::Request ? &reader_->LastRequest() : nullptr;
+        watch_->Add(read, isOver, At(seconds));
     }
 
     /// The DVR has sent this.
