@@ -156,6 +156,9 @@ TEST_F(WireTest, ShowsAFaultInTheDialogueWhereItActed) {
     EXPECT_NE(dialogue.find("GET_XML; !proxy: split=1 at GET_XML; XML; "), std::string::npos) << dialogue;
     for (std::size_t step = 1; step < run.steps.size(); ++step) {
         EXPECT_LE(run.steps[step - 1].time, run.steps[step].time) << dialogue;
+        EXPECT_TRUE(run.steps[step].kind != Step::Kind::Fault ||
+                    run.steps[step].line == run.steps[step - 1].line)
+            << dialogue;
     }
 }
 
@@ -234,6 +237,105 @@ TEST_F(WireTest, AsksForTheReportOfWhatAFaultHasMadeUpNotOfTheMessageAfterIt) {
     wire_.Add(2, R"("connection":1,"event":"fault-end","fault":"file-of-unknown-event")");
     EXPECT_EQ(FoundBy("fault.answer", Judge(MadeUpLog(2).Text()).runs[0]),
               "the DVR did not report what it must refuse (file-of-unknown-event at EVENT_XFER_COMPLETE)");
+}
+
+TEST_F(WireTest, WarnsOfAPrefixThatIsOneByteTooLong) {
+    const auto found = [this](int prefix, int text) {
+        wire_ = MadeUpWire().Add(0, R"("event":"listen")").Connect(0, 1);
+        wire_.Add(1, fmt::format(R"("connection":1,"event":"frame","direction":"dvr->harness",)"
+                                 R"("message":"XML","prefixBytes":{},"textBytes":{})",
+                                 prefix, text));
+        const std::string words = FoundBy("wire.prefix", Judge(MadeUpLog(1).Text()).runs[0]);
+        return words.substr(words.find('(') + 1);
+    };
+    EXPECT_EQ(found(1, 127), "nothing else");
+    EXPECT_EQ(found(2, 127), "XML: 2 bytes where 1 would do)");
+    EXPECT_EQ(found(2, 128), "nothing else");
+    EXPECT_EQ(found(3, 16'383), "XML: 3 bytes where 2 would do)");
+    EXPECT_EQ(found(3, 16'384), "nothing else");
+}
+
+TEST_F(WireTest, FindsTheRequestOfAnAnswerByItsEventAndFile) {
+    const auto frame = [this](double seconds, const std::string& direction, const std::string& about) {
+        wire_.Add(seconds, fmt::format(R"("connection":1,"event":"frame","direction":"{}",{},)"
+                                       R"("prefixBytes":1,"textBytes":20)",
+                                       direction, about));
+    };
+    for (const std::string other : {R"("reid":"E1","file":"b")", R"("reid":"E2","file":"a")"}) {
+        wire_ = MadeUpWire().Add(0, R"("event":"listen")").Connect(0, 1);
+        frame(0.1, "harness->dvr", R"("message":"GET_FILE","reid":"E1","file":"a")");
+        frame(0.2, "harness->dvr", R"("message":"GET_FILE",)" + other);
+        frame(0.3, "dvr->harness", R"("message":"FILE_COMPLETE",)" + other);
+        frame(0.6, "dvr->harness", R"("message":"FILE_COMPLETE","reid":"E1","file":"a")");
+        EXPECT_NEAR(Judge(MadeUpLog(2).Text()).runs.at(0).timings.at(0).longest, 500, 1) << other;
+    }
+}
+
+TEST_F(WireTest, TakesNewsOfATransferThatWasAskedForTwiceForAnAnswer) {
+    wire_.Connect(0, 1).Frame(0.1, 1, "harness", "GET_FILE").Frame(0.1, 1, "harness", "GET_FILE");
+    wire_.Frame(0.2, 1, "dvr", "XFER_IN_PROGRESS").Frame(0.3, 1, "dvr", "FILE_COMPLETE");
+    EXPECT_EQ(Judge(MadeUpLog(2).Text()).runs.at(0).timings.at(0).count, 2U);
+}
+
+TEST_F(WireTest, CountsAConnectionOnceByWhoEndsItFirst) {
+    wire_.Connect(0, 1).Frame(1, 1, "harness", "DONE");
+    wire_.Add(2, R"("connection":1,"event":"half-close","by":"dvr")").Close(2.1, 1, "harness");
+    EXPECT_EQ(FoundBy("wire.closed", Judge(MadeUpLog(1).Text()).runs[0]),
+              "ended first by the DVR: 1, by the harness: 0, by the proxy: 0, by a fault: 0");
+}
+
+TEST_F(WireTest, WarnsOfAConnectionLeftOpenForAsLongAsThePatience) {
+    const auto found = [this](double end) {
+        wire_ = MadeUpWire().Add(0, R"("event":"listen")").Connect(0, 1).Frame(1, 1, "harness", "DONE");
+        wire_.Close(end, 1, "harness");
+        return FoundBy("wire.closed", Judge(MadeUpLog(1).Text()).runs[0]).substr(0, 12);
+    };
+    EXPECT_EQ(found(3.999'999), "ended first ");
+    EXPECT_EQ(found(4), "a connection");
+}
+
+TEST_F(WireTest, SeesTheEndOfAConnectionForAMomentOnly) {
+    const auto found = [this](double end) {
+        wire_ = MadeUpWire().Add(0, R"("event":"listen")").Connect(0, 1).Connect(1, 2);
+        wire_.Close(end, 1, "dvr").Close(5, 2, "harness");
+        return FoundBy("wire.calls", Judge(MadeUpLog(1).Text()).runs[0]);
+    };
+    EXPECT_EQ(found(2), "2 calls");
+    EXPECT_EQ(found(2.000'001), "a second connection while the first was open");
+}
+
+TEST_F(WireTest, GivesARunTheCallsOfTheSecondBeforeIt) {
+    const auto found = [this](double call) {
+        wire_ = MadeUpWire().Add(0, R"("event":"listen")").Connect(call, 1).Close(call + 1, 1, "harness");
+        return FoundBy("wire.log", Judge(TwoRuns()).runs.at(1));
+    };
+    EXPECT_EQ(found(59.004), "1 connection");
+    EXPECT_EQ(found(59.003'999), "0 connections");
+}
+
+TEST_F(WireTest, HoldsTheFirstCallAfterEachDoneAgainstTheDuration) {
+    for (const double seconds : {70.0, 80.0, 90.0}) {
+        const auto connection = static_cast<int>(seconds);
+        wire_.Connect(seconds, connection).Frame(seconds + 1, connection, "harness", "DONE");
+        wire_.Close(seconds + 2, connection, "dvr");
+    }
+    wire_.Connect(94, 4).Close(95, 4, "dvr").Connect(94.5, 5).Close(96, 5, "dvr");
+    EXPECT_EQ(FoundBy("wire.calls", Judge(MadeUpLog(2, "doneDuration set to 1").Text()).runs[0]),
+              "the DVR called before the time was over (after 3.0 s, not 60 s)");
+}
+
+/// Memory must not grow with the log.
+TEST_F(WireTest, KeepsAThousandPlannedFaultsAndAHundredCallsWhileAnotherLasts) {
+    for (int fault = 0; fault < 1001; ++fault) {
+        wire_.Add(0, R"("event":"plan","fault":"latency","value":"300")");
+    }
+    for (int call = 1; call <= 20; ++call) {
+        wire_.Connect(call, call);
+    }
+    wire_.Add(30, R"("event":"weather")");
+    const auto run = Judge(MadeUpLog(1).Text()).runs.at(0);
+    EXPECT_EQ(FoundBy("fault.acted", run), "a fault that never acted (latency=300, 1000 times)");
+    EXPECT_EQ(FoundBy("wire.calls", run), "a second connection while the first was open (100 times)");
 }
 
 /// A recorder in 1.0 has no report, and need not answer.
