@@ -81,6 +81,14 @@ TEST(Bounds, OfPatienceWithAText) {
     }
 }
 
+TEST(Bounds, OfPatienceWithATextEndWhereItCame) {
+    for (const char* const line : {"read success:4096", "GetMessage:incoming message, bytes 1 to 800:<msg"}) {
+        MadeUpLog log(1);
+        log.Say("expecting a message of 4096 bytes").Say(line).After(60).Say("shutting down");
+        EXPECT_NE(VerdictOf("messages.framed", log), Verdict::Fail) << line;
+    }
+}
+
 TEST(Bounds, OfTheReactionsThatAPauseHides) {
     struct Row {
         std::int64_t busy;

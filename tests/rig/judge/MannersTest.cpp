@@ -359,6 +359,13 @@ TEST(Exception, IsBlamedOnTheMessageBeforeIt) {
               "FAIL: a message that the harness cannot take: an exception ends it (<msg req=\"OK\"/>)");
 }
 
+TEST(Exception, IsBlamedOnADescriptionOfTheFirstDialectAsWell) {
+    MadeUpLog log(1);
+    log.Dvr("<msg req=\"OK\"/>").Say("got an OK, sending GET_XML").Ask("<msg req=\"GET_XML\" />");
+    log.Dvr("<msg req=\"XML\"/>").Error(kLogicError);
+    EXPECT_EQ(Failed(log.Text()), "event.description");
+}
+
 TEST(Exception, ShowsNoMessageWhereTheTextHasNotCome) {
     MadeUpLog log(2);
     log.Dvr("<msg req=\"OK\"/>").Say("expecting a message of 2147483647 bytes");
