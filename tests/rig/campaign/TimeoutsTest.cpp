@@ -5,10 +5,10 @@ namespace {
 using TimeoutsTest = CampaignTest;
 
 TEST_F(TimeoutsTest, EndACaseWithoutADvr) {
-    const Json one = RunCase("clean-2.0", {"--dvr", "tail -f /dev/null", "--connect-timeout", "2"});
+    const Json one = RunCase("clean-2.0", {"--dvr", "tail -f /dev/null", "--connect-timeout", "8"});
     EXPECT_EQ(result_.status, 1);
     EXPECT_EQ(one["outcome"], "TIMEOUT");
-    ExpectHolds(one["reason"], "connect time-out: no DVR connected within 2 s; the judge says ");
+    ExpectHolds(one["reason"], "connect time-out: no DVR connected within 8 s; the judge says ");
     EXPECT_EQ(one["harness"]["status"], 44);
     EXPECT_EQ(one["dvr"]["stoppedBy"], "SIGTERM");
 }
