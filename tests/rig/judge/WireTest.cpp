@@ -50,10 +50,13 @@ class MadeUpWire {
     std::string text_;
 };
 
+/// The log of a proxy that listens.
+MadeUpWire Listening() {
+    return MadeUpWire().Add(0, R"("event":"listen","address":"0.0.0.0:5002")");
+}
+
 class WireTest : public testing::Test {
  protected:
-    WireTest() { wire_.Add(0, R"("event":"listen","address":"0.0.0.0:5002")"); }
-
     rig::result::Result Judge(const std::string& log, std::optional<double> maxReaction = std::nullopt) {
         folder_.Write("proxy.jsonl", wire_.Text());
         rig::judge::Limits limits;
@@ -74,7 +77,7 @@ class WireTest : public testing::Test {
         return "";
     }
 
-    MadeUpWire wire_;
+    MadeUpWire wire_ = Listening();
     TemporaryFolder folder_;
 };
 
@@ -101,7 +104,7 @@ TEST_F(WireTest, MustBeWholeButForItsLastLine) {
     wire_ = MadeUpWire().Connect(1, 1);
     EXPECT_EQ(Complaint(),
               ": expected the whole log of velloran-rig proxy, found that its beginning is missing");
-    wire_ = MadeUpWire().Add(0, R"("event":"listen")").Connect(1, 1).AddLine("{\"time\":\"20");
+    wire_ = Listening().Connect(1, 1).AddLine("{\"time\":\"20");
     EXPECT_EQ(Complaint(), "");
     EXPECT_EQ(With(Verdict::Inconclusive, Judge(MadeUpLog(2).Text()).runs[0]).substr(0, 9), "log.whole");
 }
@@ -241,7 +244,7 @@ TEST_F(WireTest, AsksForTheReportOfWhatAFaultHasMadeUpNotOfTheMessageAfterIt) {
 
 TEST_F(WireTest, WarnsOfAPrefixThatIsOneByteTooLong) {
     const auto found = [this](int prefix, int text) {
-        wire_ = MadeUpWire().Add(0, R"("event":"listen")").Connect(0, 1);
+        wire_ = Listening().Connect(0, 1);
         wire_.Add(1, fmt::format(R"("connection":1,"event":"frame","direction":"dvr->harness",)"
                                  R"("message":"XML","prefixBytes":{},"textBytes":{})",
                                  prefix, text));
@@ -262,7 +265,7 @@ TEST_F(WireTest, FindsTheRequestOfAnAnswerByItsEventAndFile) {
                                        direction, about));
     };
     for (const std::string other : {R"("reid":"E1","file":"b")", R"("reid":"E2","file":"a")"}) {
-        wire_ = MadeUpWire().Add(0, R"("event":"listen")").Connect(0, 1);
+        wire_ = Listening().Connect(0, 1);
         frame(0.1, "harness->dvr", R"("message":"GET_FILE","reid":"E1","file":"a")");
         frame(0.2, "harness->dvr", R"("message":"GET_FILE",)" + other);
         frame(0.3, "dvr->harness", R"("message":"FILE_COMPLETE",)" + other);
@@ -286,7 +289,7 @@ TEST_F(WireTest, CountsAConnectionOnceByWhoEndsItFirst) {
 
 TEST_F(WireTest, WarnsOfAConnectionLeftOpenForAsLongAsThePatience) {
     const auto found = [this](double end) {
-        wire_ = MadeUpWire().Add(0, R"("event":"listen")").Connect(0, 1).Frame(1, 1, "harness", "DONE");
+        wire_ = Listening().Connect(0, 1).Frame(1, 1, "harness", "DONE");
         wire_.Close(end, 1, "harness");
         return FoundBy("wire.closed", Judge(MadeUpLog(1).Text()).runs[0]).substr(0, 12);
     };
@@ -296,7 +299,7 @@ TEST_F(WireTest, WarnsOfAConnectionLeftOpenForAsLongAsThePatience) {
 
 TEST_F(WireTest, SeesTheEndOfAConnectionForAMomentOnly) {
     const auto found = [this](double end) {
-        wire_ = MadeUpWire().Add(0, R"("event":"listen")").Connect(0, 1).Connect(1, 2);
+        wire_ = Listening().Connect(0, 1).Connect(1, 2);
         wire_.Close(end, 1, "dvr").Close(5, 2, "harness");
         return FoundBy("wire.calls", Judge(MadeUpLog(1).Text()).runs[0]);
     };
@@ -306,7 +309,7 @@ TEST_F(WireTest, SeesTheEndOfAConnectionForAMomentOnly) {
 
 TEST_F(WireTest, GivesARunTheCallsOfTheSecondBeforeIt) {
     const auto found = [this](double call) {
-        wire_ = MadeUpWire().Add(0, R"("event":"listen")").Connect(call, 1).Close(call + 1, 1, "harness");
+        wire_ = Listening().Connect(call, 1).Close(call + 1, 1, "harness");
         return FoundBy("wire.log", Judge(TwoRuns()).runs.at(1));
     };
     EXPECT_EQ(found(59.004), "1 connection");
