@@ -58,7 +58,7 @@ std::uint32_t HighestFirst(const Bytes& prefix) {
 }
 
 /// @return a number that ends before the text in bytes of 8 bits, if it can be the text's length
-std::optional<std::uint64_t> InWholeBytes(Bytes bytes, bool isLowestFirst, std::size_t least) {
+std::optional<std::uint64_t> InWholeBytes(Bytes bytes, bool isLowestFirst) {
     if (isLowestFirst) {
         std::reverse(bytes.begin(), bytes.end());
     }
@@ -66,7 +66,7 @@ std::optional<std::uint64_t> InWholeBytes(Bytes bytes, bool isLowestFirst, std::
     for (const unsigned char byte : bytes) {
         number = number << 8 | byte;
     }
-    return number >= least && number <= kLongestSeen ? std::optional(number) : std::nullopt;
+    return number >= kShortest && number <= kLongestSeen ? std::optional(number) : std::nullopt;
 }
 
 std::optional<std::uint64_t> InDigits(const Bytes& bytes) {
@@ -84,7 +84,7 @@ std::optional<std::uint64_t> InDigits(const Bytes& bytes) {
 /// @return the length that the bytes give in some notation other than ours, if it is this one; any for 0
 std::optional<std::uint64_t> InSomeNotation(const Bytes& bytes, std::uint64_t size) {
     for (const bool isLowestFirst : {true, false}) {
-        const auto number = InWholeBytes(bytes, isLowestFirst, kShortest);
+        const auto number = InWholeBytes(bytes, isLowestFirst);
         if (number && (size == 0 || *number == size)) {
             return number;
         }
@@ -99,7 +99,7 @@ Bytes AsSent(Bytes header) {
         std::all_of(header.begin() + 1, header.end(), [](unsigned char byte) { return byte == 0; });
     if (header.front() < kShortest && isRestZero) {
         header.front() |= kGoesOn;
-        header.insert(header.begin() + 1, 0);
+        header.push_back(0);
     }
     return header;
 }
@@ -117,14 +117,13 @@ std::string InUnmarkedBytes(Bytes header, bool isLowestFirst) {
 }
 
 /// Explains a length in another notation, of which the harness took the first bytes for the prefix.
-FramingFault ExplainHeader(const Bytes& header, std::size_t textSeen) {
+FramingFault ExplainHeader(const Bytes& header) {
     const std::string sent = fmt::format("{} came before the text", Hex(header));
     if (const auto number = InDigits(header)) {
         return {fmt::format("{}, the length in digits; {}", sent, Right(*number)), true};
     }
-    const std::size_t least = std::max(textSeen, kShortest);
-    const auto lowestFirst = InWholeBytes(header, true, least);
-    const auto highestFirst = InWholeBytes(header, false, least);
+    const auto lowestFirst = InWholeBytes(header, true);
+    const auto highestFirst = InWholeBytes(header, false);
     const bool isLowestFirst = lowestFirst && (!highestFirst || *lowestFirst <= *highestFirst);
     if (const auto number = isLowestFirst ? lowestFirst : highestFirst) {  // of two, the one more likely
         return {fmt::format("{}, as if the length had {} bytes of 8 bits, {} first; {}{}", sent,
@@ -191,7 +190,7 @@ std::optional<FramingFault> ExplainSecond(const Bytes& prefix, std::string_view 
     }
     const std::size_t end = text.substr(0, fault->offset).rfind('>') + 1;
     const auto start = StartOf(text.substr(end));
-    if (end == 0 || !start || *start == 0 || log::IsMalformed(std::string(text.substr(0, end)))) {
+    if (!start || *start == 0 || log::IsMalformed(std::string(text.substr(0, end)))) {
         return std::nullopt;
     }
     const std::string_view between = text.substr(end, *start);
@@ -211,7 +210,7 @@ FramingFault ExplainMissing(std::int64_t announced, std::optional<std::int64_t> 
     const Bytes prefix = PrefixOf(static_cast<std::uint32_t>(announced));
     const std::string received = Received(prefix, announced);
     const std::string sent = came ? fmt::format("; {} came", *came) : "; they did not come";
-    if (prefix.size() > 1 && prefix.back() == kFirstOfText) {
+    if (prefix.back() == kFirstOfText) {
         const Bytes meant(prefix.begin(), prefix.end() - 1);
         const auto size = InSomeNotation(meant, came ? static_cast<std::uint64_t>(*came) + 1 : 0);
         if (size) {
@@ -226,7 +225,7 @@ FramingFault ExplainMissing(std::int64_t announced, std::optional<std::int64_t> 
         return {received + sent, false};
     }
     const auto size = static_cast<std::uint64_t>(*came);
-    if (prefix.size() > 1 && HighestFirst(prefix) == size) {
+    if (HighestFirst(prefix) == size) {
         return {fmt::format("{}{}: that many it announces if the highest 7 bits come first; {}", received,
                             sent, Right(size)),
                 true};
@@ -253,7 +252,7 @@ FramingFault ExplainText(std::string_view text) {
     if (start && *start > 0 && !IsDocumentAfterBlanks(text, *start)) {
         Bytes header = prefix;
         header.insert(header.end(), text.begin(), text.begin() + static_cast<std::ptrdiff_t>(*start));
-        return ExplainHeader(AsSent(header), text.size() - *start);
+        return ExplainHeader(AsSent(header));
     }
     const auto second = ExplainSecond(prefix, text);
     return second ? *second : ExplainEnd(prefix, text);

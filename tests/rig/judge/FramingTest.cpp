@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "rig/judge/Framing.h"
 
@@ -170,6 +173,106 @@ TEST(Framing, ProvesAPrefixThatTakesInTheNextMessage) {
         "right for 15 bytes is 0f");
     EXPECT_TRUE(fault.isProved);
     EXPECT_FALSE(ExplainText("<msg req=\"OK\"/><msg req=\"OK\"/>").isProved);
+}
+
+TEST(Framing, IsExplainedAtTheBoundsOfEachNotation) {
+    const std::string message = MessageOf(300);
+    for (const auto& [header, words] : std::vector<std::pair<std::string, std::string>>{
+             {"9",
+              "prefix 39, which announces 57 bytes; unclosed token at byte 58: "
+              "...le=\"xxxxxxxxxxxxxxxxxxxxxxxxxx"},
+             {"1\r\n", "31 0d 0a came before the text, the length in digits; right for 1 bytes is 01"},
+             {"3 ", "33 20 came before the text, the length in digits; right for 3 bytes is 03"},
+             {"3Z",
+              "33 5a came before the text, as if the length had 2 bytes of 8 bits, highest first; right for "
+              "13146 bytes is da 66; or 7 bits in each, and none marked as going on: right for 6618 bytes is "
+              "da 33"},
+             {"0000000300",
+              "prefix 30, which announces 48 bytes; not well-formed (invalid token) at byte 10: "
+              "000000300<msg req=\"FILE_COMPLETE\" file=\"xxxxxxxx"},
+             {std::string("\x40\0\x80\0", 4),
+              "40 00 80 00 came before the text, as if the length had 4 bytes of 8 bits, lowest first; right "
+              "for 8388672 bytes is c0 80 80 04"},
+             {std::string("\x40\0\0\1", 4),
+              "40 00 00 01 came before the text; right is the length alone, 7 bits in each byte, lowest "
+              "first"},
+             {std::string("\x0e\0", 2),
+              "8e 00 00 came before the text, as if the length had 3 bytes of 8 bits, lowest first; right "
+              "for 142 bytes is 8e 01"},
+             {std::string("\x0f\0", 2),
+              "0f 00 came before the text, as if the length had 2 bytes of 8 bits, lowest first; right for "
+              "15 bytes is 0f"},
+             {"\x2c\x80",
+              "2c 80 came before the text, as if the length had 2 bytes of 8 bits, highest first; right for "
+              "11392 bytes is 80 59"},
+             {"\x2c\x2c",
+              "2c 2c came before the text, as if the length had 2 bytes of 8 bits, lowest first; right for "
+              "11308 bytes is ac 58; or 7 bits in each, and none marked as going on: right for 5676 bytes is "
+              "ac 2c"}}) {
+        EXPECT_EQ(ExplainText(TextAfter(header, message)).words, words);
+    }
+}
+
+TEST(Framing, OfATextShowsWhatIsWrongWithIt) {
+    for (const auto& [text, words] : std::vector<std::pair<std::string, std::string>>{
+             {"<msg req='OK'/",
+              "prefix 0e, which announces 14 bytes, fewer than any message has: <msg req='OK'/"},
+             {"<msg req='OK'>>",
+              "prefix 0f, which announces 15 bytes, 6 too few if the text goes on: it breaks off before "
+              "\"</msg>\"; right for 21 bytes is 15"},
+             {"\5<msx req=\"OK\"/>",
+              "prefix 10, which announces 16 bytes; not well-formed (invalid token) at byte 1: \\x05<msx "
+              "req=\"OK\"/>"},
+             {"\5<?xm req=\"OK\"?>",
+              "prefix 10, which announces 16 bytes; not well-formed (invalid token) at byte 1: \\x05<?xm "
+              "req=\"OK\"?>"},
+             {"<msg req=\"OK\"></msg>",
+              "prefix 14, which announces 20 bytes; the harness's parser alone refuses it: <msg "
+              "req=\"OK\"></msg>"},
+             {"<msg req=\"A\xc3\xa5\xc3\xb5\"></ms",
+              "prefix 15, which announces 21 bytes, 2 too few if the text goes on: it breaks off before "
+              "\"g>\", as if characters were counted instead of bytes; right for 23 bytes is 17"},
+             {"msg " + std::string(7676, 'x'),
+              "prefix 80 3c, which announces 7680 bytes; syntax error at byte 1: msg "
+              "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx..."},
+             {"msgx" + std::string(56, 'x'),
+              "prefix 3c, which announces 60 bytes; syntax error at byte 1: "
+              "msgxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx"},
+             {"?xml " + std::string(55, 'x'),
+              "no prefix came: the text's first byte, 3c, was taken for one, and the text is ?xml "
+              "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx"},
+             {"msg " + std::string(56, 'x'),
+              "no prefix came: the text's first byte, 3c, was taken for one, and the text is msg "
+              "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx"},
+             {"<msg req=\"OK\">" + std::string(50, 'x') + "</x>" + std::string(50, 'y'),
+              "prefix 76, which announces 118 bytes; mismatched tag at byte 67: "
+              "...xxxxxxxxxxxxxxxxxxxxxxxxxxxx</x>yyyyyyyyyyyyyyyyyyyyyyyyyyyy..."},
+             {"<msg req=\"OK\">" + std::string(50, 'x') + "</x>" + std::string(28, 'y'),
+              "prefix 60, which announces 96 bytes; mismatched tag at byte 67: "
+              "...xxxxxxxxxxxxxxxxxxxxxxxxxxxx</x>yyyyyyyyyyyyyyyyyyyyyyyyyyyy"}}) {
+        EXPECT_EQ(ExplainText(text).words, words);
+    }
+}
+
+TEST(Framing, TellsWhatIsLeftOutOfTheLastTag) {
+    const std::string message = "<msg req=\"OK\"><a/></msg>";
+    for (const char* const tail : {">", "g>", "sg>", "msg>", "/msg>", "</msg>"}) {
+        const FramingFault fault = ExplainText(message.substr(0, message.size() - std::strlen(tail)));
+        EXPECT_NE(
+            fault.words.find("it breaks off before \"" + std::string(tail) + "\"; right for 24 bytes is 18"),
+            std::string::npos)
+            << fault.words;
+    }
+}
+
+TEST(Framing, IsNotProvedByTheNumberAlone) {
+    EXPECT_EQ(ExplainMissing(300, 171).words,
+              "prefix ac 02, which announces 300 bytes; 171 came; for 171 it would be ab 01");
+    EXPECT_EQ(ExplainMissing(60, 14).words,
+              "prefix 3c, which announces 60 bytes; 14 came; for 14 it would be 0e");
+    EXPECT_EQ(ExplainMissing(300, std::nullopt).words,
+              "prefix ac 02, which announces 300 bytes; they did not come");
+    EXPECT_FALSE(ExplainMissing(300, std::nullopt).isProved);
 }
 
 }  // namespace
