@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <iterator>
+#include <nlohmann/json.hpp>
 #include <regex>
 #include <stdexcept>
 #include <string>
@@ -12,6 +14,7 @@
 #include "rig/base/Printable.h"
 #include "rig/campaign/Campaign.h"
 #include "rig/campaign/Plan.h"
+#include "rig/campaign/evidence/CampaignFiles.h"
 #include "rig/campaign/evidence/RecordReader.h"
 
 namespace rig::campaign {
@@ -109,9 +112,22 @@ void RemoveHalfWritten(const fs::path& folder) {
     }
 }
 
+Json CampaignJsonIn(const std::string& folder) {
+    std::ifstream file(folder + "/campaign.json", std::ios::binary);
+    Json json = Json::parse(file, nullptr, false);
+    if (!json.is_object() || json.value("format", 0) != kFormat) {
+        throw std::runtime_error(fmt::format(
+            "--resume: expected the folder of a campaign (format {}), found {}", kFormat, Quoted(folder)));
+    }
+    if (!json.value("merged", Json()).is_null()) {
+        throw std::runtime_error("--resume: expected a campaign that ran, found several that were merged");
+    }
+    return json;
+}
+
 /// @return the campaign as it was planned; refuses one that is no longer the same
 Planned PlanAgain(const std::string& folder) try {
-    const Json json = ReadCampaignJson(folder);
+    const Json json = CampaignJsonIn(folder);
     RunOptions begun = OptionsOf(json);
     begun.selection.shard = ShardIn(json);
     Planned planned = PlanOf(begun, json.at("seed"));

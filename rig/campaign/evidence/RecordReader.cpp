@@ -4,11 +4,11 @@
 
 #include <fstream>
 #include <iterator>
+#include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <utility>
 
 #include "rig/base/Printable.h"
-#include "rig/campaign/evidence/CampaignFiles.h"
 #include "rig/log/LogReader.h"
 #include "rig/result/Reports.h"
 
@@ -85,18 +85,6 @@ void TakeFile(const std::string& path, const char* expected, const Take& take) t
 }
 
 }  // namespace
-
-Json ReadCampaignJson(const std::string& folder) {
-    Json json = Json::parse(ContentOf(folder + "/campaign.json"), nullptr, false);
-    if (!json.is_object() || json.value("format", 0) != kFormat) {
-        throw std::runtime_error(fmt::format(
-            "--resume: expected the folder of a campaign (format {}), found {}", kFormat, Quoted(folder)));
-    }
-    if (!json.value("merged", Json()).is_null()) {
-        throw std::runtime_error("--resume: expected a campaign that ran, found several that were merged");
-    }
-    return json;
-}
 
 bool IsOver(Outcome outcome) {
     return outcome != Outcome::NotRun && outcome != Outcome::Running && outcome != Outcome::Interrupted;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 
@@ -16,9 +15,6 @@ struct FinishedCase {
     CaseRecord record;
     result::RunResult result;
 };
-
-/// @return campaign.json. Throws std::runtime_error if the folder has none that this version reads.
-nlohmann::ordered_json ReadCampaignJson(const std::string& folder);
 
 /// @return whether the case has come to its end
 bool IsOver(Outcome outcome);
