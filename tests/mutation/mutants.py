@@ -69,7 +69,7 @@ class Token:
         return self.start + len(self.text)
 
 
-@dataclass
+@dataclass(frozen=True)
 class Mutant:
     """One fault: what stands from `start` to `end` in the file is replaced."""
 

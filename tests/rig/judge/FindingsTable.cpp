@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <optional>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -54,13 +55,17 @@ std::string Content(const std::string& line) {
 struct Play {
     std::int64_t start = MadeUpLog::kStart;
     MadeUpLog log = MadeUpLog(start);
-    TemporaryFolder delivered;
+    std::optional<TemporaryFolder> delivered;
     rig::log::Switches switches;
     bool isSizeWrong = false;
-    TemporaryFolder proxy;
+    std::optional<TemporaryFolder> proxy;
     std::string proxyLog;
     rig::judge::Limits limits;
 };
+
+std::filesystem::path FolderOf(std::optional<TemporaryFolder>& folder) {
+    return (folder ? *folder : folder.emplace()).Path();
+}
 
 void Say(Play& play, const std::string& text) {
     const rig::log::Statement statement = rig::log::StatementOf(text);
@@ -94,13 +99,13 @@ void Deliver(Play& play, const std::string& words) {
     std::string content;
     stream >> seconds >> path >> std::ws;
     std::getline(stream, content);
-    const std::filesystem::path whole = play.delivered.Path() / path;
+    const std::filesystem::path whole = FolderOf(play.delivered) / path;
     if (content.rfind("-> ", 0) == 0) {
         std::filesystem::create_directories(whole.parent_path());
         std::filesystem::create_symlink(content.substr(3), whole);
         return;
     }
-    play.delivered.Write(path, content);
+    play.delivered->Write(path, content);
     const timespec time = {play.start / 1'000'000 + seconds, 0};
     const std::array<timespec, 2> times = {time, time};
     utimensat(AT_FDCWD, whole.c_str(), times.data(), 0);
@@ -109,7 +114,7 @@ void Deliver(Play& play, const std::string& words) {
 /// Takes what "@@" says: "gone", the name of a hash, or from now the seconds to the start of the log.
 void LookAtFolder(Play& play, const std::string& word) {
     play.limits.delivered.emplace();
-    play.limits.delivered->folder = (play.delivered.Path() / (word == "gone" ? "gone" : "")).string();
+    play.limits.delivered->folder = (FolderOf(play.delivered) / (word == "gone" ? "gone" : "")).string();
     play.limits.delivered->hash = rig::HashKindNamed(word);
     if (const auto shift = rig::ParseNumber<std::int64_t>(word)) {
         play.start = (std::time(nullptr) + *shift) * 1'000'000;
@@ -221,8 +226,8 @@ rig::result::Result ResultOf(const FindingsRow& row) {
         Take(play, line);
     }
     if (!play.proxyLog.empty()) {
-        play.proxy.Write("proxy.jsonl", play.proxyLog);
-        play.limits.proxy = (play.proxy.Path() / "proxy.jsonl").string();
+        play.limits.proxy = (FolderOf(play.proxy) / "proxy.jsonl").string();
+        play.proxy->Write("proxy.jsonl", play.proxyLog);
     }
     return Judged(play.log.Text(), play.limits);
 }

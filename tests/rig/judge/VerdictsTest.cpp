@@ -4,15 +4,18 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <set>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "rig/log/LogReader.h"
 #include "tests/rig/judge/FindingsTable.h"
 #include "tests/rig/judge/Judging.h"
 #include "tests/rig/judge/VerdictsText.h"
@@ -31,7 +34,8 @@ using Lines = std::vector<std::string>;
 constexpr const char* kHead = R"(# What the judge makes of each log:
 # APPROVE=1 velloran_judge_tests --gtest_filter=*WrittenAnew writes it. The number of checks, then those
 # that do not pass, with the first letter of their verdict and the lines that prove it; "as it is" also has those that
-# pass. Runs are separated by ||.
+# pass. Runs are separated by ||. "changed" has what is found of the proxy's log and of delivered files if the row in
+# findings.txt lacks the line of that number (-), or has it twice (+), and not as it is.
 )";
 
 Lines SplitAtNewlines(const std::string& log) {
@@ -161,14 +165,76 @@ Lines RowsOfLog(const std::string& name) {
     return rows;
 }
 
-Lines RowsOfFindings() {
+bool IsOfStoredLogs(std::string_view check) {
+    return check.rfind("wire.", 0) != 0 && check.rfind("fault.", 0) != 0 && check.rfind("delivery.", 0) != 0;
+}
+
+/// The verdicts, with what is found of the proxy's log and of delivered files, which no stored log has.
+std::set<std::string> VerdictsOn(const FindingsRow& row) try {
+    std::set<std::string> found;
+    const Result result = ResultOf(row);
+    for (const RunResult& run : result.runs) {
+        for (const rig::result::CheckResult& check : run.checks) {
+            const std::string verdict = fmt::format("{} {}", *NameOf(check.verdict), check.id);
+            if (!IsOfStoredLogs(check.id)) {
+                found.insert(verdict + ": " + check.found);
+            } else if (check.verdict != Verdict::NotReached) {
+                found.insert(verdict);
+            }
+        }
+    }
+    return found;
+} catch (const rig::log::Unreadable&) {
+    return {"refused"};
+}
+
+/// @return a row for each result that a recipe has without one of its lines, or with one of them twice: what
+/// is found then and not before
+Lines RowsOfChanged(const FindingsRow& row) {
+    const std::set<std::string> before = VerdictsOn(row);
+    Lines results;
+    std::map<std::string, std::string> ways;
+    for (std::size_t line = 0; line < row.recipe.size(); ++line) {
+        for (const char* const change : {" -", " +"}) {
+            if (change[1] == '+' && row.recipe[line].front() != '&') {
+                continue;
+            }
+            FindingsRow changed = row;
+            const auto at = changed.recipe.begin() + static_cast<std::ptrdiff_t>(line);
+            change[1] == '-' ? changed.recipe.erase(at) : changed.recipe.insert(at, row.recipe[line]);
+            Lines news;
+            const std::set<std::string> after = VerdictsOn(changed);
+            std::set_difference(after.begin(), after.end(), before.begin(), before.end(),
+                                std::back_inserter(news));
+            const std::string text = fmt::format("{}", fmt::join(news, "; "));
+            std::string& known = ways[text];
+            if (known.empty()) {
+                results.push_back(text);
+            }
+            known += change + std::to_string(line + 1);
+        }
+    }
+    Lines rows;
+    for (const std::string& text : results) {
+        rows.push_back(fmt::format("{} | changed{} | {}", row.title, ways[text], text));
+    }
+    return rows;
+}
+
+Lines MakeRowsOfFindings() {
     Lines rows;
     for (const FindingsRow& row : ReadFindings()) {
         const Result result = ResultOf(row);
         rows.push_back(row.title + " | as it is | " + Verdicts(result, true));
         rows.push_back(row.title + " | times | " + Times(result));
         rows.push_back(row.title + " | dialogue | " + Dialogue(result));
+        Append(rows, RowsOfChanged(row));
     }
+    return rows;
+}
+
+const Lines& RowsOfFindings() {
+    static const Lines rows = MakeRowsOfFindings();
     return rows;
 }
 
