@@ -71,7 +71,11 @@ class PipeReader {
             dup2(ends[0], STDIN_FILENO);
             close(ends[0]);
             close(ends[1]);
-            _exit(Count(isFollowed));
+            try {
+                _exit(Count(isFollowed));
+            } catch (const Unreadable&) {
+                _exit(kUnreadable);
+            }
         }
         close(ends[0]);
         pipe_ = ends[1];
@@ -108,6 +112,8 @@ class PipeReader {
     }
 
  private:
+    static constexpr int kUnreadable = 255;
+
     static int Count(bool isFollowed) {
         int lines = 0;
         const auto take = [&lines](std::uint64_t /*number*/, std::string_view /*line*/) { ++lines; };
@@ -159,6 +165,26 @@ TEST_F(LogReader, SaysWhatCannotBeRead) {
     } catch (const Unreadable& error) {
         EXPECT_STREQ(error.what(), "/nowhere/run.log: expected to read it, found: No such file or directory");
     }
+    try {
+        ReadLog("/", [](std::uint64_t /*number*/, std::string_view /*line*/) {});
+        FAIL() << "expected it to throw";
+    } catch (const Unreadable& error) {
+        EXPECT_STREQ(error.what(), "/: expected to read it, found: Is a directory");
+    }
+}
+
+TEST_F(LogReader, LeavesNoFileOpenAndNoSignalHandled) {
+    Write("a\n");
+    std::signal(SIGINT, SIG_DFL);
+    const int before = dup(STDERR_FILENO);
+    close(before);
+    Read();
+    const int after = dup(STDERR_FILENO);
+    close(after);
+    EXPECT_EQ(after, before);
+    struct sigaction action = {};
+    sigaction(SIGINT, nullptr, &action);
+    EXPECT_EQ(action.sa_handler, SIG_DFL);
 }
 
 }  // namespace

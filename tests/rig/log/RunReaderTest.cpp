@@ -1,3 +1,4 @@
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -8,14 +9,24 @@
 namespace rig::log {
 namespace {
 
-/// @return the request that the last of these lines shows
-Request RequestAfter(const std::vector<std::string>& lines) {
+RunReader ReaderAfter(const std::vector<std::string>& lines) {
     RunReader reader;
     for (const std::string& text : lines) {
         const std::string line = "velloran:1 " + text;
         reader.Add(*ReadStatement(line));
     }
-    return reader.LastRequest();
+    return reader;
+}
+
+/// @return the request that the last of these lines shows
+Request RequestAfter(const std::vector<std::string>& lines) {
+    return ReaderAfter(lines).LastRequest();
+}
+
+/// A message of the DVR in one piece.
+void Say(std::vector<std::string>& lines, const std::string& message) {
+    lines.push_back(fmt::format("expecting a message of {} bytes", message.size()));
+    lines.push_back(fmt::format("GetMessage:incoming message, bytes 1 to {}:{}", message.size(), message));
 }
 
 const std::vector<std::string> kAcknowledged = {
@@ -56,6 +67,43 @@ TEST(RunReader, TakesAtMostFiveBytesForTheLengthOfARequest) {
     EXPECT_FALSE(RequestAfter(lines).isAnnounced);
     lines.emplace_back("hdr[5]= 7e");
     EXPECT_EQ(RequestAfter(lines).announced, 0x10000001U);
+}
+
+TEST(RunReader, TakesASwitchAfterAConnectionForAnotherRun) {
+    EXPECT_FALSE(ReaderAfter({"'rehash' flag set"}).StartsAnother(Sign::ProtocolSwitch));
+    const RunReader reader = ReaderAfter({"Connected to: fam=2  127.0.0.1:60984"});
+    EXPECT_TRUE(reader.StartsAnother(Sign::ProtocolSwitch));
+    EXPECT_TRUE(reader.StartsAnother(Sign::Connected));
+    EXPECT_FALSE(reader.StartsAnother(Sign::Expecting));
+}
+
+TEST(RunReader, TakesTheSecondTakenPortForTheEnd) {
+    EXPECT_FALSE(ReaderAfter({"bind failed: Address already in use"}).HasEnded());
+    EXPECT_TRUE(ReaderAfter({"bind failed: Address already in use", "bind failed: Address already in use"})
+                    .HasEnded());
+}
+
+TEST(RunReader, HasNoListOfAMessageThatListsNothing) {
+    std::vector<std::string> lines = {"'protocol' option set to 2"};
+    Say(lines, "<msg req=\"EVENT_LIST\"><events><event>E</event></events></msg>");
+    EXPECT_NE(ReaderAfter(lines).LastMessage().listed, nullptr);
+    Say(lines, "<msg req=\"WEATHER\"/>");
+    EXPECT_EQ(ReaderAfter(lines).LastMessage().listed, nullptr);
+}
+
+TEST(RunReader, SeesAGapWhereASliceIsCut) {
+    RunReader reader = ReaderAfter({"expecting a message of 15 bytes"});
+    EXPECT_EQ(reader.Add(StatementOf("GetMessage:incoming message, bytes 1 to 15")), RunReader::Event::Gap);
+}
+
+TEST(RunReader, LeavesTheFilesOfAnExportThatIsOpenedAgain) {
+    std::vector<std::string> lines = {"'protocol' option set to 1"};
+    Say(lines,
+        "<msg req=\"XML\"><xmlFile><string>&lt;recording-event reid=\"E\"&gt;&lt;video&gt;&lt;metadata "
+        "name=\"a\"/&gt;&lt;/video&gt;&lt;/recording-event&gt;</string></xmlFile></msg>");
+    Say(lines, "<msg req=\"OK\"/>");
+    lines.insert(lines.end(), {"got an OK, sending GET_XML", "hdr[0]= 14", "hdr[0]= 14"});
+    EXPECT_EQ(RequestAfter(lines).file, "a");
 }
 
 }  // namespace
