@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 #include <optional>
 
 #include "rig/judge/JudgeCommand.h"
@@ -56,16 +57,22 @@ TEST(JudgeCommand, NeverPassesAFileThatIsNotALog) {
     std::remove(path.c_str());
 }
 
-TEST(JudgeCommand, NamesTheFileThatIsNotALogAmongOthers) {
-    const std::string path = testing::TempDir() + "velloran-no-log-2";
+TEST(JudgeCommand, NamesTheFirstFileThatIsNotALogAmongOthers) {
+    const TemporaryFolder folder;
+    folder.Write("one", "");
+    folder.Write("other", "");
     JudgeOptions options;
-    options.logs = {path};
-    options.json = testing::TempDir() + "velloran-no-log.json";
-    std::ofstream(path).close();
-    EXPECT_EQ(Judge({"clean-1.0"}, options), 66);
-    EXPECT_TRUE(std::filesystem::exists(options.json)) << "what can be told is told";
-    std::remove(path.c_str());
-    std::remove(options.json.c_str());
+    options.logs = {(folder.Path() / "one").string(), (folder.Path() / "other").string(),
+                    std::string(VELLORAN_LOGS) + "/clean-1.0.log"};
+    options.json = (folder.Path() / "report.json").string();
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(RunJudge(options), 66);
+    testing::internal::GetCapturedStdout();
+    EXPECT_NE(testing::internal::GetCapturedStderr().find(options.logs[0]), std::string::npos);
+    std::ifstream report(options.json);
+    const std::string told(std::istreambuf_iterator<char>(report), {});
+    EXPECT_NE(told.find("\"steps\": [\n"), std::string::npos) << "what can be told is told, with the dialogue";
 }
 
 TEST(JudgeCommand, NeedsTheProxysLogIfOneIsNamed) {

@@ -8,6 +8,7 @@ namespace {
 TEST(Difference, IsPlainWhereOneSeesIt) {
     EXPECT_EQ(Instead("E2", "E1"), "E2 instead of E1");
     EXPECT_EQ(Instead("eVENT1", "Event1"), "eVENT1 instead of Event1");
+    EXPECT_EQ(Instead("!", "~"), "! instead of ~");
 }
 
 TEST(Difference, IsShownInBytesBetweenNormalForms) {

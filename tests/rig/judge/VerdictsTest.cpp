@@ -4,15 +4,17 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
 #include <map>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "rig/log/LogReader.h"
@@ -34,8 +36,9 @@ using Lines = std::vector<std::string>;
 constexpr const char* kHead = R"(# What the judge makes of each log:
 # APPROVE=1 velloran_judge_tests --gtest_filter=*WrittenAnew writes it. The number of checks, then those
 # that do not pass, with the first letter of their verdict and the lines that prove it; "as it is" also has those that
-# pass. Runs are separated by ||. "changed" has what is found of the proxy's log and of delivered files if the row in
-# findings.txt lacks the line of that number (-), or has it twice (+), and not as it is.
+# pass. Runs are separated by ||. "changed" has what is found if a line of the row in findings.txt is another, and not as it
+# is: the number of the line, after - where it is left out, + where it is there twice. A line of the proxy's log may also come at
+# another time (t), on another connection (c), from the other side (< > h d), or be about DONE (D) or OK (O).
 )";
 
 Lines SplitAtNewlines(const std::string& log) {
@@ -188,22 +191,44 @@ std::set<std::string> VerdictsOn(const FindingsRow& row) try {
     return {"refused"};
 }
 
-/// @return a row for each result that a recipe has without one of its lines, or with one of them twice: what
-/// is found then and not before
+/// @return what a line of a recipe may become, by the mark of that change in the table
+std::map<char, Lines> ChangedLines(const std::string& line) {
+    std::map<char, Lines> changed = {{'-', {}}};
+    if (line.front() != '&') {
+        return changed;
+    }
+    changed['+'] = {line, line};
+    static const std::vector<std::tuple<char, std::regex, const char*>> kEdits = {
+        {'<', std::regex(" > "), " < "},
+        {'>', std::regex(" < "), " > "},
+        {'D', std::regex(R"re(( [<>] |"message":")\w+)re"), "$1DONE"},
+        {'O', std::regex(R"re(( [<>] |"message":")\w+)re"), "$1OK"},
+        {'c', std::regex("^(& \\S+) [1-9]"), "$1 9"},
+        {'h', std::regex(R"re("by":"dvr")re"), R"re("by":"harness")re"},
+        {'d', std::regex(R"re("by":"(harness|proxy)")re"), R"re("by":"dvr")re"},
+        {'t', std::regex("^& \\d*"), "& 7"}};
+    for (const auto& [mark, part, replacement] : kEdits) {
+        std::string edited = std::regex_replace(line, part, replacement);
+        if (edited != line) {
+            changed[mark] = {std::move(edited)};
+        }
+    }
+    return changed;
+}
+
+/// @return a row for each result that a recipe has with one of its lines changed: what is found then and not
+/// before
 Lines RowsOfChanged(const FindingsRow& row) {
     const std::set<std::string> before = VerdictsOn(row);
     Lines results;
     std::map<std::string, std::string> ways;
     for (std::size_t line = 0; line < row.recipe.size(); ++line) {
-        for (const char* const change : {" -", " +"}) {
-            if (change[1] == '+' && row.recipe[line].front() != '&') {
-                continue;
-            }
+        for (const auto& [mark, lines] : ChangedLines(row.recipe[line])) {
             FindingsRow changed = row;
             const auto at = changed.recipe.begin() + static_cast<std::ptrdiff_t>(line);
-            change[1] == '-' ? changed.recipe.erase(at) : changed.recipe.insert(at, row.recipe[line]);
-            Lines news;
+            changed.recipe.insert(changed.recipe.erase(at), lines.begin(), lines.end());
             const std::set<std::string> after = VerdictsOn(changed);
+            Lines news;
             std::set_difference(after.begin(), after.end(), before.begin(), before.end(),
                                 std::back_inserter(news));
             const std::string text = fmt::format("{}", fmt::join(news, "; "));
@@ -211,7 +236,7 @@ Lines RowsOfChanged(const FindingsRow& row) {
             if (known.empty()) {
                 results.push_back(text);
             }
-            known += change + std::to_string(line + 1);
+            known += fmt::format(" {}{}", mark, line + 1);
         }
     }
     Lines rows;
@@ -221,7 +246,7 @@ Lines RowsOfChanged(const FindingsRow& row) {
     return rows;
 }
 
-Lines MakeRowsOfFindings() {
+Lines RowsOfFindings() {
     Lines rows;
     for (const FindingsRow& row : ReadFindings()) {
         const Result result = ResultOf(row);
@@ -230,11 +255,6 @@ Lines MakeRowsOfFindings() {
         rows.push_back(row.title + " | dialogue | " + Dialogue(result));
         Append(rows, RowsOfChanged(row));
     }
-    return rows;
-}
-
-const Lines& RowsOfFindings() {
-    static const Lines rows = MakeRowsOfFindings();
     return rows;
 }
 
@@ -291,19 +311,29 @@ TEST(VerdictsOnFindings, AreThoseOfTheTable) {
     }
 }
 
-/// With APPROVE=1 in the environment, what is judged now becomes what is approved.
-TEST(VerdictsTable, IsWhatWouldBeWrittenAnew) {
-    std::string table = kHead;
-    for (const std::string& log : Logs()) {
-        table += "\n" + Joined(RowsOfLog(log));
-    }
-    table += "\n" + Joined(RowsOfFindings());
+/// With APPROVE=1 in the environment, what is judged now becomes what is approved. The tests above hold the
+/// rows of each log and finding against it: here, there are no others.
+TEST(VerdictsTable, IsWrittenAnew) {
     if (std::getenv("APPROVE") != nullptr) {
-        std::ofstream(VELLORAN_VERDICTS) << table;
+        std::ofstream table(VELLORAN_VERDICTS);
+        table << kHead;
+        for (const std::string& log : Logs()) {
+            table << "\n" << Joined(RowsOfLog(log));
+        }
+        table << "\n" << Joined(RowsOfFindings());
+    }
+    std::set<std::string> names;
+    for (const std::string& log : Logs()) {
+        names.insert(log);
+    }
+    for (const FindingsRow& row : ReadFindings()) {
+        names.insert(row.title);
     }
     std::ifstream file(VELLORAN_VERDICTS);
-    EXPECT_TRUE(std::string(std::istreambuf_iterator<char>(file), {}) == table)
-        << "the rows' own tests say where";
+    for (std::string line; std::getline(file, line);) {
+        EXPECT_TRUE(line.empty() || line.front() == '#' || names.count(line.substr(0, line.find(" | "))) == 1)
+            << line;
+    }
 }
 
 }  // namespace
