@@ -171,8 +171,8 @@ struct Run {
     Tally exceptions;              // that ended the harness, if it does
     Tally markerFailures;          // failure markers that could not be made, if it does
     Tally doneSent;                // DONE
-    std::uint64_t files = 0;       // requested without a fault
     std::uint64_t acksAtDone = 0;  // acknowledgements when the first DONE went out
+    bool hasFiles = false;         // a description of some came
     bool hasLargeEvent = false;    // an event of at least two files came
     bool hasEmptyEvent = false;    // an event without identifier was listed
     std::list<Request> pending;    // still without an answer

@@ -249,7 +249,7 @@ void RunModel::TakeListed(const log::Listed& listed, const Place& place) {
              std::size_t{listed.hasSecond});
     addShown(run_.emptyList, std::size_t{listed.isEmpty});
     run_.hasEmptyEvent = run_.hasEmptyEvent || listed.emptyEvents > 0;
-    run_.files += listed.files;
+    run_.hasFiles = run_.hasFiles || listed.files > 0;
     run_.hasLargeEvent = run_.hasLargeEvent || listed.hasLargeEvent;
 }
 

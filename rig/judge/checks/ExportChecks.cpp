@@ -86,10 +86,10 @@ Finding Description(const Run& run, const Limits& /*limits*/) {
 
 Finding DescriptionFiles(const Run& run, const Limits& /*limits*/) {
     const Text expected = "at least one file for each event";
-    if (run.emptyList.Any() && run.files == 0 && !run.noFiles.Any()) {
+    if (run.emptyList.Any() && !run.hasFiles && !run.noFiles.Any()) {
         return Inconclusive(expected, kNoEventListed, run.emptyList);
     }
-    if (run.switches.protocol == 1 && run.noFiles.Any() && run.files > 0) {
+    if (run.switches.protocol == 1 && run.noFiles.Any() && run.hasFiles) {
         return Warn(expected,
                     Words("a description without files, which 1.0 allows: nothing of that event is exported",
                           run.noFiles),

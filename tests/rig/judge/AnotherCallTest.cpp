@@ -39,6 +39,14 @@ TEST(AnotherCall, IsHeldAgainstTheDuration) {
               "PASS: no call for 61.0 s");
 }
 
+TEST(AnotherCall, IsHeldAgainstNothingWithoutItsTime) {
+    std::string text = ClosedEarly("\ndoneDuration set to 1").Text();
+    text +=
+        "velloran:1 expecting a message of 15 bytes\n"
+        "velloran:1 GetMessage:incoming message, bytes 1 to 15:<msg req=\"OK\"/>\n";
+    EXPECT_EQ(With(Verdict::Fail, Judged(text).runs.at(0)), "");
+}
+
 std::string DoneForAMinute() {
     Dialogue log("doneDuration set to 1");
     log.List("E1").AskEvent("E1").Describe("E1", "a").Finish("E1", "a").Done(" duration=\"1\"");

@@ -1,3 +1,4 @@
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -102,6 +103,12 @@ TEST(Bounds, OfTheReactionsThatAPauseHides) {
         Later(log, row.wait).Dvr(R"(<msg req="XML"/>)");
         EXPECT_EQ(Judged(log.Text()).runs.at(0).timings.empty(), row.isHidden)
             << row.busy << ", " << row.wait;
+        Ask(log, 1, "GET_FILE").Dvr(R"(<msg req="FILE_COMPLETE"/>)");
+        rig::judge::Limits limits;
+        limits.maxReaction = 1000;
+        EXPECT_EQ(FoundBy("reaction.time", Judged(log.Text(), limits).runs.at(0)),
+                  fmt::format("none that took longer ({} more came while the harness paused)",
+                              row.isHidden ? 1 : 0));
     }
 }
 

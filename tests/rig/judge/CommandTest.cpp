@@ -72,7 +72,8 @@ TEST(JudgeCommand, NamesTheFirstFileThatIsNotALogAmongOthers) {
     EXPECT_NE(testing::internal::GetCapturedStderr().find(options.logs[0]), std::string::npos);
     std::ifstream report(options.json);
     const std::string told(std::istreambuf_iterator<char>(report), {});
-    EXPECT_NE(told.find("\"steps\": [\n"), std::string::npos) << "what can be told is told, with the dialogue";
+    EXPECT_NE(told.find("\"steps\": [\n"), std::string::npos)
+        << "what can be told is told, with the dialogue";
 }
 
 TEST(JudgeCommand, NeedsTheProxysLogIfOneIsNamed) {

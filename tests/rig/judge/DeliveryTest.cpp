@@ -258,6 +258,21 @@ TEST_F(DeliveryTest, KnowsWhatWasThereBeforeWhereItLooksInTime) {
     EXPECT_EQ(Of("unasked"), "FAIL a file that nobody asked for (E1/new.ts)");
 }
 
+TEST_F(DeliveryTest, TakesTheLogInTheFolderForNoDelivery) {
+    Deliver("E1/a.ts", "abc");
+    Deliver("run.log", "");
+    rig::judge::Limits limits;
+    limits.delivered = place_;
+    rig::judge::Judge judge(limits, {},
+                            [this](rig::result::RunResult run) { result_.runs.push_back(std::move(run)); });
+    std::istringstream lines(MadeUpExport({{"E1", "a.ts", kAbc}}));
+    for (std::string line; std::getline(lines, line);) {
+        judge.Add((folder_.Path() / "run.log").string(), 1, line);
+    }
+    judge.Finish();
+    EXPECT_EQ(Of("unasked"), "PASS no other");
+}
+
 TEST_F(DeliveryTest, ReadsPieceByPieceAndStopsWhenTold) {
     Deliver("E1/a.ts", "");
     fs::resize_file(folder_.Path() / "E1/a.ts", 3'000'000);

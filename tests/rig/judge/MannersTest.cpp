@@ -128,6 +128,29 @@ TEST(SecondOpening, LeavesTheFilesThatWereAskedFor) {
 
 // An event that is listed, and refused.
 
+TEST(Refusal, OfAnEventThatNothingAskedForIsNoneOfAGoodRequest) {
+    const auto found = [](const std::string& reid) {
+        Dialogue log;
+        log.List("E1").AskEvent("E1").Describe("E1", "a").Tell("TRANSPORT_EXCEPTION", reid, "a");
+        return FindingOf("messages.asked", log.End());
+    };
+    EXPECT_EQ(found("E1"), "FAIL: a message that nothing asked for (TRANSPORT_EXCEPTION to a good request)");
+    EXPECT_EQ(found("E9"), "FAIL: a message that nothing asked for (TRANSPORT_EXCEPTION)");
+}
+
+TEST(Follow, EndsAtTheLastDoneOfTheSecondDialect) {
+    for (const std::string name : {"clean-2.0", "clean-1.0"}) {
+        rig::judge::Judge judge({}, {}, [](const rig::result::RunResult& /*run*/) {});
+        const std::string log = RealLog(name);
+        std::istringstream lines(log.substr(0, log.find('\n', log.rfind("hdr[0]"))));
+        EXPECT_FALSE(judge.IsOver());
+        for (std::string line; std::getline(lines, line);) {
+            judge.Add("test.log", 1, line);
+        }
+        EXPECT_EQ(judge.IsOver(), name == "clean-2.0") << name;
+    }
+}
+
 TEST(ListedEvent, ThatIsRefusedFailsItsOwnCheckAlone) {
     Dialogue log;
     log.List("E1", "E2").AskEvent("E1").Dvr("<msg req=\"INVALID_EVENT\" reid=\"E1\"/>");

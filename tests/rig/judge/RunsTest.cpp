@@ -28,6 +28,21 @@ TEST(Runs, BeginAnewWithASwitchOrAConnection) {
     EXPECT_EQ(Judged(middle.substr(middle.find("expecting")) + run).runs.size(), 2U);
 }
 
+TEST(Runs, AreNamedByTheLineInWhichTheyBegin) {
+    const auto runs = Judged(At(1, "'protocol' option set to 2") + At(2, "shutting down") +
+                             At(3, "'protocol' option set to 1"))
+                          .runs;
+    ASSERT_EQ(runs.size(), 2U);
+    EXPECT_EQ(runs[0].name, "test.log:1");
+    EXPECT_EQ(runs[1].name, "test.log:3");
+}
+
+TEST(LastWords, AreAnAssertionOrAnException) {
+    EXPECT_TRUE(rig::judge::IsLastWord("velloran: a.cpp:1: int main(): Assertion `false' failed."));
+    EXPECT_TRUE(rig::judge::IsLastWord("terminate called after throwing an instance of 'std::logic_error'"));
+    EXPECT_FALSE(rig::judge::IsLastWord("touch: cannot touch '/mnt/hd/velloranFail'"));
+}
+
 TEST(Runs, GoOnInARotatedFile) {
     const auto result = Judged(RealLog("clean-2.0"), {}, 20);
     ASSERT_EQ(result.runs.size(), 1U);

@@ -172,6 +172,7 @@ TEST_F(WireTest, MeasuresFromWhatWentOutToTheDvr) {
     wire_.Add(0.4, R"("connection":1,"event":"fault-end","fault":"latency")").Frame(0.45, 1, "dvr", "XML");
     const auto run = Judge(MadeUpLog(1).Text(), 40).runs.at(0);
     EXPECT_EQ(FoundBy("wire.reaction", run), "a late answer to GET_XML (after 50.0 ms)");
+    EXPECT_EQ(FoundBy("wire.reaction", Judge(MadeUpLog(1).Text(), 50).runs.at(0)), "none that took longer");
     ASSERT_EQ(run.timings.size(), 1U);
     EXPECT_EQ(run.timings[0].request, "GET_XML on the wire");
     EXPECT_EQ(run.timings[0].count, 1U);
@@ -356,6 +357,83 @@ TEST_F(WireTest, AsksForNoReportWhereTheDialectHasNone) {
     }
     wire_.Close(2.5, 1, "dvr");
     EXPECT_EQ(FoundBy("fault.answer", Judge(MadeUpLog(1).Text()).runs[0]), "nothing else");
+}
+
+TEST_F(WireTest, KnowsTheMessageAtWhichAFaultWasPlannedToAct) {
+    wire_.Add(0, R"("event":"plan","fault":"split","value":"1","on":"GET_FILE:2")");
+    wire_.Add(0, R"("event":"plan","fault":"latency","value":"300","on":"GET_FILE:2")");
+    wire_.Add(0, R"("event":"plan","fault":"latency","value":"300","on":"GET_FILE:7")").Connect(0.1, 1);
+    const auto act = [this](double seconds) {
+        wire_.Add(seconds,
+                  R"("connection":1,"event":"fault","fault":"latency","value":"300","message":"GET_FILE")");
+    };
+    act(1);
+    EXPECT_EQ(FoundBy("fault.acted", Judge(MadeUpLog(2).Text()).runs[0]),
+              "a fault that never acted (split=1 at GET_FILE:2, 2 times)");
+    act(2);
+    EXPECT_EQ(FoundBy("fault.acted", Judge(MadeUpLog(2).Text()).runs[0]),
+              "a fault that never acted (split=1 at GET_FILE:2)");
+}
+
+TEST_F(WireTest, WaitsForTheEndOfTheEarlierOfTwoConnections) {
+    wire_.Connect(0, 1).Connect(1, 2).Close(1.2, 2, "harness").Close(1.5, 1, "dvr");
+    EXPECT_EQ(FoundBy("wire.calls", Judge(MadeUpLog(1).Text()).runs[0]), "2 calls");
+}
+
+TEST_F(WireTest, HoldsACallAgainstADoneThatNoWrongFaultHasTouched) {
+    wire_.Connect(0, 1).Frame(0.5, 1, "harness", "GET_EVENT_LIST");
+    wire_.Add(0.5, R"("connection":1,"event":"fault","fault":"no-request","message":"GET_EVENT_LIST")");
+    wire_.Add(0.6, R"("connection":1,"event":"fault-end","fault":"no-request")");
+    wire_.Frame(1, 1, "harness", "DONE").Close(2, 1, "dvr").Connect(4, 2).Close(5, 2, "dvr");
+    EXPECT_EQ(FoundBy("wire.calls", Judge(MadeUpLog(2, "doneDuration set to 1").Text()).runs[0]),
+              "the DVR called before the time was over (after 3.0 s, not 60 s)");
+}
+
+TEST_F(WireTest, TakesADoneForSentWhenItsFaultIsOver) {
+    wire_.Connect(0, 1).Frame(1, 1, "harness", "DONE");
+    wire_.Add(1, R"("connection":1,"event":"fault","fault":"latency","value":"300","message":"DONE")");
+    wire_.Frame(1.1, 1, "dvr", "XML");
+    EXPECT_EQ(FoundBy("wire.after-done", Judge(MadeUpLog(1).Text()).runs[0]), "nothing else");
+    wire_.Add(1.3, R"("connection":1,"event":"fault-end","fault":"latency")").Frame(1.4, 1, "dvr", "XML");
+    EXPECT_EQ(FoundBy("wire.after-done", Judge(MadeUpLog(1).Text()).runs[0]), "a message after DONE (XML)");
+}
+
+/// Memory must not grow with the log.
+TEST_F(WireTest, AwaitsAThousandAnswers) {
+    const auto answers = [this](int requests) {
+        wire_ = Listening().Connect(0, 1);
+        for (int request = 0; request < requests; ++request) {
+            wire_.Add(1, fmt::format(R"("connection":1,"event":"frame","direction":"harness->dvr",)"
+                                     R"("message":"GET_FILE","file":"{}","prefixBytes":1,"textBytes":20)",
+                                     request));
+        }
+        wire_.Add(2, R"("connection":1,"event":"frame","direction":"dvr->harness","message":"FILE_COMPLETE",)"
+                     R"("file":"0","prefixBytes":1,"textBytes":20)");
+        return Judge(MadeUpLog(2).Text()).runs.at(0).timings.size();
+    };
+    EXPECT_EQ(answers(1000), 1U);
+    EXPECT_EQ(answers(1001), 0U);
+}
+
+TEST_F(WireTest, SaysThatAMessageHasNoName) {
+    wire_.Connect(0, 1).Add(
+        1, R"("connection":1,"event":"frame","direction":"dvr->harness","prefixBytes":2,"textBytes":20)");
+    EXPECT_EQ(FoundBy("wire.prefix", Judge(MadeUpLog(1).Text()).runs[0]),
+              "a prefix that is longer than need be: legal, but some readers stop where they find one (a "
+              "message without req: "
+              "2 bytes where 1 would do)");
+}
+
+TEST_F(WireTest, TakesNoAnswerAboutAnotherEventForAnEarlyOne) {
+    for (const char* const about : {R"("reid":"E2","file":"a")", R"("reid":"E1","file":"b")"}) {
+        wire_ = Listening().Connect(0, 1);
+        wire_.Add(1, R"("connection":1,"event":"frame","direction":"dvr->harness","message":"FILE_COMPLETE",)"
+                     R"("reid":"E1","file":"a","prefixBytes":1,"textBytes":20)");
+        wire_.Add(2, fmt::format(R"("connection":1,"event":"frame","direction":"harness->dvr",)"
+                                 R"("message":"GET_FILE",{},"prefixBytes":1,"textBytes":20)",
+                                 about));
+        EXPECT_EQ(FoundBy("wire.order", Judge(MadeUpLog(2).Text()).runs[0]), "nothing else") << about;
+    }
 }
 
 }  // namespace

@@ -91,6 +91,43 @@ TEST(RunReader, HasNoListOfAMessageThatListsNothing) {
     EXPECT_EQ(ReaderAfter(lines).LastMessage().listed, nullptr);
 }
 
+TEST(RunReader, KnowsTheEventInProgressUntilAMessage) {
+    std::vector<std::string> lines = {"'protocol' option set to 2"};
+    Say(lines, "<msg req=\"EVENT_LIST\"><events><event>E</event></events></msg>");
+    EXPECT_EQ(ReaderAfter(lines).LastMessage().event, "");
+    Say(lines, "<msg req=\"INVALID_EVENT\"/>");
+    EXPECT_EQ(ReaderAfter(lines).LastMessage().event, "E");
+}
+
+/// What was asked for in an earlier export is no file of this one.
+TEST(RunReader, ForgetsTheFilesOfAnEarlierExportInTheFirstDialect) {
+    std::vector<std::string> lines = {"'protocol' option set to 1"};
+    const auto describe = [&lines](const std::string& file) {
+        Say(lines,
+            "<msg req=\"XML\"><xmlFile><string>&lt;recording-event reid=\"E\"&gt;&lt;video&gt;&lt;metadata "
+            "name=\"" +
+                file + "\"/&gt;&lt;/video&gt;&lt;/recording-event&gt;</string></xmlFile></msg>");
+    };
+    describe("x");
+    lines.emplace_back("Got FILE_COMPLETE for: reid=E  file=x");
+    describe("abcx");
+    lines.insert(lines.end(), {"processing 'invalidFile' option, cnt=1", "hdr[0]= 14"});
+    EXPECT_EQ(RequestAfter(lines).file, "x");
+    EXPECT_FALSE(RequestAfter(lines).isGenuine);
+}
+
+/// A damaged identifier is no event that was done.
+TEST(RunReader, ForgetsADamagedIdentifierOnceItIsAcknowledged) {
+    std::vector<std::string> lines = {"'protocol' option set to 2"};
+    Say(lines, "<msg req=\"EVENT_LIST\"><events><event>abcE1</event><event>xyzE1</event></events></msg>");
+    lines.insert(lines.end(), {"processing 'invalidEvent' option [event]", "hdr[0]= 14"});
+    Say(lines, "<msg req=\"EVENT_XFER_ACK\" reid=\"E1\"/>");
+    lines.insert(lines.end(), {"Got EVENT_XFER_ACK for: reid='E1'", "Got EVENT_XFER_ACK for: reid='abcE1'",
+                               "processing 'invalidEvent' option [event]", "hdr[0]= 14"});
+    EXPECT_EQ(RequestAfter(lines).reid, "E1");
+    EXPECT_FALSE(RequestAfter(lines).isGenuine);
+}
+
 TEST(RunReader, SeesAGapWhereASliceIsCut) {
     RunReader reader = ReaderAfter({"expecting a message of 15 bytes"});
     EXPECT_EQ(reader.Add(StatementOf("GetMessage:incoming message, bytes 1 to 15")), RunReader::Event::Gap);
