@@ -68,6 +68,7 @@ TEST(AnotherCall, MayBeSeenByTheRig) {
               "FAIL: the DVR connected again before the time was over (after 4.0 s, not 60 s)");
     EXPECT_EQ(told({60.5, 0}), "PASS: it called after 60.5 s");
     EXPECT_EQ(told({{}, 60}), "PASS: no call for 60.0 s");
+    EXPECT_EQ(told({{}, 0.5}), "INCONCLUSIVE: no call, but nobody watched for long enough (for 0.5 s)");
     EXPECT_EQ(told({{}, 59}), "INCONCLUSIVE: no call, but nobody watched for long enough (for 59.0 s)");
 }
 

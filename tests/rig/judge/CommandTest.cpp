@@ -50,10 +50,12 @@ TEST(JudgeCommand, NeverPassesAFileThatIsNotALog) {
     const std::string path = testing::TempDir() + "velloran-no-log";
     JudgeOptions options;
     options.logs = {path};
+    options.json = path + ".json";
     std::ofstream(path).close();
     EXPECT_EQ(Judge({}, options), 66);
     std::ofstream(path) << "something else\n\xff\n";
     EXPECT_EQ(Judge({}, options), 66);
+    EXPECT_FALSE(std::filesystem::exists(options.json));
     std::remove(path.c_str());
 }
 

@@ -69,5 +69,20 @@ TEST(ShownDescription, SaysWhereOneIsNotXml) {
     EXPECT_EQ(ShownOf({"", kGood}, DescriptionFault::NotXml), "");
 }
 
+TEST(Note, SaysWhichNameWasMeantIfOnlyTheCaseDiffers) {
+    log::Statement unknown;
+    unknown.sign = log::Sign::UnknownMessage;
+    const auto noteOn = [&unknown](const std::string& name) {
+        log::Message message;
+        message.name = name;
+        return NoteOn(unknown, message);
+    };
+    EXPECT_EQ(noteOn("ok"), "ok instead of OK");
+    EXPECT_EQ(noteOn("Xml"), "Xml instead of XML");
+    EXPECT_EQ(noteOn("event_xfer_ack"), "event_xfer_ack instead of EVENT_XFER_ACK");
+    EXPECT_EQ(noteOn("weather"), "weather");
+    EXPECT_EQ(noteOn("OK"), "OK");
+}
+
 }  // namespace
 }  // namespace rig::judge

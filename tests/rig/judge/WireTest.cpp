@@ -415,6 +415,36 @@ TEST_F(WireTest, AwaitsAThousandAnswers) {
     EXPECT_EQ(answers(1001), 0U);
 }
 
+TEST_F(WireTest, AwaitsNoEndOfAFaultThatWasReported) {
+    wire_.Connect(0, 1).Frame(1, 1, "harness", "EVENT_XFER_COMPLETE");
+    wire_.Add(
+        1,
+        R"("connection":1,"event":"fault","fault":"file-of-unknown-event","message":"EVENT_XFER_COMPLETE")");
+    wire_.Add(1, R"("connection":1,"event":"sent","messages":[7,"GET_FILE"])");
+    EXPECT_EQ(FoundBy("fault.answer", Judge(MadeUpLog(2).Text()).runs[0]),
+              "the connection, or the proxy's log, ended before the fault was over (file-of-unknown-event at "
+              "EVENT_XFER_COMPLETE)");
+    wire_.Add(2, R"("connection":1,"event":"frame","direction":"dvr->harness","message":"INVALID_EVENT",)"
+                 R"("taken":true,"prefixBytes":1,"textBytes":20)");
+    EXPECT_EQ(FoundBy("fault.answer", Judge(MadeUpLog(2).Text()).runs[0]), "nothing else");
+}
+
+TEST_F(WireTest, BeginsAnewWithAConnectionOfTheSameNumber) {
+    wire_.Connect(0, 1).Frame(1, 1, "harness", "DONE").Connect(2, 1).Frame(3, 1, "dvr", "XML");
+    EXPECT_EQ(FoundBy("wire.after-done", Judge(MadeUpLog(1).Text()).runs[0]), "nothing else");
+}
+
+TEST_F(WireTest, ShowsAFaultAfterWhatTheLogHasAtTheSameTime) {
+    for (const auto& [seconds, step] : {std::pair(0.0, 0), std::pair(0.002, 1)}) {
+        wire_ = Listening().Connect(0, 1).Add(
+            seconds, R"("connection":1,"event":"fault","fault":"split","value":"1","message":"OK")");
+        const auto steps = Judge(MadeUpLog(1).Text()).runs.at(0).steps;
+        ASSERT_EQ(steps.size(), 2U);
+        EXPECT_EQ(steps.at(static_cast<std::size_t>(step)).kind, Step::Kind::Fault);
+        EXPECT_EQ(steps.at(static_cast<std::size_t>(step)).line, step == 0 ? 0U : 2U);
+    }
+}
+
 TEST_F(WireTest, SaysThatAMessageHasNoName) {
     wire_.Connect(0, 1).Add(
         1, R"("connection":1,"event":"frame","direction":"dvr->harness","prefixBytes":2,"textBytes":20)");

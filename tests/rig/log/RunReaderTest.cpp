@@ -128,6 +128,16 @@ TEST(RunReader, ForgetsADamagedIdentifierOnceItIsAcknowledged) {
     EXPECT_FALSE(RequestAfter(lines).isGenuine);
 }
 
+TEST(RunReader, ComparesAMessageWithTheKnownOneBeforeIt) {
+    std::vector<std::string> lines;
+    Say(lines, "<msg req=\"OK\"/>");
+    Say(lines, "<msg req=\"WEATHER\"/>");
+    Say(lines, "<msg req=\"FAIR\"/>");
+    EXPECT_FALSE(ReaderAfter(lines).LastMessage().isRepeated);
+    Say(lines, "<msg req=\"OK\"/>");
+    EXPECT_TRUE(ReaderAfter(lines).LastMessage().isRepeated);
+}
+
 TEST(RunReader, SeesAGapWhereASliceIsCut) {
     RunReader reader = ReaderAfter({"expecting a message of 15 bytes"});
     EXPECT_EQ(reader.Add(StatementOf("GetMessage:incoming message, bytes 1 to 15")), RunReader::Event::Gap);
