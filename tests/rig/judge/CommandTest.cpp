@@ -105,6 +105,24 @@ TEST(JudgeCommand, KeepsALogThatIsNamedAsAReport) {
     std::remove(path.c_str());
 }
 
+TEST(JudgeCommand, ReplacesAnEarlierReport) {
+    const TemporaryFolder folder;
+    folder.Write("report.json", "an earlier one");
+    JudgeOptions options;
+    options.json = (folder.Path() / "report.json").string();
+    EXPECT_EQ(Judge({"clean-1.0"}, options), 0);
+    EXPECT_EQ(std::ifstream(options.json).get(), '{');
+}
+
+TEST(JudgeCommand, CountsEvenASingleRun) {
+    JudgeOptions options;
+    options.logs = {std::string(VELLORAN_LOGS) + "/clean-1.0.log"};
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(RunJudge(options), 0);
+    EXPECT_NE(testing::internal::GetCapturedStdout().find("\nPASS: 1 run, 18 checks, 18 passed, "),
+              std::string::npos);
+}
+
 TEST(JudgeCommand, FailsForAKnownFailureThatPasses) {
     JudgeOptions options;
     options.known = testing::TempDir() + "velloran-known";

@@ -258,6 +258,14 @@ TEST_F(DeliveryTest, KnowsWhatWasThereBeforeWhereItLooksInTime) {
     EXPECT_EQ(Of("unasked"), "FAIL a file that nobody asked for (E1/new.ts)");
 }
 
+TEST(Stamp, HasTheMicrosecondsOfItsTimes) {
+    struct stat found = {};
+    found.st_mtim = {1, 999'999'999};
+    found.st_ctim = {2, 1'000};
+    EXPECT_EQ(rig::judge::StampOf(found).written, 1'999'999);
+    EXPECT_EQ(rig::judge::StampOf(found).changed, 2'000'001);
+}
+
 TEST_F(DeliveryTest, TakesTheLogInTheFolderForNoDelivery) {
     Deliver("E1/a.ts", "abc");
     Deliver("run.log", "");

@@ -138,17 +138,49 @@ TEST(Refusal, OfAnEventThatNothingAskedForIsNoneOfAGoodRequest) {
     EXPECT_EQ(found("E9"), "FAIL: a message that nothing asked for (TRANSPORT_EXCEPTION)");
 }
 
-TEST(Follow, EndsAtTheLastDoneOfTheSecondDialect) {
-    for (const std::string name : {"clean-2.0", "clean-1.0"}) {
-        rig::judge::Judge judge({}, {}, [](const rig::result::RunResult& /*run*/) {});
-        const std::string log = RealLog(name);
-        std::istringstream lines(log.substr(0, log.find('\n', log.rfind("hdr[0]"))));
-        EXPECT_FALSE(judge.IsOver());
-        for (std::string line; std::getline(lines, line);) {
-            judge.Add("test.log", 1, line);
-        }
-        EXPECT_EQ(judge.IsOver(), name == "clean-2.0") << name;
+/// Whether one who follows the log up to this line stops there.
+bool IsOverAfter(const std::string& log, const std::string& line) {
+    rig::judge::Judge judge({}, {}, [](const rig::result::RunResult& /*run*/) {});
+    EXPECT_FALSE(judge.IsOver());
+    std::istringstream lines(log.substr(0, log.find('\n', log.rfind(line))));
+    for (std::string one; std::getline(lines, one);) {
+        judge.Add("test.log", 1, one);
     }
+    return judge.IsOver();
+}
+
+TEST(Follow, EndsWhereNoMoreOfTheRunCanCome) {
+    EXPECT_TRUE(IsOverAfter(RealLog("clean-2.0"), "hdr[0]")) << "after DONE";
+    EXPECT_FALSE(IsOverAfter(RealLog("clean-1.0"), "hdr[0]"));
+    EXPECT_TRUE(IsOverAfter(RealLog("clean-1.0"), "Closing client"));
+    EXPECT_TRUE(IsOverAfter(RealLog("clean-1.0"), "shutting down"));
+}
+
+TEST(Unanswered, RequestsAreShownWhereTheyGoOut) {
+    Dialogue log;
+    log.List("E1").AskEvent("E1").Describe("E1", "a").After(9);
+    const auto run = Judged(log.End()).runs.at(0);
+    for (const auto& check : run.checks) {
+        if (check.id == "requests.answered") {
+            ASSERT_EQ(check.evidence.size(), 1U);
+            EXPECT_EQ(check.evidence[0].note, "GET_FILE E1/a goes out");
+        }
+    }
+}
+
+/// The harness aborts for what the DVR did, or for a reason of its own.
+TEST(Assertion, IsTheDvrsIfItHasCausedIt) {
+    const auto verdict = [](const std::string& condition) {
+        Dialogue log;
+        log.List("E1").Error("velloran: a.cpp:1: int main(): Assertion `" + condition + "' failed.");
+        return FindingOf("harness.ran", log.Text());
+    };
+    for (const char* const condition :
+         {"FD_ISSET(g_clientFd, &fds)", "select(g_serverFd+g_clientFd+1, 0, 0, 0, 0) > 0",
+          "expectedSize not_eq -1", "readBytes == expectedSize", "not document.Error()", "writelen == 4"}) {
+        EXPECT_EQ(verdict(condition), "PASS: no failure of the harness itself") << condition;
+    }
+    EXPECT_EQ(verdict("true == false"), "ENVIRONMENT: it aborted for a reason of its own");
 }
 
 TEST(ListedEvent, ThatIsRefusedFailsItsOwnCheckAlone) {

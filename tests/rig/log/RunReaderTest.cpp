@@ -116,6 +116,20 @@ TEST(RunReader, ForgetsTheFilesOfAnEarlierExportInTheFirstDialect) {
     EXPECT_FALSE(RequestAfter(lines).isGenuine);
 }
 
+TEST(RunReader, TakesOneRequestForGenuineAndNotTheNext) {
+    std::vector<std::string> lines = {"'protocol' option set to 2"};
+    Say(lines, "<msg req=\"EVENT_LIST\"><events><event>abcE1</event><event>E1</event></events></msg>");
+    lines.emplace_back("processing 'invalidEvent' option [event]");
+    std::vector<std::string> later = lines;
+    lines.emplace_back("hdr[0]= 14");
+    EXPECT_TRUE(RequestAfter(lines).isGenuine);
+    lines.emplace_back("hdr[0]= 14");
+    EXPECT_FALSE(RequestAfter(lines).isGenuine);
+    Say(later, "<msg req=\"INVALID_EVENT\"/>");
+    later.emplace_back("hdr[0]= 14");
+    EXPECT_FALSE(RequestAfter(later).isGenuine);
+}
+
 /// A damaged identifier is no event that was done.
 TEST(RunReader, ForgetsADamagedIdentifierOnceItIsAcknowledged) {
     std::vector<std::string> lines = {"'protocol' option set to 2"};
@@ -141,6 +155,8 @@ TEST(RunReader, ComparesAMessageWithTheKnownOneBeforeIt) {
 TEST(RunReader, SeesAGapWhereASliceIsCut) {
     RunReader reader = ReaderAfter({"expecting a message of 15 bytes"});
     EXPECT_EQ(reader.Add(StatementOf("GetMessage:incoming message, bytes 1 to 15")), RunReader::Event::Gap);
+    EXPECT_EQ(reader.Add(StatementOf("GetMessage:incoming message, bytes 1 to 15:<msg req=\"OK\"/>")),
+              RunReader::Event::Message);
 }
 
 TEST(RunReader, LeavesTheFilesOfAnExportThatIsOpenedAgain) {
