@@ -125,6 +125,11 @@ TEST_F(KnownFailuresFile, IsRefusedWithItsLine) {
     }
 }
 
+TEST_F(KnownFailuresFile, MayEndItsLinesAsElsewhere) {
+    EXPECT_EQ(Read("event-list.source no source\r\nexport.done never \t\r\n"),
+              (KnownFailures{{"event-list.source", {"no source"}}, {"export.done", {"never"}}}));
+}
+
 TEST_F(KnownFailuresFile, MustBeThere) {
     try {
         ReadKnownFailures("/nowhere/known");

@@ -156,6 +156,16 @@ TEST(Follow, EndsWhereNoMoreOfTheRunCanCome) {
     EXPECT_TRUE(IsOverAfter(RealLog("clean-1.0"), "shutting down"));
 }
 
+TEST(LastGood, IsNoMessageThatTheHarnessIgnores) {
+    Dialogue log;
+    log.List("E1").AskEvent("E1").Describe("E1", "a").Tell("FILE_COMPLETE", "E1", "b");
+    log.Say("invalid file in FILE_COMPLETE: b");
+    log.Error("velloran: a.cpp:1: int main(): Assertion `FD_ISSET(g_clientFd, &fds)' failed.");
+    EXPECT_EQ(FindingOf("connection.kept", log.Text()),
+              "FAIL: the DVR opened a second connection while the first was served (the last good message "
+              "was EVENT in line 14)");
+}
+
 TEST(Unanswered, RequestsAreShownWhereTheyGoOut) {
     Dialogue log;
     log.List("E1").AskEvent("E1").Describe("E1", "a").After(9);

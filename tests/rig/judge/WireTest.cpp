@@ -178,6 +178,12 @@ TEST_F(WireTest, MeasuresFromWhatWentOutToTheDvr) {
     EXPECT_EQ(run.timings[0].count, 1U);
 }
 
+TEST_F(WireTest, KeepsTheLongestReaction) {
+    wire_.Connect(0, 1).Frame(0.1, 1, "harness", "GET_FILE").Frame(0.3, 1, "dvr", "FILE_COMPLETE");
+    wire_.Frame(0.4, 1, "harness", "GET_FILE").Frame(0.5, 1, "dvr", "FILE_COMPLETE");
+    EXPECT_NEAR(Judge(MadeUpLog(2).Text()).runs.at(0).timings.at(0).longest, 200, 1);
+}
+
 TEST_F(WireTest, TakesNewsOfATransferForNoAnswer) {
     wire_.Connect(0, 1).Frame(0.1, 1, "harness", "GET_FILE").Frame(0.2, 1, "dvr", "XFER_IN_PROGRESS");
     wire_.Frame(0.3, 1, "dvr", "FILE_COMPLETE").Frame(0.4, 1, "harness", "GET_FILE").Close(1, 1, "harness");

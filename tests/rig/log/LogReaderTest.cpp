@@ -136,6 +136,7 @@ TEST_P(LogReaderOfAPipe, ReadsTheLastWordsOfAHarnessThatIsInterruptedWithIt) {
     PipeReader reader(GetParam());
     reader.Write("a\n");
     reader.Interrupt();
+    poll(nullptr, 0, 50);  // the signal must come before the text
     reader.Write("shutting down\n");
     reader.Close();
     EXPECT_EQ(reader.Lines(), 2);
