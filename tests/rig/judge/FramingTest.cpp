@@ -71,6 +71,12 @@ TEST(Framing, ProvesALengthWithItsHighestByteFirstWhereTheConnectionEnds) {
         "text begins with, so that 81 82 was meant as the length; right for 33154 bytes is 82 83 02");
 }
 
+TEST(Framing, ProvesALengthWithItsLowestByteFirstWhereTheConnectionEnds) {
+    const std::string words = ExplainMissing(983297, 33408).words;
+    EXPECT_EQ(words.substr(words.find("so that")),
+              "so that 81 82 was meant as the length; right for 33409 bytes is 81 85 02");
+}
+
 TEST(Framing, TellsOfALengthInOneByteWhereNothingMoreCame) {
     const FramingFault fault = ExplainMissing(7680, std::nullopt);
     EXPECT_EQ(
@@ -182,6 +188,10 @@ TEST(Framing, IsExplainedAtTheBoundsOfEachNotation) {
               "prefix 39, which announces 57 bytes; unclosed token at byte 58: "
               "...le=\"xxxxxxxxxxxxxxxxxxxxxxxxxx"},
              {"1\r\n", "31 0d 0a came before the text, the length in digits; right for 1 bytes is 01"},
+             {"\r\n",
+              "0d 0a came before the text, as if the length had 2 bytes of 8 bits, lowest first; right for "
+              "2573 bytes is 8d 14; or 7 bits in each, and none marked as going on: right for 1293 bytes is "
+              "8d 0a"},
              {"3 ", "33 20 came before the text, the length in digits; right for 3 bytes is 03"},
              {"3Z",
               "33 5a came before the text, as if the length had 2 bytes of 8 bits, highest first; right for "

@@ -43,6 +43,13 @@ TEST(MessageList, NamesWhatTheLogStates) {
               "\"events\":[\"45\"]}\n");
 }
 
+TEST(MessageList, TakesNoTextFromALineThatIsCut) {
+    const std::string request = "{\"line\":1,\"sender\":\"harness\",\"announced\":5";
+    EXPECT_EQ(Listed({"hdr[0]= 5", "sent: size= 1/5/9  ''"}), request + ",\"text\":\"\"}\n");
+    EXPECT_EQ(Listed({"hdr[0]= 5", "sent: size= 1/5/9  '"}), request + "}\n");
+    EXPECT_EQ(Listed({"hdr[0]= 5", "sent: size= 1/5/9"}), request + "}\n");
+}
+
 TEST(MessageList, SaysWhereTheLogLacksAPart) {
     EXPECT_EQ(Listed({"hdr[1]= 5", "GetMessage:incoming message, bytes 801 to 1600:x"}),
               "{\"line\":1,\"sender\":\"harness\",\"isWhole\":false}\n"
