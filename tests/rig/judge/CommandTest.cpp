@@ -47,16 +47,15 @@ TEST(JudgeCommand, NeedsALog) {
 }
 
 TEST(JudgeCommand, NeverPassesAFileThatIsNotALog) {
-    const std::string path = testing::TempDir() + "velloran-no-log";
+    const TemporaryFolder folder;
     JudgeOptions options;
-    options.logs = {path};
-    options.json = path + ".json";
-    std::ofstream(path).close();
-    EXPECT_EQ(Judge({}, options), 66);
-    std::ofstream(path) << "something else\n\xff\n";
-    EXPECT_EQ(Judge({}, options), 66);
-    EXPECT_FALSE(std::filesystem::exists(options.json));
-    std::remove(path.c_str());
+    options.logs = {(folder.Path() / "log").string()};
+    options.json = (folder.Path() / "report.json").string();
+    for (const char* const content : {"", "something else\n\xff\n"}) {
+        folder.Write("log", content);
+        EXPECT_EQ(Judge({}, options), 66);
+        EXPECT_FALSE(std::filesystem::exists(options.json));
+    }
 }
 
 TEST(JudgeCommand, NamesTheFirstFileThatIsNotALogAmongOthers) {
