@@ -156,6 +156,14 @@ TEST(Follow, EndsWhereNoMoreOfTheRunCanCome) {
     EXPECT_TRUE(IsOverAfter(RealLog("clean-1.0"), "shutting down"));
 }
 
+TEST(OtherFile, IsShownInBytesWhereItLooksAlike) {
+    Dialogue log;
+    log.List("E1").AskEvent("E1").Describe("E1", "caf\xc3\xa9").Tell("FILE_COMPLETE", "E1", "cafe\xcc\x81");
+    log.Say("invalid file in FILE_COMPLETE: E1/cafe");
+    const std::string found = FindingOf("file-complete.identity", log.Text());
+    EXPECT_EQ(found.substr(found.find("from byte")), "from byte 7 on: 65 cc 81 instead of c3 a9)");
+}
+
 TEST(LastGood, IsNoMessageThatTheHarnessIgnores) {
     Dialogue log;
     log.List("E1").AskEvent("E1").Describe("E1", "a").Tell("FILE_COMPLETE", "E1", "b");

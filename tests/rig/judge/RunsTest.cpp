@@ -41,6 +41,9 @@ TEST(LastWords, AreAnAssertionOrAnException) {
     EXPECT_TRUE(rig::judge::IsLastWord("velloran: a.cpp:1: int main(): Assertion `false' failed."));
     EXPECT_TRUE(rig::judge::IsLastWord("terminate called after throwing an instance of 'std::logic_error'"));
     EXPECT_FALSE(rig::judge::IsLastWord("touch: cannot touch '/mnt/hd/velloranFail'"));
+    EXPECT_TRUE(rig::judge::IsMarkerFailure("touch: cannot touch '/mnt/hd/velloranFail'"));
+    EXPECT_FALSE(rig::judge::IsMarkerFailure("rm: cannot remove '/mnt/hd/velloranFail'"));
+    EXPECT_FALSE(rig::judge::IsMarkerFailure("touch: cannot touch '/mnt/hd'"));
 }
 
 TEST(Runs, GoOnInARotatedFile) {

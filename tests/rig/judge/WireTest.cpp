@@ -178,6 +178,14 @@ TEST_F(WireTest, MeasuresFromWhatWentOutToTheDvr) {
     EXPECT_EQ(run.timings[0].count, 1U);
 }
 
+TEST_F(WireTest, TakesAnAnswerThatNamesNeitherEventNorFileForTheNext) {
+    wire_.Connect(0, 1).Add(
+        0.1, R"("connection":1,"event":"frame","direction":"harness->dvr","message":"GET_FILE",)"
+             R"("reid":"E1","file":"a","prefixBytes":1,"textBytes":20)");
+    wire_.Frame(0.3, 1, "dvr", "FILE_COMPLETE");
+    EXPECT_EQ(Judge(MadeUpLog(2).Text()).runs.at(0).timings.at(0).count, 1U);
+}
+
 TEST_F(WireTest, KeepsTheLongestReaction) {
     wire_.Connect(0, 1).Frame(0.1, 1, "harness", "GET_FILE").Frame(0.3, 1, "dvr", "FILE_COMPLETE");
     wire_.Frame(0.4, 1, "harness", "GET_FILE").Frame(0.5, 1, "dvr", "FILE_COMPLETE");

@@ -255,6 +255,7 @@ TEST(Unescaped, UndoesTheLoggersEscapes) {
 }
 
 TEST(Unescaped, LeavesOtherBackslashes) {
+    EXPECT_EQ(Unescaped(R"(\xg1\x1g)"), R"(\xg1\x1g)");
     EXPECT_EQ(Unescaped(R"(\q \x \x1 \xZZ \)"), R"(\q \x \x1 \xZZ \)");
 }
 
