@@ -51,6 +51,15 @@ TEST_F(InjectorTest, LetsADefectWithoutASiteActOnce) {
     EXPECT_EQ(Acting(kAcknowledgement), none_);
 }
 
+TEST_F(InjectorTest, NamesTheDefectsThatHaveNotActed) {
+    injector_.AddDefect("missing-reid", {});
+    injector_.AddDefect("missing-source", {});
+    injector_.AddDefect("missing-hash", {});
+    EXPECT_EQ(injector_.Idle(), "missing-reid, missing-source, missing-hash");
+    Acting(kAcknowledgement);
+    EXPECT_EQ(injector_.Idle(), "missing-source, missing-hash");
+}
+
 TEST_F(InjectorTest, LetsADefectThatAlwaysActsDoSo) {
     injector_.AddDefect("missing-hash", {});
     EXPECT_EQ(ActingOnFile("EVT1", "a.ts"), Names{"missing-hash"});
