@@ -28,7 +28,7 @@ not_emulated() {
 # emulate LOG LEFT-OUT [CTEST-OPTION...]: the tests mostly wait for the harness's pauses.
 emulate() {
     end_to_end -E "$2" "${@:3}" --output-on-failure --parallel "$((12 * $(nproc)))" >"$1" ||
-        fail "end-to-end tests failed, emulated; the log is $1: $(sed -n '/tests passed/,$p' "$1")"
+        fail "end-to-end tests failed, emulated; the log is $1: $(grep -A 20 '\*\*\*' "$1"; tail -n 5 "$1")"
     grep 'tests passed' "$1"
 }
 

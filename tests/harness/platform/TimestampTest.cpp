@@ -6,6 +6,7 @@
 
 #include "LogClient.h"
 #include "tests/harness/platform/Subject.h"
+#include "tests/support/TimeNow.h"
 
 namespace {
 
@@ -117,9 +118,9 @@ TEST(Timestamp, IsUtcWhateverTheTimeZone) {
 }
 
 TEST(Timestamp, IsTheTimeNow) {
-    const time_t before = time(nullptr);
+    const time_t before = TimeNow();
     const Outcome outcome = RunSubject([] { Log(16, ""); });
-    const time_t after = time(nullptr);
+    const time_t after = TimeNow();
     const std::string stamp = outcome.output.substr(0, 19);
     EXPECT_GE(stamp, Expected({before, 0}).substr(0, 19));
     EXPECT_LE(stamp, Expected({after, 0}).substr(0, 19));

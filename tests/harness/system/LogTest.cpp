@@ -3,13 +3,14 @@
 #include <ctime>
 
 #include "tests/support/Dialogue.h"
+#include "tests/support/TimeNow.h"
 
 namespace {
 
 using Log = Dialect10;
 
 TEST_F(Log, LineHoldsTimeProcessLevelAndSource) {
-    const std::time_t before = std::time(nullptr);
+    const std::time_t before = TimeNow();
     Connect();
     dvr->Sends(Message("NONE"));
     harness->LogsUpTo(32, "GetMessage:incoming message, bytes 1 to 17:<msg req=\"NONE\"/>");
@@ -22,7 +23,7 @@ TEST_F(Log, LineHoldsTimeProcessLevelAndSource) {
     EXPECT_EQ(line.size() - text.size(), line.find(text));
     const std::time_t time = timegm(&utc);
     EXPECT_LE(before, time);
-    EXPECT_GE(std::time(nullptr), time);
+    EXPECT_GE(TimeNow(), time);
     Ends();
 }
 

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <chrono>
 #include <filesystem>
 #include <vector>
 
@@ -10,6 +9,7 @@
 #include "tests/rig/judge/Judging.h"
 #include "tests/rig/judge/MadeUpLog.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/TimeNow.h"
 
 // What a look at a folder of delivered files says, beside a made-up log or one of a real run.
 
@@ -32,8 +32,7 @@ struct Completed {
 /// are complete in a minute: what is written while the test runs was delivered during the export.
 /// @param shift  seconds by which it was later
 std::string MadeUpExport(const std::vector<Completed>& files, int shift = 0) {
-    using std::chrono::system_clock;
-    MadeUpLog log(1, "", (system_clock::to_time_t(system_clock::now()) + shift - 60) * 1'000'000);
+    MadeUpLog log(1, "", (TimeNow() + shift - 60) * 1'000'000);
     log.Dvr(R"(<msg req="OK"/>)").Say("got an OK, sending GET_XML").Ask(R"(<msg req="GET_XML" />)");
     std::string described;
     std::string reported;

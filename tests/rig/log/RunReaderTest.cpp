@@ -99,7 +99,7 @@ TEST(RunReader, KnowsTheEventInProgressUntilAMessage) {
     EXPECT_EQ(ReaderAfter(lines).LastMessage().event, "E");
 }
 
-/// What was asked for in an earlier export is no file of this one.
+/// What an earlier export asked for is not among the files of this one.
 TEST(RunReader, ForgetsTheFilesOfAnEarlierExportInTheFirstDialect) {
     std::vector<std::string> lines = {"'protocol' option set to 1"};
     const auto describe = [&lines](const std::string& file) {
@@ -130,7 +130,7 @@ TEST(RunReader, TakesOneRequestForGenuineAndNotTheNext) {
     EXPECT_FALSE(RequestAfter(later).isGenuine);
 }
 
-/// A damaged identifier is no event that was done.
+/// What was acknowledged is the event itself, not the damaged form of its identifier.
 TEST(RunReader, ForgetsADamagedIdentifierOnceItIsAcknowledged) {
     std::vector<std::string> lines = {"'protocol' option set to 2"};
     Say(lines, "<msg req=\"EVENT_LIST\"><events><event>abcE1</event><event>xyzE1</event></events></msg>");
