@@ -10,8 +10,7 @@
 namespace {
 
 /// No switch, each one, each pair.
-std::vector<std::string> Combinations() {
-    const std::vector<std::string> each = ReadEachSwitch();
+std::vector<std::string> Combinations(const std::vector<std::string>& each) {
     std::vector<std::string> all = {""};
     for (auto one = each.begin(); one not_eq each.end(); ++one) {
         all.push_back(*one);
@@ -25,9 +24,10 @@ std::string WantedBy(const SwitchesRow& row) {
     return row.switches.substr(0, row.switches.find(" not "));
 }
 
-/// Whether the row holds for a run with these switches.
-bool HoldsFor(const SwitchesRow& row, const std::string& dialect, const std::string& switches) {
-    const std::vector<std::string> each = ReadEachSwitch();
+/// @param each  all switches
+/// @return whether the row holds for a run with these switches
+bool HoldsFor(const SwitchesRow& row, const std::vector<std::string>& each, const std::string& dialect,
+              const std::string& switches) {
     const std::string wanted = WantedBy(row);
     const std::string unwanted = row.switches.substr(wanted.size());
     return row.dialect == dialect and std::all_of(each.begin(), each.end(), [&](const std::string& one) {
@@ -39,12 +39,14 @@ bool HoldsFor(const SwitchesRow& row, const std::string& dialect, const std::str
 
 /// A row for each run that is played: what it leaves open, by all rows that hold for it.
 std::vector<SwitchesRow> AllRuns() {
+    const std::vector<std::string> each = ReadEachSwitch();
+    const std::vector<SwitchesRow> rows = ReadSwitches();
     std::vector<SwitchesRow> runs;
     for (const std::string dialect : {"1", "2"}) {
-        for (const std::string& switches : Combinations()) {
+        for (const std::string& switches : Combinations(each)) {
             SwitchesRow run{dialect, switches, {}, ""};
-            for (const SwitchesRow& row : ReadSwitches()) {
-                if (HoldsFor(row, dialect, switches)) {
+            for (const SwitchesRow& row : rows) {
+                if (HoldsFor(row, each, dialect, switches)) {
                     run.checks.insert(run.checks.end(), row.checks.begin(), row.checks.end());
                     run.reason = row.reason;
                 }
@@ -91,7 +93,7 @@ INSTANTIATE_TEST_SUITE_P(GoodDvr, Switches, testing::ValuesIn(AllRuns()),
                          [](const auto& one) { return NameOf(one.param); });
 
 TEST(SwitchesTable, HasOnlyRowsOfRunsThatArePlayed) {
-    const std::vector<std::string> played = Combinations();
+    const std::vector<std::string> played = Combinations(ReadEachSwitch());
     for (const SwitchesRow& row : ReadSwitches()) {
         EXPECT_EQ(1, std::count(played.begin(), played.end(), WantedBy(row))) << row.switches;
     }
