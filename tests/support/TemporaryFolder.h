@@ -26,10 +26,12 @@ class TemporaryFolder {
 
     const std::filesystem::path& Path() const { return path_; }
 
-    /// Writes a file, and makes the folders that it is in.
-    void Write(const std::string& name, const std::string& content) const {
-        std::filesystem::create_directories((path_ / name).parent_path());
-        std::ofstream(path_ / name, std::ios::binary) << content;
+    /// Writes a file, and makes the folders that it is in. @return its path
+    std::string Write(const std::string& name, const std::string& content) const {
+        const std::filesystem::path path = path_ / name;
+        std::filesystem::create_directories(path.parent_path());
+        std::ofstream(path, std::ios::binary) << content;
+        return path.string();
     }
 
  private:

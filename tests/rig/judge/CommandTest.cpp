@@ -6,12 +6,11 @@
 
 #include <chrono>
 #include <csignal>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
 #include <iterator>
 #include <optional>
+#include <utility>
 
 #include "rig/judge/JudgeCommand.h"
 #include "rig/judge/checks/Checks.h"
@@ -22,149 +21,125 @@
 namespace rig::judge {
 namespace {
 
-/// Runs the command on logs of real runs. @return its exit status
-int Judge(const std::vector<std::string>& names, JudgeOptions options = {}) {
-    for (const std::string& name : names) {
-        options.logs.push_back(std::string(VELLORAN_LOGS) + "/" + name + ".log");
+class JudgeCommand : public testing::Test {
+ protected:
+    /// Runs the command, also on logs of real runs. @return its exit status
+    int Judge(const std::vector<std::string>& names = {}) {
+        JudgeOptions options = options_;
+        for (const std::string& name : names) {
+            options.logs.push_back(std::string(VELLORAN_LOGS) + "/" + name + ".log");
+        }
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        const int status = RunJudge(options);
+        output_ = testing::internal::GetCapturedStdout();
+        errors_ = testing::internal::GetCapturedStderr();
+        return status;
     }
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    const int status = RunJudge(options);
-    testing::internal::GetCapturedStdout();
-    testing::internal::GetCapturedStderr();
-    return status;
+    std::string PathOf(const std::string& name) const { return (folder_.Path() / name).string(); }
+
+    const TemporaryFolder folder_;
+    JudgeOptions options_;
+    std::string output_;  // of the last run
+    std::string errors_;
+};
+
+std::string ContentOf(const std::string& path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
-TEST(JudgeCommand, EndsWithTheWorstVerdictOfAllLogs) {
+TEST_F(JudgeCommand, EndsWithTheWorstVerdictOfAllLogs) {
     EXPECT_EQ(Judge({"clean-1.0"}), 0);
     EXPECT_EQ(Judge({"d2-missing-source"}), 1);
     EXPECT_EQ(Judge({"all-faults-2.0"}), 2);
     EXPECT_EQ(Judge({"clean-1.0", "d2-missing-source", "all-faults-2.0"}), 1);
 }
 
-TEST(JudgeCommand, NeedsALog) {
+TEST_F(JudgeCommand, NeedsALog) {
     EXPECT_EQ(Judge({"no-such-log"}), 66);
 }
 
-TEST(JudgeCommand, NeverPassesAFileThatIsNotALog) {
-    const TemporaryFolder folder;
-    JudgeOptions options;
-    options.logs = {(folder.Path() / "log").string()};
-    options.json = (folder.Path() / "report.json").string();
+TEST_F(JudgeCommand, NeverPassesAFileThatIsNotALog) {
+    options_.json = PathOf("report.json");
     for (const char* const content : {"", "something else\n\xff\n"}) {
-        folder.Write("log", content);
-        EXPECT_EQ(Judge({}, options), 66);
-        EXPECT_FALSE(std::filesystem::exists(options.json));
+        options_.logs = {folder_.Write("log", content)};
+        EXPECT_EQ(Judge(), 66);
+        EXPECT_FALSE(std::filesystem::exists(options_.json));
     }
 }
 
-TEST(JudgeCommand, NamesTheFirstFileThatIsNotALogAmongOthers) {
-    const TemporaryFolder folder;
-    folder.Write("one", "");
-    folder.Write("other", "");
-    JudgeOptions options;
-    options.logs = {(folder.Path() / "one").string(), (folder.Path() / "other").string(),
-                    std::string(VELLORAN_LOGS) + "/clean-1.0.log"};
-    options.json = (folder.Path() / "report.json").string();
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(RunJudge(options), 66);
-    testing::internal::GetCapturedStdout();
-    EXPECT_NE(testing::internal::GetCapturedStderr().find(options.logs[0]), std::string::npos);
-    std::ifstream report(options.json);
-    const std::string told(std::istreambuf_iterator<char>(report), {});
-    EXPECT_NE(told.find("\"steps\": [\n"), std::string::npos)
+TEST_F(JudgeCommand, NamesTheFirstFileThatIsNotALogAmongOthers) {
+    options_.logs = {folder_.Write("one", ""), folder_.Write("other", "")};
+    options_.json = PathOf("report.json");
+    EXPECT_EQ(Judge({"clean-1.0"}), 66);
+    EXPECT_NE(errors_.find(options_.logs[0]), std::string::npos);
+    EXPECT_NE(ContentOf(options_.json).find("\"steps\": [\n"), std::string::npos)
         << "what can be told is told, with the dialogue";
 }
 
-TEST(JudgeCommand, NeedsTheProxysLogIfOneIsNamed) {
-    const TemporaryFolder folder;
-    folder.Write("proxy", "{\"time\":\"2026-11-20T22:00:00.000000Z\",\"event\":\"listen\"}\n");
-    JudgeOptions options;
-    options.proxy = (folder.Path() / "proxy").string();
-    EXPECT_EQ(Judge({"clean-1.0"}, options), 2) << "it has no connection";
-    options.html = *options.proxy;
-    EXPECT_EQ(Judge({"clean-1.0"}, options), 64) << "a report must not replace it";
-    options.html.clear();
-    options.proxy = std::string(VELLORAN_LOGS) + "/clean-1.0.log";
-    EXPECT_EQ(Judge({"clean-1.0"}, options), 66);
-    options.proxy = (folder.Path() / "nothing").string();
-    EXPECT_EQ(Judge({"clean-1.0"}, options), 66);
+TEST_F(JudgeCommand, NeedsTheProxysLogIfOneIsNamed) {
+    options_.proxy =
+        folder_.Write("proxy", "{\"time\":\"2026-11-20T22:00:00.000000Z\",\"event\":\"listen\"}\n");
+    EXPECT_EQ(Judge({"clean-1.0"}), 2) << "it has no connection";
+    options_.html = *options_.proxy;
+    EXPECT_EQ(Judge({"clean-1.0"}), 64) << "a report must not replace it";
+    options_.html.clear();
+    options_.proxy = std::string(VELLORAN_LOGS) + "/clean-1.0.log";
+    EXPECT_EQ(Judge({"clean-1.0"}), 66);
+    options_.proxy = PathOf("nothing");
+    EXPECT_EQ(Judge({"clean-1.0"}), 66);
 }
 
-TEST(JudgeCommand, KeepsALogThatIsNamedAsAReport) {
-    const std::string path = testing::TempDir() + "velloran-precious";
-    std::ofstream(path) << RealLog("clean-2.0");
-    JudgeOptions options;
-    options.logs = {path};
-    options.html = path;
-    EXPECT_EQ(Judge({}, options), 64);
-    std::ifstream file(path);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), RealLog("clean-2.0"));
-    std::remove(path.c_str());
+TEST_F(JudgeCommand, KeepsALogThatIsNamedAsAReport) {
+    options_.html = folder_.Write("log", RealLog("clean-2.0"));
+    options_.logs = {options_.html};
+    EXPECT_EQ(Judge(), 64);
+    EXPECT_EQ(ContentOf(options_.html), RealLog("clean-2.0"));
 }
 
-TEST(JudgeCommand, ReplacesAnEarlierReport) {
-    const TemporaryFolder folder;
-    folder.Write("report.json", "an earlier one");
-    JudgeOptions options;
-    options.json = (folder.Path() / "report.json").string();
-    EXPECT_EQ(Judge({"clean-1.0"}, options), 0);
-    EXPECT_EQ(std::ifstream(options.json).get(), '{');
+TEST_F(JudgeCommand, ReplacesAnEarlierReport) {
+    options_.json = folder_.Write("report.json", "an earlier one");
+    EXPECT_EQ(Judge({"clean-1.0"}), 0);
+    EXPECT_EQ(ContentOf(options_.json).front(), '{');
 }
 
-TEST(JudgeCommand, CountsEvenASingleRun) {
-    JudgeOptions options;
-    options.logs = {std::string(VELLORAN_LOGS) + "/clean-1.0.log"};
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(RunJudge(options), 0);
-    EXPECT_NE(testing::internal::GetCapturedStdout().find("\nPASS: 1 run, 18 checks, 18 passed, "),
-              std::string::npos);
+TEST_F(JudgeCommand, CountsEvenASingleRun) {
+    EXPECT_EQ(Judge({"clean-1.0"}), 0);
+    EXPECT_NE(output_.find("\nPASS: 1 run, 18 checks, 18 passed, "), std::string::npos);
 }
 
-TEST(JudgeCommand, FailsForAKnownFailureThatPasses) {
-    JudgeOptions options;
-    options.known = testing::TempDir() + "velloran-known";
-    std::ofstream(options.known) << "event-list.source EVENT_LIST without source\n";
-    EXPECT_EQ(Judge({"clean-2.0"}, options), 1);
-    EXPECT_EQ(Judge({"clean-2.0", "d2-missing-source"}, options), 0);
-    std::remove(options.known.c_str());
+TEST_F(JudgeCommand, FailsForAKnownFailureThatPasses) {
+    options_.known = folder_.Write("known", "event-list.source EVENT_LIST without source\n");
+    EXPECT_EQ(Judge({"clean-2.0"}), 1);
+    EXPECT_EQ(Judge({"clean-2.0", "d2-missing-source"}), 0);
 }
 
-TEST(JudgeCommand, ListsTheChecksWithoutALog) {
-    JudgeOptions options;
-    options.listChecks = true;
-    options.format = "markdown";
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(RunJudge(options), 0);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), AsMarkdown(judge::ListChecks()));
+TEST_F(JudgeCommand, ListsTheChecksWithoutALog) {
+    options_.listChecks = true;
+    options_.format = "markdown";
+    EXPECT_EQ(Judge(), 0);
+    EXPECT_EQ(output_, AsMarkdown(judge::ListChecks()));
 }
 
-TEST(JudgeCommand, ReadsStandardInput) {
+TEST_F(JudgeCommand, ReadsStandardInput) {
     const int before = dup(STDIN_FILENO);
     const int log = open(VELLORAN_LOGS "/d2-missing-source.log", O_RDONLY);
     dup2(log, STDIN_FILENO);
     close(log);
-    JudgeOptions options;
-    options.logs = {"-"};
-    EXPECT_EQ(Judge({}, options), 1);
+    options_.logs = {"-"};
+    EXPECT_EQ(Judge(), 1);
     dup2(before, STDIN_FILENO);
     close(before);
 }
 
-TEST(JudgeCommand, TakesRotatedFilesInTheirOrder) {
+TEST_F(JudgeCommand, TakesRotatedFilesInTheirOrder) {
     const std::string log = RealLog("clean-2.0");
     const std::size_t half = log.find('\n', log.size() / 2) + 1;
-    const std::string path = testing::TempDir() + "velloran-rotated";
-    std::ofstream(path + ".1") << log.substr(0, half);
-    std::ofstream(path) << log.substr(half);
-    JudgeOptions options;
-    options.logs = {path + ".1", path};
-    EXPECT_EQ(Judge({}, options), 0);
-    options.logs = {path, path + ".1"};
-    EXPECT_NE(Judge({}, options), 0);
-    std::remove(path.c_str());
-    std::remove((path + ".1").c_str());
+    options_.logs = {folder_.Write("log.1", log.substr(0, half)), folder_.Write("log", log.substr(half))};
+    EXPECT_EQ(Judge(), 0);
+    std::swap(options_.logs[0], options_.logs[1]);
+    EXPECT_NE(Judge(), 0);
 }
 
 /// A child process that follows a log.
@@ -175,7 +150,10 @@ class Follower {
             JudgeOptions options;
             options.follow = true;
             options.logs = {log};
-            _exit(Judge({}, options));
+            testing::internal::CaptureStdout();
+            const int status = RunJudge(options);
+            testing::internal::GetCapturedStdout();
+            _exit(status);
         }
     }
 
@@ -221,65 +199,54 @@ class Follower {
     pid_t process_;
 };
 
-TEST(JudgeCommand, FollowsAGrowingLogToTheEndOfTheRun) {
+TEST_F(JudgeCommand, FollowsAGrowingLogToTheEndOfTheRun) {
     const std::string log = RealLog("clean-2.0");
-    const std::string path = testing::TempDir() + "velloran-growing";
-    std::ofstream(path) << log.substr(0, log.size() / 2);
+    const std::string path = folder_.Write("log", log.substr(0, log.size() / 2));
     const Follower follower(path);
     EXPECT_TRUE(follower.HasReadAll());
     std::ofstream(path, std::ios::app) << log.substr(log.size() / 2);
     EXPECT_EQ(follower.ExitStatus(), 0);
-    std::remove(path.c_str());
 }
 
-TEST(JudgeCommand, JudgesWhatItFollowedWhenInterrupted) {
+TEST_F(JudgeCommand, JudgesWhatItFollowedWhenInterrupted) {
     const std::string log = RealLog("clean-2.0");
-    const std::string path = testing::TempDir() + "velloran-interrupted";
-    std::ofstream(path) << log.substr(0, log.size() / 2);
+    const std::string path = folder_.Write("log", log.substr(0, log.size() / 2));
     const Follower follower(path);
     EXPECT_TRUE(follower.HasReadAll());
     follower.Interrupt();
     EXPECT_EQ(follower.ExitStatus(), 2);
-    std::remove(path.c_str());
 }
 
-TEST(JudgeCommand, FollowsTheRunThatGoesOnAfterOthers) {
+TEST_F(JudgeCommand, FollowsTheRunThatGoesOnAfterOthers) {
     const std::string log = RealLog("d2-missing-source");
-    const std::string path = testing::TempDir() + "velloran-appended";
-    std::ofstream(path) << RealLog("clean-2.0") + log.substr(0, log.size() / 2);
+    const std::string path = folder_.Write("log", RealLog("clean-2.0") + log.substr(0, log.size() / 2));
     const Follower follower(path);
     EXPECT_TRUE(follower.HasReadAll());
     std::ofstream(path, std::ios::app) << log.substr(log.size() / 2);
     EXPECT_EQ(follower.ExitStatus(), 1);
-    std::remove(path.c_str());
 }
 
-TEST(JudgeCommand, FollowsARunToItsEnd) {
-    JudgeOptions options;
-    options.follow = true;
-    EXPECT_EQ(Judge({"clean-2.0"}, options), 0);
+TEST_F(JudgeCommand, FollowsARunToItsEnd) {
+    options_.follow = true;
+    EXPECT_EQ(Judge({"clean-2.0"}), 0);
 }
 
-TEST(JudgeCommand, WritesItsReports) {
-    JudgeOptions options;
-    options.json = testing::TempDir() + "velloran-judge.json";
-    options.tap = testing::TempDir() + "velloran-judge.tap";
-    options.junit = testing::TempDir() + "velloran-judge.xml";
-    EXPECT_EQ(Judge({"clean-2.0"}, options), 0);
-    for (const std::string& path : {options.json, options.tap, options.junit}) {
+TEST_F(JudgeCommand, WritesItsReports) {
+    options_.json = PathOf("judge.json");
+    options_.tap = PathOf("judge.tap");
+    options_.junit = PathOf("judge.xml");
+    EXPECT_EQ(Judge({"clean-2.0"}), 0);
+    for (const std::string& path : {options_.json, options_.tap, options_.junit}) {
         EXPECT_TRUE(std::ifstream(path).good()) << path;
-        std::remove(path.c_str());
     }
-    options.json = "/nowhere/judge.json";
-    EXPECT_EQ(Judge({"clean-2.0"}, options), 64);
+    options_.json = "/nowhere/judge.json";
+    EXPECT_EQ(Judge({"clean-2.0"}), 64);
 }
 
-TEST(JudgeCommand, ShowsOnATerminalHowFarItIs) {
-    const TemporaryFolder folder;
-    folder.Write("Event1/Event1.xml", "");
-    std::filesystem::resize_file(folder.Path() / "Event1/Event1.xml", 3'000'000);
+TEST_F(JudgeCommand, ShowsOnATerminalHowFarItIs) {
+    std::filesystem::resize_file(folder_.Write("Event1/Event1.xml", ""), 3'000'000);
     const ProgramResult result =
-        RunRig({"judge", VELLORAN_LOGS "/clean-1.0.log", "--delivered", folder.Path().string()},
+        RunRig({"judge", VELLORAN_LOGS "/clean-1.0.log", "--delivered", folder_.Path().string()},
                {{}, true, nullptr, nullptr});
     EXPECT_NE(result.output.find("Event1/Event1.xml [=>"), std::string::npos) << result.output;
     EXPECT_NE(result.output.find(" of 3.0 MB\r\033[K"), std::string::npos) << result.output;

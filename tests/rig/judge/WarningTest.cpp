@@ -1,13 +1,11 @@
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <fstream>
-
 #include "rig/judge/JudgeCommand.h"
 #include "rig/judge/KnownFailures.h"
 #include "rig/result/TextReport.h"
 #include "tests/rig/judge/Judging.h"
 #include "tests/rig/judge/MadeUpLog.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace rig::judge {
 namespace {
@@ -101,15 +99,14 @@ TEST(Warning, ThatIsKnownStaysOneButForWhoIsStrict) {
 }
 
 TEST(Warning, DecidesTheExitStatusOnlyWhereTheUserIsStrict) {
+    const TemporaryFolder folder;
     JudgeOptions options;
-    options.logs = {testing::TempDir() + "velloran-warning.log"};
-    std::ofstream(options.logs[0]) << kWarned;
+    options.logs = {folder.Write("log", kWarned)};
     testing::internal::CaptureStdout();
     EXPECT_EQ(RunJudge(options), 0);
     options.strict = true;
     EXPECT_EQ(RunJudge(options), 1);
     testing::internal::GetCapturedStdout();
-    std::remove(options.logs[0].c_str());
 }
 
 }  // namespace

@@ -5,19 +5,17 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdio>
-#include <fstream>
 #include <vector>
 
 #include "rig/log/LogReader.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace rig::log {
 namespace {
 
 class LogReader : public testing::Test {
  protected:
-    ~LogReader() override { std::remove(path_.c_str()); }
-    void Write(const std::string& content) const { std::ofstream(path_, std::ios::binary) << content; }
+    void Write(const std::string& content) { path_ = folder_.Write("log", content); }
     std::vector<std::string> Read() const {
         std::vector<std::string> lines;
         ReadLog(path_, [&lines](std::uint64_t number, std::string_view line) {
@@ -27,8 +25,8 @@ class LogReader : public testing::Test {
         return lines;
     }
 
-    std::string path_ = testing::TempDir() + "velloran-log-reader-" +
-                        testing::UnitTest::GetInstance()->current_test_info()->name();
+    const TemporaryFolder folder_;
+    std::string path_;
 };
 
 TEST_F(LogReader, GivesEachLineEvenALastOneWithoutNewline) {
