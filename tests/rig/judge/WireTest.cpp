@@ -40,6 +40,18 @@ class MadeUpWire {
                                connection, from == "dvr" ? "dvr->harness" : "harness->dvr", message));
     }
 
+    /// On the first connection, as is its end.
+    MadeUpWire& Fault(double seconds, const std::string& name, const std::string& message,
+                      const std::string& value = "") {
+        return Add(seconds,
+                   fmt::format(R"("connection":1,"event":"fault","fault":"{}",{}"message":"{}")", name,
+                               value.empty() ? "" : fmt::format(R"("value":"{}",)", value), message));
+    }
+
+    MadeUpWire& FaultEnd(double seconds, const std::string& name) {
+        return Add(seconds, fmt::format(R"("connection":1,"event":"fault-end","fault":"{}")", name));
+    }
+
     MadeUpWire& Close(double seconds, int connection, const std::string& by) {
         return Add(seconds, fmt::format(R"("connection":{},"event":"close","by":"{}")", connection, by));
     }
@@ -137,8 +149,8 @@ TEST_F(WireTest, GivesEachRunItsConnections) {
 
 TEST_F(WireTest, ExpectsEachFaultInOneRunOnly) {
     wire_.Add(0, R"("event":"plan","fault":"latency","value":"300")").Connect(0.1, 1);
-    wire_.Add(1, R"("connection":1,"event":"fault","fault":"latency","value":"300","message":"GET_FILE")");
-    wire_.Add(1, R"("connection":1,"event":"fault-end","fault":"latency")").Close(2, 1, "harness");
+    wire_.Fault(1, "latency", "GET_FILE", "300");
+    wire_.FaultEnd(1, "latency").Close(2, 1, "harness");
     const auto runs = Judge(TwoRuns()).runs;
     EXPECT_NE(FoundBy("fault.acted", runs[0]).find("it acted (latency=300 at GET_FILE, 0.900 s"),
               std::string::npos);
@@ -149,8 +161,7 @@ TEST_F(WireTest, ShowsAFaultInTheDialogueWhereItActed) {
     MadeUpLog log(1);
     log.Dvr("<msg req=\"OK\"/>").Say("got an OK, sending GET_XML").Ask("<msg req=\"GET_XML\" />");
     log.After(1).Dvr("<msg req=\"XML\"/>");
-    wire_.Connect(0.001, 1).Add(
-        0.3, R"("connection":1,"event":"fault","fault":"split","value":"1","message":"GET_XML")");
+    wire_.Connect(0.001, 1).Fault(0.3, "split", "GET_XML", "1");
     const auto run = Judge(log.Text()).runs.at(0);
     std::string dialogue;
     for (const Step& step : run.steps) {
@@ -167,9 +178,9 @@ TEST_F(WireTest, ShowsAFaultInTheDialogueWhereItActed) {
 
 TEST_F(WireTest, MeasuresFromWhatWentOutToTheDvr) {
     wire_.Connect(0, 1).Frame(0.1, 1, "harness", "GET_XML");
-    wire_.Add(0.1, R"("connection":1,"event":"fault","fault":"latency","value":"300","message":"GET_XML")");
+    wire_.Fault(0.1, "latency", "GET_XML", "300");
     wire_.Add(0.4, R"("connection":1,"event":"sent","fault":"latency","messages":["GET_XML"])");
-    wire_.Add(0.4, R"("connection":1,"event":"fault-end","fault":"latency")").Frame(0.45, 1, "dvr", "XML");
+    wire_.FaultEnd(0.4, "latency").Frame(0.45, 1, "dvr", "XML");
     const auto run = Judge(MadeUpLog(1).Text(), 40).runs.at(0);
     EXPECT_EQ(FoundBy("wire.reaction", run), "a late answer to GET_XML (after 50.0 ms)");
     EXPECT_EQ(FoundBy("wire.reaction", Judge(MadeUpLog(1).Text(), 50).runs.at(0)), "none that took longer");
@@ -207,8 +218,7 @@ TEST_F(WireTest, ForgetsAtOkWhatTheExportBeforeItLeftUnanswered) {
 }
 
 TEST_F(WireTest, TakesADoneThatAFaultHasSentForDone) {
-    wire_.Connect(0, 1).Add(
-        1, R"("connection":1,"event":"fault","fault":"together-with-done","message":"EVENT_XFER_COMPLETE")");
+    wire_.Connect(0, 1).Fault(1, "together-with-done", "EVENT_XFER_COMPLETE");
     wire_.Add(1, R"("connection":1,"event":"sent","messages":["EVENT_XFER_COMPLETE","DONE"])");
     wire_.Add(1, R"("connection":1,"event":"fault-end")").Close(2, 1, "dvr");
     EXPECT_EQ(FoundBy("wire.closed", Judge(MadeUpLog(1).Text()).runs[0]),
@@ -237,8 +247,8 @@ TEST_F(WireTest, ExcusesWhatFollowsOnAFaultThatADvrNeedOnlySurvive) {
     log.Dvr("<msg req=\"OK\"/>").Say("got an OK, sending GET_XML").Ask("<msg req=\"GET_XML\" />");
     log.Dvr("<msg req=\"FILE_COMPLETE\" reid=\"E1\" file=\"a\"/>");
     wire_.Connect(0.001, 1).Frame(0.3, 1, "harness", "GET_XML");
-    wire_.Add(0.3, R"("connection":1,"event":"fault","fault":"no-request","message":"GET_XML")");
-    wire_.Add(0.3, R"("connection":1,"event":"fault-end","fault":"no-request")");
+    wire_.Fault(0.3, "no-request", "GET_XML");
+    wire_.FaultEnd(0.3, "no-request");
     EXPECT_EQ(
         FoundBy("messages.asked", Judge(log.Text()).runs[0]),
         "a fault of the proxy may be to blame; as far as the log goes, a message that nothing asked for "
@@ -247,12 +257,10 @@ TEST_F(WireTest, ExcusesWhatFollowsOnAFaultThatADvrNeedOnlySurvive) {
 
 TEST_F(WireTest, AsksForTheReportOfWhatAFaultHasMadeUpNotOfTheMessageAfterIt) {
     wire_.Connect(0, 1).Frame(1, 1, "harness", "EVENT_XFER_COMPLETE");
-    wire_.Add(
-        1,
-        R"("connection":1,"event":"fault","fault":"file-of-unknown-event","message":"EVENT_XFER_COMPLETE")");
+    wire_.Fault(1, "file-of-unknown-event", "EVENT_XFER_COMPLETE");
     wire_.Add(1, R"("connection":1,"event":"sent","messages":["GET_FILE"])");
     wire_.Add(2, R"("connection":1,"event":"sent","messages":["EVENT_XFER_COMPLETE"])");
-    wire_.Add(2, R"("connection":1,"event":"fault-end","fault":"file-of-unknown-event")");
+    wire_.FaultEnd(2, "file-of-unknown-event");
     EXPECT_EQ(FoundBy("fault.answer", Judge(MadeUpLog(2).Text()).runs[0]),
               "the DVR did not report what it must refuse (file-of-unknown-event at EVENT_XFER_COMPLETE)");
 }
@@ -361,12 +369,10 @@ TEST_F(WireTest, AsksForNoReportWhereTheDialectHasNone) {
     wire_.Connect(0, 1).Frame(0.1, 1, "harness", "GET_XML");
     for (const double time : {1.0, 2.0}) {
         wire_.Frame(time, 1, "harness", "GET_FILE");
-        wire_.Add(
-            time,
-            R"("connection":1,"event":"fault","fault":"file-name","value":"empty","message":"GET_FILE")");
+        wire_.Fault(time, "file-name", "GET_FILE", "empty");
         wire_.Add(time, R"("connection":1,"event":"sent","messages":["GET_FILE"])");
         if (time < 2) {
-            wire_.Add(time, R"("connection":1,"event":"fault-end","fault":"file-name")");
+            wire_.FaultEnd(time, "file-name");
         }
     }
     wire_.Close(2.5, 1, "dvr");
@@ -377,14 +383,10 @@ TEST_F(WireTest, KnowsTheMessageAtWhichAFaultWasPlannedToAct) {
     wire_.Add(0, R"("event":"plan","fault":"split","value":"1","on":"GET_FILE:2")");
     wire_.Add(0, R"("event":"plan","fault":"latency","value":"300","on":"GET_FILE:2")");
     wire_.Add(0, R"("event":"plan","fault":"latency","value":"300","on":"GET_FILE:7")").Connect(0.1, 1);
-    const auto act = [this](double seconds) {
-        wire_.Add(seconds,
-                  R"("connection":1,"event":"fault","fault":"latency","value":"300","message":"GET_FILE")");
-    };
-    act(1);
+    wire_.Fault(1, "latency", "GET_FILE", "300");
     EXPECT_EQ(FoundBy("fault.acted", Judge(MadeUpLog(2).Text()).runs[0]),
               "a fault that never acted (split=1 at GET_FILE:2, 2 times)");
-    act(2);
+    wire_.Fault(2, "latency", "GET_FILE", "300");
     EXPECT_EQ(FoundBy("fault.acted", Judge(MadeUpLog(2).Text()).runs[0]),
               "a fault that never acted (split=1 at GET_FILE:2)");
 }
@@ -396,8 +398,8 @@ TEST_F(WireTest, WaitsForTheEndOfTheEarlierOfTwoConnections) {
 
 TEST_F(WireTest, HoldsACallAgainstADoneThatNoWrongFaultHasTouched) {
     wire_.Connect(0, 1).Frame(0.5, 1, "harness", "GET_EVENT_LIST");
-    wire_.Add(0.5, R"("connection":1,"event":"fault","fault":"no-request","message":"GET_EVENT_LIST")");
-    wire_.Add(0.6, R"("connection":1,"event":"fault-end","fault":"no-request")");
+    wire_.Fault(0.5, "no-request", "GET_EVENT_LIST");
+    wire_.FaultEnd(0.6, "no-request");
     wire_.Frame(1, 1, "harness", "DONE").Close(2, 1, "dvr").Connect(4, 2).Close(5, 2, "dvr");
     EXPECT_EQ(FoundBy("wire.calls", Judge(MadeUpLog(2, "doneDuration set to 1").Text()).runs[0]),
               "the DVR called before the time was over (after 3.0 s, not 60 s)");
@@ -405,10 +407,10 @@ TEST_F(WireTest, HoldsACallAgainstADoneThatNoWrongFaultHasTouched) {
 
 TEST_F(WireTest, TakesADoneForSentWhenItsFaultIsOver) {
     wire_.Connect(0, 1).Frame(1, 1, "harness", "DONE");
-    wire_.Add(1, R"("connection":1,"event":"fault","fault":"latency","value":"300","message":"DONE")");
+    wire_.Fault(1, "latency", "DONE", "300");
     wire_.Frame(1.1, 1, "dvr", "XML");
     EXPECT_EQ(FoundBy("wire.after-done", Judge(MadeUpLog(1).Text()).runs[0]), "nothing else");
-    wire_.Add(1.3, R"("connection":1,"event":"fault-end","fault":"latency")").Frame(1.4, 1, "dvr", "XML");
+    wire_.FaultEnd(1.3, "latency").Frame(1.4, 1, "dvr", "XML");
     EXPECT_EQ(FoundBy("wire.after-done", Judge(MadeUpLog(1).Text()).runs[0]), "a message after DONE (XML)");
 }
 
@@ -431,9 +433,7 @@ TEST_F(WireTest, AwaitsAThousandAnswers) {
 
 TEST_F(WireTest, AwaitsNoEndOfAFaultThatWasReported) {
     wire_.Connect(0, 1).Frame(1, 1, "harness", "EVENT_XFER_COMPLETE");
-    wire_.Add(
-        1,
-        R"("connection":1,"event":"fault","fault":"file-of-unknown-event","message":"EVENT_XFER_COMPLETE")");
+    wire_.Fault(1, "file-of-unknown-event", "EVENT_XFER_COMPLETE");
     wire_.Add(1, R"("connection":1,"event":"sent","messages":[7,"GET_FILE"])");
     EXPECT_EQ(FoundBy("fault.answer", Judge(MadeUpLog(2).Text()).runs[0]),
               "the connection, or the proxy's log, ended before the fault was over (file-of-unknown-event at "
@@ -450,8 +450,7 @@ TEST_F(WireTest, BeginsAnewWithAConnectionOfTheSameNumber) {
 
 TEST_F(WireTest, ShowsAFaultAfterWhatTheLogHasAtTheSameTime) {
     for (const auto& [seconds, step] : {std::pair(0.0, 0), std::pair(0.002, 1)}) {
-        wire_ = Listening().Connect(0, 1).Add(
-            seconds, R"("connection":1,"event":"fault","fault":"split","value":"1","message":"OK")");
+        wire_ = Listening().Connect(0, 1).Fault(seconds, "split", "OK", "1");
         const auto steps = Judge(MadeUpLog(1).Text()).runs.at(0).steps;
         ASSERT_EQ(steps.size(), 2U);
         EXPECT_EQ(steps.at(static_cast<std::size_t>(step)).kind, Step::Kind::Fault);
