@@ -93,13 +93,14 @@ TEST_F(ProxyWithHarness, InterruptsItOnASignalAndEndsWithItsStatus) {
 }
 
 TEST_F(ProxyWithHarness, KillsItOnAnotherSignal) {
-    RunningProxy proxy("trap '' INT; echo deaf; sleep 1000");
-    EXPECT_TRUE(Until([&] { return proxy.Output() == "deaf\n"; }));
+    RunningProxy proxy("trap 'echo ignored' INT; sleep 1000 & echo up; while true; do wait; done");
+    EXPECT_TRUE(Until([&] { return proxy.Output() == "up\n"; }));
     proxy.Gets(SIGINT);
-    poll(nullptr, 0, 100);
+    EXPECT_TRUE(Until([&] { return proxy.Output() == "up\nignored\n"; }));
     proxy.Gets(SIGTERM);
     poll(nullptr, 0, 1100);
-    EXPECT_EQ(1, proxy.Log().size()) << "both are one wish";
+    EXPECT_EQ("up\nignored\n", proxy.Output()) << "both are one wish";
+    EXPECT_EQ(1, proxy.Log().size());
     EXPECT_EQ(137, proxy.Ends(SIGTERM));
 }
 
