@@ -13,8 +13,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
 
 namespace {
@@ -124,14 +122,6 @@ void World::AddAddress(const std::string& address) {
     ASSERT_EQ(1, inet_pton(AF_INET, address.c_str(), &ip.sin_addr)) << address;
     std::memcpy(&device.ifr_addr, &ip, sizeof ip);
     ConfigureDevice(SIOCSIFADDR, "lo:" + std::to_string(++addresses_), device);
-}
-
-std::string ReadFile(const std::string& path) {
-    std::ifstream file(path);
-    EXPECT_TRUE(file.is_open()) << "no file " << path;
-    std::ostringstream content;
-    content << file.rdbuf();
-    return content.str();
 }
 
 bool FileExists(const std::string& path) {

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "tests/support/ReadFile.h"
+
 /// A world of its own for one test: a user, network and mount namespace in which port 5001 is free, the
 /// loopback device is the whole network, /mnt/hd is an empty disk and /dev holds a few harmless devices and
 /// no syslog daemon. Needs no privileges.
@@ -25,8 +27,5 @@ class World {
 
 /// Mounts an empty disk there, in the current world. Throws as World() does.
 void MountEmpty(const char* path);
-
-/// The content of a file; fails the test if there is none.
-std::string ReadFile(const std::string& path);
 
 bool FileExists(const std::string& path);

@@ -5,12 +5,12 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
-#include <sstream>
 #include <utility>
 
 #include "rig/campaign/evidence/Coverage.h"
 #include "rig/judge/checks/Checks.h"
 #include "tests/rig/campaign/Statements.h"
+#include "tests/support/ReadFile.h"
 
 namespace rig::campaign {
 namespace {
@@ -46,12 +46,6 @@ std::string Show(const Coverage& coverage) {
     }
     return text + Show(coverage.Switches()) + Show(coverage.Rules()) +
            fmt::format("unreached: {}\n", fmt::join(coverage.Unreached(), ", ")) + coverage.Text();
-}
-
-std::string ReadFile(const char* path) {
-    std::ostringstream content;
-    content << std::ifstream(path).rdbuf();
-    return content.str();
 }
 
 TEST(DvrMessage, HasItsFieldsOnce) {

@@ -7,21 +7,15 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <regex>
-#include <sstream>
 
 #include "rig/diff/DiffCommand.h"
 #include "rig/diff/Reports.h"
+#include "tests/support/ReadFile.h"
 #include "tests/support/TemporaryFolder.h"
 
 using namespace rig::diff;
 
 namespace {
-
-std::string ReadFile(const std::filesystem::path& path) {
-    std::ostringstream content;
-    content << std::ifstream(path).rdbuf();
-    return content.str();
-}
 
 std::string Help() {
     CLI::App app;

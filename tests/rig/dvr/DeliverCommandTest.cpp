@@ -6,7 +6,6 @@
 
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <future>
 #include <iterator>
 #include <string>
@@ -14,6 +13,7 @@
 #include <vector>
 
 #include "tests/rig/dvr/ScriptedExport.h"
+#include "tests/support/ReadFile.h"
 #include "tests/support/TemporaryFolder.h"
 
 // --deliver, with the built program: what is in the folder when something goes wrong.
@@ -23,11 +23,6 @@ using rig::dvr::Message;
 using Arguments = std::vector<std::string>;
 using Clock = std::chrono::steady_clock;
 namespace fs = std::filesystem;
-
-std::string ContentOf(const fs::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(stream), {});
-}
 
 bool HasFiles(const fs::path& folder) {
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
@@ -74,7 +69,7 @@ TEST_F(DeliverCommandTest, DeliversNextToTheRecordings) {
                   StartEvent(backend, "E");
                   RequestOf(backend, Request("GET_FILE", "E", "a"));
               });
-    EXPECT_EQ(ContentOf(beside / "E/a"), "content");
+    EXPECT_EQ(ReadFile(beside / "E/a"), "content");
 }
 
 /// If this process is root, takes from the program that it becomes the right to bypass permissions.
@@ -176,7 +171,7 @@ TEST_F(DeliverCommandTest, RespectsASignalThatItWasStartedToIgnore) {
         },
         {{}, false, [] { signal(SIGHUP, SIG_IGN); }, [&](pid_t started) { process.set_value(started); }});
     EXPECT_EQ(result.signal, 0);
-    EXPECT_EQ(ContentOf(To() / "E/a").size(), 30'000U);
+    EXPECT_EQ(ReadFile(To() / "E/a").size(), 30'000U);
 }
 
 }  // namespace

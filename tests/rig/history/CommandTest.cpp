@@ -2,14 +2,12 @@
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
-#include <sstream>
 
 #include "rig/history/HistoryCommand.h"
 #include "rig/history/Reports.h"
 #include "tests/rig/history/MadeUpFolders.h"
+#include "tests/support/ReadFile.h"
 
 using namespace rig::history;
 
@@ -32,11 +30,6 @@ Ended RunHistoryWith(const std::string& arguments) {
     ended.output = testing::internal::GetCapturedStdout();
     ended.errors = testing::internal::GetCapturedStderr();
     return ended;
-}
-
-std::string ContentOf(const std::string& path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 class HistoryCommand : public testing::Test {
@@ -65,9 +58,9 @@ TEST_F(HistoryCommand, PrintsAndWritesWhereAsked) {
     EXPECT_EQ(ended.status, 0);
     EXPECT_EQ(ended.output, HistoryText(history, 80, false));
     EXPECT_EQ(ended.errors, "");
-    EXPECT_EQ(ContentOf("all.json"), HistoryJson(history));
-    EXPECT_EQ(ContentOf("pages/all.html"), HistoryPage(history, folders_.Path() + "/pages"));
-    EXPECT_NE(ContentOf("pages/all.html").find("href=\"../new/cases/clean-2.0/report.html\""),
+    EXPECT_EQ(ReadFile("all.json"), HistoryJson(history));
+    EXPECT_EQ(ReadFile("pages/all.html"), HistoryPage(history, folders_.Path() + "/pages"));
+    EXPECT_NE(ReadFile("pages/all.html").find("href=\"../new/cases/clean-2.0/report.html\""),
               std::string::npos);
 }
 
@@ -83,7 +76,7 @@ TEST_F(HistoryCommand, SaysOfWhatIsNotACampaignThatItIsNotAndShowsTheOthers) {
     EXPECT_EQ(std::count(ended.errors.begin(), ended.errors.end(), '\n'), 2);
     EXPECT_NE(ended.output.find("2 campaigns: "), std::string::npos);
     EXPECT_NE(ended.output.find("left out: empty: its record cannot be read\n"), std::string::npos);
-    EXPECT_NE(ContentOf("all.html").find("<dd>cut: its record cannot be read</dd>"), std::string::npos);
+    EXPECT_NE(ReadFile("all.html").find("<dd>cut: its record cannot be read</dd>"), std::string::npos);
 }
 
 TEST_F(HistoryCommand, WritesNothingIfNoFolderIsACampaigns) {
@@ -120,13 +113,13 @@ TEST_F(HistoryCommand, RefusesAReportThatCannotBeWritten) {
 }
 
 TEST_F(HistoryCommand, RefusesAReportInPlaceOfACampaignsOwnFile) {
-    const std::string before = ContentOf("old/campaign.json");
+    const std::string before = ReadFile("old/campaign.json");
     const Ended ended = RunHistoryWith("new old --json ./old/campaign.json");
     EXPECT_EQ(ended.status, 64);
     EXPECT_EQ(
         ended.errors,
         "velloran-rig history: ./old/campaign.json: expected a file for a report, found a campaign's own\n");
-    EXPECT_EQ(ContentOf("old/campaign.json"), before);
+    EXPECT_EQ(ReadFile("old/campaign.json"), before);
 }
 
 TEST_F(HistoryCommand, SaysThatItsOutputWasLost) {
@@ -152,7 +145,7 @@ TEST_F(HistoryCommand, ReadsMergedCampaignsAndParts) {
     const std::vector<nlohmann::ordered_json> cases = {MadeUpCase("clean-2.0", "PASS")};
     folders_.Write("part", 3, "1.11", cases, {{"shard", {{"index", 1}, {"total", 2}}}, {"merged", nullptr}});
     folders_.Write("other", 4, "1.11", cases, {{"shard", {{"index", 2}, {"total", 2}}}, {"merged", nullptr}});
-    const auto begin = nlohmann::ordered_json::parse(ContentOf("part/campaign.json"))["begin"];
+    const auto begin = nlohmann::ordered_json::parse(ReadFile("part/campaign.json"))["begin"];
     folders_.Write("merged", 3, "1.11", cases,
                    {{"shard", nullptr},
                     {"seed", nullptr},

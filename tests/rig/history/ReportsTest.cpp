@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <nlohmann/json.hpp>
 #include <pugixml.hpp>
 #include <regex>
@@ -10,6 +9,7 @@
 
 #include "rig/history/Reports.h"
 #include "tests/rig/history/MadeUpFolders.h"
+#include "tests/support/ReadFile.h"
 
 using namespace rig::history;
 
@@ -78,8 +78,7 @@ TEST_F(HistoryReports, AreAsApproved) {
     if (std::getenv("APPROVE")) {
         std::ofstream(VELLORAN_APPROVED) << all;
     }
-    std::ifstream file(VELLORAN_APPROVED);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), all);
+    EXPECT_EQ(ReadFile(VELLORAN_APPROVED), all);
 }
 
 TEST_F(HistoryReports, PutFirmwaresInOrderOfTheirNumbers) {

@@ -1,11 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <regex>
 #include <set>
 
 #include "rig/judge/checks/Checks.h"
+#include "tests/support/ReadFile.h"
 
 namespace rig::judge {
 namespace {
@@ -18,9 +17,7 @@ TEST(Checks, HaveAnIdEach) {
 }
 
 TEST(Checks, NameWhatProvesThemAsTheLogHasIt) {
-    std::ifstream file(VELLORAN_LOG_DOC);
-    const std::string page(std::istreambuf_iterator<char>(file), {});
-    ASSERT_FALSE(page.empty()) << VELLORAN_LOG_DOC;
+    const std::string page = ReadFile(VELLORAN_LOG_DOC);
     const std::regex quoted("\"([^\"]+)\"");
     for (const Check& check : AllChecks()) {
         const std::string proof = check.proof;
@@ -41,9 +38,8 @@ TEST(Checks, AreListedInTheOrderOfReports) {
 }
 
 TEST(Checks, AreThoseOfThePage) {
-    std::ifstream file(VELLORAN_CHECKS_DOC);
-    const std::string page(std::istreambuf_iterator<char>(file), {});
-    EXPECT_NE(page.find(AsMarkdown(ListChecks())), std::string::npos) << "scripts/rig-doc writes it";
+    EXPECT_NE(ReadFile(VELLORAN_CHECKS_DOC).find(AsMarkdown(ListChecks())), std::string::npos)
+        << "scripts/rig-doc writes it";
 }
 
 }  // namespace

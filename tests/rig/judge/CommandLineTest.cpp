@@ -2,21 +2,15 @@
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <string>
 #include <vector>
 
 #include "rig/judge/JudgeCommand.h"
+#include "tests/support/ReadFile.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace {
-
-std::string ContentOf(const std::filesystem::path& path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// What a command line came to.
 struct Outcome {
@@ -66,7 +60,7 @@ TEST_F(JudgeLine, IsExplainedByItsHelp) {
         words += option->get_name(false, true) + (standard.empty() ? "" : "=" + standard) + ": " +
                  option->get_description() + "\n";
     }
-    EXPECT_EQ(words + "\n" + judge->get_footer() + "\n", ContentOf(VELLORAN_JUDGE_HELP));
+    EXPECT_EQ(words + "\n" + judge->get_footer() + "\n", ReadFile(VELLORAN_JUDGE_HELP));
 }
 
 TEST_F(JudgeLine, NamesTheReports) {
@@ -74,17 +68,17 @@ TEST_F(JudgeLine, NamesTheReports) {
                      In("h")})
                   .status,
               0);
-    EXPECT_EQ(ContentOf(In("j")).substr(0, 2), "{\n");
-    EXPECT_EQ(ContentOf(In("u")).substr(0, 5), "<?xml");
-    EXPECT_EQ(ContentOf(In("t")).substr(0, 11), "TAP version");
-    EXPECT_EQ(ContentOf(In("h")).substr(0, 9), "<!DOCTYPE");
-    EXPECT_NE(ContentOf(In("j")).find("\"text\": \"GET_XML\""), std::string::npos) << "the dialogue is in it";
+    EXPECT_EQ(ReadFile(In("j")).substr(0, 2), "{\n");
+    EXPECT_EQ(ReadFile(In("u")).substr(0, 5), "<?xml");
+    EXPECT_EQ(ReadFile(In("t")).substr(0, 11), "TAP version");
+    EXPECT_EQ(ReadFile(In("h")).substr(0, 9), "<!DOCTYPE");
+    EXPECT_NE(ReadFile(In("j")).find("\"text\": \"GET_XML\""), std::string::npos) << "the dialogue is in it";
 }
 
 TEST_F(JudgeLine, WritesEachReportWithoutTheOthers) {
     for (const char* const report : {"--json", "--junit", "--tap", "--html"}) {
         EXPECT_EQ(Judge({LogNamed("clean-1.0"), report, In(report)}).status, 0);
-        EXPECT_NE(ContentOf(In(report)).find("connection.opened"), std::string::npos) << report;
+        EXPECT_NE(ReadFile(In(report)).find("connection.opened"), std::string::npos) << report;
     }
 }
 

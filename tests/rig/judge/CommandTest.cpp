@@ -8,7 +8,6 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -16,6 +15,7 @@
 #include "rig/judge/checks/Checks.h"
 #include "tests/rig/judge/Judging.h"
 #include "tests/support/Program.h"
+#include "tests/support/ReadFile.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace rig::judge {
@@ -44,11 +44,6 @@ class JudgeCommand : public testing::Test {
     std::string errors_;
 };
 
-std::string ContentOf(const std::string& path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 TEST_F(JudgeCommand, EndsWithTheWorstVerdictOfAllLogs) {
     EXPECT_EQ(Judge({"clean-1.0"}), 0);
     EXPECT_EQ(Judge({"d2-missing-source"}), 1);
@@ -74,7 +69,7 @@ TEST_F(JudgeCommand, NamesTheFirstFileThatIsNotALogAmongOthers) {
     options_.json = PathOf("report.json");
     EXPECT_EQ(Judge({"clean-1.0"}), 66);
     EXPECT_NE(errors_.find(options_.logs[0]), std::string::npos);
-    EXPECT_NE(ContentOf(options_.json).find("\"steps\": [\n"), std::string::npos)
+    EXPECT_NE(ReadFile(options_.json).find("\"steps\": [\n"), std::string::npos)
         << "what can be told is told, with the dialogue";
 }
 
@@ -95,13 +90,13 @@ TEST_F(JudgeCommand, KeepsALogThatIsNamedAsAReport) {
     options_.html = folder_.Write("log", RealLog("clean-2.0"));
     options_.logs = {options_.html};
     EXPECT_EQ(Judge(), 64);
-    EXPECT_EQ(ContentOf(options_.html), RealLog("clean-2.0"));
+    EXPECT_EQ(ReadFile(options_.html), RealLog("clean-2.0"));
 }
 
 TEST_F(JudgeCommand, ReplacesAnEarlierReport) {
     options_.json = folder_.Write("report.json", "an earlier one");
     EXPECT_EQ(Judge({"clean-1.0"}), 0);
-    EXPECT_EQ(ContentOf(options_.json).front(), '{');
+    EXPECT_EQ(ReadFile(options_.json).substr(0, 1), "{");
 }
 
 TEST_F(JudgeCommand, CountsEvenASingleRun) {

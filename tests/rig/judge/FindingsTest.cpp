@@ -10,6 +10,7 @@
 
 #include "rig/judge/checks/Checks.h"
 #include "tests/rig/judge/FindingsTable.h"
+#include "tests/support/ReadFile.h"
 
 // Every text that the judge can find, by one example each: doc/findings.md is made of the same table.
 
@@ -41,8 +42,7 @@ TEST(FindingsTable, IsWhatWouldBeWrittenAnew) {
     if (std::getenv("APPROVE") != nullptr) {
         std::ofstream(VELLORAN_FINDINGS) << table;
     }
-    std::ifstream file(VELLORAN_FINDINGS);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), table);
+    EXPECT_EQ(ReadFile(VELLORAN_FINDINGS), table);
 }
 
 std::string AllFindings() {
@@ -56,8 +56,7 @@ std::string AllFindings() {
 }
 
 std::string SourceOf(const std::string& name) {
-    std::ifstream file(std::string(VELLORAN_JUDGE) + "/" + name);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return ReadFile(std::string(VELLORAN_JUDGE) + "/" + name);
 }
 
 /// @return the texts in a source, without the table of checks at its end: each literal with those that

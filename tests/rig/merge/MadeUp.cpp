@@ -3,14 +3,13 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "rig/base/Affix.h"
 #include "rig/campaign/evidence/CampaignFiles.h"
 #include "rig/campaign/evidence/CaseFolder.h"
 #include "rig/campaign/evidence/RecordReader.h"
 #include "rig/result/Reports.h"
+#include "tests/support/ReadFile.h"
 
 namespace {
 
@@ -141,9 +140,7 @@ std::string MergeTest::Refusal(int status, const std::vector<std::string>& parts
 }
 
 std::string MergeTest::TextOf(const std::string& file) const {
-    std::ifstream stream(PathOf(file), std::ios::binary);
-    EXPECT_TRUE(stream) << file;
-    return {std::istreambuf_iterator<char>(stream), {}};
+    return ReadFile(PathOf(file));
 }
 
 Json MergeTest::JsonOf(const std::string& file) const {
